@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Text inside the library is UTF-8; on the wire and in the loggers' records it is one byte a character in
+/// code page 1252 (WHATWG Encoding Standard, index windows-1252: the five free codes map to C1 controls).
+namespace hy_wristlog {
+
+std::string utf8FromAnsi(std::span<const std::uint8_t> bytes);
+
+/// Characters outside the code page, and bytes that are not UTF-8, become "?".
+std::vector<std::uint8_t> ansiFromUtf8(std::string_view text);
+
+/// The same conversions on byte strings.
+std::string utf8FromAnsiText(std::string_view ansi);
+std::string ansiTextFromUtf8(std::string_view utf8);
+
+}  // namespace hy_wristlog

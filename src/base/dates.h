@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+
+/// The library's dates: a `double` that counts days from 30 December 1899, the time of day as fraction.
+/// Before that day the fraction still counts forward in size: -1.25 is 29 December 1899, 06:00.
+/// This is the only place that knows how they are put together and taken apart.
+namespace hy_wristlog {
+
+/// The date that means "unknown".
+inline constexpr double UnknownDate = -1.0;
+/// 1970-01-01.
+inline constexpr double UnixEpochDate = 25569.0;
+inline constexpr double MinutesPerDay = 1440.0;
+inline constexpr double SecondsPerDay = 86400.0;
+
+/// A moment on the calendar (proleptic Gregorian).
+struct CivilTime {
+  std::int32_t Year = 1899, Month = 12, Day = 30;
+  std::int32_t Hour = 0, Minute = 0, Second = 0, Millisecond = 0;
+};
+
+/// The day of a year, month and day. Month and day outside their ranges carry over into the next greater
+/// unit, so 31 February is in March and month 0 is the December before. Years 0 to 29 mean 2000 to 2029,
+/// 30 to 99 mean 1930 to 1999. Fault 5 outside the years 100 to 9999.
+double dateSerial(std::int32_t year, std::int32_t month, std::int32_t day);
+
+/// The fraction of a day; minutes and seconds outside 0 to 59 carry, negative ones too. May be negative or
+/// above 1.
+double timeSerial(std::int32_t hour, std::int32_t minute, std::int32_t second);
+
+/// Puts a time of day (a fraction, which may lie outside 0 to 1) onto a date, correct before 1899 too.
+double addTime(double date, double time);
+
+double dateFromCivil(const CivilTime& time);
+
+/// The date rounded to its nearest second, as calendar fields; Millisecond is 0. Fault 5 outside the years
+/// 100 to 9999 and for NaN.
+CivilTime civilFromDate(double date);
+
+/// Sunday 0 to Saturday 6.
+std::int32_t weekday(double date);
+
+/// The date without its time of day.
+double datePart(double date);
+
+/// Whole seconds from one date to another, both rounded to their second.
+std::int64_t secondsBetween(double from, double to);
+/// Minute boundaries passed from one date to another, both rounded to their second.
+std::int64_t minutesBetween(double from, double to);
+
+/// A linear day count (monotonic before 1899 too) and back; for differences and sums of dates.
+double linearFromDate(double date);
+double dateFromLinear(double linear);
+
+}  // namespace hy_wristlog

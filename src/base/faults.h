@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <type_traits>
+
+#include "hy_wristlog/failure.h"
+
+/// Run-time faults that outside data can cause, raised as Failure with their usual numbers, and the checked
+/// operations that raise them.
+namespace hy_wristlog::fault {
+
+inline constexpr std::int32_t InvalidCall = 5;
+inline constexpr std::int32_t Overflow = 6;
+inline constexpr std::int32_t OutOfMemory = 7;
+inline constexpr std::int32_t Subscript = 9;
+inline constexpr std::int32_t DivisionByZero = 11;
+inline constexpr std::int32_t TypeMismatch = 13;
+inline constexpr std::int32_t Internal = 51;
+inline constexpr std::int32_t FileNotFound = 53;
+inline constexpr std::int32_t DiskFull = 61;
+inline constexpr std::int32_t PermissionDenied = 70;
+inline constexpr std::int32_t PathFileAccess = 75;
+inline constexpr std::int32_t PathNotFound = 76;
+inline constexpr std::int32_t ObjectNotSet = 91;
+
+/// Raises the fault with its usual description; `detail`, when given, stands behind it.
+[[noreturn]] void raise(std::int32_t number, const std::string& detail = {});
+
+/// `container[index]`, or fault 9.
+template <class Container, class Index>
+decltype(auto) at(Container& container, Index index) {
+  if constexpr (std::is_signed_v<Index>)
+    if (index < 0) raise(Subscript);
+  if (static_cast<std::size_t>(index) >= container.size()) raise(Subscript);
+  return container[static_cast<std::size_t>(index)];
+}
+
+/// The value as a `To`, or fault 6.
+template <class To, class From>
+  requires std::is_integral_v<To> && std::is_integral_v<From>
+constexpr To narrow(From value) {
+  const To result = static_cast<To>(value);
+  if (static_cast<From>(result) != value || (result < To{}) != (value < From{})) raise(Overflow);
+  return result;
+}
+
+}  // namespace hy_wristlog::fault

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+/// Text to numbers, and real to whole numbers.
+namespace hy_wristlog {
+
+/// To the nearest whole number, exact halves to even. Fault 6 when the result does not fit, and for NaN.
+std::int16_t roundToInt16(double value);
+std::int32_t roundToInt32(double value);
+std::int64_t roundToInt64(double value);
+
+/// True for what a number parse accepts: blanks around it, a sign before or behind, one decimal point,
+/// thousands separators before it, an exponent with E or D, or a "&H" or "&O" prefix.
+bool isNumeric(std::string_view text);
+
+/// The number at the start of the text, blanks skipped; 0 when there is none.
+double leadingNumber(std::string_view text);
+
+/// True when the text is one or more of 0 to 9 and nothing else.
+bool isDigits(std::string_view text);
+
+}  // namespace hy_wristlog

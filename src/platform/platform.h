@@ -1,0 +1,301 @@
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <typeindex>
+#include <vector>
+
+#include "base/dates.h"
+#include "hy_wristlog/api.h"
+#include "hy_wristlog/host.h"
+
+/// The seam between the library and the world. Only the files under platform/ include system headers;
+/// tests and the demo put a simulated world in their place.
+namespace hy_wristlog::platform {
+
+/// An operation of the system failed. Callers turn it into the Failure of their own contract.
+struct SystemError {
+  std::int32_t Number;  ///< errno
+};
+
+/// What the thread's clock says, and the only way to let time pass.
+class HY_WRISTLOG_API Clock {
+ public:
+  virtual ~Clock() = default;
+  virtual CivilTime utc() = 0;
+  virtual CivilTime local() = 0;
+  /// Seconds on a clock that only moves forward and knows no midnight. The zero point is arbitrary.
+  virtual double timer() = 0;
+  virtual void sleep(std::chrono::milliseconds duration) = 0;
+  /// One round of a waiting loop: lets about a millisecond pass.
+  virtual void idle() = 0;
+};
+
+enum class LineParity : std::uint8_t { Even, Mark, None, Odd, Space };
+enum class LineStopBits : std::uint8_t { One, OneAndHalf, Two };
+
+struct LineSettings {
+  std::int32_t Baud = 9600;
+  LineParity Parity = LineParity::None;
+  std::int32_t DataBits = 8;
+  LineStopBits StopBits = LineStopBits::One;
+  bool operator==(const LineSettings&) const = default;
+};
+
+struct ModemLines {
+  bool Cts = false, Dsr = false, Cd = false, Ring = false;
+  bool operator==(const ModemLines&) const = default;
+};
+
+/// Line errors since they were last taken.
+struct LineErrors {
+  std::uint32_t Overrun = 0, Framing = 0, Parity = 0, Break = 0, BufferOverflow = 0;
+};
+
+/// An open serial port; destruction closes it. No member blocks. When the device has gone (hang-up,
+/// unplugged) every member but the destructor raises Failure 8015.
+class HY_WRISTLOG_API SerialPort {
+ public:
+  virtual ~SerialPort() = default;
+  /// Raises 8015 when the device refuses the settings.
+  virtual void configure(const LineSettings& settings) = 0;
+  /// Takes up to `into.size()` received bytes and returns how many.
+  virtual std::size_t read(std::span<std::uint8_t> into) = 0;
+  /// Takes as many bytes as fit the transmit queue and returns how many.
+  virtual std::size_t write(std::span<const std::uint8_t> bytes) = 0;
+  /// Bytes accepted by `write` that have not left yet.
+  virtual std::size_t outstanding() = 0;
+  virtual void discardInput() = 0;
+  virtual void setDtr(bool on) = 0;
+  virtual void setRts(bool on) = 0;
+  virtual ModemLines modemLines() = 0;
+  virtual LineErrors takeErrors() = 0;
+};
+
+class HY_WRISTLOG_API SerialPorts {
+ public:
+  virtual ~SerialPorts() = default;
+  /// Opens COM port `number`, both output lines low. Raises 8002 (no such port), 8005 (held by another
+  /// program, or no permission), 8015 (the port cannot be used).
+  virtual std::unique_ptr<SerialPort> open(std::int32_t number) = 0;
+};
+
+/// The present devices of one interface class. Members raise SystemError.
+class HY_WRISTLOG_API DeviceList {
+ public:
+  virtual ~DeviceList() = default;
+  /// False past the last device.
+  virtual bool hasInterface(std::size_t index) = 0;
+  virtual void readInfo(std::size_t index) = 0;
+  /// For instance "USB\VID_5245&PID_4000&REV_0600". May hold several identifiers, NUL between them.
+  virtual std::string hardwareId(std::size_t index) = 0;
+  /// For instance "Communications Dock (COM33)".
+  virtual std::string friendlyName(std::size_t index) = 0;
+};
+
+class HY_WRISTLOG_API DeviceTree {
+ public:
+  virtual ~DeviceTree() = default;
+  /// `classGuid` in registry form with braces, any case. Raises SystemError.
+  virtual std::unique_ptr<DeviceList> devicesOfClass(std::string_view classGuid) = 0;
+};
+
+/// A value of the settings store with the type code it was written with (1 text, 2 expandable text,
+/// 3 binary, 4 and 5 32-bit numbers, little- and big-endian).
+struct SettingValue {
+  std::int32_t Type = 1;
+  std::vector<std::uint8_t> Data;
+};
+
+/// Keys are paths with "\" between their names. Comparisons ignore ASCII case. Members raise SystemError.
+class HY_WRISTLOG_API SettingsStore {
+ public:
+  virtual ~SettingsStore() = default;
+  virtual bool keyExists(std::int32_t root, std::string_view key) = 0;
+  virtual void createKey(std::int32_t root, std::string_view key) = 0;
+  /// False when there was nothing to delete.
+  virtual bool deleteKey(std::int32_t root, std::string_view key) = 0;
+  virtual bool deleteValue(std::int32_t root, std::string_view key, std::string_view name) = 0;
+  virtual std::optional<SettingValue> read(std::int32_t root, std::string_view key, std::string_view name) = 0;
+  virtual void write(std::int32_t root, std::string_view key, std::string_view name,
+                     const SettingValue& value) = 0;
+  virtual std::vector<std::string> valueNames(std::int32_t root, std::string_view key) = 0;
+  virtual std::vector<std::string> subkeys(std::int32_t root, std::string_view key) = 0;
+};
+
+/// A moment at which a zone changes its clocks. Year 0: the `Day`-th (5: last) `DayOfWeek` (Sunday 0) of
+/// `Month`, every year; otherwise that fixed date. Month 0: no change.
+struct ZoneTransition {
+  std::int16_t Year = 0, Month = 0, DayOfWeek = 0, Day = 0, Hour = 0, Minute = 0, Second = 0, Milliseconds = 0;
+  bool operator==(const ZoneTransition&) const = default;
+};
+
+/// Minutes from local time to UTC, and the two changes.
+struct ZoneRule {
+  std::int32_t Bias = 0, StandardBias = 0, DaylightBias = 0;
+  ZoneTransition StandardDate, DaylightDate;
+  bool operator==(const ZoneRule&) const = default;
+};
+
+struct ZoneRecord {
+  std::optional<ZoneRule> Rule;  ///< none when the zone's file cannot be read
+  std::string Display, Standard, Daylight, MapID;
+};
+
+/// The zones of the system under the catalogue's keys ("Eastern Standard Time").
+class HY_WRISTLOG_API ZoneRecords {
+ public:
+  virtual ~ZoneRecords() = default;
+  virtual std::vector<std::string> keys() = 0;
+  virtual ZoneRecord read(std::string_view key) = 0;
+  /// The standard name of the machine's own zone; empty when no record fits it.
+  virtual std::string localStandardName() = 0;
+};
+
+enum class LocaleItem : std::uint8_t { DecimalSeparator, LongDate, ShortDate, Time };
+
+/// Where things lie and who is working.
+class HY_WRISTLOG_API Environment {
+ public:
+  virtual ~Environment() = default;
+  /// 5 documents, 26 the user's application data, 35 application data of all users; empty for others.
+  virtual std::string specialFolder(std::int32_t code) = 0;
+  /// The folder of the library itself, where a site may put ErrorActions.XML.
+  virtual std::string libraryFolder() = 0;
+  /// A pattern such as "M/d/yyyy"; empty when the locale gives nothing.
+  virtual std::string localeInfo(LocaleItem item) = 0;
+  virtual std::optional<std::string> variable(std::string_view name) = 0;
+  /// These three raise SystemError.
+  virtual std::string userName() = 0;
+  virtual std::string domainName() = 0;
+  virtual std::string computerName() = 0;
+  /// The system's words for an error number; empty for an unknown one.
+  virtual std::string errorText(std::int32_t number) = 0;
+};
+
+enum class FileKind : std::uint8_t { Missing, File, Folder, Other };
+
+struct FileState {
+  FileKind Kind = FileKind::Missing;
+  bool ReadOnly = false;
+  bool Hidden = false;
+};
+
+/// Whole files. Paths are absolute or relative Linux paths. Members raise SystemError.
+class HY_WRISTLOG_API Files {
+ public:
+  virtual ~Files() = default;
+  virtual FileState state(const std::string& path) = 0;
+  virtual std::string read(const std::string& path) = 0;
+  /// Replaces the file whole: after a failure the former file stands unharmed.
+  virtual void write(const std::string& path, std::string_view content) = 0;
+  /// False when there was no file.
+  virtual bool remove(const std::string& path) = 0;
+  /// One folder level; `forEveryone` gives it mode 1777. An existing folder is left as it is.
+  virtual void makeFolder(const std::string& path, bool forEveryone) = 0;
+};
+
+class HY_WRISTLOG_API CryptographicProvider {
+ public:
+  virtual ~CryptographicProvider() = default;
+  /// RFC 1321. Raises SystemError.
+  virtual std::array<std::uint8_t, 16> md5(std::span<const std::uint8_t> bytes) = 0;
+  /// Raises SystemError.
+  virtual void randomBytes(std::span<std::uint8_t> into) = 0;
+};
+
+/// Something that wants to run while events are served: a link with its line events and its timer.
+class HY_WRISTLOG_API EventSource {
+ public:
+  virtual void serveEvents() = 0;
+
+ protected:
+  ~EventSource() = default;
+};
+
+/// Objects of which each thread's world has one, made on first use and gone with the world.
+class HY_WRISTLOG_API WorldObjects {
+ public:
+  WorldObjects() = default;
+  WorldObjects(const WorldObjects&) = delete;
+  WorldObjects& operator=(const WorldObjects&) = delete;
+  ~WorldObjects() { clear(); }
+
+  template <class T>
+  T& get() {
+    if (T* found = find<T>()) return *found;
+    auto object = std::make_shared<T>();
+    objects_.push_back({typeid(T), object});
+    return *object;
+  }
+
+  template <class T>
+  T* find() const {
+    for (const Slot& slot : objects_)
+      if (slot.Type == typeid(T)) return static_cast<T*>(slot.Object.get());
+    return nullptr;
+  }
+
+  /// Ends the objects, the youngest first.
+  void clear() {
+    while (!objects_.empty()) objects_.pop_back();
+  }
+
+ private:
+  struct Slot {
+    std::type_index Type;
+    std::shared_ptr<void> Object;
+  };
+  std::vector<Slot> objects_;
+};
+
+/// What the world is for one thread.
+class HY_WRISTLOG_API Platform {
+ public:
+  Platform() = default;
+  Platform(const Platform&) = delete;
+  Platform& operator=(const Platform&) = delete;
+  virtual ~Platform() = default;
+
+  virtual Clock& clock() = 0;
+  virtual SerialPorts& serialPorts() = 0;
+  virtual DeviceTree& deviceTree() = 0;
+  virtual SettingsStore& settings() = 0;
+  virtual ZoneRecords& zones() = 0;
+  virtual Environment& environment() = 0;
+  virtual Files& files() = 0;
+  virtual CryptographicProvider& cryptography() = 0;
+
+  Host& host();
+  void setHost(std::shared_ptr<Host> host);
+  WorldObjects& objects() { return objects_; }
+
+  void addEventSource(EventSource& source);
+  void removeEventSource(EventSource& source);
+  /// Lets every event source and then the host run once. Does nothing while it is already running.
+  void serveEvents();
+
+ private:
+  std::shared_ptr<Host> host_;
+  std::vector<EventSource*> sources_;
+  bool serving_ = false;
+  WorldObjects objects_;
+};
+
+/// The calling thread's world: the machine itself unless another one was put in its place.
+HY_WRISTLOG_API Platform& current();
+/// The same, for those that must keep their world alive.
+HY_WRISTLOG_API std::shared_ptr<Platform> shareCurrent();
+
+/// Puts `world` in place of the calling thread's world; null brings the machine back. Returns the former
+/// world, null for the machine. What belonged to the former world stays with it.
+HY_WRISTLOG_API std::shared_ptr<Platform> use(std::shared_ptr<Platform> world);
+
+}  // namespace hy_wristlog::platform
