@@ -6,7 +6,7 @@
 
 namespace hy_wristlog::platform {
 
-/// The machine itself.
-std::shared_ptr<Platform> makeLinuxPlatform();
+/// The machine itself: termios ports, /sys, XDG folders, the tz database, libcrypto.
+HY_WRISTLOG_API std::shared_ptr<Platform> makeLinuxPlatform();
 
 }  // namespace hy_wristlog::platform
