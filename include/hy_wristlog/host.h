@@ -36,7 +36,8 @@ class HY_WRISTLOG_API Host {
 
   /// Shows a box with `buttons` (a sum of MessageBoxButton) and returns the one pressed. The default
   /// shows nothing and answers with the last of Cancel, No, Yes, Ok that is offered, so never consents.
-  virtual MessageBoxButton showMessageBox(std::string_view title, std::string_view text, std::int32_t buttons);
+  virtual MessageBoxButton showMessageBox(std::string_view title, std::string_view text,
+                                          std::int32_t buttons);
 
   /// True while the library is busy.
   virtual void showBusy(bool /*busy*/) {}

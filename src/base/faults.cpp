@@ -5,19 +5,32 @@ namespace {
 
 const char* usualDescription(std::int32_t number) {
   switch (number) {
-    case InvalidCall: return "Invalid procedure call or argument";
-    case Overflow: return "Overflow";
-    case OutOfMemory: return "Out of memory";
-    case Subscript: return "Subscript out of range";
-    case DivisionByZero: return "Division by zero";
-    case TypeMismatch: return "Type mismatch";
-    case FileNotFound: return "File not found";
-    case DiskFull: return "Disk full";
-    case PermissionDenied: return "Permission denied";
-    case PathFileAccess: return "Path/File access error";
-    case PathNotFound: return "Path not found";
-    case ObjectNotSet: return "Object variable not set";
-    default: return "Internal error";
+    case InvalidCall:
+      return "Invalid procedure call or argument";
+    case Overflow:
+      return "Overflow";
+    case OutOfMemory:
+      return "Out of memory";
+    case Subscript:
+      return "Subscript out of range";
+    case DivisionByZero:
+      return "Division by zero";
+    case TypeMismatch:
+      return "Type mismatch";
+    case FileNotFound:
+      return "File not found";
+    case DiskFull:
+      return "Disk full";
+    case PermissionDenied:
+      return "Permission denied";
+    case PathFileAccess:
+      return "Path/File access error";
+    case PathNotFound:
+      return "Path not found";
+    case ObjectNotSet:
+      return "Object variable not set";
+    default:
+      return "Internal error";
   }
 }
 

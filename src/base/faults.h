@@ -40,7 +40,7 @@ decltype(auto) at(Container& container, Index index) {
 
 /// The value as a `To`, or fault 6.
 template <class To, class From>
-  requires std::is_integral_v<To> && std::is_integral_v<From>
+requires std::is_integral_v<To> && std::is_integral_v<From>
 constexpr To narrow(From value) {
   const To result = static_cast<To>(value);
   if (static_cast<From>(result) != value || (result < To{}) != (value < From{})) raise(Overflow);

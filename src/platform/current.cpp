@@ -36,7 +36,9 @@ Platform& current() {
 
 std::shared_ptr<Platform> shareCurrent() { return threadWorld() ? threadWorld() : machine(); }
 
-std::shared_ptr<Platform> use(std::shared_ptr<Platform> world) { return std::exchange(threadWorld(), std::move(world)); }
+std::shared_ptr<Platform> use(std::shared_ptr<Platform> world) {
+  return std::exchange(threadWorld(), std::move(world));
+}
 
 Host& Platform::host() {
   if (!host_) host_ = std::make_shared<Host>();

@@ -123,7 +123,8 @@ class HY_WRISTLOG_API SettingsStore {
   /// False when there was nothing to delete.
   virtual bool deleteKey(std::int32_t root, std::string_view key) = 0;
   virtual bool deleteValue(std::int32_t root, std::string_view key, std::string_view name) = 0;
-  virtual std::optional<SettingValue> read(std::int32_t root, std::string_view key, std::string_view name) = 0;
+  virtual std::optional<SettingValue> read(std::int32_t root, std::string_view key,
+                                           std::string_view name) = 0;
   virtual void write(std::int32_t root, std::string_view key, std::string_view name,
                      const SettingValue& value) = 0;
   virtual std::vector<std::string> valueNames(std::int32_t root, std::string_view key) = 0;
@@ -133,7 +134,8 @@ class HY_WRISTLOG_API SettingsStore {
 /// A moment at which a zone changes its clocks. Year 0: the `Day`-th (5: last) `DayOfWeek` (Sunday 0) of
 /// `Month`, every year; otherwise that fixed date. Month 0: no change.
 struct ZoneTransition {
-  std::int16_t Year = 0, Month = 0, DayOfWeek = 0, Day = 0, Hour = 0, Minute = 0, Second = 0, Milliseconds = 0;
+  std::int16_t Year = 0, Month = 0, DayOfWeek = 0, Day = 0, Hour = 0, Minute = 0, Second = 0,
+               Milliseconds = 0;
   bool operator==(const ZoneTransition&) const = default;
 };
 
