@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "hy_wristlog/api.h"
+#include "hy_wristlog/enumerations.h"
+
+namespace hy_wristlog {
+
+class VardenLogger;
+
+/// Activity counts, one element an epoch. -1: no value; `EmptyActivity`: nothing was stored.
+using ActivitySeries = std::vector<std::int32_t>;
+/// Lux, or microwatts per square centimetre for the colours. -1: no value; NaN: nothing was stored.
+using LightSeries = std::vector<float>;
+/// Markers are True or Empty; the wrist is True while the logger is off it.
+using TristateSeries = std::vector<Tristate>;
+
+inline constexpr std::int32_t EmptyActivity = std::numeric_limits<std::int32_t>::min();
+inline constexpr float EmptyLight = std::numeric_limits<float>::quiet_NaN();
+
+/// Receives a logger's events, on the thread that works with the logger. The texts may be changed.
+class HY_WRISTLOG_API VardenLoggerEvents {
+ public:
+  virtual ~VardenLoggerEvents() = default;
+  virtual void CommEventError(std::int32_t /*ErrorNum*/, std::string& /*ErrorDescription*/) {}
+  virtual void CommProgress(std::string& /*ProgressText*/) {}
+  virtual void AbortAcknowledged() {}
+};
+
+/// Everything that is known about one logger of the Varden family: configuration, subject, clock, battery,
+/// recording and decoded series. Dates are day counts from 30 December 1899, UTC; -1 is unknown. Belongs to
+/// the thread it was made on. Getters and setters only get and set; those that are worked out
+/// (`BattLifeRemaining`, `BatteryPercent`) raise Failure 11502 for a device type they do not fit.
+class HY_WRISTLOG_API Class_VardenLogger {
+ public:
+  Class_VardenLogger();
+  explicit Class_VardenLogger(std::unique_ptr<VardenLogger> inside);
+  ~Class_VardenLogger();
+  Class_VardenLogger(const Class_VardenLogger&) = delete;
+  Class_VardenLogger& operator=(const Class_VardenLogger&) = delete;
+
+  template <class T>
+  using View = std::conditional_t<std::is_arithmetic_v<T> || std::is_enum_v<T>, T, const T&>;
+
+#define HY_GET(Name, Type) View<Type> Get_##Name() const;
+#define HY_LET(Name, Type) void Let_##Name(View<Type> value);
+#define HY_ACCESS_GetLet(Name, Type) HY_GET(Name, Type) HY_LET(Name, Type)
+#define HY_ACCESS_LetGet(Name, Type) HY_LET(Name, Type) HY_GET(Name, Type)
+#define HY_ACCESS_GetOnly(Name, Type) HY_GET(Name, Type)
+#define HY_STORED(Name, Type, Access, Copy) HY_ACCESS_##Access(Name, Type)
+#define HY_COMPUTED(Name, Type) Type Get_##Name();
+#include "hy_wristlog/varden_properties.inc"
+#undef HY_GET
+#undef HY_LET
+#undef HY_ACCESS_GetLet
+#undef HY_ACCESS_LetGet
+#undef HY_ACCESS_GetOnly
+#undef HY_STORED
+#undef HY_COMPUTED
+
+  /// Makes the docked logger compute its configuration's checksum anew by changing its clock mode forth and
+  /// back. The port must be open. Raises 3001 to 3003 and 11507.
+  void subVardenConfigCRCreset();
+
+  void subscribe(std::shared_ptr<VardenLoggerEvents> events);
+  void unsubscribe(const std::shared_ptr<VardenLoggerEvents>& events);
+
+  /// For the library's own rooms.
+  VardenLogger& inside() { return *inside_; }
+  const VardenLogger& inside() const { return *inside_; }
+
+ private:
+  std::unique_ptr<VardenLogger> inside_;
+};
+
+}  // namespace hy_wristlog

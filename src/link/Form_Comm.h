@@ -1,0 +1,110 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "link/Class_Packet.h"
+#include "platform/platform.h"
+
+namespace hy_wristlog {
+
+/// What a link tells its owner.
+class CommEvents {
+ public:
+  virtual ~CommEvents() = default;
+  virtual void CommEventError(std::int32_t /*ErrorNum*/, std::string& /*ErrorDescription*/) {}
+  virtual void XModemLostPacket(std::int16_t /*SendAttempt*/, std::int16_t /*MaxAttempts*/,
+                                std::int16_t /*WhichPacket*/) {}
+  virtual void XModemPacketSent(std::uint8_t /*ThisPacket*/, std::uint8_t /*TotalPackets*/) {}
+  virtual void XmodemPacketReceived(std::uint8_t /*ThisPacket*/, std::int32_t /*BytesSoFar*/) {}
+  virtual void CommProgress(std::string& /*ProgressText*/) {}
+  virtual void AbortAcknowledged() {}
+  virtual void CommRX(std::string& /*CharactersReceived*/) {}
+};
+
+class SerialControl;
+
+/// The one path of every byte to and from a logger: one serial port with its settings, its lines and its
+/// events. Line settings are indices: BaudRate 1 to 16 (13 is 57600), Parity 1 to 5 (3 none), StopBits 1 to 3
+/// (3 two), DataBits 4 to 8; 0 means "as last set". Text that passes is one byte a character.
+class Form_Comm {
+ public:
+  /// `owner`, when not null, must outlive the link.
+  explicit Form_Comm(CommEvents* owner = nullptr);
+  ~Form_Comm();
+  Form_Comm(const Form_Comm&) = delete;
+  Form_Comm& operator=(const Form_Comm&) = delete;
+
+  std::int16_t CommPort = 0;
+  std::int32_t BaudRate = 0, Parity = 0, StopBits = 0, DataBits = 0;
+  std::int16_t RTStoggleInterval = 333;
+  bool RaiseEventOnChar = false;
+
+  std::int32_t Get_LastCOMerrorNum() const;
+  bool Get_PortReady() const;
+  bool Get_DoingXMODEM() const;
+  /// The logger's end of the DSR line. False when the port is closed.
+  bool DSRHolding();
+
+  /// Raises 3004 and the control's 8000 to 8021.
+  void subOpenPort(std::int16_t intPort, std::int32_t vBaudRate, std::int32_t vDataBits, std::int32_t vParity,
+                   std::int32_t vStopBits, std::int32_t lngDelay, bool RTSenableFirst, bool DTRenableFirst);
+  void subClosePort();
+  void subEnableRTS();
+  void subDisableRTS();
+  void subEnableDTR();
+  void subDisableDTR();
+  void subToggleRTS();
+  void subEnableRTStoggle(std::int16_t intInterval);
+  void subDisableRTStoggle();
+  void subResetDevice(std::int32_t ResetEnableWidth, std::int32_t ResetDisableWidth, std::int32_t NumResets,
+                      std::int32_t lngDelay);
+  void subAbortProcess();
+
+  /// Raises 3001 and 3003; times in milliseconds.
+  void subSendChars(std::string_view Chars, std::int32_t SendBytes, std::int32_t CarraigeReturn,
+                    std::int16_t NumEchoedChars, std::int32_t CharDelay, std::int32_t TXdelay,
+                    std::int32_t CmdDelay);
+  /// The text before `CharToWaitFor`; `RXdelay` is a silence time. Raises 3001 and 3002.
+  std::string fncGetCharLine(char CharToWaitFor, std::int32_t RXdelay);
+  /// Raises 3004 to 3006.
+  std::vector<std::uint8_t> fncGetBinaryStream(std::int32_t& NumBytes, std::int32_t vBaudRate,
+                                               std::int32_t vDataBits, std::int32_t vParity,
+                                               std::int32_t vStopBits, std::int32_t PageDelay,
+                                               std::int32_t CmdDelay, bool IgnoreLength,
+                                               std::int32_t ByteDelay);
+
+  /// Raises 3004 and 3007 to 3012.
+  void subSendXmodemPackets(const PacketArray& Packets, std::int32_t vBaudRate, std::int32_t vDataBits,
+                            std::int32_t vParity, std::int32_t vStopBits, std::int32_t CmdTimeout,
+                            bool ByteByByte, std::int32_t ByteByByteDelay);
+  /// No array when nothing came or the transfer was aborted. Raises 3004, 3011, 3013.
+  PacketArray fncReceiveXmodemPackets(std::int32_t vBaudRate, std::int32_t vDataBits, std::int32_t vParity,
+                                      std::int32_t vStopBits, std::int32_t CmdTimeout);
+  void subSendXmodemAbort();
+  void subSendCTRLCabort();
+  void subSendXmodemACK();
+  void subSendXmodemNAK();
+  static std::string fncGetFriendlyPacketText(const PacketArray& Packets);
+
+  /// The diagnostic console: shown by default when the host has a sink for it.
+  bool Get_Visible() const;
+  void show();
+  void hide();
+  void subShowCOM(std::string_view text);
+  /// Everything shown so far while visible.
+  const std::string& consoleText() const;
+  void cmdClear();
+  void cmdCopyAll();
+  /// Makes a running stream fail as if the port had lost data.
+  void cmdDataOverrun();
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace hy_wristlog

@@ -1,0 +1,125 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "hy_wristlog/Class_VardenLogger.h"
+#include "link/Form_Comm.h"
+#include "varden/record.h"
+
+namespace hy_wristlog {
+
+/// The inside of Class_VardenLogger: the record, the link, and what is done with both. Failures carry the
+/// source class "Class_VardenLogger".
+class VardenLogger : private CommEvents {
+ public:
+  VardenLogger();
+  ~VardenLogger() override;
+  VardenLogger(const VardenLogger&) = delete;
+  VardenLogger& operator=(const VardenLogger&) = delete;
+
+  VardenRecord record;
+  Form_Comm& link() { return *mfrmComm_; }
+  std::vector<std::shared_ptr<VardenLoggerEvents>> listeners;
+
+  // The record: logger.cpp
+  std::unique_ptr<VardenLogger> fncCopyClass() const;
+  void subErase();
+  double Get_CurrentGMTtime() const;
+  ByteArray Get_RawData(std::int32_t count) const;
+  std::string Get_DeviceText() const;
+  std::int32_t Get_MaxBatteryLife() const;
+  bool Get_CTcompliant() const;
+  std::int32_t Get_MaxBytesAvailable() const;
+  void subShowFormComm();
+  void subHideFormComm();
+
+  // Firmware and what it can do: firmware.cpp
+  bool fncHasMemoryFullFlag() const;
+  bool fncHasLoadedVoltage() const;
+  bool fncHasSleepMode() const;
+  bool fncHasNewEventFormat() const;
+  bool fncHasNewLightScaleFactors() const;
+  bool fncIsValidFirmware() const;
+  void subParseVersionInfo(std::string_view version);
+
+  // Config block and subject text: codec_procedures.cpp
+  void subDecodeVardenLoggerConfig(const PacketArray& packets);
+  PacketArray fncEncodeVardenLoggerConfig();
+  void Let_ConfigPackets(const PacketArray& packets);
+  PacketArray Get_ConfigPackets();
+  void subDecodeSubjectInfo();
+  void subEncodeSubjectInfo();
+  void subDecodeSubjectPacket(const PacketArray& packets);
+  PacketArray fncEncodeSubjectPacket();
+  void Let_SubjectPacket(const PacketArray& packets);
+  PacketArray Get_SubjectPacket();
+
+  // The shell: commands.cpp
+  bool fncGetVardenPrompt();
+  static bool fncCheckCRCandParse(std::string& line);
+  void fncReadVardenFWversion();
+  void fncReadVardenBatteryVoltage();
+  void fncReadVardenTime();
+  void fncReadVardenData();
+  /// A new logger that got the packets, or null when this one did.
+  std::unique_ptr<VardenLogger> fncReadVardenConfig(bool NewLogger);
+  void fncReadVardenSetup();
+  std::uint8_t fncReadVardenMemoryLocation(std::int32_t address);
+  void subSetVardenMemoryLocation(std::int32_t address, std::uint8_t value);
+  void subSetVardenClock(std::optional<double> date);
+  void subSetVardenAcqStop(std::int32_t seconds);
+  void subSetVardenMemoryPointer(std::int32_t address);
+  void subSetDataAvailFlag(bool available);
+  void subSetVardenSleep(bool sleep);
+  void subClearVardenMemory();
+  void subSendVardenConfig();
+  void subVardenConfigCRCreset();
+  void subAbortLoggerComms();
+  static bool fncIsVardenFromDeviceName(std::string_view name);
+  std::string fncTimeStamp(std::int32_t index, std::optional<std::int32_t> EpochLength = {}) const;
+
+  // Docks and ports: docks.cpp
+  std::int16_t fncTolkaDockCOMport(std::int16_t& NumConnected);
+  std::int16_t fncQuillanderDockCOMport(std::int16_t& NumConnected);
+  bool fncTolkaLoggerConnected(bool KeepPortOpen, bool LongDSRwait);
+  bool fncQuillanderLoggerConnected(bool KeepPortOpen);
+  std::int32_t fncOpenTolkaPort(std::int16_t intPort, bool DelayAfterOpen, bool LongDSRwait);
+  std::int32_t fncOpenQuillanderPort(std::int16_t intPort, bool DelayAfterOpen);
+  void subResetQuillander();
+  void subCloseTolkaPort();
+  void subCloseQuillanderPort();
+  void subCloseDevicePort();
+
+  // The recording: decode_procedures.cpp
+  void subSetRawDataFromPackets(const PacketArray& packets);
+  enmDecodeResult fncDecodeDataArrays(bool& LowBatteryDetected, const std::optional<ByteArray>& RawBytes,
+                                      bool DiagnosticDecode);
+
+  // Battery and capacity: battery.cpp
+  static double fncLoggerSecondsToDate(std::int32_t seconds);
+  static std::int32_t fncDateToLoggerSeconds(double date);
+  float fncGetBatteryPercent(float voltage, float loadedVoltage) const;
+  float fncGetBatteryLife(float voltage, float loadedVoltage, float& percent) const;
+  float Get_BattLifeRemaining();
+  std::int16_t Get_BatteryPercent();
+  std::string fncFriendlyBatteryStatus();
+  double Get_MaxRecordingTimeAvailable(bool fromPresentFill) const;
+
+ private:
+  void CommEventError(std::int32_t ErrorNum, std::string& ErrorDescription) override;
+  void CommProgress(std::string& ProgressText) override;
+  void AbortAcknowledged() override;
+  void XmodemPacketReceived(std::uint8_t ThisPacket, std::int32_t BytesSoFar) override;
+
+  std::unique_ptr<Form_Comm> mfrmComm_;
+  std::int16_t dockCOMport_ = 0;
+  bool abortMark_ = false;
+  bool commsAborted_ = false;
+};
+
+}  // namespace hy_wristlog

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "hy_wristlog/Class_VardenLogger.h"
+#include "hy_wristlog/enumerations.h"
+#include "timezones/Class_TimeZoneInfo.h"
+#include "varden/config_block.h"
+
+namespace hy_wristlog {
+
+/// Bytes; inside std::optional, no value is "holds no array".
+using ByteArray = std::vector<std::uint8_t>;
+
+/// The values of one Varden logger. Plain data: codecs and the decoder read and write it, and know of no
+/// port.
+struct VardenRecord {
+#define HY_STORED(Name, Type, Access, Copy) Type Name{};
+#define HY_COMPUTED(Name, Type)
+#include "hy_wristlog/varden_properties.inc"
+#define HY_MEMBER(Name, Type, Copy) Type Name{};
+#include "varden/record_members.inc"
+#undef HY_STORED
+#undef HY_COMPUTED
+#undef HY_MEMBER
+
+  /// Seconds of an unread clock and volts of an unread battery are -1 in a new record.
+  VardenRecord();
+
+  /// What fncCopyClass hands over; the rest of the copy is as new.
+  VardenRecord copy() const;
+  /// Everything to zero or empty. The clock and the voltages end at 0, not at -1.
+  void erase();
+};
+
+}  // namespace hy_wristlog
