@@ -32,16 +32,19 @@ double timeSerial(std::int32_t hour, std::int32_t minute, std::int32_t second);
 /// Puts a time of day (a fraction, which may lie outside 0 to 1) onto a date, correct before 1899 too.
 double addTime(double date, double time);
 
+/// Fields carry as in `dateSerial` and `timeSerial`, years stand as they are; milliseconds are left out,
+/// since dates carry whole seconds. Fault 5 outside the years 100 to 9999.
 double dateFromCivil(const CivilTime& time);
 
 /// The date rounded to its nearest second, as calendar fields; Millisecond is 0. Fault 5 outside the years
 /// 100 to 9999 and for NaN.
 CivilTime civilFromDate(double date);
 
-/// Sunday 0 to Saturday 6.
+/// Sunday 0 to Saturday 6. This and all below that look at a date's fields take it as `civilFromDate` does,
+/// with the same fault.
 std::int32_t weekday(double date);
 
-/// The date without its time of day.
+/// The date without its time of day. A time that rounds up to midnight counts to the next day.
 double datePart(double date);
 
 /// Whole seconds from one date to another, both rounded to their second.

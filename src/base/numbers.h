@@ -15,7 +15,8 @@ std::int64_t roundToInt64(double value);
 /// thousands separators before it, an exponent with E or D, or a "&H" or "&O" prefix.
 bool isNumeric(std::string_view text);
 
-/// The number at the start of the text, blanks skipped; 0 when there is none.
+/// The decimal number at the start of the text, blanks skipped, also those among its digits; 0 when there is
+/// none. Fault 6 when it is too great.
 double leadingNumber(std::string_view text);
 
 /// True when the text is one or more of 0 to 9 and nothing else.
