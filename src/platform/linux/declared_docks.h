@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace hy_wristlog::platform {
+
+inline constexpr std::string_view ComPortClass = "{4d36e978-e325-11ce-bfc1-08002be10318}";
+inline constexpr std::string_view UsbDeviceClass = "{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
+
+/// A dock that the user declares. Entries that say nothing usable are empty or 0.
+struct DeclaredDock {
+  std::string VendorID, ProductID;  ///< four upper-case hexadecimal digits
+  std::string Class;                ///< lower case, with braces
+  std::int32_t ComPort = 0;         ///< 1 to 64
+  std::string Device;               ///< an absolute path
+};
+
+/// Reads sections "[Dock n]" with the keys VendorID, ProductID, Class, COMport and Device, names in any
+/// case, the first of equal keys; lines that start with ";" or "#" are comments. A dock without COMport
+/// has the number of its Device by rule, one without Device the device of its COMport.
+std::vector<DeclaredDock> parseDeclaredDocks(std::string_view ini);
+
+/// The declarations of this user: the file that HY_WRISTLOG_DOCKS names, else "Docks.INI" in `dataFolder`.
+/// Empty when there is no readable file.
+std::vector<DeclaredDock> readDeclaredDocks(const std::string& dataFolder);
+
+/// The device behind a COM port number: the declared one, else the one of the fixed rule; empty for a
+/// number that stands for none.
+std::string devicePathOfPort(std::int32_t number, const std::vector<DeclaredDock>& docks);
+
+}  // namespace hy_wristlog::platform

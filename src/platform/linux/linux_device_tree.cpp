@@ -1,0 +1,139 @@
+#include "platform/linux/linux_device_tree.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <utility>
+
+#include "base/ascii.h"
+#include "platform/linux/declared_docks.h"
+#include "platform/linux/linux_environment.h"
+#include "platform/linux/port_numbers.h"
+#include "platform/linux/sysfs.h"
+#include "platform/linux/system_io.h"
+
+namespace hy_wristlog::platform {
+namespace {
+
+struct Device {
+  std::string HardwareId, FriendlyName;
+};
+
+class FoundDevices final : public DeviceList {
+ public:
+  explicit FoundDevices(std::vector<Device> devices) : devices_(std::move(devices)) {}
+
+  bool hasInterface(std::size_t index) override { return index < devices_.size(); }
+  void readInfo(std::size_t index) override { device(index); }
+  std::string hardwareId(std::size_t index) override { return device(index).HardwareId; }
+  std::string friendlyName(std::size_t index) override { return device(index).FriendlyName; }
+
+ private:
+  const Device& device(std::size_t index) const {
+    if (index >= devices_.size()) raiseSystemError(ENODEV);
+    return devices_[index];
+  }
+
+  std::vector<Device> devices_;
+};
+
+std::string hardwareId(const std::string& vendor, const std::string& product, const std::string& release) {
+  return "USB\\VID_" + vendor + "&PID_" + product + "&REV_" + release;
+}
+
+std::string nameWithPort(const std::string& product, std::int32_t port) {
+  return port != 0 ? product + " (COM" + std::to_string(port) + ")" : product;
+}
+
+/// The name of a terminal's device file, behind any links: "ttyUSB0".
+std::string ttyBehind(const std::string& path) {
+  std::error_code error;
+  const auto real = std::filesystem::canonical(path, error);
+  return error ? std::string{} : real.filename().string();
+}
+
+bool exists(const std::string& path) {
+  std::error_code error;
+  return std::filesystem::exists(path, error);
+}
+
+class Enumeration {
+ public:
+  Enumeration(std::vector<DeclaredDock> docks, Sysfs tree)
+      : docks_(std::move(docks)), tree_(std::move(tree)) {}
+
+  std::vector<Device> ofClass(const std::string& classGuid) {
+    addDeclared(classGuid);
+    if (classGuid == ComPortClass) addTerminals();
+    if (classGuid == UsbDeviceClass) addUsbDevices();
+    return std::move(devices_);
+  }
+
+ private:
+  void addDeclared(const std::string& classGuid) {
+    for (std::size_t i = 0; i < docks_.size(); ++i) {
+      const DeclaredDock& dock = docks_[i];
+      if (dock.Class != classGuid || dock.VendorID.empty() || dock.ProductID.empty()) continue;
+      if (!dock.Device.empty() && !exists(dock.Device)) continue;
+      devices_.push_back({hardwareId(dock.VendorID, dock.ProductID, "0000"),
+                          nameWithPort("Declared dock " + std::to_string(i + 1), dock.ComPort)});
+      if (!dock.Device.empty()) declaredTtys_.push_back(ttyBehind(dock.Device));
+    }
+  }
+
+  void addTerminals() {
+    for (const UsbTerminal& terminal : tree_.usbTerminals())
+      if (!isDeclared(terminal.Name))
+        devices_.push_back(
+            {idOf(terminal.Device), nameWithPort(terminal.Device.Product, portOf(terminal.Name))});
+  }
+
+  void addUsbDevices() {
+    const auto terminals = tree_.usbTerminals();
+    for (const UsbDevice& device : tree_.usbDevices()) {
+      const auto terminal = std::find_if(terminals.begin(), terminals.end(),
+                                         [&](const UsbTerminal& t) { return t.Device.Path == device.Path; });
+      if (terminal == terminals.end())
+        devices_.push_back({idOf(device), device.Product});
+      else if (!isDeclared(terminal->Name))
+        devices_.push_back({idOf(device), nameWithPort(device.Product, portOf(terminal->Name))});
+    }
+  }
+
+  static std::string idOf(const UsbDevice& device) {
+    return hardwareId(device.Vendor, device.ProductId, device.Release);
+  }
+
+  bool isDeclared(const std::string& tty) const {
+    return std::find(declaredTtys_.begin(), declaredTtys_.end(), tty) != declaredTtys_.end();
+  }
+
+  /// A declaration gives its device a number, and takes that number away from every other device.
+  std::int32_t portOf(const std::string& tty) const {
+    for (const DeclaredDock& dock : docks_)
+      if (dock.ComPort != 0 && ttyBehind(dock.Device) == tty) return dock.ComPort;
+    const std::int32_t port = portNumberOfTty(tty);
+    const bool taken = std::any_of(docks_.begin(), docks_.end(),
+                                   [&](const DeclaredDock& dock) { return dock.ComPort == port; });
+    return taken ? 0 : port;
+  }
+
+  std::vector<DeclaredDock> docks_;
+  Sysfs tree_;
+  std::vector<Device> devices_;
+  std::vector<std::string> declaredTtys_;
+};
+
+std::string treeRoot() {
+  const auto root = environmentVariable("HY_WRISTLOG_SYS");
+  return root && !root->empty() ? *root : "/sys";
+}
+
+}  // namespace
+
+std::unique_ptr<DeviceList> LinuxDeviceTree::devicesOfClass(std::string_view classGuid) {
+  Enumeration enumeration{readDeclaredDocks(userDataFolder(environment_)), Sysfs{treeRoot()}};
+  return std::make_unique<FoundDevices>(enumeration.ofClass(asciiLower(std::string{classGuid})));
+}
+
+}  // namespace hy_wristlog::platform

@@ -1,0 +1,177 @@
+#include "platform/linux/linux_files.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+
+#include "platform/linux/system_io.h"
+
+namespace hy_wristlog::platform {
+namespace {
+
+constexpr std::size_t LongestFile = std::size_t{512} << 20;
+constexpr mode_t AnyWriteBit = S_IWUSR | S_IWGRP | S_IWOTH;
+
+struct SplitPath {
+  std::string Folder, Name;
+};
+
+SplitPath split(const std::string& path) {
+  if (path.empty()) raiseSystemError(ENOENT);
+  if (path.find('\0') != std::string::npos) raiseSystemError(EINVAL);
+  const auto slash = path.rfind('/');
+  if (slash == std::string::npos) return {".", path};
+  return {slash == 0 ? "/" : path.substr(0, slash), path.substr(slash + 1)};
+}
+
+bool isForEveryone(const struct stat& folder) {
+  return (folder.st_mode & S_ISVTX) != 0 && (folder.st_mode & S_IWOTH) != 0;
+}
+
+bool liesInFolderForEveryone(const std::string& path) {
+  struct stat folder {};
+  return ::stat(split(path).Folder.c_str(), &folder) == 0 && isForEveryone(folder);
+}
+
+bool isReadOnly(int folder, const char* name, const struct stat& status) {
+  return (status.st_mode & AnyWriteBit) == 0 || ::faccessat(folder, name, W_OK, AT_EACCESS) != 0;
+}
+
+Descriptor openFolder(const std::string& path) {
+  Descriptor folder{::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+  // A folder that may be written to but not listed.
+  if (!folder && errno == EACCES) folder = Descriptor{::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
+  if (!folder) raiseSystemError();
+  return folder;
+}
+
+/// The mode for the new file; raises when it must not be written.
+mode_t modeOfTarget(int folder, const std::string& name) {
+  struct stat status {};
+  if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (errno != ENOENT) raiseSystemError();
+    return 0;
+  }
+  if (S_ISLNK(status.st_mode)) raiseSystemError(ELOOP);
+  if (S_ISDIR(status.st_mode)) raiseSystemError(EISDIR);
+  if (!S_ISREG(status.st_mode)) raiseSystemError(EINVAL);
+  if (isReadOnly(folder, name.c_str(), status)) raiseSystemError(EACCES);
+  return status.st_mode & 0777;
+}
+
+std::string randomName() {
+  std::array<unsigned char, 8> bytes{};
+  if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) raiseSystemError();
+  std::string name = ".wristlog-";
+  for (const unsigned char byte : bytes) {
+    constexpr std::string_view Digits = "0123456789abcdef";
+    name += Digits[byte >> 4U];
+    name += Digits[byte & 15U];
+  }
+  return name;
+}
+
+/// A new file that disappears again unless it is given its final name.
+class TemporaryFile {
+ public:
+  TemporaryFile(int folder, mode_t mode) : folder_(folder), name_(randomName()) {
+    constexpr mode_t UsualMode = 0666;
+    file_ = Descriptor{::openat(folder, name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                                mode != 0 ? mode : UsualMode)};
+    if (!file_) raiseSystemError();
+    if (mode != 0) ::fchmod(file_.get(), mode);
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  ~TemporaryFile() {
+    if (!name_.empty()) ::unlinkat(folder_, name_.c_str(), 0);
+  }
+
+  void write(std::string_view content) {
+    while (!content.empty()) {
+      const ssize_t count = ::write(file_.get(), content.data(), content.size());
+      if (count < 0 && errno == EINTR) continue;
+      if (count < 0) raiseSystemError();
+      content.remove_prefix(static_cast<std::size_t>(count));
+    }
+    if (::fsync(file_.get()) != 0) raiseSystemError();
+  }
+
+  void rename(const std::string& name) {
+    if (::renameat(folder_, name_.c_str(), folder_, name.c_str()) != 0) raiseSystemError();
+    name_.clear();
+    ::fsync(folder_);
+  }
+
+ private:
+  int folder_;
+  std::string name_;
+  Descriptor file_;
+};
+
+}  // namespace
+
+FileState LinuxFiles::state(const std::string& path) {
+  const SplitPath parts = split(path);
+  FileState result;
+  result.Hidden = parts.Name.starts_with('.') && parts.Name != "." && parts.Name != "..";
+  struct stat status {};
+  if (::lstat(path.c_str(), &status) != 0) {
+    if (errno != ENOENT && errno != ENOTDIR) raiseSystemError();
+    return {};
+  }
+  struct stat target {};
+  if (S_ISLNK(status.st_mode) && !liesInFolderForEveryone(path) && ::stat(path.c_str(), &target) == 0)
+    status = target;
+  result.Kind = S_ISREG(status.st_mode)   ? FileKind::File
+                : S_ISDIR(status.st_mode) ? FileKind::Folder
+                                          : FileKind::Other;
+  if (!S_ISLNK(status.st_mode)) result.ReadOnly = isReadOnly(AT_FDCWD, path.c_str(), status);
+  return result;
+}
+
+std::string LinuxFiles::read(const std::string& path) {
+  const int links = liesInFolderForEveryone(path) ? O_NOFOLLOW : 0;
+  const Descriptor file{::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | links)};
+  if (!file) raiseSystemError();
+  struct stat status {};
+  if (::fstat(file.get(), &status) != 0) raiseSystemError();
+  if (S_ISDIR(status.st_mode)) raiseSystemError(EISDIR);
+  if (!S_ISREG(status.st_mode)) raiseSystemError(EINVAL);
+  return readToEnd(file.get(), LongestFile);
+}
+
+void LinuxFiles::write(const std::string& path, std::string_view content) {
+  const SplitPath parts = split(path);
+  if (parts.Name.empty() || parts.Name == "." || parts.Name == "..") raiseSystemError(EISDIR);
+  const Descriptor folder = openFolder(parts.Folder);
+  TemporaryFile file{folder.get(), modeOfTarget(folder.get(), parts.Name)};
+  file.write(content);
+  file.rename(parts.Name);
+}
+
+bool LinuxFiles::remove(const std::string& path) {
+  split(path);
+  if (::unlink(path.c_str()) == 0) return true;
+  if (errno != ENOENT && errno != ENOTDIR) raiseSystemError();
+  return false;
+}
+
+void LinuxFiles::makeFolder(const std::string& path, bool forEveryone) {
+  split(path);
+  if (::mkdir(path.c_str(), forEveryone ? 0700 : 0777) != 0) {
+    struct stat status {};
+    const int error = errno;
+    if (error == EEXIST && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) return;
+    raiseSystemError(error);
+  }
+  if (!forEveryone) return;
+  const Descriptor folder{::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)};
+  if (!folder || ::fchmod(folder.get(), S_ISVTX | 0777) != 0) raiseSystemError();
+}
+
+}  // namespace hy_wristlog::platform

@@ -1,0 +1,104 @@
+#include "platform/linux/linux_serial_ports.h"
+
+#include <array>
+#include <cerrno>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+
+#include "hy_wristlog/failure.h"
+#include "platform/linux/declared_docks.h"
+#include "platform/linux/line_control.h"
+#include "platform/linux/linux_environment.h"
+#include "platform/linux/linux_serial_port.h"
+#include "platform/linux/system_io.h"
+
+namespace hy_wristlog::platform {
+namespace {
+
+constexpr std::int32_t InvalidPort = 8002, PortNotAvailable = 8005, PortStateFailure = 8015;
+
+[[noreturn]] void raise(std::int32_t number, const std::string& description) {
+  throw Failure(number, "MSComm", description);
+}
+
+std::string groupName(gid_t id) {
+  std::array<char, 4096> buffer{};
+  group entry{};
+  group* found = nullptr;
+  if (::getgrgid_r(id, &entry, buffer.data(), buffer.size(), &found) != 0 || found == nullptr) return {};
+  return found->gr_name;
+}
+
+[[noreturn]] void raiseDenied(const std::string& name, const struct stat& device) {
+  const std::string group = groupName(device.st_gid);
+  const bool groupHelps = (device.st_mode & (S_IRGRP | S_IWGRP)) == (S_IRGRP | S_IWGRP) && device.st_gid != 0;
+  std::string advice = "Ask the administrator for access to the device.";
+  if (groupHelps && !group.empty())
+    advice = "The user must be in the group \"" + group + "\" (sudo usermod -aG " + group +
+             " <user>, then log in again).";
+  raise(PortNotAvailable, "No permission to use " + name + ". " + advice);
+}
+
+[[noreturn]] void raiseBusy(const std::string& name) {
+  raise(PortNotAvailable, name + " is in use by another program. Close that program and try again.");
+}
+
+[[noreturn]] void raiseMissing(const std::string& name) {
+  raise(InvalidPort, "There is no " + name + ". Plug the dock in, or declare its device in Docks.INI.");
+}
+
+[[noreturn]] void raiseNoTerminal(const std::string& name) {
+  raise(InvalidPort, name + " is not a serial port. Correct its entry in Docks.INI.");
+}
+
+[[noreturn]] void raiseForErrno(int error, const std::string& name, const struct stat& device) {
+  switch (error) {
+    case EBUSY:
+      raiseBusy(name);
+    case EACCES:
+    case EPERM:
+      raiseDenied(name, device);
+    case ENOENT:
+    case ENOTDIR:
+    case ENXIO:
+    case ENODEV:
+    case ELOOP:
+    case ENAMETOOLONG:
+    case EIO:
+      raiseMissing(name);
+    default:
+      raise(PortStateFailure, name + " cannot be opened: " + systemErrorText(error));
+  }
+}
+
+}  // namespace
+
+std::unique_ptr<SerialPort> openSerialDevice(const std::string& path, const std::string& name) {
+  struct stat device {};
+  if (::stat(path.c_str(), &device) != 0) raiseForErrno(errno, name, device);
+  if (!S_ISCHR(device.st_mode)) raiseNoTerminal(name);
+  Descriptor fd{::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)};
+  if (!fd) raiseForErrno(errno, name, device);
+  if (!isTerminal(fd.get())) errno == EIO ? raiseMissing(name) : raiseNoTerminal(name);
+  // Exclusive mode does not stop the superuser, so it is asked for; the lock holds for all who take it.
+  if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
+    if (errno == EWOULDBLOCK) raiseBusy(name);
+    raiseForErrno(errno, name, device);
+  }
+  int exclusive = 0;
+  if (::ioctl(fd.get(), TIOCGEXCL, &exclusive) == 0 && exclusive != 0) raiseBusy(name);
+  return std::make_unique<LinuxSerialPort>(std::move(fd), name);
+}
+
+std::unique_ptr<SerialPort> LinuxSerialPorts::open(std::int32_t number) {
+  const auto docks = readDeclaredDocks(userDataFolder(environment_));
+  const std::string path = devicePathOfPort(number, docks);
+  if (path.empty()) raise(InvalidPort, "COM" + std::to_string(number) + " is not a port number");
+  return openSerialDevice(path, "COM" + std::to_string(number) + " (" + printable(path) + ")");
+}
+
+}  // namespace hy_wristlog::platform

@@ -1,0 +1,88 @@
+#include "platform/linux/linux_settings_store.h"
+
+#include <cerrno>
+
+#include "platform/linux/linux_environment.h"
+#include "platform/linux/system_io.h"
+
+namespace hy_wristlog::platform {
+namespace {
+
+/// Makes the folder and those above it that are missing.
+void makeFolders(Files& files, const std::string& folder) {
+  for (auto slash = folder.find('/', 1); slash != std::string::npos; slash = folder.find('/', slash + 1)) {
+    const std::string above = folder.substr(0, slash);
+    if (files.state(above).Kind == FileKind::Missing) files.makeFolder(above, false);
+  }
+  files.makeFolder(folder, false);
+}
+
+}  // namespace
+
+std::string FileSettingsStore::file() {
+  const std::string folder = userDataFolder(environment_);
+  if (folder.empty()) raiseSystemError(ENOENT);
+  return folder + "/settings";
+}
+
+SettingsTable FileSettingsStore::load() {
+  const std::string path = file();
+  if (files_.state(path).Kind == FileKind::Missing) return {};
+  return SettingsTable::parse(files_.read(path));
+}
+
+void FileSettingsStore::save(const SettingsTable& table) {
+  makeFolders(files_, userDataFolder(environment_));
+  files_.write(file(), table.text());
+}
+
+bool FileSettingsStore::keyExists(std::int32_t root, std::string_view key) {
+  return load().keyExists(root, key);
+}
+
+void FileSettingsStore::createKey(std::int32_t root, std::string_view key) {
+  SettingsTable table = load();
+  if (table.keyExists(root, key)) return;
+  table.createKey(root, key);
+  save(table);
+}
+
+bool FileSettingsStore::deleteKey(std::int32_t root, std::string_view key) {
+  SettingsTable table = load();
+  if (!table.deleteKey(root, key)) return false;
+  save(table);
+  return true;
+}
+
+bool FileSettingsStore::deleteValue(std::int32_t root, std::string_view key, std::string_view name) {
+  SettingsTable table = load();
+  if (!table.deleteValue(root, key, name)) return false;
+  save(table);
+  return true;
+}
+
+std::optional<SettingValue> FileSettingsStore::read(std::int32_t root, std::string_view key,
+                                                    std::string_view name) {
+  return load().read(root, key, name);
+}
+
+void FileSettingsStore::write(std::int32_t root, std::string_view key, std::string_view name,
+                              const SettingValue& value) {
+  SettingsTable table = load();
+  table.write(root, key, name, value);
+  save(table);
+}
+
+std::vector<std::string> FileSettingsStore::valueNames(std::int32_t root, std::string_view key) {
+  auto names = load().valueNames(root, key);
+  if (!names) raiseSystemError(ENOENT);
+  return std::move(*names);
+}
+
+std::vector<std::string> FileSettingsStore::subkeys(std::int32_t root, std::string_view key) {
+  auto names = load().subkeys(root, key);
+  if (!names) raiseSystemError(ENOENT);
+  return std::move(*names);
+}
+
+}  // namespace hy_wristlog::platform

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/platform.h"
+
+namespace hy_wristlog::platform {
+
+/// Zone records made from the rules in the system's tz database (/usr/share/zoneinfo, or the folder that
+/// TZDIR names). A rule with changes that only a date can express holds for the present year, and the
+/// thread's clock says which that is.
+///
+/// The machine's own zone is what TZ says, else /etc/localtime, else /etc/timezone. It is found under its
+/// name, under another name of the same zone, then by a rule that is the same. A machine that runs on UTC
+/// counts as Greenwich.
+class LinuxZones final : public ZoneRecords {
+ public:
+  /// `etc` is where "localtime" and "timezone" lie.
+  explicit LinuxZones(std::string etc = "/etc");
+
+  std::vector<std::string> keys() override;
+  /// An unknown key gives an empty record.
+  ZoneRecord read(std::string_view key) override;
+  std::string localStandardName() override;
+
+ private:
+  struct MachineZone {
+    std::string Name;  ///< in the tz database; may be empty
+    std::string File;  ///< content of its TZif file; may be empty
+    std::optional<ZoneRule> Rule;
+  };
+
+  MachineZone machineZone() const;
+  MachineZone zoneOfVariable(std::string value) const;
+  MachineZone zoneOfName(std::string name) const;
+
+  std::string etc_;
+};
+
+}  // namespace hy_wristlog::platform
