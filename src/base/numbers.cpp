@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <optional>
 #include <string>
 
 #include "base/ascii.h"
@@ -82,15 +81,16 @@ class Scanner {
   std::string_view rest_;
 };
 
-bool isPrefixedNumber(std::string_view text) {
-  if (text.size() < 3 || text.front() != '&') return false;
+std::optional<double> parsePrefixed(std::string_view text) {
+  if (text.size() < 3 || text.front() != '&') return std::nullopt;
   const char kind = asciiUpper(text[1]);
-  if (kind != 'H' && kind != 'O') return false;
+  if (kind != 'H' && kind != 'O') return std::nullopt;
   text.remove_prefix(2);
   std::uint32_t value = 0;
   const auto end = text.data() + text.size();
   const auto result = std::from_chars(text.data(), end, value, kind == 'H' ? 16 : 8);
-  return result.ec == std::errc{} && result.ptr == end;
+  if (result.ec != std::errc{} || result.ptr != end) return std::nullopt;
+  return static_cast<std::int32_t>(value);
 }
 
 }  // namespace
@@ -99,27 +99,31 @@ std::int16_t roundToInt16(double value) { return roundTo<std::int16_t>(value); }
 std::int32_t roundToInt32(double value) { return roundTo<std::int32_t>(value); }
 std::int64_t roundToInt64(double value) { return roundTo<std::int64_t>(value); }
 
-bool isNumeric(std::string_view text) {
+std::optional<double> parseNumber(std::string_view text) {
   while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
   while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
-  if (isPrefixedNumber(text)) return true;
+  if (const auto value = parsePrefixed(text)) return value;
 
   Scanner scanner(text);
   std::string number;
   const bool signInFront = scanner.hasSign();
-  if (signInFront) scanner.take();
+  bool negative = signInFront && scanner.take() == '-';
   scanner.skipBlanks();
   std::size_t digits = scanner.takeDigits(number, true);
   if (scanner.has('.')) {
     number += scanner.take();
     digits += scanner.takeDigits(number, false);
   }
-  if (digits == 0) return false;
+  if (digits == 0) return std::nullopt;
   scanner.takeExponent(number);
   scanner.skipBlanks();
-  if (!signInFront && scanner.hasSign()) scanner.take();
-  return scanner.atEnd() && parseDecimal(number).has_value();
+  if (!signInFront && scanner.hasSign()) negative = scanner.take() == '-';
+  if (!scanner.atEnd()) return std::nullopt;
+  const auto value = parseDecimal(number);
+  return value && negative ? -*value : value;
 }
+
+bool isNumeric(std::string_view text) { return parseNumber(text).has_value(); }
 
 double leadingNumber(std::string_view text) {
   std::string dense;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 /// Text to numbers, and real to whole numbers.
@@ -11,8 +12,10 @@ std::int16_t roundToInt16(double value);
 std::int32_t roundToInt32(double value);
 std::int64_t roundToInt64(double value);
 
-/// True for what a number parse accepts: blanks around it, a sign before or behind, one decimal point,
-/// thousands separators before it, an exponent with E or D, or a "&H" or "&O" prefix.
+/// The number that a whole text stands for, none when it is not numeric: blanks around it, a sign before or
+/// behind, one decimal point, thousands separators before it, an exponent with E or D; or "&H" or "&O" and up
+/// to 32 bits, in two's complement.
+std::optional<double> parseNumber(std::string_view text);
 bool isNumeric(std::string_view text);
 
 /// The decimal number at the start of the text, blanks skipped, also those among its digits; 0 when there is

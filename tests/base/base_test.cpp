@@ -243,6 +243,9 @@ TEST(Numbers, TextIsNumericAndHasALeadingValue) {
       EXPECT_EQ(leadingNumber(c.Text), c.Value) << c.Text;
   }
   EXPECT_EQ(leadingNumber("0." + std::string(400, '0') + "1"), 0.0);
+  const std::pair<const char*, double> whole[] = {{" 1,234.5- ", -1234.5}, {"- 7", -7},  {"&HFF", 255},
+                                                  {"&hFFFFFFFF", -1},      {"&O17", 15}, {"1D2", 100}};
+  for (const auto& [text, value] : whole) EXPECT_EQ(parseNumber(text), value) << text;
   EXPECT_TRUE(isDigits("007"));
   for (const char* text : {"", "-1", "1 ", "1.0"}) EXPECT_FALSE(isDigits(text));
 }
