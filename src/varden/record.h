@@ -33,7 +33,8 @@ struct VardenRecord {
 
   /// What fncCopyClass hands over; the rest of the copy is as new.
   VardenRecord copy() const;
-  /// Everything to zero or empty. The clock and the voltages end at 0, not at -1.
+  /// Everything to zero or empty; the clock and the voltages end at 0, not at -1. WristStatusArray stays when
+  /// BlueLightArray is empty.
   void erase();
 };
 

@@ -1,0 +1,43 @@
+#include "varden/record.h"
+
+#include <utility>
+
+namespace hy_wristlog {
+namespace {
+
+enum class InCopy : std::uint8_t { Copied, NotCopied };
+
+}  // namespace
+
+VardenRecord::VardenRecord() {
+  LastLoggerTime = -1;
+  BatteryVoltage = -1;
+  LoadedBattVoltage = -1;
+}
+
+VardenRecord VardenRecord::copy() const {
+  VardenRecord result;
+#define HY_STORED(Name, Type, Access, Copy) \
+  if constexpr (InCopy::Copy == InCopy::Copied) result.Name = Name;
+#define HY_COMPUTED(Name, Type)
+#define HY_MEMBER(Name, Type, Copy) HY_STORED(Name, Type, GetLet, Copy)
+#include "hy_wristlog/varden_properties.inc"
+#include "varden/record_members.inc"
+#undef HY_STORED
+#undef HY_COMPUTED
+#undef HY_MEMBER
+  return result;
+}
+
+void VardenRecord::erase() {
+  // The wrist array goes only when the blue light array, not it itself, holds an array.
+  TristateSeries wrist;
+  if (BlueLightArray.empty()) wrist = std::move(WristStatusArray);
+  *this = VardenRecord();
+  LastLoggerTime = 0;
+  BatteryVoltage = 0;
+  LoadedBattVoltage = 0;
+  WristStatusArray = std::move(wrist);
+}
+
+}  // namespace hy_wristlog
