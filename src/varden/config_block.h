@@ -2,21 +2,22 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace hy_wristlog {
 
-/// The fields of a received config block as they are stored on the wire: numbers little-endian, times in
-/// logger seconds, texts cut at their first NUL.
+/// The fields of a config block as they are stored on the wire: times in logger seconds, enumerations as
+/// their codes, texts cut at their first NUL (but UTF-8).
 struct VardenConfigBlock {
   std::uint16_t Crc = 0;
   std::uint8_t Version = 0, MemorySize = 0, FeaturesFlag1 = 0, FeaturesFlag2 = 0;
   std::string SerialNumber;
   std::uint32_t NextMemoryAddress = 0;
   std::uint8_t LowPowerShutdownFlag = 0, Model = 0;
-  std::string FirmwareVersion;
-  std::uint8_t MemoryFullFlag = 0;
+  std::string FirmwareVersion;                 ///< 8 characters without points; empty in a block of version 1
+  std::optional<std::uint8_t> MemoryFullFlag;  ///< only blocks of version 2 of newer firmware have one
   std::vector<std::uint8_t> Unused1;
   std::uint8_t BootLoaderFlag = 0;
   std::string SubjectIdentity;

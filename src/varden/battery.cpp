@@ -1,0 +1,158 @@
+#include "varden/battery.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "base/dates.h"
+#include "base/formats.h"
+#include "base/numbers.h"
+#include "errors/Procedure.h"
+#include "varden/VardenLogger.h"
+
+namespace hy_wristlog {
+namespace {
+
+constexpr char Module[] = "Class_VardenLogger";
+constexpr double EarliestDate = 713.8651851851852;
+constexpr float TolkaChargedVoltage = 2.9f;
+
+std::int32_t bytesPerEpoch(enmDeviceType device, enmVardenLoggingMode mode) {
+  if (device == KR_QUILLANDER) {
+    switch (mode) {
+      case VardenMode_ActivityOnly:
+        return 1;
+      case VardenMode_StandardLightOnly:
+      case VardenMode_InternalLightCalibration:
+        return 4;
+      case VardenMode_ActivityAndStandardLight:
+        return 5;
+      case VardenMode_SpecialLightOnly:
+      case VardenMode_InternalOffWristFrequency:
+        return 2;
+      case VardenMode_ActivityAndSpecialLight:
+        return 3;
+      default:
+        return 0;
+    }
+  }
+  if (device == KR_TOLKA) {
+    switch (mode) {
+      case VardenMode_ActivityOnly:
+        return 1;
+      case VardenMode_StandardLightOnly:
+      case VardenMode_InternalLightCalibration:
+        return 2;
+      case VardenMode_ActivityAndStandardLight:
+        return 3;
+      default:
+        return 0;
+    }
+  }
+  return 0;
+}
+
+}  // namespace
+
+double loggerSecondsToDate(std::int32_t seconds) { return seconds / SecondsPerDay + UnixEpochDate; }
+
+std::int32_t dateToLoggerSeconds(double date) {
+  Procedure procedure{Module, "fncDateToLoggerSeconds"};
+  return procedure.run([&] {
+    if (date < EarliestDate)
+      throw Failure(11503, "Class_VardenLogger.fncDateToLoggerSeconds",
+                    "Date is before 12/13/1901 8:45:52 PM");
+    return roundToInt32((date - UnixEpochDate) * SecondsPerDay);
+  });
+}
+
+float vividBatteryPercent(float voltage, float loadedVoltage) {
+  const float x = (voltage - loadedVoltage) * 1.6667f;
+  float percent = 0;
+  if (x < 0.055f) {
+    percent = 100;
+  } else if (x <= 0.157f) {
+    percent = 143.7516f - 772.7492f * x;
+  } else if (x <= 0.2861f) {
+    const float square = x * x;
+    percent = 568.58f * square - 410.83f * x + 72.915f;
+  }
+  return std::clamp(percent, 0.0f, 100.0f);
+}
+
+double maxRecordingDays(const VardenRecord& record, bool fromPresentFill) {
+  const std::int32_t perEpoch = bytesPerEpoch(record.DeviceType, record.AcquisitionMode);
+  if (record.EpochLength < 1 || perEpoch == 0) return 0;
+  double bytes = record.MemorySize * 1024.0;
+  if (fromPresentFill) bytes -= record.BytesUsed;
+  const std::int32_t epochsPerDay = roundToInt32(SecondsPerDay / record.EpochLength);
+  return bytes / epochsPerDay / perEpoch;
+}
+
+double VardenLogger::fncLoggerSecondsToDate(std::int32_t seconds) { return loggerSecondsToDate(seconds); }
+
+std::int32_t VardenLogger::fncDateToLoggerSeconds(double date) { return dateToLoggerSeconds(date); }
+
+float VardenLogger::fncGetBatteryPercent(float voltage, float loadedVoltage) const {
+  Procedure procedure{Module, "fncGetBatteryPercent"};
+  return procedure.run([&] {
+    if (record.DeviceType != KR_QUILLANDER)
+      throw Failure(11502, "Class_VardenLogger.fncGetBatteryPercent", "Invalid Logger Type");
+    return vividBatteryPercent(voltage, loadedVoltage);
+  });
+}
+
+float VardenLogger::fncGetBatteryLife(float voltage, float loadedVoltage, float& percent) const {
+  Procedure procedure{Module, "fncGetBatteryLife"};
+  return procedure.run([&] {
+    if (record.DeviceType == KR_QUILLANDER) {
+      percent = procedure.statement([&] { return fncGetBatteryPercent(voltage, loadedVoltage); });
+      return percent * 365.0f / 100.0f;
+    }
+    if (record.DeviceType != KR_TOLKA)
+      throw Failure(11502, "Class_VardenLogger.fncGetBatteryLife", "Invalid Logger Type");
+    const bool charged = voltage >= TolkaChargedVoltage;
+    percent = charged ? 100.0f : 0.0f;
+    return charged ? static_cast<float>(Get_MaxBatteryLife()) : 0.0f;
+  });
+}
+
+float VardenLogger::Get_BattLifeRemaining() {
+  Procedure procedure{Module, "Get_BattLifeRemaining"};
+  return procedure.run([&] {
+    float percent = 0;
+    record.BattLifeDays = fncGetBatteryLife(record.BatteryVoltage, record.LoadedBattVoltage, percent);
+    return record.BattLifeDays;
+  });
+}
+
+std::int16_t VardenLogger::Get_BatteryPercent() {
+  Procedure procedure{Module, "Get_BatteryPercent"};
+  return procedure.run([&] {
+    record.BattPercentValue = fncGetBatteryPercent(record.BatteryVoltage, record.LoadedBattVoltage);
+    return roundToInt16(record.BattPercentValue);
+  });
+}
+
+std::string VardenLogger::fncFriendlyBatteryStatus() {
+  constexpr char Unknown[] = "Unknown Battery Status";
+  Procedure procedure{Module, "fncFriendlyBatteryStatus"};
+  return procedure.run([&]() -> std::string {
+    if (record.DeviceType == KR_QUILLANDER) {
+      const float days = procedure.statement([&] { return Get_BattLifeRemaining(); });
+      if (days < 0) return Unknown;
+      const std::int16_t percent = procedure.statement([&] { return Get_BatteryPercent(); });
+      return "Approx. " + formatNumber(std::trunc(days), "##0") + " days (" + formatNumber(percent, "##0") +
+             "%) battery life remaining";
+    }
+    if (record.DeviceType != KR_TOLKA || record.BatteryVoltage < 0) return Unknown;
+    return record.BatteryVoltage >= TolkaChargedVoltage ? "Battery Fully Charged"
+                                                        : "Battery NOT Fully Charged";
+  });
+}
+
+double VardenLogger::Get_MaxRecordingTimeAvailable(bool fromPresentFill) const {
+  return maxRecordingDays(record, fromPresentFill);
+}
+
+}  // namespace hy_wristlog

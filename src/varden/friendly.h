@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "hy_wristlog/enumerations.h"
+
+/// The words of engineers' files and pages for the values of a logger's record. Values without words give
+/// "Unknown".
+namespace hy_wristlog {
+
+std::string fncFriendlyAcqModeFormat(enmVardenLoggingMode mode);
+std::string fncFriendlyButtonFormat(enmButtonMap map);
+std::string fncFriendlyTimeFormat(enmTimeFormat format);
+std::string fncFriendlyMemFullFormat(enmMemoryFull flag);
+std::string fncFriendlyDateFormat(enmDateFormat format);
+std::string fncFriendlyLowPowerFormat(enmLowPowerShutdown flag);
+std::string fncFriendlyDataAvailableFormat(enmDataAvailable flag);
+/// "Unknown (not Varden)" for other models than 1 and 2.
+std::string fncFriendlyKRmodel(std::uint8_t model);
+
+}  // namespace hy_wristlog
