@@ -1,0 +1,202 @@
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "base/dates.h"
+#include "base/formats.h"
+#include "fake_world.h"
+#include "hy_wristlog/failure.h"
+#include "timezones/Class_TimeZoneTools.h"
+
+namespace hy_wristlog {
+namespace {
+
+using Tools = Class_TimeZoneTools;
+
+/// "2026-03-08 02:00:00"
+double at(const std::string& text) {
+  const auto field = [&](std::size_t from, std::size_t length) {
+    return std::stoi(text.substr(from, length));
+  };
+  return dateFromCivil({field(0, 4), field(5, 2), field(8, 2), field(11, 2), field(14, 2), field(17, 2)});
+}
+
+std::string textOfDate(double date) { return formatDate(date, "yyyy-mm-dd hh:nn:ss"); }
+
+Class_TimeZoneInfo zone(std::int32_t bias, std::int32_t daylightBias = 0, CLass_SystemTime daylight = {},
+                        CLass_SystemTime standard = {}) {
+  Class_TimeZoneInfo zone;
+  zone.Bias = bias;
+  zone.StandardBias = 17;
+  zone.DaylightBias = daylightBias;
+  zone.DaylightDate = daylight;
+  zone.StandardDate = standard;
+  return zone;
+}
+
+Class_TimeZoneInfo newYork() { return zone(300, -60, {0, 3, 0, 2, 2}, {0, 11, 0, 1, 2}); }
+Class_TimeZoneInfo sydney() { return zone(-600, -60, {0, 10, 0, 1, 2}, {0, 4, 0, 1, 3}); }
+/// 28 March at 22:00 and 24 October at 23:30:15, every year.
+Class_TimeZoneInfo fixedDates() {
+  return zone(-120, -60, {2026, 3, 4, 28, 22}, {2026, 10, 4, 24, 23, 30, 15});
+}
+
+TEST(IsDayLight, AtTheChanges) {
+  struct Case {
+    Class_TimeZoneInfo Zone;
+    const char* Date;
+    bool Daylight;
+  };
+  const Case Cases[] = {
+      {newYork(), "2026-03-08 02:00:00", false},       {newYork(), "2026-03-08 02:00:01", true},
+      {newYork(), "2026-11-01 02:00:00", true},        {newYork(), "2026-11-01 02:00:01", false},
+      {newYork(), "2027-03-14 02:00:00", false},       {newYork(), "2027-03-14 02:00:01", true},
+      {newYork(), "2026-01-01 00:00:00", false},       {newYork(), "2026-12-31 23:59:59", false},
+      {newYork(), "1890-03-09 02:00:00", false},       {newYork(), "1890-03-09 02:00:01", true},
+      {sydney(), "2026-10-04 02:00:00", false},        {sydney(), "2026-10-04 02:00:01", true},
+      {sydney(), "2026-04-05 02:59:59", true},         {sydney(), "2026-04-05 03:00:00", false},
+      {sydney(), "2026-01-01 00:00:00", true},         {sydney(), "2026-12-31 23:59:59", true},
+      {fixedDates(), "2031-03-28 22:00:00", false},    {fixedDates(), "2031-03-28 22:00:01", true},
+      {fixedDates(), "2031-10-24 23:30:15", true},     {fixedDates(), "2031-10-24 23:30:16", false},
+      {zone(-330, -60), "2026-07-01 12:00:00", false}, {zone(-330, -60), "0100-01-01 00:00:00", false},
+  };
+  for (const Case& c : Cases) EXPECT_EQ(Tools::fncIsDayLight(at(c.Date), c.Zone), c.Daylight) << c.Date;
+}
+
+TEST(UTCToLocalDate, LooksAtTheClockAsItWouldReadInDaylightTime) {
+  struct Case {
+    Class_TimeZoneInfo Zone;
+    const char* Utc;
+    bool Daylight;
+    const char* Local;
+  };
+  const Case Cases[] = {
+      {newYork(), "2026-03-08 06:00:00", true, "2026-03-08 01:00:00"},
+      {newYork(), "2026-03-08 06:00:01", true, "2026-03-08 02:00:01"},
+      {newYork(), "2026-03-08 06:59:59", true, "2026-03-08 02:59:59"},
+      {newYork(), "2026-11-01 06:00:00", true, "2026-11-01 02:00:00"},
+      {newYork(), "2026-11-01 06:00:01", true, "2026-11-01 01:00:01"},
+      {newYork(), "2026-07-01 02:30:30", true, "2026-06-30 22:30:30"},
+      {newYork(), "2026-07-01 02:30:30", false, "2026-06-30 21:30:30"},
+      {sydney(), "2026-04-04 15:59:59", true, "2026-04-05 02:59:59"},
+      {sydney(), "2026-04-04 16:00:00", true, "2026-04-05 02:00:00"},
+      {sydney(), "2025-12-31 13:30:00", true, "2026-01-01 00:30:00"},
+      {zone(-345, -60), "2026-07-01 20:00:00", true, "2026-07-02 01:45:00"},
+      {zone(1500), "2026-03-01 00:59:00", false, "2026-02-27 23:59:00"},
+  };
+  for (const Case& c : Cases)
+    EXPECT_EQ(textOfDate(Tools::fncUTCToLocalDate(at(c.Utc), c.Zone, c.Daylight)), c.Local) << c.Utc;
+}
+
+TEST(WeekDayToDate, CountsAndStopsAtTheEndOfTheMonth) {
+  struct Case {
+    std::int32_t Year, Month, Weekday, Occurrence;
+    const char* Day;
+  };
+  const Case Cases[] = {
+      {2026, 11, 0, 1, "2026-11-01"}, {2026, 2, 0, 4, "2026-02-22"}, {2026, 2, 0, 5, "2026-02-22"},
+      {2026, 3, 0, 5, "2026-03-29"},  {2024, 2, 4, 5, "2024-02-29"}, {2026, 12, 4, 5, "2026-12-31"},
+      {2026, 12, 6, 9, "2026-12-26"}, {2026, 6, 2, 0, "2026-06-30"}, {2026, 0, 0, 1, "1899-12-30"},
+      {2026, -3, 0, 1, "1899-12-30"}, {2026, 5, 7, 1, "1899-12-30"},
+  };
+  for (const Case& c : Cases)
+    EXPECT_EQ(formatDate(Tools::fncWeekDayToDate(c.Year, c.Month, c.Weekday, c.Occurrence), "yyyy-mm-dd"),
+              c.Day);
+}
+
+TEST(Changes, InUtc) {
+  struct Case {
+    Class_TimeZoneInfo Zone;
+    std::int32_t Year;
+    const char *DaylightStart, *StandardStart;
+  };
+  const Case Cases[] = {
+      {newYork(), 2026, "2026-03-08 07:00:00", "2026-11-01 06:00:00"},
+      {newYork(), 2027, "2027-03-14 07:00:00", "2027-11-07 06:00:00"},
+      // The true end is 16:00; the change back of a southern zone is taken as a standard time.
+      {sydney(), 2026, "2026-10-03 16:00:00", "2026-04-04 17:00:00"},
+      {fixedDates(), 2030, "2030-03-28 20:00:00", "2030-10-24 20:30:00"},
+      {zone(0), 2026, "1899-12-30 00:00:00", "1899-12-30 00:00:00"},
+      {zone(300), 2026, "1899-12-30 05:00:00", "1899-12-30 05:00:00"},
+      {zone(-330), 2026, "1899-12-30 05:30:00", "1899-12-30 05:30:00"},
+  };
+  for (const Case& c : Cases) {
+    EXPECT_EQ(textOfDate(Tools::fncGetDaylightStart(c.Year, c.Zone)), c.DaylightStart);
+    EXPECT_EQ(textOfDate(Tools::fncGetStandardStart(c.Year, c.Zone)), c.StandardStart);
+  }
+}
+
+TEST(CalcOffset, HasTheSignOfTheClockAndGoesThereAndBack) {
+  EXPECT_EQ(Tools::fncCalcOffset(at("2026-01-15 12:00:00"), newYork(), true), -300);
+  EXPECT_EQ(Tools::fncCalcOffset(at("2026-07-15 12:00:00"), newYork(), true), -240);
+  EXPECT_EQ(Tools::fncCalcOffset(at("2026-07-15 12:00:00"), newYork(), false), -300);
+  EXPECT_THROW(Tools::fncCalcOffset(46000, zone(INT32_MIN), false), Failure);
+  EXPECT_THROW(Tools::fncUTCToLocalDate(46000, zone(INT32_MAX, INT32_MAX), true), Failure);
+  EXPECT_THROW(Tools::fncUTCToLocalDate(2958466, zone(-600), true), Failure);
+
+  std::mt19937 random{20261};
+  const auto pick = [&](int low, int high) { return std::uniform_int_distribution<int>{low, high}(random); };
+  const auto change = [&](int firstMonth) {
+    const auto field = [&](int low, int high) { return static_cast<std::int16_t>(pick(low, high)); };
+    return CLass_SystemTime{
+        0, field(firstMonth, firstMonth + 4), field(0, 6), field(1, 5), field(0, 23), field(0, 59)};
+  };
+  int compared = 0;
+  for (int round = 0; round < 5000; ++round) {
+    const bool southern = pick(0, 1) == 1;
+    const auto where =
+        zone(pick(-840, 840), pick(-4, 0) * 30, change(southern ? 8 : 2), change(southern ? 2 : 8));
+    const double local = dateFromCivil({pick(1970, 2060), 1, pick(1, 365), 0, 0, pick(0, 86399)});
+    const bool daylight = pick(0, 3) != 0;
+    const std::int32_t year = civilFromDate(local).Year;
+    const double utc = local - Tools::fncCalcOffset(local, where, daylight) / MinutesPerDay;
+    // An hour that is skipped or repeated has no way back.
+    if (std::abs(utc - Tools::fncGetDaylightStart(year, where)) < 0.2 ||
+        std::abs(utc - Tools::fncGetStandardStart(year, where)) < 0.2)
+      continue;
+    ++compared;
+    EXPECT_EQ(textOfDate(Tools::fncUTCToLocalDate(utc, where, daylight)), textOfDate(local)) << round;
+  }
+  EXPECT_GT(compared, 4500);
+}
+
+TEST(Offsets, AsTextAndBack) {
+  const std::pair<int, const char*> Texts[] = {{0, "+00:00"},     {330, "+05:30"},   {-300, "-05:00"},
+                                               {-1, "-00:01"},    {1439, "+23:59"},  {1440, "+00:00"},
+                                               {-1500, "-01:00"}, {-32768, "-18:08"}};
+  for (const auto& [minutes, text] : Texts)
+    EXPECT_EQ(Tools::fncFormatOffset(static_cast<std::int16_t>(minutes)), text);
+
+  const std::pair<const char*, int> Minutes[] = {
+      {"0", 0},       {"5:30", 330},  {"05:30", 330}, {" 5:30 ", 330}, {"-5:00", -300}, {"-5:30", -270},
+      {"90", 90},     {"-90", -90},   {"abc", 0},     {"", 0},         {":", 0},        {"5:3", 300},
+      {"5:345", 345}, {"1.5:00", 90}, {"2.5", 2},     {"3.5", 4},      {"1,000", 1000}, {"x:15", 15},
+  };
+  for (const auto& [text, minutes] : Minutes) EXPECT_EQ(Tools::fncHoursToMinutes(text), minutes) << text;
+  for (const char* text : {"547:00", "40000", "546:99", "1e400:00"})
+    EXPECT_THROW(Tools::fncHoursToMinutes(text), Failure) << text;
+}
+
+TEST(MachineClock, IsMeasuredNotLookedUp) {
+  platform::UseFakeWorld world;
+  struct Case {
+    CivilTime Utc, Local;
+    std::int16_t Offset;
+  };
+  const Case Cases[] = {
+      {{2026, 1, 1, 0, 0, 0, 999}, {2026, 1, 1, 5, 30, 0, 999}, 330},
+      {{2026, 1, 1, 0, 0, 59, 999}, {2025, 12, 31, 20, 31, 0, 1}, -210},
+      {{2026, 12, 31, 18, 30, 29}, {2027, 1, 1, 8, 15, 30}, 825},
+  };
+  for (const Case& c : Cases) {
+    world->Utc = c.Utc;
+    world->Local = c.Local;
+    EXPECT_EQ(Tools::fncGetGMTOffset(), c.Offset);
+  }
+  EXPECT_EQ(textOfDate(Tools::fncGetGMTTime()), "2026-12-31 18:30:29");
+  EXPECT_EQ(textOfDate(Tools::fncLocalTimeFromOffset(345)), "2027-01-01 00:15:29");
+  EXPECT_EQ(textOfDate(Tools::fncLocalTimeFromOffset(-1111)), "2026-12-30 23:59:29");
+}
+
+}  // namespace
+}  // namespace hy_wristlog
