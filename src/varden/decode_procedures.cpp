@@ -1,0 +1,72 @@
+#include <optional>
+#include <utility>
+
+#include "base/faults.h"
+#include "base/formats.h"
+#include "errors/GlobalState.h"
+#include "errors/Procedure.h"
+#include "platform/platform.h"
+#include "timezones/Class_TimeZoneTools.h"
+#include "varden/VardenLogger.h"
+#include "varden/stream_decoder.h"
+
+namespace hy_wristlog {
+namespace {
+
+constexpr const char* Module = "Class_VardenLogger";
+constexpr std::size_t MostPacketBytes = 1024;
+
+ByteArray joined(const std::vector<Class_Packet>& packets) {
+  ByteArray bytes;
+  bytes.reserve(packets.size() * MostPacketBytes);
+  for (const Class_Packet& packet : packets) {
+    if (bytes.size() + packet.BinData.size() > packets.size() * MostPacketBytes)
+      fault::raise(fault::Subscript);
+    bytes.insert(bytes.end(), packet.BinData.begin(), packet.BinData.end());
+  }
+  return bytes;
+}
+
+DecodeOptions optionsOfThisWorld(bool diagnostic) {
+  return {diagnostic, Class_TimeZoneTools::fncGetGMTTime(),
+          [pattern = globals().ShortDateTimeFormat](double date) { return formatDate(date, pattern); },
+          [](std::string_view title, std::string_view text) {
+            platform::current().host().showMessageBox(title, text,
+                                                      static_cast<std::int32_t>(MessageBoxButton::Ok));
+          }};
+}
+
+}  // namespace
+
+void VardenLogger::subSetRawDataFromPackets(const PacketArray& packets) {
+  Procedure procedure{Module, "subSetRawDataFromPackets"};
+  procedure.run([&] {
+    if (!packets)
+      throw Failure(11503, "Class_VardenLogger.subSetRawDataFromPackets", "Invalid packet array input");
+    record.RawData = joined(*packets);
+  });
+}
+
+enmDecodeResult VardenLogger::fncDecodeDataArrays(bool& LowBatteryDetected,
+                                                  const std::optional<ByteArray>& RawBytes,
+                                                  bool DiagnosticDecode) {
+  Procedure procedure{Module, "fncDecodeDataArrays"};
+  DecodeOptions options;
+  std::optional<StreamDecoder> decoder;
+  procedure.cleanUp([&] {
+    if (decoder) LowBatteryDetected = decoder->lowBatteryDetected().value_or(LowBatteryDetected);
+  });
+  procedure.run([&] {
+    procedure.statement([&] {
+      if (!RawBytes) return;
+      record.RawData = *RawBytes;
+      record.BytesUsed = fault::narrow<std::int32_t>(RawBytes->size());
+    });
+    procedure.statement([&] { options = optionsOfThisWorld(DiagnosticDecode); });
+    procedure.statement([&] { decoder.emplace(record, options).decode(); });
+    procedure.statement([&] { decoder->finish(); });
+  });
+  return decoder ? decoder->result() : Decode_InputError;
+}
+
+}  // namespace hy_wristlog
