@@ -1,0 +1,114 @@
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+#include "tools/Class_Tools.h"
+#include "varden/VardenLogger.h"
+#include "varden/shell.h"
+
+namespace hy_wristlog {
+namespace {
+
+PacketArray receivePackets(ShellProcedure& shell, Form_Comm& link) {
+  return shell.procedure.statement([&] {
+    return link.fncReceiveXmodemPackets(shell::Baud57600, shell::EightDataBits, shell::NoParity,
+                                        shell::TwoStopBits, shell::TransferTimeout);
+  });
+}
+
+void letLoggerSettle(ShellProcedure& shell) {
+  shell.procedure.statement([] { Tools().subDelay(250, 50); });
+}
+
+/// Failures that a configuration with a stale CRC, or a hiccup on the line, can cause.
+bool curedByReset(std::int32_t failure) {
+  constexpr std::array Curable{3001, 3002, 3003, 3011, 3013, 11505};
+  return std::find(Curable.begin(), Curable.end(), failure) != Curable.end();
+}
+
+}  // namespace
+
+std::unique_ptr<VardenLogger> VardenLogger::fncReadVardenConfig(bool NewLogger) {
+  ShellProcedure shell{link(), "fncReadVardenConfig"};
+  shell.procedure.passesOn(3001, 3002, 3003, 3011, 3013, 11504, 11505);
+  return shell.procedure.run([&] {
+    std::unique_ptr<VardenLogger> fresh;
+    if (NewLogger) fresh = std::make_unique<VardenLogger>();
+    shell.procedure.statement([&] { subErase(); });
+    shell.ask(shell::ShowConfig);
+    const PacketArray packets = receivePackets(shell, link());
+    if (!packets) shell.fail(3013, "No packets received");
+    shell.procedure.statement([&] { (fresh ? *fresh : *this).Let_ConfigPackets(packets); });
+    letLoggerSettle(shell);
+    return fresh;
+  });
+}
+
+/// An abort during the transfer leaves the raw data as they were.
+void VardenLogger::fncReadVardenData() {
+  ShellProcedure shell{link(), "fncReadVardenData"};
+  shell.procedure.passesOn(3001, 3002, 3003, 3011, 3013, 11504, 11505);
+  shell.procedure.run([&] {
+    commsAborted_ = false;
+    shell.ask(shell::ShowData);
+    const PacketArray packets = receivePackets(shell, link());
+    if (commsAborted_) return;
+    shell.procedure.statement([&] { subSetRawDataFromPackets(packets); });
+    letLoggerSettle(shell);
+  });
+}
+
+void VardenLogger::subSendVardenConfig() {
+  ShellProcedure shell{link(), "subSendVardenConfig"};
+  shell.sendFailureProcedure = "subSetVardenClock";
+  shell.procedure.passesOn(3001, 3002, 3003, 3008, 3009, 3010, 3011, 3012);
+  shell.procedure.run([&] {
+    // A half-heard "config" may have put the logger into its receive state.
+    shell.send(shell::Config.Text, [&] {
+      ignoringFailures([&] { link().subSendXmodemAbort(); });
+      ignoringFailures([&] { link().subSendXmodemAbort(); });
+    });
+    const PacketArray packets = shell.procedure.statement([&] { return Get_ConfigPackets(); });
+    // Byte by byte, since the logger writes its memory as it receives.
+    shell.procedure.statement([&] {
+      link().subSendXmodemPackets(packets, shell::Baud57600, shell::EightDataBits, shell::NoParity,
+                                  shell::TwoStopBits, shell::TransferTimeout, true, 1);
+    });
+    shell.readLine('>', 200);
+  });
+}
+
+/// Configuration, firmware version, battery and clock. When the configuration cannot be read, the logger is
+/// told once to make its CRC anew.
+void VardenLogger::fncReadVardenSetup() {
+  Procedure procedure{"Class_VardenLogger", "fncReadVardenSetup"};
+  procedure.passesOn(3001, 3002, 3003, 3011, 3013, 11504, 11505, 11507);
+  bool firstReading = true, reset = false;
+  procedure.trap([&](Failure& failure) {
+    if (!firstReading || !curedByReset(failure.Number)) return TrapAnswer::Dispatch;
+    reset = true;
+    return TrapAnswer::GoOn;
+  });
+  procedure.run([&] {
+    procedure.statement([&] { fncReadVardenConfig(false); });
+    firstReading = false;
+    if (reset) {
+      procedure.statement([&] { subVardenConfigCRCreset(); });
+      procedure.statement([&] { fncReadVardenConfig(false); });
+    }
+    procedure.statement([&] { fncReadVardenFWversion(); });
+    procedure.statement([&] { fncReadVardenBatteryVoltage(); });
+    procedure.statement([&] { fncReadVardenTime(); });
+  });
+}
+
+void VardenLogger::subAbortLoggerComms() {
+  Procedure procedure{"Class_VardenLogger", "subAbortLoggerComms"};
+  procedure.run([&] {
+    abortMark_ = true;
+    procedure.statement([&] { link().subAbortProcess(); });
+    procedure.statement([] { Tools().subDelay(250, 50); });
+  });
+}
+
+}  // namespace hy_wristlog
