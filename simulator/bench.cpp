@@ -1,0 +1,55 @@
+#include "simulator/bench.h"
+
+#include <algorithm>
+
+#include "simulator/calendar.h"
+
+namespace hy_wristlog::simulator {
+
+double Bench::lineShare() const {
+  const Traffic& traffic = Dock->line().traffic();
+  const auto busy = std::chrono::duration<double>{std::max(traffic.BusyToLogger, traffic.BusyToPc)}.count();
+  return World->elapsed() > 0 ? busy / World->elapsed() : 0.0;
+}
+
+BenchOptions vividBenchOptions() { return {}; }
+
+BenchOptions kestrin2BenchOptions() {
+  BenchOptions options;
+  options.Logger = kestrin2Options();
+  options.Dock.Kind = DockKind::TolkaSecond;
+  return options;
+}
+
+Bench makeBench(const BenchOptions& options) {
+  Bench bench;
+  bench.World = std::make_shared<SimulatedWorld>(options.World);
+  bench.Dock = &bench.World->addDock(options.Dock);
+  bench.Logger = &bench.World->addLogger(options.Logger);
+  if (options.LoggerInDock) bench.Dock->insert(*bench.Logger);
+  return bench;
+}
+
+RecordingSetup ordinarySetup(const SimulatedWorld& world, Mode mode, std::int32_t epochLength) {
+  const platform::ZoneRule& rule = world.zoneRule();
+  const std::int64_t now = world.now();
+  RecordingSetup setup;
+  setup.RecordingMode = mode;
+  setup.EpochLength = epochLength;
+  setup.StartTime = (now / 60 + 1) * 60;
+  setup.ZoneBias = rule.Bias;
+  setup.ZoneStandardBias = rule.StandardBias;
+  setup.ZoneDaylightBias = rule.DaylightBias;
+  const std::int32_t year = civilTime(momentOf(now)).Year;
+  const auto nextOf = [&](auto change) {
+    return change(rule, year) >= now ? change(rule, year) : change(rule, year + 1);
+  };
+  if (daylightStart(rule, year) != 0) {
+    setup.DaylightStart = nextOf(daylightStart);
+    setup.DaylightEnd = nextOf(daylightEnd);
+  }
+  setup.Subject = {"Subject 17", "AB", "0123456789ABCDEF0123456789ABCDEF", 'F', 1984, 5, 6, 723, 1685};
+  return setup;
+}
+
+}  // namespace hy_wristlog::simulator

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "simulator/simulated_world.h"
+
+namespace hy_wristlog::simulator {
+
+struct BenchOptions {
+  WorldOptions World;
+  LoggerOptions Logger;
+  DockOptions Dock;
+  bool LoggerInDock = true;
+};
+
+/// A world with one dock and one healthy logger in it, as it came from the factory.
+struct Bench {
+  std::shared_ptr<SimulatedWorld> World;
+  SimulatedDock* Dock = nullptr;
+  SimulatedLogger* Logger = nullptr;
+
+  SimulatedLine& line() const { return Dock->line(); }
+  /// How much of the time since the world began the busier direction of the line was occupied, 0 to 1.
+  double lineShare() const;
+};
+
+BenchOptions vividBenchOptions();
+BenchOptions kestrin2BenchOptions();
+Bench makeBench(const BenchOptions& options);
+inline Bench makeVividBench(const BenchOptions& options = vividBenchOptions()) { return makeBench(options); }
+inline Bench makeKestrin2Bench(const BenchOptions& options = kestrin2BenchOptions()) {
+  return makeBench(options);
+}
+
+/// A set-up in the world's own zone that starts at its next full minute and never stops, with a subject.
+RecordingSetup ordinarySetup(const SimulatedWorld& world, Mode mode, std::int32_t epochLength);
+
+/// Puts a bench in the place of the thread's world, and brings the former one back at the end.
+class BenchScope {
+ public:
+  explicit BenchScope(const Bench& bench) : former_(platform::use(bench.World)) {}
+  BenchScope(const BenchScope&) = delete;
+  BenchScope& operator=(const BenchScope&) = delete;
+  ~BenchScope() { platform::use(std::move(former_)); }
+
+ private:
+  std::shared_ptr<platform::Platform> former_;
+};
+
+}  // namespace hy_wristlog::simulator

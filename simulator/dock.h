@@ -1,0 +1,88 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/platform.h"
+#include "simulator/fault.h"
+#include "simulator/line.h"
+#include "simulator/simulated_logger.h"
+
+namespace hy_wristlog::simulator {
+
+/// The Quillander dock is for the Vivid, the two Tolka docks are for the Kestrin 2. The first form of the
+/// Tolka dock shows itself as a plain USB device, the others as COM ports.
+enum class DockKind : std::uint8_t { Quillander, TolkaFirst, TolkaSecond };
+
+struct DockOptions {
+  DockKind Kind = DockKind::Quillander;
+  std::int32_t ComPort = 33;
+  /// Puts "(COMn)" behind the friendly name; without it a first Tolka dock has none and the others have.
+  std::optional<bool> NameShowsPort;
+};
+
+/// A failure that an operation of the port raises.
+struct PortFault {
+  std::int32_t Number = 8015;
+  Fault When;
+};
+
+struct DockFaults {
+  PortFault Open, Configure;
+  bool LockedUp = false;  ///< refuses every setting with 8015 until it is plugged in anew
+  bool Held = false;      ///< another program has the port
+};
+
+/// A dock on a USB port: a serial line with its modem lines, and perhaps a logger in it.
+class SimulatedDock : public std::enable_shared_from_this<SimulatedDock> {
+ public:
+  SimulatedDock(Timeline& timeline, const DockOptions& options);
+  SimulatedDock(const SimulatedDock&) = delete;
+  SimulatedDock& operator=(const SimulatedDock&) = delete;
+
+  DockFaults Faults;
+
+  DockKind kind() const { return options_.Kind; }
+  std::int32_t comPort() const { return options_.ComPort; }
+  SimulatedLine& line() { return line_; }
+  SimulatedLogger* logger() const { return logger_; }
+  bool plugged() const { return plugged_; }
+  bool isOpen() const { return open_; }
+
+  /// Seats a logger. Throws std::logic_error when the dock is taken or the logger sits elsewhere; a logger of
+  /// the wrong model fits but makes no contact.
+  void insert(SimulatedLogger& logger);
+  /// Takes the logger out; null when there was none.
+  SimulatedLogger* pullOut();
+  void plug();
+  void unplug();
+
+  // As the device tree and the PC's port see it.
+  std::string hardwareId() const;
+  std::string friendlyName() const;
+  bool hasClass(std::string_view classGuid) const;
+  std::unique_ptr<platform::SerialPort> open();
+
+ private:
+  friend class SimulatedPort;
+
+  void configure(const platform::LineSettings& settings);
+  void setDtr(bool on);
+  void setRts(bool on);
+  void closePort();
+  bool contact() const;
+  void settle();
+
+  Timeline& timeline_;
+  DockOptions options_;
+  SimulatedLine line_;
+  SimulatedLogger* logger_ = nullptr;
+  Alarm signal_;
+  bool plugged_ = true, open_ = false, dtr_ = false, rts_ = false, dsr_ = false;
+  Moment rtsRose_{};
+  std::uint32_t plugCount_ = 0;
+};
+
+}  // namespace hy_wristlog::simulator

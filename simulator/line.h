@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <optional>
+#include <span>
+
+#include "platform/platform.h"
+#include "simulator/fault.h"
+#include "simulator/timeline.h"
+
+namespace hy_wristlog::simulator {
+
+enum class Direction : std::uint8_t { ToLogger, ToPc };
+
+/// What went wrong with the cable. The `Fault`s count bytes; the byte counts are those of `Traffic`.
+struct LineFaults {
+  Fault LoseToLogger, LoseToPc;
+  Fault AlterToLogger, AlterToPc;
+  std::uint8_t AlterMask = 0x04;  ///< the bits an altered byte has flipped
+  Fault OverrunToPc;              ///< the byte is lost and the port counts an overrun
+  /// The line is dead in both directions once so many bytes have passed.
+  std::optional<std::uint64_t> CutAfterToLogger, CutAfterToPc, CutAfterTotal;
+  bool CutEndsOnReopen = false;  ///< opening the port again mends the line
+  /// Something happens once so many bytes have passed (both directions together).
+  std::optional<std::uint64_t> ActAfterTotal;
+  std::function<void()> Action;
+};
+
+struct Traffic {
+  std::uint64_t BytesToLogger = 0, BytesToPc = 0;
+  nanoseconds BusyToLogger{}, BusyToPc{};  ///< how long each direction was occupied
+  std::uint64_t total() const { return BytesToLogger + BytesToPc; }
+};
+
+/// The serial line between the PC's port and the logger in the dock. Each direction carries one character
+/// at a time, at the pace of its sender's settings.
+class SimulatedLine {
+ public:
+  /// `far` are the settings of the logger's side, which never change.
+  SimulatedLine(Timeline& timeline, const platform::LineSettings& far);
+
+  LineFaults Faults;
+  std::size_t ReceiveCapacity = 65536;  ///< bytes that wait for the PC to read them; more are lost
+  std::size_t TransmitCapacity = 4096;  ///< bytes that wait for the line
+
+  const Traffic& traffic() const { return traffic_; }
+  void resetTraffic() { traffic_ = {}; }
+  bool cut() const { return cut_; }
+  void cutNow() { cut_ = true; }
+  /// Mends a cut line and forgets the orders to cut it.
+  void reconnect();
+
+  // The PC's side.
+  void portOpened();
+  void portClosed();
+  void setPcSettings(const platform::LineSettings& settings) { pc_ = settings; }
+  const platform::LineSettings& pcSettings() const { return pc_; }
+  std::size_t write(std::span<const std::uint8_t> bytes);
+  std::size_t outstanding() const { return toLogger_.Queue.size(); }
+  std::size_t read(std::span<std::uint8_t> into);
+  void discardInput() { received_.clear(); }
+  platform::LineErrors takeErrors();
+
+  // The logger's side.
+  void listen(std::function<void(std::uint8_t)> listener) { listener_ = std::move(listener); }
+  /// Puts bytes on the line, behind those that wait; not before `delay` has passed.
+  void send(std::span<const std::uint8_t> bytes, nanoseconds delay = nanoseconds{0});
+  /// True when all that the logger sent has left.
+  bool idle() const { return toPc_.Queue.empty(); }
+  /// The logger falls silent in mid-sentence.
+  void dropUnsent();
+
+ private:
+  struct Waiting {
+    Moment NotBefore;
+    std::uint8_t Byte;
+  };
+  struct Lane {
+    Lane(Timeline& timeline, std::function<void()> arrival) : Arrival(timeline, std::move(arrival)) {}
+    std::deque<Waiting> Queue;
+    Alarm Arrival;
+  };
+
+  void startNext(Direction direction);
+  void arrive(Direction direction);
+  void deliverToLogger(std::uint8_t byte);
+  void deliverToPc(std::uint8_t byte);
+  void receive(std::uint8_t byte);
+  void applyCuts();
+  void actWhenDue();
+
+  Timeline& timeline_;
+  platform::LineSettings far_, pc_;
+  Lane toLogger_, toPc_;
+  bool open_ = false, cut_ = false;
+  std::function<void(std::uint8_t)> listener_;
+  std::deque<std::uint8_t> received_;
+  platform::LineErrors errors_;
+  Traffic traffic_;
+};
+
+}  // namespace hy_wristlog::simulator

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace hy_wristlog::simulator {
+
+/// A logger's recording memory. It knows nothing of what it holds; the config block tells how far it is
+/// filled.
+class RecordingMemory {
+ public:
+  static constexpr std::size_t Unit = 65536;
+  static constexpr std::uint8_t Blank = 0xFF;
+
+  explicit RecordingMemory(std::size_t units) : bytes_(units * Unit, Blank) {}
+
+  std::size_t size() const { return bytes_.size(); }
+  /// The blank byte outside the memory.
+  std::uint8_t read(std::size_t address) const { return address < size() ? bytes_[address] : Blank; }
+  /// False outside the memory.
+  bool write(std::size_t address, std::uint8_t value) {
+    if (address >= size()) return false;
+    bytes_[address] = value;
+    return true;
+  }
+  std::span<const std::uint8_t> first(std::size_t count) const {
+    return std::span{bytes_}.first(std::min(count, size()));
+  }
+  void erase() { std::ranges::fill(bytes_, Blank); }
+
+ private:
+  std::vector<std::uint8_t> bytes_;
+};
+
+}  // namespace hy_wristlog::simulator

@@ -1,0 +1,91 @@
+#include "simulator/simulated_world.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "platform/linux/linux_platform.h"
+#include "simulator/calendar.h"
+#include "simulator/world_services.h"
+
+namespace hy_wristlog::simulator {
+namespace {
+
+platform::ZoneRule readRule(platform::Platform& inner, const std::string& zone) {
+  const auto rule = inner.zones().read(zone).Rule;
+  if (!rule) throw std::invalid_argument("the machine does not know the zone " + zone);
+  return *rule;
+}
+
+}  // namespace
+
+struct SimulatedWorld::Services {
+  Services(const WorldOptions& options, WorldFaults& faults)
+      : Inner(options.Inner ? options.Inner : platform::makeLinuxPlatform()),
+        Rule(readRule(*Inner, options.Zone)),
+        Time(std::chrono::duration_cast<Moment>(options.Begins.time_since_epoch())),
+        Root(options.RootFolder),
+        Clock(Time, Rule),
+        Ports(Docks),
+        Devices(Docks, faults),
+        Zones(*Inner, options.Zone),
+        Surroundings(*Inner, options, Root.path()),
+        FileSystem(*Inner, faults),
+        Cryptography(*Inner, faults) {}
+
+  std::shared_ptr<platform::Platform> Inner;
+  platform::ZoneRule Rule;
+  Timeline Time;
+  RootFolder Root;
+  std::vector<std::unique_ptr<SimulatedLogger>> Loggers;
+  std::vector<std::shared_ptr<SimulatedDock>> Docks;
+  SimulatedClock Clock;
+  SimulatedPorts Ports;
+  SimulatedDevices Devices;
+  MemorySettings Settings;
+  SimulatedZones Zones;
+  SimulatedEnvironment Surroundings;
+  FaultyFiles FileSystem;
+  FaultyCryptography Cryptography;
+};
+
+SimulatedWorld::SimulatedWorld(const WorldOptions& options)
+    : services_(std::make_unique<Services>(options, Faults)) {}
+
+/// The objects that the library keeps in a world may still use it while they end.
+SimulatedWorld::~SimulatedWorld() { objects().clear(); }
+
+Timeline& SimulatedWorld::timeline() { return services_->Time; }
+double SimulatedWorld::elapsed() const {
+  return std::chrono::duration<double>{services_->Time.elapsed()}.count();
+}
+void SimulatedWorld::advance(nanoseconds duration) { services_->Time.advance(duration); }
+void SimulatedWorld::after(nanoseconds delay, std::function<void()> action) {
+  services_->Time.after(delay, std::move(action));
+}
+std::int64_t SimulatedWorld::now() const {
+  return std::chrono::floor<std::chrono::seconds>(services_->Time.now()).count();
+}
+const platform::ZoneRule& SimulatedWorld::zoneRule() const { return services_->Rule; }
+const std::string& SimulatedWorld::rootFolder() const { return services_->Root.path(); }
+MemorySettings& SimulatedWorld::memorySettings() { return services_->Settings; }
+
+SimulatedDock& SimulatedWorld::addDock(const DockOptions& options) {
+  return *services_->Docks.emplace_back(std::make_shared<SimulatedDock>(services_->Time, options));
+}
+
+SimulatedLogger& SimulatedWorld::addLogger(const LoggerOptions& options) {
+  return *services_->Loggers.emplace_back(std::make_unique<SimulatedLogger>(services_->Time, options));
+}
+
+const std::vector<std::shared_ptr<SimulatedDock>>& SimulatedWorld::docks() const { return services_->Docks; }
+
+platform::Clock& SimulatedWorld::clock() { return services_->Clock; }
+platform::SerialPorts& SimulatedWorld::serialPorts() { return services_->Ports; }
+platform::DeviceTree& SimulatedWorld::deviceTree() { return services_->Devices; }
+platform::SettingsStore& SimulatedWorld::settings() { return services_->Settings; }
+platform::ZoneRecords& SimulatedWorld::zones() { return services_->Zones; }
+platform::Environment& SimulatedWorld::environment() { return services_->Surroundings; }
+platform::Files& SimulatedWorld::files() { return services_->FileSystem; }
+platform::CryptographicProvider& SimulatedWorld::cryptography() { return services_->Cryptography; }
+
+}  // namespace hy_wristlog::simulator

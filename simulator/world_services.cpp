@@ -1,0 +1,152 @@
+#include "simulator/world_services.h"
+
+#include <array>
+#include <filesystem>
+#include <random>
+#include <system_error>
+
+#include "hy_wristlog/failure.h"
+#include "simulator/calendar.h"
+
+namespace hy_wristlog::simulator {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::array FolderNames{"Documents", "AppData", "CommonData", "Library"};
+constexpr std::int32_t DocumentsCode = 5, AppDataCode = 26, CommonDataCode = 35;
+
+void strike(SystemFault& fault) {
+  if (fault.When.strikes()) throw platform::SystemError{fault.ErrorNumber};
+}
+
+std::string temporaryFolder() {
+  std::random_device random;
+  for (;;) {
+    const std::string name = "wristlog-world-" + std::to_string(random()) + std::to_string(random());
+    const fs::path path = fs::temp_directory_path() / name;
+    if (!fs::create_directory(path)) continue;
+    fs::permissions(path, fs::perms::owner_all);
+    return path.string();
+  }
+}
+
+class SimulatedDeviceList : public platform::DeviceList {
+ public:
+  SimulatedDeviceList(Docks docks, WorldFaults& faults) : docks_(std::move(docks)), faults_(faults) {}
+
+  bool hasInterface(std::size_t index) override {
+    strike(faults_.HasInterface);
+    return index < docks_.size();
+  }
+  void readInfo(std::size_t index) override {
+    strike(faults_.ReadInfo);
+    at(index);
+  }
+  std::string hardwareId(std::size_t index) override {
+    strike(faults_.HardwareId);
+    return at(index).hardwareId();
+  }
+  std::string friendlyName(std::size_t index) override {
+    strike(faults_.FriendlyName);
+    return at(index).friendlyName();
+  }
+
+ private:
+  const SimulatedDock& at(std::size_t index) const {
+    if (index >= docks_.size())
+      throw platform::SystemError{static_cast<std::int32_t>(std::errc::no_such_device)};
+    return *docks_[index];
+  }
+
+  Docks docks_;
+  WorldFaults& faults_;
+};
+
+}  // namespace
+
+CivilTime SimulatedClock::utc() { return civilTime(timeline_.now()); }
+CivilTime SimulatedClock::local() { return civilTime(timeline_.now(), zoneOffset(rule_, timeline_.now())); }
+double SimulatedClock::timer() { return std::chrono::duration<double>{timeline_.elapsed()}.count(); }
+void SimulatedClock::sleep(std::chrono::milliseconds duration) {
+  if (duration.count() > 0) timeline_.advance(duration);
+}
+void SimulatedClock::idle() { timeline_.advance(std::chrono::milliseconds{1}); }
+
+std::unique_ptr<platform::SerialPort> SimulatedPorts::open(std::int32_t number) {
+  for (const auto& dock : docks_)
+    if (dock->plugged() && dock->comPort() == number) return dock->open();
+  throw Failure{8002, "SerialPorts", "There is no port COM" + std::to_string(number)};
+}
+
+std::unique_ptr<platform::DeviceList> SimulatedDevices::devicesOfClass(std::string_view classGuid) {
+  strike(faults_.DevicesOfClass);
+  Docks found;
+  for (const auto& dock : docks_)
+    if (dock->plugged() && dock->hasClass(classGuid)) found.push_back(dock);
+  return std::make_unique<SimulatedDeviceList>(std::move(found), faults_);
+}
+
+RootFolder::RootFolder(const std::string& path)
+    : path_(path.empty() ? temporaryFolder() : path), temporary_(path.empty()) {
+  for (const char* name : FolderNames) fs::create_directories(fs::path{path_} / name);
+}
+
+RootFolder::~RootFolder() {
+  std::error_code ignored;
+  if (temporary_) fs::remove_all(path_, ignored);
+}
+
+std::string SimulatedEnvironment::specialFolder(std::int32_t code) {
+  switch (code) {
+    case DocumentsCode:
+      return root_ + "/" + FolderNames[0];
+    case AppDataCode:
+      return root_ + "/" + FolderNames[1];
+    case CommonDataCode:
+      return root_ + "/" + FolderNames[2];
+    default:
+      return {};
+  }
+}
+
+std::string SimulatedEnvironment::libraryFolder() { return root_ + "/" + FolderNames[3]; }
+
+std::string SimulatedEnvironment::localeInfo(platform::LocaleItem item) {
+  const auto found = options_.Locale.find(item);
+  return found == options_.Locale.end() ? std::string{} : found->second;
+}
+
+std::optional<std::string> SimulatedEnvironment::variable(std::string_view name) {
+  const auto found = options_.Variables.find(name);
+  if (found == options_.Variables.end()) return std::nullopt;
+  return found->second;
+}
+
+std::string FaultyFiles::read(const std::string& path) {
+  strike(faults_.FileRead);
+  return files_.read(path);
+}
+
+void FaultyFiles::write(const std::string& path, std::string_view content) {
+  strike(faults_.FileWrite);
+  files_.write(path, content);
+}
+
+void FaultyFiles::makeFolder(const std::string& path, bool forEveryone) {
+  strike(faults_.MakeFolder);
+  files_.makeFolder(path, forEveryone);
+}
+
+std::array<std::uint8_t, 16> FaultyCryptography::md5(std::span<const std::uint8_t> bytes) {
+  strike(faults_.Cryptography);
+  return inner_.md5(bytes);
+}
+
+void FaultyCryptography::randomBytes(std::span<std::uint8_t> into) {
+  strike(faults_.Cryptography);
+  inner_.randomBytes(into);
+}
+
+}  // namespace hy_wristlog::simulator

@@ -1,0 +1,123 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/platform.h"
+#include "simulator/dock.h"
+#include "simulator/simulated_world.h"
+#include "simulator/timeline.h"
+
+/// The seams of a simulated world, one class each.
+namespace hy_wristlog::simulator {
+
+class SimulatedClock : public platform::Clock {
+ public:
+  SimulatedClock(Timeline& timeline, const platform::ZoneRule& rule) : timeline_(timeline), rule_(rule) {}
+  CivilTime utc() override;
+  CivilTime local() override;
+  double timer() override;
+  void sleep(std::chrono::milliseconds duration) override;
+  void idle() override;
+
+ private:
+  Timeline& timeline_;
+  const platform::ZoneRule& rule_;
+};
+
+using Docks = std::vector<std::shared_ptr<SimulatedDock>>;
+
+class SimulatedPorts : public platform::SerialPorts {
+ public:
+  explicit SimulatedPorts(const Docks& docks) : docks_(docks) {}
+  std::unique_ptr<platform::SerialPort> open(std::int32_t number) override;
+
+ private:
+  const Docks& docks_;
+};
+
+/// Lists the docks that are plugged in when it is asked.
+class SimulatedDevices : public platform::DeviceTree {
+ public:
+  SimulatedDevices(const Docks& docks, WorldFaults& faults) : docks_(docks), faults_(faults) {}
+  std::unique_ptr<platform::DeviceList> devicesOfClass(std::string_view classGuid) override;
+
+ private:
+  const Docks& docks_;
+  WorldFaults& faults_;
+};
+
+/// The machine's zones, of which the world's own is the local one.
+class SimulatedZones : public platform::ZoneRecords {
+ public:
+  SimulatedZones(platform::Platform& inner, std::string zone) : inner_(inner), zone_(std::move(zone)) {}
+  std::vector<std::string> keys() override { return inner_.zones().keys(); }
+  platform::ZoneRecord read(std::string_view key) override { return inner_.zones().read(key); }
+  std::string localStandardName() override { return inner_.zones().read(zone_).Standard; }
+
+ private:
+  platform::Platform& inner_;
+  std::string zone_;
+};
+
+/// A folder with the world's folders in it. A temporary one is removed at the end.
+class RootFolder {
+ public:
+  explicit RootFolder(const std::string& path);
+  RootFolder(const RootFolder&) = delete;
+  RootFolder& operator=(const RootFolder&) = delete;
+  ~RootFolder();
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+  bool temporary_;
+};
+
+class SimulatedEnvironment : public platform::Environment {
+ public:
+  SimulatedEnvironment(platform::Platform& inner, const WorldOptions& options, std::string root)
+      : inner_(inner), options_(options), root_(std::move(root)) {}
+  std::string specialFolder(std::int32_t code) override;
+  std::string libraryFolder() override;
+  std::string localeInfo(platform::LocaleItem item) override;
+  std::optional<std::string> variable(std::string_view name) override;
+  std::string userName() override { return options_.User; }
+  std::string domainName() override { return options_.Domain; }
+  std::string computerName() override { return options_.Computer; }
+  std::string errorText(std::int32_t number) override { return inner_.environment().errorText(number); }
+
+ private:
+  platform::Platform& inner_;
+  WorldOptions options_;
+  std::string root_;
+};
+
+class FaultyFiles : public platform::Files {
+ public:
+  FaultyFiles(platform::Platform& inner, WorldFaults& faults) : files_(inner.files()), faults_(faults) {}
+  platform::FileState state(const std::string& path) override { return files_.state(path); }
+  std::string read(const std::string& path) override;
+  void write(const std::string& path, std::string_view content) override;
+  bool remove(const std::string& path) override { return files_.remove(path); }
+  void makeFolder(const std::string& path, bool forEveryone) override;
+
+ private:
+  platform::Files& files_;
+  WorldFaults& faults_;
+};
+
+class FaultyCryptography : public platform::CryptographicProvider {
+ public:
+  FaultyCryptography(platform::Platform& inner, WorldFaults& faults)
+      : inner_(inner.cryptography()), faults_(faults) {}
+  std::array<std::uint8_t, 16> md5(std::span<const std::uint8_t> bytes) override;
+  void randomBytes(std::span<std::uint8_t> into) override;
+
+ private:
+  platform::CryptographicProvider& inner_;
+  WorldFaults& faults_;
+};
+
+}  // namespace hy_wristlog::simulator
