@@ -39,6 +39,7 @@ LinuxSerialPort::LinuxSerialPort(Descriptor device, std::string name)
   // A pseudo-terminal would stay exclusive behind a program that crashed.
   if (hasModemLines_) ::ioctl(device_.get(), TIOCEXCL);
   setLine(TIOCM_DTR | TIOCM_RTS, false);
+  configureLine(device_.get(), LineSettings{}, !hasModemLines_);
   askForLowLatency(device_.get());
 }
 

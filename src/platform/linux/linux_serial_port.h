@@ -13,8 +13,8 @@ namespace hy_wristlog::platform {
 /// false. A hang-up is seen by every member at once and raises Failure 8015.
 class LinuxSerialPort final : public SerialPort {
  public:
-  /// Takes over an open, non-blocking terminal that this program alone holds. `name` stands in the
-  /// descriptions of failures.
+  /// Takes over an open, non-blocking terminal that this program alone holds; both output lines go low, the
+  /// settings are 9600,n,8,1 until others come. `name` stands in the descriptions of failures.
   LinuxSerialPort(Descriptor device, std::string name);
   LinuxSerialPort(const LinuxSerialPort&) = delete;
   LinuxSerialPort& operator=(const LinuxSerialPort&) = delete;

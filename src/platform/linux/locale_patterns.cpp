@@ -1,8 +1,8 @@
 #include "platform/linux/locale_patterns.h"
 
+#include <algorithm>
 #include <array>
-#include <memory>
-#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <iconv.h>
@@ -13,6 +13,8 @@
 
 namespace hy_wristlog::platform {
 namespace {
+
+constexpr std::string_view NoBreakSpace = "\u00A0", ArabicComma = "\u060C";
 
 enum class PieceKind : std::uint8_t { Literal, Date, Time };
 
@@ -60,6 +62,11 @@ std::vector<Piece> piecesOf(std::string_view format) {
     pieces.back().Text += c;
   };
   for (std::size_t i = 0; i < format.size(); ++i) {
+    if (format.substr(i).starts_with(NoBreakSpace)) {
+      literal(' ');
+      i += NoBreakSpace.size() - 1;
+      continue;
+    }
     if (format[i] != '%') {
       literal(format[i]);
       continue;
@@ -102,9 +109,7 @@ std::string joined(const std::vector<Piece>& pieces, PieceKind kind) {
   }
   if (end < pieces.size() && pieces[end].Kind == PieceKind::Literal) {
     const std::string& tail = pieces[end].Text;
-    std::string glued = tail.substr(0, tail.find(' '));
-    while (!glued.empty() && (glued.back() == ',' || glued.back() == '-')) glued.pop_back();
-    result += glued;
+    result += tail.substr(0, std::min(tail.find_first_of(" ,-"), tail.find(ArabicComma)));
   }
   return result;
 }
@@ -147,11 +152,14 @@ class UserLocale {
   bool says_ = false;
 };
 
-std::string timeFormat(const UserLocale& locale) {
-  std::string format = locale.text(T_FMT);
-  const std::string halfDays = locale.text(T_FMT_AMPM);
-  if (const auto at = format.find("%r"); at != std::string::npos && !halfDays.empty())
-    format.replace(at, 2, halfDays);
+/// A format of the locale with the locale's own formats inside it written out.
+std::string fullFormat(const UserLocale& locale, nl_item item) {
+  std::string format = locale.text(item);
+  for (const auto& [directive, inner] : {std::pair{"%x", D_FMT}, {"%X", T_FMT}, {"%r", T_FMT_AMPM}}) {
+    const auto at = format.find(directive);
+    const std::string text = at != std::string::npos ? locale.text(inner) : std::string{};
+    if (!text.empty()) format.replace(at, 2, text);
+  }
   return format;
 }
 
@@ -170,11 +178,11 @@ std::string localePattern(LocaleItem item) {
   const UserLocale locale{LC_TIME, LC_TIME_MASK};
   switch (item) {
     case LocaleItem::ShortDate:
-      return datePatternFromStrftime(locale.text(D_FMT));
+      return datePatternFromStrftime(fullFormat(locale, D_FMT));
     case LocaleItem::LongDate:
-      return datePatternFromStrftime(locale.text(D_T_FMT));
+      return datePatternFromStrftime(fullFormat(locale, D_T_FMT));
     default:
-      return timePatternFromStrftime(timeFormat(locale));
+      return timePatternFromStrftime(fullFormat(locale, T_FMT));
   }
 }
 

@@ -1,0 +1,218 @@
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include "base/ascii.h"
+#include "platform/linux/declared_docks.h"
+#include "platform/linux/linux_platform.h"
+#include "platform/linux/port_numbers.h"
+#include "platform/surroundings.h"
+
+namespace hy_wristlog::platform {
+namespace {
+
+/// A recorded /sys, and the declarations beside it.
+class RecordedTree {
+ public:
+  void addUsbDevice(const std::string& name, const std::string& vendor, const std::string& product,
+                    const std::string& text) const {
+    const std::string folder = "devices/pci0/usb1/" + name + "/";
+    files_.put(folder + "idVendor", vendor + "\n");
+    files_.put(folder + "idProduct", product + "\n");
+    files_.put(folder + "bcdDevice", "0600\n");
+    if (!text.empty()) files_.put(folder + "product", text + "\n");
+    files_.link("bus/usb/devices/" + name, "../../../devices/pci0/usb1/" + name);
+  }
+
+  void addTerminal(const std::string& tty, const std::string& usbDevice) const {
+    const std::string interface = usbDevice + "/" + usbDevice + ":1.0";
+    std::filesystem::create_directories(files_ /
+                                        ("devices/pci0/usb1/" + interface + "/" + tty + "/tty/" + tty));
+    files_.link("class/tty/" + tty, "../../devices/pci0/usb1/" + interface + "/" + tty + "/tty/" + tty);
+    files_.link("devices/pci0/usb1/" + interface + "/" + tty + "/tty/" + tty + "/device", "../..");
+  }
+
+  void declare(const std::string& ini) const { files_.put("Docks.INI", ini); }
+  const TemporaryFolder& files() const { return files_; }
+
+  /// "hardware identifier|friendly name" of each device of the class.
+  std::vector<std::string> list(std::string_view classGuid) const {
+    const Variable root{"HY_WRISTLOG_SYS", files_.path()};
+    const Variable docks{"HY_WRISTLOG_DOCKS", files_ / "Docks.INI"};
+    const auto devices = makeLinuxPlatform()->deviceTree().devicesOfClass(classGuid);
+    std::vector<std::string> result;
+    for (std::size_t i = 0; devices->hasInterface(i); ++i) {
+      devices->readInfo(i);
+      result.push_back(devices->hardwareId(i) + "|" + devices->friendlyName(i));
+    }
+    EXPECT_THROW(devices->readInfo(result.size()), SystemError);
+    EXPECT_THROW(devices->hardwareId(result.size()), SystemError);
+    EXPECT_THROW(devices->friendlyName(result.size()), SystemError);
+    return result;
+  }
+  std::vector<std::string> comPorts() const { return list("{4D36E978-E325-11CE-BFC1-08002BE10318}"); }
+  std::vector<std::string> usbDevices() const { return list(UsbDeviceClass); }
+
+ private:
+  TemporaryFolder files_;
+};
+
+using Names = std::vector<std::string>;
+
+TEST(DeviceTree, ListsTheDevicesOfBothClasses) {
+  const RecordedTree tree;
+  tree.addUsbDevice("1-1", "5245", "4000", "Communications Dock");
+  tree.addUsbDevice("1-2", "5245", "4001", "");
+  tree.addUsbDevice("1-10", "0abc", "00ff", "Two\tports");
+  tree.addTerminal("ttyUSB0", "1-1");
+  tree.addTerminal("ttyUSB10", "1-10");
+  tree.addTerminal("ttyUSB9", "1-10");
+  tree.addTerminal("ttyXYZ0", "1-10");
+  tree.files().put("devices/platform/serial8250/driver_override", "");
+  tree.files().link("class/tty/ttyS0", "../../devices/platform/serial8250");
+  tree.files().link("devices/platform/serial8250/device", "../serial8250");
+  EXPECT_EQ(tree.comPorts(), (Names{"USB\\VID_5245&PID_4000&REV_0600|Communications Dock (COM33)",
+                                    "USB\\VID_0ABC&PID_00FF&REV_0600|Two?ports (COM42)",
+                                    "USB\\VID_0ABC&PID_00FF&REV_0600|Two?ports",
+                                    "USB\\VID_0ABC&PID_00FF&REV_0600|Two?ports (COM43)"}));
+  EXPECT_EQ(tree.usbDevices(), (Names{"USB\\VID_5245&PID_4000&REV_0600|Communications Dock (COM33)",
+                                      "USB\\VID_5245&PID_4001&REV_0600|USB device",
+                                      "USB\\VID_0ABC&PID_00FF&REV_0600|Two?ports (COM42)"}));
+  EXPECT_EQ(tree.list("{00000000-0000-0000-0000-000000000000}"), Names{});
+  EXPECT_EQ(tree.list(""), Names{});
+}
+
+TEST(DeviceTree, DeclaredDocksTakeTheirPlaceInTheTree) {
+  const RecordedTree tree;
+  tree.addUsbDevice("1-1", "5245", "4000", "Dock A");
+  tree.addUsbDevice("1-2", "5245", "4002", "Dock B");
+  tree.addTerminal("ttyUSB0", "1-1");
+  tree.addTerminal("ttyUSB1", "1-2");
+  tree.files().put("dev/ttyUSB0", "");
+  tree.files().link("dev/by-id/dock-a", "../ttyUSB0");
+  const std::string dev = tree.files() / "dev/";
+  const std::string b = "USB\\VID_5245&PID_4002&REV_0600|Dock B";
+
+  tree.declare("[Dock 1]\nVendorID=5245\nProductID=4000\nCOMport=7\nDevice=" + dev + "by-id/dock-a\n");
+  EXPECT_EQ(tree.comPorts(),
+            (Names{"USB\\VID_5245&PID_4000&REV_0000|Declared dock 1 (COM7)", b + " (COM34)"}));
+
+  tree.declare("[Dock 1]\nCOMport=7\nDevice=" + dev + "ttyUSB0\n");
+  EXPECT_EQ(tree.comPorts(), (Names{"USB\\VID_5245&PID_4000&REV_0600|Dock A (COM7)", b + " (COM34)"}));
+
+  tree.declare("[Dock 1]\nVendorID=5245\nProductID=4000\nCOMport=34\nDevice=/dev/null\n");
+  EXPECT_EQ(tree.comPorts(), (Names{"USB\\VID_5245&PID_4000&REV_0000|Declared dock 1 (COM34)",
+                                    "USB\\VID_5245&PID_4000&REV_0600|Dock A (COM33)", b}));
+
+  tree.declare("[Dock 1]\nVendorID=5245\nProductID=4000\nCOMport=7\nDevice=" + dev + "unplugged\n" +
+               "[Dock 2]\nVendorID=5245\nProductID=4001\nClass=" + asciiUpper(std::string{UsbDeviceClass}) +
+               "\n");
+  EXPECT_EQ(tree.comPorts().size(), 2U);
+  EXPECT_EQ(tree.usbDevices().front(), "USB\\VID_5245&PID_4001&REV_0000|Declared dock 2");
+}
+
+TEST(DeviceTree, DamageIsPassedOver) {
+  const RecordedTree tree;
+  const TemporaryFolder& files = tree.files();
+  EXPECT_EQ(tree.comPorts(), Names{});
+  tree.addUsbDevice("1-1", "5245", "4000", "Dock");
+  tree.addTerminal("ttyUSB0", "1-1");
+  const Names healthy{"USB\\VID_5245&PID_4000&REV_0600|Dock (COM33)"};
+  files.link("class/tty/ttyUSB1", "ttyUSB1");
+  files.link("class/tty/ttyUSB2", "../..");
+  files.link("class/tty/ttyUSB3/device", "../../tty/ttyUSB3/device");
+  files.link("class/tty/ttyUSB4/device", "..");
+  files.link("class/tty/ttyUSB5/device", "/");
+  files.put("class/tty/ttyUSB6", "a file");
+  files.put("class/tty/ttyUSB7/device", "a file");
+  files.link("bus/usb/devices/round", "../devices/round");
+  files.link("bus/usb/devices/out", "/");
+  files.put("bus/usb/devices/file", "");
+  int bad = 0;
+  for (const auto& [vendor, product] : {std::pair<std::string, std::string>{"52", "4000"},
+                                        {"5245", ""},
+                                        {"52g5", "4000"},
+                                        {std::string(100000, '5'), "4000"},
+                                        {std::string("52\0005", 4), "4000"}}) {
+    const std::string name = "bad" + std::to_string(bad);
+    tree.addUsbDevice(name, vendor, product, "Bad");
+    tree.addTerminal("ttyACM" + std::to_string(bad++), name);
+  }
+  files.put("devices/pci0/usb1/pipe/idProduct", "4000");
+  ASSERT_EQ(::mkfifo((files / "devices/pci0/usb1/pipe/idVendor").c_str(), 0600), 0);
+  files.link("bus/usb/devices/pipe", "../../../devices/pci0/usb1/pipe");
+  EXPECT_EQ(tree.comPorts(), healthy);
+  EXPECT_EQ(tree.usbDevices(), healthy);
+
+  const RecordedTree binary;
+  binary.addUsbDevice("1-1", "5245", "4000", std::string("\x01\xff\0hidden", 9));
+  EXPECT_EQ(binary.usbDevices(), Names{"USB\\VID_5245&PID_4000&REV_0600|?\xff"});
+  std::filesystem::remove_all(binary.files() / "bus/usb/devices");
+  binary.files().put("bus/usb/devices", "not a folder");
+  EXPECT_EQ(binary.usbDevices(), Names{});
+}
+
+TEST(PortNumbers, StandForDevicesByOneRule) {
+  const std::pair<const char*, std::int32_t> pairs[] = {
+      {"ttyS0", 1},     {"ttyS31", 32},   {"ttyUSB0", 33},        {"ttyUSB15", 48},
+      {"ttyACM0", 49},  {"ttyACM15", 64}, {"ttyUSB16", 65},       {"ttyACM16", 66},
+      {"ttyUSB17", 67}, {"ttyACM17", 68}, {"ttyUSB16367", 32767}, {"ttyACM16366", 32766},
+  };
+  for (const auto& [tty, number] : pairs) {
+    EXPECT_EQ(portNumberOfTty(tty), number);
+    EXPECT_EQ(ttyOfPortNumber(number), tty);
+  }
+  for (const char* tty : {"", "tty", "tty1", "ttyS", "ttyS32", "ttyS01", "ttyUSB", "ttyUSB-1", "ttyUSB1x",
+                          "ttyUSB16368", "ttyACM99999999999", "ttyAMA0", "xttyUSB0"})
+    EXPECT_EQ(portNumberOfTty(tty), 0) << tty;
+  for (const std::int32_t number : {0, -1, 32768}) EXPECT_EQ(ttyOfPortNumber(number), "");
+}
+
+TEST(DeclaredDocks, AreReadWithWhatIsUsable) {
+  const auto docks = parseDeclaredDocks(
+      "\xEF\xBB\xBF; docks of the ward\r\n"
+      "VendorID=1111\r\n"
+      "[Other]\r\nVendorID=2222\r\n"
+      "[ dock 1 ]\r\n vendorid = 5245 "
+      "\r\nPRODUCTID=\"4a\"\r\nproductid=4001\r\ncomport=5\r\nDevice='/dev/pts/3'\r\n"
+      "# the second one\n[Dock 2]\nVendorID=52455\nProductID=xyz\nCOMport=65\nDevice=dock.example:7000\n"
+      "[Dock 3]\nDevice=/dev/ttyACM1\nCOMport=0\n"
+      "[Dock 4]\nCOMport=33\nnonsense\n=\n[Dock 4x]\nCOMport=9\n[Dock\nCOMport=9\n"
+      "[Dock 3]\nVendorID=5245\nCOMport=99999999999");
+  ASSERT_EQ(docks.size(), 4U);
+  const std::tuple<const char*, const char*, std::int32_t, const char*> expected[] = {
+      {"5245", "004A", 5, "/dev/pts/3"},
+      {"", "", 0, ""},
+      {"5245", "", 50, "/dev/ttyACM1"},
+      {"", "", 33, "/dev/ttyUSB0"},
+  };
+  for (std::size_t i = 0; i < docks.size(); ++i) {
+    EXPECT_EQ(std::tie(docks[i].VendorID, docks[i].ProductID, docks[i].ComPort, docks[i].Device), expected[i])
+        << i;
+    EXPECT_EQ(docks[i].Class, ComPortClass);
+  }
+  EXPECT_EQ(devicePathOfPort(5, docks), "/dev/pts/3");
+  EXPECT_EQ(devicePathOfPort(6, docks), "/dev/ttyS5");
+  EXPECT_EQ(devicePathOfPort(0, docks), "");
+
+  std::string nonsense(1 << 20, '\0');
+  for (std::size_t i = 0; i < nonsense.size(); ++i) nonsense[i] = static_cast<char>(i * i * 31 + (i >> 5));
+  EXPECT_TRUE(parseDeclaredDocks(nonsense).empty());
+  for (const char* text : {"", "[", "[]", "]", "[Dock 1", "=", "[Dock ]\nCOMport=1", "\n\n\r\r"})
+    EXPECT_TRUE(parseDeclaredDocks(text).empty()) << text;
+}
+
+TEST(DeclaredDocks, LieInTheUsersDataFolder) {
+  const TemporaryFolder home;
+  const Variable named{"HY_WRISTLOG_DOCKS", std::nullopt};
+  const Variable config{"XDG_CONFIG_HOME", home / "config"};
+  const Variable tree{"HY_WRISTLOG_SYS", home / "nothing"};
+  const auto world = makeLinuxPlatform();
+  EXPECT_FALSE(world->deviceTree().devicesOfClass(ComPortClass)->hasInterface(0));
+  home.put("config/HY_Wristlog/Docks.INI",
+           "[Dock 1]\nVendorID=5245\nProductID=4000\nDevice=/dev/null\nCOMport=3");
+  EXPECT_EQ(world->deviceTree().devicesOfClass(ComPortClass)->friendlyName(0), "Declared dock 1 (COM3)");
+}
+
+}  // namespace
+}  // namespace hy_wristlog::platform

@@ -1,0 +1,288 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <functional>
+#include <thread>
+
+#include <asm/termbits.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "hy_wristlog/failure.h"
+#include "platform/linux/linux_platform.h"
+#include "platform/linux/linux_serial_ports.h"
+#include "platform/surroundings.h"
+
+namespace hy_wristlog::platform {
+namespace {
+
+/// The far end of a line: the master of a pseudo-terminal.
+class FarEnd {
+ public:
+  FarEnd() : fd_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+    EXPECT_GE(fd_, 0);
+    EXPECT_EQ(::grantpt(fd_), 0);
+    EXPECT_EQ(::unlockpt(fd_), 0);
+    std::array<char, 64> name{};
+    EXPECT_EQ(::ptsname_r(fd_, name.data(), name.size()), 0);
+    path_ = name.data();
+  }
+  FarEnd(const FarEnd&) = delete;
+  FarEnd& operator=(const FarEnd&) = delete;
+  ~FarEnd() { hangUp(); }
+
+  const std::string& path() const { return path_; }
+  void hangUp() {
+    if (fd_ >= 0) ::close(fd_);
+    fd_ = -1;
+  }
+  void send(std::string_view text) const {
+    ASSERT_EQ(::write(fd_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+  }
+  std::string receive(std::size_t count) const {
+    std::string text(count, '\0');
+    std::size_t used = 0;
+    pollfd ready{fd_, POLLIN, 0};
+    while (used<count&& ::poll(&ready, 1, 2000)> 0) {
+      const ssize_t got = ::read(fd_, text.data() + used, count - used);
+      if (got <= 0) break;
+      used += static_cast<std::size_t>(got);
+    }
+    text.resize(used);
+    return text;
+  }
+  termios2 line() const {
+    termios2 settings{};
+    EXPECT_EQ(::ioctl(fd_, TCGETS2, &settings), 0);
+    return settings;
+  }
+
+ private:
+  int fd_;
+  std::string path_;
+};
+
+std::string bytesFrom(SerialPort& port, std::size_t count) {
+  std::string text;
+  std::array<std::uint8_t, 4096> buffer{};
+  for (int round = 0; round < 2000 && text.size() < count; ++round) {
+    const std::size_t got = port.read(buffer);
+    text.append(buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(got));
+    if (got == 0) std::this_thread::sleep_for(std::chrono::milliseconds{1});
+  }
+  return text;
+}
+
+std::span<const std::uint8_t> asBytes(std::string_view text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+/// The failure that an action raises; number 0 when it raises none.
+Failure failureOf(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.Source, "MSComm");
+    return failure;
+  }
+  return {0, {}, {}};
+}
+
+std::int32_t numberOf(const std::function<void()>& action) { return failureOf(action).Number; }
+
+TEST(SerialPort, CarriesEveryByteBothWays) {
+  FarEnd far;
+  const auto port = openSerialDevice(far.path(), "COM1");
+  port->configure({57600, LineParity::None, 8, LineStopBits::Two});
+  std::array<std::uint8_t, 16> buffer{};
+  EXPECT_EQ(port->read(buffer), 0U);
+  std::string all;
+  for (int c = 0; c < 256; ++c) all += static_cast<char>(c);
+  far.send(all);
+  EXPECT_EQ(bytesFrom(*port, all.size()), all);
+  EXPECT_EQ(port->write(asBytes(all)), all.size());
+  EXPECT_EQ(far.receive(all.size()), all);
+  EXPECT_EQ(port->outstanding(), 0U);
+
+  far.send("stale");
+  EXPECT_EQ(bytesFrom(*port, 1).substr(0, 1), "s");
+  far.send("stale");
+  std::this_thread::sleep_for(std::chrono::milliseconds{20});
+  port->discardInput();
+  far.send("new");
+  EXPECT_EQ(bytesFrom(*port, 3), "new");
+}
+
+TEST(SerialPort, AFullQueueTakesWhatFitsAndDoesNotBlock) {
+  FarEnd far;
+  const auto port = openSerialDevice(far.path(), "COM1");
+  const std::string block(1 << 16, 'x');
+  std::size_t taken = 0, last = 1;
+  for (int round = 0; round < 100 && last > 0; ++round) taken += last = port->write(asBytes(block));
+  EXPECT_EQ(last, 0U);
+  EXPECT_GT(taken, 0U);
+  EXPECT_EQ(far.receive(taken).size(), taken);
+}
+
+TEST(SerialPort, SetsTheLine) {
+  struct Case {
+    LineSettings Settings;
+    std::int32_t Failure;
+  };
+  const auto none = LineParity::None;
+  const auto one = LineStopBits::One, oneAndHalf = LineStopBits::OneAndHalf, two = LineStopBits::Two;
+  const Case cases[] = {
+      {{57600, none, 8, two}, 0},
+      {{600, none, 8, one}, 0},
+      {{14400, LineParity::Mark, 8, one}, 0},
+      {{28800, LineParity::Space, 8, one}, 0},
+      {{56000, LineParity::Even, 7, one}, 0},
+      {{128000, LineParity::Odd, 8, one}, 0},
+      {{256000, none, 8, one}, 0},
+      {{9600, none, 5, oneAndHalf}, 0},
+      {{9600, none, 8, oneAndHalf}, 8015},
+      {{9600, none, 5, two}, 8015},
+      {{9600, none, 4, one}, 8015},
+      {{9600, none, 9, one}, 8015},
+      {{0, none, 8, one}, 8015},
+      {{-9600, none, 8, one}, 8015},
+  };
+  FarEnd far;
+  const auto port = openSerialDevice(far.path(), "COM1");
+  for (const Case& c : cases) {
+    EXPECT_EQ(numberOf([&] { port->configure(c.Settings); }), c.Failure) << c.Settings.Baud;
+    if (c.Failure != 0) continue;
+    const termios2 line = far.line();
+    EXPECT_EQ(line.c_ospeed, static_cast<speed_t>(c.Settings.Baud));
+    EXPECT_EQ(line.c_ispeed, static_cast<speed_t>(c.Settings.Baud));
+    EXPECT_EQ((line.c_cflag & CSTOPB) != 0, c.Settings.StopBits != one);
+    EXPECT_EQ((line.c_cflag & CMSPAR) != 0,
+              c.Settings.Parity == LineParity::Mark || c.Settings.Parity == LineParity::Space);
+    EXPECT_EQ((line.c_cflag & PARODD) != 0,
+              c.Settings.Parity == LineParity::Mark || c.Settings.Parity == LineParity::Odd);
+    EXPECT_EQ(line.c_cflag & CRTSCTS, 0U);
+    EXPECT_EQ(line.c_lflag, 0U);
+    EXPECT_EQ(line.c_oflag, 0U);
+    EXPECT_EQ(line.c_iflag & (IXON | IXOFF | ICRNL | ISTRIP), 0U);
+  }
+}
+
+TEST(SerialPort, WithoutModemLinesTakesThemAndReadsThemAsFalse) {
+  FarEnd far;
+  const auto port = openSerialDevice(far.path(), "COM1");
+  port->setDtr(true);
+  port->setRts(true);
+  EXPECT_EQ(port->modemLines(), ModemLines{});
+  const LineErrors errors = port->takeErrors();
+  EXPECT_EQ(errors.Overrun + errors.Framing + errors.Parity + errors.Break + errors.BufferOverflow, 0U);
+}
+
+TEST(SerialPort, IsHeldAgainstAnyoneElse) {
+  FarEnd far;
+  auto port = openSerialDevice(far.path(), "COM9 (a dock)");
+  const Failure second = failureOf([&] { openSerialDevice(far.path(), "COM9 (a dock)"); });
+  EXPECT_EQ(second.Number, 8005);
+  EXPECT_EQ(second.Description,
+            "COM9 (a dock) is in use by another program. Close that program and try again.");
+  port.reset();
+
+  for (const bool exclusiveMode : {false, true}) {
+    std::array<int, 2> ready{};
+    ASSERT_EQ(::pipe(ready.data()), 0);
+    const pid_t holder = ::fork();
+    ASSERT_GE(holder, 0);
+    if (holder == 0) {
+      const int fd = ::open(far.path().c_str(), O_RDWR | O_NOCTTY);
+      if (exclusiveMode)
+        ::ioctl(fd, TIOCEXCL);
+      else
+        ::flock(fd, LOCK_EX);
+      if (::write(ready[1], "!", 1) == 1) ::pause();
+      ::_exit(0);
+    }
+    char byte = 0;
+    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    EXPECT_EQ(numberOf([&] { openSerialDevice(far.path(), "COM1"); }), 8005);
+    const int slave = ::open(far.path().c_str(), O_RDWR | O_NOCTTY);
+    if (slave >= 0) ::ioctl(slave, TIOCNXCL), ::close(slave);
+    ::kill(holder, SIGKILL);
+    ::waitpid(holder, nullptr, 0);
+    ::close(ready[0]);
+    ::close(ready[1]);
+    EXPECT_EQ(numberOf([&] { openSerialDevice(far.path(), "COM1"); }), 0);
+  }
+}
+
+TEST(SerialPort, WhatIsNoSerialPortIsNotOpened) {
+  const TemporaryFolder folder;
+  folder.put("file", "text");
+  folder.link("loop", "loop");
+  ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+  for (const std::string& path : {folder / "missing", folder / "file", folder / "file/below", folder / "loop",
+                                  folder / "pipe", folder.path(), std::string{"/dev/null"}})
+    EXPECT_EQ(numberOf([&] { openSerialDevice(path, "COM1"); }), 8002) << path;
+}
+
+TEST(SerialPort, WithoutPermissionNamesTheDeviceAndTheWayOut) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the superuser can give its rights away";
+  FarEnd far;
+  ASSERT_EQ(::chown(far.path().c_str(), 0, 5), 0);
+  ASSERT_EQ(::chmod(far.path().c_str(), 0660), 0);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    if (::setgid(65534) != 0 || ::setuid(65534) != 0) ::_exit(2);
+    const Failure failure = failureOf([&] { openSerialDevice(far.path(), "COM33 (/dev/ttyUSB0)"); });
+    const bool good = failure.Number == 8005 &&
+                      failure.Description.find("COM33 (/dev/ttyUSB0)") != std::string::npos &&
+                      failure.Description.find("group \"tty\"") != std::string::npos;
+    ::_exit(good ? 0 : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
+TEST(SerialPort, EveryMemberSeesThatTheDeviceHasGone) {
+  const auto port = [] {
+    FarEnd far;
+    auto open = openSerialDevice(far.path(), "COM1");
+    open->configure({});
+    far.send("last words");
+    EXPECT_EQ(bytesFrom(*open, 10), "last words");
+    return open;
+  }();
+  std::array<std::uint8_t, 4> buffer{};
+  const std::function<void()> members[] = {
+      [&] { port->read(buffer); }, [&] { port->read({}); },      [&] { port->write(buffer); },
+      [&] { port->write({}); },    [&] { port->outstanding(); }, [&] { port->discardInput(); },
+      [&] { port->setDtr(true); }, [&] { port->setRts(false); }, [&] { port->modemLines(); },
+      [&] { port->takeErrors(); }, [&] { port->configure({}); },
+  };
+  for (const auto& member : members) EXPECT_EQ(numberOf(member), 8015) << &member - members;
+}
+
+TEST(SerialPort, NumbersAreOpenedByDeclarationThenByRule) {
+  FarEnd far;
+  const TemporaryFolder folder;
+  const Variable docks{"HY_WRISTLOG_DOCKS",
+                       folder.put("docks", "[Dock 1]\nCOMport=64\nDevice=" + far.path() + "\n")};
+  const auto world = makeLinuxPlatform();
+  {
+    const auto port = world->serialPorts().open(64);
+    far.send("ok");
+    EXPECT_EQ(bytesFrom(*port, 2), "ok");
+  }
+  const Failure missing = failureOf([&] { world->serialPorts().open(63); });
+  EXPECT_EQ(missing.Number, 8002);
+  EXPECT_NE(missing.Description.find("COM63 (/dev/ttyACM14)"), std::string::npos) << missing.Description;
+  for (const std::int32_t number : {0, -1, 32768, 2147483647, -2147483647 - 1})
+    EXPECT_EQ(numberOf([&] { world->serialPorts().open(number); }), 8002) << number;
+}
+
+}  // namespace
+}  // namespace hy_wristlog::platform

@@ -1,0 +1,87 @@
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "platform/linux/linux_platform.h"
+#include "platform/linux/settings_table.h"
+#include "platform/surroundings.h"
+
+namespace hy_wristlog::platform {
+namespace {
+
+constexpr std::int32_t Machine = static_cast<std::int32_t>(0x80000002U),
+                       User = static_cast<std::int32_t>(0x80000001U);
+using Names = std::vector<std::string>;
+
+TEST(SettingsStore, KeepsWhatWasWritten) {
+  const TemporaryFolder home;
+  const Variable config{"XDG_CONFIG_HOME", home / "a/config"};
+  const auto world = makeLinuxPlatform();
+  SettingsStore& store = world->settings();
+  EXPECT_FALSE(store.keyExists(Machine, "Software\\Ward"));
+  EXPECT_FALSE(store.deleteKey(Machine, "Software\\Ward"));
+  EXPECT_THROW(store.valueNames(Machine, "Software\\Ward"), SystemError);
+  EXPECT_EQ(store.subkeys(Machine, ""), Names{});
+
+  store.write(Machine, "Software\\Ward", "Flag", {4, {1, 0, 0, 0}});
+  store.write(Machine, "\\software\\WARD\\", "flag", {3, {0, 9, 255}});
+  store.write(Machine, "Software\\Ward", "", {1, {}});
+  store.write(Machine, "Software\\Ward\\Bed 1", "tab\tline\n100%", {2, {'%', 'X', '%'}});
+  store.createKey(Machine, "Software\\Wards");
+  store.createKey(User, "Software");
+
+  const auto other = makeLinuxPlatform();
+  SettingsStore& seen = other->settings();
+  EXPECT_EQ(seen.read(Machine, "SOFTWARE\\ward", "FLAG")->Data, (std::vector<std::uint8_t>{0, 9, 255}));
+  EXPECT_EQ(seen.read(Machine, "Software\\Ward", "Flag")->Type, 3);
+  EXPECT_TRUE(seen.read(Machine, "Software\\Ward", "")->Data.empty());
+  EXPECT_EQ(seen.read(Machine, "Software\\Ward\\Bed 1", "tab\tline\n100%")->Type, 2);
+  EXPECT_FALSE(seen.read(User, "Software\\Ward", "Flag"));
+  EXPECT_EQ(seen.valueNames(Machine, "Software\\Ward"), (Names{"", "Flag"}));
+  EXPECT_EQ(seen.subkeys(Machine, "Software"), (Names{"Ward", "Wards"}));
+  EXPECT_EQ(seen.subkeys(Machine, ""), Names{"Software"});
+
+  EXPECT_FALSE(seen.deleteValue(Machine, "Software\\Ward", "Flags"));
+  EXPECT_TRUE(seen.deleteValue(Machine, "Software\\Ward", "FLAG"));
+  EXPECT_TRUE(seen.deleteKey(Machine, "software\\ward"));
+  EXPECT_FALSE(store.keyExists(Machine, "Software\\Ward\\Bed 1"));
+  EXPECT_TRUE(store.keyExists(Machine, "Software\\Wards"));
+  EXPECT_TRUE(store.keyExists(User, "Software"));
+}
+
+TEST(SettingsStore, DamagedLinesAreLeftOut) {
+  const TemporaryFolder home;
+  const Variable config{"XDG_CONFIG_HOME", home.path()};
+  home.put("HY_Wristlog/settings",
+           "80000002\\A\tgood\t4\t01000000\n"
+           "80000002\\A\tno type\t\t01\n80000002\\A\todd\t3\t012\n80000002\\A\tno hex\t3\t0g\n"
+           "80000002\\A\tshort\n8000002\\B\tx\t1\t\n80000002B\tx\t1\t\n80000002\\\\B\tx\t1\t\n"
+           "80000002\\A\tcut%4\t1\t\n80000002\\A\ttype\t99999999999\t\n80000002\\A\ttabs\t1\t00\t00\n"
+           "\n\t\t\t\n80000002\\C\\D\n80000002\\A\tlast\t1\t4100");
+  const auto world = makeLinuxPlatform();
+  SettingsStore& store = world->settings();
+  EXPECT_EQ(store.valueNames(Machine, "A"), (Names{"good", "last"}));
+  EXPECT_EQ(store.subkeys(Machine, ""), (Names{"A", "C"}));
+  EXPECT_EQ(store.subkeys(Machine, "C"), Names{"D"});
+}
+
+TEST(SettingsStore, TextReadsBackTheSame) {
+  std::mt19937 random{7};
+  for (int round = 0; round < 300; ++round) {
+    const auto text = [&](std::size_t longest) {
+      std::string result(random() % (longest + 1), ' ');
+      for (char& c : result) c = static_cast<char>(random() % 256);
+      return result;
+    };
+    SettingsTable table;
+    for (int i = 0; i < 8; ++i) {
+      const std::string data = text(20);
+      table.write(static_cast<std::int32_t>(random()), text(6) + "\\" + text(3), text(8),
+                  {static_cast<std::int32_t>(random() % 8), {data.begin(), data.end()}});
+    }
+    EXPECT_EQ(SettingsTable::parse(table.text()).text(), table.text());
+  }
+}
+
+}  // namespace
+}  // namespace hy_wristlog::platform

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <sstream>
+#include <string>
+
+namespace hy_wristlog::platform {
+
+/// A folder of its own that is gone after the test.
+class TemporaryFolder {
+ public:
+  TemporaryFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "wristlog-test-XXXXXX").string();
+    path_ = ::mkdtemp(pattern.data());
+  }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  ~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+
+  std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+  std::string path() const { return path_.string(); }
+
+  /// Makes the file and the folders above it.
+  std::string put(const std::string& name, std::string_view content) const {
+    std::filesystem::create_directories((path_ / name).parent_path());
+    std::ofstream{path_ / name, std::ios::binary} << content;
+    return (path_ / name).string();
+  }
+
+  void link(const std::string& name, const std::string& target) const {
+    std::filesystem::create_directories((path_ / name).parent_path());
+    std::filesystem::create_symlink(target, path_ / name);
+  }
+
+ private:
+  std::filesystem::path path_;
+};
+
+/// Sets an environment variable, or unsets it, until the end of the block.
+class Variable {
+ public:
+  Variable(std::string name, std::optional<std::string> value) : name_(std::move(name)) {
+    if (const char* former = std::getenv(name_.c_str())) former_ = former;
+    set(value);
+  }
+  Variable(const Variable&) = delete;
+  Variable& operator=(const Variable&) = delete;
+  ~Variable() { set(former_); }
+
+ private:
+  void set(const std::optional<std::string>& value) const {
+    if (value)
+      ::setenv(name_.c_str(), value->c_str(), 1);
+    else
+      ::unsetenv(name_.c_str());
+  }
+
+  std::string name_;
+  std::optional<std::string> former_;
+};
+
+inline std::string contentOf(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream{path, std::ios::binary}.rdbuf();
+  return text.str();
+}
+
+}  // namespace hy_wristlog::platform

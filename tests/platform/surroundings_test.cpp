@@ -1,0 +1,280 @@
+#include "platform/surroundings.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/linux/linux_platform.h"
+#include "platform/linux/locale_patterns.h"
+
+namespace hy_wristlog::platform {
+namespace {
+
+template <class Action>
+std::int32_t errorOf(const Action& action) {
+  try {
+    action();
+  } catch (const SystemError& error) {
+    return error.Number;
+  }
+  return 0;
+}
+
+TEST(Folders, FollowTheUsersSettings) {
+  const TemporaryFolder home;
+  const std::string at = home.path();
+  const auto world = makeLinuxPlatform();
+  Environment& environment = world->environment();
+  const Variable homeVariable{"HOME", at + "/"};
+  {
+    const Variable config{"XDG_CONFIG_HOME", std::nullopt};
+    EXPECT_EQ(environment.specialFolder(26), at + "/.config");
+    EXPECT_EQ(environment.specialFolder(5), at);
+  }
+  {
+    const Variable config{"XDG_CONFIG_HOME", "relative"};
+    EXPECT_EQ(environment.specialFolder(26), at + "/.config");
+  }
+  const Variable config{"XDG_CONFIG_HOME", at + "/conf"};
+  EXPECT_EQ(environment.specialFolder(26), at + "/conf");
+  const std::pair<const char*, std::string> documents[] = {
+      {"# XDG_DOCUMENTS_DIR=\"/no\"\nXDG_DOCUMENTS_DIR=\"$HOME/Papers\"\n", at + "/Papers"},
+      {"  XDG_DOCUMENTS_DIR=\"/srv/my \\\"papers\\\"\"", "/srv/my \"papers\""},
+      {"XDG_DOCUMENTS_DIR=\"$HOME/\"\n", at},
+      {"XDG_DOCUMENTS_DIR=\"relative\"\n", at},
+      {"XDG_DOCUMENTS_DIR=\"", at},
+      {"XDG_DOCUMENTS_DIR=\"/cut", "/cut"},
+  };
+  for (const auto& [file, folder] : documents) {
+    home.put("conf/user-dirs.dirs", file);
+    EXPECT_EQ(environment.specialFolder(5), folder) << file;
+  }
+  const std::string common = environment.specialFolder(35);
+  const bool mayBeShared = ::access("/var/lib", W_OK) == 0 || ::access("/var/lib/HY_Wristlog", F_OK) == 0;
+  EXPECT_TRUE(common.ends_with("/state") || (mayBeShared && common == "/var/lib")) << common;
+  for (const std::int32_t code : {-1, 0, 4, 27, 99}) EXPECT_EQ(environment.specialFolder(code), "");
+}
+
+TEST(Environment, KnowsTheMachineAndItsWords) {
+  const auto world = makeLinuxPlatform();
+  Environment& environment = world->environment();
+  EXPECT_EQ(environment.libraryFolder(), std::filesystem::read_symlink("/proc/self/exe").parent_path());
+  EXPECT_FALSE(environment.userName().empty());
+  EXPECT_FALSE(environment.computerName().empty());
+  EXPECT_NE(environment.domainName(), "(none)");
+  EXPECT_FALSE(environment.domainName().empty());
+  EXPECT_EQ(environment.errorText(EACCES), "Permission denied");
+  EXPECT_EQ(environment.errorText(259), "");
+  EXPECT_EQ(environment.errorText(-5), "");
+  const Variable variable{"WRISTLOG_TEST", ""};
+  EXPECT_EQ(environment.variable("WRISTLOG_TEST"), "");
+  EXPECT_FALSE(environment.variable("WRISTLOG_TEST_2"));
+}
+
+TEST(Environment, LocalClockFollowsTheZone) {
+  const auto world = makeLinuxPlatform();
+  Clock& clock = world->clock();
+  for (const auto& [zone, minutes] : {std::pair{"<+0530>-5:30", 330}, {"<-03>3", -180}}) {
+    const Variable tz{"TZ", zone};
+    const double difference = dateFromCivil(clock.local()) - dateFromCivil(clock.utc());
+    EXPECT_NEAR(difference * 1440, minutes, 0.1);
+  }
+  const double before = clock.timer();
+  clock.sleep(std::chrono::milliseconds{5});
+  clock.sleep(std::chrono::milliseconds{-5});
+  clock.idle();
+  EXPECT_GE(clock.timer() - before, 0.006);
+}
+
+TEST(Locale, FormatsBecomePatterns) {
+  struct Case {
+    const char *Format, *Date, *Time;
+  };
+  const Case cases[] = {
+      {"%a %d %b %Y %T %Z", "ddd dd MMM yyyy", "Hh:Nn:Ss"},
+      {"%m/%d/%Y", "MM/dd/yyyy", ""},
+      {"%-d.%-m.%Y", "d.M.yyyy", ""},
+      {"%I:%M:%S %p", "", "h:Nn:Ss tt"},
+      {"%a %-d. %B %Y, %H:%M", "ddd d. MMMM yyyy", "Hh:Nn"},
+      {"%Y年%m月%d日 %H時%M分%S秒", "yyyy年MM月dd日", "Hh時Nn分Ss秒"},
+      {"%A %e de %B de %Y, %R", "dddd d \\d\\e MMMM \\d\\e yyyy", "Hh:Nn"},
+      {"%Ey/%Om/%02d", "yy/MM/dd", ""},
+      {"%H:%M %d.%m", "dd.MM", "Hh:Nn"},
+      {"%", "", ""},
+      {"%-", "", ""},
+      {"%q%%100", "", ""},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(datePatternFromStrftime(c.Format), c.Date) << c.Format;
+    EXPECT_EQ(timePatternFromStrftime(c.Format), c.Time) << c.Format;
+  }
+}
+
+std::string localeItems(const std::string& name) {
+  const Variable all{"LC_ALL", name};
+  const auto world = makeLinuxPlatform();
+  std::string result;
+  for (const LocaleItem item :
+       {LocaleItem::DecimalSeparator, LocaleItem::ShortDate, LocaleItem::LongDate, LocaleItem::Time})
+    result += world->environment().localeInfo(item) + "|";
+  return result;
+}
+
+TEST(Locale, IsTheUsersAndNotTheProgramsOwn) {
+  for (const char* name : {"C", "POSIX", "C.UTF-8", "xx_XX.nonsense", "../../etc"})
+    EXPECT_EQ(localeItems(name), "||||") << name;
+
+  const TemporaryFolder locales;
+  for (const auto& [source, charset] :
+       {std::pair{"de_DE", "ISO-8859-1"}, {"en_US", "UTF-8"}, {"ja_JP", "EUC-JP"}}) {
+    const std::string command = std::string{"localedef -i "} + source + " -f " + charset + " " +
+                                (locales / source) + " >/dev/null 2>&1";
+    if (std::system(command.c_str()) != 0) GTEST_SKIP() << "locale sources are not installed";
+  }
+  const Variable path{"LOCPATH", locales.path()};
+  EXPECT_EQ(localeItems("de_DE"), ",|dd.MM.yyyy|ddd dd MMM yyyy|Hh:Nn:Ss|");
+  EXPECT_EQ(localeItems("en_US"), ".|MM/dd/yyyy|ddd dd MMM yyyy|h:Nn:Ss tt|");
+  EXPECT_EQ(localeItems("ja_JP"), ".|yyyy年MM月dd日|yyyy年MM月dd日|Hh時Nn分Ss秒|");
+  const Variable all{"LC_ALL", std::nullopt};
+  const Variable language{"LANG", "de_DE"};
+  const Variable times{"LC_TIME", "en_US"};
+  const auto world = makeLinuxPlatform();
+  EXPECT_EQ(world->environment().localeInfo(LocaleItem::DecimalSeparator), ",");
+  EXPECT_EQ(world->environment().localeInfo(LocaleItem::Time), "h:Nn:Ss tt");
+}
+
+TEST(Files, AreReplacedWhole) {
+  const TemporaryFolder folder;
+  const auto world = makeLinuxPlatform();
+  Files& files = world->files();
+  const std::string path = folder / "file";
+  std::string all;
+  for (int i = 0; i < 300000; ++i) all += static_cast<char>(i);
+  for (const std::string& content : {all, std::string{}, std::string{"a\r\nb"}}) {
+    files.write(path, content);
+    EXPECT_EQ(files.read(path), content);
+  }
+  ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
+  files.write(path, "kept mode");
+  EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms{0640});
+
+  folder.put("target", "unharmed");
+  folder.link("link", "target");
+  folder.link("dangling", "nowhere");
+  std::filesystem::create_directory(folder / "folder");
+  ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+  ASSERT_EQ(::chmod(folder.put("read only", "unharmed").c_str(), 0444), 0);
+  const std::tuple<std::string, std::int32_t, std::int32_t> refused[] = {
+      {folder / "link", ELOOP, 0},
+      {folder / "dangling", ELOOP, ENOENT},
+      {folder / "folder", EISDIR, EISDIR},
+      {folder / "folder/", EISDIR, EISDIR},
+      {folder / "pipe", EINVAL, EINVAL},
+      {folder / "read only", EACCES, 0},
+      {folder / "no/file", ENOENT, ENOENT},
+      {folder / "file/below", ENOTDIR, ENOTDIR},
+      {"", ENOENT, ENOENT},
+      {folder / std::string(300, 'x'), ENAMETOOLONG, ENAMETOOLONG},
+  };
+  for (const auto& [name, writing, reading] : refused) {
+    EXPECT_EQ(errorOf([&] { files.write(name, "x"); }), writing) << name;
+    EXPECT_EQ(errorOf([&] { files.read(name); }), reading) << name;
+  }
+  EXPECT_EQ(contentOf(folder / "target"), "unharmed");
+  EXPECT_EQ(contentOf(folder / "read only"), "unharmed");
+  EXPECT_EQ(std::filesystem::is_symlink(folder / "link"), true);
+  for (const auto& entry : std::filesystem::directory_iterator{folder.path()})
+    EXPECT_EQ(entry.path().filename().string().find(".wristlog-"), std::string::npos) << "left behind";
+  EXPECT_EQ(errorOf([&] { files.write(std::string("a\0b", 3), ""); }), EINVAL);
+
+  EXPECT_TRUE(files.remove(path));
+  EXPECT_FALSE(files.remove(path));
+  EXPECT_FALSE(files.remove(path + "/below"));
+  EXPECT_EQ(errorOf([&] { files.remove(folder / "folder"); }), EISDIR);
+}
+
+TEST(Files, StatesTellKindAndAccess) {
+  const TemporaryFolder folder;
+  folder.put(".hidden", "");
+  ASSERT_EQ(::chmod(folder.put("read only", "").c_str(), 0400), 0);
+  folder.link("link", ".hidden");
+  folder.link("dangling", "nowhere");
+  folder.link("loop", "loop");
+  const std::tuple<std::string, FileKind, bool, bool> cases[] = {
+      {folder / ".hidden", FileKind::File, false, true},
+      {folder / "read only", FileKind::File, true, false},
+      {folder / "link", FileKind::File, false, false},
+      {folder / "dangling", FileKind::Other, false, false},
+      {folder / "loop", FileKind::Other, false, false},
+      {folder / "none", FileKind::Missing, false, false},
+      {folder / ".hidden/x", FileKind::Missing, false, false},
+      {folder.path(), FileKind::Folder, false, false},
+      {"/", FileKind::Folder, false, false},
+      {"/dev/null", FileKind::Other, false, false},
+  };
+  const auto world = makeLinuxPlatform();
+  for (const auto& [path, kind, readOnly, hidden] : cases) {
+    const FileState state = world->files().state(path);
+    EXPECT_EQ(state.Kind, kind) << path;
+    EXPECT_EQ(state.ReadOnly, readOnly) << path;
+    EXPECT_EQ(state.Hidden, hidden) << path;
+  }
+}
+
+TEST(Files, FoldersForEveryoneAreOpenAndFollowNoLinks) {
+  const TemporaryFolder folder;
+  const auto world = makeLinuxPlatform();
+  Files& files = world->files();
+  const std::string shared = folder / "shared";
+  const mode_t mask = ::umask(0077);
+  files.makeFolder(shared, true);
+  files.makeFolder(folder / "own", false);
+  ::umask(mask);
+  const auto modeOf = [](const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
+  };
+  EXPECT_EQ(modeOf(shared), 01777U);
+  EXPECT_EQ(modeOf(folder / "own"), 0700U);
+  files.makeFolder(folder / "own", true);
+  EXPECT_EQ(modeOf(folder / "own"), 0700U);
+  folder.put("own/secret", "secret");
+  folder.link("shared/trap", folder / "own/secret");
+  EXPECT_EQ(errorOf([&] { files.read(shared + "/trap"); }), ELOOP);
+  EXPECT_EQ(errorOf([&] { files.write(shared + "/trap", "x"); }), ELOOP);
+  EXPECT_EQ(files.state(shared + "/trap").Kind, FileKind::Other);
+  EXPECT_EQ(errorOf([&] { files.makeFolder(folder / "own/secret", true); }), EEXIST);
+  EXPECT_EQ(errorOf([&] { files.makeFolder(folder / "no/such", true); }), ENOENT);
+}
+
+TEST(Cryptography, HashesAndDraws) {
+  const auto world = makeLinuxPlatform();
+  CryptographicProvider& provider = world->cryptography();
+  const std::pair<std::string, std::string> digests[] = {
+      {"", "d41d8cd98f00b204e9800998ecf8427e"},
+      {"abc", "900150983cd24fb0d6963f7d28e17f72"},
+      {"message digest", "f96b697d7cb7938d525a2f31aaf161d0"},
+  };
+  for (const auto& [text, expected] : digests) {
+    std::string hex;
+    for (const std::uint8_t byte :
+         provider.md5({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()})) {
+      std::array<char, 3> digits{};
+      std::snprintf(digits.data(), digits.size(), "%02x", byte);
+      hex += digits.data();
+    }
+    EXPECT_EQ(hex, expected);
+  }
+  std::array<std::uint8_t, 32> first{}, second{};
+  provider.randomBytes(first);
+  provider.randomBytes(second);
+  EXPECT_NE(first, second);
+  provider.randomBytes({});
+}
+
+}  // namespace
+}  // namespace hy_wristlog::platform

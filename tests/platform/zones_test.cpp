@@ -1,0 +1,244 @@
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <random>
+
+#include "platform/linux/linux_clock.h"
+#include "platform/linux/linux_zones.h"
+#include "platform/linux/posix_tz.h"
+#include "platform/linux/tzif.h"
+#include "platform/surroundings.h"
+#include "platform/zone_catalogue.h"
+
+namespace hy_wristlog::platform {
+namespace {
+
+std::int32_t presentYear() { return LinuxClock{}.utc().Year; }
+
+std::time_t startOfYear(std::int32_t year) {
+  std::tm start{};
+  start.tm_year = year - 1900;
+  start.tm_mday = 1;
+  return ::timegm(&start);
+}
+
+/// Seconds since the epoch that the zone's clocks would show at the change in `year`, counted with the C
+/// library's own calendar.
+std::time_t clockAtChange(const ZoneTransition& change, std::int32_t year) {
+  std::tm day{};
+  day.tm_year = year - 1900;
+  day.tm_mon = change.Month - 1;
+  day.tm_mday = change.Year != 0 ? change.Day : 1;
+  day.tm_hour = change.Hour;
+  day.tm_min = change.Minute;
+  day.tm_sec = change.Second;
+  std::time_t moment = ::timegm(&day);
+  if (change.Year != 0) return moment;
+  std::time_t found = 0;
+  int count = 0;
+  for (; day.tm_mon == change.Month - 1; moment += 86400) {
+    ::gmtime_r(&moment, &day);
+    if (day.tm_mon == change.Month - 1 && day.tm_wday == change.DayOfWeek && count < change.Day) {
+      found = moment;
+      ++count;
+    }
+  }
+  return found;
+}
+
+long offsetByRule(const ZoneRule& rule, std::time_t moment, std::int32_t year) {
+  const long standard = -rule.Bias * 60L, daylight = standard - rule.DaylightBias * 60L;
+  if (rule.DaylightDate.Month == 0) return standard;
+  const std::time_t start = clockAtChange(rule.DaylightDate, year) - standard;
+  const std::time_t end = clockAtChange(rule.StandardDate, year) - daylight;
+  const bool isDaylight = start < end ? moment >= start && moment < end : moment >= start || moment < end;
+  return isDaylight ? daylight : standard;
+}
+
+TEST(Zones, AgreeWithTheSystemsLocalTime) {
+  LinuxZones zones;
+  int compared = 0, withDaylight = 0;
+  for (const CatalogueZone& zone : zoneCatalogue()) {
+    const ZoneRecord record = zones.read(zone.Key);
+    ASSERT_TRUE(record.Rule) << zone.Key;
+    const ZoneRule& rule = *record.Rule;
+    withDaylight += rule.DaylightBias != 0;
+    EXPECT_EQ(rule.StandardBias, 0);
+    EXPECT_LE(rule.DaylightBias, 0) << zone.Key;
+    const Variable tz{"TZ", std::string{zone.TzName}};
+    ::tzset();
+    const bool holdsEveryYear = rule.DaylightDate.Year == 0 && rule.StandardDate.Year == 0;
+    const std::int32_t lastYear = presentYear() + (holdsEveryYear ? 4 : 0);
+    for (std::int32_t year = presentYear(); year <= lastYear; ++year) {
+      // The zone's own year: its clocks run up to 14 hours ahead of UTC.
+      const std::time_t from = startOfYear(year) + 14 * 3600, to = startOfYear(year + 1) - 14 * 3600;
+      for (std::time_t moment = from; moment < to; moment += 1800 * 37 / 4) {
+        std::tm local{};
+        ::localtime_r(&moment, &local);
+        ASSERT_EQ(offsetByRule(rule, moment, year), local.tm_gmtoff) << zone.Key << " at " << moment;
+        ++compared;
+      }
+    }
+  }
+  EXPECT_GT(compared, 500 * 85);
+  EXPECT_GT(withDaylight, 20);
+}
+
+TEST(Zones, NamesSayTheOffsetOfTheRule) {
+  LinuxZones zones;
+  ASSERT_EQ(zones.keys().size(), 85U);
+  for (const std::string& key : zones.keys()) {
+    const ZoneRecord record = zones.read(key);
+    const std::int32_t minutes = -record.Rule->Bias;
+    std::array<char, 16> offset{};
+    std::snprintf(offset.data(), offset.size(), "%+03d:%02d", minutes / 60, std::abs(minutes) % 60);
+    const std::string prefix = minutes == 0 ? "(GMT) " : "(GMT" + std::string{offset.data()} + ") ";
+    EXPECT_TRUE(record.Display.starts_with(prefix)) << record.Display;
+    EXPECT_GT(record.Display.size(), prefix.size());
+    EXPECT_EQ(record.Standard, key);
+    EXPECT_NE(record.Daylight.find("Daylight"), std::string::npos) << record.Daylight;
+  }
+  EXPECT_EQ(zones.read("Eastern Standard Time").Display, "(GMT-05:00) Eastern Time (US & Canada)");
+  EXPECT_EQ(zones.read("Central Standard Time (Mexico)").Daylight, "Central Daylight Time (Mexico)");
+  EXPECT_FALSE(zones.read("eastern standard time").Rule);
+}
+
+TEST(Zones, RulesOfEveryFormBecomeRecords) {
+  struct Case {
+    const char* Text;
+    std::int32_t Year, Bias, DaylightBias;
+    ZoneTransition Standard, Daylight;
+  };
+  const ZoneTransition never{};
+  const Case cases[] = {
+      {"IST-5:30", 2025, -330, 0, never, never},
+      {"EST5EDT", 2025, 300, -60, {0, 11, 0, 1, 2}, {0, 3, 0, 2, 2}},
+      {"<+1030>-10:30<+11>-11,M10.1.0,M4.1.0", 2025, -630, -30, {0, 4, 0, 1, 2}, {0, 10, 0, 1, 2}},
+      {"EET-2EEST,M4.5.5/0,M10.5.4/24", 2025, -120, -60, {2025, 10, 5, 31, 0}, {0, 4, 5, 5, 0}},
+      {"EET-2EEST,M4.5.5/0,M10.5.4/24", 2026, -120, -60, {2026, 10, 5, 30, 0}, {0, 4, 5, 5, 0}},
+      {"<-02>2<-01>,M3.5.0/-1,M10.5.0/0", 2025, 120, -60, {0, 10, 0, 5, 0}, {2025, 3, 6, 29, 23}},
+      {"<-02>2<-01>,M3.5.0/-1:30,M10.5.0/0", 2025, 120, -60, {0, 10, 0, 5, 0}, {2025, 3, 6, 29, 22, 30}},
+      {"EET-2EEST,M3.4.4/50,M10.4.4/50", 2025, -120, -60, {2025, 10, 6, 25, 2}, {2025, 3, 6, 29, 2}},
+      {"AAA3BBB,J60/2,J300/2:30:15", 2024, 180, -60, {2024, 10, 0, 27, 2, 30, 15}, {2024, 3, 5, 1, 2}},
+      {"AAA3BBB,59,299", 2024, 180, -60, {2024, 10, 6, 26, 2}, {2024, 2, 4, 29, 2}},
+      {"AAA3BBB,59,299", 2025, 180, -60, {2025, 10, 1, 27, 2}, {2025, 3, 6, 1, 2}},
+      {"IST-1GMT0,M10.5.0,M3.5.0/1", 2025, 0, -60, {0, 10, 0, 5, 2}, {0, 3, 0, 5, 1}},
+      {"EST5EDT,0/0,J365/25", 2025, 240, 0, never, never},
+      {"EST5EDT,0/0,J365/25", 2024, 240, 0, never, never},
+  };
+  for (const Case& c : cases) {
+    const auto tz = parsePosixTz(c.Text);
+    ASSERT_TRUE(tz) << c.Text;
+    const ZoneRule rule = zoneRuleFromTz(*tz, c.Year);
+    EXPECT_EQ(rule.Bias, c.Bias) << c.Text;
+    EXPECT_EQ(rule.DaylightBias, c.DaylightBias) << c.Text;
+    EXPECT_EQ(rule.StandardDate, c.Standard) << c.Text;
+    EXPECT_EQ(rule.DaylightDate, c.Daylight) << c.Text;
+  }
+  for (const char* text : {"", "E5", "EST", "EST5EDT,", "EST5EDT,M3.2.0", "EST5EDT,M13.2.0,M11.1.0", "<+05-5",
+                           "EST5EDT,M3.2.0,M11.1.0x", "EST5EDT,M3.0.0,M11.1.0", "EST168", "EST5EDT,J0,J9",
+                           "EST5EDT,M3.2.0/168,M11.1.0", "EST5EDT,366,1", "EST99999999999999999999"})
+    EXPECT_FALSE(parsePosixTz(text)) << text;
+}
+
+TEST(Zones, TheMachinesZoneIsFoundByNameThenByRule) {
+  struct Case {
+    const char* Tz;
+    const char* Key;
+  };
+  const Case cases[] = {
+      {"America/New_York", "Eastern Standard Time"},
+      {":Europe/Warsaw", "Central European Standard Time"},
+      {"Asia/Calcutta", "India Standard Time"},
+      {"/usr/share/zoneinfo/Europe/Paris", "Romance Standard Time"},
+      {"America/Detroit", "Eastern Standard Time"},
+      {"PST8PDT,M3.2.0,M11.1.0", "Pacific Standard Time"},
+      {"Europe/Dublin", "GMT Standard Time"},
+      {"UTC", "Greenwich Standard Time"},
+      {"Etc/GMT", "Greenwich Standard Time"},
+      {"", "Greenwich Standard Time"},
+      {"No/Such_Zone", "Greenwich Standard Time"},
+      {"../../../etc/passwd", "Greenwich Standard Time"},
+      {"Pacific/Chatham", ""},
+  };
+  LinuxZones zones;
+  for (const Case& c : cases) {
+    const Variable tz{"TZ", c.Tz};
+    EXPECT_EQ(zones.localStandardName(), c.Key) << c.Tz;
+  }
+}
+
+TEST(Zones, TheMachinesZoneIsReadFromItsFiles) {
+  const Variable tz{"TZ", std::nullopt};
+  const auto nameIn = [](const TemporaryFolder& etc) { return LinuxZones{etc.path()}.localStandardName(); };
+  {
+    const TemporaryFolder etc;
+    EXPECT_EQ(nameIn(etc), "Greenwich Standard Time");
+    etc.put("timezone", "Europe/Berlin\n");
+    EXPECT_EQ(nameIn(etc), "W. Europe Standard Time");
+    etc.link("localtime", "/usr/share/zoneinfo/Asia/Tokyo");
+    EXPECT_EQ(nameIn(etc), "Tokyo Standard Time");
+  }
+  {
+    const TemporaryFolder etc;
+    etc.put("localtime", contentOf("/usr/share/zoneinfo/Europe/Warsaw"));
+    EXPECT_EQ(nameIn(etc), "Central European Standard Time");
+    etc.put("timezone", "Asia/Tokyo\n");
+    EXPECT_EQ(nameIn(etc), "Central European Standard Time");
+  }
+  {
+    const TemporaryFolder etc;
+    etc.put("localtime", "TZif2 but nothing more");
+    EXPECT_EQ(nameIn(etc), "Greenwich Standard Time");
+    std::filesystem::remove(etc / "localtime");
+    etc.link("localtime", "localtime");
+    EXPECT_EQ(nameIn(etc), "Greenwich Standard Time");
+  }
+}
+
+TEST(Zones, AMissingDatabaseGivesRecordsWithoutRules) {
+  const TemporaryFolder database;
+  const Variable folder{"TZDIR", database.path()};
+  LinuxZones zones;
+  EXPECT_FALSE(zones.read("Tokyo Standard Time").Rule);
+  EXPECT_EQ(zones.read("Tokyo Standard Time").Display, "(?) Osaka, Sapporo, Tokyo");
+  database.put("Asia/Tokyo", contentOf("/usr/share/zoneinfo/Asia/Kolkata"));
+  EXPECT_EQ(zones.read("Tokyo Standard Time").Rule->Bias, -330);
+  const Variable tz{"TZ", "UTC"};
+  EXPECT_EQ(zones.localStandardName(), "Greenwich Standard Time");
+}
+
+TEST(Zones, DamagedFilesGiveARuleOrNone) {
+  const std::string good = contentOf("/usr/share/zoneinfo/America/New_York");
+  ASSERT_EQ(tzifFooter(good), "EST5EDT,M3.2.0,M11.1.0");
+  std::mt19937 random{20240229};
+  const auto below = [&](std::size_t limit) { return static_cast<std::size_t>(random()) % limit; };
+  int refused = 0;
+  for (int round = 0; round < 20000; ++round) {
+    std::string file = good;
+    if (round % 3 == 0) file.resize(below(file.size()));
+    for (std::size_t i = below(8) + 1; i > 0 && !file.empty(); --i) {
+      // Half of the damage in the counts of the headers and in the footer, where it matters.
+      const std::size_t at = round % 2 == 0 ? below(file.size())
+                             : below(2) == 0
+                                 ? below(std::min<std::size_t>(44, file.size()))
+                                 : file.size() - 1 - below(std::min<std::size_t>(24, file.size()));
+      file[at] = static_cast<char>(below(256));
+    }
+    const auto footer = tzifFooter(file);
+    const auto tz = footer ? parsePosixTz(*footer) : std::nullopt;
+    refused += !tz;
+    if (!tz) continue;
+    const ZoneRule rule = zoneRuleFromTz(*tz, 2024);
+    EXPECT_LE(std::abs(rule.Bias), 1440);
+    for (const ZoneTransition& change : {rule.StandardDate, rule.DaylightDate}) {
+      EXPECT_GE(change.Hour, 0);
+      EXPECT_LT(change.Hour, 24);
+    }
+  }
+  EXPECT_GT(refused, 1000);
+  EXPECT_LT(refused, 20000);
+}
+
+}  // namespace
+}  // namespace hy_wristlog::platform
