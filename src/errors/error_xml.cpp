@@ -73,7 +73,9 @@ std::string element(std::string_view tag, std::string_view value) {
   return "  <" + std::string(tag) + ">" + oneLine(value) + "</" + std::string(tag) + ">";
 }
 
-std::string element(std::string_view tag, bool value) { return element(tag, value ? "True" : "False"); }
+std::string element(std::string_view tag, bool value) {
+  return element(tag, std::string_view(value ? "True" : "False"));
+}
 
 }  // namespace
 
