@@ -1,5 +1,6 @@
 #include "tools/Class_Registry.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <optional>
 

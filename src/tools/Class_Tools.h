@@ -82,7 +82,8 @@ class Class_Tools {
   // Files and folders (files.cpp). "\" and "/" both separate folders. What the system refuses is raised as
   // fault 53, 61, 70, 75 or 76, except where a result can tell.
 
-  /// The lines of a file, from index 1. Fault 9 when there are more of them than a third of the file's bytes.
+  /// The lines of a file, from index 1. Fault 9 when there are more of them than a third of the file's bytes,
+  /// and for an empty file.
   static GrowingArray<std::string> fncReadFile2Array(std::string_view path);
   /// Replaces the file with the lines. False when the site's action for a failure is to leave quietly.
   static bool fncSaveFile(std::string_view path, std::span<const std::string> lines);
@@ -104,7 +105,8 @@ class Class_Tools {
   static std::string fncCheckFileForReadWrite(std::string_view path);
   /// True when the folder of the path is there, or can be made, and a file can be written in it.
   static bool fncCheckPathforReadWrite(std::string_view path);
-  /// Makes the folder of the path and all above it that are missing, for everyone to write in.
+  /// Makes the folder of the path and all above it that are missing, for everyone to write in. False when a
+  /// file has its name.
   static bool fncMakeDirectorys(std::string_view path);
   /// Access lists are unknown here and folders are made with their permissions, so there is nothing to do for
   /// "Everyone". False, and a message to the user, for another account or a path that is not there.
