@@ -83,7 +83,11 @@ std::unique_ptr<SerialPort> openSerialDevice(const std::string& path, const std:
   if (!S_ISCHR(device.st_mode)) raiseNoTerminal(name);
   Descriptor fd{::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)};
   if (!fd) raiseForErrno(errno, name, device);
-  if (!isTerminal(fd.get())) errno == EIO ? raiseMissing(name) : raiseNoTerminal(name);
+  if (!isTerminal(fd.get())) {
+    // A built-in port that has no hardware behind it.
+    if (errno == EIO) raiseMissing(name);
+    raiseNoTerminal(name);
+  }
   // Exclusive mode does not stop the superuser, so it is asked for; the lock holds for all who take it.
   if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
     if (errno == EWOULDBLOCK) raiseBusy(name);

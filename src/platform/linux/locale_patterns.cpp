@@ -97,6 +97,7 @@ std::string joined(const std::vector<Piece>& pieces, PieceKind kind) {
       first = i;
       if (end == 0) end = i + 1;
     }
+  if (end == 0) return {};
   std::string result, between;
   for (std::size_t i = first; i < end; ++i) {
     if (pieces[i].Kind == PieceKind::Literal) {
