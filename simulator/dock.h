@@ -26,11 +26,11 @@ struct DockOptions {
 /// A failure that an operation of the port raises.
 struct PortFault {
   std::int32_t Number = 8015;
-  Fault When;
+  Fault When{};
 };
 
 struct DockFaults {
-  PortFault Open, Configure;
+  PortFault Open{}, Configure{};
   bool LockedUp = false;  ///< refuses every setting with 8015 until it is plugged in anew
   bool Held = false;      ///< another program has the port
 };

@@ -16,10 +16,10 @@ enum class Direction : std::uint8_t { ToLogger, ToPc };
 
 /// What went wrong with the cable. The `Fault`s count bytes; the byte counts are those of `Traffic`.
 struct LineFaults {
-  Fault LoseToLogger, LoseToPc;
-  Fault AlterToLogger, AlterToPc;
+  Fault LoseToLogger{}, LoseToPc{};
+  Fault AlterToLogger{}, AlterToPc{};
   std::uint8_t AlterMask = 0x04;  ///< the bits an altered byte has flipped
-  Fault OverrunToPc;              ///< the byte is lost and the port counts an overrun
+  Fault OverrunToPc{};            ///< the byte is lost and the port counts an overrun
   /// The line is dead in both directions once so many bytes have passed.
   std::optional<std::uint64_t> CutAfterToLogger, CutAfterToPc, CutAfterTotal;
   bool CutEndsOnReopen = false;  ///< opening the port again mends the line

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 
@@ -13,11 +14,11 @@ class LoggerClock {
   explicit LoggerClock(const Timeline& timeline)
       : timeline_(timeline), setAt_(timeline.now()), shown_(timeline.now()) {}
 
-  /// Parts in a million by which it runs fast (below 0: slow).
+  /// Parts in a million by which it runs fast (below 0: slow), at most 100000 either way.
   void setDrift(double partsPerMillion) {
     shown_ = reading();
     setAt_ = timeline_.now();
-    rate_ = 1.0 + partsPerMillion * 1e-6;
+    partsPerBillion_ = static_cast<std::int64_t>(std::clamp(partsPerMillion, -1e5, 1e5) * 1000.0);
   }
 
   void set(std::int64_t seconds) {
@@ -25,26 +26,31 @@ class LoggerClock {
     shown_ = std::chrono::seconds{seconds};
   }
 
-  Moment reading() const {
-    const double gone = static_cast<double>((timeline_.now() - setAt_).count()) * rate_;
-    return shown_ + nanoseconds{static_cast<std::int64_t>(gone)};
-  }
+  Moment reading() const { return readingAt(timeline_.now()); }
   std::int64_t seconds() const { return std::chrono::floor<std::chrono::seconds>(reading()).count(); }
 
-  /// When the world is as far as this clock showing `seconds`, a nanosecond or two later for safety.
+  /// When the world is as far as this clock showing `seconds`.
   Moment whenShows(std::int64_t seconds) const {
-    const double ahead =
-        static_cast<double>((Moment{std::chrono::seconds{seconds}} - shown_).count()) / rate_;
-    return setAt_ + nanoseconds{static_cast<std::int64_t>(ahead)} + slack(ahead);
+    const Moment wanted = std::chrono::seconds{seconds};
+    Moment when = setAt_ + (wanted - shown_);
+    for (int round = 0; round < 40 && readingAt(when) != wanted; ++round) when += wanted - readingAt(when);
+    while (readingAt(when) < wanted) when += nanoseconds{1};
+    return when;
   }
 
  private:
-  /// Large spans are rounded when they pass through a double.
-  static nanoseconds slack(double span) { return nanoseconds{2 + static_cast<std::int64_t>(span * 1e-15)}; }
+  Moment readingAt(Moment when) const {
+    const std::int64_t gone = (when - setAt_).count();
+    const std::int64_t drift =
+        gone / Billion * partsPerBillion_ + gone % Billion * partsPerBillion_ / Billion;
+    return shown_ + nanoseconds{gone + drift};
+  }
+
+  static constexpr std::int64_t Billion = 1000000000;
 
   const Timeline& timeline_;
   Moment setAt_, shown_;
-  double rate_ = 1.0;
+  std::int64_t partsPerBillion_ = 0;
 };
 
 }  // namespace hy_wristlog::simulator

@@ -119,9 +119,10 @@ std::size_t recordLength(LoggerModel model, Mode mode) {
 std::uint8_t activityCode(double counts, std::uint8_t calibration) {
   const double raw = counts * calibration / 128.0;
   const auto& scale = activityScale();
-  const auto above = std::upper_bound(scale.begin(), scale.end(), raw,
+  const auto above = std::upper_bound(scale.begin(), scale.end(), std::max(raw, 0.0),
                                       [](double value, std::int32_t step) { return value < step; });
-  return static_cast<std::uint8_t>(above == scale.begin() ? 0 : above - scale.begin() - 1);
+  // The top of the scale has several codes; the first of them is used.
+  return static_cast<std::uint8_t>(std::lower_bound(scale.begin(), above, above[-1]) - scale.begin());
 }
 
 std::uint16_t lightCode(double lux) {

@@ -17,16 +17,16 @@ namespace hy_wristlog::simulator {
 
 /// What is wrong with a logger.
 struct LoggerFaults {
-  Fault LoseEcho, AlterEcho, DelayEcho;  ///< count echoed characters, the carriage return too
+  Fault LoseEcho{}, AlterEcho{}, DelayEcho{};  ///< count echoed characters, the carriage return too
   nanoseconds EchoDelay = std::chrono::milliseconds{1500};
-  Fault BadLineChecksum;              ///< counts value lines
-  Fault ZeroLineChecksum;             ///< the same; the line says #0000
-  Fault GarbledClock;                 ///< counts answers to "show clock time"; the value is no number
-  Fault IgnoreCommand;                ///< counts carriage returns; neither echoed nor obeyed
-  Fault RefuseClock;                  ///< counts "clock time"; obeyed in words only
-  Fault MisstoreConfig;               ///< counts written config blocks; one byte is stored wrong
+  Fault BadLineChecksum{};            ///< counts value lines
+  Fault ZeroLineChecksum{};           ///< the same; the line says #0000
+  Fault GarbledClock{};               ///< counts answers to "show clock time"; the value is no number
+  Fault IgnoreCommand{};              ///< counts carriage returns; neither echoed nor obeyed
+  Fault RefuseClock{};                ///< counts "clock time"; obeyed in words only
+  Fault MisstoreConfig{};             ///< counts written config blocks; one byte is stored wrong
   std::size_t MisstoredOffset = 240;  ///< where, counted in the whole block
-  Fault BadConfigChecksum;            ///< counts sent config blocks
+  Fault BadConfigChecksum{};          ///< counts sent config blocks
   bool Silent = false;                ///< hears and says nothing
   TransferFaults Transfer;
 };

@@ -37,13 +37,13 @@ struct WorldOptions {
 /// An operation of the system that fails with `ErrorNumber` (errno).
 struct SystemFault {
   std::int32_t ErrorNumber = 5;
-  Fault When;
+  Fault When{};
 };
 
 struct WorldFaults {
-  SystemFault FileRead, FileWrite, MakeFolder;
-  SystemFault DevicesOfClass, HasInterface, ReadInfo, HardwareId, FriendlyName;
-  SystemFault Cryptography;
+  SystemFault FileRead{}, FileWrite{}, MakeFolder{};
+  SystemFault DevicesOfClass{}, HasInterface{}, ReadInfo{}, HardwareId{}, FriendlyName{};
+  SystemFault Cryptography{};
 };
 
 /// A world for one thread in which time is simulated and docks and loggers are too. Files are real, under
