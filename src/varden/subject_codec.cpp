@@ -47,10 +47,7 @@ class FieldReader {
   }
   std::string takeText(std::size_t length) { return utf8FromAnsiText(trimBlanks(take(length))); }
 
-  std::optional<double> takeNumber(std::size_t length) {
-    const std::string_view field = take(length);
-    return isNumeric(field) ? std::optional(leadingNumber(field)) : std::nullopt;
-  }
+  std::optional<double> takeNumber(std::size_t length) { return parseNumber(take(length)); }
 
  private:
   std::string_view rest_;

@@ -22,8 +22,8 @@ TEST_F(BatteryTest, SecondsReachFromLimitToLimit) {
       {25570, 86400},
       {713.8651851851852, std::numeric_limits<std::int32_t>::min()},
       {50424.13480324074, std::numeric_limits<std::int32_t>::max()},
-      {25569 + 0.5 / 86400, 0},
-      {25569 + 1.5 / 86400, 2},
+      {25569 + 1 / 256.0, 338},
+      {25569 + 3 / 256.0, 1012},
   };
   for (const auto& c : cases) EXPECT_EQ(dateToLoggerSeconds(c.Date), c.Seconds) << c.Date;
   for (const std::int32_t seconds : {0, 1, -1, 1718452800, std::numeric_limits<std::int32_t>::max(),
@@ -43,8 +43,8 @@ TEST_F(BatteryTest, VividPercentFollowsTheDropUnderLoad) {
     float Voltage, Loaded;
     double Percent;
   } const cases[] = {
-      {-1, -1, 100},        {3.0f, 3.2f, 100},   {3.0f, 2.97f, 100},   {3.0f, 2.94f, 66.475},
-      {3.0f, 2.91f, 27.83}, {3.0f, 2.9f, 19.32}, {3.0f, 2.83f, 2.156}, {3.0f, 2.828f, 1.828},
+      {-1, -1, 100},        {3.0f, 3.2f, 100},    {3.0f, 2.97f, 100},   {3.0f, 2.94f, 66.475},
+      {3.0f, 2.91f, 27.83}, {3.0f, 2.9f, 20.236}, {3.0f, 2.83f, 2.156}, {3.0f, 2.829f, 2.011},
       {3.0f, 2.8f, 0},      {3e38f, -3e38f, 0},
   };
   for (const auto& c : cases)

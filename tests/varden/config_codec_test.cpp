@@ -355,7 +355,7 @@ TEST_F(ConfigCodecTest, AnUnknownZoneDoesNotRenameTheCatalogues) {
 
 TEST_F(ConfigCodecTest, RandomBlocksGiveASaneRecordOrAKnownFailure) {
   std::mt19937 random(7);
-  const auto below = [&](unsigned limit) { return random() % limit; };
+  const auto below = [&](unsigned limit) { return static_cast<unsigned>(random() % limit); };
   int decodes = 0, encodes = 0;
   for (int round = 0; round < 3000; ++round) {
     Block block = goodBlock();
