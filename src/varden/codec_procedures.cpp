@@ -47,7 +47,8 @@ void VardenLogger::subDecodeVardenLoggerConfig(const PacketArray& packets) {
   procedure.run([&] {
     procedure.statement([&] { requirePackets(packets, "Class_VardenLogger.subDecodeVardenLoggerConfig"); });
     record.LastLoggerTime = -1;
-    const ByteArray bytes = packets ? joinPackets(*packets) : ByteArray{};
+    const ByteArray bytes =
+        procedure.statement([&] { return packets ? joinPackets(*packets) : ByteArray{}; });
     record.RawConfigHex = Class_Tools::fncConvertByteArrayToHexString(bytes);
     procedure.statement([&] { checkConfigCrc(bytes); });
     procedure.statement([&] { checkConfigVersion(bytes); });

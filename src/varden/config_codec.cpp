@@ -20,6 +20,7 @@ namespace {
 
 constexpr std::size_t VersionOffset = 2;
 constexpr std::size_t SentFrom = 64;
+constexpr std::size_t MostPacketBytes = 1024;
 
 // Offsets 28 to 62 differ with version and firmware.
 constexpr std::size_t VariableFrom = 28, FirmwareLength = 8, VariableTo = 63;
@@ -206,8 +207,10 @@ VardenConfigBlock sentFields(const VardenRecord& record) {
 
 ByteArray joinPackets(const std::vector<Class_Packet>& packets) {
   ByteArray bytes;
-  for (const Class_Packet& packet : packets)
+  for (const Class_Packet& packet : packets) {
     bytes.insert(bytes.end(), packet.BinData.begin(), packet.BinData.end());
+    if (bytes.size() > packets.size() * MostPacketBytes) fault::raise(fault::Subscript);
+  }
   return bytes;
 }
 

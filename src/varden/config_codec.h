@@ -15,7 +15,7 @@ namespace hy_wristlog {
 
 inline constexpr std::size_t ConfigBlockSize = 256;
 
-/// The data bytes of all packets, one behind the other.
+/// The data bytes of all packets, one behind the other. Raises 9 for more than 1024 a packet.
 ByteArray joinPackets(const std::vector<Class_Packet>& packets);
 
 /// Raises 11505 when the stored CRC is not that of the block, or the block is not complete.

@@ -2,49 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "hy_wristlog/failure.h"
-#include "platform/platform.h"
+#include "simulator/simulated_world.h"
 
 namespace hy_wristlog {
 
-/// A world with a standing clock and three zones, where nothing else can be reached.
-class CodecWorld : public platform::Platform {
+/// A simulated world with three zones.
+class CodecWorld : public simulator::SimulatedWorld {
  public:
-  struct StandingClock : platform::Clock {
-    CivilTime Now{2024, 6, 15, 12, 0, 0, 0};
-    CivilTime utc() override { return Now; }
-    CivilTime local() override { return Now; }
-    double timer() override { return 0; }
-    void sleep(std::chrono::milliseconds) override {}
-    void idle() override {}
-  };
-  struct Zones : platform::ZoneRecords {
-    std::map<std::string, platform::ZoneRecord, std::less<>> Records;
-    std::vector<std::string> keys() override {
-      std::vector<std::string> result;
-      for (const auto& [key, record] : Records) result.push_back(key);
-      return result;
-    }
-    platform::ZoneRecord read(std::string_view key) override { return Records.find(key)->second; }
-    std::string localStandardName() override { return {}; }
-  };
-  struct Nowhere : platform::Environment {
-    std::string specialFolder(std::int32_t) override { return {}; }
-    std::string libraryFolder() override { return {}; }
-    std::string localeInfo(platform::LocaleItem) override { return {}; }
-    std::optional<std::string> variable(std::string_view) override { return {}; }
-    std::string userName() override { return "tester"; }
-    std::string domainName() override { return {}; }
-    std::string computerName() override { return {}; }
-    std::string errorText(std::int32_t) override { return {}; }
-  };
-
   CodecWorld() {
     const auto add = [&](const char* key, std::int32_t bias, const char* display) {
       platform::ZoneRule rule;
@@ -60,19 +30,20 @@ class CodecWorld : public platform::Platform {
     eastern.StandardDate = {0, 11, 0, 1, 2, 0, 0, 0};
   }
 
-  StandingClock& clock() override { return clock_; }
-  Zones& zones() override { return zones_; }
-  platform::Environment& environment() override { return environment_; }
-  platform::SerialPorts& serialPorts() override { throw std::logic_error("no ports"); }
-  platform::DeviceTree& deviceTree() override { throw std::logic_error("no devices"); }
-  platform::SettingsStore& settings() override { throw std::logic_error("no settings"); }
-  platform::Files& files() override { throw std::logic_error("no files"); }
-  platform::CryptographicProvider& cryptography() override { throw std::logic_error("no provider"); }
+  platform::ZoneRecords& zones() override { return zones_; }
 
  private:
-  StandingClock clock_;
+  struct Zones : platform::ZoneRecords {
+    std::map<std::string, platform::ZoneRecord, std::less<>> Records;
+    std::vector<std::string> keys() override {
+      std::vector<std::string> result;
+      for (const auto& [key, record] : Records) result.push_back(key);
+      return result;
+    }
+    platform::ZoneRecord read(std::string_view key) override { return Records.find(key)->second; }
+    std::string localStandardName() override { return {}; }
+  };
   Zones zones_;
-  Nowhere environment_;
 };
 
 class InCodecWorld : public testing::Test {

@@ -160,7 +160,7 @@ TEST_F(RecordTest, EraseLeavesOnlyTheWristArrayOfLoggersWithoutBlueLight) {
 TEST_F(RecordTest, ClockIsCarriedOnFromItsLastReading) {
   VardenLogger logger;
   EXPECT_EQ(logger.Get_CurrentGMTtime(), -1);
-  const double now = dateFromCivil(world->clock().Now);
+  const double now = dateFromCivil(world->clock().utc());
   logger.record.LastLoggerTime = now - 100;
   logger.record.LastTimeLoggerRead = now - 2;
   EXPECT_EQ(logger.Get_CurrentGMTtime(), now - 98);
