@@ -25,7 +25,7 @@ class CommEvents {
   virtual void CommRX(std::string& /*CharactersReceived*/) {}
 };
 
-class SerialControl;
+struct CommState;
 
 /// The one path of every byte to and from a logger: one serial port with its settings, its lines and its
 /// events. Line settings are indices: BaudRate 1 to 16 (13 is 57600), Parity 1 to 5 (3 none), StopBits 1 to 3
@@ -103,8 +103,7 @@ class Form_Comm {
   void cmdDataOverrun();
 
  private:
-  struct State;
-  std::unique_ptr<State> state_;
+  std::unique_ptr<CommState> state_;
 };
 
 }  // namespace hy_wristlog

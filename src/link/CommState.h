@@ -1,0 +1,101 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "link/Form_Comm.h"
+#include "link/PortSteps.h"
+#include "link/SerialControl.h"
+
+namespace hy_wristlog {
+
+inline constexpr std::int32_t NoCharacters = 3001, NoFinalCharacter = 3002, WrongCharacters = 3003,
+                              InvalidSettings = 3004, TooFewBytes = 3005, DataOverrun = 3006;
+
+/// What stands behind a Form_Comm: its control, its world and its console.
+struct CommState final : platform::EventSource {
+  CommState(Form_Comm& form, CommEvents* owner);
+  CommState(const CommState&) = delete;
+  CommState& operator=(const CommState&) = delete;
+  ~CommState();
+
+  void serveEvents() override;
+
+  double timer() const { return world->clock().timer(); }
+  double deadline(std::int32_t milliseconds) const { return timer() + milliseconds / 1000.0; }
+  bool consoleInUse() const { return consoleVisible || form.RaiseEventOnChar; }
+  void progress(std::string text) const;
+  /// Throws what waits away, or shows it when the console is in use.
+  void flush(const PortSteps& port);
+  /// Shows bytes as "[" hexadecimal digits "]", when the console is in use.
+  void showHex(std::string_view bytes, std::string_view lineEnd = {});
+  /// The settings text, 0 meaning "as last set"; fails with 3004 under a source that all transfers share.
+  std::string transferSettings(Procedure& procedure, std::int32_t baudRate, std::int32_t dataBits,
+                               std::int32_t parity, std::int32_t stopBits) const;
+  void tellLost(std::int32_t attempt, std::int32_t most, std::int32_t packet) const {
+    owner->XModemLostPacket(static_cast<std::int16_t>(attempt), static_cast<std::int16_t>(most),
+                            static_cast<std::int16_t>(packet));
+  }
+
+  Form_Comm& form;
+  CommEvents* owner;
+  std::shared_ptr<platform::Platform> world;
+  SerialControl control;
+  std::int32_t lastCOMerrorNum = 0;
+  bool doingXMODEM = false, abortRequested = false;
+
+  bool toggling = false;
+  double nextToggle = 0;
+
+  ConsoleSink* sink = nullptr;
+  bool consoleVisible = false;
+  std::string consoleText;  ///< UTF-8
+
+ private:
+  void comSerial_OnComm();
+
+  CommEvents nobody_;
+};
+
+inline std::span<const std::uint8_t> asBytes(std::string_view text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+inline std::string_view asText(std::span<const std::uint8_t> bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+/// The frame of a procedure that changes the control's settings for a while: repeats what failed because of
+/// the port's state, and knows what to put back.
+class TransferFrame {
+ public:
+  TransferFrame(CommState& state, const char* name)
+      : procedure("Form_Comm", name),
+        port(state.control, procedure),
+        settings(state.control.Settings()),
+        inputMode(state.control.InputMode()),
+        inputLen(state.control.InputLen()),
+        rThreshold(state.control.RThreshold()),
+        recovery_(state.control) {
+    procedure.trap([this](Failure& failure) {
+      return failure.Number == PortRecovery::PortStateFailure && recovery_.reopen() ? TrapAnswer::Repeat
+                                                                                    : TrapAnswer::Dispatch;
+    });
+  }
+
+  bool portUsable() const { return !recovery_.givenUp(); }
+
+  Procedure procedure;
+  PortSteps port;
+  const std::string settings;
+  const SerialControl::Mode inputMode;
+  const std::int32_t inputLen, rThreshold;
+
+ private:
+  PortRecovery recovery_;
+};
+
+}  // namespace hy_wristlog

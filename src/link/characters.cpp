@@ -1,0 +1,100 @@
+#include <algorithm>
+
+#include "link/CommState.h"
+#include "tools/Class_Tools.h"
+
+namespace hy_wristlog {
+namespace {
+
+enum SendMode : std::int32_t { CharByChar = 1, WithEcho = 2 };
+
+/// Collects `expected` echoed characters, or those that came before the time was up.
+std::string collectEcho(CommState& state, const PortSteps& port, std::size_t expected, std::int32_t TXdelay) {
+  std::string echo;
+  const double deadline = state.deadline(TXdelay);
+  for (;;) {
+    if (port.InBufferCount() >= 1) {
+      const std::string read = port.Input();
+      echo += read;
+      if (state.consoleInUse()) state.form.subShowCOM(read);
+    }
+    state.world->serveEvents();
+    if (state.timer() > deadline || echo.size() == expected) return echo;
+    state.world->clock().idle();
+  }
+}
+
+void checkEcho(Procedure& procedure, const std::string& echo, char sent, std::size_t expected) {
+  constexpr const char* Source = "Form_Comm.fncSendChars";
+  if (echo.empty())
+    fail(procedure, NoCharacters, Source, "No Characters Received");
+  else if (echo.size() != expected)
+    fail(procedure, WrongCharacters, Source, "No Characters or Wrong Characters Received");
+  else if (std::any_of(echo.begin(), echo.end(), [&](char c) { return c != sent; }))
+    fail(procedure, WrongCharacters, Source, "Wrong Characters Received");
+}
+
+}  // namespace
+
+void Form_Comm::subSendChars(std::string_view Chars, std::int32_t SendBytes, std::int32_t CarraigeReturn,
+                             std::int16_t NumEchoedChars, std::int32_t CharDelay, std::int32_t TXdelay,
+                             std::int32_t CmdDelay) {
+  Procedure procedure{"Form_Comm", "subSendChars"};
+  procedure.passesOn(NoCharacters, WrongCharacters);
+  const PortSteps port{state_->control, procedure};
+  procedure.run([&] {
+    if (SendBytes == 0) SendBytes = WithEcho;
+    if (SendBytes == WithEcho && NumEchoedChars < 1) NumEchoedChars = 1;
+    state_->flush(port);
+
+    if (SendBytes == CharByChar || SendBytes == WithEcho) {
+      for (const char& c : Chars) {
+        port.Output({&c, 1});
+        Tools().subDelay(CharDelay);
+        if (SendBytes != WithEcho) continue;
+        const auto expected = static_cast<std::size_t>(NumEchoedChars);
+        checkEcho(procedure, collectEcho(*state_, port, expected, TXdelay), c, expected);
+      }
+    } else {
+      port.Output(Chars);
+      if (state_->consoleInUse()) subShowCOM(Chars);
+    }
+
+    if (CarraigeReturn == 1) {
+      port.Output("\r");
+      if (state_->consoleInUse()) subShowCOM("\r\n");
+    }
+    if (CmdDelay > 0) Tools().subDelay(CmdDelay, 50);
+  });
+}
+
+std::string Form_Comm::fncGetCharLine(char CharToWaitFor, std::int32_t RXdelay) {
+  constexpr const char* Source = "Form_Comm.fncGetCharLine";
+  Procedure procedure{"Form_Comm", "fncGetCharLine"};
+  procedure.passesOn(NoCharacters, NoFinalCharacter);
+  const PortSteps port{state_->control, procedure};
+  const std::string_view final{&CharToWaitFor, 1};
+  return procedure.run([&] {
+    std::string line, read;
+    double deadline = state_->deadline(RXdelay);
+    do {
+      if (port.InBufferCount() >= 1) {
+        deadline = state_->deadline(RXdelay);
+        read = port.Input();
+        if (read != final) line += read;
+        if (state_->consoleInUse()) subShowCOM(read);
+      }
+      Tools().subDelay(5);
+    } while (state_->timer() <= deadline && read != final);
+
+    if (read != final) {
+      if (line.empty())
+        fail(procedure, NoCharacters, Source, "No characters received");
+      else
+        fail(procedure, NoFinalCharacter, Source, "No carriage return or final character received");
+    }
+    return line;
+  });
+}
+
+}  // namespace hy_wristlog

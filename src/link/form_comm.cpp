@@ -1,0 +1,256 @@
+#include <utility>
+
+#include "base/dates.h"
+#include "base/faults.h"
+#include "base/formats.h"
+#include "link/CommState.h"
+#include "link/line_settings.h"
+#include "tools/Class_Tools.h"
+
+namespace hy_wristlog {
+namespace {
+
+constexpr std::size_t ReceiveBufferSize = 17000;
+
+const char* eventText(std::int32_t event) {
+  switch (event) {
+    case comm_event::Cts:
+      return "Change in the CTS Line";
+    case comm_event::Dsr:
+      return "Change in the DSR Line";
+    case comm_event::Cd:
+      return "Change in the CD Line";
+    case comm_event::Ring:
+      return "Change in the Ring Indicator";
+    case comm_event::Break:
+      return "Break";
+    case comm_event::CtsTimeout:
+      return "Clear to Send Timeout";
+    case comm_event::DsrTimeout:
+      return "Data Set Ready Timeout";
+    case comm_event::Framing:
+      return "Framing Error";
+    case comm_event::Overrun:
+      return "Data Lost Error";
+    case comm_event::CdTimeout:
+      return "Carrier Detect Timeout";
+    case comm_event::ReceiveOverflow:
+      return "Receive Buffer Overflow Error";
+    case comm_event::Parity:
+      return "Parity Error";
+    case comm_event::TransmitFull:
+      return "Transmit Buffer Full Error";
+    default:
+      return "";
+  }
+}
+
+template <class Step>
+void asProcedure(const char* name, Step&& step) {
+  Procedure procedure{"Form_Comm", name};
+  procedure.run(step);
+}
+
+template <class Number>
+void takeIfZero(Number& value, Number property) {
+  if (value == 0) value = property;
+}
+
+}  // namespace
+
+CommState::CommState(Form_Comm& link, CommEvents* events)
+    : form(link),
+      owner(events != nullptr ? events : &nobody_),
+      world(platform::shareCurrent()),
+      control(world->serialPorts()),
+      sink(world->host().console()),
+      consoleVisible(sink != nullptr) {
+  control.OnComm = [this] { comSerial_OnComm(); };
+  world->addEventSource(*this);
+}
+
+CommState::~CommState() { world->removeEventSource(*this); }
+
+void CommState::serveEvents() {
+  control.deliverEvents();
+  if (!toggling || timer() < nextToggle) return;
+  nextToggle = deadline(form.RTStoggleInterval);
+  ignoringFailures([&] { control.RTSEnable(!control.RTSEnable()); });
+}
+
+void CommState::comSerial_OnComm() {
+  const std::int32_t event = control.CommEvent();
+  lastCOMerrorNum = event;
+  if (event == comm_event::Send || event == comm_event::Receive) return;
+  std::string text = eventText(event);
+  if (consoleVisible && sink != nullptr)
+    sink->showLastError(std::to_string(event) + "  " + text + "  " +
+                        formatDate(dateFromCivil(world->clock().local()), "HH:mm:ss.000"));
+  owner->CommEventError(event, text);
+}
+
+void CommState::progress(std::string text) const { owner->CommProgress(text); }
+
+void CommState::flush(const PortSteps& port) {
+  if (!consoleInUse()) return port.discardInput();
+  while (port.InBufferCount() >= 1) form.subShowCOM(port.Input());
+}
+
+std::string CommState::transferSettings(Procedure& procedure, std::int32_t baudRate, std::int32_t dataBits,
+                                        std::int32_t parity, std::int32_t stopBits) const {
+  takeIfZero(baudRate, form.BaudRate);
+  takeIfZero(dataBits, form.DataBits);
+  takeIfZero(parity, form.Parity);
+  takeIfZero(stopBits, form.StopBits);
+  const auto text = lineSettingsText(baudRate, dataBits, parity, stopBits);
+  if (!text) fail(procedure, InvalidSettings, "Form_Comm.fncGetBinaryStream", "Invalid COM Port Settings");
+  return text.value_or("");
+}
+
+Form_Comm::Form_Comm(CommEvents* owner) : state_(std::make_unique<CommState>(*this, owner)) {}
+
+Form_Comm::~Form_Comm() {
+  ignoringFailures([&] { subClosePort(); });
+}
+
+std::int32_t Form_Comm::Get_LastCOMerrorNum() const { return state_->lastCOMerrorNum; }
+bool Form_Comm::Get_PortReady() const { return state_->control.PortOpen(); }
+bool Form_Comm::Get_DoingXMODEM() const { return state_->doingXMODEM; }
+bool Form_Comm::DSRHolding() { return state_->control.DSRHolding(); }
+
+void Form_Comm::subOpenPort(std::int16_t intPort, std::int32_t vBaudRate, std::int32_t vDataBits,
+                            std::int32_t vParity, std::int32_t vStopBits, std::int32_t lngDelay,
+                            bool RTSenableFirst, bool DTRenableFirst) {
+  Procedure procedure{"Form_Comm", "subOpenPort"};
+  procedure.passesOn(8000, 8001, 8002, 8003, 8004, 8005, 8006, 8007, 8008, 8009, 8010, 8011, 8012, 8013, 8014,
+                     8016, 8018, 8019, 8020, 8021);
+  PortRecovery recovery{state_->control};
+  procedure.trap([&](Failure& failure) {
+    if (failure.Number != PortRecovery::PortStateFailure) return TrapAnswer::Dispatch;
+    if (recovery.reopen()) return TrapAnswer::Repeat;
+    failure.Source = "Form_Comm.subOpenPort";
+    return TrapAnswer::Raise;
+  });
+  const PortSteps port{state_->control, procedure};
+  const auto refuse = [&] {
+    fail(procedure, InvalidSettings, "Form_Comm.subOpenPort", "Invalid COM Port Settings");
+  };
+
+  procedure.run([&] {
+    takeIfZero(intPort, CommPort);
+    takeIfZero(vBaudRate, BaudRate);
+    takeIfZero(vDataBits, DataBits);
+    takeIfZero(vParity, Parity);
+    takeIfZero(vStopBits, StopBits);
+    if (intPort == 0 || vBaudRate == 0 || vDataBits == 0 || vParity == 0 || vStopBits == 0) refuse();
+
+    procedure.statement([&] { subClosePort(); });
+    port.CommPort(intPort);
+    // A port that is missing or busy fails here, before anything else is changed.
+    port.PortOpen(true);
+    port.PortOpen(false);
+
+    const auto settings = lineSettingsText(vBaudRate, vDataBits, vParity, vStopBits);
+    if (!settings) refuse();
+    port.Settings(settings.value_or(""));
+    port.Handshaking(0);
+    port.InputMode(SerialControl::Mode::Text);
+    port.InputLen(1);
+    port.InBufferSize(ReceiveBufferSize);
+    port.RTSEnable(RTSenableFirst);
+    port.DTREnable(DTRenableFirst);
+    state_->flush(port);
+    port.RThreshold(0);
+    port.PortOpen(true);
+    if (lngDelay > 0) Tools().subDelay(lngDelay);
+    state_->flush(port);
+
+    CommPort = intPort;
+    BaudRate = vBaudRate;
+    DataBits = vDataBits;
+    StopBits = vStopBits;
+    Parity = vParity;
+  });
+}
+
+void Form_Comm::subClosePort() {
+  constexpr std::int32_t NotOpen = 8012;
+  Procedure procedure{"Form_Comm", "subClosePort"};
+  PortRecovery recovery{state_->control};
+  procedure.trap([&](Failure& failure) {
+    if (failure.Number == NotOpen) return TrapAnswer::GoOn;
+    return failure.Number == PortRecovery::PortStateFailure && recovery.close() ? TrapAnswer::Repeat
+                                                                                : TrapAnswer::Dispatch;
+  });
+  const PortSteps port{state_->control, procedure};
+  procedure.run([&] {
+    if (!port.PortOpen()) return;
+    if (port.RTSEnable()) port.RTSEnable(false);
+    if (port.DTREnable()) port.DTREnable(false);
+    port.PortOpen(false);
+  });
+}
+
+void Form_Comm::subEnableRTS() {
+  asProcedure("subEnableRTS", [&] { state_->control.RTSEnable(true); });
+}
+
+void Form_Comm::subDisableRTS() {
+  asProcedure("subDisableRTS", [&] { state_->control.RTSEnable(false); });
+}
+
+void Form_Comm::subEnableDTR() {
+  asProcedure("subEnableDTR", [&] { state_->control.DTREnable(true); });
+}
+
+void Form_Comm::subDisableDTR() {
+  asProcedure("subDisableDTR", [&] { state_->control.DTREnable(false); });
+}
+
+void Form_Comm::subToggleRTS() {
+  asProcedure("subToggleRTS", [&] { state_->control.RTSEnable(!state_->control.RTSEnable()); });
+}
+
+void Form_Comm::subEnableRTStoggle(std::int16_t intInterval) {
+  asProcedure("subEnableRTStoggle", [&] {
+    if (intInterval != 0) RTStoggleInterval = intInterval;
+    if (RTStoggleInterval == 0) return;
+    if (RTStoggleInterval < 0) fault::raise(fault::InvalidCall);
+    state_->nextToggle = state_->deadline(RTStoggleInterval);
+    state_->toggling = true;
+  });
+}
+
+void Form_Comm::subDisableRTStoggle() {
+  state_->toggling = false;
+  asProcedure("subDisableRTStoggle", [&] { state_->control.RTSEnable(false); });
+}
+
+void Form_Comm::subResetDevice(std::int32_t ResetEnableWidth, std::int32_t ResetDisableWidth,
+                               std::int32_t NumResets, std::int32_t lngDelay) {
+  Procedure procedure{"Form_Comm", "subResetDevice"};
+  const PortSteps port{state_->control, procedure};
+  procedure.run([&] {
+    takeIfZero(ResetEnableWidth, 1);
+    takeIfZero(ResetDisableWidth, 1);
+    if (NumResets < 1) NumResets = 1;
+    for (std::int32_t i = 0; i < NumResets; ++i) {
+      port.RTSEnable(true);
+      Tools().subDelay(ResetEnableWidth);
+      port.RTSEnable(false);
+      Tools().subDelay(ResetDisableWidth);
+    }
+    Tools().subDelay(lngDelay);
+    state_->flush(port);
+  });
+}
+
+void Form_Comm::subAbortProcess() {
+  if (state_->doingXMODEM) {
+    state_->abortRequested = true;
+    return;
+  }
+  asProcedure("subAbortProcess", [&] { subSendCTRLCabort(); });
+}
+
+}  // namespace hy_wristlog

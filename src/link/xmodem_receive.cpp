@@ -1,0 +1,176 @@
+#include <utility>
+#include <vector>
+
+#include "base/faults.h"
+#include "link/XmodemSession.h"
+#include "tools/Class_Tools.h"
+
+namespace hy_wristlog {
+namespace {
+
+constexpr std::int32_t MostInvitations = 5, MostBadPackets = 3, MostDuplicates = 3;
+constexpr std::size_t FrameOverhead = 5, ShortFrame = 128 + FrameOverhead, LongFrame = 1024 + FrameOverhead;
+
+class XmodemReceiver : public XmodemSession {
+ public:
+  XmodemReceiver(CommState& link, std::int32_t timeout)
+      : XmodemSession(link, "fncReceiveXmodemPackets", "Form_Comm.fncReceiveXmodemPackets", timeout) {}
+
+  PacketArray run(std::int32_t baudRate, std::int32_t dataBits, std::int32_t parity, std::int32_t stopBits) {
+    setLine(link_.transferSettings(procedure(), baudRate, dataBits, parity, stopBits));
+    port_.InputLen(0);
+
+    Step step = invite();
+    while (step == Step::GoOn) step = receivePacket();
+    if (step == Step::Aborted) {
+      cancelTwice();
+      awaitSilence();
+      port_.discardInput();
+      link_.owner->AbortAcknowledged();
+      return std::nullopt;
+    }
+    if (packets_.empty()) return std::nullopt;
+    return std::move(packets_);
+  }
+
+ private:
+  enum class Arrival : std::uint8_t { Frame, End, Bad, Aborted };
+
+  Step invite() {
+    if (abortRequested()) return Step::Aborted;
+    for (std::int32_t attempts = 1;; ++attempts) {
+      port_.Output({&xmodem::WantCrc, 1});
+      link_.showHex({&xmodem::WantCrc, 1});
+      const double deadline = link_.deadline(timeout_);
+      do {
+        Tools().subDelay(PollInterval);
+        if (abortRequested()) return Step::Aborted;
+        if (port_.InBufferCount() >= 1) return Step::GoOn;
+      } while (link_.timer() <= deadline);
+      if (attempts >= MostInvitations) return giveUp(NoPacket, "No packet received, retries exceeded");
+      link_.tellLost(attempts, MostInvitations - 1, -1);
+    }
+  }
+
+  Step receivePacket() {
+    switch (collectFrame()) {
+      case Arrival::Aborted:
+        return Step::Aborted;
+      case Arrival::Bad:
+        return refuse();
+      case Arrival::End:
+        procedure().statement([&] { link_.form.subSendXmodemACK(); });
+        return Step::Done;
+      case Arrival::Frame:
+        break;
+    }
+    const auto number = static_cast<std::uint8_t>(bytes_[1]);
+    const Step step = checkNumber(number);
+    if (step != Step::GoOn) return step;
+    procedure().statement([&] { packet_.Let_Packet(asBytes(bytes_)); });
+    if (!packet_.Get_IsValidPacket()) return refuse();
+    accept(number);
+    return Step::GoOn;
+  }
+
+  Arrival collectFrame() {
+    double deadline = link_.deadline(timeout_);
+    std::size_t waiting = 0;
+    do {
+      Tools().subDelay(PollInterval);
+      waiting = port_.InBufferCount();
+      if (waiting == 0 && abortRequested()) return Arrival::Aborted;
+    } while (waiting == 0 && link_.timer() <= deadline);
+    bytes_.clear();
+    if (waiting == 0 || readMore() == 0) return Arrival::Bad;
+
+    if (bytes_.front() == xmodem::Eot) return Arrival::End;
+    if (bytes_.front() != xmodem::Soh && bytes_.front() != xmodem::Stx) return Arrival::Bad;
+    const std::size_t expected = bytes_.front() == xmodem::Stx ? LongFrame : ShortFrame;
+    bool bad = bytes_.size() > expected;
+
+    deadline = link_.deadline(timeout_);
+    while (!bad && bytes_.size() < expected && link_.timer() <= deadline) {
+      if (port_.InBufferCount() >= 1) readMore();
+      bad = bytes_.size() > expected;
+      Tools().subDelay(PollInterval);
+      if (link_.lastCOMerrorNum == comm_event::Overrun) {
+        link_.lastCOMerrorNum = 0;
+        bad = true;
+      }
+    }
+    if (abortRequested()) return Arrival::Aborted;
+    return bad || bytes_.size() != expected ? Arrival::Bad : Arrival::Frame;
+  }
+
+  std::size_t readMore() {
+    const std::string read = port_.Input();
+    link_.showHex(read);
+    bytes_ += read;
+    return read.size();
+  }
+
+  /// A packet that came again is taken once more; any other number is taken as it is.
+  Step checkNumber(std::uint8_t number) {
+    if (number != expected_ && number == numberBefore()) {
+      if (duplicates_ > MostDuplicates) return giveUp(RetriesExceeded, RetriesExceededText);
+      ++duplicates_;
+      --expected_;
+      link_.tellLost(duplicates_, MostDuplicates, expected_ - 1);
+      return Step::GoOn;
+    }
+    duplicates_ = 1;
+    return Step::GoOn;
+  }
+
+  /// Counted in a byte: at 0 this is an overflow, so behind packet 255 only packet 0 will do.
+  std::uint8_t numberBefore() {
+    return procedure().statement([&] { return fault::narrow<std::uint8_t>(expected_ - 1); });
+  }
+
+  void accept(std::uint8_t number) {
+    if (link_.consoleInUse())
+      link_.form.subShowCOM(procedure().statement([&] { return packet_.Get_FriendlyPacketText(); }));
+    if (number == expected_)
+      bytesSoFar_ =
+          fault::narrow<std::int32_t>(bytesSoFar_ + static_cast<std::int64_t>(bytes_.size() - FrameOverhead));
+    packets_.push_back(std::exchange(packet_, {}));
+    procedure().statement([&] { link_.form.subSendXmodemACK(); });
+    link_.owner->XmodemPacketReceived(expected_, bytesSoFar_);
+    errors_ = 1;
+    ++expected_;
+  }
+
+  Step refuse() {
+    if (abortRequested()) return Step::Aborted;
+    if (++errors_ > MostBadPackets) return giveUp(RetriesExceeded, RetriesExceededText);
+    awaitSilence();
+    if (link_.consoleInUse() && port_.InBufferCount() >= 1) link_.showHex(port_.Input());
+    port_.discardInput();
+    procedure().statement([&] { link_.form.subSendXmodemNAK(); });
+    duplicates_ = 1;
+    link_.tellLost(errors_, MostBadPackets, expected_);
+    return Step::GoOn;
+  }
+
+  std::vector<Class_Packet> packets_;
+  Class_Packet packet_;
+  std::string bytes_;
+  std::uint8_t expected_ = 1;
+  std::int32_t duplicates_ = 0;
+  /// Starts at 0 but begins again at 1, so the first packet may be bad three times and later ones twice.
+  std::int32_t errors_ = 0;
+  std::int32_t bytesSoFar_ = 0;
+};
+
+}  // namespace
+
+PacketArray Form_Comm::fncReceiveXmodemPackets(std::int32_t vBaudRate, std::int32_t vDataBits,
+                                               std::int32_t vParity, std::int32_t vStopBits,
+                                               std::int32_t CmdTimeout) {
+  XmodemReceiver receiver{*state_, CmdTimeout};
+  receiver.procedure().passesOn(InvalidSettings, RetriesExceeded, NoPacket);
+  return receiver.procedure().run([&] { return receiver.run(vBaudRate, vDataBits, vParity, vStopBits); });
+}
+
+}  // namespace hy_wristlog
