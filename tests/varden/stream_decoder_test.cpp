@@ -195,9 +195,9 @@ TEST(StreamDecoder, EndsEachWalk) {
        NewEvents,
        1},
       {"no pre-scan without resets",
-       Stream().event(1, 0).status(2).raw({253, 8, 0, 99, 0, 0, 0}),
+       Stream().event(1, 0).status(2).raw({253, 8, 0, 33, 0, 0, 0}),
        Decode_OK,
-       {-1, 8, 0, 1024, 0, 0, 0},
+       {-1, 8, 0, 34, 0, 0, 0},
        {Start, "Low Battery"}},
       {"restart while acquiring fills",
        Stream(run).event(1, 300).many(1, 5),
@@ -224,7 +224,7 @@ TEST(StreamDecoder, EndsEachWalk) {
        false,
        OldEvents},
       {"old suffixes",
-       Stream().event(1 + 32, 0).event(3 + 96, 0).event(2 + 64, 0),
+       Stream().event(1 + 32, 0).event(3 + 96, 60).event(2 + 64, 120),
        Decode_OK,
        {},
        {"Acquisition Start w/ Docked", "Acquisition Start w/ Both Docked and Undocked",
@@ -257,7 +257,7 @@ TEST(StreamDecoder, WritesEventEntries) {
       "\"01-01 01:00:00\",\"Acquisition Start w/ Docked Status Changed and Currently In Dock\"";
   // The first epoch is the configured start time.
   const Texts expected = {
-      start + ",\"FD615A10EE0B5E\"",
+      start + ",\"FD615A10EF0B5E\"",
       "\"01-01 01:01:00\",\"Marker Button 1\",\"FE17\"",
       "\"01-01 01:01:00\",\"Marker Button 2\",\"FE17\"",
       "\"01-01 01:01:00\",\"Low Battery\",\"FE17\"",
@@ -301,11 +301,11 @@ TEST(StreamDecoder, StartMovesTheStartTimeBackOnly) {
 }
 
 TEST(StreamDecoder, StopsOnWholeSecondsWhateverTheNoiseOfDates) {
-  for (const std::int16_t epoch : {15, 30, 60, 120, 300}) {
+  for (const int epoch : {15, 30, 60, 120, 300}) {
     for (int samples = 1; samples < 2000; samples += 37) {
       for (const int early : {0, 1}) {
         VardenRecord record = loggerRecord(KR_TOLKA, 1);
-        record.EpochLength = epoch;
+        record.EpochLength = static_cast<std::int16_t>(epoch);
         const std::int32_t start = samples * 7919;
         record.StartTimeGMT = dateAt(start);
         Decoding decode{.Now = dateAt(0)};
@@ -490,7 +490,7 @@ TEST(StreamDecoder, FailsInsideTheWalkAndKeepsWhatItHas) {
       {"time that runs backwards", 9, -15, Stream().event(1, 0).raw({1}), "11503 Incompatible Logging Mode",
        0},
       {"restart with time that runs backwards", 1, -15, Stream().event(1, 0).many(2, 1).event(1, 0),
-       "9 Subscript out of range", 9},
+       "9 Subscript out of range", 14},
   };
   for (const FaultCase& row : cases) {
     SCOPED_TRACE(row.Name);
