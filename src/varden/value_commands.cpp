@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/ascii.h"
+#include "base/code_page.h"
 #include "base/dates.h"
 #include "base/faults.h"
 #include "base/formats.h"
@@ -87,7 +88,7 @@ void VardenLogger::fncReadVardenFWversion() {
                      version = line;
                      return true;
                    });
-    shell.procedure.statement([&] { subParseVersionInfo(trimBlanks(version)); });
+    shell.procedure.statement([&] { subParseVersionInfo(utf8FromAnsiText(trimBlanks(version))); });
   });
 }
 

@@ -1,0 +1,199 @@
+#include <gtest/gtest.h>
+
+#include "varden_session/session.h"
+
+namespace hy_wristlog::session {
+namespace {
+
+using simulator::BenchOptions;
+using simulator::DockKind;
+using namespace std::chrono_literals;
+
+BenchOptions benchWith(DockKind kind, bool loggerInDock = true) {
+  BenchOptions options =
+      kind == DockKind::Quillander ? simulator::vividBenchOptions() : simulator::kestrin2BenchOptions();
+  options.Dock.Kind = kind;
+  options.Dock.NameShowsPort = true;
+  options.LoggerInDock = loggerInDock;
+  return options;
+}
+
+bool isConnected(VardenLogger& logger, DockKind kind, bool keepOpen = true, bool longWait = false) {
+  return kind == DockKind::Quillander ? logger.fncQuillanderLoggerConnected(keepOpen)
+                                      : logger.fncTolkaLoggerConnected(keepOpen, longWait);
+}
+
+TEST(Docks, DeviceNames) {
+  const std::pair<const char*, bool> cases[] = {{"USB\\VID_5245&PID_4000", true},
+                                                {"USB\\VID_5245&PID_4001", true},
+                                                {"usb 4002 of 5245", true},
+                                                {"USB\\VID_5245&PID_4003", false},
+                                                {"USB\\VID_1234&PID_4000", false}};
+  for (const auto& [name, expected] : cases)
+    EXPECT_EQ(VardenLogger::fncIsVardenFromDeviceName(name), expected) << name;
+}
+
+TEST(Docks, ALoggerAnswersInEachForm) {
+  for (const DockKind kind : {DockKind::Quillander, DockKind::TolkaFirst, DockKind::TolkaSecond}) {
+    Session session{benchWith(kind)};
+    VardenLogger& logger = *session.logger;
+    EXPECT_TRUE(isConnected(logger, kind));
+    EXPECT_TRUE(logger.link().Get_PortReady());
+    EXPECT_EQ(logger.record.DeviceType, kind == DockKind::Quillander ? KR_QUILLANDER : KR_TOLKA);
+
+    // The open port is used again: opening it anew would fail.
+    session.bench.Dock->Faults.Open = {8002, simulator::always()};
+    const double again = session.elapsedDuring([&] { EXPECT_TRUE(isConnected(logger, kind)); });
+    EXPECT_LT(again, 0.1);
+
+    const double closing =
+        session.elapsedDuring([&] { EXPECT_TRUE(isConnected(logger, kind, false)); }) - again;
+    EXPECT_FALSE(logger.link().Get_PortReady());
+    const double wanted = kind == DockKind::TolkaFirst ? 1.03 : kind == DockKind::TolkaSecond ? 0.03 : 0;
+    EXPECT_NEAR(closing, wanted, 0.02);
+  }
+}
+
+TEST(Docks, OnlyOneDockWithAPortIsOpened) {
+  const struct {
+    std::vector<simulator::DockOptions> Docks;
+    DockKind Asked;
+    std::int16_t Counted, Port;
+  } cases[] = {
+      {{}, DockKind::Quillander, 0, 0},
+      {{}, DockKind::TolkaFirst, 0, 0},
+      {{{DockKind::TolkaFirst, 33, {}}}, DockKind::TolkaFirst, 1, 0},
+      {{{DockKind::TolkaFirst, 33, true}}, DockKind::TolkaFirst, 1, 33},
+      {{{DockKind::TolkaFirst, 33, true}, {DockKind::TolkaSecond, 34, {}}}, DockKind::TolkaFirst, 2, 34},
+      {{{DockKind::TolkaSecond, 33, {}}, {DockKind::TolkaSecond, 34, {}}}, DockKind::TolkaFirst, 2, 0},
+      {{{DockKind::Quillander, 33, {}}, {DockKind::Quillander, 34, {}}}, DockKind::Quillander, 2, 0},
+      {{{DockKind::Quillander, 33, {}}, {DockKind::TolkaSecond, 34, {}}}, DockKind::Quillander, 1, 33},
+  };
+  for (const auto& row : cases) {
+    const auto world = std::make_shared<simulator::SimulatedWorld>();
+    const simulator::BenchScope scope{{.World = world}};
+    VardenLogger logger;
+    for (const simulator::DockOptions& dock : row.Docks) world->addDock(dock);
+    std::int16_t count = -1;
+    const std::int16_t port = row.Asked == DockKind::Quillander ? logger.fncQuillanderDockCOMport(count)
+                                                                : logger.fncTolkaDockCOMport(count);
+    EXPECT_EQ(count, row.Counted);
+    EXPECT_EQ(port, row.Port);
+    if (row.Counted == 1 && row.Port != 0) continue;
+    const double before = world->elapsed();
+    EXPECT_FALSE(isConnected(logger, row.Asked));
+    EXPECT_EQ(world->elapsed(), before);
+    EXPECT_FALSE(logger.link().Get_PortReady());
+  }
+}
+
+TEST(Docks, AnEmptyTolkaDockIsFoundOutByDsr) {
+  for (const bool longWait : {false, true}) {
+    Session session{benchWith(DockKind::TolkaSecond, false)};
+    const double waited = session.elapsedDuring(
+        [&] { EXPECT_FALSE(isConnected(*session.logger, DockKind::TolkaSecond, true, longWait)); });
+    EXPECT_NEAR(waited, longWait ? 5.0 : 1.0, 0.05);
+    EXPECT_FALSE(session.logger->link().Get_PortReady());
+    session.bench.World->after(2s, [&] { session.bench.Dock->insert(*session.bench.Logger); });
+    const double until = session.elapsedDuring(
+        [&] { EXPECT_EQ(isConnected(*session.logger, DockKind::TolkaSecond, true, longWait), longWait); });
+    EXPECT_NEAR(until, longWait ? 2.2 : 1.0, 0.1);
+  }
+}
+
+TEST(Docks, ALoggerTakenOutOfAnOpenDock) {
+  for (const DockKind kind : {DockKind::Quillander, DockKind::TolkaSecond}) {
+    Session session{benchWith(kind)};
+    EXPECT_TRUE(isConnected(*session.logger, kind));
+    session.bench.Dock->pullOut();
+    bool connected = true;
+    EXPECT_EQ(outcome([&] { connected = isConnected(*session.logger, kind); }), "");
+    EXPECT_FALSE(connected);
+  }
+  Session empty{benchWith(DockKind::Quillander, false)};
+  EXPECT_NEAR(empty.elapsedDuring([&] { EXPECT_FALSE(isConnected(*empty.logger, DockKind::Quillander)); }),
+              3.5, 0.1);
+}
+
+TEST(Docks, FailuresOfOpening) {
+  const std::string tolka =
+      "11508 Class_VardenLogger.fncTolkaLoggerConnected: Kestrin 2 Communications Docking Station";
+  const std::string tolkaUnable = tolka + ": Unable to open COM port";
+  const std::string vividUnable =
+      "11508 Class_VardenLogger.fncQuillanderLoggerConnected: Kestrin Vivid Communications Docking Station: "
+      "Unable to open COM port";
+  struct Row {
+    std::int32_t Number, TolkaResult, VividResult;
+    std::string TolkaOutcome, VividOutcome;
+  };
+  std::vector<Row> cases = {{8005, 1, 1, tolkaUnable, vividUnable},
+                            {8002, 2, 2, tolkaUnable, vividUnable},
+                            {8012, 2, 2, tolkaUnable, vividUnable},
+                            {8015, 5, 3, tolka + " locked up, error 8015", ""},
+                            {8010, -1, -1, "8010 Form_Comm.subOpenPort: The port cannot be opened",
+                             "8010 Form_Comm.subOpenPort: The port cannot be opened"}};
+  for (const std::int32_t number : {8001, 8003, 8006, 8011, 8013, 8014, 8016, 8018, 8019, 8020, 8021})
+    cases.push_back({number, 3, 3, tolkaUnable, ""});
+  for (const Row& row : cases) {
+    for (const DockKind kind : {DockKind::TolkaSecond, DockKind::Quillander}) {
+      SCOPED_TRACE(row.Number);
+      const bool vivid = kind == DockKind::Quillander;
+      Session session{benchWith(kind)};
+      session.bench.Dock->Faults.Open = {row.Number, simulator::always()};
+      bool connected = false;
+      EXPECT_EQ(outcome([&] { connected = isConnected(*session.logger, kind); }),
+                vivid ? row.VividOutcome : row.TolkaOutcome);
+      EXPECT_FALSE(connected);
+      std::int32_t result = -1;
+      outcome([&] {
+        result = vivid ? session.logger->fncOpenQuillanderPort(33, false)
+                       : session.logger->fncOpenTolkaPort(33, false, false);
+      });
+      EXPECT_EQ(result, vivid ? row.VividResult : row.TolkaResult);
+    }
+  }
+}
+
+TEST(Docks, OpenProceduresWantAPort) {
+  ScriptedSession session;
+  EXPECT_EQ(outcome([&] { session.logger->fncOpenTolkaPort(0, false, false); }),
+            "11509 Class_VardenLogger.fncOpenTolkaPort: Invalid COM Port Settings");
+  EXPECT_EQ(outcome([&] { session.logger->fncOpenQuillanderPort(-1, false); }),
+            "11509 Class_VardenLogger.fncOpenQuillanderPort: Invalid COM Port Settings");
+}
+
+TEST(Docks, WhatTheLinesDo) {
+  ScriptedSession session;
+  Script& script = session.world->script;
+  const auto elapsed = [&](const std::function<void()>& step) {
+    const double before = session.world->elapsed();
+    step();
+    return session.world->elapsed() - before;
+  };
+  script.Answers[""] = {"", ">"};
+  EXPECT_NEAR(elapsed([&] { EXPECT_EQ(session.logger->fncOpenQuillanderPort(7, false), 0); }), 0.305, 0.05);
+  const std::vector<std::string> pulse{"RTS down", "RTS up", "RTS down", "DTR up"};
+  ASSERT_GE(script.Signals.size(), pulse.size());
+  EXPECT_TRUE(std::equal(pulse.rbegin(), pulse.rend(), script.Signals.rbegin()));
+  EXPECT_EQ(script.Written, "\r\r");
+
+  // DSR that does not fall is waited for, a second and no longer; without a signal there is nothing to wait
+  // for.
+  EXPECT_NEAR(elapsed([&] { EXPECT_EQ(session.logger->fncOpenTolkaPort(7, true, false), 0); }), 2.005, 0.02);
+  script.Signals.clear();
+  EXPECT_NEAR(elapsed([&] { session.logger->subCloseTolkaPort(); }), 1.0, 0.02);
+  EXPECT_EQ(script.Signals, std::vector<std::string>{"DTR down"});
+  session.logger->fncOpenTolkaPort(7, false, false);
+  script.Dsr = false;
+  EXPECT_EQ(elapsed([&] { session.logger->subCloseTolkaPort(); }), 0);
+
+  for (const enmDeviceType type : {Device_Unknown, KR_QUILLANDER, KR_TOLKA}) {
+    session.logger->link().subOpenPort(7, 13, 8, 3, 3, 0, false, true);
+    session.logger->record.DeviceType = type;
+    session.logger->subCloseDevicePort();
+    EXPECT_FALSE(session.logger->link().Get_PortReady());
+  }
+}
+
+}  // namespace
+}  // namespace hy_wristlog::session
