@@ -58,7 +58,8 @@ class Class_TimeZoneTools {
   static std::int16_t fncGetGMTOffset();
   /// The time now where the clocks are `offset` minutes ahead of UTC.
   static double fncLocalTimeFromOffset(std::int16_t offset);
-  /// Zone time of a UTC date. In the hour that the clocks repeat, it is daylight time.
+  /// Zone time of a UTC date. The change is looked for on the clock as it would read in daylight time, so
+  /// daylight time begins early by the daylight bias: an hour, in most zones.
   static double fncUTCToLocalDate(double utc, const Class_TimeZoneInfo& zone, bool daylight);
   /// Whether a zone's own clock reads a daylight time. The moment of the change to daylight time is none yet;
   /// the moment of the change back still is one where daylight time lies within a year, and none where the
@@ -68,7 +69,7 @@ class Class_TimeZoneTools {
   /// there is no such day, as in month 0.
   static double fncWeekDayToDate(std::int32_t year, std::int32_t month, std::int32_t weekday,
                                  std::int32_t occurrence);
-  /// The zone's offset at a date of its own clock.
+  /// The zone's offset at a date of its own clock; that of daylight time in the hour that the clocks repeat.
   static std::int16_t fncCalcOffset(double date, const Class_TimeZoneInfo& zone, bool daylight);
   /// "+05:30". From 1440 minutes on the hours begin at 00 again.
   static std::string fncFormatOffset(std::int16_t minutes);
