@@ -12,6 +12,8 @@
 
 namespace hy_wristlog {
 
+struct MainState;
+
 /// What a host drives: one docked logger at a time, configured, asked for its state, and retrieved.
 ///
 /// The three workflows run to their end on the calling thread and return 0 or a code; docs/return-codes.md
@@ -74,8 +76,7 @@ class HY_WRISTLOG_API Class_Main {
   void AbortComms();
 
  private:
-  struct State;
-  std::unique_ptr<State> state_;
+  std::unique_ptr<MainState> state_;
 };
 
 }  // namespace hy_wristlog

@@ -1,0 +1,89 @@
+#include "workflows/configure_times.h"
+
+#include <cmath>
+
+#include "base/dates.h"
+#include "timezones/Class_TimeZoneTools.h"
+#include "tools/Class_Tools.h"
+#include "workflows/return_codes.h"
+
+namespace hy_wristlog {
+namespace {
+
+constexpr std::int32_t LongestMinuteEpoch = 60;
+
+bool isBefore(double a, double b) { return secondsBetween(a, b) > 0; }
+
+/// What the epoch length makes of a moment.
+class EpochGrid {
+ public:
+  explicit EpochGrid(std::int32_t epochLength)
+      : epochLength_(epochLength), epochsPerDay_(static_cast<std::int32_t>(SecondsPerDay) / epochLength) {}
+
+  bool byMinute() const { return epochLength_ <= LongestMinuteEpoch; }
+  std::int32_t epochsPerDay() const { return epochsPerDay_; }
+
+  double cut(double date) const {
+    return byMinute() ? cutToMinute(date) : std::floor(date * epochsPerDay_) / epochsPerDay_;
+  }
+
+  double earliestStart(double now) const {
+    const CivilTime time = civilFromDate(now);
+    const double start =
+        addTime(datePart(now), timeSerial(time.Hour, time.Minute + (time.Second > 0 ? 2 : 1), 0));
+    return byMinute() ? start : Tools().fncTrueCeiling(start * epochsPerDay_) / epochsPerDay_;
+  }
+
+  double latestStart() const {
+    return byMinute() ? cutToMinute(NeverDate) - 1 / MinutesPerDay : cut(NeverDate) - 1.0 / epochsPerDay_;
+  }
+
+  /// For long epochs the distance is the epoch's seconds divided by the epochs of a day, taken as days.
+  double earliestEnd(double start) const {
+    return start + (byMinute() ? 1 / MinutesPerDay : static_cast<double>(epochLength_) / epochsPerDay_);
+  }
+
+  double latestEnd() const {
+    return byMinute() ? cutToMinute(NeverDate) : std::nearbyint(NeverDate * epochsPerDay_) / epochsPerDay_;
+  }
+
+ private:
+  std::int32_t epochLength_, epochsPerDay_;
+};
+
+}  // namespace
+
+double cutToMinute(double date) {
+  const CivilTime time = civilFromDate(date);
+  return addTime(datePart(date), timeSerial(time.Hour, time.Minute, 0));
+}
+
+std::int32_t fitRecordingTimes(const TimeRequest& request, RecordingTimes& times) {
+  const EpochGrid grid(request.EpochLength);
+  const auto toUtc = [&](double local) {
+    return local - Class_TimeZoneTools::fncCalcOffset(local, *request.Zone, request.Daylight) / MinutesPerDay;
+  };
+
+  const double earliestStart = grid.earliestStart(request.EarliestUtc);
+  const double latestStart = grid.latestStart();
+  times.StartUtc = request.StartLocal ? toUtc(grid.cut(*request.StartLocal)) : earliestStart;
+  const bool early = isBefore(times.StartUtc, earliestStart);
+  const bool late = isBefore(latestStart, times.StartUtc);
+  if ((early || late) && request.StartLocal) return ReturnCode::WrongStart;
+  if (early) times.StartUtc = earliestStart;
+  if (late) times.StartUtc = latestStart;
+  times.StartLocal = Class_TimeZoneTools::fncUTCToLocalDate(times.StartUtc, *request.Zone, request.Daylight);
+  times.OffsetMinutes = static_cast<std::int32_t>(minutesBetween(times.StartUtc, times.StartLocal));
+
+  const double earliestEnd = grid.earliestEnd(times.StartUtc);
+  const double latestEnd = grid.latestEnd();
+  times.EndUtc = request.EndLocal ? toUtc(grid.cut(*request.EndLocal)) : NeverDate;
+  const bool endsEarly = isBefore(times.EndUtc, earliestEnd);
+  const bool endsLate = isBefore(latestEnd, times.EndUtc);
+  if ((endsEarly || endsLate) && request.StartLocal) return ReturnCode::WrongEnd;
+  if (endsEarly) times.EndUtc = earliestEnd;
+  if (endsLate) times.EndUtc = latestEnd;
+  return ReturnCode::Success;
+}
+
+}  // namespace hy_wristlog

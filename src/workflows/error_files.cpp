@@ -1,0 +1,88 @@
+#include "workflows/error_files.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include "base/faults.h"
+#include "base/formats.h"
+#include "errors/GlobalState.h"
+#include "errors/error_xml.h"
+#include "platform/platform.h"
+#include "tools/Class_Tools.h"
+#include "tools/paths.h"
+
+namespace hy_wristlog {
+namespace {
+
+struct OwnAction {
+  std::int32_t Number;
+  std::int32_t Action;
+  bool Show, Log;
+  std::int16_t Limit;
+  const char* Text;
+};
+
+constexpr std::array<OwnAction, 12> OwnActions{{
+    {401, errResumeNext, false, false, 10, ""},
+    {35601, errRaise, false, false, 6, ""},
+    {23333, errRaise, false, false, 10, ""},
+    {70, errRaise, true, true, 10,
+     "The file or database you are trying to access vbcrlf is locked or is in use by another program. vbcrlf "
+     "Please close all other programs that may be vbcrlf using this file and retry this operation."},
+    {364, errResumeNext, false, false, 2, ""},
+    {75, errExit, true, true, 2,
+     "The logged on user does not have write permissions to a file vbcrlf or folder needed by Somnaris. "
+     "Please "
+     "contact your system vbcrlf administrator to gain full access to your computer"},
+    {25000, errResumeNext, false, true, 2, ""},
+    {-2147217865, errClose, true, true, 2,
+     "The database that you are using may have been deleted or moved vbcrlf or a network share that the "
+     "database "
+     "is stored on may be vbcrlf temporarily disconected. vbcrlf vbcrlf You will not be able to continue "
+     "until "
+     "you have restored vbcrlf the connection. vbcrlf vbcrlf The software will now close. If this problem "
+     "persists please vbcrlf contact Halcyra Product Support."},
+    {8021, errRaiseAll, false, false, 1, ""},
+    {8018, errRaiseAll, false, false, 1, ""},
+    {8015, errRaiseAll, false, false, 1, ""},
+    {-2147417848, errResume, false, true, 10, ""},
+}};
+
+}  // namespace
+
+std::vector<Class_ErrorAction> fncPopulateXMLErrorActions() {
+  const std::string path = joinPath(platform::current().environment().libraryFolder(), "ErrorActions.XML");
+  if (!Tools().fncFilePathExists(path)) return {};
+  const GrowingArray<std::string> lines = Tools().fncReadFile2Array(path);
+  return parseErrorActions({lines.begin(), lines.end()});
+}
+
+void fncLoadGlobalErrors() {
+  std::vector<Class_ErrorAction> actions = fncPopulateXMLErrorActions();
+  for (const OwnAction& own : OwnActions) {
+    Class_ErrorAction action;
+    action.ErrorNumber = own.Number;
+    action.ErrorModule = Generic;
+    action.ErrorProcedure = Generic;
+    action.ErrorAction = own.Action;
+    action.ShowMessageBox = own.Show;
+    action.LogError = own.Log;
+    action.ProcErrorCountLimit = own.Limit;
+    action.CustomMessageText = own.Text;
+    actions.push_back(action);
+  }
+  globals().ErrorActions = std::move(actions);
+}
+
+void fncSaveXMLErrorRecords() {
+  const GlobalState& state = globals();
+  if (state.ErrorStack.size() < 2 || !state.ErrorStack[1]) return;
+  const std::string folder = joinPath(joinPath(state.CommonDataFolder, "Errors"), "");
+  if (!Tools().fncDirDirectory(folder)) Tools().fncMakeDirectorys(folder);
+  const std::string path =
+      folder + formatDate(state.ErrorStack[1]->ErrorTime, "yyyy-mm-dd_Hh-Nn-Ss") + " ErrorLog.XML";
+  Tools().fncSaveFile(path, errorLogLines(state.ErrorStack, state.VersionFull));
+}
+
+}  // namespace hy_wristlog

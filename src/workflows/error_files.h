@@ -1,0 +1,19 @@
+#pragma once
+
+#include <vector>
+
+#include "errors/Class_ErrorAction.h"
+
+namespace hy_wristlog {
+
+/// The site's actions from ErrorActions.XML beside the library; none when there is no such file.
+std::vector<Class_ErrorAction> fncPopulateXMLErrorActions();
+
+/// Fills the thread's error actions: the site's, then the library's own.
+void fncLoadGlobalErrors();
+
+/// Writes the thread's error stack to its log in the common data folder, replacing an earlier save of the
+/// same stack. Raises the faults of writing files.
+void fncSaveXMLErrorRecords();
+
+}  // namespace hy_wristlog

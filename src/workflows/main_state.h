@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "hy_wristlog/Class_Main.h"
+#include "hy_wristlog/Class_VardenLogger.h"
+#include "varden/VardenLogger.h"
+
+namespace hy_wristlog {
+
+struct MainState {
+  std::shared_ptr<Class_VardenLogger> ActiveLogger = std::make_shared<Class_VardenLogger>();
+  bool AbortFlag = false;
+  std::int16_t LegacyCOMport = 0;
+  bool LegacyClearMemoryOnConfigure = true;
+  std::int16_t MaxCommunicationRetries = 1;
+
+  VardenLogger& logger() { return ActiveLogger->inside(); }
+  /// Puts a new logger in the place of the last one and shows it to the host.
+  void makeActiveLogger();
+};
+
+/// A docked model as the workflows see it.
+struct DockedModel {
+  enmDeviceType DeviceType;
+  const char* Words;
+  enmVardenLoggingMode HighestMode;
+
+  std::int16_t findDock(VardenLogger& logger, std::int16_t& numConnected) const;
+  bool connect(VardenLogger& logger) const;
+};
+
+/// Null for what the workflows do not serve.
+const DockedModel* dockedModel(enmLoggerPointer loggerType);
+
+/// The calibrations that the factory writes are there, and the device type is the model's.
+bool hasFactoryValues(const VardenRecord& record, const DockedModel& model);
+
+bool isValidEpochLength(std::int32_t seconds);
+
+}  // namespace hy_wristlog

@@ -1,0 +1,235 @@
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "base/dates.h"
+#include "base/faults.h"
+#include "timezones/Class_TimeZoneTools.h"
+#include "workflows/attempts.h"
+#include "workflows/return_codes.h"
+
+namespace hy_wristlog {
+namespace {
+
+constexpr std::int16_t LowVividPercent = 10;
+constexpr float LowKestrin2Voltage = 2.9F;
+
+bool hasUsableSubject(const VardenRecord& record) {
+  return record.SubjectInfoVersion != -1 && !record.SubjectIdentity.empty() &&
+         !record.SubjectGender.empty() && !record.SubjectGUID.empty() && record.SubjectDOB != UnknownDate &&
+         record.SubjectWeight != -1 && record.SubjectHeight != -1;
+}
+
+class RetrieveWorkflow {
+ public:
+  RetrieveWorkflow(MainState& state, enmLoggerPointer loggerType, std::shared_ptr<Class_Subject>& subject,
+                   bool ignoreWarnings)
+      : state_(state),
+
+        model_(dockedModel(loggerType)),
+        subject_(subject),
+        ignoreWarnings_(ignoreWarnings),
+        attempts_(state, {3001, 3002, 3003, 3011, 3013, 8015, 8018, 8021, 11505, 11507, 11508},
+                  ReturnCode::Aborted) {}
+
+  bool lowBattery = false;
+  std::optional<enmDecodeResult> decodeResult;
+
+  std::int32_t run() {
+    attempts_.run([&] {
+      if (!prepared_) prepare();
+      if (prepared_) attempt();
+    });
+    return attempts_.code;
+  }
+
+ private:
+  using Step = bool (RetrieveWorkflow::*)();
+
+  VardenLogger& logger() { return state_.logger(); }
+  VardenRecord& record() { return state_.logger().record; }
+
+  void prepare() {
+    attempts_.step([&] {
+      state_.makeActiveLogger();
+      if (model_ == nullptr) {
+        attempts_.endWith(ReturnCode::WrongLogger);
+        return;
+      }
+      state_.AbortFlag = false;
+      prepared_ = true;
+    });
+  }
+
+  void attempt() {
+    constexpr Step Steps[] = {
+        &RetrieveWorkflow::checkModel,  &RetrieveWorkflow::checkBattery, &RetrieveWorkflow::checkEpoch,
+        &RetrieveWorkflow::takeSubject, &RetrieveWorkflow::checkZone,    &RetrieveWorkflow::checkState,
+        &RetrieveWorkflow::stopLogger,  &RetrieveWorkflow::settleZone,   &RetrieveWorkflow::readData,
+        &RetrieveWorkflow::decode,      &RetrieveWorkflow::writeStop,    &RetrieveWorkflow::clearDataFlag,
+        &RetrieveWorkflow::finish};
+    if (!reachLogger(attempts_, state_, *model_)) return;
+    for (const Step step : Steps)
+      if (attempts_.aborted() || !(this->*step)()) return;
+  }
+
+  /// False, and the workflow at its end, unless warnings are ignored.
+  bool warn(std::int32_t code) {
+    if (!ignoreWarnings_) return attempts_.endWith(code);
+    attempts_.code = code;
+    return true;
+  }
+
+  bool checkModel() {
+    if (!checkLogger(attempts_, state_, *model_)) return false;
+    const auto mode = record().AcquisitionMode;
+    return (mode >= VardenMode_ActivityOnly && mode <= model_->HighestMode) ||
+           attempts_.endWith(ReturnCode::WrongMode);
+  }
+
+  bool checkBattery() {
+    return attempts_.step([&] {
+      if (model_->DeviceType == KR_QUILLANDER ? logger().Get_BatteryPercent() < LowVividPercent
+                                              : record().BatteryVoltage < LowKestrin2Voltage)
+        lowBattery = true;
+    });
+  }
+
+  bool checkEpoch() {
+    return isValidEpochLength(record().EpochLength) || attempts_.endWith(ReturnCode::WrongEpoch);
+  }
+
+  bool takeSubject() {
+    if (!hasUsableSubject(record()) && !warn(ReturnCode::SubjectUnusable)) return false;
+    return attempts_.step([&] {
+      if (!subject_) fault::raise(fault::ObjectNotSet);
+      subject_->Let_DOB(record().SubjectDOB);
+      subject_->Let_Gender(record().SubjectGender);
+      subject_->Let_GUID(record().SubjectGUID);
+      subject_->Let_Height(record().SubjectHeight);
+      subject_->Let_Identity(record().SubjectIdentity);
+      subject_->Let_Initials(record().SubjectInitials);
+      subject_->Let_Weight(record().SubjectWeight);
+    });
+  }
+
+  bool checkZone() {
+    return (!record().TZstandardAbbrev.empty() && record().GMToffset != -1) ||
+           attempts_.endWith(ReturnCode::UnknownZone);
+  }
+
+  bool checkState() {
+    if (record().DataAvailable == DataAvail_No && logger().Get_CurrentGMTtime() < record().StartTimeGMT &&
+        !warn(ReturnCode::StillWaiting))
+      return false;
+    return record().Resets == 0 || warn(ReturnCode::LoggerReset);
+  }
+
+  bool stopLogger() {
+    if (!attempts_.step([&] { logger().subSetVardenAcqStop(0); }) ||
+        !attempts_.step([&] { logger().fncReadVardenSetup(); }))
+      return false;
+    if (record().BytesUsed < 1) return attempts_.endWith(ReturnCode::NoData);
+    configuredEnd_ = record().EndTimeGMT;
+    return true;
+  }
+
+  /// The logger's zone must be known here under its abbreviation; a stranger's fields are filled from the
+  /// zone that is taken for it.
+  bool settleZone() {
+    return attempts_.step([&] {
+      TimeZoneRef looked = TimeZoneTools().fncGetTZIfromAbbrev(record().TZstandardAbbrev);
+      bool settled = false;
+      if (!record().TimeZone) {
+        if (!warn(ReturnCode::ZoneDiffers)) return;
+        record().TimeZone = TimeZoneTools().fncLocalTimeZoneName().Zone;
+        if (!record().TimeZone) fault::raise(fault::ObjectNotSet);
+      } else {
+        settled = looked && looked->DisplayName == record().TimeZone->DisplayName;
+        if (!settled && !warn(ReturnCode::ZoneDiffers)) return;
+      }
+      if (settled) return;
+      const Class_TimeZoneInfo& zone = *record().TimeZone;
+      record().TZbias = zone.Bias;
+      record().TZstandardBias = fault::narrow<std::int16_t>(zone.StandardBias);
+      record().TZdaylightBias = fault::narrow<std::int16_t>(zone.DaylightBias);
+      record().TZstandardAbbrev = zone.Abbreviation;
+    });
+  }
+
+  bool readData() {
+    return attempts_.step([&] { logger().fncReadVardenData(); });
+  }
+
+  bool decode() {
+    bool lowBatterySeen = false;
+    if (!attempts_.step(
+            [&] { decodeResult = logger().fncDecodeDataArrays(lowBatterySeen, std::nullopt, false); }))
+      return false;
+    lowBattery = lowBattery || lowBatterySeen;
+    const bool noSamples = record().Samples < 1;
+    switch (record().DecodeResult) {
+      case Decode_OK:
+        return !noSamples || attempts_.endWith(ReturnCode::NoSamples);
+      case Decode_MemoryFull:
+        return true;
+      case Decode_InputError:
+        return attempts_.endWith(ReturnCode::DecodeProblem);
+      case Decode_TooLongSinceLastAcqStop:
+        attempts_.code = ReturnCode::DecodeProblem;
+        return true;
+      default:
+        return noSamples ? attempts_.endWith(ReturnCode::DecodeProblem) : warn(ReturnCode::DecodeProblem);
+    }
+  }
+
+  /// A recording that was broken off ends, in the logger too, where its last sample ends.
+  bool writeStop() {
+    return attempts_.step([&] {
+      const double now = Class_TimeZoneTools::fncGetGMTTime();
+      if (configuredEnd_ <= now) return;
+      const double epochsPerDay = SecondsPerDay / record().EpochLength;
+      const double stop = std::min(record().StartTimeGMT + record().Samples / epochsPerDay, now);
+      logger().subSetVardenAcqStop(VardenLogger::fncDateToLoggerSeconds(stop));
+    });
+  }
+
+  bool clearDataFlag() {
+    return attempts_.step([&] { logger().subSetDataAvailFlag(false); }) &&
+           attempts_.step([&] { logger().subCloseDevicePort(); });
+  }
+
+  bool finish() {
+    if (!isOneOf(attempts_.code, {ReturnCode::SubjectUnusable, ReturnCode::LoggerReset,
+                                  ReturnCode::ZoneDiffers, ReturnCode::DecodeProblem}))
+      attempts_.code = ReturnCode::Success;
+    state_.AbortFlag = false;
+    return true;
+  }
+
+  MainState& state_;
+  const DockedModel* model_;
+  std::shared_ptr<Class_Subject>& subject_;
+  bool ignoreWarnings_;
+  Attempts attempts_;
+  bool prepared_ = false;
+  double configuredEnd_ = 0;
+};
+
+}  // namespace
+
+std::int32_t Class_Main::Retrieve(enmLoggerPointer LoggerType,
+                                  std::shared_ptr<Class_VardenLogger>& KestrinData,
+                                  std::shared_ptr<Class_Subject>& Subject, enmDecodeResult& DecodeResult,
+                                  bool* LowBatteryDetected, std::string* /*XMLfilePath*/, bool IgnoreWarnings,
+                                  bool /*ReconfigureAfterRetrieve*/, bool /*AppendData*/) {
+  RetrieveWorkflow workflow(*state_, LoggerType, Subject, IgnoreWarnings);
+  const std::int32_t code = workflow.run();
+  if (workflow.decodeResult) DecodeResult = *workflow.decodeResult;
+  if (LowBatteryDetected != nullptr) *LowBatteryDetected = workflow.lowBattery;
+  KestrinData = state_->ActiveLogger;
+  return code;
+}
+
+}  // namespace hy_wristlog
