@@ -1,0 +1,204 @@
+#include "workflows/engineering.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "base/ascii.h"
+#include "base/dates.h"
+#include "base/faults.h"
+#include "base/formats.h"
+#include "base/numbers.h"
+#include "errors/GlobalState.h"
+#include "timezones/Class_TimeZoneTools.h"
+#include "tools/Class_Tools.h"
+#include "varden/VardenLogger.h"
+#include "workflows/main_state.h"
+
+namespace hy_wristlog::engineering {
+namespace {
+
+constexpr std::size_t PacketBytes = 128;
+
+/// The packets that would have brought these bytes.
+PacketArray packetsOf(const ByteArray& bytes) {
+  std::vector<Class_Packet> packets;
+  for (std::size_t at = 0; at < bytes.size(); at += PacketBytes) {
+    Class_Packet packet;
+    packet.PacketSize = 1;
+    packet.PacketNum = static_cast<std::uint8_t>(packets.size() + 1);
+    const std::size_t end = std::min(bytes.size(), at + PacketBytes);
+    packet.BinData.assign(bytes.begin() + static_cast<std::ptrdiff_t>(at),
+                          bytes.begin() + static_cast<std::ptrdiff_t>(end));
+    packets.push_back(std::move(packet));
+  }
+  return packets;
+}
+
+constexpr std::string_view RawDataHeading = "QV/HY Varden Logger Raw Data Output File";
+
+/// One byte a line behind the line with "Address" and the empty one that follows it; the value stands behind
+/// the first comma.
+ByteArray bytesOfRawCsv(std::string_view content) {
+  ByteArray bytes;
+  bool inData = false;
+  while (!content.empty()) {
+    const std::size_t end = std::min(content.find('\n'), content.size());
+    std::string line(content.substr(0, end));
+    content.remove_prefix(std::min(end + 1, content.size()));
+    std::erase_if(line, [](char c) { return c == '"' || c == '\r'; });
+    if (!inData) {
+      inData = line.find("Address") != line.npos;
+      continue;
+    }
+    if (line.empty()) continue;
+    const std::string_view value =
+        trimBlanks(std::string_view(line).substr(std::min(line.find(','), line.size() - 1) + 1));
+    if (!isDigits(value) || value.size() > 3 || leadingNumber(value) > 255)
+      fault::raise(fault::TypeMismatch, "\"" + line + "\" holds no byte");
+    bytes.push_back(static_cast<std::uint8_t>(leadingNumber(value)));
+  }
+  return bytes;
+}
+
+}  // namespace
+
+std::vector<DockView> docks() {
+  globals();
+  std::vector<DockView> views;
+  for (const auto pointer : {LggrPntr_KRVivid, LggrPntr_KRII}) {
+    const DockedModel& model = *dockedModel(pointer);
+    VardenLogger logger;
+    std::int16_t connected = 0;
+    const std::int16_t port = model.findDock(logger, connected);
+    views.push_back({pointer, model.Words, connected, connected == 1 ? port : 0});
+  }
+  return views;
+}
+
+std::vector<ZoneView> zones() {
+  globals();
+  Class_TimeZoneTools& tools = TimeZoneTools();
+  tools.fncPopulateTZICollection();
+  const TimeZoneRef local = tools.fncLocalTimeZoneName().Zone;
+  const double utc = Class_TimeZoneTools::fncGetGMTTime();
+  std::vector<ZoneView> views;
+  for (const TimeZoneRef& zone : tools.Get_TimeZoneArray()) {
+    ZoneView view;
+    view.Abbreviation = zone->Abbreviation;
+    view.Key = zone->KeyName;
+    view.DisplayName = zone->DisplayName;
+    view.StandardName = zone->StandardName;
+    view.Bias = zone->Bias;
+    view.DaylightBias = zone->DaylightBias;
+    view.HasDaylight = zone->DaylightDate.wMonth != 0 && zone->StandardDate.wMonth != 0;
+    view.OffsetNow = static_cast<std::int32_t>(
+        minutesBetween(utc, Class_TimeZoneTools::fncUTCToLocalDate(utc, *zone, true)));
+    view.DaylightNow = view.OffsetNow != -zone->Bias;
+    view.Local = zone == local;
+    views.push_back(std::move(view));
+  }
+  return views;
+}
+
+std::shared_ptr<Class_VardenLogger> loggerFromConfig(std::string_view configHex) {
+  globals();
+  const std::string_view hex = trimBlanks(configHex);
+  if (hex.empty() || hex.size() % 2 != 0 || hex.find_first_not_of("0123456789abcdefABCDEF") != hex.npos)
+    throw Failure(11503, "engineering.loggerFromConfig", "The configuration is no hexadecimal text");
+  ByteArray bytes;
+  for (std::size_t i = 0; i < hex.size(); i += 2)
+    bytes.push_back(static_cast<std::uint8_t>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
+  auto logger = std::make_shared<Class_VardenLogger>();
+  logger->inside().subDecodeVardenLoggerConfig(packetsOf(bytes));
+  return logger;
+}
+
+enmDecodeResult decode(Class_VardenLogger& logger, std::vector<std::uint8_t> raw, bool diagnostic,
+                       bool& lowBatteryDetected) {
+  return logger.inside().fncDecodeDataArrays(lowBatteryDetected, std::move(raw), diagnostic);
+}
+
+const std::vector<std::string>& events(const Class_VardenLogger& logger) {
+  return logger.inside().record.EventArray;
+}
+const TristateSeries& marker2(const Class_VardenLogger& logger) {
+  return logger.inside().record.Marker2Array;
+}
+std::int32_t marker2Count(const Class_VardenLogger& logger) { return logger.inside().record.Marker2Count; }
+
+std::vector<std::uint8_t> rawData(const Class_VardenLogger& logger) {
+  return logger.inside().record.RawData.value_or(ByteArray{});
+}
+
+std::string rawConfigHex(const Class_VardenLogger& logger) { return logger.inside().record.RawConfigHex; }
+
+std::string configHexFromIni(const std::string& path) {
+  globals();
+  if (!Tools().fncFilePathExists(path)) fault::raise(fault::FileNotFound, path);
+  const std::string hex = Tools().fncINIread("Configuration Bytes", "Raw Config Bytes", "", path);
+  if (hex.empty())
+    throw Failure(11503, "engineering.configHexFromIni",
+                  path + " has no key \"Raw Config Bytes\" in a section \"Configuration Bytes\"");
+  return hex;
+}
+
+std::vector<std::uint8_t> rawFromFile(const std::string& path) {
+  globals();
+  if (!Tools().fncFilePathExists(path)) fault::raise(fault::FileNotFound, path);
+  const std::string content = platform::current().files().read(path);
+  if (content.find(RawDataHeading) > RawDataHeading.size()) return {content.begin(), content.end()};
+  return bytesOfRawCsv(content);
+}
+
+std::string batteryWords(Class_VardenLogger& logger) { return logger.inside().fncFriendlyBatteryStatus(); }
+
+double localTime(const Class_VardenLogger& logger, double utc) {
+  const VardenRecord& record = logger.inside().record;
+  if (record.TimeZone)
+    return Class_TimeZoneTools::fncUTCToLocalDate(utc, *record.TimeZone, record.AutoDSTadjust);
+  return utc + record.GMToffset / MinutesPerDay;
+}
+
+std::string zoneName(const Class_VardenLogger& logger) {
+  const TimeZoneRef& zone = logger.inside().record.TimeZone;
+  return zone ? zone->DisplayName : std::string{};
+}
+
+std::string isoDate(double date, std::string_view suffix) {
+  try {
+    const CivilTime time = civilFromDate(date);
+    const auto two = [](std::int32_t n) { return formatNumber(n, "00"); };
+    return formatNumber(time.Year, "0000") + "-" + two(time.Month) + "-" + two(time.Day) + "T" +
+           two(time.Hour) + ":" + two(time.Minute) + ":" + two(time.Second) + std::string(suffix);
+  } catch (const Failure&) {
+    return {};
+  }
+}
+
+double dateFromText(std::string_view text) {
+  text = trimBlanks(text);
+  if (text.ends_with('Z')) text.remove_suffix(1);
+  const auto field = [&](std::size_t at, std::size_t length, std::int32_t highest) {
+    const std::string_view digits = text.substr(std::min(at, text.size()), length);
+    if (digits.size() != length || !isDigits(digits) || leadingNumber(digits) > highest)
+      fault::raise(fault::TypeMismatch, "\"" + std::string(text) + "\" is no date");
+    return roundToInt32(leadingNumber(digits));
+  };
+  if (text.find('-', 1) == text.npos) {
+    if (!isNumeric(text)) fault::raise(fault::TypeMismatch, "\"" + std::string(text) + "\" is no date");
+    return leadingNumber(text);
+  }
+  const bool separated = text.size() > 7 && text[4] == '-' && text[7] == '-';
+  const bool lengthFits = text.size() == 10 || text.size() == 16 || text.size() == 19;
+  const bool timeSeparated = text.size() <= 10 || ((text[10] == 'T' || text[10] == ' ') && text[13] == ':');
+  if (!separated || !lengthFits || !timeSeparated || (text.size() == 19 && text[16] != ':'))
+    fault::raise(fault::TypeMismatch, "\"" + std::string(text) + "\" is no date");
+  double date = dateSerial(field(0, 4, 9999), field(5, 2, 12), field(8, 2, 31));
+  if (text.size() > 10)
+    date = addTime(date,
+                   timeSerial(field(11, 2, 23), field(14, 2, 59), text.size() == 19 ? field(17, 2, 59) : 0));
+  return date;
+}
+
+}  // namespace hy_wristlog::engineering

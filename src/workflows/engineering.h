@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "hy_wristlog/Class_VardenLogger.h"
+#include "hy_wristlog/api.h"
+#include "hy_wristlog/enumerations.h"
+
+/// What a service engineer's tools need beside the public classes: the raw recording, saved recordings, docks
+/// and zones. Not part of the library's promise to hosts.
+namespace hy_wristlog::engineering {
+
+/// A dock of a model, as far as it can be seen without opening its port.
+struct HY_WRISTLOG_API DockView {
+  enmLoggerPointer Model = LggrPntr_None;
+  std::string Words;           ///< "Kestrin Vivid"
+  std::int32_t Connected = 0;  ///< how many docks of the model there are
+  std::int32_t Port = 0;       ///< COM port of the only one; 0 when there is none, several, or no port
+};
+
+/// One row a model. Raises the failures of the device search.
+HY_WRISTLOG_API std::vector<DockView> docks();
+
+struct HY_WRISTLOG_API ZoneView {
+  std::string Abbreviation, Key, DisplayName, StandardName;
+  std::int32_t Bias = 0;          ///< minutes from local time to UTC
+  std::int32_t DaylightBias = 0;  ///< added in daylight time
+  bool HasDaylight = false;
+  bool DaylightNow = false;
+  std::int32_t OffsetNow = 0;  ///< minutes to add to UTC at this moment
+  bool Local = false;          ///< the machine's own zone
+};
+
+/// The zone catalogue in its order.
+HY_WRISTLOG_API std::vector<ZoneView> zones();
+
+/// A logger as its saved config block describes it. `configHex` is the block as hexadecimal text. Raises
+/// 11503 for text that is no hexadecimal block, 11504 and 11505 for a block that cannot be read.
+HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> loggerFromConfig(std::string_view configHex);
+
+/// Decodes `raw` into the logger's series. Raises what decoding raises: 11502, 11503, 9.
+HY_WRISTLOG_API enmDecodeResult decode(Class_VardenLogger& logger, std::vector<std::uint8_t> raw,
+                                       bool diagnostic, bool& lowBatteryDetected);
+
+/// The decoded events: time, text and record in hexadecimal, each in double quotes, commas between.
+HY_WRISTLOG_API const std::vector<std::string>& events(const Class_VardenLogger& logger);
+HY_WRISTLOG_API const TristateSeries& marker2(const Class_VardenLogger& logger);
+HY_WRISTLOG_API std::int32_t marker2Count(const Class_VardenLogger& logger);
+
+/// The recording as it was read; empty when nothing was.
+HY_WRISTLOG_API std::vector<std::uint8_t> rawData(const Class_VardenLogger& logger);
+/// The config block as it was read, hexadecimal.
+HY_WRISTLOG_API std::string rawConfigHex(const Class_VardenLogger& logger);
+
+/// The config block kept in an INI file: the key "Raw Config Bytes" of its section "Configuration Bytes". Raises 53
+/// when there is no such file, 11503 when it holds no block.
+HY_WRISTLOG_API std::string configHexFromIni(const std::string& path);
+
+/// A raw recording from a file: a raw data CSV, or else the bytes themselves. Raises 53 when there is no such file, 13
+/// for a CSV with a line that holds no byte.
+HY_WRISTLOG_API std::vector<std::uint8_t> rawFromFile(const std::string& path);
+
+/// The battery in words.
+HY_WRISTLOG_API std::string batteryWords(Class_VardenLogger& logger);
+
+/// A UTC date in the logger's zone, daylight time included when the logger adjusts for it.
+HY_WRISTLOG_API double localTime(const Class_VardenLogger& logger, double utc);
+
+/// The name of the logger's zone; empty when it has none.
+HY_WRISTLOG_API std::string zoneName(const Class_VardenLogger& logger);
+
+/// A date as ISO 8601: "2026-11-21T03:30:00"; `suffix` stands behind it. Empty for a date outside the years
+/// 100 to 9999.
+HY_WRISTLOG_API std::string isoDate(double date, std::string_view suffix = {});
+
+/// "yyyy-mm-dd", with "Thh:mm[:ss]" or " hh:mm[:ss]" behind it, a "Z" allowed; or a day count. Raises 13.
+HY_WRISTLOG_API double dateFromText(std::string_view text);
+
+}  // namespace hy_wristlog::engineering
