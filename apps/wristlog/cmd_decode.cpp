@@ -1,0 +1,56 @@
+#include <iostream>
+#include <optional>
+
+#include "commands.h"
+#include "fixed_clock.h"
+#include "json_output.h"
+#include "meanings.h"
+#include "recording_files.h"
+#include "workflows/engineering.h"
+
+namespace wristlog {
+
+namespace hw = hy_wristlog;
+namespace engineering = hy_wristlog::engineering;
+namespace platform = hy_wristlog::platform;
+
+namespace {
+
+/// Puts a world in the place of the thread's for a while.
+class WorldScope {
+ public:
+  explicit WorldScope(std::shared_ptr<platform::Platform> world) : former_(platform::use(std::move(world))) {}
+  WorldScope(const WorldScope&) = delete;
+  WorldScope& operator=(const WorldScope&) = delete;
+  ~WorldScope() { platform::use(std::move(former_)); }
+
+ private:
+  std::shared_ptr<platform::Platform> former_;
+};
+
+}  // namespace
+
+int runDecode(const CommonOptions& common, const DecodeOptions& options) {
+  std::optional<WorldScope> scope;
+  if (!options.Now.empty()) scope.emplace(machineAt(engineering::dateFromText(options.Now)));
+  const RecordingFiles files(options.Folder, options.Force);
+  if (!options.Folder.empty()) files.prepare();
+
+  const auto logger = engineering::loggerFromConfig(engineering::configHexFromIni(options.ConfigFile));
+  bool lowBattery = false;
+  const hw::enmDecodeResult result =
+      engineering::decode(*logger, engineering::rawFromFile(options.RawFile), options.Diagnostic, lowBattery);
+  if (!options.Folder.empty()) files.write(*logger, summaryJson(*logger, nullptr, result, lowBattery));
+
+  if (common.AsJson) {
+    print(recordingJson(*logger, result, lowBattery));
+    return Good;
+  }
+  std::cout << wordsFor(result) << ' ' << logger->Get_Samples() << " epochs of " << logger->Get_EpochLength()
+            << " seconds, from " << engineering::isoDate(logger->Get_StartTimeGMT(), "Z") << ".\n";
+  for (const std::string& event : engineering::events(*logger)) std::cout << event << '\n';
+  if (!options.Folder.empty()) std::cout << "Written to " << options.Folder << ".\n";
+  return Good;
+}
+
+}  // namespace wristlog

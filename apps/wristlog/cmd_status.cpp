@@ -1,0 +1,97 @@
+#include <cmath>
+#include <iostream>
+#include <limits>
+
+#include "commands.h"
+#include "json_output.h"
+#include "meanings.h"
+#include "workflows/engineering.h"
+
+namespace wristlog {
+
+namespace hw = hy_wristlog;
+namespace engineering = hy_wristlog::engineering;
+
+namespace {
+
+struct Status {
+  std::int32_t Code = 0;
+  std::string Simple, Long;
+  std::shared_ptr<hw::Class_VardenLogger> Logger;
+  std::shared_ptr<hw::Class_Subject> Subject;
+  float BatteryLife = std::numeric_limits<float>::quiet_NaN();
+};
+
+Status askStatus(Session& session, hw::enmLoggerPointer model) {
+  Status status;
+  status.Code = session.main().GetStatus(model, status.Simple, status.Long, status.Logger, status.Subject,
+                                         &status.BatteryLife);
+  session.endProgress();
+  return status;
+}
+
+Json batteryJson(float days) { return std::isnan(days) ? Json() : Json(std::round(double{days} * 10) / 10); }
+
+void printDock(const engineering::DockView& dock, const std::string& state) {
+  std::cout << dock.Words << ": ";
+  if (dock.Connected == 0)
+    std::cout << "no dock\n";
+  else if (dock.Connected > 1)
+    std::cout << dock.Connected << " docks; leave one connected\n";
+  else if (dock.Port == 0)
+    std::cout << "a dock without a COM port\n";
+  else
+    std::cout << "dock on COM" << dock.Port << ", " << state << '\n';
+}
+
+}  // namespace
+
+int runStatus(const CommonOptions& common, const std::string& model) {
+  Session session(common);
+  const Status status = askStatus(session, modelFromName(model));
+  if (session.asJson()) {
+    Json document{{"return_code", status.Code},
+                  {"simple_status", status.Simple},
+                  {"long_status", status.Long},
+                  {"battery_life_remaining", batteryJson(status.BatteryLife)},
+                  {"logger", status.Logger ? loggerJson(*status.Logger) : Json()},
+                  {"subject", status.Subject ? subjectJson(*status.Subject) : Json()}};
+    print(document);
+    return status.Code == 0 ? Good : Unsuccessful;
+  }
+  if (status.Code != 0) {
+    std::cerr << "Code " << status.Code << ": " << meaningOf(status.Code) << '\n';
+    return Unsuccessful;
+  }
+  std::cout << status.Simple << '\n';
+  if (status.Long != status.Simple) std::cout << status.Long << '\n';
+  if (status.Logger && !status.Logger->Get_SerialNumber().empty()) {
+    std::cout << "Logger " << status.Logger->Get_SerialNumber() << ", firmware "
+              << status.Logger->Get_FirmwareVersion() << ", " << status.Logger->Get_BytesUsed()
+              << " bytes recorded\n"
+              << engineering::batteryWords(*status.Logger) << '\n';
+    if (!status.Subject->Get_Identity().empty())
+      std::cout << "Worn by " << status.Subject->Get_Identity() << '\n';
+  }
+  return Good;
+}
+
+int runDocks(const CommonOptions& common) {
+  Session session(common);
+  Json list = Json::array();
+  for (const engineering::DockView& dock : engineering::docks()) {
+    std::string state;
+    if (dock.Connected == 1 && dock.Port > 0) state = askStatus(session, dock.Model).Simple;
+    if (session.asJson())
+      list.push_back({{"model", dock.Words},
+                      {"connected", dock.Connected},
+                      {"com_port", dock.Port > 0 ? Json(dock.Port) : Json()},
+                      {"simple_status", state.empty() ? Json() : Json(state)}});
+    else
+      printDock(dock, state);
+  }
+  if (session.asJson()) print({{"docks", list}});
+  return Good;
+}
+
+}  // namespace wristlog

@@ -1,0 +1,124 @@
+#include "meanings.h"
+
+#include <algorithm>
+#include <array>
+
+namespace wristlog {
+namespace {
+
+struct Meaning {
+  std::int32_t Code;
+  const char* Words;
+};
+
+constexpr std::array<Meaning, 47> Meanings{{
+    {0, "Success."},
+    {9,
+     "The recording does not fit the logger's configuration. Try 'decode --diagnostic' on the saved bytes."},
+    {70, "A file or folder could not be written: permission denied."},
+    {91, "An argument holds no object."},
+    {3001,
+     "The logger does not answer. Seat it in its dock anew; its battery may need to be charged or replaced."},
+    {3002, "The logger's answer broke off. Seat it in its dock anew and clean the contacts."},
+    {3003, "The logger's answer was garbled. Clean the contacts, try another cable, and try again."},
+    {3004, "The port's settings are not valid."},
+    {3007, "There is nothing to send to the logger."},
+    {3008, "The logger did not ask for its configuration. Try again."},
+    {3009, "The port does not send. Disconnect the dock and connect it again."},
+    {3010, "The logger did not confirm its configuration. Try again."},
+    {3011, "Too many packets were damaged on the way. Clean the contacts, try another cable, and try again."},
+    {3012, "The logger did not confirm the end of its configuration. Try again."},
+    {3013, "The logger sent no data. Seat it in its dock anew and try again."},
+    {8002, "There is no such port."},
+    {8005, "The port is in use by another program, or you may not open it."},
+    {8015, "The dock was disconnected, or its port has locked up. Disconnect it and connect it again."},
+    {8018, "The port was closed while it was in use."},
+    {10003, "No dock, or no logger in the dock. Connect the dock and seat the logger in it."},
+    {10005, "The recording mode is not one of this model."},
+    {10006, "The epoch length is not 15, 30, 60, 120 or 300 seconds."},
+    {10007, "The start lies before the logger's time, or outside what it can do."},
+    {10009, "The logger in the dock is not of the chosen model."},
+    {10010, "The logger's firmware version is not known here."},
+    {10011, "The logger has lost its factory calibration. It needs service."},
+    {10012,
+     "What the logger stored is not what was sent. Try again; weights and heights are kept in tenths, an "
+     "identity in 64 characters."},
+    {10013, "Aborted. The recording is still in the logger."},
+    {10014, "Warning: the subject's details in the logger are unusable."},
+    {10015, "The logger holds no data."},
+    {10019, "The time zone is unknown, or the logger has none. See 'wristlog zones'."},
+    {10020, "More than one dock is connected. Leave one."},
+    {10021, "The date format is not known."},
+    {10022, "The time format is not known."},
+    {10023, "The end lies before the start or outside what the logger can do. A start needs an end."},
+    {10024, "The logger's configuration has a structure that is not known here."},
+    {10025, "The logger's clock does not take the time. It needs service."},
+    {10026, "Warning: the logger has been reset since it was configured."},
+    {10027, "Warning: the logger is still waiting for its start."},
+    {10028, "Warning: the logger's time zone is unknown here, or has other rules."},
+    {10029, "The recording holds no samples."},
+    {10030, "The recording has a problem; see the decode result."},
+    {11502, "This type of device is not supported."},
+    {11503, "A value is outside what the logger can keep."},
+    {11505, "The logger's configuration is damaged."},
+    {11507, "The logger's answers are damaged. Clean the contacts, try another cable, and try again."},
+    {11508,
+     "The dock's port could not be opened. Another program may hold it; disconnect the dock and connect it "
+     "again."},
+}};
+
+struct Verdict {
+  const char* Name;
+  const char* Words;
+};
+
+constexpr std::array<Verdict, 18> Verdicts{{
+    {"Decode_OK", "The recording is sound."},
+    {"Decode_ResetPOSTfailed", "The logger was reset and failed its self test; what came later is left out."},
+    {"Decode_ResetPOSTpassed", "The logger was reset; what came later is left out."},
+    {"Decode_Shutdown", "The logger shut down on a low battery."},
+    {"Decode_MemoryFull", "The logger recorded until its memory was full."},
+    {"Decode_StartBeforeLastStop", "A start lies before the last stop; what came later is left out."},
+    {"Decode_AcqStopTimeBeforePriorData",
+     "A stop lies before the data in front of it; what came later is left out."},
+    {"Decode_MarkerEventOutsideAcquisition",
+     "A marker lies outside the recording; what came later is left out."},
+    {"Decode_InputError", "There was nothing to decode."},
+    {"Decode_NonEventDataOutsideAcquisition",
+     "There are data outside the recording's times; what came later is left out."},
+    {"Decode_EventDecodingError", "The data are damaged; what came later is left out."},
+    {"Decode_OverflowOccurred", "A light value is beyond its range."},
+    {"Decode_AcqStartBeforeConfigStart", "The recording began before its configured start."},
+    {"Decode_Physio_Decode_Error", "The data are damaged; what came later is left out."},
+    {"Decode_Special65Kdefect",
+     "This firmware cannot record more than 65535 bytes soundly; what came later is left out."},
+    {"Decode_BigDiffBetweenAcqTimes",
+     "The recording has a gap of more than 30 days; what came later is left out."},
+    {"Decode_TooLongSinceLastAcqStop", "The recording stopped more than 30 days ago."},
+    {"Decode_POSTcausedEventError", "The logger was reset; what came later is left out."},
+}};
+
+const Verdict* verdictOf(hy_wristlog::enmDecodeResult result) {
+  const auto index = static_cast<std::size_t>(result);
+  return index < Verdicts.size() ? &Verdicts[index] : nullptr;
+}
+
+}  // namespace
+
+std::string meaningOf(std::int32_t returnCode) {
+  const auto* found = std::find_if(Meanings.begin(), Meanings.end(),
+                                   [&](const Meaning& meaning) { return meaning.Code == returnCode; });
+  return found != Meanings.end() ? found->Words : "Failure " + std::to_string(returnCode) + ".";
+}
+
+std::string nameOf(hy_wristlog::enmDecodeResult result) {
+  const Verdict* verdict = verdictOf(result);
+  return verdict != nullptr ? verdict->Name : "";
+}
+
+std::string wordsFor(hy_wristlog::enmDecodeResult result) {
+  const Verdict* verdict = verdictOf(result);
+  return verdict != nullptr ? verdict->Words : "";
+}
+
+}  // namespace wristlog

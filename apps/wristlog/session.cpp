@@ -1,0 +1,57 @@
+#include "session.h"
+
+#include <chrono>
+
+#include "terminal_host.h"
+
+namespace wristlog {
+
+namespace sim = hy_wristlog::simulator;
+
+namespace {
+
+constexpr std::chrono::hours WornBefore{72};
+constexpr std::int32_t SimulatedEpoch = 60;
+
+/// A docked logger that has been worn for some days.
+sim::Bench makeWornBench(const std::string& model) {
+  sim::Bench bench = model == "vivid" ? sim::makeVividBench() : sim::makeKestrin2Bench();
+  const sim::Mode mode =
+      model == "vivid" ? sim::Mode::ActivityAndSpecialLight : sim::Mode::ActivityAndStandardLight;
+  bench.Logger->setUp(sim::ordinarySetup(*bench.World, mode, SimulatedEpoch));
+  bench.Logger->wear(WornBefore);
+  return bench;
+}
+
+}  // namespace
+
+Session::Session(const CommonOptions& options) : options_(options) {
+  if (!options.Simulate.empty()) bench_ = makeWornBench(options.Simulate);
+  start();
+}
+
+Session::Session(const CommonOptions& options, const sim::Bench& bench) : options_(options), bench_(bench) {
+  start();
+}
+
+void Session::start() {
+  if (bench_) scope_.emplace(*bench_);
+  host_ = std::make_shared<TerminalHost>(options_.Console);
+  hy_wristlog::setHost(host_);
+  main_ = std::make_unique<hy_wristlog::Class_Main>();
+  host_->attach(main_.get());
+}
+
+Session::~Session() {
+  host_->attach(nullptr);
+  main_.reset();
+  hy_wristlog::setHost(nullptr);
+}
+
+void Session::endProgress() { host_->endProgress(); }
+
+hy_wristlog::enmLoggerPointer modelFromName(const std::string& name) {
+  return name == "vivid" ? hy_wristlog::LggrPntr_KRVivid : hy_wristlog::LggrPntr_KRII;
+}
+
+}  // namespace wristlog

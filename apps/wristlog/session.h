@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+
+#include "hy_wristlog/Class_Main.h"
+#include "hy_wristlog/enumerations.h"
+#include "simulator/bench.h"
+
+namespace wristlog {
+
+using Json = nlohmann::ordered_json;
+
+/// What every command understands.
+struct CommonOptions {
+  bool AsJson = false;
+  bool Console = false;
+  std::string Simulate;  ///< "vivid", "kestrin2", or empty for the machine's docks
+};
+
+enum ExitStatus : int { Good = 0, Unsuccessful = 1, WrongUsage = 2 };
+
+class TerminalHost;
+
+/// One run of a command: the world it works in, the library, and what the user sees.
+class Session {
+ public:
+  explicit Session(const CommonOptions& options);
+  /// In a world that the caller has made.
+  Session(const CommonOptions& options, const hy_wristlog::simulator::Bench& bench);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  hy_wristlog::Class_Main& main() { return *main_; }
+  bool asJson() const { return options_.AsJson; }
+  /// Ends the progress line, so that what follows starts a line of its own.
+  void endProgress();
+
+ private:
+  void start();
+
+  CommonOptions options_;
+  std::optional<hy_wristlog::simulator::Bench> bench_;
+  std::optional<hy_wristlog::simulator::BenchScope> scope_;
+  std::shared_ptr<TerminalHost> host_;
+  std::unique_ptr<hy_wristlog::Class_Main> main_;
+};
+
+/// "vivid" or "kestrin2".
+hy_wristlog::enmLoggerPointer modelFromName(const std::string& name);
+
+}  // namespace wristlog
