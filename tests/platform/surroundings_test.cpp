@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
 #endif
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -202,6 +204,24 @@ TEST(Files, AreReplacedWhole) {
   EXPECT_FALSE(files.remove(path));
   EXPECT_FALSE(files.remove(path + "/below"));
   EXPECT_EQ(errorOf([&] { files.remove(folder / "folder"); }), EISDIR);
+}
+
+TEST(Files, AFailedWriteLeavesTheFormerFile) {
+  const TemporaryFolder folder;
+  const std::string path = folder.put("file", "former");
+  const auto world = makeLinuxPlatform();
+  rlimit limit{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+  const rlimit tight{100000, limit.rlim_max};
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tight), 0);
+  const std::int32_t error = errorOf([&] { world->files().write(path, std::string(1000000, 'x')); });
+  ::setrlimit(RLIMIT_FSIZE, &limit);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_EQ(error, EFBIG);
+  EXPECT_EQ(contentOf(path), "former");
+  const std::filesystem::directory_iterator entries{folder.path()};
+  EXPECT_EQ(std::distance(begin(entries), end(entries)), 1) << "a temporary file was left behind";
 }
 
 TEST(Files, StatesTellKindAndAccess) {

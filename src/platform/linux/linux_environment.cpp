@@ -100,7 +100,7 @@ bool canWriteIn(const std::string& folder) {
 }
 
 std::string commonFolder() {
-  const std::string shared = "/var/lib";
+  std::string shared = "/var/lib";
   const std::string own = shared + "/" + LibraryName;
   struct stat status {};
   const bool exists = ::lstat(own.c_str(), &status) == 0;

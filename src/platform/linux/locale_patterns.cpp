@@ -118,7 +118,7 @@ std::string joined(const std::vector<Piece>& pieces, PieceKind kind) {
 std::string toUtf8(const std::string& text, const char* codeset) {
   if (std::string_view{codeset} == "UTF-8" || std::string_view{codeset} == "ANSI_X3.4-1968") return text;
   const iconv_t converter = ::iconv_open("UTF-8", codeset);
-  if (converter == reinterpret_cast<iconv_t>(-1)) return {};
+  if (reinterpret_cast<std::intptr_t>(converter) == -1) return {};
   std::string input = text, output(text.size() * 6 + 16, '\0');
   char* from = input.data();
   char* into = output.data();

@@ -9,7 +9,8 @@
 namespace hy_wristlog::platform {
 namespace {
 
-constexpr std::size_t LongestAttribute = 4096;
+/// Attribute files show the size of a memory page, which may be 64 KiB.
+constexpr std::size_t LongestAttribute = 1 << 18;
 constexpr std::size_t MostEntries = 16384;
 constexpr int DeepestWalk = 64;
 
