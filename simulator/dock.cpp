@@ -99,6 +99,16 @@ void SimulatedDock::unplug() {
   ++plugCount_;
 }
 
+void SimulatedDock::pullOutAfterBytes(std::uint64_t count) {
+  line_.Faults.ActAfterTotal = line_.traffic().total() + count;
+  line_.Faults.Action = [this] { pullOut(); };
+}
+
+void SimulatedDock::unplugAfterBytes(std::uint64_t count) {
+  line_.Faults.ActAfterTotal = line_.traffic().total() + count;
+  line_.Faults.Action = [this] { unplug(); };
+}
+
 std::string SimulatedDock::hardwareId() const {
   const char* product = options_.Kind == DockKind::Quillander   ? "4000"
                         : options_.Kind == DockKind::TolkaFirst ? "4001"

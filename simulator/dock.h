@@ -58,6 +58,9 @@ class SimulatedDock : public std::enable_shared_from_this<SimulatedDock> {
   SimulatedLogger* pullOut();
   void plug();
   void unplug();
+  /// The same once so many more bytes have passed the line, both directions together.
+  void pullOutAfterBytes(std::uint64_t count);
+  void unplugAfterBytes(std::uint64_t count);
 
   // As the device tree and the PC's port see it.
   std::string hardwareId() const;

@@ -11,7 +11,15 @@ SimulatedLine::SimulatedLine(Timeline& timeline, const platform::LineSettings& f
     : timeline_(timeline),
       far_(far),
       toLogger_(timeline, [this] { arrive(Direction::ToLogger); }),
-      toPc_(timeline, [this] { arrive(Direction::ToPc); }) {}
+      toPc_(timeline, [this] { arrive(Direction::ToPc); }),
+      release_(timeline, [this] {
+        for (const std::uint8_t byte : std::exchange(heldBack_, {})) passOn(byte);
+      }) {}
+
+void SimulatedLine::discardInput() {
+  received_.clear();
+  heldBack_.clear();
+}
 
 void SimulatedLine::reconnect() {
   cut_ = false;
@@ -23,14 +31,14 @@ void SimulatedLine::reconnect() {
 void SimulatedLine::portOpened() {
   open_ = true;
   pc_ = {};
-  received_.clear();
+  discardInput();
   errors_ = {};
   if (cut_ && Faults.CutEndsOnReopen) reconnect();
 }
 
 void SimulatedLine::portClosed() {
   open_ = false;
-  received_.clear();
+  discardInput();
   toLogger_.Queue.clear();
   toLogger_.Arrival.cancel();
 }
@@ -85,6 +93,7 @@ void SimulatedLine::arrive(Direction direction) {
     ++traffic_.BytesToPc;
     traffic_.BusyToPc += characterTime(far_);
   }
+  if (Tap) Tap(direction, byte);
   applyCuts();
   if (!dead) direction == Direction::ToLogger ? deliverToLogger(byte) : deliverToPc(byte);
   actWhenDue();
@@ -132,6 +141,15 @@ void SimulatedLine::deliverToPc(std::uint8_t byte) {
 }
 
 void SimulatedLine::receive(std::uint8_t byte) {
+  if (HoldBack <= nanoseconds{0}) {
+    passOn(byte);
+    return;
+  }
+  heldBack_.push_back(byte);
+  if (!release_.pending()) release_.setAfter(HoldBack);
+}
+
+void SimulatedLine::passOn(std::uint8_t byte) {
   if (received_.size() >= ReceiveCapacity)
     ++errors_.BufferOverflow;
   else

@@ -42,6 +42,10 @@ class SimulatedLine {
   SimulatedLine(Timeline& timeline, const platform::LineSettings& far);
 
   LineFaults Faults;
+  /// How long the adapter may hold received bytes back before it passes them on together.
+  nanoseconds HoldBack{};
+  /// Sees every byte that has passed, also one that then got lost.
+  std::function<void(Direction, std::uint8_t)> Tap;
   std::size_t ReceiveCapacity = 65536;  ///< bytes that wait for the PC to read them; more are lost
   std::size_t TransmitCapacity = 4096;  ///< bytes that wait for the line
 
@@ -60,7 +64,7 @@ class SimulatedLine {
   std::size_t write(std::span<const std::uint8_t> bytes);
   std::size_t outstanding() const { return toLogger_.Queue.size(); }
   std::size_t read(std::span<std::uint8_t> into);
-  void discardInput() { received_.clear(); }
+  void discardInput();
   platform::LineErrors takeErrors();
 
   // The logger's side.
@@ -88,6 +92,7 @@ class SimulatedLine {
   void deliverToLogger(std::uint8_t byte);
   void deliverToPc(std::uint8_t byte);
   void receive(std::uint8_t byte);
+  void passOn(std::uint8_t byte);
   void applyCuts();
   void actWhenDue();
 
@@ -96,7 +101,8 @@ class SimulatedLine {
   Lane toLogger_, toPc_;
   bool open_ = false, cut_ = false;
   std::function<void(std::uint8_t)> listener_;
-  std::deque<std::uint8_t> received_;
+  std::deque<std::uint8_t> received_, heldBack_;
+  Alarm release_;
   platform::LineErrors errors_;
   Traffic traffic_;
 };

@@ -28,7 +28,7 @@ struct SimulatedWorld::Services {
         Ports(Docks),
         Devices(Docks, faults),
         Zones(*Inner, options.Zone),
-        Surroundings(*Inner, options, Root.path()),
+        Surroundings(*Inner, options, Root),
         FileSystem(*Inner, faults),
         Cryptography(*Inner, faults) {}
 
@@ -66,7 +66,7 @@ std::int64_t SimulatedWorld::now() const {
   return std::chrono::floor<std::chrono::seconds>(services_->Time.now()).count();
 }
 const platform::ZoneRule& SimulatedWorld::zoneRule() const { return services_->Rule; }
-const std::string& SimulatedWorld::rootFolder() const { return services_->Root.path(); }
+const std::string& SimulatedWorld::rootFolder() { return services_->Root.path(); }
 MemorySettings& SimulatedWorld::memorySettings() { return services_->Settings; }
 
 SimulatedDock& SimulatedWorld::addDock(const DockOptions& options) {

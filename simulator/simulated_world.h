@@ -66,7 +66,7 @@ class SimulatedWorld : public platform::Platform {
   std::int64_t now() const;
   /// The rule of the machine's zone.
   const platform::ZoneRule& zoneRule() const;
-  const std::string& rootFolder() const;
+  const std::string& rootFolder();
   MemorySettings& memorySettings();
 
   SimulatedDock& addDock(const DockOptions& options);

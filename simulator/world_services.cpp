@@ -88,30 +88,34 @@ std::unique_ptr<platform::DeviceList> SimulatedDevices::devicesOfClass(std::stri
   return std::make_unique<SimulatedDeviceList>(std::move(found), faults_);
 }
 
-RootFolder::RootFolder(const std::string& path)
-    : path_(path.empty() ? temporaryFolder() : path), temporary_(path.empty()) {
-  for (const char* name : FolderNames) fs::create_directories(fs::path{path_} / name);
+const std::string& RootFolder::path() {
+  if (!made_) {
+    if (temporary_) path_ = temporaryFolder();
+    for (const char* name : FolderNames) fs::create_directories(fs::path{path_} / name);
+    made_ = true;
+  }
+  return path_;
 }
 
 RootFolder::~RootFolder() {
   std::error_code ignored;
-  if (temporary_) fs::remove_all(path_, ignored);
+  if (temporary_ && made_) fs::remove_all(path_, ignored);
 }
 
 std::string SimulatedEnvironment::specialFolder(std::int32_t code) {
   switch (code) {
     case DocumentsCode:
-      return root_ + "/" + FolderNames[0];
+      return root_.path() + "/" + FolderNames[0];
     case AppDataCode:
-      return root_ + "/" + FolderNames[1];
+      return root_.path() + "/" + FolderNames[1];
     case CommonDataCode:
-      return root_ + "/" + FolderNames[2];
+      return root_.path() + "/" + FolderNames[2];
     default:
       return {};
   }
 }
 
-std::string SimulatedEnvironment::libraryFolder() { return root_ + "/" + FolderNames[3]; }
+std::string SimulatedEnvironment::libraryFolder() { return root_.path() + "/" + FolderNames[3]; }
 
 std::string SimulatedEnvironment::localeInfo(platform::LocaleItem item) {
   const auto found = options_.Locale.find(item);

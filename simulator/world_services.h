@@ -61,24 +61,26 @@ class SimulatedZones : public platform::ZoneRecords {
   std::string zone_;
 };
 
-/// A folder with the world's folders in it. A temporary one is removed at the end.
+/// A folder with the world's folders in it, made when somebody first asks for it. A temporary one is removed
+/// at the end.
 class RootFolder {
  public:
-  explicit RootFolder(const std::string& path);
+  explicit RootFolder(std::string path) : path_(std::move(path)), temporary_(path_.empty()) {}
   RootFolder(const RootFolder&) = delete;
   RootFolder& operator=(const RootFolder&) = delete;
   ~RootFolder();
-  const std::string& path() const { return path_; }
+  const std::string& path();
 
  private:
   std::string path_;
   bool temporary_;
+  bool made_ = false;
 };
 
 class SimulatedEnvironment : public platform::Environment {
  public:
-  SimulatedEnvironment(platform::Platform& inner, const WorldOptions& options, std::string root)
-      : inner_(inner), options_(options), root_(std::move(root)) {}
+  SimulatedEnvironment(platform::Platform& inner, const WorldOptions& options, RootFolder& root)
+      : inner_(inner), options_(options), root_(root) {}
   std::string specialFolder(std::int32_t code) override;
   std::string libraryFolder() override;
   std::string localeInfo(platform::LocaleItem item) override;
@@ -91,7 +93,7 @@ class SimulatedEnvironment : public platform::Environment {
  private:
   platform::Platform& inner_;
   WorldOptions options_;
-  std::string root_;
+  RootFolder& root_;
 };
 
 class FaultyFiles : public platform::Files {

@@ -151,6 +151,17 @@ TEST(DeviceTree, ShowsTheDocksOfAClass) {
   EXPECT_EQ(list(comPorts), vivid);
 }
 
+TEST(Dock, LosesItsLoggerOrItselfAtAByte) {
+  Wire wire;
+  wire.Lab.Dock->pullOutAfterBytes(5);
+  EXPECT_EQ(wire.exchange("show ver\r"), "sh") << "what the logger was about to say is lost with it";
+  EXPECT_EQ(wire.Lab.Dock->logger(), nullptr);
+  wire.Lab.Dock->insert(*wire.Lab.Logger);
+  wire.connect();
+  wire.Lab.Dock->unplugAfterBytes(3);
+  EXPECT_EQ(failureOf([&] { wire.exchange("show ver\r"); }), 8015);
+}
+
 TEST(Cut, ABrokenRetrievalLeavesTheDataInTheLogger) {
   for (std::uint64_t cut = 0; cut < 1900; cut += 37) {
     Wire wire;

@@ -89,6 +89,25 @@ TEST(Line, ReceiveBufferOverflowsAndOverruns) {
   EXPECT_EQ(errors.BufferOverflow, 2U);
 }
 
+TEST(Line, AnAdapterMayHoldBytesBack) {
+  Timeline time{0ns};
+  SimulatedLine line{time, LoggerLine};
+  line.portOpened();
+  line.setPcSettings(LoggerLine);
+  line.HoldBack = 16ms;
+  std::string tapped;
+  line.Tap = [&](Direction direction, std::uint8_t byte) {
+    tapped += direction == Direction::ToPc ? static_cast<char>(byte) : '?';
+  };
+  line.send(std::vector<std::uint8_t>{'a', 'b', 'c'});
+  std::vector<std::uint8_t> heard(20);
+  time.advance(16ms);
+  EXPECT_EQ(tapped, "abc");
+  EXPECT_EQ(line.read(heard), 0U);
+  time.advance(1ms);
+  EXPECT_EQ(line.read(heard), 3U);
+}
+
 TEST(Line, FaultsStrikeTheirBytes) {
   const struct {
     const char* Name;
