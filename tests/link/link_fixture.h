@@ -1,0 +1,80 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "hy_wristlog/failure.h"
+#include "hy_wristlog/host.h"
+#include "link/Form_Comm.h"
+#include "support/scripted_world.h"
+
+namespace hy_wristlog {
+
+/// Everything that a link told, in order.
+struct Told : CommEvents {
+  void CommEventError(std::int32_t number, std::string& text) override {
+    add("event " + std::to_string(number) + ' ' + text);
+  }
+  void XModemLostPacket(std::int16_t attempt, std::int16_t most, std::int16_t packet) override {
+    add("lost " + std::to_string(attempt) + '/' + std::to_string(most) + ' ' + std::to_string(packet));
+  }
+  void XModemPacketSent(std::uint8_t packet, std::uint8_t total) override {
+    add("sent " + std::to_string(packet) + '/' + std::to_string(total));
+  }
+  void XmodemPacketReceived(std::uint8_t packet, std::int32_t bytes) override {
+    add("received " + std::to_string(packet) + ' ' + std::to_string(bytes));
+  }
+  void CommProgress(std::string& text) override { Progress.push_back(text); }
+  void AbortAcknowledged() override { add("aborted"); }
+  void CommRX(std::string& text) override { Characters += text; }
+
+  void add(const std::string& line) { Events += (Events.empty() ? "" : "; ") + line; }
+
+  std::string Events, Characters;
+  std::vector<std::string> Progress;
+};
+
+struct Console : ConsoleSink {
+  void append(std::string_view text) override { Text += text; }
+  void showLastError(std::string_view text) override { LastError = text; }
+  void showReceiveCount(std::int32_t count) override { ReceiveCount = count; }
+  std::string Text, LastError;
+  std::int32_t ReceiveCount = -1;
+};
+
+struct ConsoleHost : Host {
+  ConsoleSink* console() override { return &TheConsole; }
+  void copyToClipboard(std::string_view text) override { Clipboard = text; }
+  Console TheConsole;
+  std::string Clipboard;
+};
+
+/// A link on port 3 of a scripted world, opened as the loggers open it.
+struct OpenLink {
+  explicit OpenLink(bool open = true, bool withConsole = false) {
+    if (withConsole) world->setHost(host);
+    link = std::make_unique<Form_Comm>(&told);
+    if (open) link->subOpenPort(3, 13, 8, 3, 3, 0, false, true);
+    world->Journal.clear();
+  }
+
+  scripted::InWorld world;
+  Told told;
+  std::shared_ptr<ConsoleHost> host = std::make_shared<ConsoleHost>();
+  std::unique_ptr<Form_Comm> link;
+};
+
+template <class Action>
+Failure failureOf(Action&& action) {
+  try {
+    action();
+  } catch (const Failure& failure) {
+    return failure;
+  }
+  return {0, "", ""};
+}
+
+}  // namespace hy_wristlog

@@ -1,0 +1,197 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "hy_wristlog/failure.h"
+#include "link/Form_Comm.h"
+
+// These run over a real pseudo-terminal and against another program, so they take real time.
+namespace hy_wristlog {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A folder, a pseudo-terminal that is declared as COM port 7, and a program at its far end.
+class Line {
+ public:
+  Line() {
+    std::string pattern = (fs::temp_directory_path() / "wristlog-link-XXXXXX").string();
+    folder_ = ::mkdtemp(pattern.data());
+    master_ = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    std::array<char, 64> name{};
+    if (master_ < 0 || ::grantpt(master_) != 0 || ::unlockpt(master_) != 0 ||
+        ::ptsname_r(master_, name.data(), name.size()) != 0)
+      throw std::runtime_error("no pseudo-terminal");
+    std::ofstream(file("Docks.INI")) << "[Dock 1]\nCOMport=7\nDevice=" << name.data() << "\n";
+    ::setenv("HY_WRISTLOG_DOCKS", file("Docks.INI").c_str(), 1);
+  }
+  Line(const Line&) = delete;
+  Line& operator=(const Line&) = delete;
+  ~Line() {
+    finish();
+    hangUp();
+    ::unsetenv("HY_WRISTLOG_DOCKS");
+    fs::remove_all(folder_);
+  }
+
+  std::string file(const std::string& name) const { return (folder_ / name).string(); }
+
+  /// Runs the program in the folder with the line as its input and output.
+  void run(std::vector<std::string> arguments) {
+    std::array<int, 2> ends{};
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
+      throw std::runtime_error("no socket pair");
+    std::vector<char*> words;
+    for (std::string& word : arguments) words.push_back(word.data());
+    words.push_back(nullptr);
+    child_ = ::fork();
+    if (child_ == 0) {
+      ::dup2(ends[1], 0);
+      ::dup2(ends[1], 1);
+      if (::chdir(folder_.c_str()) == 0) ::execvp(words[0], words.data());
+      ::_exit(127);
+    }
+    ::close(ends[1]);
+    relay_ = std::thread([this, socket = ends[0]] { relay(socket); });
+  }
+  /// The program's exit status.
+  int finish() {
+    if (!relay_.joinable()) return -1;
+    relay_.join();
+    int status = 0;
+    ::waitpid(child_, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  void hangUp() {
+    if (master_ >= 0) ::close(master_);
+    master_ = -1;
+  }
+  void send(std::string_view text) const { pass(text.data(), text.size(), master_); }
+
+ private:
+  static void pass(const char* bytes, std::size_t count, int to) {
+    while (count > 0) {
+      const ssize_t sent = ::write(to, bytes, count);
+      if (sent <= 0) return;
+      bytes += sent;
+      count -= static_cast<std::size_t>(sent);
+    }
+  }
+  void relay(int socket) const {
+    std::array<pollfd, 2> ready{{{master_, POLLIN, 0}, {socket, POLLIN, 0}}};
+    std::array<char, 4096> bytes{};
+    while (::poll(ready.data(), ready.size(), 20000) > 0) {
+      for (std::size_t i = 0; i < ready.size(); ++i) {
+        if (ready[i].revents == 0) continue;
+        const ssize_t count = ::read(ready[i].fd, bytes.data(), bytes.size());
+        if (count <= 0) {
+          ::close(socket);
+          return;
+        }
+        pass(bytes.data(), static_cast<std::size_t>(count), ready[1 - i].fd);
+      }
+    }
+    ::close(socket);
+  }
+
+  fs::path folder_;
+  int master_ = -1;
+  pid_t child_ = -1;
+  std::thread relay_;
+};
+
+bool installed(const char* program) {
+  return std::system((std::string("command -v ") + program + " >/dev/null 2>&1").c_str()) == 0;
+}
+
+/// Every byte value, with no end in a packet's filler.
+std::string sample(std::size_t size) {
+  std::string text(size, '\0');
+  for (std::size_t i = 0; i < size; ++i) text[i] = static_cast<char>((i * 7 + i / 256) % 256);
+  text.back() = '!';
+  return text;
+}
+
+TEST(Reality, ReceivesWhatAnotherProgramSends) {
+  if (!installed("sx")) GTEST_SKIP() << "lrzsz is not installed";
+  for (const bool big : {false, true}) {
+    Line line;
+    const std::string sent = sample(5000);
+    std::ofstream(line.file("data"), std::ios::binary) << sent;
+    Form_Comm link;
+    link.subOpenPort(7, 13, 8, 3, 3, 0, false, true);
+    line.run(big ? std::vector<std::string>{"sx", "-q", "-k", "data"}
+                 : std::vector<std::string>{"sx", "-q", "data"});
+    const PacketArray packets = link.fncReceiveXmodemPackets(13, 8, 3, 3, 3000);
+    EXPECT_EQ(line.finish(), 0);
+    ASSERT_TRUE(packets);
+    EXPECT_EQ(packets->front().BinData.size(), big ? 1024U : 128U);
+    std::string received;
+    for (const Class_Packet& packet : *packets) received.append(packet.BinData.begin(), packet.BinData.end());
+    ASSERT_GE(received.size(), sent.size());
+    EXPECT_EQ(received.find_first_not_of('\x1A', sent.size()), std::string::npos);
+    received.resize(sent.size());
+    EXPECT_EQ(received, sent);
+  }
+}
+
+TEST(Reality, SendsWhatAnotherProgramReceives) {
+  if (!installed("rx")) GTEST_SKIP() << "lrzsz is not installed";
+  const struct {
+    std::int32_t Size;
+    std::size_t Length;
+    bool ByteByByte;
+  } cases[] = {{1, 128, true}, {1, 128, false}, {2, 1024, false}};
+  for (const auto& c : cases) {
+    Line line;
+    const std::string data = sample(2 * c.Length);
+    std::vector<Class_Packet> packets(2);
+    for (std::size_t i = 0; i < packets.size(); ++i) {
+      packets[i].PacketSize = c.Size;
+      packets[i].PacketNum = static_cast<std::uint8_t>(i + 1);
+      const std::string part = data.substr(i * c.Length, c.Length);
+      packets[i].BinData.assign(part.begin(), part.end());
+    }
+    Form_Comm link;
+    link.subOpenPort(7, 13, 8, 3, 3, 0, false, true);
+    line.run({"rx", "-q", "-b", "-c", "received"});
+    link.subSendXmodemPackets(packets, 13, 8, 3, 3, 3000, c.ByteByByte, 1);
+    EXPECT_EQ(line.finish(), 0);
+    std::ostringstream received;
+    received << std::ifstream(line.file("received"), std::ios::binary).rdbuf();
+    EXPECT_EQ(received.str(), data);
+  }
+}
+
+TEST(Reality, ReadsLinesAndSeesTheHangUp) {
+  Line line;
+  Form_Comm link;
+  link.subOpenPort(7, 13, 8, 3, 3, 0, false, true);
+  line.send("5.01 A2\r>");
+  EXPECT_EQ(link.fncGetCharLine('\r', 500), "5.01 A2");
+  EXPECT_EQ(link.fncGetCharLine('>', 500), "");
+  EXPECT_FALSE(link.DSRHolding());
+  line.hangUp();
+  try {
+    link.fncGetCharLine('>', 500);
+    FAIL() << "a hang-up was taken for silence";
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.Number, 8015);
+  }
+  link.subClosePort();
+  EXPECT_FALSE(link.Get_PortReady());
+}
+
+}  // namespace
+}  // namespace hy_wristlog
