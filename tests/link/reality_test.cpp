@@ -59,6 +59,7 @@ class Line {
     if (child_ == 0) {
       ::dup2(ends[1], 0);
       ::dup2(ends[1], 1);
+      ::dup2(::open("/dev/null", O_WRONLY), 2);
       if (::chdir(folder_.c_str()) == 0) ::execvp(words[0], words.data());
       ::_exit(127);
     }
