@@ -39,8 +39,8 @@ const ModeLayout* findModeLayout(enmDeviceType device, enmVardenLoggingMode mode
 
 bool meetsNeed(const VardenRecord& record, ModeNeed need, bool diagnostic);
 
-/// Activity counts by activity code. Codes are on a scale whose steps grow by one every 32 counts;
-/// calibration 128 is 1 count a step of it. -1: no value.
+/// Activity counts by activity code. Codes stand for a scale whose steps grow by one every 32 counts; the
+/// counts are scaled by 128 / calibration and end at 32767. -1: no value.
 class ActivityScale {
  public:
   explicit ActivityScale(std::uint8_t calibration);

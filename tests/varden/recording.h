@@ -85,7 +85,7 @@ struct Decoding {
 
 /// "number description" of the failure that `action` raises, or nothing.
 template <class Action>
-std::string failureOf(Action&& action) {
+std::string raisedBy(Action&& action) {
   try {
     action();
     return {};

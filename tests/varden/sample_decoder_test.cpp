@@ -260,7 +260,7 @@ TEST(ModeLayouts, NeedCalibrationsAndModes) {
     VardenRecord record = loggerRecord(row.Device, row.Mode);
     row.Spoil(record);
     Decoding decode;
-    EXPECT_EQ(failureOf([&] { decode(record, Stream().event(1, 0)); }), row.Failure);
+    EXPECT_EQ(raisedBy([&] { decode(record, Stream().event(1, 0)); }), row.Failure);
   }
 }
 
