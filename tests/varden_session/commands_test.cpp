@@ -97,7 +97,10 @@ void runTranscript(const BenchOptions& options) {
     std::string result;
     const double elapsed = session.elapsedDuring([&] { result = outcome([&] { step.Call(logger); }); });
     EXPECT_EQ(result, "");
-    if (step.Commands.front().back() != '*') EXPECT_EQ(session.commands(), step.Commands);
+    if (step.Commands.front().ends_with('*'))
+      EXPECT_EQ(session.commands().size(), 1U);
+    else
+      EXPECT_EQ(session.commands(), step.Commands);
     EXPECT_TRUE(step.Holds(session));
     EXPECT_GE(elapsed, step.AtLeast);
   }
@@ -191,22 +194,22 @@ TEST(Commands, SettingsThatCannotBeReadAreTriedOnceMoreAfterAReset) {
   Lines all = reset;
   all.insert(all.end(), {"show ver", "show battery", "show clock time"});
   const struct {
-    simulator::LoggerFaults Faults;
+    void (*Spoil)(simulator::LoggerFaults&);
     std::optional<std::uint8_t> BlockVersion;
     std::string Outcome;
     Lines Commands;
   } cases[] = {
-      {{.BadConfigChecksum = simulator::once()}, {}, "", all},
-      {{.BadConfigChecksum = simulator::always()},
+      {[](auto& faults) { faults.BadConfigChecksum = simulator::once(); }, {}, "", all},
+      {[](auto& faults) { faults.BadConfigChecksum = simulator::always(); },
        {},
        "11505 Class_VardenLogger.subDecodeVardenLoggerConfig: Logger configuration CRC verification failed",
        reset},
-      {{.Transfer = {.CancelPacket = simulator::once()}}, {}, "", all},
-      {{},
+      {[](auto& faults) { faults.Transfer.CancelPacket = simulator::once(); }, {}, "", all},
+      {[](auto&) {},
        9,
        "11504 Class_VardenLogger.subDecodeVardenLoggerConfig: This logger data version (9) is not supported.",
        {"show config"}},
-      {{.BadLineChecksum = simulator::always()},
+      {[](auto& faults) { faults.BadLineChecksum = simulator::always(); },
        {},
        "11507 Class_VardenLogger.fncReadVardenFWversion: Checksum failed when retrieving logger time",
        {"show config", "show ver", "show ver", "show ver"}},
@@ -216,7 +219,7 @@ TEST(Commands, SettingsThatCannotBeReadAreTriedOnceMoreAfterAReset) {
     options.Logger.BlockVersion = row.BlockVersion;
     Session session{options};
     session.connect();
-    session.bench.Logger->Faults = row.Faults;
+    row.Spoil(session.bench.Logger->Faults);
     EXPECT_EQ(outcome([&] { session.logger->fncReadVardenSetup(); }), row.Outcome);
     EXPECT_EQ(session.commands(), row.Commands);
   }

@@ -71,7 +71,9 @@ TEST(Docks, OnlyOneDockWithAPortIsOpened) {
   };
   for (const auto& row : cases) {
     const auto world = std::make_shared<simulator::SimulatedWorld>();
-    const simulator::BenchScope scope{{.World = world}};
+    simulator::Bench bench;
+    bench.World = world;
+    const simulator::BenchScope scope{bench};
     VardenLogger logger;
     for (const simulator::DockOptions& dock : row.Docks) world->addDock(dock);
     std::int16_t count = -1;

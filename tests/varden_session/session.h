@@ -64,13 +64,13 @@ enum class Hearing : std::uint8_t { Good, Deaf, Garbled };
 /// What a scripted logger does, and what it saw.
 struct Script {
   /// By command: the answers behind the echo, in turn; the last one stays.
-  std::map<std::string, std::deque<std::string>> Answers;
+  std::map<std::string, std::deque<std::string>> Answers{};
   /// How the typed commands are heard, one after another; later ones well.
-  std::deque<Hearing> Hearings;
+  std::deque<Hearing> Hearings{};
   bool Dsr = true;
-  std::vector<std::string> Lines;  ///< the commands that came in whole
-  std::string Written;             ///< every byte
-  std::vector<std::string> Signals;
+  std::vector<std::string> Lines{};  ///< the commands that came in whole
+  std::string Written{};             ///< every byte
+  std::vector<std::string> Signals{};
 };
 
 class ScriptedPort : public platform::SerialPort {

@@ -116,8 +116,8 @@ TEST(ShellFailures, ThreeRoundsForAValue) {
       EXPECT_EQ(outcome([&] { command.Call(*session.logger); }), recovers ? "" : failures[i]);
       const Lines& lines = session.world->script.Lines;
       EXPECT_EQ(std::count(lines.begin(), lines.end(), command.Text), 3);
-      if (std::string_view(command.Text) == "show clock time")
-        EXPECT_EQ(session.logger->record.LastLoggerTime, recovers ? 46083.5 : -1.0);
+      const bool reads = std::string_view(command.Text) == "show clock time";
+      EXPECT_EQ(session.logger->record.LastLoggerTime, !reads ? 7 : recovers ? 46083.5 : -1);
     }
   }
 }
@@ -167,34 +167,33 @@ TEST(ShellFailures, Transfers) {
 
   // The logger answers the line, but no packet, no invitation and no data follow.
   const struct {
-    simulator::LoggerFaults Faults;
+    void (*Spoil)(simulator::TransferFaults&);
     std::string Outcome;
     std::function<void(VardenLogger&)> Call;
   } cases[] = {
-      {{.Transfer = {.LosePacket = simulator::always()}},
+      {[](auto& faults) { faults.LosePacket = simulator::always(); },
        "3013 Form_Comm.fncReceiveXmodemPackets: No packet received, retries exceeded",
        [](auto& l) { l.fncReadVardenConfig(false); }},
-      {{.Transfer = {.DamagePacket = simulator::always()}},
+      {[](auto& faults) { faults.DamagePacket = simulator::always(); },
        "3011 Form_Comm.fncReceiveXmodemPackets: Maximum number of packet transmission retries exceeded",
        [](auto& l) { l.fncReadVardenConfig(false); }},
-      {{.Transfer = {.LoseInvitation = simulator::always()}},
+      {[](auto& faults) { faults.LoseInvitation = simulator::always(); },
        "3008 Form_Comm.subSendXmodemPackets: Failure to receive initiation character",
        [](auto& l) { l.subSendVardenConfig(); }},
-      {{.Transfer = {.LoseAnswer = simulator::always()}},
+      {[](auto& faults) { faults.LoseAnswer = simulator::always(); },
        "3010 Form_Comm.subSendXmodemPackets: Failure to receive packet acknowledgement",
        [](auto& l) { l.subSendVardenConfig(); }},
-      {{.Transfer = {.NakEnd = simulator::always()}},
+      {[](auto& faults) { faults.NakEnd = simulator::always(); },
        "3011 Form_Comm.subSendXmodemPackets: Maximum number of packet transmission retries exceeded",
        [](auto& l) { l.subSendVardenConfig(); }},
-      {{},
-       "11503 Class_VardenLogger.subSetRawDataFromPackets: Invalid packet array input",
+      {[](auto&) {}, "11503 Class_VardenLogger.subSetRawDataFromPackets: Invalid packet array input",
        [](auto& l) { l.fncReadVardenData(); }},
   };
   for (const auto& row : cases) {
     Session session{simulator::vividBenchOptions()};
     session.connect();
     session.logger->fncReadVardenSetup();
-    session.bench.Logger->Faults = row.Faults;
+    row.Spoil(session.bench.Logger->Faults.Transfer);
     EXPECT_EQ(outcome([&] { row.Call(*session.logger); }), row.Outcome);
   }
 }
