@@ -267,7 +267,13 @@ std::uint8_t Recorder::statusBits(const EpochReading& reading) {
 }
 
 void Recorder::writeEpoch() {
-  const EpochReading reading = source_->read(epochBegins_, epochLength());
+  EpochReading reading = source_->read(epochBegins_, epochLength());
+  if (docked_) {
+    // Whoever wears it has it on no wrist while it sits in a dock.
+    reading.OffWrist = true;
+    reading.Counts = 0;
+    reading.Button1 = reading.Button2 = false;
+  }
   epochBegins_ += epochLength();
   const std::uint8_t status = statusBits(reading);
   std::vector<std::uint8_t> record;

@@ -84,8 +84,10 @@ void XmodemSender::sendPacket() {
   std::vector<std::uint8_t> data(packetLength(), xmodem::Pad);
   std::copy_n(data_.begin() + static_cast<std::ptrdiff_t>(offset_),
               std::min(data.size(), data_.size() - offset_), data.begin());
-  std::vector<std::uint8_t> bytes = xmodem::frame(number_, data);
+  const int ahead = faults_.MisnumberPacket.strikes() ? 2 : 0;
+  std::vector<std::uint8_t> bytes = xmodem::frame(static_cast<std::uint8_t>(number_ + ahead), data);
   if (faults_.DamagePacket.strikes()) bytes[bytes.size() / 2] ^= 0x20;
+  if (faults_.TruncatePacket.strikes()) bytes.resize(bytes.size() / 2);
   if (!sendTwice_) sendTwice_ = faults_.DoublePacket.strikes();
   ++packetsSent_;
   if (!faults_.LosePacket.strikes()) output_(bytes);

@@ -215,7 +215,11 @@ TEST(Recording, TellsOfDocksWristMarkersBatteryAndResets) {
     }
     EXPECT_GT(marks, 20U);
     EXPECT_GT(marks2, 8U);
-    EXPECT_GE(off, 2U);
+    EXPECT_GE(off, 3U);
+    const auto inDock =
+        std::ranges::find(walk.Status, 20U * 60 - 1, [](const auto& status) { return status.first; });
+    ASSERT_NE(inDock, walk.Status.end());
+    EXPECT_EQ(inDock->second & wentOff, wentOff);
     EXPECT_EQ(firstLow, 30U * 60 - 1);
     EXPECT_GE(low, 1U);
   }

@@ -95,6 +95,9 @@ TEST(Sending, Faults) {
   EXPECT_NE(damaged, pcFrame(1, damaged.substr(3, 128)));
   EXPECT_EQ(first([](TransferFaults& f) { f.LosePacket = once(); }), "");
   EXPECT_EQ(first([](TransferFaults& f) { f.CancelPacket = once(); }), "\x18\x18");
+  EXPECT_EQ(first([](TransferFaults& f) { f.TruncatePacket = once(); }).size(), 66U);
+  const std::string misnumbered = first([](TransferFaults& f) { f.MisnumberPacket = once(); });
+  EXPECT_EQ(misnumbered, pcFrame(3, misnumbered.substr(3, 128)));
 
   Wire wire;
   wire.Lab.Logger->Faults.Transfer = {.DamagePacket = once(1), .DoublePacket = once(1)};
