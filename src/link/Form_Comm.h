@@ -43,13 +43,16 @@ class Form_Comm {
   std::int16_t RTStoggleInterval = 333;
   bool RaiseEventOnChar = false;
 
+  /// The last event of the port, of any kind; 1006 (lost data) until a receive loop has seen it.
   std::int32_t Get_LastCOMerrorNum() const;
   bool Get_PortReady() const;
   bool Get_DoingXMODEM() const;
   /// The logger's end of the DSR line. False when the port is closed.
   bool DSRHolding();
 
-  /// Raises 3004 and the control's 8000 to 8021.
+  /// Opens the port, closing an open one first; `lngDelay` milliseconds pass behind the opening. Raises 3004
+  /// and the control's 8000 to 8021: 8002 no such port, 8005 held by another program, 8015 unusable or gone
+  /// (after ten more tries). A port that is closed meets every later operation with 8012.
   void subOpenPort(std::int16_t intPort, std::int32_t vBaudRate, std::int32_t vDataBits, std::int32_t vParity,
                    std::int32_t vStopBits, std::int32_t lngDelay, bool RTSenableFirst, bool DTRenableFirst);
   void subClosePort();
@@ -58,26 +61,37 @@ class Form_Comm {
   void subEnableDTR();
   void subDisableDTR();
   void subToggleRTS();
+  /// Inverts RTS every `intInterval` milliseconds while events are served; 0 keeps RTStoggleInterval. Fault 5
+  /// for a negative interval.
   void subEnableRTStoggle(std::int16_t intInterval);
   void subDisableRTStoggle();
+  /// Pulses RTS `NumResets` times, then waits; times in milliseconds, 0 and less counting as one.
   void subResetDevice(std::int32_t ResetEnableWidth, std::int32_t ResetDisableWidth, std::int32_t NumResets,
                       std::int32_t lngDelay);
+  /// Ends a running XMODEM transfer within about 50 ms; at any other time sends CTRL-C.
   void subAbortProcess();
 
-  /// Raises 3001 and 3003; times in milliseconds.
+  /// `SendBytes` 1 sends character by character, 2 (or 0) also checks the echo of each, others send all at
+  /// once; `CarraigeReturn` 1 sends a carriage return behind them. Each character comes back `NumEchoedChars`
+  /// times within `TXdelay`. Raises 3001 and 3003; times in milliseconds.
   void subSendChars(std::string_view Chars, std::int32_t SendBytes, std::int32_t CarraigeReturn,
                     std::int16_t NumEchoedChars, std::int32_t CharDelay, std::int32_t TXdelay,
                     std::int32_t CmdDelay);
   /// The text before `CharToWaitFor`; `RXdelay` is a silence time. Raises 3001 and 3002.
   std::string fncGetCharLine(char CharToWaitFor, std::int32_t RXdelay);
-  /// Raises 3004 to 3006.
+  /// `NumBytes` bytes at line settings of their own; `PageDelay` is the silence that ends the wait (4000 when
+  /// negative), `CmdDelay` a pause behind it (500 when negative). With `IgnoreLength` all that comes until
+  /// `ByteDelay` of silence, perhaps nothing, counted in `NumBytes`. At most 17000 bytes. Raises 3004 to
+  /// 3006.
   std::vector<std::uint8_t> fncGetBinaryStream(std::int32_t& NumBytes, std::int32_t vBaudRate,
                                                std::int32_t vDataBits, std::int32_t vParity,
                                                std::int32_t vStopBits, std::int32_t PageDelay,
                                                std::int32_t CmdDelay, bool IgnoreLength,
                                                std::int32_t ByteDelay);
 
-  /// Raises 3004 and 3007 to 3012.
+  /// Sends 1 to 255 packets. `CmdTimeout` bounds each wait for an answer, 3000 ms when negative;
+  /// `ByteByByteDelay` is 1 ms when negative. An aborted transfer ends without a failure. Raises 3004 and
+  /// 3007 to 3012.
   void subSendXmodemPackets(const PacketArray& Packets, std::int32_t vBaudRate, std::int32_t vDataBits,
                             std::int32_t vParity, std::int32_t vStopBits, std::int32_t CmdTimeout,
                             bool ByteByByte, std::int32_t ByteByByteDelay);

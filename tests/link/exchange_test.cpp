@@ -1,3 +1,4 @@
+#include "errors/GlobalState.h"
 #include "link/link_fixture.h"
 
 namespace hy_wristlog {
@@ -61,6 +62,22 @@ TEST(Exchange, EchoIsCheckedCharacterByCharacter) {
   o.world->OnWrite = [&](std::string_view) { o.world->deliver(std::exchange(echoes, "")); };
   EXPECT_EQ(failureOf([&] { o.link->subSendChars("ab", 2, 0, 2, 0, 50, 0); }).Description,
             "Wrong Characters Received");
+}
+
+TEST(Exchange, ASitesActionRepeatsAStepOrGoesOnBehindIt) {
+  for (const std::int32_t answer : {errResume, errResumeNext}) {
+    OpenLink o;
+    Class_ErrorAction action;
+    action.ErrorNumber = 3001;
+    action.ErrorModule = "Form_Comm";
+    action.ErrorProcedure = "subSendChars";
+    action.ErrorAction = answer;
+    action.ProcErrorCountLimit = 5;
+    globals().ErrorActions = {action};
+    const Failure failure = failureOf([&] { o.link->subSendChars("abc", 2, 1, 1, 0, 10, 0); });
+    EXPECT_EQ(failure.Number, answer == errResume ? 3001 : 0);
+    EXPECT_EQ(o.world->Written, answer == errResume ? "a" : "abc\r");
+  }
 }
 
 TEST(Exchange, ReadsLinesUntilSilence) {

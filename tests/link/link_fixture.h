@@ -13,25 +13,26 @@
 
 namespace hy_wristlog {
 
-/// Everything that a link told, in order.
+/// What a link told, in order: "event 4 text", "l2/3:7" a lost packet, "s1/2" a sent one, "r1:128" a received
+/// one with the bytes so far, "aborted".
 struct Told : CommEvents {
   void CommEventError(std::int32_t number, std::string& text) override {
     add("event " + std::to_string(number) + ' ' + text);
   }
   void XModemLostPacket(std::int16_t attempt, std::int16_t most, std::int16_t packet) override {
-    add("lost " + std::to_string(attempt) + '/' + std::to_string(most) + ' ' + std::to_string(packet));
+    add("l" + std::to_string(attempt) + '/' + std::to_string(most) + ':' + std::to_string(packet));
   }
   void XModemPacketSent(std::uint8_t packet, std::uint8_t total) override {
-    add("sent " + std::to_string(packet) + '/' + std::to_string(total));
+    add("s" + std::to_string(packet) + '/' + std::to_string(total));
   }
   void XmodemPacketReceived(std::uint8_t packet, std::int32_t bytes) override {
-    add("received " + std::to_string(packet) + ' ' + std::to_string(bytes));
+    add("r" + std::to_string(packet) + ':' + std::to_string(bytes));
   }
   void CommProgress(std::string& text) override { Progress.push_back(text); }
   void AbortAcknowledged() override { add("aborted"); }
   void CommRX(std::string& text) override { Characters += text; }
 
-  void add(const std::string& line) { Events += (Events.empty() ? "" : "; ") + line; }
+  void add(const std::string& line) { Events += (Events.empty() ? "" : " ") + line; }
 
   std::string Events, Characters;
   std::vector<std::string> Progress;

@@ -136,7 +136,7 @@ TEST(Port, EventsAreToldWhileEventsAreServed) {
          w.Errors.Overrun = w.Errors.Parity = 1;
          w.Lines.Dsr = true;
        },
-       "event 4 Change in the DSR Line; event 1009 Parity Error; event 1006 Data Lost Error", 1006},
+       "event 4 Change in the DSR Line event 1009 Parity Error event 1006 Data Lost Error", 1006},
   };
   for (const auto& c : cases) {
     OpenLink o{true, true};
