@@ -22,7 +22,7 @@ struct Step {
 
 void runTranscript(const BenchOptions& options) {
   Session session{options};
-  VardenLogger& logger = *session.logger;
+  VardenLogger& logger = session.logger;
   simulator::SimulatedLogger& device = *session.bench.Logger;
   const bool vivid = device.model() == simulator::LoggerModel::Vivid;
   session.connect();
@@ -164,10 +164,10 @@ TEST(Commands, BatteryLine) {
   };
   for (const auto& row : cases) {
     SCOPED_TRACE(row.Line);
-    ScriptedSession session{{.Answers = {{"show battery", {value(row.Line)}}}}};
-    VardenRecord& record = session.logger->record;
+    ScriptedSession session{{{"show battery", {value(row.Line)}}}};
+    VardenRecord& record = session.logger.record;
     record.FirmwareVersion = row.Firmware;
-    EXPECT_EQ(outcome([&] { session.logger->fncReadVardenBatteryVoltage(); }),
+    EXPECT_EQ(outcome([&] { session.logger.fncReadVardenBatteryVoltage(); }),
               row.Reads ? ""
                         : "11507 Class_VardenLogger.fncReadVardenBatteryVoltage: Checksum or format error "
                           "when retrieving logger time");
@@ -180,12 +180,11 @@ TEST(Commands, BatteryLine) {
 TEST(Commands, ClockModeGoesForthAndBack) {
   const Lines cases[] = {{"0", "12"}, {"12", "24"}, {"24", "12"}, {"7", "12"}, {"off", "12"}};
   for (const Lines& row : cases) {
-    ScriptedSession session{{.Answers = {{"show clock mode", {value(" " + row[0] + " ")}},
-                                         {"clock mode " + row[0], {">"}},
-                                         {"clock mode " + row[1], {">"}}}}};
-    EXPECT_EQ(outcome([&] { session.logger->subVardenConfigCRCreset(); }), "");
-    EXPECT_EQ(session.world->script.Lines,
-              (Lines{"show clock mode", "clock mode " + row[1], "clock mode " + row[0]}));
+    ScriptedSession session{{{"show clock mode", {value(" " + row[0] + " ")}},
+                             {"clock mode " + row[0], {">"}},
+                             {"clock mode " + row[1], {">"}}}};
+    EXPECT_EQ(outcome([&] { session.logger.subVardenConfigCRCreset(); }), "");
+    EXPECT_EQ(session.Lines, (Lines{"show clock mode", "clock mode " + row[1], "clock mode " + row[0]}));
   }
 }
 
@@ -220,7 +219,7 @@ TEST(Commands, SettingsThatCannotBeReadAreTriedOnceMoreAfterAReset) {
     Session session{options};
     session.connect();
     row.Spoil(session.bench.Logger->Faults);
-    EXPECT_EQ(outcome([&] { session.logger->fncReadVardenSetup(); }), row.Outcome);
+    EXPECT_EQ(outcome([&] { session.logger.fncReadVardenSetup(); }), row.Outcome);
     EXPECT_EQ(session.commands(), row.Commands);
   }
 }
@@ -243,7 +242,7 @@ TEST(Commands, AbortedDownloadLeavesTheRawDataAlone) {
   const auto host = std::make_shared<AbortingHost>();
   session.bench.World->setHost(host);
   session.connect();
-  VardenLogger& logger = *session.logger;
+  VardenLogger& logger = session.logger;
   session.bench.Logger->block().set(simulator::block::NextAddress, 6000);
   const ByteArray before{1, 2, 3};
   logger.record.RawData = before;
@@ -261,7 +260,7 @@ TEST(Commands, AbortedDownloadLeavesTheRawDataAlone) {
 TEST(Commands, TimeStamps) {
   ScriptedSession session;
   globals().ShortDateTimeFormat = "yyyy-mm-dd hh:nn:ss";
-  VardenLogger& logger = *session.logger;
+  VardenLogger& logger = session.logger;
   logger.record.StartTimeGMT = Noon;
   logger.record.EpochLength = 30;
   EXPECT_EQ(logger.fncTimeStamp(3), "2026-03-02 12:01:30");

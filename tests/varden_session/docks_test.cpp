@@ -36,7 +36,7 @@ TEST(Docks, DeviceNames) {
 TEST(Docks, ALoggerAnswersInEachForm) {
   for (const DockKind kind : {DockKind::Quillander, DockKind::TolkaFirst, DockKind::TolkaSecond}) {
     Session session{benchWith(kind)};
-    VardenLogger& logger = *session.logger;
+    VardenLogger& logger = session.logger;
     EXPECT_TRUE(isConnected(logger, kind));
     EXPECT_TRUE(logger.link().Get_PortReady());
     EXPECT_EQ(logger.record.DeviceType, kind == DockKind::Quillander ? KR_QUILLANDER : KR_TOLKA);
@@ -93,12 +93,12 @@ TEST(Docks, AnEmptyTolkaDockIsFoundOutByDsr) {
   for (const bool longWait : {false, true}) {
     Session session{benchWith(DockKind::TolkaSecond, false)};
     const double waited = session.elapsedDuring(
-        [&] { EXPECT_FALSE(isConnected(*session.logger, DockKind::TolkaSecond, true, longWait)); });
+        [&] { EXPECT_FALSE(isConnected(session.logger, DockKind::TolkaSecond, true, longWait)); });
     EXPECT_NEAR(waited, longWait ? 5.0 : 1.0, 0.05);
-    EXPECT_FALSE(session.logger->link().Get_PortReady());
+    EXPECT_FALSE(session.logger.link().Get_PortReady());
     session.bench.World->after(2s, [&] { session.bench.Dock->insert(*session.bench.Logger); });
     const double until = session.elapsedDuring(
-        [&] { EXPECT_EQ(isConnected(*session.logger, DockKind::TolkaSecond, true, longWait), longWait); });
+        [&] { EXPECT_EQ(isConnected(session.logger, DockKind::TolkaSecond, true, longWait), longWait); });
     EXPECT_NEAR(until, longWait ? 2.2 : 1.0, 0.1);
   }
 }
@@ -106,14 +106,14 @@ TEST(Docks, AnEmptyTolkaDockIsFoundOutByDsr) {
 TEST(Docks, ALoggerTakenOutOfAnOpenDock) {
   for (const DockKind kind : {DockKind::Quillander, DockKind::TolkaSecond}) {
     Session session{benchWith(kind)};
-    EXPECT_TRUE(isConnected(*session.logger, kind));
+    EXPECT_TRUE(isConnected(session.logger, kind));
     session.bench.Dock->pullOut();
     bool connected = true;
-    EXPECT_EQ(outcome([&] { connected = isConnected(*session.logger, kind); }), "");
+    EXPECT_EQ(outcome([&] { connected = isConnected(session.logger, kind); }), "");
     EXPECT_FALSE(connected);
   }
   Session empty{benchWith(DockKind::Quillander, false)};
-  EXPECT_NEAR(empty.elapsedDuring([&] { EXPECT_FALSE(isConnected(*empty.logger, DockKind::Quillander)); }),
+  EXPECT_NEAR(empty.elapsedDuring([&] { EXPECT_FALSE(isConnected(empty.logger, DockKind::Quillander)); }),
               3.5, 0.1);
 }
 
@@ -143,13 +143,13 @@ TEST(Docks, FailuresOfOpening) {
       Session session{benchWith(kind)};
       session.bench.Dock->Faults.Open = {row.Number, simulator::always()};
       bool connected = false;
-      EXPECT_EQ(outcome([&] { connected = isConnected(*session.logger, kind); }),
+      EXPECT_EQ(outcome([&] { connected = isConnected(session.logger, kind); }),
                 vivid ? row.VividOutcome : row.TolkaOutcome);
       EXPECT_FALSE(connected);
       std::int32_t result = -1;
       outcome([&] {
-        result = vivid ? session.logger->fncOpenQuillanderPort(33, false)
-                       : session.logger->fncOpenTolkaPort(33, false, false);
+        result = vivid ? session.logger.fncOpenQuillanderPort(33, false)
+                       : session.logger.fncOpenTolkaPort(33, false, false);
       });
       EXPECT_EQ(result, vivid ? row.VividResult : row.TolkaResult);
     }
@@ -158,42 +158,36 @@ TEST(Docks, FailuresOfOpening) {
 
 TEST(Docks, OpenProceduresWantAPort) {
   ScriptedSession session;
-  EXPECT_EQ(outcome([&] { session.logger->fncOpenTolkaPort(0, false, false); }),
+  EXPECT_EQ(outcome([&] { session.logger.fncOpenTolkaPort(0, false, false); }),
             "11509 Class_VardenLogger.fncOpenTolkaPort: Invalid COM Port Settings");
-  EXPECT_EQ(outcome([&] { session.logger->fncOpenQuillanderPort(-1, false); }),
+  EXPECT_EQ(outcome([&] { session.logger.fncOpenQuillanderPort(-1, false); }),
             "11509 Class_VardenLogger.fncOpenQuillanderPort: Invalid COM Port Settings");
 }
 
 TEST(Docks, WhatTheLinesDo) {
-  ScriptedSession session;
-  Script& script = session.world->script;
-  const auto elapsed = [&](const std::function<void()>& step) {
-    const double before = session.world->elapsed();
-    step();
-    return session.world->elapsed() - before;
-  };
-  script.Answers[""] = {"", ">"};
-  EXPECT_NEAR(elapsed([&] { EXPECT_EQ(session.logger->fncOpenQuillanderPort(7, false), 0); }), 0.305, 0.05);
-  const std::vector<std::string> pulse{"RTS down", "RTS up", "RTS down", "DTR up"};
-  ASSERT_GE(script.Signals.size(), pulse.size());
-  EXPECT_TRUE(std::equal(pulse.rbegin(), pulse.rend(), script.Signals.rbegin()));
-  EXPECT_EQ(script.Written, "\r\r");
+  ScriptedSession session{{{"", {"", ">"}}}};
+  VardenLogger& logger = session.logger;
+  session.world->Lines.Dsr = true;
+  EXPECT_NEAR(session.elapsedDuring([&] { EXPECT_EQ(logger.fncOpenQuillanderPort(7, false), 0); }), 0.305,
+              0.05);
+  EXPECT_TRUE(session.world->journal().ends_with("rts off; rts on; rts off; dtr on"));
+  EXPECT_EQ(session.world->Written, "\r\r");
 
-  // DSR that does not fall is waited for, a second and no longer; without a signal there is nothing to wait
-  // for.
-  EXPECT_NEAR(elapsed([&] { EXPECT_EQ(session.logger->fncOpenTolkaPort(7, true, false), 0); }), 2.005, 0.02);
-  script.Signals.clear();
-  EXPECT_NEAR(elapsed([&] { session.logger->subCloseTolkaPort(); }), 1.0, 0.02);
-  EXPECT_EQ(script.Signals, std::vector<std::string>{"DTR down"});
-  session.logger->fncOpenTolkaPort(7, false, false);
-  script.Dsr = false;
-  EXPECT_EQ(elapsed([&] { session.logger->subCloseTolkaPort(); }), 0);
+  // DSR that does not fall is waited for a second; without a signal there is nothing to wait for.
+  EXPECT_NEAR(session.elapsedDuring([&] { EXPECT_EQ(logger.fncOpenTolkaPort(7, true, false), 0); }), 2.005,
+              0.02);
+  session.world->journal();
+  EXPECT_NEAR(session.elapsedDuring([&] { logger.subCloseTolkaPort(); }), 1.0, 0.02);
+  EXPECT_EQ(session.world->journal(), "dtr off; close");
+  logger.fncOpenTolkaPort(7, false, false);
+  session.world->Lines.Dsr = false;
+  EXPECT_EQ(session.elapsedDuring([&] { logger.subCloseTolkaPort(); }), 0);
 
   for (const enmDeviceType type : {Device_Unknown, KR_QUILLANDER, KR_TOLKA}) {
-    session.logger->link().subOpenPort(7, 13, 8, 3, 3, 0, false, true);
-    session.logger->record.DeviceType = type;
-    session.logger->subCloseDevicePort();
-    EXPECT_FALSE(session.logger->link().Get_PortReady());
+    logger.link().subOpenPort(7, 13, 8, 3, 3, 0, false, true);
+    logger.record.DeviceType = type;
+    logger.subCloseDevicePort();
+    EXPECT_FALSE(logger.link().Get_PortReady());
   }
 }
 

@@ -3,14 +3,13 @@
 #include <deque>
 #include <functional>
 #include <map>
-#include <memory>
-#include <span>
 #include <string>
 #include <vector>
 
 #include "hy_wristlog/failure.h"
 #include "simulator/bench.h"
 #include "simulator/checksum.h"
+#include "support/scripted_world.h"
 #include "varden/VardenLogger.h"
 
 namespace hy_wristlog::session {
@@ -41,15 +40,15 @@ struct Session {
   const std::vector<std::string>& commands() const { return bench.Logger->commands(); }
   void connect() {
     if (bench.Logger->model() == simulator::LoggerModel::Vivid)
-      logger->fncQuillanderLoggerConnected(true);
+      logger.fncQuillanderLoggerConnected(true);
     else
-      logger->fncTolkaLoggerConnected(true, false);
+      logger.fncTolkaLoggerConnected(true, false);
     bench.Logger->forgetCommands();
   }
 
   simulator::Bench bench;
   simulator::BenchScope scope;
-  std::unique_ptr<VardenLogger> logger = std::make_unique<VardenLogger>();
+  VardenLogger logger;
 };
 
 /// A value line with its checksum, and the prompt.
@@ -61,101 +60,55 @@ inline std::string value(const std::string& text) {
 
 enum class Hearing : std::uint8_t { Good, Deaf, Garbled };
 
-/// What a scripted logger does, and what it saw.
-struct Script {
-  /// By command: the answers behind the echo, in turn; the last one stays.
-  std::map<std::string, std::deque<std::string>> Answers{};
-  /// How the typed commands are heard, one after another; later ones well.
-  std::deque<Hearing> Hearings{};
-  bool Dsr = true;
-  std::vector<std::string> Lines{};  ///< the commands that came in whole
-  std::string Written{};             ///< every byte
-  std::vector<std::string> Signals{};
-};
+/// A logger object whose port leads to a logger that follows a script.
+struct ScriptedSession {
+  using AnswersByCommand = std::map<std::string, std::deque<std::string>>;
 
-class ScriptedPort : public platform::SerialPort {
- public:
-  explicit ScriptedPort(Script& script) : script_(script) {}
+  /// `answers` stand behind the echo, in turn, and the last one stays. The typed commands are heard as
+  /// `hearings` say, one after another, and later ones well.
+  explicit ScriptedSession(AnswersByCommand answers = {}, std::deque<Hearing> hearings = {})
+      : Answers(std::move(answers)), Hearings(std::move(hearings)) {
+    world->OnWrite = [this](std::string_view bytes) {
+      for (const char byte : bytes) hear(byte);
+    };
+    logger.link().subOpenPort(33, 13, 8, 3, 3, 0, false, true);
+  }
 
-  void configure(const platform::LineSettings&) override {}
-  std::size_t read(std::span<std::uint8_t> into) override {
-    const std::size_t count = std::min(into.size(), toPc_.size());
-    std::copy_n(toPc_.begin(), count, into.begin());
-    toPc_.erase(0, count);
-    return count;
+  double elapsedDuring(const std::function<void()>& step) {
+    const std::int64_t before = world->Now;
+    step();
+    return static_cast<double>(world->Now - before) / 1000;
   }
-  std::size_t write(std::span<const std::uint8_t> bytes) override {
-    for (const std::uint8_t byte : bytes) hear(static_cast<char>(byte));
-    return bytes.size();
-  }
-  std::size_t outstanding() override { return 0; }
-  void discardInput() override { toPc_.clear(); }
-  void setDtr(bool on) override { script_.Signals.push_back(on ? "DTR up" : "DTR down"); }
-  void setRts(bool on) override { script_.Signals.push_back(on ? "RTS up" : "RTS down"); }
-  platform::ModemLines modemLines() override {
-    return {.Cts = false, .Dsr = script_.Dsr, .Cd = false, .Ring = false};
-  }
-  platform::LineErrors takeErrors() override { return {}; }
+
+  scripted::InWorld world;
+  VardenLogger logger;
+  AnswersByCommand Answers;
+  std::deque<Hearing> Hearings;
+  std::vector<std::string> Lines;  ///< the commands that came in whole
 
  private:
   void hear(char byte) {
-    script_.Written += byte;
+    std::string& toPc = world->Incoming;
     if (byte == '\r') {
-      script_.Lines.push_back(std::exchange(typed_, {}));
-      toPc_ += byte;
-      answer(script_.Answers[script_.Lines.back()]);
+      Lines.push_back(std::exchange(typed_, {}));
+      toPc += byte;
+      auto& answers = Answers[Lines.back()];
+      if (!answers.empty()) toPc += answers.front();
+      if (answers.size() > 1) answers.pop_front();
       return;
     }
     if (byte < ' ') return;
-    if (typed_.empty() && !script_.Hearings.empty()) {
-      const Hearing hearing = script_.Hearings.front();
-      script_.Hearings.pop_front();
-      if (hearing == Hearing::Garbled) toPc_ += '~';
+    if (typed_.empty() && !Hearings.empty()) {
+      const Hearing hearing = Hearings.front();
+      Hearings.pop_front();
+      if (hearing == Hearing::Garbled) toPc += '~';
       if (hearing != Hearing::Good) return;
     }
     typed_ += byte;
-    toPc_ += byte;
-  }
-  void answer(std::deque<std::string>& answers) {
-    if (answers.empty()) return;
-    toPc_ += answers.front();
-    if (answers.size() > 1) answers.pop_front();
+    toPc += byte;
   }
 
-  Script& script_;
-  std::string typed_, toPc_;
-};
-
-/// A simulated world whose ports all lead to one scripted logger.
-class ScriptedWorld : public simulator::SimulatedWorld, private platform::SerialPorts {
- public:
-  Script script;
-  platform::SerialPorts& serialPorts() override { return *this; }
-
- private:
-  std::unique_ptr<platform::SerialPort> open(std::int32_t) override {
-    script.Signals.clear();
-    return std::make_unique<ScriptedPort>(script);
-  }
-};
-
-/// A logger object whose port leads to a scripted logger.
-struct ScriptedSession {
-  explicit ScriptedSession(const Script& script) : ScriptedSession() {
-    logger->link().subOpenPort(33, 13, 8, 3, 3, 0, false, true);
-    world->script = script;
-  }
-  ScriptedSession() : former(platform::use(world)), logger(std::make_unique<VardenLogger>()) {}
-  ScriptedSession(const ScriptedSession&) = delete;
-  ScriptedSession& operator=(const ScriptedSession&) = delete;
-  ~ScriptedSession() {
-    logger.reset();
-    platform::use(former);
-  }
-
-  std::shared_ptr<ScriptedWorld> world = std::make_shared<ScriptedWorld>();
-  std::shared_ptr<platform::Platform> former;
-  std::unique_ptr<VardenLogger> logger;
+  std::string typed_;
 };
 
 }  // namespace hy_wristlog::session

@@ -52,17 +52,17 @@ TEST(ShellFailures, ACommandThatIsNotHeardIsSentThreeTimes) {
   for (const Command& command : allCommands()) {
     for (const Hearing hearing : {Hearing::Deaf, Hearing::Garbled}) {
       SCOPED_TRACE(command.Name);
-      ScriptedSession session{{.Hearings = {3, hearing}}};
-      const double before = session.world->elapsed();
-      EXPECT_EQ(outcome([&] { command.Call(*session.logger); }),
-                std::string(hearing == Hearing::Deaf ? "3001" : "3003") + " Class_VardenLogger." +
-                    command.Name + ": Failure to send command");
-      const double wanted = hearing == Hearing::Deaf ? 4.5 : 1.5;
-      EXPECT_NEAR(session.world->elapsed() - before, wanted, 0.1);
-      EXPECT_EQ(session.world->script.Lines, Lines{});
+      ScriptedSession session{{}, {3, hearing}};
+      std::string result;
+      const double elapsed =
+          session.elapsedDuring([&] { result = outcome([&] { command.Call(session.logger); }); });
+      EXPECT_EQ(result, std::string(hearing == Hearing::Deaf ? "3001" : "3003") + " Class_VardenLogger." +
+                            command.Name + ": Failure to send command");
+      EXPECT_NEAR(elapsed, hearing == Hearing::Deaf ? 4.5 : 1.5, 0.1);
+      EXPECT_EQ(session.Lines, Lines{});
       const std::string cancels(std::string_view(command.Text) == "config" ? 4 : 0, '\x18');
       const std::string once = command.Text[0] + cancels;
-      EXPECT_EQ(session.world->script.Written, once + once + once);
+      EXPECT_EQ(session.world->Written, once + once + once);
     }
   }
 }
@@ -70,22 +70,23 @@ TEST(ShellFailures, ACommandThatIsNotHeardIsSentThreeTimes) {
 TEST(ShellFailures, AnswersThatStayAwayAreNotAskedForAgain) {
   std::vector<Command> commands = readers();
   commands.insert(commands.end(), setters().begin(), setters().end());
-  const bool endsWithPrompt[] = {true, false};
   for (const Command& command : commands) {
-    for (const bool silent : endsWithPrompt) {
+    for (const bool silent : {true, false}) {
       SCOPED_TRACE(command.Name);
-      ScriptedSession session{{.Answers = {{command.Text, {silent ? "" : "x"}}}}};
-      const double before = session.world->elapsed();
-      EXPECT_EQ(outcome([&] { command.Call(*session.logger); }),
+      ScriptedSession session{{{command.Text, {silent ? "" : "x"}}}};
+      std::string result;
+      const double elapsed =
+          session.elapsedDuring([&] { result = outcome([&] { command.Call(session.logger); }); });
+      EXPECT_EQ(result,
                 silent ? "3001 Form_Comm.fncGetCharLine: No characters received"
                        : "3002 Form_Comm.fncGetCharLine: No carriage return or final character received");
-      EXPECT_EQ(session.world->script.Lines, Lines{command.Text});
+      EXPECT_EQ(session.Lines, Lines{command.Text});
       const std::string_view text = command.Text;
       const double silence = text == "memory erase"   ? 40
                              : text == "show ver"     ? 1
                              : text == "show battery" ? 0.5
                                                       : 0.2;
-      EXPECT_NEAR(session.world->elapsed() - before, silence, 0.15);
+      EXPECT_NEAR(elapsed, silence, 0.15);
     }
   }
 }
@@ -109,27 +110,26 @@ TEST(ShellFailures, ThreeRoundsForAValue) {
     SCOPED_TRACE(command.Name);
     for (const bool recovers : {false, true}) {
       const std::string bad = "1#0001\r>";
-      ScriptedSession session{{.Answers = {{command.Text, {bad, bad, recovers ? good[i] : bad}},
-                                           {"clock mode 12", {">"}},
-                                           {"clock mode 24", {">"}}}}};
-      session.logger->record.LastLoggerTime = 7;
-      EXPECT_EQ(outcome([&] { command.Call(*session.logger); }), recovers ? "" : failures[i]);
-      const Lines& lines = session.world->script.Lines;
+      ScriptedSession session{{{command.Text, {bad, bad, recovers ? good[i] : bad}},
+                               {"clock mode 12", {">"}},
+                               {"clock mode 24", {">"}}}};
+      session.logger.record.LastLoggerTime = 7;
+      EXPECT_EQ(outcome([&] { command.Call(session.logger); }), recovers ? "" : failures[i]);
+      const Lines& lines = session.Lines;
       EXPECT_EQ(std::count(lines.begin(), lines.end(), command.Text), 3);
       const bool reads = std::string_view(command.Text) == "show clock time";
-      EXPECT_EQ(session.logger->record.LastLoggerTime, !reads ? 7 : recovers ? 46083.5 : -1);
+      EXPECT_EQ(session.logger.record.LastLoggerTime, !reads ? 7 : recovers ? 46083.5 : -1);
     }
   }
 }
 
 TEST(ShellFailures, ATimeMustBeANumberAndAMemoryLineNineLong) {
-  ScriptedSession session{
-      {.Answers = {{"show clock time", {value("--"), value("99999999999")}},
-                   {"debug mem r 0x7", {"0xA5#123\r>", "0xA5#12345\r>", "0xa5#????\r>"}}}}};
-  EXPECT_EQ(outcome([&] { session.logger->fncReadVardenTime(); }),
+  ScriptedSession session{{{"show clock time", {value("--"), value("99999999999")}},
+                           {"debug mem r 0x7", {"0xA5#123\r>", "0xA5#12345\r>", "0xa5#????\r>"}}}};
+  EXPECT_EQ(outcome([&] { session.logger.fncReadVardenTime(); }),
             "6 Class_VardenLogger.fncReadVardenTime: Overflow");
-  EXPECT_EQ(session.logger->record.LastLoggerTime, -1.0);
-  EXPECT_EQ(session.logger->fncReadVardenMemoryLocation(7), 0xA5);
+  EXPECT_EQ(session.logger.record.LastLoggerTime, -1.0);
+  EXPECT_EQ(session.logger.fncReadVardenMemoryLocation(7), 0xA5);
 }
 
 TEST(ShellFailures, SendsAreABudgetForAllRounds) {
@@ -151,67 +151,47 @@ TEST(ShellFailures, SendsAreABudgetForAllRounds) {
        {"show clock mode", "show clock mode", "clock mode 24", "clock mode 12"}},
   };
   for (const auto& row : cases) {
-    ScriptedSession session{{.Answers = {{"show clock mode", {bad, value("12")}},
-                                         {"clock mode 12", {">"}},
-                                         {"clock mode 24", {">"}}},
-                             .Hearings = row.Hearings}};
-    EXPECT_EQ(outcome([&] { session.logger->subVardenConfigCRCreset(); }), row.Outcome);
-    EXPECT_EQ(session.world->script.Lines, row.Commands);
+    ScriptedSession session{
+        {{"show clock mode", {bad, value("12")}}, {"clock mode 12", {">"}}, {"clock mode 24", {">"}}},
+        row.Hearings};
+    EXPECT_EQ(outcome([&] { session.logger.subVardenConfigCRCreset(); }), row.Outcome);
+    EXPECT_EQ(session.Lines, row.Commands);
   }
 }
 
-TEST(ShellFailures, Transfers) {
-  ScriptedSession nothing{{.Answers = {{"show config", {"\x04"}}}}};
-  EXPECT_EQ(outcome([&] { nothing.logger->fncReadVardenConfig(false); }),
+TEST(ShellFailures, TransfersThatBringNothing) {
+  ScriptedSession nothing{{{"show config", {"\x04"}}}};
+  EXPECT_EQ(outcome([&] { nothing.logger.fncReadVardenConfig(false); }),
             "3013 Class_VardenLogger.fncReadVardenConfig: No packets received");
 
-  // The logger answers the line, but no packet, no invitation and no data follow.
-  const struct {
-    void (*Spoil)(simulator::TransferFaults&);
-    std::string Outcome;
-    std::function<void(VardenLogger&)> Call;
-  } cases[] = {
-      {[](auto& faults) { faults.LosePacket = simulator::always(); },
-       "3013 Form_Comm.fncReceiveXmodemPackets: No packet received, retries exceeded",
-       [](auto& l) { l.fncReadVardenConfig(false); }},
-      {[](auto& faults) { faults.DamagePacket = simulator::always(); },
-       "3011 Form_Comm.fncReceiveXmodemPackets: Maximum number of packet transmission retries exceeded",
-       [](auto& l) { l.fncReadVardenConfig(false); }},
-      {[](auto& faults) { faults.LoseInvitation = simulator::always(); },
-       "3008 Form_Comm.subSendXmodemPackets: Failure to receive initiation character",
-       [](auto& l) { l.subSendVardenConfig(); }},
-      {[](auto& faults) { faults.LoseAnswer = simulator::always(); },
-       "3010 Form_Comm.subSendXmodemPackets: Failure to receive packet acknowledgement",
-       [](auto& l) { l.subSendVardenConfig(); }},
-      {[](auto& faults) { faults.NakEnd = simulator::always(); },
-       "3011 Form_Comm.subSendXmodemPackets: Maximum number of packet transmission retries exceeded",
-       [](auto& l) { l.subSendVardenConfig(); }},
-      {[](auto&) {}, "11503 Class_VardenLogger.subSetRawDataFromPackets: Invalid packet array input",
-       [](auto& l) { l.fncReadVardenData(); }},
-  };
-  for (const auto& row : cases) {
-    Session session{simulator::vividBenchOptions()};
-    session.connect();
-    session.logger->fncReadVardenSetup();
-    row.Spoil(session.bench.Logger->Faults.Transfer);
-    EXPECT_EQ(outcome([&] { row.Call(*session.logger); }), row.Outcome);
-  }
+  Session session{simulator::vividBenchOptions()};
+  session.connect();
+  session.logger.fncReadVardenSetup();
+  EXPECT_EQ(outcome([&] { session.logger.fncReadVardenData(); }),
+            "11503 Class_VardenLogger.subSetRawDataFromPackets: Invalid packet array input");
+  session.bench.Logger->Faults.Transfer.LoseInvitation = simulator::always();
+  EXPECT_EQ(outcome([&] { session.logger.subSendVardenConfig(); }),
+            "3008 Form_Comm.subSendXmodemPackets: Failure to receive initiation character");
 }
 
 TEST(ShellFailures, PromptIsFalseInsteadOfAFailure) {
-  for (const char* answer : {"", "no prompt", ">"}) {
-    ScriptedSession session{{.Answers = {{"", {answer}}}}};
-    const double before = session.world->elapsed();
+  const std::tuple<const char*, bool, double> cases[] = {
+      {"", false, 0.2}, {"no prompt", false, 0.25}, {">", true, 0}};
+  for (const auto& [answer, expected, elapsed] : cases) {
+    ScriptedSession session{{{"", {answer}}}};
     bool prompt = false;
-    EXPECT_EQ(outcome([&] { prompt = session.logger->fncGetVardenPrompt(); }), "");
-    EXPECT_EQ(prompt, std::string(answer) == ">");
-    EXPECT_LT(session.world->elapsed() - before, 0.35);
-    EXPECT_EQ(session.world->script.Written, "\r");
+    std::string result;
+    EXPECT_NEAR(session.elapsedDuring(
+                    [&] { result = outcome([&] { prompt = session.logger.fncGetVardenPrompt(); }); }),
+                elapsed, 0.03);
+    EXPECT_EQ(result, "");
+    EXPECT_EQ(prompt, expected);
+    EXPECT_EQ(session.world->Written, "\r");
   }
   Session silent{simulator::vividBenchOptions()};
   silent.connect();
   silent.bench.Logger->Faults.Silent = true;
-  EXPECT_NEAR(silent.elapsedDuring([&] { EXPECT_FALSE(silent.logger->fncGetVardenPrompt()); }), 0.2, 0.02);
+  EXPECT_NEAR(silent.elapsedDuring([&] { EXPECT_FALSE(silent.logger.fncGetVardenPrompt()); }), 0.2, 0.02);
 }
 
 TEST(ShellFailures, AnUnpluggedDockIsNotSilence) {
@@ -219,7 +199,7 @@ TEST(ShellFailures, AnUnpluggedDockIsNotSilence) {
   session.connect();
   session.bench.Dock->unplug();
   std::string result;
-  EXPECT_LT(session.elapsedDuring([&] { result = outcome([&] { session.logger->fncReadVardenTime(); }); }),
+  EXPECT_LT(session.elapsedDuring([&] { result = outcome([&] { session.logger.fncReadVardenTime(); }); }),
             0.4);
   EXPECT_EQ(result.substr(0, 5), "8015 ");
 }
