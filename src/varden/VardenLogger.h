@@ -59,8 +59,14 @@ class VardenLogger : private CommEvents {
   void Let_SubjectPacket(const PacketArray& packets);
   PacketArray Get_SubjectPacket();
 
-  // The shell: commands.cpp
+  // The shell: shell.cpp, value_commands.cpp, set_commands.cpp, transfer_commands.cpp. A command that is not
+  // heard raises 3001 or 3003, an answer that stays away 3001 or 3002, a value that fails its check three
+  // times 11507, a memory location that cannot be read 11510. A configuration raises 3011, 3013, 11504 and
+  // 11505 as well when it is read, 3008 to 3012 when it is sent.
+  /// False, without a failure, when no logger answers.
   bool fncGetVardenPrompt();
+  /// Whether the four digits behind the first "#" are the CRC-16/XMODEM of all before it, and not 0000. The
+  /// line becomes the data without blanks around them, or empty.
   static bool fncCheckCRCandParse(std::string& line);
   void fncReadVardenFWversion();
   void fncReadVardenBatteryVoltage();
@@ -83,7 +89,7 @@ class VardenLogger : private CommEvents {
   static bool fncIsVardenFromDeviceName(std::string_view name);
   std::string fncTimeStamp(std::int32_t index, std::optional<std::int32_t> EpochLength = {}) const;
 
-  // Docks and ports: docks.cpp
+  // Docks and ports: docks.cpp. A port that cannot be opened raises 11508, a port number below 1 11509.
   std::int16_t fncTolkaDockCOMport(std::int16_t& NumConnected);
   std::int16_t fncQuillanderDockCOMport(std::int16_t& NumConnected);
   bool fncTolkaLoggerConnected(bool KeepPortOpen, bool LongDSRwait);
