@@ -155,7 +155,11 @@ void SimulatedDock::closePort() {
 }
 
 void SimulatedDock::setDtr(bool on) {
-  if (on == std::exchange(dtr_, on) || options_.Kind == DockKind::Quillander) return;
+  if (on == dtr_) return;
+  // However short DTR was down, the dock has let the logger go before it looks for it anew.
+  if (on && signal_.pending() && options_.Kind != DockKind::Quillander) settle();
+  dtr_ = on;
+  if (options_.Kind == DockKind::Quillander) return;
   if (!on)
     signal_.setAfter(DsrFalls);
   else if (contact())

@@ -70,6 +70,12 @@ TEST(Tolka, DsrFollowsDtrWhenALoggerIsSeated) {
   EXPECT_FALSE(dsr());
   wire.wait(2);
   EXPECT_TRUE(dsr());
+  EXPECT_EQ(wire.exchange("show config\r"), "show config\r");
+  wire.Port->setDtr(false);
+  wire.Port->setDtr(true);
+  EXPECT_FALSE(dsr()) << "even a moment's drop lets the logger go";
+  wire.wait(200);
+  EXPECT_EQ(wire.exchange("\r"), "\r>") << "and ends its transfer";
   wire.Lab.Dock->pullOut();
   EXPECT_FALSE(dsr());
   wire.Lab.Dock->insert(*wire.Lab.Logger);
