@@ -1,0 +1,70 @@
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <vector>
+
+#include "hy_wristlog/Class_Main.h"
+#include "simulator/bench.h"
+#include "tools/Class_Tools.h"
+
+namespace hy_wristlog {
+namespace {
+
+void Crc16(benchmark::State& state) {
+  const std::vector<std::uint8_t> bytes(static_cast<std::size_t>(state.range(0)), 0x5A);
+  for (auto _ : state) benchmark::DoNotOptimize(Class_Tools::fncGetCRC16(bytes));
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * state.range(0));
+}
+BENCHMARK(Crc16)->Arg(128)->Arg(1024)->Arg(1 << 20);
+
+/// A world of its own each time, as a host's thread finds it.
+void OpenLibrary(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    const simulator::Bench bench = simulator::makeVividBench();
+    const simulator::BenchScope scope(bench);
+    state.ResumeTiming();
+    const Class_Main main;
+    benchmark::DoNotOptimize(main.Get_Version());
+    state.PauseTiming();
+    platform::current().objects().clear();
+    state.ResumeTiming();
+  }
+}
+BENCHMARK(OpenLibrary)->Unit(benchmark::kMillisecond);
+
+/// A full memory of 1 MiB. `simulated_s` is the session's time on the simulated clock, `line_limit_s` what
+/// its bytes need on the line alone (11 bits a byte at 57600).
+void RetrieveMebibyte(benchmark::State& state) {
+  double simulated = 0;
+  double lineLimit = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    const simulator::Bench bench = simulator::makeVividBench();
+    const simulator::BenchScope scope(bench);
+    bench.Logger->setUp(
+        simulator::ordinarySetup(*bench.World, simulator::Mode::ActivityAndStandardLight, 15));
+    bench.Logger->wear(std::chrono::hours(24 * 40));
+    const double before = bench.World->elapsed();
+    const simulator::Traffic traffic = bench.line().traffic();
+    state.ResumeTiming();
+
+    Class_Main main;
+    std::shared_ptr<Class_VardenLogger> logger;
+    auto subject = std::make_shared<Class_Subject>();
+    enmDecodeResult result{};
+    const std::int32_t code = main.Retrieve(LggrPntr_KRVivid, logger, subject, result);
+
+    state.PauseTiming();
+    if (code != 0) state.SkipWithError(("Retrieve gave " + std::to_string(code)).c_str());
+    simulated = bench.World->elapsed() - before;
+    lineLimit = std::chrono::duration<double>(bench.line().traffic().BusyToPc - traffic.BusyToPc).count();
+    state.ResumeTiming();
+  }
+  state.counters["simulated_s"] = simulated;
+  state.counters["line_limit_s"] = lineLimit;
+}
+BENCHMARK(RetrieveMebibyte)->Unit(benchmark::kSecond)->Iterations(2);
+
+}  // namespace
+}  // namespace hy_wristlog
