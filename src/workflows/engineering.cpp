@@ -14,6 +14,7 @@
 #include "tools/Class_Tools.h"
 #include "varden/VardenLogger.h"
 #include "workflows/main_state.h"
+#include "workflows/start_up.h"
 
 namespace hy_wristlog::engineering {
 namespace {
@@ -64,7 +65,7 @@ ByteArray bytesOfRawCsv(std::string_view content) {
 }  // namespace
 
 std::vector<DockView> docks() {
-  globals();
+  openLibrary();
   std::vector<DockView> views;
   for (const auto pointer : {LggrPntr_KRVivid, LggrPntr_KRII}) {
     const DockedModel& model = *dockedModel(pointer);
@@ -77,7 +78,7 @@ std::vector<DockView> docks() {
 }
 
 std::vector<ZoneView> zones() {
-  globals();
+  openLibrary();
   Class_TimeZoneTools& tools = TimeZoneTools();
   tools.fncPopulateTZICollection();
   const TimeZoneRef local = tools.fncLocalTimeZoneName().Zone;
@@ -102,7 +103,7 @@ std::vector<ZoneView> zones() {
 }
 
 std::shared_ptr<Class_VardenLogger> loggerFromConfig(std::string_view configHex) {
-  globals();
+  openLibrary();
   const std::string_view hex = trimBlanks(configHex);
   if (hex.empty() || hex.size() % 2 != 0 || hex.find_first_not_of("0123456789abcdefABCDEF") != hex.npos)
     throw Failure(11503, "engineering.loggerFromConfig", "The configuration is no hexadecimal text");
@@ -134,7 +135,7 @@ std::vector<std::uint8_t> rawData(const Class_VardenLogger& logger) {
 std::string rawConfigHex(const Class_VardenLogger& logger) { return logger.inside().record.RawConfigHex; }
 
 std::string configHexFromIni(const std::string& path) {
-  globals();
+  openLibrary();
   if (!Tools().fncFilePathExists(path)) fault::raise(fault::FileNotFound, path);
   const std::string hex = Tools().fncINIread("Configuration Bytes", "Raw Config Bytes", "", path);
   if (hex.empty())
@@ -144,7 +145,7 @@ std::string configHexFromIni(const std::string& path) {
 }
 
 std::vector<std::uint8_t> rawFromFile(const std::string& path) {
-  globals();
+  openLibrary();
   if (!Tools().fncFilePathExists(path)) fault::raise(fault::FileNotFound, path);
   const std::string content = platform::current().files().read(path);
   if (content.find(RawDataHeading) > RawDataHeading.size()) return {content.begin(), content.end()};

@@ -5,6 +5,7 @@
 #include "errors/Procedure.h"
 #include "platform/platform.h"
 #include "workflows/main_state.h"
+#include "workflows/start_up.h"
 
 namespace hy_wristlog {
 namespace {
@@ -49,7 +50,7 @@ bool isValidEpochLength(std::int32_t seconds) {
 }
 
 Class_Main::Class_Main() {
-  globals();
+  openLibrary();
   state_ = std::make_unique<MainState>();
 }
 

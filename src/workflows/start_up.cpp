@@ -85,4 +85,6 @@ void subMain() {
   });
 }
 
+void openLibrary() { globals(); }
+
 }  // namespace hy_wristlog
