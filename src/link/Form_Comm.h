@@ -65,7 +65,7 @@ class Form_Comm {
   /// for a negative interval.
   void subEnableRTStoggle(std::int16_t intInterval);
   void subDisableRTStoggle();
-  /// Pulses RTS `NumResets` times, then waits; times in milliseconds, 0 and less counting as one.
+  /// Pulses RTS `NumResets` times, at least once, then waits; milliseconds, a width of 0 counting as 1.
   void subResetDevice(std::int32_t ResetEnableWidth, std::int32_t ResetDisableWidth, std::int32_t NumResets,
                       std::int32_t lngDelay);
   /// Ends a running XMODEM transfer within about 50 ms; at any other time sends CTRL-C.
