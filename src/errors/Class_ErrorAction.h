@@ -9,7 +9,7 @@
 
 namespace hy_wristlog {
 
-/// What a failure number means in its entry, or everywhere: module, procedure and number may read "Generic".
+/// As module, procedure or number of an action: any.
 inline constexpr std::string_view Generic = "Generic";
 
 /// The answer to a failure of one number in one procedure.

@@ -22,14 +22,13 @@ constexpr std::array<std::pair<std::int32_t, std::string_view>, 5> ActionNames{{
 }};
 
 bool truth(std::string_view text) {
-  return equalsIgnoringCase(trimBlanks(text), "true") || leadingNumber(text) != 0;
+  return equalsIgnoringCase(trimBlanks(text), "true") || parseNumber(text).value_or(0) != 0;
 }
 
 std::optional<std::int32_t> wholeNumber(std::string_view text, std::int32_t lowest, std::int32_t highest) {
-  if (!isNumeric(text)) return std::nullopt;
-  const double value = leadingNumber(text);
-  if (value < lowest || value > highest) return std::nullopt;
-  return roundToInt32(value);
+  const auto value = parseNumber(text);
+  if (!value || !(*value >= lowest && *value <= highest)) return std::nullopt;
+  return roundToInt32(*value);
 }
 
 std::int32_t actionCode(std::string_view text, std::int32_t otherwise) {
