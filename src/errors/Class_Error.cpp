@@ -1,23 +1,25 @@
 #include "errors/Class_Error.h"
 
 #include <algorithm>
-#include <exception>
 #include <vector>
 
 #include "base/ascii.h"
 #include "base/formats.h"
 #include "errors/GlobalState.h"
+#include "errors/Procedure.h"
 #include "platform/platform.h"
 
 namespace hy_wristlog {
 namespace {
 
 constexpr std::int64_t QuietSeconds = 10;
+constexpr std::size_t LongestUserName = 127;
 constexpr std::size_t HighestStackBound = 100;
 
 std::string userName() {
   try {
-    return platform::current().environment().userName().substr(0, 127);
+    const std::string name = platform::current().environment().userName();
+    return std::string(cutAtNul(name).substr(0, LongestUserName));
   } catch (const platform::SystemError&) {
     return {};
   }
@@ -50,14 +52,11 @@ std::int32_t Class_Error::fncErrorHandle(std::string_view ActiveMod, std::string
   try {
     handle(ActiveMod, ActiveProc);
     return CurrentError.ErrorAction;
-  } catch (const Failure& failure) {
+  } catch (...) {
+    const Failure failure = currentFailure();
     platform::current().host().showMessageBox(
         "fncErrorHandle",
         "Error Handling Problem, Err Number: " + std::to_string(failure.Number) + " " + failure.Description,
-        static_cast<std::int32_t>(MessageBoxButton::Ok));
-  } catch (const std::exception& problem) {
-    platform::current().host().showMessageBox(
-        "fncErrorHandle", std::string("Error Handling Problem, Err Number: 51 ") + problem.what(),
         static_cast<std::int32_t>(MessageBoxButton::Ok));
   }
   return 0;
@@ -98,13 +97,13 @@ void Class_Error::handle(std::string_view ActiveMod, std::string_view ActiveProc
         (CurrentError.ErrorAction == errRaise || CurrentError.ErrorAction == errRaiseAll))
       CurrentError.ErrorAction = errExit;
   }
+  if (CurrentErrorAction.LogError) CurrentError.LogWasWritten = true;
+  pushOnStack();
+  if (CurrentErrorAction.LogError && state.saveErrorRecords) state.saveErrorRecords();
   if (CurrentError.ErrorAction == errClose)
     CurrentError.DisplayedMessage = state.AppName + " has encountered a condition that has \r\n" +
                                     "forced the software to close. If this problem persists, \r\n" +
                                     "please contact Halcyra Product Support.\r\n";
-  if (CurrentErrorAction.LogError) CurrentError.LogWasWritten = true;
-  pushOnStack();
-  if (CurrentErrorAction.LogError && state.saveErrorRecords) state.saveErrorRecords();
 }
 
 /// A command that begins within seconds of another command's failure takes its first failure as the echo of
