@@ -55,10 +55,18 @@ class Procedure {
   }
 
   /// Sees every failure before the dispatcher.
-  void trap(std::function<TrapAnswer(Failure&)> trap) { trap_ = std::move(trap); }
+  template <class Trap>
+  void trap(Trap trap) {
+    static_assert(KeptWithoutAllocation<Trap>);
+    trap_ = trap;
+  }
 
   /// Runs before the procedure is left, on every way out; its failures are ignored.
-  void cleanUp(std::function<void()> cleanUp) { cleanUp_ = std::move(cleanUp); }
+  template <class CleanUp>
+  void cleanUp(CleanUp cleanUp) {
+    static_assert(KeptWithoutAllocation<CleanUp>);
+    cleanUp_ = cleanUp;
+  }
 
   template <class Step>
   auto statement(Step&& step) -> std::invoke_result_t<Step&> {
@@ -99,6 +107,10 @@ class Procedure {
   struct Leave {};
   enum class Next : std::uint8_t { Repeat, GoOn };
   static constexpr std::size_t MostPassedOn = 24;
+  /// A std::function keeps two pointers' worth of captures in itself.
+  template <class Function>
+  static constexpr bool KeptWithoutAllocation =
+      sizeof(Function) <= 2 * sizeof(void*) && std::is_trivially_copyable_v<Function>;
 
   /// Decides about the exception being handled; throws Leave to end the procedure.
   Next answer();
