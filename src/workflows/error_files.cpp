@@ -49,6 +49,22 @@ constexpr std::array<OwnAction, 12> OwnActions{{
     {-2147417848, errResume, false, true, 10, ""},
 }};
 
+bool isFolder(const std::string& path) {
+  return platform::current().files().state(path).Kind == platform::FileKind::Folder;
+}
+
+/// The log is written from within the dispatcher: a failure here must not come back to it, so neither this
+/// nor the writing goes through procedures.
+void makeFolders(const std::string& folder) {
+  withFileFaults(folder, [&] {
+    for (std::size_t end = 0; end != std::string::npos && !isFolder(folder);) {
+      end = folder.find('/', end + 1);
+      const std::string level = folder.substr(0, end);
+      if (!isFolder(level)) platform::current().files().makeFolder(level, true);
+    }
+  });
+}
+
 }  // namespace
 
 std::vector<Class_ErrorAction> fncPopulateXMLErrorActions() {
@@ -58,8 +74,11 @@ std::vector<Class_ErrorAction> fncPopulateXMLErrorActions() {
   return parseErrorActions({lines.begin(), lines.end()});
 }
 
+/// The library's own actions stand before the site's file is read, so that one that cannot be read costs
+/// nothing but itself.
 void fncLoadGlobalErrors() {
-  std::vector<Class_ErrorAction> actions = fncPopulateXMLErrorActions();
+  std::vector<Class_ErrorAction>& actions = globals().ErrorActions;
+  actions.clear();
   for (const OwnAction& own : OwnActions) {
     Class_ErrorAction action;
     action.ErrorNumber = own.Number;
@@ -72,17 +91,22 @@ void fncLoadGlobalErrors() {
     action.CustomMessageText = own.Text;
     actions.push_back(action);
   }
-  globals().ErrorActions = std::move(actions);
+  const std::vector<Class_ErrorAction> site = fncPopulateXMLErrorActions();
+  actions.insert(actions.begin(), site.begin(), site.end());
 }
 
 void fncSaveXMLErrorRecords() {
   const GlobalState& state = globals();
   if (state.ErrorStack.size() < 2 || !state.ErrorStack[1]) return;
-  const std::string folder = joinPath(joinPath(state.CommonDataFolder, "Errors"), "");
-  if (!Tools().fncDirDirectory(folder)) Tools().fncMakeDirectorys(folder);
+  if (state.CommonDataFolder.empty()) fault::raise(fault::PathNotFound);
+  std::string text;
+  for (const std::string& line : errorLogLines(state.ErrorStack, state.VersionFull))
+    text.append(line).append("\r\n");
+  const std::string folder = nativePath(joinPath(state.CommonDataFolder, "Errors"));
+  makeFolders(folder);
   const std::string path =
-      folder + formatDate(state.ErrorStack[1]->ErrorTime, "yyyy-mm-dd_Hh-Nn-Ss") + " ErrorLog.XML";
-  Tools().fncSaveFile(path, errorLogLines(state.ErrorStack, state.VersionFull));
+      folder + "/" + formatDate(state.ErrorStack[1]->ErrorTime, "yyyy-mm-dd_Hh-Nn-Ss") + " ErrorLog.XML";
+  withFileFaults(path, [&] { platform::current().files().write(path, text); });
 }
 
 }  // namespace hy_wristlog
