@@ -44,18 +44,17 @@ std::string Class_Signature::fncGetCurrentComputer() {
   return askSystem(&platform::Environment::computerName, "fncGetCurrentComputer", "current computer name");
 }
 
-std::string Class_Signature::Get_LogonUserName() {
-  if (logonUserName_.empty())
-    logonUserName_ = renumbered(NoUserName, "Get_LogonUserName", &fncGetCurrentUser);
-  return logonUserName_;
+std::string Class_Signature::Get_LogonUserName() const {
+  if (!logonUserName_.empty()) return logonUserName_;
+  return renumbered(NoUserName, "Get_LogonUserName", &fncGetCurrentUser);
 }
 
-std::string Class_Signature::Get_DomainName() {
-  if (domainName_.empty()) domainName_ = renumbered(NoDomainName, "Get_DomainName", &fncGetCurrentDomain);
-  return domainName_;
+std::string Class_Signature::Get_DomainName() const {
+  if (!domainName_.empty()) return domainName_;
+  return renumbered(NoDomainName, "Get_DomainName", &fncGetCurrentDomain);
 }
 
-std::string Class_Signature::Get_ComputerName() { return fncGetCurrentComputer(); }
+std::string Class_Signature::Get_ComputerName() const { return fncGetCurrentComputer(); }
 
 Class_Signature& SignatureService() { return platform::current().objects().get<Class_Signature>(); }
 
