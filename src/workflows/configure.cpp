@@ -116,9 +116,9 @@ class ConfigureWorkflow {
     nowLocal_ = now();
     setUtc_ = Class_TimeZoneTools::fncGetGMTTime();
     if (request_.LocalSetTime != 0) setUtc_ = utcOf(request_.LocalSetTime);
-    if (request_.LocalStartTime != 0 && secondsBetween(setUtc_, utcOf(request_.LocalStartTime)) < 0)
+    if (request_.LocalStartTime != 0 && isBefore(utcOf(request_.LocalStartTime), setUtc_))
       return ReturnCode::WrongStart;
-    if (request_.LocalEndTime != 0 && secondsBetween(setUtc_, utcOf(request_.LocalEndTime)) < 0)
+    if (request_.LocalEndTime != 0 && isBefore(utcOf(request_.LocalEndTime), setUtc_))
       return ReturnCode::WrongEnd;
     return ReturnCode::Success;
   }
@@ -210,7 +210,7 @@ class ConfigureWorkflow {
   double comingChange(double (*changeOf)(std::int32_t, const Class_TimeZoneInfo&)) const {
     const std::int32_t year = civilFromDate(times_.StartLocal).Year;
     double change = changeOf(year, *zone_);
-    if (change != 0 && secondsBetween(setUtc_, change) < 0) change = changeOf(year + 1, *zone_);
+    if (change != 0 && isBefore(change, setUtc_)) change = changeOf(year + 1, *zone_);
     return cutToMinute(change);
   }
 

@@ -4,7 +4,7 @@
 
 #include "base/dates.h"
 #include "timezones/Class_TimeZoneTools.h"
-#include "tools/Class_Tools.h"
+#include "workflows/main_state.h"
 #include "workflows/return_codes.h"
 
 namespace hy_wristlog {
@@ -12,43 +12,43 @@ namespace {
 
 constexpr std::int32_t LongestMinuteEpoch = 60;
 
-bool isBefore(double a, double b) { return secondsBetween(a, b) > 0; }
-
 /// What the epoch length makes of a moment.
 class EpochGrid {
  public:
   explicit EpochGrid(std::int32_t epochLength)
-      : epochLength_(epochLength), epochsPerDay_(static_cast<std::int32_t>(SecondsPerDay) / epochLength) {}
-
-  bool byMinute() const { return epochLength_ <= LongestMinuteEpoch; }
-  std::int32_t epochsPerDay() const { return epochsPerDay_; }
+      : epochLength_(epochLength), epochsPerDay_(SecondsPerDay / epochLength) {}
 
   double cut(double date) const {
-    return byMinute() ? cutToMinute(date) : std::floor(date * epochsPerDay_) / epochsPerDay_;
+    return byMinute() ? cutToMinute(date) : std::floor(epochs(date)) / epochsPerDay_;
   }
 
   double earliestStart(double now) const {
     const CivilTime time = civilFromDate(now);
     const double start =
         addTime(datePart(now), timeSerial(time.Hour, time.Minute + (time.Second > 0 ? 2 : 1), 0));
-    return byMinute() ? start : Tools().fncTrueCeiling(start * epochsPerDay_) / epochsPerDay_;
+    return byMinute() ? start : std::ceil(epochs(start)) / epochsPerDay_;
   }
 
   double latestStart() const {
-    return byMinute() ? cutToMinute(NeverDate) - 1 / MinutesPerDay : cut(NeverDate) - 1.0 / epochsPerDay_;
+    return byMinute() ? cutToMinute(NeverDate) - 1 / MinutesPerDay : cut(NeverDate) - 1 / epochsPerDay_;
   }
 
   /// For long epochs the distance is the epoch's seconds divided by the epochs of a day, taken as days.
   double earliestEnd(double start) const {
-    return start + (byMinute() ? 1 / MinutesPerDay : static_cast<double>(epochLength_) / epochsPerDay_);
+    return start + (byMinute() ? 1 / MinutesPerDay : epochLength_ / epochsPerDay_);
   }
 
   double latestEnd() const {
-    return byMinute() ? cutToMinute(NeverDate) : std::nearbyint(NeverDate * epochsPerDay_) / epochsPerDay_;
+    return byMinute() ? cutToMinute(NeverDate) : std::nearbyint(epochs(NeverDate)) / epochsPerDay_;
   }
 
  private:
-  std::int32_t epochLength_, epochsPerDay_;
+  bool byMinute() const { return epochLength_ <= LongestMinuteEpoch; }
+  /// Counted from whole seconds: a date that stands on the grid may lie a bit beside it in its last digits.
+  double epochs(double date) const { return std::nearbyint(date * SecondsPerDay) / epochLength_; }
+
+  std::int32_t epochLength_;
+  double epochsPerDay_;
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "base/dates.h"
 #include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "varden/VardenLogger.h"
@@ -38,5 +39,8 @@ const DockedModel* dockedModel(enmLoggerPointer loggerType);
 bool hasFactoryValues(const VardenRecord& record, const DockedModel& model);
 
 bool isValidEpochLength(std::int32_t seconds);
+
+/// In whole seconds, since dates that were reckoned on different ways differ in their last digits.
+inline bool isBefore(double a, double b) { return secondsBetween(a, b) > 0; }
 
 }  // namespace hy_wristlog

@@ -26,7 +26,6 @@ class RetrieveWorkflow {
   RetrieveWorkflow(MainState& state, enmLoggerPointer loggerType, std::shared_ptr<Class_Subject>& subject,
                    bool ignoreWarnings)
       : state_(state),
-
         model_(dockedModel(loggerType)),
         subject_(subject),
         ignoreWarnings_(ignoreWarnings),
@@ -120,8 +119,8 @@ class RetrieveWorkflow {
   }
 
   bool checkState() {
-    if (record().DataAvailable == DataAvail_No && logger().Get_CurrentGMTtime() < record().StartTimeGMT &&
-        !warn(ReturnCode::StillWaiting))
+    if (record().DataAvailable == DataAvail_No &&
+        isBefore(logger().Get_CurrentGMTtime(), record().StartTimeGMT) && !warn(ReturnCode::StillWaiting))
       return false;
     return record().Resets == 0 || warn(ReturnCode::LoggerReset);
   }
@@ -188,7 +187,7 @@ class RetrieveWorkflow {
   bool writeStop() {
     return attempts_.step([&] {
       const double now = Class_TimeZoneTools::fncGetGMTTime();
-      if (configuredEnd_ <= now) return;
+      if (!isBefore(now, configuredEnd_)) return;
       const double epochsPerDay = SecondsPerDay / record().EpochLength;
       const double stop = std::min(record().StartTimeGMT + record().Samples / epochsPerDay, now);
       logger().subSetVardenAcqStop(VardenLogger::fncDateToLoggerSeconds(stop));

@@ -102,8 +102,8 @@ StatusTexts withData(const VardenLogger& logger) {
                         ? record.MemoryFull == MemFull_Yes
                         : std::int64_t{record.BytesUsed} + FullMargin >= logger.Get_MaxBytesAvailable();
   if (full) return same("Ready for Download (memory full)");
-  if (logger.Get_CurrentGMTtime() <= record.StartTimeGMT) return unknownStatus();
-  if (logger.Get_CurrentGMTtime() < record.EndTimeGMT) return same("Collecting Data");
+  if (!isBefore(record.StartTimeGMT, logger.Get_CurrentGMTtime())) return unknownStatus();
+  if (isBefore(logger.Get_CurrentGMTtime(), record.EndTimeGMT)) return same("Collecting Data");
   return same("Ready for Download (data collection stopped)");
 }
 
@@ -111,8 +111,8 @@ StatusTexts loggerState(const VardenLogger& logger, const DockedModel& model) {
   const VardenRecord& record = logger.record;
   switch (record.DataAvailable) {
     case DataAvail_No:
-      if (logger.Get_CurrentGMTtime() < record.StartTimeGMT &&
-          logger.Get_CurrentGMTtime() < record.EndTimeGMT)
+      if (isBefore(logger.Get_CurrentGMTtime(), record.StartTimeGMT) &&
+          isBefore(logger.Get_CurrentGMTtime(), record.EndTimeGMT))
         return waiting(record, model);
       return same("Ready to Configure");
     case DataAvail_Yes:
