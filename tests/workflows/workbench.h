@@ -1,0 +1,132 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/dates.h"
+#include "hy_wristlog/Class_Main.h"
+#include "hy_wristlog/host.h"
+#include "simulator/bench.h"
+#include "varden/VardenLogger.h"
+
+namespace hy_wristlog::workbench {
+
+using namespace std::chrono_literals;
+using simulator::BenchOptions;
+using simulator::LoggerModel;
+namespace block = simulator::block;
+
+inline constexpr enmLoggerPointer Models[] = {LggrPntr_KRVivid, LggrPntr_KRII};
+
+inline BenchOptions optionsOf(enmLoggerPointer model) {
+  return model == LggrPntr_KRVivid ? simulator::vividBenchOptions() : simulator::kestrin2BenchOptions();
+}
+
+/// Every `WRISTLOG_TEST_STRIDE`th position of a long series is tried; all when it is not set.
+inline std::uint64_t stride() {
+  const char* text = std::getenv("WRISTLOG_TEST_STRIDE");
+  return text == nullptr ? 1 : std::max(1ULL, std::strtoull(text, nullptr, 10));
+}
+
+/// Asks for an abort in a certain round of the host's events.
+struct AbortingHost : Host {
+  Class_Main* Main = nullptr;
+  std::int32_t Rounds = 0, AbortIn = -1;
+  void serveEvents() override {
+    if (++Rounds == AbortIn) Main->AbortComms();
+  }
+};
+
+struct ConfigureArguments {
+  std::int32_t Mode = VardenMode_ActivityOnly, Epoch = 30;
+  std::string Zone = "EST";
+  bool Daylight = true;
+  std::int32_t SetTime = 0, Start = 0, End = 0;
+  std::int32_t DateFormat = DateFormat_MMDD, TimeFormat = TimeFormat_12hourAMPM;
+};
+
+/// A host's application: one logger of a model in its dock, the public object, and what it handed out.
+class Workbench {
+ public:
+  explicit Workbench(enmLoggerPointer model) : Workbench(model, optionsOf(model)) {}
+  Workbench(enmLoggerPointer model, const BenchOptions& options)
+      : Model(model),
+        bench(simulator::makeBench(options)),
+        scope_(bench),
+        main(std::make_unique<Class_Main>()) {
+    host->Main = main.get();
+    setHost(host);
+    subject->Let_Identity("Jane");
+    subject->Let_GUID("0123456789ABCDEF0123456789ABCDEF");
+    subject->Let_Gender("F");
+    subject->Let_DOB(dateSerial(1984, 5, 6));
+    subject->Let_Weight(70.1F);
+    subject->Let_Height(168.5F);
+  }
+
+  std::int32_t configure(const ConfigureArguments& with = {}) {
+    return main->Configure(Model, static_cast<enmVardenLoggingMode>(with.Mode), with.Epoch, *subject,
+                           with.Zone, with.Daylight, with.SetTime, with.Start, with.End,
+                           static_cast<enmDateFormat>(with.DateFormat),
+                           static_cast<enmTimeFormat>(with.TimeFormat), &battery, &serialNumber);
+  }
+  std::int32_t status() { return main->GetStatus(Model, simple, text, data, statusSubject, &battery); }
+  std::int32_t retrieve(bool ignoreWarnings = false) {
+    return main->Retrieve(Model, data, subject, result, &lowBattery, nullptr, ignoreWarnings);
+  }
+
+  simulator::SimulatedLogger& logger() const { return *bench.Logger; }
+  simulator::ConfigBlock& stored() const { return bench.Logger->block(); }
+  bool portClosed() const { return !bench.Dock->isOpen(); }
+  void wait(simulator::nanoseconds time) const { bench.World->advance(time); }
+  double elapsedDuring(const std::function<void()>& step) const {
+    const double before = bench.World->elapsed();
+    step();
+    return bench.World->elapsed() - before;
+  }
+  std::size_t heard(std::string_view command) const {
+    const auto& lines = logger().commands();
+    return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), command));
+  }
+  /// Local seconds of the logger's scale, from now on, in a zone that is `west` minutes behind UTC.
+  std::int32_t localSeconds(std::int32_t fromNow, std::int32_t west = 300) const {
+    return static_cast<std::int32_t>(bench.World->now() - west * 60 + fromNow);
+  }
+
+  enmLoggerPointer Model;
+  simulator::Bench bench;
+
+ private:
+  simulator::BenchScope scope_;
+
+ public:
+  std::unique_ptr<Class_Main> main;
+  std::shared_ptr<AbortingHost> host = std::make_shared<AbortingHost>();
+  std::shared_ptr<Class_Subject> subject = std::make_shared<Class_Subject>(), statusSubject;
+  std::shared_ptr<Class_VardenLogger> data;
+  enmDecodeResult result = Decode_OK;
+  bool lowBattery = false;
+  float battery = -7;
+  std::string simple, text, serialNumber;
+};
+
+/// A workbench whose logger has recorded for a while and sits in its dock again.
+inline std::unique_ptr<Workbench> recorded(enmLoggerPointer model, const BenchOptions& options,
+                                           simulator::nanoseconds worn = 20min, std::int32_t epoch = 30,
+                                           const simulator::WearOptions& wear = {}) {
+  auto made = std::make_unique<Workbench>(model, options);
+  made->logger().setUp(ordinarySetup(*made->bench.World, simulator::Mode::Activity, epoch));
+  made->logger().wear(worn, wear);
+  return made;
+}
+inline std::unique_ptr<Workbench> recorded(enmLoggerPointer model, simulator::nanoseconds worn = 20min,
+                                           std::int32_t epoch = 30, const simulator::WearOptions& wear = {}) {
+  return recorded(model, optionsOf(model), worn, epoch, wear);
+}
+
+}  // namespace hy_wristlog::workbench
