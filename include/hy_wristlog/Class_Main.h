@@ -40,9 +40,11 @@ class HY_WRISTLOG_API Class_Main {
   /// `EpochLength` is 15, 30, 60, 120 or 300 seconds. `TimeZoneAbbrev` is one of the zone catalogue's three
   /// letters; empty takes the machine's zone. The three times are local logger seconds (since 1970-01-01); 0
   /// means not given: set the logger to the present time, start as soon as possible, never stop. A start
-  /// without an end is refused with 10023 for epochs of up to 120 seconds. The subject's weight and height
-  /// are kept in tenths, its Identity in 64 characters; an empty Identity or GUID is filled in. The outputs
-  /// are set on success.
+  /// without an end is refused with 10023 for epochs of up to 120 seconds. Both formats must be given for a
+  /// Kestrin 2 too, which has no display: Unknown ends as 11503 once the logger has been stopped. The
+  /// subject's weight and height must be whole tenths, since others do not come back as they were written
+  /// (10012), and its Identity fits 64 characters; an empty Identity or GUID is filled in. The outputs are
+  /// set on success.
   std::int32_t Configure(enmLoggerPointer LoggerType, enmVardenLoggingMode AcquisitionMode,
                          std::int32_t EpochLength, Class_Subject& Subject,
                          const std::string& TimeZoneAbbrev = {}, bool AutoDSTadjust = false,

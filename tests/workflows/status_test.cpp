@@ -270,7 +270,7 @@ TEST(Status, CodesAndOutputs) {
     EXPECT_EQ(desk->status(), 0);
     EXPECT_EQ(desk->simple, "Collecting Data");
     EXPECT_EQ(desk->data->Get_SerialNumber(), model == LggrPntr_KRVivid ? "V0012345" : "K0054321");
-    EXPECT_EQ(desk->battery, model == LggrPntr_KRVivid ? 365.0F : 30.0F);
+    EXPECT_NEAR(desk->battery, model == LggrPntr_KRVivid ? 365 : 30, 0.5);
     EXPECT_EQ(desk->statusSubject->Get_Identity(), "Subject 17");
     EXPECT_EQ(desk->statusSubject->Get_Initials(), "AB");
     EXPECT_EQ(desk->statusSubject->Get_DOB(), dateSerial(1984, 5, 6));
