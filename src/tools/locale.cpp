@@ -27,8 +27,9 @@ void removeSeconds(std::string& pattern) {
   for (const std::string_view seconds : {"SS", "S"}) {
     const auto found = upper.find(seconds);
     if (found == std::string::npos) continue;
-    const std::size_t separator = found > 0 ? 1 : 0;
-    pattern.erase(found - separator, seconds.size() + separator);
+    std::size_t start = found > 0 ? found - 1 : 0;
+    while (start > 0 && (static_cast<unsigned char>(pattern[start]) & 0xC0U) == 0x80) --start;
+    pattern.erase(start, found + seconds.size() - start);
     return;
   }
 }
