@@ -42,6 +42,7 @@ struct SystemFault {
 
 struct WorldFaults {
   SystemFault FileRead{}, FileWrite{}, MakeFolder{};
+  SystemFault ShareFolder{};  ///< the folder is made, but not opened to everyone
   SystemFault DevicesOfClass{}, HasInterface{}, ReadInfo{}, HardwareId{}, FriendlyName{};
   SystemFault Cryptography{};
 };

@@ -141,6 +141,7 @@ void FaultyFiles::write(const std::string& path, std::string_view content) {
 void FaultyFiles::makeFolder(const std::string& path, bool forEveryone) {
   strike(faults_.MakeFolder);
   files_.makeFolder(path, forEveryone);
+  if (forEveryone) strike(faults_.ShareFolder);
 }
 
 std::array<std::uint8_t, 16> FaultyCryptography::md5(std::span<const std::uint8_t> bytes) {

@@ -105,8 +105,9 @@ class Class_Tools {
   static std::string fncCheckFileForReadWrite(std::string_view path);
   /// True when the folder of the path is there, or can be made, and a file can be written in it.
   static bool fncCheckPathforReadWrite(std::string_view path);
-  /// Makes the folder of the path and all above it that are missing, for everyone to write in. False when a
-  /// file has its name.
+  /// Makes the folder of the path and all above it that are missing, for everyone to write in; below the
+  /// user's own folders (the home, folders 5 and 26) with ordinary permissions. False when a file has its
+  /// name.
   static bool fncMakeDirectorys(std::string_view path);
   /// Access lists are unknown here and folders are made with their permissions, so there is nothing to do for
   /// "Everyone". False, and a message to the user, for another account or a path that is not there.
