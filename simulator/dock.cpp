@@ -110,6 +110,7 @@ void SimulatedDock::unplugAfterBytes(std::uint64_t count) {
 }
 
 std::string SimulatedDock::hardwareId() const {
+  if (!options_.HardwareId.empty()) return options_.HardwareId;
   const char* product = options_.Kind == DockKind::Quillander   ? "4000"
                         : options_.Kind == DockKind::TolkaFirst ? "4001"
                                                                 : "4002";
@@ -117,6 +118,7 @@ std::string SimulatedDock::hardwareId() const {
 }
 
 std::string SimulatedDock::friendlyName() const {
+  if (!options_.FriendlyName.empty()) return options_.FriendlyName;
   const std::string name = options_.Kind == DockKind::Quillander ? "Kestrin Vivid Dock" : "Kestrin 2 Dock";
   if (!options_.NameShowsPort.value_or(options_.Kind != DockKind::TolkaFirst)) return name;
   return name + " (COM" + std::to_string(options_.ComPort) + ")";

@@ -21,6 +21,7 @@ struct DockOptions {
   std::int32_t ComPort = 33;
   /// Puts "(COMn)" behind the friendly name; without it a first Tolka dock has none and the others have.
   std::optional<bool> NameShowsPort;
+  std::string HardwareId, FriendlyName;  ///< shown in place of the kind's own where not empty
 };
 
 /// A failure that an operation of the port raises.

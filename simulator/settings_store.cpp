@@ -65,6 +65,7 @@ std::optional<platform::SettingValue> MemorySettings::read(std::int32_t root, st
 
 void MemorySettings::write(std::int32_t root, std::string_view key, std::string_view name,
                            const platform::SettingValue& value) {
+  if (WriteErrorNumber != 0) throw platform::SystemError{WriteErrorNumber};
   createKey(root, key);
   Value& slot = find(root, key)->Values[folded(name)];
   if (slot.Name.empty()) slot.Name = name;
