@@ -6,7 +6,7 @@
 #include "platform/linux/declared_docks.h"
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/port_numbers.h"
-#include "platform/surroundings.h"
+#include "support/surroundings.h"
 
 namespace hy_wristlog::platform {
 namespace {

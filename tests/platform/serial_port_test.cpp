@@ -16,7 +16,7 @@
 #include "hy_wristlog/failure.h"
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/linux_serial_ports.h"
-#include "platform/surroundings.h"
+#include "support/surroundings.h"
 
 namespace hy_wristlog::platform {
 namespace {

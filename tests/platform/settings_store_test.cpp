@@ -4,7 +4,7 @@
 
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/settings_table.h"
-#include "platform/surroundings.h"
+#include "support/surroundings.h"
 
 namespace hy_wristlog::platform {
 namespace {

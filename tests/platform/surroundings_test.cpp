@@ -1,4 +1,4 @@
-#include "platform/surroundings.h"
+#include "support/surroundings.h"
 
 #include <gtest/gtest.h>
 

@@ -8,7 +8,7 @@
 #include "platform/linux/linux_zones.h"
 #include "platform/linux/posix_tz.h"
 #include "platform/linux/tzif.h"
-#include "platform/surroundings.h"
+#include "support/surroundings.h"
 #include "platform/zone_catalogue.h"
 
 namespace hy_wristlog::platform {

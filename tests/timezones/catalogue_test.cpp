@@ -2,180 +2,172 @@
 
 #include <set>
 
-#include "fake_world.h"
-#include "hy_wristlog/failure.h"
+#include "platform/zone_catalogue.h"
+#include "simulator/simulated_world.h"
+#include "support/failures.h"
+#include "support/in_world.h"
 #include "timezones/Class_TimeZoneTools.h"
 
 namespace hy_wristlog {
 namespace {
 
+using namespace std::string_literals;
 using platform::SettingValue;
 using platform::ZoneRecord;
 using platform::ZoneRule;
+using Tools = Class_TimeZoneTools;
+
+/// A world on Fiji with zone records of its own.
+class RecordsWorld : public simulator::SimulatedWorld, platform::ZoneRecords {
+ public:
+  RecordsWorld()
+      : SimulatedWorld([] {
+          simulator::WorldOptions options;
+          options.Zone = "Fiji Standard Time";
+          return options;
+        }()) {}
+  std::vector<std::pair<std::string, ZoneRecord>> Records;
+  std::string LocalName;
+  int Reads = 0;
+
+  platform::ZoneRecords& zones() override { return *this; }
+
+ private:
+  std::vector<std::string> keys() override {
+    std::vector<std::string> keys;
+    for (const auto& record : Records) keys.push_back(record.first);
+    return keys;
+  }
+  ZoneRecord read(std::string_view key) override {
+    ++Reads;
+    for (const auto& record : Records)
+      if (record.first == key) return record.second;
+    return {};
+  }
+  std::string localStandardName() override { return LocalName; }
+};
 
 ZoneRecord named(const std::string& display, const std::string& standard = "") {
   return {ZoneRule{}, display, standard, "", ""};
 }
 
-std::int32_t failureOf(const std::function<void()>& step, std::string* description = nullptr) {
-  try {
-    step();
-  } catch (const Failure& failure) {
-    if (description != nullptr) *description = failure.Description;
-    return failure.Number;
-  }
-  return 0;
-}
-
 TEST(Abbreviations, AreThreeLettersInARowOfTheirOwnAndCompareExactly) {
-  platform::UseFakeWorld world;
-  world->MachineZones = true;
   std::set<std::string> seen;
-  for (const std::string& key : platform::current().zones().keys()) {
-    const std::string abbreviation = Class_TimeZoneTools::fncGetAbbrevFromKey(key);
-    EXPECT_EQ(abbreviation.size(), 3U) << key;
-    EXPECT_EQ(Class_TimeZoneTools::fncGetKeyFromAbbrev(abbreviation), key);
+  for (const platform::CatalogueZone& zone : platform::zoneCatalogue()) {
+    const std::string abbreviation = Tools::fncGetAbbrevFromKey(zone.Key);
+    EXPECT_EQ(abbreviation.size(), 3U) << zone.Key;
+    EXPECT_EQ(Tools::fncGetKeyFromAbbrev(abbreviation), zone.Key);
     seen.insert(abbreviation);
   }
   EXPECT_EQ(seen.size(), 85U);
-
-  const std::pair<const char*, const char*> Rows[] = {
-      {"EST", "Eastern Standard Time"},
-      {"JST", "Jordan Standard Time"},
-      {"GST", "Georgian Standard Time"},
-      {"NST", "Namibia Standard Time"},
-      {"CST", "Central Standard Time"},
-      {"CMT", "Central Standard Time (Mexico)"},
-      {"MXT", "Mexico Standard Time 2"},
-      {"est", ""},
-      {"XXX", ""},
-      {"", ""},
-  };
-  for (const auto& [abbreviation, key] : Rows)
-    EXPECT_EQ(Class_TimeZoneTools::fncGetKeyFromAbbrev(abbreviation), key) << abbreviation;
-  EXPECT_EQ(Class_TimeZoneTools::fncGetAbbrevFromKey("jordan standard time"), "");
+  const std::pair<const char*, const char*> rows[] = {{"JST", "Jordan Standard Time"},
+                                                      {"GST", "Georgian Standard Time"},
+                                                      {"NST", "Namibia Standard Time"},
+                                                      {"CST", "Central Standard Time"},
+                                                      {"MXT", "Mexico Standard Time 2"},
+                                                      {"est", ""},
+                                                      {"", ""}};
+  for (const auto& [abbreviation, key] : rows) EXPECT_EQ(Tools::fncGetKeyFromAbbrev(abbreviation), key);
+  EXPECT_EQ(Tools::fncGetAbbrevFromKey("jordan standard time"), "");
 }
 
 TEST(Catalogue, SortsByOffsetAndIsReadOnce) {
-  platform::UseFakeWorld world;
+  const InWorld<RecordsWorld> world;
   // Key names tell the expected place; equal offsets and unreadable ones keep the order they came in.
-  world->Records = {
-      {"9", named("(GMT+05:30) Chennai")},    {"3", named("(GMT) Casablanca")},
-      {"0", named("&(GMT-10:00) Hawaii")},    {"8", named("(GMT+01:00) Paris")},
-      {"4", named("(GMT+00:00) London")},     {"2", named("(GMT-03:00) Georgetown")},
-      {"5", named("(?) Nobody knows")},       {"6", named("No offset")},
-      {"1", named("(GMT-03:30) St. John's")}, {"7", named("(GMT-5:00) Short")},
-  };
-  Class_TimeZoneTools& tools = TimeZoneTools();
-  ASSERT_TRUE(tools.fncPopulateTZICollection());
-  ASSERT_EQ(tools.Get_TimeZoneCount(), 10);
+  world->Records = {{"9", named("(GMT+05:30) Chennai")},    {"3", named("(GMT) Casablanca")},
+                    {"0", named("&(GMT-10:00) Hawaii")},    {"8", named("(GMT+01:00) Paris")},
+                    {"4", named("(GMT+00:00) London")},     {"2", named("(GMT-03:00) Georgetown")},
+                    {"5", named("(?) Nobody knows")},       {"6", named("No offset")},
+                    {"1", named("(GMT-03:30) St. John's")}, {"7", named("(GMT-5:00) Short")}};
+  ASSERT_TRUE(TimeZoneTools().fncPopulateTZICollection());
   std::string order;
-  for (const TimeZoneRef& zone : tools.Get_TimeZoneArray()) order += zone->KeyName;
+  for (const TimeZoneRef& zone : TimeZoneTools().Get_TimeZoneArray()) order += zone->KeyName;
   EXPECT_EQ(order, "0123456789");
-  EXPECT_EQ(tools.Get_TimeZoneArray()[0]->DisplayName, "(GMT-10:00) Hawaii");
+  EXPECT_EQ(TimeZoneTools().Get_TimeZoneArray()[0]->DisplayName, "(GMT-10:00) Hawaii");
   const int reads = world->Reads;
-  EXPECT_TRUE(tools.fncPopulateTZICollection());
+  EXPECT_TRUE(TimeZoneTools().fncPopulateTZICollection());
   EXPECT_EQ(world->Reads, reads);
 }
 
 TEST(Catalogue, ReadsAZoneRecord) {
-  platform::UseFakeWorld world;
-  using namespace std::string_literals;
+  const InWorld<RecordsWorld> world;
   const ZoneRule rule{300, 1, -60, {0, 11, 0, 1, 2, 3, 4, 5}, {2026, 3, 1, 2, 6, 7, 8, 9}};
   world->Records = {
       {"Eastern Standard Time", {rule, "&(GMT-05:00) East\0rest"s, "Std\0x"s, "Dlt\0x"s, "12,13\0x"s}},
-      {"Lost Standard Time", {std::nullopt, "(?) Lost", "Lost", "", ""}},
-  };
+      {"Lost Standard Time", {std::nullopt, "(?) Lost", "Lost", "", ""}}};
   const std::string path = "Software\\Microsoft\\Windows NT\\CurrentVersion\\Time Zones";
-  const TimeZoneRef east = Class_TimeZoneTools::fncGetRegValueLTZI(path + "\\Eastern Standard Time");
-  EXPECT_EQ(east->DisplayName, "(GMT-05:00) East");
-  EXPECT_EQ(east->StandardName + "/" + east->DaylightName + "/" + east->MapID, "Std/Dlt/12,13");
+  const TimeZoneRef east = Tools::fncGetRegValueLTZI(path + "\\Eastern Standard Time");
+  EXPECT_EQ(east->DisplayName + "/" + east->StandardName + "/" + east->DaylightName + "/" + east->MapID,
+            "(GMT-05:00) East/Std/Dlt/12,13");
   EXPECT_EQ(east->KeyName + "/" + east->Abbreviation, "Eastern Standard Time/EST");
-  EXPECT_EQ(east->Bias * 10000 + east->StandardBias * 100 + east->DaylightBias, 3000040);
-  EXPECT_EQ(
-      east->StandardDate.wMonth * 1000 + east->StandardDate.wDay * 100 + east->StandardDate.wMilliseconds,
-      11105);
-  EXPECT_EQ(east->DaylightDate.wYear, 2026);
-  EXPECT_EQ(east->DaylightDate.wDayOfWeek * 1000 + east->DaylightDate.wHour * 100 +
-                east->DaylightDate.wMinute * 10 + east->DaylightDate.wSecond,
-            1678);
-  EXPECT_EQ(Class_TimeZoneTools::fncGetRegValueStr(path + "\\Eastern Standard Time", "MapID"), "12,13");
-  EXPECT_EQ(Class_TimeZoneTools::fncGetRegValueStr(path + "\\Eastern Standard Time", "TZI"), "");
+  const auto text = [](const CLass_SystemTime& time) {
+    std::string fields;
+    for (const int field : {time.wYear, time.wMonth, time.wDayOfWeek, time.wDay, time.wHour, time.wMinute,
+                            time.wSecond, time.wMilliseconds})
+      fields += std::to_string(field) + " ";
+    return fields;
+  };
+  EXPECT_EQ(std::tie(east->Bias, east->StandardBias, east->DaylightBias), std::tuple(300, 1, -60));
+  EXPECT_EQ(text(east->StandardDate) + text(east->DaylightDate), "0 11 0 1 2 3 4 5 2026 3 1 2 6 7 8 9 ");
+  EXPECT_EQ(Tools::fncGetRegValueStr(path + "\\Eastern Standard Time", "MapID"), "12,13");
+  EXPECT_EQ(Tools::fncGetRegValueStr(path + "\\Eastern Standard Time", "TZI"), "");
 
-  const TimeZoneRef lost = Class_TimeZoneTools::fncGetRegValueLTZI("Lost Standard Time");
-  EXPECT_EQ(lost->Abbreviation, "");
-  EXPECT_EQ(lost->Bias, 0);
-  EXPECT_EQ(lost->StandardName, "Lost");
-
+  const TimeZoneRef lost = Tools::fncGetRegValueLTZI("Lost Standard Time");
+  EXPECT_EQ(lost->StandardName + lost->Abbreviation + std::to_string(lost->Bias), "Lost0");
   EXPECT_EQ(TimeZoneTools().fncGetTZIfromAbbrev("EST")->KeyName, "Eastern Standard Time");
   EXPECT_EQ(TimeZoneTools().fncGetTZIfromAbbrev("PST"), nullptr);
 
   std::vector<TimeZoneRef> zones;
-  EXPECT_FALSE(Class_TimeZoneTools::fncEnumSubKeys(INT32_MIN + 1, path, zones));
-  EXPECT_FALSE(Class_TimeZoneTools::fncEnumSubKeys(INT32_MIN + 2, path + "\\x", zones));
+  EXPECT_FALSE(Tools::fncEnumSubKeys(INT32_MIN + 1, path, zones));
+  EXPECT_FALSE(Tools::fncEnumSubKeys(INT32_MIN + 2, path + "\\x", zones));
   EXPECT_TRUE(zones.empty());
 }
 
 TEST(Catalogue, WithoutZonesIsAFailureUntilThereAreSome) {
-  platform::UseFakeWorld world;
-  Class_TimeZoneTools& tools = TimeZoneTools();
-  std::string description;
-  EXPECT_EQ(failureOf([&] { tools.fncPopulateTZICollection(); }, &description), 9998);
-  EXPECT_EQ(description,
-            "Unable to locate Time Zones information in Registry under the key: \r\n"
-            "Software\\Microsoft\\Windows NT\\CurrentVersion\\Time Zones");
-  EXPECT_EQ(failureOf([&] { tools.fncGetTZIfromAbbrev("EST"); }), 9998);
-  EXPECT_EQ(failureOf([&] { tools.fncLocalTimeZoneName(); }), 9998);
+  const InWorld<RecordsWorld> world;
+  EXPECT_EQ(failureOf([] { TimeZoneTools().fncPopulateTZICollection(); }),
+            std::pair(9998,
+                      "Unable to locate Time Zones information in Registry under the key: \r\n"
+                      "Software\\Microsoft\\Windows NT\\CurrentVersion\\Time Zones"s));
+  EXPECT_EQ(numberOf([] { TimeZoneTools().fncGetTZIfromAbbrev("EST"); }), 9998);
+  EXPECT_EQ(numberOf([] { TimeZoneTools().fncLocalTimeZoneName(); }), 9998);
   world->Records = {{"Fiji Standard Time", named("(GMT+12:00) Fiji")}};
-  EXPECT_NE(tools.fncGetTZIfromAbbrev("FIJ"), nullptr);
+  EXPECT_NE(TimeZoneTools().fncGetTZIfromAbbrev("FIJ"), nullptr);
 }
 
 TEST(LocalZone, IsFoundByItsTrimmedStandardName) {
-  using namespace std::string_literals;
-  struct Case {
-    std::string Name, Display, Abbreviation;
-  };
-  const Case Cases[] = {
+  const InWorld<RecordsWorld> world;
+  world->Records = {{"Nameless", named("(GMT-01:00) Nameless", " ")},
+                    {"Fiji Standard Time", named("(GMT+12:00) Fiji", "Fiji  ")},
+                    {"Odd", named("(GMT) Odd", "Odd")}};
+  const std::tuple<std::string, std::string, std::string> cases[] = {
       {" Fiji \0 Lost"s, "(GMT+12:00) Fiji", "FIJ"},
       {"Odd", "(GMT) Odd", ""},
       {"fiji", "", ""},
-      {"", "", ""},
-  };
-  for (const Case& c : Cases) {
-    SCOPED_TRACE(c.Name);
-    platform::UseFakeWorld world;
-    world->Records = {{"Nameless", named("(GMT-01:00) Nameless", " ")},
-                      {"Fiji Standard Time", named("(GMT+12:00) Fiji", "Fiji  ")},
-                      {"Odd", named("(GMT) Odd", "Odd")}};
-    world->LocalStandardName = c.Name;
-    world->Local.Hour = 12;
+      {"", "", ""}};
+  for (const auto& [name, display, abbreviation] : cases) {
+    world->LocalName = name;
     const LocalZone local = TimeZoneTools().fncLocalTimeZoneName();
-    EXPECT_EQ(local.DisplayName, c.Display);
-    EXPECT_EQ(local.Abbreviation, c.Abbreviation);
-    EXPECT_EQ(local.Zone != nullptr, !c.Display.empty());
-    EXPECT_EQ(local.Offset, 720);
-    EXPECT_TRUE(local.Daylight);
+    EXPECT_EQ(local.DisplayName, display);
+    EXPECT_EQ(local.Abbreviation, abbreviation);
+    EXPECT_EQ(local.Zone != nullptr, !display.empty());
+    EXPECT_TRUE(local.Offset == 720 && local.Daylight);
   }
 }
 
 TEST(LocalZone, AdjustsItsClockUnlessTheSettingIsOne) {
-  platform::UseFakeWorld world;
-  const std::pair<std::optional<SettingValue>, bool> Cases[] = {
-      {std::nullopt, true},
-      {SettingValue{4, {1, 0, 0, 0}}, false},
-      {SettingValue{4, {0, 0, 0, 0}}, true},
-      {SettingValue{4, {1, 1, 0, 0}}, true},
-      {SettingValue{1, {'1', 0}}, false},
-      {SettingValue{1, {'y', 'e', 's', 0}}, true},
-      {SettingValue{3, {1, 0, 0, 0}}, true},
-  };
-  for (const auto& [value, expected] : Cases) {
-    world->AutoDst = value;
-    EXPECT_EQ(Class_TimeZoneTools::fncGetLocalAutoDST(), expected);
+  const InWorld<simulator::SimulatedWorld> world;
+  EXPECT_TRUE(Tools::fncGetLocalAutoDST());
+  const std::pair<SettingValue, bool> cases[] = {{{4, {0, 0, 0, 0}}, true}, {{4, {1, 1, 0, 0}}, true},
+                                                 {{1, {'1', 0}}, false},    {{1, {'y', 0}}, true},
+                                                 {{3, {1, 0, 0, 0}}, true}, {{4, {1, 0, 0, 0}}, false}};
+  for (const auto& [value, expected] : cases) {
+    world->settings().write(INT32_MIN + 2, "System\\CurrentControlSet\\Control\\TimeZoneInformation",
+                            "DisableAutoDaylightTimeSet", value);
+    EXPECT_EQ(Tools::fncGetLocalAutoDST(), expected);
   }
-  world->AutoDst = SettingValue{4, {1, 0, 0, 0}};
-  world->SettingsRefuse = true;
-  EXPECT_TRUE(Class_TimeZoneTools::fncGetLocalAutoDST());
+  world->memorySettings().ErrorNumber = 13;
+  EXPECT_TRUE(Tools::fncGetLocalAutoDST());
 }
 
 }  // namespace

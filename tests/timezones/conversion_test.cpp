@@ -3,9 +3,11 @@
 #include <random>
 
 #include "base/dates.h"
+#include "base/faults.h"
 #include "base/formats.h"
-#include "fake_world.h"
-#include "hy_wristlog/failure.h"
+#include "simulator/simulated_world.h"
+#include "support/failures.h"
+#include "support/in_world.h"
 #include "timezones/Class_TimeZoneTools.h"
 
 namespace hy_wristlog {
@@ -42,12 +44,7 @@ Class_TimeZoneInfo fixedDates() {
 }
 
 TEST(IsDayLight, AtTheChanges) {
-  struct Case {
-    Class_TimeZoneInfo Zone;
-    const char* Date;
-    bool Daylight;
-  };
-  const Case Cases[] = {
+  const std::tuple<Class_TimeZoneInfo, const char*, bool> cases[] = {
       {newYork(), "2026-03-08 02:00:00", false},       {newYork(), "2026-03-08 02:00:01", true},
       {newYork(), "2026-11-01 02:00:00", true},        {newYork(), "2026-11-01 02:00:01", false},
       {newYork(), "2027-03-14 02:00:00", false},       {newYork(), "2027-03-14 02:00:01", true},
@@ -60,17 +57,12 @@ TEST(IsDayLight, AtTheChanges) {
       {fixedDates(), "2031-10-24 23:30:15", true},     {fixedDates(), "2031-10-24 23:30:16", false},
       {zone(-330, -60), "2026-07-01 12:00:00", false}, {zone(-330, -60), "0100-01-01 00:00:00", false},
   };
-  for (const Case& c : Cases) EXPECT_EQ(Tools::fncIsDayLight(at(c.Date), c.Zone), c.Daylight) << c.Date;
+  for (const auto& [where, date, daylight] : cases)
+    EXPECT_EQ(Tools::fncIsDayLight(at(date), where), daylight) << date;
 }
 
 TEST(UTCToLocalDate, LooksAtTheClockAsItWouldReadInDaylightTime) {
-  struct Case {
-    Class_TimeZoneInfo Zone;
-    const char* Utc;
-    bool Daylight;
-    const char* Local;
-  };
-  const Case Cases[] = {
+  const std::tuple<Class_TimeZoneInfo, const char*, bool, const char*> cases[] = {
       {newYork(), "2026-03-08 06:00:00", true, "2026-03-08 01:00:00"},
       {newYork(), "2026-03-08 06:00:01", true, "2026-03-08 02:00:01"},
       {newYork(), "2026-03-08 06:59:59", true, "2026-03-08 02:59:59"},
@@ -84,33 +76,23 @@ TEST(UTCToLocalDate, LooksAtTheClockAsItWouldReadInDaylightTime) {
       {zone(-345, -60), "2026-07-01 20:00:00", true, "2026-07-02 01:45:00"},
       {zone(1500), "2026-03-01 00:59:00", false, "2026-02-27 23:59:00"},
   };
-  for (const Case& c : Cases)
-    EXPECT_EQ(textOfDate(Tools::fncUTCToLocalDate(at(c.Utc), c.Zone, c.Daylight)), c.Local) << c.Utc;
+  for (const auto& [where, utc, daylight, local] : cases)
+    EXPECT_EQ(textOfDate(Tools::fncUTCToLocalDate(at(utc), where, daylight)), local) << utc;
 }
 
 TEST(WeekDayToDate, CountsAndStopsAtTheEndOfTheMonth) {
-  struct Case {
-    std::int32_t Year, Month, Weekday, Occurrence;
-    const char* Day;
-  };
-  const Case Cases[] = {
+  const std::tuple<std::int32_t, std::int32_t, std::int32_t, std::int32_t, const char*> cases[] = {
       {2026, 11, 0, 1, "2026-11-01"}, {2026, 2, 0, 4, "2026-02-22"}, {2026, 2, 0, 5, "2026-02-22"},
       {2026, 3, 0, 5, "2026-03-29"},  {2024, 2, 4, 5, "2024-02-29"}, {2026, 12, 4, 5, "2026-12-31"},
       {2026, 12, 6, 9, "2026-12-26"}, {2026, 6, 2, 0, "2026-06-30"}, {2026, 0, 0, 1, "1899-12-30"},
-      {2026, -3, 0, 1, "1899-12-30"}, {2026, 5, 7, 1, "1899-12-30"},
+      {2026, 5, 7, 1, "1899-12-30"},
   };
-  for (const Case& c : Cases)
-    EXPECT_EQ(formatDate(Tools::fncWeekDayToDate(c.Year, c.Month, c.Weekday, c.Occurrence), "yyyy-mm-dd"),
-              c.Day);
+  for (const auto& [year, month, weekday, occurrence, day] : cases)
+    EXPECT_EQ(formatDate(Tools::fncWeekDayToDate(year, month, weekday, occurrence), "yyyy-mm-dd"), day);
 }
 
 TEST(Changes, InUtc) {
-  struct Case {
-    Class_TimeZoneInfo Zone;
-    std::int32_t Year;
-    const char *DaylightStart, *StandardStart;
-  };
-  const Case Cases[] = {
+  const std::tuple<Class_TimeZoneInfo, std::int32_t, const char*, const char*> cases[] = {
       {newYork(), 2026, "2026-03-08 07:00:00", "2026-11-01 06:00:00"},
       {newYork(), 2027, "2027-03-14 07:00:00", "2027-11-07 06:00:00"},
       // The true end is 16:00; the change back of a southern zone is taken as a standard time.
@@ -120,9 +102,9 @@ TEST(Changes, InUtc) {
       {zone(300), 2026, "1899-12-30 05:00:00", "1899-12-30 05:00:00"},
       {zone(-330), 2026, "1899-12-30 05:30:00", "1899-12-30 05:30:00"},
   };
-  for (const Case& c : Cases) {
-    EXPECT_EQ(textOfDate(Tools::fncGetDaylightStart(c.Year, c.Zone)), c.DaylightStart);
-    EXPECT_EQ(textOfDate(Tools::fncGetStandardStart(c.Year, c.Zone)), c.StandardStart);
+  for (const auto& [where, year, daylightStart, standardStart] : cases) {
+    EXPECT_EQ(textOfDate(Tools::fncGetDaylightStart(year, where)), daylightStart);
+    EXPECT_EQ(textOfDate(Tools::fncGetStandardStart(year, where)), standardStart);
   }
 }
 
@@ -130,9 +112,10 @@ TEST(CalcOffset, HasTheSignOfTheClockAndGoesThereAndBack) {
   EXPECT_EQ(Tools::fncCalcOffset(at("2026-01-15 12:00:00"), newYork(), true), -300);
   EXPECT_EQ(Tools::fncCalcOffset(at("2026-07-15 12:00:00"), newYork(), true), -240);
   EXPECT_EQ(Tools::fncCalcOffset(at("2026-07-15 12:00:00"), newYork(), false), -300);
-  EXPECT_THROW(Tools::fncCalcOffset(46000, zone(INT32_MIN), false), Failure);
-  EXPECT_THROW(Tools::fncUTCToLocalDate(46000, zone(INT32_MAX, INT32_MAX), true), Failure);
-  EXPECT_THROW(Tools::fncUTCToLocalDate(2958466, zone(-600), true), Failure);
+  EXPECT_EQ(numberOf([] { Tools::fncCalcOffset(46000, zone(INT32_MIN), false); }), fault::Overflow);
+  EXPECT_EQ(numberOf([] { Tools::fncUTCToLocalDate(46000, zone(INT32_MAX, INT32_MAX), true); }),
+            fault::Overflow);
+  EXPECT_EQ(numberOf([] { Tools::fncUTCToLocalDate(2958466, zone(-600), true); }), fault::InvalidCall);
 
   std::mt19937 random{20261};
   const auto pick = [&](int low, int high) { return std::uniform_int_distribution<int>{low, high}(random); };
@@ -174,28 +157,24 @@ TEST(Offsets, AsTextAndBack) {
   };
   for (const auto& [text, minutes] : Minutes) EXPECT_EQ(Tools::fncHoursToMinutes(text), minutes) << text;
   for (const char* text : {"547:00", "40000", "546:99", "1e400:00"})
-    EXPECT_THROW(Tools::fncHoursToMinutes(text), Failure) << text;
+    EXPECT_EQ(numberOf([&] { Tools::fncHoursToMinutes(text); }), fault::Overflow) << text;
 }
 
 TEST(MachineClock, IsMeasuredNotLookedUp) {
-  platform::UseFakeWorld world;
-  struct Case {
-    CivilTime Utc, Local;
-    std::int16_t Offset;
-  };
-  const Case Cases[] = {
-      {{2026, 1, 1, 0, 0, 0, 999}, {2026, 1, 1, 5, 30, 0, 999}, 330},
-      {{2026, 1, 1, 0, 0, 59, 999}, {2025, 12, 31, 20, 31, 0, 1}, -210},
-      {{2026, 12, 31, 18, 30, 29}, {2027, 1, 1, 8, 15, 30}, 825},
-  };
-  for (const Case& c : Cases) {
-    world->Utc = c.Utc;
-    world->Local = c.Local;
-    EXPECT_EQ(Tools::fncGetGMTOffset(), c.Offset);
+  const std::tuple<const char*, int, const char*> cases[] = {
+      {"India Standard Time", 330, "2026-08-01 02:59:29"},
+      {"Newfoundland Standard Time", -150, "2026-07-31 18:59:29"},
+      {"Eastern Standard Time", -240, "2026-07-31 17:29:29"}};
+  for (const auto& [zone, offset, local] : cases) {
+    simulator::WorldOptions options;
+    options.Zone = zone;
+    options.Begins =
+        std::chrono::sys_days{std::chrono::year{2026} / 7 / 31} + std::chrono::milliseconds{77369999};
+    const InWorld<simulator::SimulatedWorld> world{options};
+    EXPECT_EQ(Tools::fncGetGMTOffset(), offset);
+    EXPECT_EQ(textOfDate(Tools::fncGetGMTTime()), "2026-07-31 21:29:29");
+    EXPECT_EQ(textOfDate(Tools::fncLocalTimeFromOffset(static_cast<std::int16_t>(offset))), local);
   }
-  EXPECT_EQ(textOfDate(Tools::fncGetGMTTime()), "2026-12-31 18:30:29");
-  EXPECT_EQ(textOfDate(Tools::fncLocalTimeFromOffset(345)), "2027-01-01 00:15:29");
-  EXPECT_EQ(textOfDate(Tools::fncLocalTimeFromOffset(-1111)), "2026-12-30 23:59:29");
 }
 
 }  // namespace

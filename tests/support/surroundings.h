@@ -1,15 +1,27 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 #include <sstream>
 #include <string>
 
-namespace hy_wristlog::platform {
+namespace hy_wristlog {
+
+inline std::string contentOf(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream{path, std::ios::binary}.rdbuf();
+  return text.str();
+}
+
+/// Makes the file and the folders above it; returns its path.
+inline std::string putFile(const std::filesystem::path& path, std::string_view content) {
+  std::filesystem::create_directories(path.parent_path());
+  std::ofstream{path, std::ios::binary} << content;
+  return path.string();
+}
 
 /// A folder of its own that is gone after the test.
 class TemporaryFolder {
@@ -27,14 +39,9 @@ class TemporaryFolder {
 
   std::string operator/(const std::string& name) const { return (path_ / name).string(); }
   std::string path() const { return path_.string(); }
-
-  /// Makes the file and the folders above it.
   std::string put(const std::string& name, std::string_view content) const {
-    std::filesystem::create_directories((path_ / name).parent_path());
-    std::ofstream{path_ / name, std::ios::binary} << content;
-    return (path_ / name).string();
+    return putFile(path_ / name, content);
   }
-
   void link(const std::string& name, const std::string& target) const {
     std::filesystem::create_directories((path_ / name).parent_path());
     std::filesystem::create_symlink(target, path_ / name);
@@ -47,7 +54,7 @@ class TemporaryFolder {
 /// Sets an environment variable, or unsets it, until the end of the block.
 class Variable {
  public:
-  Variable(std::string name, std::optional<std::string> value) : name_(std::move(name)) {
+  Variable(std::string name, const std::optional<std::string>& value) : name_(std::move(name)) {
     if (const char* former = std::getenv(name_.c_str())) former_ = former;
     set(value);
   }
@@ -61,16 +68,11 @@ class Variable {
       ::setenv(name_.c_str(), value->c_str(), 1);
     else
       ::unsetenv(name_.c_str());
+    if (name_ == "TZ") ::tzset();
   }
 
   std::string name_;
   std::optional<std::string> former_;
 };
 
-inline std::string contentOf(const std::string& path) {
-  std::ostringstream text;
-  text << std::ifstream{path, std::ios::binary}.rdbuf();
-  return text.str();
-}
-
-}  // namespace hy_wristlog::platform
+}  // namespace hy_wristlog
