@@ -46,6 +46,9 @@ void compareYear(const Class_TimeZoneInfo& zone, std::int32_t year) {
   };
   for (std::time_t day = from; day < to; day += Day) {
     compare(day + Day / 2);
+    const double noon = UnixEpochDate + static_cast<double>(day + Day / 2) / SecondsPerDay;
+    const std::int16_t offset = Class_TimeZoneTools::fncCalcOffset(noon, zone, true);
+    EXPECT_EQ(offset * 60, systemOffset(day + Day / 2 - offset * 60)) << zone.KeyName << ' ' << day;
     if (systemOffset(day) == systemOffset(day + Day)) continue;
     for (std::time_t halfHour = day - Day / 8; halfHour <= day + Day / 8 * 9; halfHour += 1800)
       for (const int second : {-1, 0, 1}) compare(halfHour + second);
