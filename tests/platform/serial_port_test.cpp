@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <functional>
 #include <thread>
 
@@ -15,6 +14,7 @@
 
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/linux_serial_ports.h"
+#include "platform/linux/system_io.h"
 #include "support/failures.h"
 #include "support/surroundings.h"
 
@@ -24,46 +24,36 @@ namespace {
 /// The far end of a line: the master of a pseudo-terminal.
 class FarEnd {
  public:
-  FarEnd() : fd_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
-    EXPECT_GE(fd_, 0);
-    EXPECT_EQ(::grantpt(fd_), 0);
-    EXPECT_EQ(::unlockpt(fd_), 0);
+  FarEnd() {
     std::array<char, 64> name{};
-    EXPECT_EQ(::ptsname_r(fd_, name.data(), name.size()), 0);
+    EXPECT_TRUE(::grantpt(fd_.get()) == 0 && ::unlockpt(fd_.get()) == 0 &&
+                ::ptsname_r(fd_.get(), name.data(), name.size()) == 0);
     path_ = name.data();
   }
-  FarEnd(const FarEnd&) = delete;
-  FarEnd& operator=(const FarEnd&) = delete;
-  ~FarEnd() { hangUp(); }
 
   const std::string& path() const { return path_; }
-  void hangUp() {
-    if (fd_ >= 0) ::close(fd_);
-    fd_ = -1;
-  }
   void send(std::string_view text) const {
-    ASSERT_EQ(::write(fd_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    ASSERT_EQ(::write(fd_.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
   }
   std::string receive(std::size_t count) const {
-    std::string text(count, '\0');
-    std::size_t used = 0;
-    pollfd ready{fd_, POLLIN, 0};
-    while (used<count&& ::poll(&ready, 1, 2000)> 0) {
-      const ssize_t got = ::read(fd_, text.data() + used, count - used);
+    std::string text;
+    std::array<char, 4096> bytes{};
+    pollfd ready{fd_.get(), POLLIN, 0};
+    while (text.size() < count && ::poll(&ready, 1, 2000) == 1) {
+      const ssize_t got = ::read(fd_.get(), bytes.data(), bytes.size());
       if (got <= 0) break;
-      used += static_cast<std::size_t>(got);
+      text.append(bytes.data(), static_cast<std::size_t>(got));
     }
-    text.resize(used);
     return text;
   }
   termios2 line() const {
     termios2 settings{};
-    EXPECT_EQ(::ioctl(fd_, TCGETS2, &settings), 0);
+    EXPECT_EQ(::ioctl(fd_.get(), TCGETS2, &settings), 0);
     return settings;
   }
 
  private:
-  int fd_;
+  Descriptor fd_{::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)};
   std::string path_;
 };
 
@@ -121,22 +111,20 @@ TEST(SerialPort, AFullQueueTakesWhatFitsAndDoesNotBlock) {
 TEST(SerialPort, SetsTheLine) {
   const auto none = LineParity::None;
   const auto one = LineStopBits::One, oneAndHalf = LineStopBits::OneAndHalf, two = LineStopBits::Two;
-  const std::pair<LineSettings, std::int32_t> cases[] = {
-      {{57600, none, 8, two}, 0},
-      {{600, none, 8, one}, 0},
-      {{14400, LineParity::Mark, 8, one}, 0},
-      {{28800, LineParity::Space, 8, one}, 0},
-      {{56000, LineParity::Even, 7, one}, 0},
-      {{128000, LineParity::Odd, 8, one}, 0},
-      {{256000, none, 8, one}, 0},
-      {{9600, none, 5, oneAndHalf}, 0},
-      {{9600, none, 8, oneAndHalf}, 8015},
-      {{9600, none, 5, two}, 8015},
-      {{9600, none, 4, one}, 8015},
-      {{9600, none, 9, one}, 8015},
-      {{0, none, 8, one}, 8015},
-      {{-9600, none, 8, one}, 8015},
-  };
+  const std::pair<LineSettings, std::int32_t> cases[] = {{{57600, none, 8, two}, 0},
+                                                         {{600, none, 8, one}, 0},
+                                                         {{14400, LineParity::Mark, 8, one}, 0},
+                                                         {{28800, LineParity::Space, 8, one}, 0},
+                                                         {{56000, LineParity::Even, 7, one}, 0},
+                                                         {{128000, LineParity::Odd, 8, one}, 0},
+                                                         {{256000, none, 8, one}, 0},
+                                                         {{9600, none, 5, oneAndHalf}, 0},
+                                                         {{9600, none, 8, oneAndHalf}, 8015},
+                                                         {{9600, none, 5, two}, 8015},
+                                                         {{9600, none, 4, one}, 8015},
+                                                         {{9600, none, 9, one}, 8015},
+                                                         {{0, none, 8, one}, 8015},
+                                                         {{-9600, none, 8, one}, 8015}};
   FarEnd far;
   const auto port = openSerialDevice(far.path(), "COM1");
   for (const auto& [settings, expected] : cases) {
@@ -155,37 +143,21 @@ TEST(SerialPort, SetsTheLine) {
 }
 
 TEST(SerialPort, IsHeldAgainstAnyoneElse) {
-  FarEnd far;
-  auto port = openSerialDevice(far.path(), "COM9 (a dock)");
-  EXPECT_EQ(
-      failureOf([&] { openSerialDevice(far.path(), "COM9 (a dock)"); }),
-      std::pair(8005, std::string(
-                          "COM9 (a dock) is in use by another program. Close that program and try again.")));
-  port.reset();
-
+  const FarEnd far;
+  const auto open = [&] { return openSerialDevice(far.path(), "COM9 (a dock)"); };
+  {
+    const auto port = open();
+    const std::string words = "COM9 (a dock) is in use by another program. Close that program and try again.";
+    EXPECT_EQ(failureOf(open), std::pair(8005, words));
+  }
   // Last the exclusive mode, which a pseudo-terminal keeps after its holder.
   for (const bool exclusiveMode : {false, true}) {
-    std::array<int, 2> ready{};
-    ASSERT_EQ(::pipe(ready.data()), 0);
-    const pid_t holder = ::fork();
-    ASSERT_GE(holder, 0);
-    if (holder == 0) {
-      const int fd = ::open(far.path().c_str(), O_RDWR | O_NOCTTY);
-      if (exclusiveMode)
-        ::ioctl(fd, TIOCEXCL);
-      else
-        ::flock(fd, LOCK_EX);
-      if (::write(ready[1], "!", 1) == 1) ::pause();
-      ::_exit(0);
+    {
+      const Descriptor holder{::open(far.path().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC)};
+      ASSERT_EQ(exclusiveMode ? ::ioctl(holder.get(), TIOCEXCL) : ::flock(holder.get(), LOCK_EX), 0);
+      EXPECT_EQ(numberOf(open), 8005);
     }
-    char byte = 0;
-    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
-    EXPECT_EQ(numberOf([&] { openSerialDevice(far.path(), "COM1"); }), 8005);
-    ::kill(holder, SIGKILL);
-    ::waitpid(holder, nullptr, 0);
-    ::close(ready[0]);
-    ::close(ready[1]);
-    EXPECT_EQ(numberOf([&] { openSerialDevice(far.path(), "COM1"); }), exclusiveMode ? 8005 : 0);
+    EXPECT_EQ(numberOf(open), exclusiveMode ? 8005 : 0);
   }
 }
 
@@ -231,8 +203,7 @@ TEST(SerialPort, EveryMemberSeesThatTheDeviceHasGone) {
       [&] { port->read(buffer); }, [&] { port->read({}); },      [&] { port->write(buffer); },
       [&] { port->write({}); },    [&] { port->outstanding(); }, [&] { port->discardInput(); },
       [&] { port->setDtr(true); }, [&] { port->setRts(false); }, [&] { port->modemLines(); },
-      [&] { port->takeErrors(); }, [&] { port->configure({}); },
-  };
+      [&] { port->takeErrors(); }, [&] { port->configure({}); }};
   for (const auto& member : members) EXPECT_EQ(numberOf(member), 8015) << &member - members;
 }
 
@@ -242,11 +213,9 @@ TEST(SerialPort, NumbersAreOpenedByDeclarationThenByRule) {
   const Variable docks{"HY_WRISTLOG_DOCKS",
                        folder.put("docks", "[Dock 1]\nCOMport=64\nDevice=" + far.path() + "\n")};
   const auto world = makeLinuxPlatform();
-  {
-    const auto port = world->serialPorts().open(64);
-    far.send("ok");
-    EXPECT_EQ(bytesFrom(*port, 2), "ok");
-  }
+  const auto port = world->serialPorts().open(64);
+  far.send("ok");
+  EXPECT_EQ(bytesFrom(*port, 2), "ok");
   const auto [number, words] = failureOf([&] { world->serialPorts().open(63); });
   EXPECT_EQ(number, 8002);
   EXPECT_NE(words.find("COM63 (/dev/ttyACM14)"), std::string::npos) << words;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <map>
 #include <random>
 
 #include "platform/linux/linux_clock.h"
@@ -53,10 +54,8 @@ TEST(Zones, NamesSayTheOffsetOfTheRule) {
     const ZoneRecord record = zones.read(key);
     const std::int32_t minutes = -record.Rule->Bias;
     std::array<char, 16> offset{};
-    std::snprintf(offset.data(), offset.size(), "%+03d:%02d", minutes / 60, std::abs(minutes) % 60);
-    const std::string prefix = minutes == 0 ? "(GMT) " : "(GMT" + std::string{offset.data()} + ") ";
-    EXPECT_TRUE(record.Display.starts_with(prefix)) << record.Display;
-    EXPECT_GT(record.Display.size(), prefix.size());
+    std::snprintf(offset.data(), offset.size(), "(GMT%+03d:%02d) ", minutes / 60, std::abs(minutes) % 60);
+    EXPECT_TRUE(record.Display.starts_with(minutes == 0 ? "(GMT) " : offset.data())) << record.Display;
     EXPECT_EQ(record.Standard, key);
     EXPECT_NE(record.Daylight.find("Daylight"), std::string::npos) << record.Daylight;
   }
@@ -82,8 +81,7 @@ TEST(Zones, RulesOfEveryFormBecomeRecords) {
           {"AAA3BBB,59,299", 2025, 180, -60, {2025, 10, 1, 27, 2}, {2025, 3, 6, 1, 2}},
           {"IST-1GMT0,M10.5.0,M3.5.0/1", 2025, 0, -60, {0, 10, 0, 5, 2}, {0, 3, 0, 5, 1}},
           {"EST5EDT,0/0,J365/25", 2025, 240, 0, never, never},
-          {"EST5EDT,0/0,J365/25", 2024, 240, 0, never, never},
-      };
+          {"EST5EDT,0/0,J365/25", 2024, 240, 0, never, never}};
   for (const auto& [text, year, bias, daylightBias, standard, daylight] : cases) {
     const auto tz = parsePosixTz(text);
     ASSERT_TRUE(tz) << text;
@@ -96,24 +94,21 @@ TEST(Zones, RulesOfEveryFormBecomeRecords) {
 }
 
 TEST(Zones, TheMachinesZoneIsFoundByNameThenByRule) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"America/New_York", "Eastern Standard Time"},
-      {":Europe/Warsaw", "Central European Standard Time"},
-      {"Asia/Calcutta", "India Standard Time"},
-      {"/usr/share/zoneinfo/Europe/Paris", "Romance Standard Time"},
-      {"America/Detroit", "Eastern Standard Time"},
-      {"PST8PDT,M3.2.0,M11.1.0", "Pacific Standard Time"},
-      {"Europe/Dublin", "GMT Standard Time"},
-      {"UTC", "Greenwich Standard Time"},
-      {"", "Greenwich Standard Time"},
-      {"No/Such_Zone", "Greenwich Standard Time"},
-      {"../../../etc/passwd", "Greenwich Standard Time"},
-      {"Pacific/Chatham", ""}};
+  const std::map<std::string, std::vector<std::string>> namesOfKeys = {
+      {"Eastern Standard Time", {"America/New_York", "America/Detroit"}},
+      {"Central European Standard Time", {":Europe/Warsaw"}},
+      {"India Standard Time", {"Asia/Calcutta"}},
+      {"Romance Standard Time", {"/usr/share/zoneinfo/Europe/Paris"}},
+      {"Pacific Standard Time", {"PST8PDT,M3.2.0,M11.1.0"}},
+      {"GMT Standard Time", {"Europe/Dublin"}},
+      {"Greenwich Standard Time", {"UTC", "", "No/Such_Zone", "../../../etc/passwd"}},
+      {"", {"Pacific/Chatham"}}};
   LinuxZones zones;
-  for (const auto& [name, key] : cases) {
-    const Variable tz{"TZ", name};
-    EXPECT_EQ(zones.localStandardName(), key) << name;
-  }
+  for (const auto& [key, names] : namesOfKeys)
+    for (const std::string& name : names) {
+      const Variable tz{"TZ", name};
+      EXPECT_EQ(zones.localStandardName(), key) << name;
+    }
 }
 
 TEST(Zones, TheMachinesZoneIsReadFromItsFiles) {
