@@ -12,8 +12,11 @@ using namespace std::chrono_literals;
 namespace xmodem {
 
 std::vector<std::uint8_t> frame(std::uint8_t number, std::span<const std::uint8_t> data) {
-  std::vector<std::uint8_t> bytes{data.size() == LongData ? Stx : Soh, number,
-                                  static_cast<std::uint8_t>(255 - number)};
+  std::vector<std::uint8_t> bytes;
+  bytes.reserve(data.size() + 5);
+  for (const auto byte :
+       {data.size() == LongData ? Stx : Soh, number, static_cast<std::uint8_t>(255 - number)})
+    bytes.push_back(byte);
   bytes.insert(bytes.end(), data.begin(), data.end());
   const std::uint16_t crc = checksum(data);
   bytes.push_back(static_cast<std::uint8_t>(crc >> 8));
