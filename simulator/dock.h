@@ -20,8 +20,8 @@ struct DockOptions {
   DockKind Kind = DockKind::Quillander;
   std::int32_t ComPort = 33;
   /// Puts "(COMn)" behind the friendly name; without it a first Tolka dock has none and the others have.
-  std::optional<bool> NameShowsPort;
-  std::string HardwareId, FriendlyName;  ///< shown in place of the kind's own where not empty
+  std::optional<bool> NameShowsPort{};
+  std::string HardwareId{}, FriendlyName{};  ///< shown in place of the kind's own where not empty
 };
 
 /// A failure that an operation of the port raises.

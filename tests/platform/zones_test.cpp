@@ -53,7 +53,7 @@ TEST(Zones, NamesSayTheOffsetOfTheRule) {
   for (const std::string& key : zones.keys()) {
     const ZoneRecord record = zones.read(key);
     const std::int32_t minutes = -record.Rule->Bias;
-    std::array<char, 16> offset{};
+    std::array<char, 40> offset{};
     std::snprintf(offset.data(), offset.size(), "(GMT%+03d:%02d) ", minutes / 60, std::abs(minutes) % 60);
     EXPECT_TRUE(record.Display.starts_with(minutes == 0 ? "(GMT) " : offset.data())) << record.Display;
     EXPECT_EQ(record.Standard, key);
