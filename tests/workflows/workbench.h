@@ -33,10 +33,11 @@ inline std::uint64_t stride() {
   return text == nullptr ? 1 : std::max(1ULL, std::strtoull(text, nullptr, 10));
 }
 
-/// Asks for an abort in a certain round of the host's events.
-struct AbortingHost : Host {
+/// Counts the rounds of its events, asks for an abort in one of them, and sees what is downloaded.
+struct WatchingHost : Host {
   Class_Main* Main = nullptr;
-  std::int32_t Rounds = 0, AbortIn = -1;
+  std::int32_t Rounds = 0, AbortIn = -1, Downloaded = 0;
+  void downloadProgress(std::int32_t bytesSoFar, std::int32_t) override { Downloaded = bytesSoFar; }
   void serveEvents() override {
     if (++Rounds == AbortIn) Main->AbortComms();
   }
@@ -106,7 +107,7 @@ class Workbench {
 
  public:
   std::unique_ptr<Class_Main> main;
-  std::shared_ptr<AbortingHost> host = std::make_shared<AbortingHost>();
+  std::shared_ptr<WatchingHost> host = std::make_shared<WatchingHost>();
   std::shared_ptr<Class_Subject> subject = std::make_shared<Class_Subject>(), statusSubject;
   std::shared_ptr<Class_VardenLogger> data;
   enmDecodeResult result = Decode_OK;

@@ -1,0 +1,83 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "workflows/workbench.h"
+
+namespace hy_wristlog::workbench {
+namespace {
+
+using simulator::EpochReading;
+
+/// What a logger keeps of a value: steps of 1 in 32 on its scale of counts, a 32nd of an octave of light.
+bool isActivity(std::int32_t decoded, double counts) {
+  return decoded >= 0 && std::abs(decoded - std::min(counts, 32767.0)) <= 2 + counts / 30;
+}
+bool isLight(float decoded, double value) {
+  return value <= 0 ? decoded < 0.02 : std::abs(std::log2(decoded / value)) <= 1 / 60.0;
+}
+
+class RoundTrip
+    : public testing::TestWithParam<std::tuple<enmLoggerPointer, enmVardenLoggingMode, std::int32_t>> {};
+
+TEST_P(RoundTrip, WhatWasWornIsWhatComesBack) {
+  const auto [model, mode, epoch] = GetParam();
+  if (model == LggrPntr_KRII && mode > VardenMode_ActivityAndStandardLight) return;
+  constexpr int Epochs = 70;
+  Workbench desk(model);
+  ASSERT_EQ(desk.configure({.Mode = mode, .Epoch = epoch}), 0);
+  const std::int64_t start = desk.stored().signedNumber(block::StartTime);
+  simulator::WearOptions wear;
+  wear.Seed = static_cast<std::uint32_t>(epoch);
+  wear.MarkersPerDay = 400;
+  desk.logger().wear(std::chrono::seconds(start - desk.bench.World->now() + Epochs * epoch), wear);
+  desk.subject = std::make_shared<Class_Subject>();
+  ASSERT_EQ(desk.retrieve(), 0);
+  const Class_VardenLogger& data = *desk.data;
+
+  const std::int64_t elapsed = desk.bench.World->now() - start;
+  EXPECT_NEAR(data.Get_Samples(), static_cast<double>(elapsed) / epoch, 1.5);
+  EXPECT_EQ(secondsBetween(UnixEpochDate, data.Get_StartTimeGMT()), start);
+  EXPECT_EQ(desk.subject->Get_Identity(), "Jane");
+  EXPECT_EQ(desk.subject->Get_GUID(), "0123456789ABCDEF0123456789ABCDEF");
+  EXPECT_EQ(desk.subject->Get_DOB(), dateSerial(1984, 5, 6));
+  EXPECT_FLOAT_EQ(desk.subject->Get_Weight(), 70.1F);
+
+  const bool vivid = model == LggrPntr_KRVivid;
+  const bool activity = mode == 1 || mode == 3 || mode == 5;
+  const bool colours = vivid && (mode == 2 || mode == 3);
+  const bool light = mode != 1 && !colours;
+  const auto sizeOf = [&](bool has) { return has ? static_cast<std::size_t>(data.Get_Samples()) : 0; };
+  ASSERT_EQ(data.Get_ActivityArray().size(), sizeOf(activity));
+  ASSERT_EQ(data.Get_LightArray().size(), sizeOf(light));
+  ASSERT_EQ(data.Get_RedLightArray().size(), sizeOf(colours));
+  ASSERT_EQ(data.Get_WristStatusArray().size(), sizeOf(vivid));
+  simulator::Wearer wearer(wear, std::chrono::minutes(-300));
+  std::int32_t markers = 0;
+  // The last of them may have ended in the dock.
+  for (std::size_t i = 0; i + 1 < Epochs; ++i) {
+    SCOPED_TRACE(i);
+    const EpochReading seen = wearer.read(start + static_cast<std::int64_t>(i) * epoch, epoch);
+    markers += seen.Button1;
+    EXPECT_EQ(data.Get_MarkerArray()[i] == Tristate::True, seen.Button1);
+    EXPECT_TRUE(!activity || isActivity(data.Get_ActivityArray()[i], seen.Counts)) << seen.Counts;
+    EXPECT_TRUE(!light || isLight(data.Get_LightArray()[i], seen.Lux)) << seen.Lux;
+    EXPECT_TRUE(!vivid || (data.Get_WristStatusArray()[i] == Tristate::True) == seen.OffWrist);
+    if (!colours) continue;
+    EXPECT_PRED2(isLight, data.Get_RedLightArray()[i], seen.Red);
+    EXPECT_PRED2(isLight, data.Get_GreenLightArray()[i], seen.Green);
+    EXPECT_PRED2(isLight, data.Get_BlueLightArray()[i], seen.Blue);
+  }
+  EXPECT_NEAR(data.Get_MarkerCount(), markers, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, RoundTrip,
+    testing::Combine(testing::ValuesIn(Models),
+                     testing::Values(VardenMode_ActivityOnly, VardenMode_StandardLightOnly,
+                                     VardenMode_ActivityAndStandardLight, VardenMode_SpecialLightOnly,
+                                     VardenMode_ActivityAndSpecialLight),
+                     testing::Values(15, 30, 60, 120, 300)));
+
+}  // namespace
+}  // namespace hy_wristlog::workbench
