@@ -4,6 +4,7 @@
 #include "commands.h"
 #include "json_output.h"
 #include "meanings.h"
+#include "process.h"
 #include "workflows/engineering.h"
 
 namespace wristlog {
@@ -15,6 +16,7 @@ namespace {
 
 /// The end that goes with a start when none is asked for: the logger takes no start without one.
 constexpr const char* LatestEnd = "2038-01-01";
+constexpr std::int32_t Aborted = 10013;
 
 std::int32_t secondsFromText(Session& session, const std::string& text) {
   return text.empty() ? 0 : session.main().DateToLoggerSeconds(engineering::dateFromText(text));
@@ -22,12 +24,19 @@ std::int32_t secondsFromText(Session& session, const std::string& text) {
 
 float tenths(float value) { return std::round(value * 10) / 10; }
 
+/// A logger gives texts back without the blanks around them.
+std::string trimmed(const std::string& text) {
+  const std::size_t first = text.find_first_not_of(' ');
+  if (first == std::string::npos) return {};
+  return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
 hw::Class_Subject subjectFrom(const SubjectOptions& options) {
   hw::Class_Subject subject;
-  subject.Let_Identity(options.Identity);
-  subject.Let_Initials(options.Initials);
-  subject.Let_Gender(options.Gender);
-  subject.Let_GUID(options.Guid);
+  subject.Let_Identity(trimmed(options.Identity));
+  subject.Let_Initials(trimmed(options.Initials));
+  subject.Let_Gender(trimmed(options.Gender));
+  subject.Let_GUID(trimmed(options.Guid));
   subject.Let_Height(tenths(options.Height));
   subject.Let_Weight(tenths(options.Weight));
   if (!options.BirthDate.empty()) subject.Let_DOB(engineering::dateFromText(options.BirthDate));
@@ -43,26 +52,33 @@ int runConfigure(const CommonOptions& common, const ConfigureOptions& options) {
   float battery = 0;
   std::string serialNumber;
   session.main().Let_MaxCommunicationRetries(options.Attempts);
-  const std::int32_t code = session.main().Configure(
-      modelFromName(options.Model), static_cast<hw::enmVardenLoggingMode>(options.Mode), options.EpochLength,
-      subject, options.Zone, !options.NoDaylight, secondsFromText(session, options.SetTime),
-      secondsFromText(session, options.Start), secondsFromText(session, end),
-      options.DateFormat == "ddmm" ? hw::DateFormat_DDMM : hw::DateFormat_MMDD,
+  const hw::enmLoggerPointer model = modelFromName(options.Model);
+  std::int32_t code = session.main().Configure(
+      model, static_cast<hw::enmVardenLoggingMode>(options.Mode), options.EpochLength, subject, options.Zone,
+      !options.NoDaylight, secondsFromText(session, options.SetTime), secondsFromText(session, options.Start),
+      secondsFromText(session, end), options.DateFormat == "ddmm" ? hw::DateFormat_DDMM : hw::DateFormat_MMDD,
       options.TimeFormat == "off"  ? hw::TimeFormat_DisplayOff
       : options.TimeFormat == "12" ? hw::TimeFormat_12hourAMPM
                                    : hw::TimeFormat_24hour,
       &battery, &serialNumber);
   session.endProgress();
+  // An aborted configuration ends with whatever code it had come to.
+  if (interruptRequested() && serialNumber.empty()) code = Aborted;
+  const std::string meaning =
+      code == Aborted ? "Aborted. The logger may be left without a configuration: configure it again."
+                      : explanationOf(code, model);
   if (session.asJson())
     print({{"return_code", code},
-           {"return_code_meaning", meaningOf(code)},
+           {"return_code_meaning", meaning},
            {"battery_life_remaining", code == 0 ? Json(std::round(double{battery} * 10) / 10) : Json()},
            {"device_serial_number", code == 0 ? Json(serialNumber) : Json()}});
   else if (code == 0)
     std::cout << "Logger " << serialNumber << " is configured for " << subject.Get_Identity()
               << ". Battery: about " << std::lround(battery) << " days.\n";
   else
-    std::cerr << "Code " << code << ": " << meaningOf(code) << '\n';
+    std::cerr << "Code " << code << ": " << meaning << '\n';
+  if (code == 0 && subject.Get_Gender().empty())
+    std::cerr << "Without a gender, retrieving ends with warning 10014 unless --ignore-warnings is given.\n";
   return code == 0 ? Good : Unsuccessful;
 }
 

@@ -28,6 +28,16 @@ class WorldScope {
   std::shared_ptr<platform::Platform> former_;
 };
 
+/// A failure of `step`, with the files that it is about in front of its words.
+template <class Step>
+auto naming(const std::string& files, const Step& step) {
+  try {
+    return step();
+  } catch (const hw::Failure& failure) {
+    throw hw::Failure(failure.Number, failure.Source, files + ": " + failure.Description);
+  }
+}
+
 }  // namespace
 
 int runDecode(const CommonOptions& common, const DecodeOptions& options) {
@@ -36,10 +46,13 @@ int runDecode(const CommonOptions& common, const DecodeOptions& options) {
   const RecordingFiles files(options.Folder, options.Force);
   if (!options.Folder.empty()) files.prepare();
 
-  const auto logger = engineering::loggerFromConfig(engineering::configHexFromIni(options.ConfigFile));
+  const std::string configHex = engineering::configHexFromIni(options.ConfigFile);
+  std::vector<std::uint8_t> raw = engineering::rawFromFile(options.RawFile);
+  const auto logger = naming(options.ConfigFile, [&] { return engineering::loggerFromConfig(configHex); });
   bool lowBattery = false;
-  const hw::enmDecodeResult result =
-      engineering::decode(*logger, engineering::rawFromFile(options.RawFile), options.Diagnostic, lowBattery);
+  const hw::enmDecodeResult result = naming(options.RawFile + " does not fit " + options.ConfigFile, [&] {
+    return engineering::decode(*logger, std::move(raw), options.Diagnostic, lowBattery);
+  });
   if (!options.Folder.empty()) files.write(*logger, summaryJson(*logger, nullptr, result, lowBattery));
 
   if (common.AsJson) {

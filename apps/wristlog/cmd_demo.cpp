@@ -75,12 +75,13 @@ class Demo {
       : bench_(sim::makeVividBench()),
         session_(common, bench_),
         files_(options.Folder, options.Force),
-        folder_(options.Folder) {}
+        folder_(options.Folder),
+        ownFolder_(options.OwnFolder) {}
 
   int run() {
-    files_.prepare();
+    ownFolder_ ? files_.prepareForDemo() : files_.prepare();
     say("A Kestrin Vivid sits in its dock. (Logger, dock and time are simulated.)");
-    if (!configure()) return Unsuccessful;
+    configure();
     status("Status");
     bench_.Logger->wear(Week);
     say("It was worn for a week.");
@@ -94,23 +95,22 @@ class Demo {
     if (!session_.asJson()) std::cout << text << '\n';
   }
 
-  bool fail(const std::string& step, std::int32_t code) {
+  /// Raises what ends the demo: a step's code other than 0.
+  void require(const std::string& step, std::int32_t code) {
     session_.endProgress();
-    std::cerr << step << " ended with code " << code << ": " << meaningOf(code) << '\n';
-    return false;
+    if (code != 0) throw hw::Failure(code, "Class_Main." + step, step + " failed: " + meaningOf(code));
   }
 
-  bool configure() {
+  void configure() {
     hw::Class_Subject subject = demoSubject();
     float battery = 0;
     std::string serialNumber;
     const std::int32_t code = session_.main().Configure(
         hw::LggrPntr_KRVivid, hw::VardenMode_ActivityAndSpecialLight, DemoEpoch, subject, "", true, 0, 0, 0,
         hw::DateFormat_MMDD, hw::TimeFormat_24hour, &battery, &serialNumber);
-    if (code != 0) return fail("Configure", code);
+    require("Configure", code);
     say("Configured " + serialNumber + " for activity and light, a value a minute. Battery: about " +
         std::to_string(std::lround(battery)) + " days.");
-    return true;
   }
 
   void status(const std::string& title) {
@@ -119,7 +119,8 @@ class Demo {
     std::shared_ptr<hw::Class_VardenLogger> logger;
     std::shared_ptr<hw::Class_Subject> subject;
     const std::int32_t code = session_.main().GetStatus(hw::LggrPntr_KRVivid, simple, words, logger, subject);
-    say(title + ": " + (code == 0 ? simple : meaningOf(code)));
+    require("GetStatus", code);
+    say(title + ": " + simple);
   }
 
   int retrieve() {
@@ -130,11 +131,9 @@ class Demo {
     const double before = bench_.World->elapsed();
     const std::int32_t code =
         session_.main().Retrieve(hw::LggrPntr_KRVivid, logger, subject, result, &lowBattery);
-    if (code != 0) {
-      fail("Retrieve", code);
-      return Unsuccessful;
-    }
-    const Json summary = summaryJson(*logger, subject.get(), result, lowBattery);
+    require("Retrieve", code);
+    Json summary = summaryJson(*logger, subject.get(), result, lowBattery);
+    summary["made_by"] = MadeByDemo;
     files_.write(*logger, summary);
     if (session_.asJson()) {
       print(summary);
@@ -155,6 +154,7 @@ class Demo {
   Session session_;
   RecordingFiles files_;
   std::string folder_;
+  bool ownFolder_;
 };
 
 }  // namespace

@@ -13,9 +13,11 @@ namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
 
 int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
-  Session session(common);
   const RecordingFiles files(options.Folder, options.Force);
-  if (!options.Folder.empty()) files.prepare();
+  files.prepare();
+  constexpr bool KeepTraffic = true;
+  Session session(common, KeepTraffic);
+  const hw::enmLoggerPointer model = modelFromName(options.Model);
 
   constexpr auto NotDecoded = static_cast<hw::enmDecodeResult>(-1);
   std::shared_ptr<hw::Class_VardenLogger> logger;
@@ -23,25 +25,28 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   hw::enmDecodeResult result = NotDecoded;
   bool lowBattery = false;
   session.main().Let_MaxCommunicationRetries(options.Attempts);
-  const std::int32_t code = session.main().Retrieve(modelFromName(options.Model), logger, subject, result,
-                                                    &lowBattery, nullptr, options.IgnoreWarnings);
+  const std::int32_t code =
+      session.main().Retrieve(model, logger, subject, result, &lowBattery, nullptr, options.IgnoreWarnings);
   session.endProgress();
   std::optional<hw::enmDecodeResult> verdict;
   if (result != NotDecoded) verdict = result;
 
-  bool written = false;
-  if (!options.Folder.empty() && !engineering::rawData(*logger).empty()) {
-    if (verdict)
-      files.write(*logger, summaryJson(*logger, subject.get(), verdict, lowBattery));
-    else
-      files.writeRaw(*logger);
-    written = true;
-  }
+  const std::string meaning = explanationOf(code, model);
+  const bool hasRecording = !engineering::rawData(*logger).empty();
+  if (hasRecording && verdict)
+    files.write(*logger, summaryJson(*logger, subject.get(), verdict, lowBattery));
+  else if (hasRecording)
+    files.writeRaw(*logger);
+  std::string log;
+  if (code != 0 && !session.traffic().empty())
+    log = files.writeSessionLog("wristlog " + session.main().Get_Version() + ", retrieve --model " +
+                                options.Model + ", code " + std::to_string(code) + ": " + meaning + "\n\n" +
+                                session.traffic());
 
   if (session.asJson()) {
     Json document = recordingJson(*logger, verdict, lowBattery);
     document["return_code"] = code;
-    document["return_code_meaning"] = meaningOf(code);
+    document["return_code_meaning"] = meaning;
     document["low_battery_detected"] = lowBattery;
     document["logger"] = loggerJson(*logger);
     document["subject"] = subjectJson(*subject);
@@ -49,12 +54,14 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
     return code == 0 ? Good : Unsuccessful;
   }
   std::ostream& out = code == 0 ? std::cout : std::cerr;
-  if (code != 0) out << "Code " << code << ": " << meaningOf(code) << '\n';
+  if (code != 0) out << "Code " << code << ": " << meaning << '\n';
   if (verdict)
     out << wordsFor(*verdict) << ' ' << logger->Get_Samples() << " epochs of " << logger->Get_EpochLength()
         << " seconds from logger " << logger->Get_SerialNumber() << ".\n";
   if (lowBattery) out << "The logger's battery is low.\n";
-  if (written) out << "Written to " << options.Folder << ".\n";
+  if (hasRecording) out << "Written to " << options.Folder << ".\n";
+  if (!log.empty())
+    out << "What passed on the link is in " << log << "; send it along when you ask for help.\n";
   return code == 0 ? Good : Unsuccessful;
 }
 

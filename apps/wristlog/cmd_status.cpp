@@ -5,6 +5,7 @@
 #include "commands.h"
 #include "json_output.h"
 #include "meanings.h"
+#include "process.h"
 #include "workflows/engineering.h"
 
 namespace wristlog {
@@ -28,6 +29,11 @@ Status askStatus(Session& session, hw::enmLoggerPointer model) {
                                          &status.BatteryLife);
   session.endProgress();
   return status;
+}
+
+/// Without a logger the record holds nothing but zeros.
+bool wasRead(const Status& status) {
+  return status.Logger && status.Subject && !engineering::rawConfigHex(*status.Logger).empty();
 }
 
 Json batteryJson(float days) { return std::isnan(days) ? Json() : Json(std::round(double{days} * 10) / 10); }
@@ -54,13 +60,13 @@ int runStatus(const CommonOptions& common, const std::string& model) {
                   {"simple_status", status.Simple},
                   {"long_status", status.Long},
                   {"battery_life_remaining", batteryJson(status.BatteryLife)},
-                  {"logger", status.Logger ? loggerJson(*status.Logger) : Json()},
-                  {"subject", status.Subject ? subjectJson(*status.Subject) : Json()}};
+                  {"logger", wasRead(status) ? loggerJson(*status.Logger) : Json()},
+                  {"subject", wasRead(status) ? subjectJson(*status.Subject) : Json()}};
     print(document);
     return status.Code == 0 ? Good : Unsuccessful;
   }
   if (status.Code != 0) {
-    std::cerr << "Code " << status.Code << ": " << meaningOf(status.Code) << '\n';
+    std::cerr << "Code " << status.Code << ": " << explanationOf(status.Code, modelFromName(model)) << '\n';
     return Unsuccessful;
   }
   std::cout << status.Simple << '\n';
@@ -79,8 +85,11 @@ int runStatus(const CommonOptions& common, const std::string& model) {
 int runDocks(const CommonOptions& common) {
   Session session(common);
   Json list = Json::array();
+  bool anyDock = false;
   for (const engineering::DockView& dock : engineering::docks()) {
     std::string state;
+    anyDock = anyDock || dock.Connected > 0;
+    if (interruptRequested()) return Unsuccessful;
     if (dock.Connected == 1 && dock.Port > 0) state = askStatus(session, dock.Model).Simple;
     if (session.asJson())
       list.push_back({{"model", dock.Words},
@@ -90,7 +99,11 @@ int runDocks(const CommonOptions& common) {
     else
       printDock(dock, state);
   }
-  if (session.asJson()) print({{"docks", list}});
+  if (session.asJson())
+    print({{"docks", list}});
+  else if (!anyDock)
+    std::cout << "Connect a dock by USB. A device that is no USB dock can be declared in "
+              << engineering::declaredDocksFile() << ".\n";
   return Good;
 }
 

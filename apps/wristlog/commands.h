@@ -9,6 +9,7 @@ namespace wristlog {
 
 struct DemoOptions {
   std::string Folder;
+  bool OwnFolder = false;  ///< the folder is the demo's own, of which a former demo's files may go
   bool Force = false;
 };
 

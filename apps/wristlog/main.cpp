@@ -1,23 +1,73 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <new>
+#include <string_view>
 
 #include "commands.h"
 #include "hy_wristlog/failure.h"
 #include "json_output.h"
+#include "meanings.h"
 #include "platform/platform.h"
+#include "process.h"
+#include "workflows/engineering.h"
 
 namespace wristlog {
 namespace {
 
 constexpr const char* DemoFolder = "demo-recording";
+constexpr std::int32_t InvalidCall = 5, OutOfMemory = 7, PathFileAccess = 75;
+
+std::string validDate(const std::string& text) {
+  try {
+    hy_wristlog::engineering::dateFromText(text);
+    return {};
+  } catch (const hy_wristlog::Failure& failure) {
+    return failure.Description;
+  }
+}
+
+/// Loggers count seconds from 1970 in 32 bits; a moment outside would become "none" unnoticed.
+std::string validLoggerTime(const std::string& text) {
+  namespace engineering = hy_wristlog::engineering;
+  std::string problem = validDate(text);
+  if (!problem.empty()) return problem;
+  const double date = engineering::dateFromText(text);
+  if (date < engineering::dateFromText("1970-01-02") || date > engineering::dateFromText("2038-01-18"))
+    return "\"" + text + "\" is outside the logger's calendar, 1970-01-02 to 2038-01-18";
+  return {};
+}
+
+std::string validSize(const std::string& text) {
+  double value = 0;
+  const bool isNumber = CLI::detail::lexical_cast(text, value);
+  return isNumber && value >= 0 && value <= 9999.9 ? std::string()
+                                                   : "\"" + text + "\" is no number from 0 to 9999.9";
+}
+
+std::string validFolder(const std::string& text) { return text.empty() ? "the folder has no name" : ""; }
+
+/// For a text that a logger keeps in a field of `length` characters.
+auto storableIn(std::size_t length) {
+  return [length](const std::string& text) -> std::string {
+    if (hy_wristlog::engineering::isStorable(text, length)) return {};
+    return "\"" + text + "\" does not fit: at most " + std::to_string(length) +
+           " characters of the Western European set";
+  };
+}
 
 class CommandLine {
  public:
   CommandLine() {
     app_.require_subcommand(1);
-    app_.failure_message(CLI::FailureMessage::help);
+    app_.set_version_flag(
+        "--version", [] { return "wristlog " + hy_wristlog::Class_Main().Get_Version(); },
+        "Show the version");
+    app_.footer(
+        "Try 'wristlog demo' first: it needs no hardware. 'wristlog COMMAND --help' explains a command.\n"
+        "Exit status: 0 good; 1 the logger or the data gave trouble, as the message says; 2 wrong usage.");
     addDemo();
     addDocks();
     addStatus();
@@ -28,32 +78,48 @@ class CommandLine {
   }
 
   int run(int argc, char** argv) {
+    const int status = parseAndRun(argc, argv);
+    return standardOutputIsWhole() ? status : std::max<int>(status, Unsuccessful);
+  }
+
+ private:
+  int parseAndRun(int argc, char** argv) {
     try {
       app_.parse(argc, argv);
+    } catch (const CLI::Success& answer) {
+      return app_.exit(answer, std::cout, std::cerr);
     } catch (const CLI::ParseError& error) {
-      const bool asked = error.get_exit_code() == 0;
-      app_.exit(error, std::cout, std::cerr);
-      return asked ? Good : WrongUsage;
+      app_.exit(error, std::cerr, std::cerr);
+      if (std::find(argv, argv + argc, std::string_view("--json")) != argv + argc)
+        print(failureJson(hy_wristlog::Failure(InvalidCall, "wristlog", error.what())));
+      return WrongUsage;
     }
     try {
       return command_();
     } catch (const hy_wristlog::Failure& failure) {
-      if (common_.AsJson)
-        print(failureJson(failure));
-      else
-        std::cerr << failure.Description << " (failure " << failure.Number << ", " << failure.Source << ")\n";
+      return fail(failure);
     } catch (const hy_wristlog::platform::SystemError& error) {
-      std::cerr << hy_wristlog::platform::current().environment().errorText(error.Number) << '\n';
+      return fail({PathFileAccess, "wristlog",
+                   hy_wristlog::platform::current().environment().errorText(error.Number)});
+    } catch (const std::bad_alloc&) {
+      return fail({OutOfMemory, "wristlog", "There is not enough memory"});
     } catch (const std::exception& problem) {
-      std::cerr << problem.what() << '\n';
+      return fail({InvalidCall, "wristlog", problem.what()});
     }
+  }
+
+  int fail(const hy_wristlog::Failure& failure) const {
+    if (common_.AsJson)
+      print(failureJson(failure));
+    else
+      std::cerr << wordsFor(failure) << '\n';
     return Unsuccessful;
   }
 
- private:
   CLI::App* add(const char* name, const char* description, std::function<int()> command) {
     CLI::App* sub = app_.add_subcommand(name, description);
     sub->callback([this, command = std::move(command)] { command_ = command; });
+    sub->footer("");
     sub->add_flag("--json", common_.AsJson, "One JSON document on standard output, nothing else");
     return sub;
   }
@@ -65,25 +131,27 @@ class CommandLine {
   }
 
   static void addModel(CLI::App* sub, std::string& model) {
-    sub->add_option("--model", model, "The logger's model")
+    sub->add_option("--model", model, "The logger's model: vivid (Kestrin Vivid) or kestrin2 (Kestrin 2)")
         ->required()
         ->check(CLI::IsMember({"vivid", "kestrin2"}));
   }
 
   static void addAttempts(CLI::App* sub, std::int16_t& attempts) {
-    sub->add_option("--retries", attempts, "Attempts in all when the link fails")->check(CLI::Range(1, 100));
+    sub->add_option("--retries", attempts, "How often to try in all when the link fails (else once)")
+        ->check(CLI::Range(1, 100));
   }
 
   void addDemo() {
-    CLI::App* sub = add("demo", "Configure, wear for a week, retrieve: all simulated, in seconds", [this] {
-      if (demo_.Folder.empty()) {
-        demo_.Folder = DemoFolder;
-        demo_.Force = true;
-      }
-      return runDemo(common_, demo_);
-    });
-    sub->add_option("--out", demo_.Folder, "Where the recording goes (demo-recording, made anew each time)");
-    sub->add_flag("--force", demo_.Force, "Overwrite files in the folder of --out");
+    CLI::App* sub =
+        add("demo", "A simulated logger: configure it, wear it for a week, retrieve; takes seconds", [this] {
+          demo_.OwnFolder = demo_.Folder.empty();
+          if (demo_.OwnFolder) demo_.Folder = DemoFolder;
+          return runDemo(common_, demo_);
+        });
+    sub->add_option("--out", demo_.Folder,
+                    "Folder for the recording's files; else demo-recording, replaced by each demo")
+        ->check(validFolder);
+    sub->add_flag("--force", demo_.Force, "Overwrite files in the folder");
     sub->add_flag("--console", common_.Console, "Show what passes on the link on standard error");
   }
 
@@ -105,38 +173,58 @@ class CommandLine {
     addModel(sub, configure_.Model);
     sub->add_option("--mode", configure_.Mode,
                     "1 activity, 2 light (Vivid: colours), 3 both; Vivid also 4 lux, 5 activity and lux")
-        ->required();
-    sub->add_option("--epoch", configure_.EpochLength, "Seconds a value: 15, 30, 60, 120 or 300")->required();
-    sub->add_option("--identity", configure_.Subject.Identity, "Who wears it; else the serial number");
-    sub->add_option("--initials", configure_.Subject.Initials, "Three letters");
-    sub->add_option("--gender", configure_.Subject.Gender, "One letter");
-    sub->add_option("--dob", configure_.Subject.BirthDate, "Date of birth, yyyy-mm-dd");
-    sub->add_option("--height", configure_.Subject.Height, "In tenths")->check(CLI::Range(0.0, 9999.9));
-    sub->add_option("--weight", configure_.Subject.Weight, "In tenths")->check(CLI::Range(0.0, 9999.9));
-    sub->add_option("--guid", configure_.Subject.Guid, "32 hexadecimal digits; else a new one");
+        ->required()
+        ->check(CLI::Range(1, 5));
+    sub->add_option("--epoch", configure_.EpochLength, "Seconds a value: 15, 30, 60, 120 or 300")
+        ->required()
+        ->check(CLI::IsMember({15, 30, 60, 120, 300}));
+    sub->add_option("--identity", configure_.Subject.Identity,
+                    "Who wears it, 64 characters; else the serial number")
+        ->check(storableIn(64));
+    sub->add_option("--initials", configure_.Subject.Initials, "Three letters")->check(storableIn(3));
+    sub->add_option("--gender", configure_.Subject.Gender, "One letter; without one, retrieve warns")
+        ->check(storableIn(1));
+    sub->add_option("--dob", configure_.Subject.BirthDate, "Date of birth, yyyy-mm-dd")->check(validDate);
+    sub->add_option("--height", configure_.Subject.Height, "To one decimal, in a unit of your choice")
+        ->check(validSize);
+    sub->add_option("--weight", configure_.Subject.Weight, "To one decimal, in a unit of your choice")
+        ->check(validSize);
+    sub->add_option("--guid", configure_.Subject.Guid,
+                    "Identifier of the subject, 32 characters; else a new one")
+        ->check(storableIn(32));
     sub->add_option("--zone", configure_.Zone,
                     "Three letters, see 'wristlog zones'; else the machine's zone");
     sub->add_flag("--no-daylight", configure_.NoDaylight, "Do not adjust for daylight time");
-    sub->add_option("--set-time", configure_.SetTime, "Local time for the logger's clock; else now");
-    sub->add_option("--start", configure_.Start, "Local start, yyyy-mm-ddThh:mm; else as soon as possible");
-    sub->add_option("--end", configure_.End, "Local end; else never (2038 when there is a start)");
-    sub->add_option("--date-format", configure_.DateFormat, "The logger's display")
+    sub->add_option("--set-time", configure_.SetTime, "Local time for the logger's clock; else now")
+        ->check(validLoggerTime);
+    sub->add_option("--start", configure_.Start, "Local start, yyyy-mm-ddThh:mm; else as soon as possible")
+        ->check(validLoggerTime);
+    sub->add_option("--end", configure_.End, "Local end; else never (2038 when there is a start)")
+        ->check(validLoggerTime);
+    sub->add_option("--date-format", configure_.DateFormat, "Of the logger's display, if it has one")
         ->check(CLI::IsMember({"mmdd", "ddmm"}));
-    sub->add_option("--time-format", configure_.TimeFormat, "The logger's display")
+    sub->add_option("--time-format", configure_.TimeFormat, "Of the logger's display, if it has one")
         ->check(CLI::IsMember({"off", "12", "24"}));
     addAttempts(sub, configure_.Attempts);
     addLink(sub);
+    sub->footer(
+        "Example: wristlog configure --model vivid --mode 5 --epoch 60 --identity \"Subject 17\" --gender F");
   }
 
   void addRetrieve() {
     CLI::App* sub = add("retrieve", "Read and decode the docked logger's recording",
                         [this] { return runRetrieve(common_, retrieve_); });
     addModel(sub, retrieve_.Model);
-    sub->add_option("--out", retrieve_.Folder, "Folder for the recording's files")->required();
-    sub->add_flag("--force", retrieve_.Force, "Overwrite files in it");
+    sub->add_option("--out", retrieve_.Folder, "Folder for the recording's files")
+        ->required()
+        ->check(validFolder);
+    sub->add_flag("--force", retrieve_.Force, "Overwrite files in the folder");
     sub->add_flag("--ignore-warnings", retrieve_.IgnoreWarnings, "Go on where a warning would end it");
     addAttempts(sub, retrieve_.Attempts);
     addLink(sub);
+    sub->footer(
+        "Example: wristlog retrieve --model vivid --out subject-17\n"
+        "The recording stays in the logger until it is configured again.");
   }
 
   void addDecode() {
@@ -144,10 +232,13 @@ class CommandLine {
         add("decode", "Decode a saved recording again", [this] { return runDecode(common_, decode_); });
     sub->add_option("--config", decode_.ConfigFile, "config.ini of the recording")->required();
     sub->add_option("--raw", decode_.RawFile, "raw.bin, or a raw data CSV")->required();
-    sub->add_option("--out", decode_.Folder, "Folder for the recording's files");
-    sub->add_flag("--force", decode_.Force, "Overwrite files in it");
+    sub->add_option("--out", decode_.Folder, "Folder for the recording's files; else none are written")
+        ->check(validFolder);
+    sub->add_flag("--force", decode_.Force, "Overwrite files in the folder");
     sub->add_flag("--diagnostic", decode_.Diagnostic, "Go on where the data are questionable");
-    sub->add_option("--now", decode_.Now, "Decode as if it were this time (UTC, yyyy-mm-ddThh:mm:ss)");
+    sub->footer("Example: wristlog decode --config subject-17/config.ini --raw subject-17/raw.bin");
+    sub->add_option("--now", decode_.Now, "Decode as if it were this time (UTC, yyyy-mm-ddThh:mm:ss)")
+        ->check(validDate);
   }
 
   void addZones() {
@@ -168,4 +259,7 @@ class CommandLine {
 }  // namespace
 }  // namespace wristlog
 
-int main(int argc, char** argv) { return wristlog::CommandLine().run(argc, argv); }
+int main(int argc, char** argv) {
+  wristlog::prepareStandardStreams();
+  return wristlog::CommandLine().run(argc, argv);
+}

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "workflows/engineering.h"
+
 namespace wristlog {
 namespace {
 
@@ -11,11 +13,13 @@ struct Meaning {
   const char* Words;
 };
 
-constexpr std::array<Meaning, 47> Meanings{{
+constexpr std::array<Meaning, 52> Meanings{{
     {0, "Success."},
+    {6, "A value is out of range. The logger's configuration may be damaged."},
     {9,
      "The recording does not fit the logger's configuration. Try 'decode --diagnostic' on the saved bytes."},
     {70, "A file or folder could not be written: permission denied."},
+    {75, "A file or folder could not be read or written."},
     {91, "An argument holds no object."},
     {3001,
      "The logger does not answer. Seat it in its dock anew; its battery may need to be charged or replaced."},
@@ -31,8 +35,10 @@ constexpr std::array<Meaning, 47> Meanings{{
     {3013, "The logger sent no data. Seat it in its dock anew and try again."},
     {8002, "There is no such port."},
     {8005, "The port is in use by another program, or you may not open it."},
+    {8006, "The port does not take its settings. Disconnect the dock and connect it again."},
     {8015, "The dock was disconnected, or its port has locked up. Disconnect it and connect it again."},
     {8018, "The port was closed while it was in use."},
+    {8021, "The port reported an internal error. Disconnect the dock and connect it again."},
     {10003, "No dock, or no logger in the dock. Connect the dock and seat the logger in it."},
     {10005, "The recording mode is not one of this model."},
     {10006, "The epoch length is not 15, 30, 60, 120 or 300 seconds."},
@@ -44,7 +50,9 @@ constexpr std::array<Meaning, 47> Meanings{{
      "What the logger stored is not what was sent. Try again; weights and heights are kept in tenths, an "
      "identity in 64 characters."},
     {10013, "Aborted. The recording is still in the logger."},
-    {10014, "Warning: the subject's details in the logger are unusable."},
+    {10014,
+     "Warning: the subject's details in the logger are incomplete. --ignore-warnings retrieves all the "
+     "same."},
     {10015, "The logger holds no data."},
     {10019, "The time zone is unknown, or the logger has none. See 'wristlog zones'."},
     {10020, "More than one dock is connected. Leave one."},
@@ -53,13 +61,17 @@ constexpr std::array<Meaning, 47> Meanings{{
     {10023, "The end lies before the start or outside what the logger can do. A start needs an end."},
     {10024, "The logger's configuration has a structure that is not known here."},
     {10025, "The logger's clock does not take the time. It needs service."},
-    {10026, "Warning: the logger has been reset since it was configured."},
-    {10027, "Warning: the logger is still waiting for its start."},
-    {10028, "Warning: the logger's time zone is unknown here, or has other rules."},
+    {10026,
+     "Warning: the logger has been reset since it was configured. --ignore-warnings retrieves all the same."},
+    {10027, "Warning: the logger is still waiting for its start. --ignore-warnings retrieves all the same."},
+    {10028,
+     "Warning: the logger's time zone is unknown here, or has other rules. --ignore-warnings retrieves all "
+     "the same."},
     {10029, "The recording holds no samples."},
     {10030, "The recording has a problem; see the decode result."},
     {11502, "This type of device is not supported."},
     {11503, "A value is outside what the logger can keep."},
+    {11504, "The logger's configuration has a structure that is not known here."},
     {11505, "The logger's configuration is damaged."},
     {11507, "The logger's answers are damaged. Clean the contacts, try another cable, and try again."},
     {11508,
@@ -108,7 +120,39 @@ const Verdict* verdictOf(hy_wristlog::enmDecodeResult result) {
 std::string meaningOf(std::int32_t returnCode) {
   const auto* found = std::find_if(Meanings.begin(), Meanings.end(),
                                    [&](const Meaning& meaning) { return meaning.Code == returnCode; });
-  return found != Meanings.end() ? found->Words : "Failure " + std::to_string(returnCode) + ".";
+  return found != Meanings.end()
+             ? found->Words
+             : "Unexpected failure. Run it again with --console to see what passes on the link.";
+}
+
+std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer model) {
+  constexpr std::array AboutTheDock{8002, 8005, 8015, 10003, 11508};
+  if (std::find(AboutTheDock.begin(), AboutTheDock.end(), returnCode) == AboutTheDock.end())
+    return meaningOf(returnCode);
+  try {
+    for (const auto& dock : hy_wristlog::engineering::docks()) {
+      if (dock.Model != model || dock.Connected > 1) continue;
+      const std::string name = dock.Words + " dock";
+      if (dock.Connected == 0)
+        return "No " + name + " is connected. Connect it by USB, or declare its device in Docks.INI.";
+      if (dock.Port == 0)
+        return "The " + name + " has no COM port. Disconnect it and connect it again, or correct Docks.INI.";
+      const std::string trouble = hy_wristlog::engineering::portTrouble(dock.Port);
+      if (!trouble.empty()) return trouble;
+      if (returnCode == 10003)
+        return "There is no logger in the " + name + " on COM" + std::to_string(dock.Port) +
+               ", or it is not connected well. Seat it anew and clean the contacts.";
+    }
+  } catch (const hy_wristlog::Failure&) {
+    // The general words remain.
+  }
+  return meaningOf(returnCode);
+}
+
+std::string wordsFor(const hy_wristlog::Failure& failure) {
+  std::string words = failure.Description;
+  if (!words.empty() && words.back() != '.') words += '.';
+  return words + " (failure " + std::to_string(failure.Number) + ")";
 }
 
 std::string nameOf(hy_wristlog::enmDecodeResult result) {

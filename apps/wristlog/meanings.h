@@ -4,11 +4,18 @@
 #include <string>
 
 #include "hy_wristlog/enumerations.h"
+#include "hy_wristlog/failure.h"
 
 namespace wristlog {
 
 /// What a return code of a workflow means, and what to do about it.
 std::string meaningOf(std::int32_t returnCode);
+
+/// The same, with what can be found out at this moment about the model's dock.
+std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer model);
+
+/// What ended a command, in a line.
+std::string wordsFor(const hy_wristlog::Failure& failure);
 
 /// "Decode_OK".
 std::string nameOf(hy_wristlog::enmDecodeResult result);

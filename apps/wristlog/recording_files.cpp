@@ -2,15 +2,15 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <cmath>
 #include <cstdint>
-#include <cstdlib>
+#include <filesystem>
 
 #include "hy_wristlog/failure.h"
 #include "json_output.h"
 #include "meanings.h"
 #include "platform/platform.h"
+#include "process.h"
+#include "series_csv.h"
 #include "workflows/engineering.h"
 
 namespace wristlog {
@@ -21,11 +21,9 @@ namespace platform = hy_wristlog::platform;
 
 namespace {
 
+constexpr const char* Source = "wristlog";
 constexpr std::int32_t FileExists = 58;
 constexpr std::int32_t PathFileAccess = 75;
-constexpr double MinutesPerDay = 1440;
-constexpr double SecondsPerDay = 86400;
-
 constexpr std::array<const char*, 5> Names{"series.csv", "events.csv", "recording.json", "raw.bin",
                                            "config.ini"};
 
@@ -34,57 +32,9 @@ auto onFiles(const std::string& path, const Operation& operation) {
   try {
     return operation(platform::current().files());
   } catch (const platform::SystemError& error) {
-    throw hw::Failure(PathFileAccess, "wristlog",
+    throw hw::Failure(PathFileAccess, Source,
                       path + ": " + platform::current().environment().errorText(error.Number));
   }
-}
-
-std::string cell(std::int32_t value) { return value < 0 ? std::string() : std::to_string(value); }
-std::string cell(hw::Tristate value) {
-  return value == hw::Tristate::Empty ? std::string() : value == hw::Tristate::True ? "1" : "0";
-}
-std::string cell(float value) {
-  if (std::isnan(value) || value < 0) return {};
-  char text[32];
-  return {text, std::to_chars(text, text + sizeof text, value).ptr};
-}
-
-template <class Series>
-void addColumn(std::vector<std::string>& rows, const char* name, const Series& series) {
-  if (series.empty()) return;
-  rows[0] += std::string(",") + name;
-  for (std::size_t i = 1; i < rows.size(); ++i)
-    rows[i] += "," + (i - 1 < series.size() ? cell(series[i - 1]) : std::string());
-}
-
-std::string offsetText(std::int64_t minutes) {
-  const auto two = [](std::int64_t n) { return (n < 10 ? "0" : "") + std::to_string(n); };
-  const std::int64_t size = std::llabs(minutes);
-  return (minutes < 0 ? "-" : "+") + two(size / 60) + ":" + two(size % 60);
-}
-
-std::string seriesCsv(const hw::Class_VardenLogger& logger) {
-  const auto samples = static_cast<std::size_t>(std::max(0, logger.Get_Samples()));
-  std::vector<std::string> rows(samples + 1);
-  rows[0] = "local_time,utc";
-  const double epoch = logger.Get_EpochLength() / SecondsPerDay;
-  for (std::size_t i = 0; i < samples; ++i) {
-    const double utc = logger.Get_StartTimeGMT() + static_cast<double>(i) * epoch;
-    const double local = engineering::localTime(logger, utc);
-    rows[i + 1] = engineering::isoDate(local, offsetText(std::llround((local - utc) * MinutesPerDay))) + "," +
-                  engineering::isoDate(utc, "Z");
-  }
-  addColumn(rows, "activity", logger.Get_ActivityArray());
-  addColumn(rows, "light_lux", logger.Get_LightArray());
-  addColumn(rows, "red_uw_cm2", logger.Get_RedLightArray());
-  addColumn(rows, "green_uw_cm2", logger.Get_GreenLightArray());
-  addColumn(rows, "blue_uw_cm2", logger.Get_BlueLightArray());
-  addColumn(rows, "marker", logger.Get_MarkerArray());
-  addColumn(rows, "marker2", engineering::marker2(logger));
-  addColumn(rows, "off_wrist", logger.Get_WristStatusArray());
-  std::string text;
-  for (const std::string& row : rows) text += row + "\n";
-  return text;
 }
 
 std::string eventsCsv(const hw::Class_VardenLogger& logger) {
@@ -102,10 +52,51 @@ void RecordingFiles::prepare() const {
       if (files.state(part).Kind == platform::FileKind::Missing) files.makeFolder(part, false);
       if (at == std::string::npos) break;
     }
-    for (const std::string& path : paths())
-      if (!overwrite_ && files.state(path).Kind != platform::FileKind::Missing)
-        throw hw::Failure(FileExists, "wristlog", path + " exists. Use --force to overwrite it.");
+    if (files.state(folder_).Kind != platform::FileKind::Folder)
+      throw hw::Failure(PathFileAccess, Source, folder_ + " is not a folder");
   });
+  for (const std::string& path : paths())
+    onFiles(path, [&](platform::Files& files) {
+      const platform::FileKind kind = files.state(path).Kind;
+      if (kind != platform::FileKind::Missing && !overwrite_)
+        throw hw::Failure(FileExists, Source, path + " exists. Use --force to overwrite it.");
+      if (kind != platform::FileKind::Missing && kind != platform::FileKind::File)
+        throw hw::Failure(PathFileAccess, Source, path + " is in the way: it is not a file");
+    });
+  onFiles(folder_, [&](platform::Files& files) {
+    const SignalsHeld held;
+    const std::string trial = path(".wristlog-trial");
+    files.write(trial, "");
+    files.remove(trial);
+  });
+}
+
+void RecordingFiles::prepareForDemo() {
+  if (isFromDemo()) overwrite_ = true;
+  try {
+    prepare();
+  } catch (const hw::Failure& failure) {
+    if (failure.Number != FileExists) throw;
+    throw hw::Failure(
+        FileExists, Source,
+        "The folder " + folder_ +
+            " exists and holds more than an earlier demo's recording. Choose another with --out, or "
+            "use --force.");
+  }
+}
+
+bool RecordingFiles::isFromDemo() const {
+  std::error_code error;
+  std::filesystem::directory_iterator entries(folder_, error);
+  if (error) return false;
+  for (const auto& entry : entries)
+    if (std::find(Names.begin(), Names.end(), entry.path().filename()) == Names.end()) return false;
+  try {
+    const Json found = Json::parse(platform::current().files().read(path("recording.json")), nullptr, false);
+    return found.is_object() && found.value("made_by", Json()) == MadeByDemo;
+  } catch (const platform::SystemError&) {
+    return false;
+  }
 }
 
 void RecordingFiles::write(hw::Class_VardenLogger& logger, const Json& summary) const {
@@ -123,6 +114,14 @@ void RecordingFiles::writeRaw(hw::Class_VardenLogger& logger) const {
             "[Configuration Bytes]\r\nRaw Config Bytes=" + engineering::rawConfigHex(logger) + "\r\n");
 }
 
+std::string RecordingFiles::writeSessionLog(const std::string& text) const {
+  std::string name = "session.log";
+  for (int number = 2; std::filesystem::exists(path(name)); ++number)
+    name = "session-" + std::to_string(number) + ".log";
+  writeFile(name, text);
+  return path(name);
+}
+
 std::vector<std::string> RecordingFiles::paths() const {
   std::vector<std::string> all;
   for (const char* name : Names) all.push_back(path(name));
@@ -130,7 +129,10 @@ std::vector<std::string> RecordingFiles::paths() const {
 }
 
 void RecordingFiles::writeFile(const std::string& name, const std::string& content) const {
-  onFiles(path(name), [&](platform::Files& files) { files.write(path(name), content); });
+  onFiles(path(name), [&](platform::Files& files) {
+    const SignalsHeld held;
+    files.write(path(name), content);
+  });
 }
 
 Json summaryJson(hw::Class_VardenLogger& logger, const hw::Class_Subject* subject,

@@ -14,20 +14,29 @@ class RecordingFiles {
  public:
   RecordingFiles(std::string folder, bool overwrite) : folder_(std::move(folder)), overwrite_(overwrite) {}
 
-  /// Makes the folder. Raises fault 58 when a file that would be written exists and may not be overwritten.
+  /// Makes the folder and tries whether it can be written to. Raises fault 58 when a file that would be
+  /// written exists and may not be overwritten, 75 when the folder is of no use.
   void prepare() const;
+  /// The same for a folder whose files may be overwritten when a demo wrote them and nothing else lies there.
+  void prepareForDemo();
   void write(hy_wristlog::Class_VardenLogger& logger, const Json& summary) const;
   /// Only what decoding again needs, for a recording that could not be decoded.
   void writeRaw(hy_wristlog::Class_VardenLogger& logger) const;
+  /// Writes session.log, session-2.log, ..., the first that does not exist, and returns its path.
+  std::string writeSessionLog(const std::string& text) const;
   std::vector<std::string> paths() const;
 
  private:
   void writeFile(const std::string& name, const std::string& content) const;
+  bool isFromDemo() const;
   std::string path(const std::string& name) const { return folder_ + "/" + name; }
 
   std::string folder_;
   bool overwrite_;
 };
+
+/// In the key "made_by" of a demo's recording.json.
+inline constexpr const char* MadeByDemo = "wristlog demo";
 
 /// The facts of a recording in words: subject, configuration, battery, result.
 Json summaryJson(hy_wristlog::Class_VardenLogger& logger, const hy_wristlog::Class_Subject* subject,

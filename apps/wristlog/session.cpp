@@ -25,18 +25,18 @@ sim::Bench makeWornBench(const std::string& model) {
 
 }  // namespace
 
-Session::Session(const CommonOptions& options) : options_(options) {
+Session::Session(const CommonOptions& options, bool keepTraffic) : options_(options) {
   if (!options.Simulate.empty()) bench_ = makeWornBench(options.Simulate);
-  start();
+  start(keepTraffic);
 }
 
 Session::Session(const CommonOptions& options, const sim::Bench& bench) : options_(options), bench_(bench) {
-  start();
+  start(false);
 }
 
-void Session::start() {
+void Session::start(bool keepTraffic) {
   if (bench_) scope_.emplace(*bench_);
-  host_ = std::make_shared<TerminalHost>(options_.Console);
+  host_ = std::make_shared<TerminalHost>(HostOptions{options_.Console, keepTraffic});
   hy_wristlog::setHost(host_);
   main_ = std::make_unique<hy_wristlog::Class_Main>();
   host_->attach(main_.get());
@@ -47,6 +47,8 @@ Session::~Session() {
   main_.reset();
   hy_wristlog::setHost(nullptr);
 }
+
+const std::string& Session::traffic() const { return host_->traffic(); }
 
 void Session::endProgress() { host_->endProgress(); }
 

@@ -28,7 +28,8 @@ class TerminalHost;
 /// One run of a command: the world it works in, the library, and what the user sees.
 class Session {
  public:
-  explicit Session(const CommonOptions& options);
+  /// With `keepTraffic` what passes on the link is kept for `traffic`.
+  explicit Session(const CommonOptions& options, bool keepTraffic = false);
   /// In a world that the caller has made.
   Session(const CommonOptions& options, const hy_wristlog::simulator::Bench& bench);
   ~Session();
@@ -37,11 +38,12 @@ class Session {
 
   hy_wristlog::Class_Main& main() { return *main_; }
   bool asJson() const { return options_.AsJson; }
+  const std::string& traffic() const;
   /// Ends the progress line, so that what follows starts a line of its own.
   void endProgress();
 
  private:
-  void start();
+  void start(bool keepTraffic);
 
   CommonOptions options_;
   std::optional<hy_wristlog::simulator::Bench> bench_;
@@ -50,7 +52,7 @@ class Session {
   std::unique_ptr<hy_wristlog::Class_Main> main_;
 };
 
-/// "vivid" or "kestrin2".
+/// Whose name in --model is `name`: "vivid" or "kestrin2".
 hy_wristlog::enmLoggerPointer modelFromName(const std::string& name);
 
 }  // namespace wristlog

@@ -2,18 +2,15 @@
 
 #include <unistd.h>
 
-#include <csignal>
+#include <algorithm>
 #include <iostream>
+
+#include "process.h"
 
 namespace wristlog {
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
-
-void onInterrupt(int) {
-  interrupted = 1;
-  std::signal(SIGINT, SIG_DFL);
-}
+constexpr std::size_t MostTraffic = std::size_t{8} << 20;
 
 class ProgressEvents : public hy_wristlog::VardenLoggerEvents {
  public:
@@ -26,21 +23,24 @@ class ProgressEvents : public hy_wristlog::VardenLoggerEvents {
 
 }  // namespace
 
-bool interruptRequested() { return interrupted != 0; }
-
-TerminalHost::TerminalHost(bool showConsole)
-    : showConsole_(showConsole), showProgress_(!showConsole && isatty(STDERR_FILENO) == 1) {
-  std::signal(SIGINT, onInterrupt);
+TerminalHost::TerminalHost(const HostOptions& options)
+    : options_(options), showProgress_(!options.ShowConsole && isatty(STDERR_FILENO) == 1) {
+  catchInterrupts();
 }
 
 TerminalHost::~TerminalHost() { endProgress(); }
 
 void TerminalHost::serveEvents() {
-  if (interrupted != 0 && main_ != nullptr) main_->AbortComms();
+  if (!interruptRequested() || main_ == nullptr) return;
+  main_->AbortComms();
+  if (stopAnnounced_) return;
+  stopAnnounced_ = true;
+  endProgress();
+  std::cerr << "Stopping, and leaving the logger in order. Ctrl-C again ends at once.\n";
 }
 
 void TerminalHost::workflowStarted(const std::shared_ptr<hy_wristlog::Class_VardenLogger>& logger) {
-  if (showProgress_) logger->subscribe(std::make_shared<ProgressEvents>(*this));
+  if (showProgress_ || options_.KeepTraffic) logger->subscribe(std::make_shared<ProgressEvents>(*this));
 }
 
 void TerminalHost::downloadProgress(std::int32_t bytesSoFar, std::int32_t bytesExpected) {
@@ -50,7 +50,8 @@ void TerminalHost::downloadProgress(std::int32_t bytesSoFar, std::int32_t bytesE
 }
 
 void TerminalHost::showProgress(const std::string& text) {
-  if (!showProgress_) return;
+  if (options_.KeepTraffic) keep("\n-- " + text + "\n");
+  if (!showProgress_ || stopAnnounced_) return;
   std::cerr << "\r\033[K" << text << std::flush;
   progressShown_ = true;
 }
@@ -61,11 +62,21 @@ void TerminalHost::endProgress() {
 }
 
 void TerminalHost::append(std::string_view text) {
-  for (const char c : text)
-    if (c != '\r') std::cerr << c;
-  std::cerr << std::flush;
+  std::string shown(text);
+  std::erase(shown, '\r');
+  if (options_.ShowConsole) std::cerr << shown << std::flush;
+  if (options_.KeepTraffic) keep(shown);
 }
 
-void TerminalHost::showLastError(std::string_view text) { std::cerr << "\nLast error: " << text << '\n'; }
+void TerminalHost::showLastError(std::string_view text) {
+  const std::string shown = "\nLast error: " + std::string(text) + "\n";
+  if (options_.ShowConsole) std::cerr << shown;
+  if (options_.KeepTraffic) keep(shown);
+}
+
+void TerminalHost::keep(std::string_view text) {
+  traffic_ += text;
+  if (traffic_.size() > MostTraffic) traffic_.erase(0, MostTraffic / 2);
+}
 
 }  // namespace wristlog

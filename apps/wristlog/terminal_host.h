@@ -7,34 +7,44 @@
 
 namespace wristlog {
 
+/// What a host shows of a session, and keeps of it.
+struct HostOptions {
+  bool ShowConsole = false;  ///< the link's traffic on standard error
+  bool KeepTraffic = false;  ///< the same, kept for `traffic`
+};
+
 /// The library's host in a terminal: progress and console on standard error, Ctrl-C as an abort request.
 class TerminalHost : public hy_wristlog::Host, private hy_wristlog::ConsoleSink {
  public:
-  explicit TerminalHost(bool showConsole);
+  explicit TerminalHost(const HostOptions& options);
   ~TerminalHost() override;
 
   /// Whom Ctrl-C aborts; null for nobody.
   void attach(hy_wristlog::Class_Main* main) { main_ = main; }
   void endProgress();
+  /// The session's last megabytes of traffic with the library's remarks between.
+  const std::string& traffic() const { return traffic_; }
 
   void serveEvents() override;
   void workflowStarted(const std::shared_ptr<hy_wristlog::Class_VardenLogger>& logger) override;
   void downloadProgress(std::int32_t bytesSoFar, std::int32_t bytesExpected) override;
-  hy_wristlog::ConsoleSink* console() override { return showConsole_ ? this : nullptr; }
+  hy_wristlog::ConsoleSink* console() override {
+    return options_.ShowConsole || options_.KeepTraffic ? this : nullptr;
+  }
   void showProgress(const std::string& text);
 
  private:
   void append(std::string_view text) override;
   void showLastError(std::string_view text) override;
   void showReceiveCount(std::int32_t) override {}
+  void keep(std::string_view text);
 
   hy_wristlog::Class_Main* main_ = nullptr;
-  bool showConsole_;
+  HostOptions options_;
   bool showProgress_;
   bool progressShown_ = false;
+  bool stopAnnounced_ = false;
+  std::string traffic_;
 };
-
-/// True once the user has pressed Ctrl-C. A second Ctrl-C ends the program.
-bool interruptRequested();
 
 }  // namespace wristlog

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/ascii.h"
+#include "base/code_page.h"
 #include "base/dates.h"
 #include "base/faults.h"
 #include "base/formats.h"
@@ -49,7 +50,7 @@ ByteArray bytesOfRawCsv(std::string_view content) {
     content.remove_prefix(std::min(end + 1, content.size()));
     std::erase_if(line, [](char c) { return c == '"' || c == '\r'; });
     if (!inData) {
-      inData = line.find("Address") != line.npos;
+      inData = line.starts_with("Address");
       continue;
     }
     if (line.empty()) continue;
@@ -59,7 +60,38 @@ ByteArray bytesOfRawCsv(std::string_view content) {
       fault::raise(fault::TypeMismatch, "\"" + line + "\" holds no byte");
     bytes.push_back(static_cast<std::uint8_t>(leadingNumber(value)));
   }
+  if (!inData) fault::raise(fault::TypeMismatch, "The raw data file ends before its line \"Address\"");
   return bytes;
+}
+
+constexpr std::size_t LongestFile = std::size_t{64} << 20;
+
+/// What stands in a file that the user named; every failure names it too.
+std::string contentOf(const std::string& path) {
+  platform::Platform& world = platform::current();
+  try {
+    switch (world.files().state(path).Kind) {
+      case platform::FileKind::Missing:
+        fault::raise(fault::FileNotFound, path);
+      case platform::FileKind::Folder:
+        fault::raise(fault::PathFileAccess, path + " is a folder, not a file");
+      default:
+        break;
+    }
+    std::string content = world.files().read(path);
+    if (content.size() > LongestFile)
+      fault::raise(fault::PathFileAccess, path + " is too long for a recording");
+    return content;
+  } catch (const platform::SystemError& error) {
+    fault::raise(fault::PathFileAccess,
+                 path + " cannot be read: " + world.environment().errorText(error.Number));
+  }
+}
+
+[[noreturn]] void raiseNoDate(std::string_view text) {
+  throw Failure(fault::TypeMismatch, "engineering.dateFromText",
+                "\"" + std::string(text) +
+                    "\" is no date: write yyyy-mm-dd or yyyy-mm-ddThh:mm[:ss], within the years 100 to 9999");
 }
 
 }  // namespace
@@ -75,6 +107,22 @@ std::vector<DockView> docks() {
     views.push_back({pointer, model.Words, connected, connected == 1 ? port : 0});
   }
   return views;
+}
+
+std::string declaredDocksFile() {
+  constexpr std::int32_t UserApplicationData = 26;
+  platform::Environment& environment = platform::current().environment();
+  const std::string named = environment.variable("HY_WRISTLOG_DOCKS").value_or("");
+  return named.empty() ? environment.specialFolder(UserApplicationData) + "/HY_Wristlog/Docks.INI" : named;
+}
+
+std::string portTrouble(std::int32_t port) {
+  try {
+    platform::current().serialPorts().open(port);
+    return {};
+  } catch (const Failure& failure) {
+    return failure.Description;
+  }
 }
 
 std::vector<ZoneView> zones() {
@@ -106,7 +154,7 @@ std::shared_ptr<Class_VardenLogger> loggerFromConfig(std::string_view configHex)
   openLibrary();
   const std::string_view hex = trimBlanks(configHex);
   if (hex.empty() || hex.size() % 2 != 0 || hex.find_first_not_of("0123456789abcdefABCDEF") != hex.npos)
-    throw Failure(11503, "engineering.loggerFromConfig", "The configuration is no hexadecimal text");
+    throw Failure(11503, "engineering.loggerFromConfig", "The configuration is not hexadecimal text");
   ByteArray bytes;
   for (std::size_t i = 0; i < hex.size(); i += 2)
     bytes.push_back(static_cast<std::uint8_t>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
@@ -136,7 +184,7 @@ std::string rawConfigHex(const Class_VardenLogger& logger) { return logger.insid
 
 std::string configHexFromIni(const std::string& path) {
   openLibrary();
-  if (!Tools().fncFilePathExists(path)) fault::raise(fault::FileNotFound, path);
+  contentOf(path);
   const std::string hex = Tools().fncINIread("Configuration Bytes", "Raw Config Bytes", "", path);
   if (hex.empty())
     throw Failure(11503, "engineering.configHexFromIni",
@@ -146,19 +194,49 @@ std::string configHexFromIni(const std::string& path) {
 
 std::vector<std::uint8_t> rawFromFile(const std::string& path) {
   openLibrary();
-  if (!Tools().fncFilePathExists(path)) fault::raise(fault::FileNotFound, path);
-  const std::string content = platform::current().files().read(path);
+  const std::string content = contentOf(path);
   if (content.find(RawDataHeading) > RawDataHeading.size()) return {content.begin(), content.end()};
   return bytesOfRawCsv(content);
 }
 
 std::string batteryWords(Class_VardenLogger& logger) { return logger.inside().fncFriendlyBatteryStatus(); }
 
-double localTime(const Class_VardenLogger& logger, double utc) {
+std::vector<OffsetPeriod> offsetPeriods(const Class_VardenLogger& logger, double fromUtc, double toUtc) {
   const VardenRecord& record = logger.inside().record;
-  if (record.TimeZone)
-    return Class_TimeZoneTools::fncUTCToLocalDate(utc, *record.TimeZone, record.AutoDSTadjust);
-  return utc + record.GMToffset / MinutesPerDay;
+  if (!record.TimeZone) return {{fromUtc, record.GMToffset}};
+  const Class_TimeZoneInfo& zone = *record.TimeZone;
+  const std::int32_t standard = -zone.Bias;
+  std::vector<OffsetPeriod> periods{{fromUtc, standard}};
+  if (!record.AutoDSTadjust || zone.DaylightDate.wMonth == 0 || zone.StandardDate.wMonth == 0) return periods;
+
+  std::vector<OffsetPeriod> changes;
+  const std::int32_t lastYear = civilFromDate(toUtc).Year + 1;
+  for (std::int32_t year = civilFromDate(fromUtc).Year - 1; year <= lastYear; ++year) {
+    const double start = Class_TimeZoneTools::fncGetDaylightStart(year, zone);
+    double end = Class_TimeZoneTools::fncGetStandardStart(year, zone);
+    // In the south the clock that daylight time ends by is taken for one that shows standard time.
+    if (end < start) end += zone.DaylightBias / MinutesPerDay;
+    changes.push_back({start, standard - zone.DaylightBias});
+    changes.push_back({end, standard});
+  }
+  std::stable_sort(changes.begin(), changes.end(),
+                   [](const OffsetPeriod& a, const OffsetPeriod& b) { return a.FromUtc < b.FromUtc; });
+  for (const OffsetPeriod& change : changes) {
+    if (secondsBetween(change.FromUtc, fromUtc) >= 0)
+      periods.front().Minutes = change.Minutes;
+    else if (secondsBetween(change.FromUtc, toUtc) >= 0)
+      periods.push_back(change);
+  }
+  return periods;
+}
+
+double localTime(const Class_VardenLogger& logger, double utc) {
+  return addTime(utc, offsetPeriods(logger, utc, utc).front().Minutes / MinutesPerDay);
+}
+
+bool isStorable(std::string_view text, std::size_t characters) {
+  const std::string inside = ansiTextFromUtf8(text);
+  return inside.size() <= characters && utf8FromAnsiText(inside) == text;
 }
 
 std::string zoneName(const Class_VardenLogger& logger) {
@@ -178,24 +256,26 @@ std::string isoDate(double date, std::string_view suffix) {
 }
 
 double dateFromText(std::string_view text) {
+  const std::string_view asked = text;
   text = trimBlanks(text);
   if (text.ends_with('Z')) text.remove_suffix(1);
   const auto field = [&](std::size_t at, std::size_t length, std::int32_t highest) {
     const std::string_view digits = text.substr(std::min(at, text.size()), length);
-    if (digits.size() != length || !isDigits(digits) || leadingNumber(digits) > highest)
-      fault::raise(fault::TypeMismatch, "\"" + std::string(text) + "\" is no date");
+    if (digits.size() != length || !isDigits(digits) || leadingNumber(digits) > highest) raiseNoDate(asked);
     return roundToInt32(leadingNumber(digits));
   };
   if (text.find('-', 1) == text.npos) {
-    if (!isNumeric(text)) fault::raise(fault::TypeMismatch, "\"" + std::string(text) + "\" is no date");
+    if (!isNumeric(text) || isoDate(leadingNumber(text)).empty()) raiseNoDate(asked);
     return leadingNumber(text);
   }
   const bool separated = text.size() > 7 && text[4] == '-' && text[7] == '-';
   const bool lengthFits = text.size() == 10 || text.size() == 16 || text.size() == 19;
   const bool timeSeparated = text.size() <= 10 || ((text[10] == 'T' || text[10] == ' ') && text[13] == ':');
   if (!separated || !lengthFits || !timeSeparated || (text.size() == 19 && text[16] != ':'))
-    fault::raise(fault::TypeMismatch, "\"" + std::string(text) + "\" is no date");
+    raiseNoDate(asked);
   double date = dateSerial(field(0, 4, 9999), field(5, 2, 12), field(8, 2, 31));
+  // A day that its month does not have has moved on to another date.
+  if (isoDate(date).substr(0, 10) != text.substr(0, 10)) raiseNoDate(asked);
   if (text.size() > 10)
     date = addTime(date,
                    timeSerial(field(11, 2, 23), field(14, 2, 59), text.size() == 19 ? field(17, 2, 59) : 0));

@@ -25,6 +25,12 @@ struct HY_WRISTLOG_API DockView {
 /// One row a model. Raises the failures of the device search.
 HY_WRISTLOG_API std::vector<DockView> docks();
 
+/// The file in which docks are declared that the USB tree does not show. It need not exist.
+HY_WRISTLOG_API std::string declaredDocksFile();
+
+/// Why COM port `port` cannot be opened, and what to do about it; empty when it can be opened.
+HY_WRISTLOG_API std::string portTrouble(std::int32_t port);
+
 struct HY_WRISTLOG_API ZoneView {
   std::string Abbreviation, Key, DisplayName, StandardName;
   std::int32_t Bias = 0;          ///< minutes from local time to UTC
@@ -56,16 +62,27 @@ HY_WRISTLOG_API std::vector<std::uint8_t> rawData(const Class_VardenLogger& logg
 /// The config block as it was read, hexadecimal.
 HY_WRISTLOG_API std::string rawConfigHex(const Class_VardenLogger& logger);
 
-/// The config block kept in an INI file: the key "Raw Config Bytes" of its section "Configuration Bytes". Raises 53
-/// when there is no such file, 11503 when it holds no block.
+/// The config block kept in an INI file: the key "Raw Config Bytes" of its section "Configuration Bytes".
+/// Raises 53 when there is no such file, 75 when it cannot be read, 11503 when it holds no block.
 HY_WRISTLOG_API std::string configHexFromIni(const std::string& path);
 
-/// A raw recording from a file: a raw data CSV, or else the bytes themselves. Raises 53 when there is no such file, 13
-/// for a CSV with a line that holds no byte.
+/// A raw recording from a file: a raw data CSV, or else the bytes themselves. Raises 53 when there is no such
+/// file, 75 when it cannot be read or has more than 64 MiB, 13 for a CSV with a line that holds no byte.
 HY_WRISTLOG_API std::vector<std::uint8_t> rawFromFile(const std::string& path);
 
 /// The battery in words.
 HY_WRISTLOG_API std::string batteryWords(Class_VardenLogger& logger);
+
+/// How far the clocks where a logger was worn were ahead of UTC, from a moment on.
+struct HY_WRISTLOG_API OffsetPeriod {
+  double FromUtc = 0;
+  std::int32_t Minutes = 0;
+};
+
+/// The offsets of the logger's zone from one moment to another: the first holds from `fromUtc` on, each later
+/// one from a change of the clocks on. Daylight time counts when the logger adjusts for it.
+HY_WRISTLOG_API std::vector<OffsetPeriod> offsetPeriods(const Class_VardenLogger& logger, double fromUtc,
+                                                        double toUtc);
 
 /// A UTC date in the logger's zone, daylight time included when the logger adjusts for it.
 HY_WRISTLOG_API double localTime(const Class_VardenLogger& logger, double utc);
@@ -73,11 +90,16 @@ HY_WRISTLOG_API double localTime(const Class_VardenLogger& logger, double utc);
 /// The name of the logger's zone; empty when it has none.
 HY_WRISTLOG_API std::string zoneName(const Class_VardenLogger& logger);
 
+/// Whether a logger can keep the text as it is: UTF-8 of the characters of code page 1252, at most
+/// `characters`.
+HY_WRISTLOG_API bool isStorable(std::string_view text, std::size_t characters);
+
 /// A date as ISO 8601: "2026-11-21T03:30:00"; `suffix` stands behind it. Empty for a date outside the years
 /// 100 to 9999.
 HY_WRISTLOG_API std::string isoDate(double date, std::string_view suffix = {});
 
-/// "yyyy-mm-dd", with "Thh:mm[:ss]" or " hh:mm[:ss]" behind it, a "Z" allowed; or a day count. Raises 13.
+/// "yyyy-mm-dd", with "Thh:mm[:ss]" or " hh:mm[:ss]" behind it, a "Z" allowed; or a day count. Raises 13 for
+/// anything else and for days that are not on the calendar.
 HY_WRISTLOG_API double dateFromText(std::string_view text);
 
 }  // namespace hy_wristlog::engineering
