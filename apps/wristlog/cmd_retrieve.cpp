@@ -4,6 +4,7 @@
 #include "commands.h"
 #include "json_output.h"
 #include "meanings.h"
+#include "process.h"
 #include "recording_files.h"
 #include "workflows/engineering.h"
 
@@ -19,29 +20,39 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   Session session(common, KeepTraffic);
   const hw::enmLoggerPointer model = modelFromName(options.Model);
 
+  constexpr std::int32_t Aborted = 10013;
   constexpr auto NotDecoded = static_cast<hw::enmDecodeResult>(-1);
   std::shared_ptr<hw::Class_VardenLogger> logger;
   auto subject = std::make_shared<hw::Class_Subject>();
   hw::enmDecodeResult result = NotDecoded;
   bool lowBattery = false;
   session.main().Let_MaxCommunicationRetries(options.Attempts);
-  const std::int32_t code =
+  std::int32_t code =
       session.main().Retrieve(model, logger, subject, result, &lowBattery, nullptr, options.IgnoreWarnings);
   session.endProgress();
   std::optional<hw::enmDecodeResult> verdict;
   if (result != NotDecoded) verdict = result;
 
-  const std::string meaning = explanationOf(code, model);
   const bool hasRecording = !engineering::rawData(*logger).empty();
-  if (hasRecording && verdict)
-    files.write(*logger, summaryJson(*logger, subject.get(), verdict, lowBattery));
-  else if (hasRecording)
-    files.writeRaw(*logger);
-  std::string log;
+  // A request that came before there was a logger to abort.
+  if (interruptRequested() && code != 0 && !hasRecording) code = Aborted;
+  const std::string meaning = explanationOf(code, model);
+  try {
+    if (hasRecording && verdict)
+      files.write(*logger, summaryJson(*logger, subject.get(), verdict, lowBattery));
+    else if (hasRecording)
+      files.writeRaw(*logger);
+  } catch (const hw::Failure& failure) {
+    throw hw::Failure(failure.Number, failure.Source,
+                      failure.Description +
+                          ". The logger still holds the recording: retrieve it again, into another folder");
+  }
   if (code != 0 && !session.traffic().empty())
-    log = files.writeSessionLog("wristlog " + session.main().Get_Version() + ", retrieve --model " +
-                                options.Model + ", code " + std::to_string(code) + ": " + meaning + "\n\n" +
-                                session.traffic());
+    std::cerr << "What passed on the link is in "
+              << files.writeSessionLog("wristlog " + session.main().Get_Version() + ", retrieve --model " +
+                                       options.Model + ", code " + std::to_string(code) + ": " + meaning +
+                                       "\n\n" + session.traffic())
+              << "; send it along when you ask for help.\n";
 
   if (session.asJson()) {
     Json document = recordingJson(*logger, verdict, lowBattery);
@@ -60,8 +71,6 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
         << " seconds from logger " << logger->Get_SerialNumber() << ".\n";
   if (lowBattery) out << "The logger's battery is low.\n";
   if (hasRecording) out << "Written to " << options.Folder << ".\n";
-  if (!log.empty())
-    out << "What passed on the link is in " << log << "; send it along when you ask for help.\n";
   return code == 0 ? Good : Unsuccessful;
 }
 

@@ -48,6 +48,8 @@ void printDock(const engineering::DockView& dock, const std::string& state) {
     std::cout << "a dock without a COM port\n";
   else
     std::cout << "dock on COM" << dock.Port << ", " << state << '\n';
+  const std::string trouble = portTroubleOf(dock.Model);
+  if (!trouble.empty()) std::cout << "  " << trouble << '\n';
 }
 
 }  // namespace
@@ -71,7 +73,9 @@ int runStatus(const CommonOptions& common, const std::string& model) {
   }
   std::cout << status.Simple << '\n';
   if (status.Long != status.Simple) std::cout << status.Long << '\n';
-  if (status.Logger && !status.Logger->Get_SerialNumber().empty()) {
+  const std::string trouble = wasRead(status) ? std::string() : portTroubleOf(modelFromName(model));
+  if (!trouble.empty()) std::cout << trouble << '\n';
+  if (wasRead(status)) {
     std::cout << "Logger " << status.Logger->Get_SerialNumber() << ", firmware "
               << status.Logger->Get_FirmwareVersion() << ", " << status.Logger->Get_BytesUsed()
               << " bytes recorded\n"

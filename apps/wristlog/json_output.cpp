@@ -16,7 +16,7 @@ namespace engineering = hy_wristlog::engineering;
 
 namespace {
 
-constexpr double UnknownDate = -1.0;
+constexpr double UnknownDate = -1.0, NoDate = 0.0;
 
 bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
 bool isLetter(char c) { return isUpper(c) || (c >= 'a' && c <= 'z'); }
@@ -62,7 +62,8 @@ void put(Json& object, const std::string& name, const std::string& value) { obje
 void put(Json& object, const std::string& name, bool value) { object[name] = value; }
 void put(Json& object, const std::string& name, float value) { object[name] = jsonOf(value); }
 void put(Json& object, const std::string& name, double date) {
-  const std::string text = date == UnknownDate ? std::string() : engineering::isoDate(date, "Z");
+  const std::string text =
+      date == UnknownDate || date == NoDate ? std::string() : engineering::isoDate(date, "Z");
   object[name] = text.empty() ? Json() : Json(text);
   object[name + "_date"] = date;
 }

@@ -149,6 +149,12 @@ std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer
   return meaningOf(returnCode);
 }
 
+std::string portTroubleOf(hy_wristlog::enmLoggerPointer model) {
+  for (const auto& dock : hy_wristlog::engineering::docks())
+    if (dock.Model == model && dock.Port > 0) return hy_wristlog::engineering::portTrouble(dock.Port);
+  return {};
+}
+
 std::string wordsFor(const hy_wristlog::Failure& failure) {
   std::string words = failure.Description;
   if (!words.empty() && words.back() != '.') words += '.';

@@ -14,6 +14,9 @@ std::string meaningOf(std::int32_t returnCode);
 /// The same, with what can be found out at this moment about the model's dock.
 std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer model);
 
+/// Why the port of the model's only dock cannot be opened; empty when it can, or when there is no such dock.
+std::string portTroubleOf(hy_wristlog::enmLoggerPointer model);
+
 /// What ended a command, in a line.
 std::string wordsFor(const hy_wristlog::Failure& failure);
 

@@ -1,0 +1,186 @@
+#include <gtest/gtest.h>
+
+#include <ctime>
+
+#include "apps/sandbox.h"
+
+namespace {
+
+const std::vector<std::string> DecodeKeys{"decode_result",
+                                          "decode_result_name",
+                                          "samples",
+                                          "start_time_gmt",
+                                          "start_time_gmt_date",
+                                          "low_battery",
+                                          "marker_count",
+                                          "marker2_count",
+                                          "activity",
+                                          "light",
+                                          "red",
+                                          "green",
+                                          "blue",
+                                          "marker",
+                                          "marker2",
+                                          "wrist",
+                                          "events"};
+
+std::vector<std::string> split(const std::string& text, char at) {
+  std::vector<std::string> parts;
+  std::stringstream stream(text);
+  for (std::string part; std::getline(stream, part, at);) parts.push_back(part);
+  if (text.ends_with(at) && at == ',') parts.emplace_back();
+  return parts;
+}
+
+std::time_t secondsOf(const std::string& iso) {
+  std::tm time{};
+  return ::strptime(iso.c_str(), "%Y-%m-%dT%H:%M:%S", &time) != nullptr ? ::timegm(&time) : -1;
+}
+
+std::string rawCsvOf(const std::string& bytes, const std::string& lineEnd) {
+  std::string text = "\"QV/HY Varden Logger Raw Data Output File\"" + lineEnd +
+                     "\"Subject ID:\",\"1 Address Road\"" + lineEnd + lineEnd +
+                     "\"Address\",\"Raw Data Value\"" + lineEnd + lineEnd;
+  for (std::size_t i = 0; i < bytes.size(); ++i)
+    text += "\"0 (" + std::to_string(i) + ")\",\"" + std::to_string(static_cast<unsigned char>(bytes[i])) +
+            "\"" + lineEnd;
+  return text;
+}
+
+}  // namespace
+
+TEST(Recording, TheDemoReplacesItsOwnFolderOnly) {
+  const Sandbox box;
+  std::filesystem::create_directory(box.Folder / "demo-recording");
+  box.write("demo-recording/series.csv", "mine");
+  EXPECT_EQ(box.run("demo").Status, 1);
+  EXPECT_EQ(box.content("demo-recording/series.csv"), "mine");
+  EXPECT_EQ(box.run("demo --force").Status, 0);
+  const Outcome again = box.run("demo --json");
+  EXPECT_EQ(again.Status, 0);
+  EXPECT_EQ(Json::parse(again.Out), Json::parse(box.content("demo-recording/recording.json")));
+  box.write("demo-recording/notes.txt", "mine");
+  const Outcome refused = box.run("demo --json");
+  EXPECT_EQ(refused.Status, 1);
+  EXPECT_EQ(Json::parse(refused.Out).at("failure").at("number"), 58);
+}
+
+TEST(Recording, SeriesHoldsEveryEpochOnceAcrossAChangeOfTheClocks) {
+  const Sandbox box;
+  ASSERT_EQ(box.run("demo").Status, 0);
+  const auto rows = split(box.content("demo-recording/series.csv"), '\n');
+  EXPECT_EQ(rows.at(0), "local_time,utc,activity,light_lux,marker,marker2,off_wrist");
+  const std::time_t change = secondsOf("2026-03-08T07:00:00Z");
+  std::time_t before = 0;
+  int changes = 0;
+  for (std::size_t i = 1; i < rows.size(); ++i) {
+    const auto cells = split(rows[i], ',');
+    ASSERT_EQ(cells.size(), 7U) << rows[i];
+    const std::time_t utc = secondsOf(cells[1]);
+    ASSERT_EQ(utc - before, i > 1 ? 60 : utc) << rows[i];
+    const bool daylight = utc >= change;
+    ASSERT_EQ(cells[0].substr(19), daylight ? "-04:00" : "-05:00") << rows[i];
+    ASSERT_EQ(secondsOf(cells[0]) - utc, daylight ? -4 * 3600 : -5 * 3600) << rows[i];
+    if (daylight && before < change) ++changes;
+    before = utc;
+  }
+  EXPECT_EQ(changes, 1) << "the week of the demo has the change in it";
+
+  const Json document = Json::parse(
+      box.run("decode --json --config demo-recording/config.ini --raw demo-recording/raw.bin").Out);
+  EXPECT_EQ(keysOf(document), DecodeKeys);
+  const Json& light = document.at("light");
+  ASSERT_EQ(light.size(), rows.size() - 1);
+  EXPECT_TRUE(document.at("red").empty());
+  for (std::size_t i = 0; i < light.size(); ++i) {
+    const std::string cell = split(rows[i + 1], ',').at(3);
+    ASSERT_EQ(light[i].is_null(), cell.empty()) << rows[i + 1];
+    ASSERT_EQ(light[i].is_null() ? 0 : light[i].get<double>(), cell.empty() ? 0 : std::stod(cell));
+  }
+}
+
+TEST(Recording, WhatWasRetrievedDecodesToTheSame) {
+  const Sandbox box;
+  for (const std::string model : {"vivid", "kestrin2"}) {
+    SCOPED_TRACE(model);
+    const Outcome retrieved =
+        box.run("retrieve --json --model " + model + " --simulate " + model + " --out " + model);
+    ASSERT_EQ(retrieved.Status, 0) << retrieved.Err;
+    EXPECT_EQ(retrieved.Err, "");
+    Json document = Json::parse(retrieved.Out);
+    std::vector<std::string> keys = DecodeKeys;
+    for (const char* key :
+         {"return_code", "return_code_meaning", "low_battery_detected", "logger", "subject"})
+      keys.emplace_back(key);
+    EXPECT_EQ(keysOf(document), keys);
+    EXPECT_EQ(document.at("logger").at("subject_identity"), document.at("subject").at("identity"));
+
+    const std::string raw = box.content(model + "/raw.bin");
+    box.write("crlf.csv", rawCsvOf(raw, "\r\n"));
+    box.write("lf.csv", rawCsvOf(raw, "\n"));
+    for (const std::string& from : {model + "/raw.bin", std::string("crlf.csv"), std::string("lf.csv")}) {
+      const std::string into = "again-" + model + from.substr(0, 2);
+      const Outcome decoded = box.run("decode --json --now 2026-03-06 --config " + model +
+                                      "/config.ini --raw " + from + " --out " + into);
+      ASSERT_EQ(decoded.Status, 0) << decoded.Out;
+      const Json again = Json::parse(decoded.Out);
+      for (const char* key :
+           {"decode_result", "samples", "start_time_gmt", "activity", "light", "marker", "wrist"})
+        EXPECT_EQ(again.at(key), document.at(key)) << key;
+      for (const char* name : {"/series.csv", "/raw.bin", "/config.ini"})
+        EXPECT_EQ(box.content(into + name), box.content(model + name)) << name;
+    }
+  }
+  const Outcome refused = box.run("decode --config vivid/config.ini --raw vivid/raw.bin --out kestrin2");
+  EXPECT_EQ(refused.Status, 1);
+  EXPECT_NE(refused.Err.find("--force"), std::string::npos);
+}
+
+TEST(Recording, DamagedFilesAreNamed) {
+  const Sandbox box;
+  ASSERT_EQ(box.run("retrieve --model vivid --simulate vivid --out good").Status, 0);
+  std::string config = box.content("good/config.ini");
+  box.write("cut.ini", config.substr(0, config.find("Bytes=") + 206));
+  config[config.find("Bytes=") + 20] ^= 1;
+  box.write("flipped.ini", config);
+  box.write("words.ini", "[Configuration Bytes]\nRaw Config Bytes=none\n");
+  box.write("empty", "");
+  const std::string heading = rawCsvOf("", "\r\n");
+  box.write("above.csv", heading + "\"0\",\"256\"\r\n");
+  box.write("short.csv", heading.substr(0, 60));
+  const struct {
+    std::string Config, Raw;
+    int Failure;
+    std::string Named;
+  } cases[] = {
+      {"none.ini", "good/raw.bin", 53, "none.ini"},    {"good", "good/raw.bin", 75, "good"},
+      {"empty", "good/raw.bin", 11503, "empty"},       {"words.ini", "good/raw.bin", 11503, "words.ini"},
+      {"cut.ini", "good/raw.bin", 11505, "cut.ini"},   {"flipped.ini", "good/raw.bin", 11505, "flipped.ini"},
+      {"good/config.ini", "none.bin", 53, "none.bin"}, {"good/config.ini", "/dev/zero", 75, "/dev/zero"},
+      {"good/config.ini", "above.csv", 13, "256"},     {"good/config.ini", "short.csv", 13, "Address"}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.Config + " " + each.Raw);
+    const Outcome outcome =
+        box.run("decode --json --config " + each.Config + " --raw " + each.Raw + " --out new");
+    EXPECT_EQ(outcome.Status, 1);
+    const Json failure = Json::parse(outcome.Out).at("failure");
+    EXPECT_EQ(failure.at("number"), each.Failure) << failure;
+    EXPECT_NE(failure.at("description").get<std::string>().find(each.Named), std::string::npos) << failure;
+    EXPECT_EQ(box.content("new/series.csv"), "");
+  }
+}
+
+TEST(Recording, AFileIsWholeOrNotThere) {
+  const Sandbox box;
+  // 100 blocks of 512 bytes: enough for the raw recording, not for the series.
+  const Outcome full = box.run("retrieve --model vivid --simulate vivid --out full", "", "ulimit -f 100;");
+  EXPECT_EQ(full.Status, 1);
+  EXPECT_NE(full.Err.find("still holds"), std::string::npos) << full.Err;
+  for (const auto& entry : std::filesystem::directory_iterator(box.Folder / "full")) {
+    const std::string name = entry.path().filename();
+    EXPECT_TRUE(name == "raw.bin" || name == "config.ini") << name;
+  }
+  box.write("file", "");
+  for (const std::string folder : {"file", "file/in", "/proc/none"})
+    EXPECT_EQ(box.run("retrieve --model vivid --simulate vivid --out " + folder).Status, 1) << folder;
+}

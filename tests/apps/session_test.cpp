@@ -1,0 +1,68 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include "apps/sandbox.h"
+
+TEST(Session, ConfigureTellsWhatBecameOfIt) {
+  const Sandbox box;
+  const std::string simulated = "configure --json --model vivid --simulate vivid --mode 5 --epoch 60 ";
+  const struct {
+    std::string Options;
+    int Code;
+  } cases[] = {{"--gender F --identity 'Zoë Ünal' --initials ÅÄÖ --weight 72.25 --dob 1950-02-28", 0},
+               {"--gender ' ' --identity ' blanks around '", 0},
+               {"--start '2026-03-06 10:00' --end 2026-03-20", 0},
+               {"--start 2020-01-01", 10007},
+               {"--start 2026-03-20 --end 2026-03-06", 10023},
+               {"--zone XYZ", 10019}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.Options);
+    const Outcome outcome = box.run(simulated + each.Options);
+    EXPECT_EQ(outcome.Status, each.Code == 0 ? 0 : 1);
+    const Json document = Json::parse(outcome.Out);
+    EXPECT_EQ(keysOf(document), (std::vector<std::string>{"return_code", "return_code_meaning",
+                                                          "battery_life_remaining", "device_serial_number"}));
+    EXPECT_EQ(document.at("return_code"), each.Code);
+    EXPECT_EQ(document.at("device_serial_number").is_null(), each.Code != 0);
+  }
+}
+
+TEST(Session, ConsoleShowsTheLinkAndChangesNothing) {
+  const Sandbox box;
+  const std::string retrieve = "retrieve --json --model kestrin2 --simulate kestrin2 --out ";
+  const Outcome plain = box.run(retrieve + "plain");
+  const Outcome shown = box.run(retrieve + "shown --console");
+  EXPECT_EQ(plain.Out, shown.Out);
+  EXPECT_EQ(plain.Err, "");
+  EXPECT_NE(shown.Err.find("show config"), std::string::npos);
+}
+
+/// The waits of a silent logger are real here: a process of its own has no simulated time.
+TEST(Session, ASilentLoggerAndARequestToStopEndInWords) {
+  const Sandbox box;
+  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_TRUE(terminal >= 0 && ::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
+  const std::string device = ::ptsname(terminal);
+  const int keptOpen = ::open(device.c_str(), O_RDWR | O_NOCTTY);
+  box.write("Docks.INI", "[Dock 1]\nVendorID=5245\nProductID=4000\nCOMport=60\nDevice=" + device + "\n");
+
+  const Outcome stopped = box.run("retrieve --json --model vivid --out stopped",
+                                  "& program=$!; sleep 1; kill -TERM $program; wait $program");
+  EXPECT_EQ(stopped.Status, 1);
+  EXPECT_EQ(Json::parse(stopped.Out).at("return_code"), 10013);
+  EXPECT_NE(stopped.Err.find("stopped/session.log"), std::string::npos) << stopped.Err;
+  EXPECT_NE(box.content("stopped/session.log").find("10013"), std::string::npos);
+
+  const Outcome twice = box.run("retrieve --model vivid --out twice",
+                                "& program=$!; sleep 1; kill -TERM $program; sleep 0.3; kill -TERM $program; "
+                                "wait $program");
+  EXPECT_EQ(twice.Status, 128 + 15) << "the second request ends it at once";
+  EXPECT_EQ(twice.Out, "");
+
+  const Outcome silent = box.run("docks");
+  EXPECT_NE(silent.Out.find("dock on COM60, Logger Not Found"), std::string::npos) << silent.Out;
+  ::close(keptOpen);
+  ::close(terminal);
+}

@@ -1,0 +1,62 @@
+#include <gtest/gtest.h>
+
+#include "apps/sandbox.h"
+
+TEST(Usage, EachCommandSaysWhatItCannotTake) {
+  const Sandbox box;
+  const std::string simulated = "configure --model vivid --simulate vivid --mode 5 --epoch 60 ";
+  const std::string longName(65, 'x');
+  const struct {
+    std::string Arguments, Word;
+  } cases[] = {{"", "subcommand"},
+               {"status", "--model is required"},
+               {"retrieve --model vivid --out ''", "--out"},
+               {"retrieve --model vivid --out x --retries 0", "--retries"},
+               {"decode --config a --raw b --now 2026-02-29", "2026-02-29"},
+               {simulated + "--epoch 17", "--epoch"},
+               {simulated + "--start 2039-01-01", "calendar"},
+               {simulated + "--end 1969-12-31", "calendar"},
+               {simulated + "--set-time tomorrow", "tomorrow"},
+               {simulated + "--weight nan", "nan"},
+               {simulated + "--identity " + longName, "64"},
+               {simulated + "--identity 日本", "Western"}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.Arguments);
+    const Outcome outcome = box.run(each.Arguments);
+    EXPECT_EQ(outcome.Status, 2);
+    EXPECT_EQ(outcome.Out, "");
+    EXPECT_NE(outcome.Err.find(each.Word), std::string::npos) << outcome.Err;
+  }
+  EXPECT_EQ(box.run("--version").Status, 0);
+  EXPECT_NE(box.run("configure --help").Out.find("--epoch"), std::string::npos);
+  const Json document = Json::parse(box.run("status --json").Out);
+  EXPECT_EQ(keysOf(document.at("failure")), (std::vector<std::string>{"number", "source", "description"}));
+}
+
+TEST(Usage, OutputThatCannotBeWrittenIsNoSuccess) {
+  const Sandbox box;
+  const Outcome full = box.run("zones", ">/dev/full");
+  EXPECT_EQ(full.Status, 1);
+  EXPECT_NE(full.Err, "");
+  EXPECT_EQ(box.run("zones", ">&-").Status, 1);
+  EXPECT_EQ(box.run("zones --json", "| true").Err, "") << "a reader who had enough is no news";
+
+  // With its output closed, what the program opens must not take the place of the output.
+  EXPECT_EQ(box.run("demo --out closed", ">&- 2>&-").Status, 1);
+  EXPECT_EQ(box.content("closed/config.ini").rfind("[Configuration Bytes]", 0), 0U);
+}
+
+TEST(Usage, APlainMachineGetsUsefulWords) {
+  const Sandbox box;
+  const Outcome docks = box.run("docks");
+  EXPECT_EQ(docks.Status, 0);
+  EXPECT_NE(docks.Out.find("Docks.INI"), std::string::npos);
+  EXPECT_NE(box.run("status --model kestrin2").Out.find("Dock Not Connected"), std::string::npos);
+  const Json status = Json::parse(box.run("status --model vivid --json").Out);
+  EXPECT_EQ(keysOf(status), (std::vector<std::string>{"return_code", "simple_status", "long_status",
+                                                      "battery_life_remaining", "logger", "subject"}));
+  EXPECT_TRUE(status.at("logger").is_null());
+  const Outcome retrieve = box.run("retrieve --model vivid --out none");
+  EXPECT_EQ(retrieve.Status, 1);
+  EXPECT_NE(retrieve.Err.find("No Kestrin Vivid dock is connected"), std::string::npos) << retrieve.Err;
+}
