@@ -31,6 +31,12 @@ std::string trimmed(const std::string& text) {
   return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
+std::string upper(std::string text) {
+  for (char& c : text)
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  return text;
+}
+
 hw::Class_Subject subjectFrom(const SubjectOptions& options) {
   hw::Class_Subject subject;
   subject.Let_Identity(trimmed(options.Identity));
@@ -54,9 +60,10 @@ int runConfigure(const CommonOptions& common, const ConfigureOptions& options) {
   session.main().Let_MaxCommunicationRetries(options.Attempts);
   const hw::enmLoggerPointer model = modelFromName(options.Model);
   std::int32_t code = session.main().Configure(
-      model, static_cast<hw::enmVardenLoggingMode>(options.Mode), options.EpochLength, subject, options.Zone,
-      !options.NoDaylight, secondsFromText(session, options.SetTime), secondsFromText(session, options.Start),
-      secondsFromText(session, end), options.DateFormat == "ddmm" ? hw::DateFormat_DDMM : hw::DateFormat_MMDD,
+      model, static_cast<hw::enmVardenLoggingMode>(options.Mode), options.EpochLength, subject,
+      upper(options.Zone), !options.NoDaylight, secondsFromText(session, options.SetTime),
+      secondsFromText(session, options.Start), secondsFromText(session, end),
+      options.DateFormat == "ddmm" ? hw::DateFormat_DDMM : hw::DateFormat_MMDD,
       options.TimeFormat == "off"  ? hw::TimeFormat_DisplayOff
       : options.TimeFormat == "12" ? hw::TimeFormat_12hourAMPM
                                    : hw::TimeFormat_24hour,

@@ -28,6 +28,18 @@ class WorldScope {
   std::shared_ptr<platform::Platform> former_;
 };
 
+hw::Class_Subject subjectOf(const hw::Class_VardenLogger& logger) {
+  hw::Class_Subject subject;
+  subject.Let_Identity(logger.Get_SubjectIdentity());
+  subject.Let_Initials(logger.Get_SubjectInitials());
+  subject.Let_Gender(logger.Get_SubjectGender());
+  subject.Let_DOB(logger.Get_SubjectDOB());
+  subject.Let_GUID(logger.Get_SubjectGUID());
+  subject.Let_Height(logger.Get_SubjectHeight());
+  subject.Let_Weight(logger.Get_SubjectWeight());
+  return subject;
+}
+
 /// A failure of `step`, with the files that it is about in front of its words.
 template <class Step>
 auto naming(const std::string& files, const Step& step) {
@@ -53,7 +65,8 @@ int runDecode(const CommonOptions& common, const DecodeOptions& options) {
   const hw::enmDecodeResult result = naming(options.RawFile + " does not fit " + options.ConfigFile, [&] {
     return engineering::decode(*logger, std::move(raw), options.Diagnostic, lowBattery);
   });
-  if (!options.Folder.empty()) files.write(*logger, summaryJson(*logger, nullptr, result, lowBattery));
+  if (!options.Folder.empty())
+    files.write(*logger, summaryJson(*logger, subjectOf(*logger), result, lowBattery));
 
   if (common.AsJson) {
     print(recordingJson(*logger, result, lowBattery));

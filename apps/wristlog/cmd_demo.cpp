@@ -8,6 +8,7 @@
 #include "commands.h"
 #include "json_output.h"
 #include "meanings.h"
+#include "process.h"
 #include "recording_files.h"
 #include "workflows/engineering.h"
 
@@ -21,6 +22,7 @@ namespace {
 
 constexpr std::chrono::hours Week{7 * 24};
 constexpr std::int32_t DemoEpoch = 60;
+constexpr std::int32_t Aborted = 10013;
 constexpr double SecondsPerDay = 86400;
 constexpr std::size_t ColumnsPerDay = 48;
 
@@ -98,6 +100,7 @@ class Demo {
   /// Raises what ends the demo: a step's code other than 0.
   void require(const std::string& step, std::int32_t code) {
     session_.endProgress();
+    if (interruptRequested()) throw hw::Failure(Aborted, "Class_Main." + step, "Aborted");
     if (code != 0) throw hw::Failure(code, "Class_Main." + step, step + " failed: " + meaningOf(code));
   }
 
@@ -132,7 +135,7 @@ class Demo {
     const std::int32_t code =
         session_.main().Retrieve(hw::LggrPntr_KRVivid, logger, subject, result, &lowBattery);
     require("Retrieve", code);
-    Json summary = summaryJson(*logger, subject.get(), result, lowBattery);
+    Json summary = summaryJson(*logger, *subject, result, lowBattery);
     summary["made_by"] = MadeByDemo;
     files_.write(*logger, summary);
     if (session_.asJson()) {

@@ -39,7 +39,7 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   const std::string meaning = explanationOf(code, model);
   try {
     if (hasRecording && verdict)
-      files.write(*logger, summaryJson(*logger, subject.get(), verdict, lowBattery));
+      files.write(*logger, summaryJson(*logger, *subject, verdict, lowBattery));
     else if (hasRecording)
       files.writeRaw(*logger);
   } catch (const hw::Failure& failure) {

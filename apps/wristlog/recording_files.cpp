@@ -135,10 +135,10 @@ void RecordingFiles::writeFile(const std::string& name, const std::string& conte
   });
 }
 
-Json summaryJson(hw::Class_VardenLogger& logger, const hw::Class_Subject* subject,
+Json summaryJson(hw::Class_VardenLogger& logger, const hw::Class_Subject& subject,
                  std::optional<hw::enmDecodeResult> result, bool lowBattery) {
   Json summary = Json::object();
-  summary["subject"] = subject != nullptr ? subjectJson(*subject) : Json();
+  summary["subject"] = subjectJson(subject);
   summary["time_zone"] = engineering::zoneName(logger);
   summary["start_utc"] = engineering::isoDate(logger.Get_StartTimeGMT(), "Z");
   summary["epoch_seconds"] = logger.Get_EpochLength();

@@ -39,7 +39,7 @@ class RecordingFiles {
 inline constexpr const char* MadeByDemo = "wristlog demo";
 
 /// The facts of a recording in words: subject, configuration, battery, result.
-Json summaryJson(hy_wristlog::Class_VardenLogger& logger, const hy_wristlog::Class_Subject* subject,
+Json summaryJson(hy_wristlog::Class_VardenLogger& logger, const hy_wristlog::Class_Subject& subject,
                  std::optional<hy_wristlog::enmDecodeResult> result, bool lowBattery);
 
 }  // namespace wristlog

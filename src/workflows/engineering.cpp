@@ -75,7 +75,9 @@ std::string contentOf(const std::string& path) {
         fault::raise(fault::FileNotFound, path);
       case platform::FileKind::Folder:
         fault::raise(fault::PathFileAccess, path + " is a folder, not a file");
-      default:
+      case platform::FileKind::Other:
+        fault::raise(fault::PathFileAccess, path + " is not an ordinary file");
+      case platform::FileKind::File:
         break;
     }
     std::string content = world.files().read(path);

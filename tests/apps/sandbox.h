@@ -8,7 +8,6 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
-#include <vector>
 
 using Json = nlohmann::ordered_json;
 
@@ -60,8 +59,9 @@ class Sandbox {
   std::filesystem::path Folder;
 };
 
-inline std::vector<std::string> keysOf(const Json& object) {
-  std::vector<std::string> keys;
-  for (const auto& [key, value] : object.items()) keys.push_back(key);
+/// The keys in their order, a blank behind each.
+inline std::string keysOf(const Json& object) {
+  std::string keys;
+  for (const auto& [key, value] : object.items()) keys += key + " ";
   return keys;
 }
