@@ -77,18 +77,6 @@ void explainAccess(std::string_view problem, std::string_view path) {
   platform::current().host().showMessageBox(app, text, static_cast<std::int32_t>(MessageBoxButton::Ok));
 }
 
-/// Whether a folder (with "/" at its end) lies where the user keeps what is nobody else's business.
-bool belongsToUser(std::string_view folder) {
-  platform::Environment& environment = platform::current().environment();
-  constexpr std::int32_t Documents = 5, UserData = 26;
-  for (std::string own : {environment.specialFolder(UserData), environment.specialFolder(Documents),
-                          environment.variable("HOME").value_or("")}) {
-    if (!own.ends_with('/')) own += '/';
-    if (own != "/" && folder.starts_with(own)) return true;
-  }
-  return false;
-}
-
 /// A folder that was made but could not be opened to everyone is worth a word to the user, not a failure.
 void makeFolder(const std::string& native, bool forEveryone) {
   try {

@@ -57,6 +57,17 @@ std::string joinPath(std::string_view folder, std::string_view name) {
   return path.append(name);
 }
 
+bool belongsToUser(std::string_view folder) {
+  platform::Environment& environment = platform::current().environment();
+  constexpr std::int32_t Documents = 5, UserData = 26;
+  for (std::string own : {environment.specialFolder(UserData), environment.specialFolder(Documents),
+                          environment.variable("HOME").value_or("")}) {
+    if (!own.ends_with('/')) own += '/';
+    if (own != "/" && folder.starts_with(own)) return true;
+  }
+  return false;
+}
+
 void raiseFileFault(const platform::SystemError& error, const std::string& path) {
   std::string detail = path;
   const std::string reason = platform::current().environment().errorText(error.Number);

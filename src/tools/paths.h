@@ -19,6 +19,10 @@ std::string nativePath(std::string_view path);
 /// The folder and, behind one separator, the name.
 std::string joinPath(std::string_view folder, std::string_view name);
 
+/// Whether a folder (with "/" at its end) lies where the user keeps what is nobody else's business: below the
+/// home or the folders 5 and 26.
+bool belongsToUser(std::string_view folder);
+
 /// Raises what the system says of a path as its usual fault: 53 no file, 76 no folder, 61 disk full, 70 a
 /// file that may not be used, 75 anything else. The description names the path and the system's reason.
 [[noreturn]] void raiseFileFault(const platform::SystemError& error, const std::string& path);

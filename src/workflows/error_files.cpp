@@ -57,10 +57,11 @@ bool isFolder(const std::string& path) {
 /// nor the writing goes through procedures.
 void makeFolders(const std::string& folder) {
   withFileFaults(folder, [&] {
+    const bool forEveryone = !belongsToUser(folder + "/");
     for (std::size_t end = 0; end != std::string::npos && !isFolder(folder);) {
       end = folder.find('/', end + 1);
       const std::string level = folder.substr(0, end);
-      if (!isFolder(level)) platform::current().files().makeFolder(level, true);
+      if (!isFolder(level)) platform::current().files().makeFolder(level, forEveryone);
     }
   });
 }
