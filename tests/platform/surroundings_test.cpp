@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <map>
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
@@ -95,8 +96,7 @@ TEST(Locale, FormatsBecomePatterns) {
       {"%Ey/%Om/%02d", "yy/MM/dd", ""},
       {"%H:%M %d.%m", "dd.MM", "Hh:Nn"},
       {"%-", "", ""},
-      {"%q%%100", "", ""},
-  };
+      {"%q%%100", "", ""}};
   for (const auto& [format, date, time] : cases) {
     EXPECT_EQ(datePatternFromStrftime(format), date) << format;
     EXPECT_EQ(timePatternFromStrftime(format), time) << format;
@@ -138,122 +138,98 @@ TEST(Locale, IsTheUsersAndNotTheProgramsOwn) {
   EXPECT_EQ(world->environment().localeInfo(LocaleItem::Time), "h:Nn:Ss tt");
 }
 
-TEST(Files, AreReplacedWhole) {
-  const TemporaryFolder folder;
-  const auto world = makeLinuxPlatform();
-  Files& files = world->files();
-  const std::string path = folder / "file";
+class FilesTest : public testing::Test {
+ protected:
+  const TemporaryFolder folder_;
+  const std::shared_ptr<Platform> world_ = makeLinuxPlatform();
+  Files& files_ = world_->files();
+};
+
+TEST_F(FilesTest, AreReplacedWholeAndFollowNoTraps) {
+  const std::string path = folder_ / "file";
   std::string all;
   for (int i = 0; i < 300000; ++i) all += static_cast<char>(i);
   for (const std::string& content : {all, std::string{}, std::string{"a\r\nb"}}) {
-    files.write(path, content);
-    EXPECT_EQ(files.read(path), content);
+    files_.write(path, content);
+    EXPECT_EQ(files_.read(path), content);
   }
   ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
-  files.write(path, "kept mode");
+  files_.write(path, "kept mode");
   EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms{0640});
 
-  folder.put("target", "unharmed");
-  folder.link("link", "target");
-  folder.link("dangling", "nowhere");
-  std::filesystem::create_directory(folder / "folder");
-  ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
-  ASSERT_EQ(::chmod(folder.put("read only", "unharmed").c_str(), 0444), 0);
-  const std::tuple<std::string, std::int32_t, std::int32_t> refused[] = {
-      {folder / "link", ELOOP, 0},
-      {folder / "dangling", ELOOP, ENOENT},
-      {folder / "folder", EISDIR, EISDIR},
-      {folder / "folder/", EISDIR, EISDIR},
-      {folder / "pipe", EINVAL, EINVAL},
-      {folder / "read only", EACCES, 0},
-      {folder / "no/file", ENOENT, ENOENT},
-      {folder / "file/below", ENOTDIR, ENOTDIR},
-      {"", ENOENT, ENOENT},
-      {folder / std::string(300, 'x'), ENAMETOOLONG, ENAMETOOLONG},
+  folder_.put("target", "unharmed");
+  folder_.put(".hidden", "");
+  folder_.link("link", "target");
+  folder_.link("dangling", "nowhere");
+  folder_.link("loop", "loop");
+  std::filesystem::create_directory(folder_ / "folder");
+  ASSERT_EQ(::mkfifo((folder_ / "pipe").c_str(), 0600), 0);
+  ASSERT_EQ(::chmod(folder_.put("read only", "unharmed").c_str(), 0444), 0);
+  const auto state = [&](const std::string& name) {
+    const FileState state = files_.state(name);
+    const char* const kinds[] = {"missing", "file", "folder", "other"};
+    return kinds[static_cast<int>(state.Kind)] + std::string{state.ReadOnly ? " read-only" : ""} +
+           (state.Hidden ? " hidden" : "");
   };
-  for (const auto& [name, writing, reading] : refused) {
-    EXPECT_EQ(errorOf([&] { files.write(name, "x"); }), writing) << name;
-    EXPECT_EQ(errorOf([&] { files.read(name); }), reading) << name;
+  const std::tuple<std::string, std::int32_t, std::int32_t, const char*> cases[] = {
+      {folder_ / "link", ELOOP, 0, "file"},
+      {folder_ / "dangling", ELOOP, ENOENT, "other"},
+      {folder_ / "loop", ELOOP, ELOOP, "other"},
+      {folder_ / "folder", EISDIR, EISDIR, "folder"},
+      {folder_ / "folder/", EISDIR, EISDIR, "folder"},
+      {folder_ / "pipe", EINVAL, EINVAL, "other"},
+      {folder_ / "read only", EACCES, 0, "file read-only"},
+      {folder_ / ".hidden", 0, 0, "file hidden"},
+      {folder_ / "no/file", ENOENT, ENOENT, "missing"},
+      {folder_ / "file/below", ENOTDIR, ENOTDIR, "missing"}};
+  for (const auto& [name, writing, reading, kind] : cases) {
+    EXPECT_EQ(state(name), kind) << name;
+    EXPECT_EQ(errorOf([&, &n = name] { files_.write(n, "x"); }), writing) << name;
+    EXPECT_EQ(errorOf([&, &n = name] { files_.read(n); }), reading) << name;
   }
-  EXPECT_EQ(contentOf(folder / "target") + contentOf(folder / "read only"), "unharmedunharmed");
-  for (const auto& entry : std::filesystem::directory_iterator{folder.path()})
+  for (const auto& [name, error] : std::map<std::string, std::int32_t>{
+           {"", ENOENT}, {std::string("a\0b", 3), EINVAL}, {folder_ / std::string(300, 'x'), ENAMETOOLONG}})
+    EXPECT_EQ(errorOf([&, &n = name] { files_.write(n, ""); }), error);
+  EXPECT_EQ(contentOf(folder_ / "target") + contentOf(folder_ / "read only"), "unharmedunharmed");
+  for (const auto& entry : std::filesystem::directory_iterator{folder_.path()})
     EXPECT_EQ(entry.path().filename().string().find(".wristlog-"), std::string::npos) << "left behind";
-  EXPECT_EQ(errorOf([&] { files.write(std::string("a\0b", 3), ""); }), EINVAL);
 
-  EXPECT_TRUE(files.remove(path));
-  EXPECT_FALSE(files.remove(path));
-  EXPECT_FALSE(files.remove(path + "/below"));
-  EXPECT_EQ(errorOf([&] { files.remove(folder / "folder"); }), EISDIR);
+  EXPECT_TRUE(files_.remove(path));
+  EXPECT_FALSE(files_.remove(path) || files_.remove(path + "/below"));
+  EXPECT_EQ(errorOf([&] { files_.remove(folder_ / "folder"); }), EISDIR);
 }
 
-TEST(Files, AFailedWriteLeavesTheFormerFile) {
-  const TemporaryFolder folder;
-  const std::string path = folder.put("file", "former");
-  const auto world = makeLinuxPlatform();
+TEST_F(FilesTest, AFailedWriteLeavesTheFormerFile) {
+  const std::string path = folder_.put("file", "former");
   rlimit limit{};
   ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
   const rlimit tight{100000, limit.rlim_max};
   const auto handler = std::signal(SIGXFSZ, SIG_IGN);
   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tight), 0);
-  const std::int32_t error = errorOf([&] { world->files().write(path, std::string(1000000, 'x')); });
+  EXPECT_EQ(errorOf([&] { files_.write(path, std::string(1000000, 'x')); }), EFBIG);
   ::setrlimit(RLIMIT_FSIZE, &limit);
   std::signal(SIGXFSZ, handler);
-  EXPECT_EQ(error, EFBIG);
   EXPECT_EQ(contentOf(path), "former");
-  const std::filesystem::directory_iterator entries{folder.path()};
+  const std::filesystem::directory_iterator entries{folder_.path()};
   EXPECT_EQ(std::distance(begin(entries), end(entries)), 1) << "a temporary file was left behind";
 }
 
-TEST(Files, StatesTellKindAndAccess) {
-  const TemporaryFolder folder;
-  folder.put(".hidden", "");
-  ASSERT_EQ(::chmod(folder.put("read only", "").c_str(), 0400), 0);
-  folder.link("link", ".hidden");
-  folder.link("dangling", "nowhere");
-  folder.link("loop", "loop");
-  const auto world = makeLinuxPlatform();
-  const auto state = [&](const std::string& path) {
-    const FileState state = world->files().state(path);
-    const char* const kinds[] = {"missing", "file", "folder", "other"};
-    return kinds[static_cast<int>(state.Kind)] + std::string{state.ReadOnly ? " read-only" : ""} +
-           (state.Hidden ? " hidden" : "");
-  };
-  const std::pair<std::string, const char*> cases[] = {{folder / ".hidden", "file hidden"},
-                                                       {folder / "read only", "file read-only"},
-                                                       {folder / "link", "file"},
-                                                       {folder / "dangling", "other"},
-                                                       {folder / "loop", "other"},
-                                                       {folder / "none", "missing"},
-                                                       {folder / ".hidden/x", "missing"},
-                                                       {folder.path(), "folder"},
-                                                       {"/dev/null", "other"}};
-  for (const auto& [path, expected] : cases) EXPECT_EQ(state(path), expected) << path;
-}
-
-TEST(Files, FoldersForEveryoneAreOpenAndFollowNoLinks) {
-  const TemporaryFolder folder;
-  const auto world = makeLinuxPlatform();
-  Files& files = world->files();
-  const std::string shared = folder / "shared";
+TEST_F(FilesTest, FoldersForEveryoneAreOpenAndFollowNoLinks) {
+  const std::string shared = folder_ / "shared", own = folder_ / "own";
   const mode_t mask = ::umask(0077);
-  files.makeFolder(shared, true);
-  files.makeFolder(folder / "own", false);
+  files_.makeFolder(shared, true);
+  files_.makeFolder(own, false);
+  files_.makeFolder(own, true);
   ::umask(mask);
-  const auto modeOf = [](const std::string& path) {
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
-  };
-  EXPECT_EQ(modeOf(shared), 01777U);
-  EXPECT_EQ(modeOf(folder / "own"), 0700U);
-  files.makeFolder(folder / "own", true);
-  EXPECT_EQ(modeOf(folder / "own"), 0700U);
-  folder.put("own/secret", "secret");
-  folder.link("shared/trap", folder / "own/secret");
-  EXPECT_EQ(errorOf([&] { files.read(shared + "/trap"); }), ELOOP);
-  EXPECT_EQ(errorOf([&] { files.write(shared + "/trap", "x"); }), ELOOP);
-  EXPECT_EQ(files.state(shared + "/trap").Kind, FileKind::Other);
-  EXPECT_EQ(errorOf([&] { files.makeFolder(folder / "own/secret", true); }), EEXIST);
-  EXPECT_EQ(errorOf([&] { files.makeFolder(folder / "no/such", true); }), ENOENT);
+  EXPECT_EQ(std::filesystem::status(shared).permissions(), std::filesystem::perms{01777});
+  EXPECT_EQ(std::filesystem::status(own).permissions(), std::filesystem::perms{0700});
+  folder_.put("own/secret", "secret");
+  folder_.link("shared/trap", folder_ / "own/secret");
+  EXPECT_EQ(errorOf([&] { files_.read(shared + "/trap"); }), ELOOP);
+  EXPECT_EQ(errorOf([&] { files_.write(shared + "/trap", "x"); }), ELOOP);
+  EXPECT_EQ(files_.state(shared + "/trap").Kind, FileKind::Other);
+  EXPECT_EQ(errorOf([&] { files_.makeFolder(own + "/secret", true); }), EEXIST);
+  EXPECT_EQ(errorOf([&] { files_.makeFolder(folder_ / "no/such", true); }), ENOENT);
 }
 
 }  // namespace

@@ -1,8 +1,7 @@
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
+#include "support/surroundings.h"
 #include "tools/paths.h"
 #include "tools/tools_test.h"
 
@@ -17,13 +16,7 @@ class FilesTest : public ToolsTest {
  protected:
   std::string at(const std::string& name) const { return world_->rootFolder() + "/" + name; }
   std::string put(const std::string& name, std::string_view content) const {
-    std::ofstream{at(name), std::ios::binary} << content;
-    return at(name);
-  }
-  std::string contentOf(const std::string& name) const {
-    std::ostringstream text;
-    text << std::ifstream{at(name), std::ios::binary}.rdbuf();
-    return text.str();
+    return putFile(at(name), content);
   }
 };
 
@@ -56,7 +49,7 @@ TEST_F(FilesTest, LinesGoThereAndBack) {
   const std::string file = at("f.txt");
   EXPECT_TRUE(
       Tools().fncSaveFile(world_->rootFolder() + "\\f.txt", std::vector<std::string>{"first", "", "3rd"}));
-  EXPECT_EQ(contentOf("f.txt"), "first\r\n\r\n3rd\r\n");
+  EXPECT_EQ(contentOf(file), "first\r\n\r\n3rd\r\n");
   const std::pair<const char*, std::vector<std::string>> cases[] = {
       {"first\r\n\r\nthird\r\n", {"first", "", "third"}},
       {"one\ntwo\rthree", {"one", "two", "three"}},
@@ -203,7 +196,7 @@ TEST_F(FilesTest, IniFilesKeepWhatTheyHold) {
   };
   EXPECT_TRUE(write("one", "A", "10") && write("One", "new", "x y") && write("Two", "c", "") &&
               write("Three", "d", "4"));
-  EXPECT_EQ(contentOf("s.ini"),
+  EXPECT_EQ(contentOf(file),
             "; hello\r\n[One]\r\nA=10\r\nnoise\r\nnew=x y\r\n\r\n[Two]\r\nb=2\r\nc=\r\n[Three]\r\nd=4\r\n");
   world_->Faults.FileWrite = {EACCES, always()};
   EXPECT_TRUE(Tools().fncINIdeleteItem("Two", "none", file) && Tools().fncINIdeleteSection("None", file));
@@ -211,15 +204,15 @@ TEST_F(FilesTest, IniFilesKeepWhatTheyHold) {
   world_->Faults.FileWrite = {};
   EXPECT_TRUE(Tools().fncINIdeleteItem("two", "B", file) && Tools().fncINIdeleteSection("ONE", file));
   const std::string rest = "; hello\r\n[Two]\r\nc=\r\n[Three]\r\nd=4\r\n";
-  EXPECT_EQ(contentOf("s.ini"), rest);
+  EXPECT_EQ(contentOf(file), rest);
 
   for (const char* bad : {"a\nb", "a\r"})
     EXPECT_FALSE(write(bad, "k", "v") || write("s", bad, "v") || write("s", "k", bad));
   world_->Faults.FileRead = {EACCES, once()};
   EXPECT_FALSE(write("Two", "c", "9"));
-  EXPECT_EQ(contentOf("s.ini"), rest);
+  EXPECT_EQ(contentOf(file), rest);
   EXPECT_TRUE(Tools().fncINIwrite("S", "k", "v", at("new.ini")));
-  EXPECT_EQ(contentOf("new.ini"), "[S]\r\nk=v\r\n");
+  EXPECT_EQ(contentOf(at("new.ini")), "[S]\r\nk=v\r\n");
   EXPECT_FALSE(Tools().fncINIwrite("S", "k", "v", at("none/new.ini")));
 }
 
