@@ -116,11 +116,13 @@ TEST(DeviceTree, DamageIsPassedOver) {
   files.link("class/tty/ttyUSB2", "../..");
   files.link("class/tty/ttyUSB3/device", "../../tty/ttyUSB3/device");
   files.link("class/tty/ttyUSB4/device", "..");
-  files.link("class/tty/ttyUSB5/device", "/");
+  const TemporaryFolder outside;
+  for (const char* name : {"idVendor", "idProduct"}) outside.put(name, "5245\n");
+  files.link("class/tty/ttyUSB5/device", outside.path());
   files.put("class/tty/ttyUSB6", "a file");
   files.put("class/tty/ttyUSB7/device", "a file");
   files.link("bus/usb/devices/round", "../devices/round");
-  files.link("bus/usb/devices/out", "/");
+  files.link("bus/usb/devices/out", outside.path());
   files.put("bus/usb/devices/file", "");
   int bad = 0;
   for (const std::string& vendor : {std::string("52"), std::string(), std::string("52g5"),
