@@ -40,7 +40,6 @@ TEST(IsDayLight, AtTheChanges) {
   const std::tuple<Class_TimeZoneInfo, const char*, bool> cases[] = {
       {newYork(), "2026-03-08 02:00:00", false},       {newYork(), "2026-03-08 02:00:01", true},
       {newYork(), "2026-11-01 02:00:00", true},        {newYork(), "2026-11-01 02:00:01", false},
-      {newYork(), "2026-01-01 00:00:00", false},       {newYork(), "2026-12-31 23:59:59", false},
       {newYork(), "1890-03-09 02:00:00", false},       {newYork(), "1890-03-09 02:00:01", true},
       {sydney(), "2026-10-04 02:00:00", false},        {sydney(), "2026-10-04 02:00:01", true},
       {sydney(), "2026-04-05 02:59:59", true},         {sydney(), "2026-04-05 03:00:00", false},
