@@ -1,4 +1,5 @@
 #include <cerrno>
+#include <map>
 
 #include "tools/Class_Registry.h"
 #include "tools/tools_test.h"

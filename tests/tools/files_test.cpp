@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <filesystem>
+#include <map>
 
 #include "support/surroundings.h"
 #include "tools/paths.h"
