@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <exception>
 #include <functional>
 #include <iostream>
@@ -42,9 +43,11 @@ std::string validLoggerTime(const std::string& text) {
 
 std::string validSize(const std::string& text) {
   double value = 0;
-  const bool isNumber = CLI::detail::lexical_cast(text, value);
-  return isNumber && value >= 0 && value <= 9999.9 ? std::string()
-                                                   : "\"" + text + "\" is no number from 0 to 9999.9";
+  const char* const last = text.data() + text.size();
+  const auto [end, error] = std::from_chars(text.data(), last, value);
+  return error == std::errc{} && end == last && value >= 0 && value <= 9999.9
+             ? std::string()
+             : "\"" + text + "\" is no number from 0 to 9999.9";
 }
 
 std::string validFolder(const std::string& text) { return text.empty() ? "the folder has no name" : ""; }
