@@ -66,6 +66,7 @@ void RecordingFiles::prepare() const {
   onFiles(folder_, [&](platform::Files& files) {
     const SignalsHeld held;
     const std::string trial = path(".wristlog-trial");
+    if (files.state(trial).Kind != platform::FileKind::Missing) return;
     files.write(trial, "");
     files.remove(trial);
   });
