@@ -9,6 +9,7 @@
 #include "base/numbers.h"
 #include "errors/Procedure.h"
 #include "varden/VardenLogger.h"
+#include "varden/sample_decoder.h"
 
 namespace hy_wristlog {
 namespace {
@@ -17,39 +18,11 @@ constexpr char Module[] = "Class_VardenLogger";
 constexpr double EarliestDate = 713.8651851851852;
 constexpr float TolkaChargedVoltage = 2.9f;
 
-std::int32_t bytesPerEpoch(enmDeviceType device, enmVardenLoggingMode mode) {
-  if (device == KR_QUILLANDER) {
-    switch (mode) {
-      case VardenMode_ActivityOnly:
-        return 1;
-      case VardenMode_StandardLightOnly:
-      case VardenMode_InternalLightCalibration:
-        return 4;
-      case VardenMode_ActivityAndStandardLight:
-        return 5;
-      case VardenMode_SpecialLightOnly:
-      case VardenMode_InternalOffWristFrequency:
-        return 2;
-      case VardenMode_ActivityAndSpecialLight:
-        return 3;
-      default:
-        return 0;
-    }
-  }
-  if (device == KR_TOLKA) {
-    switch (mode) {
-      case VardenMode_ActivityOnly:
-        return 1;
-      case VardenMode_StandardLightOnly:
-      case VardenMode_InternalLightCalibration:
-        return 2;
-      case VardenMode_ActivityAndStandardLight:
-        return 3;
-      default:
-        return 0;
-    }
-  }
-  return 0;
+/// 0 for what records nothing, and for the 32 Hz test mode, whose samples are no epochs.
+std::int32_t bytesPerEpoch(const VardenRecord& record) {
+  if (record.AcquisitionMode == VardenMode_InternalActivity32Hz) return 0;
+  const ModeLayout* layout = findModeLayout(record.DeviceType, record.AcquisitionMode);
+  return layout != nullptr ? layout->RecordLength : 0;
 }
 
 }  // namespace
@@ -81,7 +54,7 @@ float vividBatteryPercent(float voltage, float loadedVoltage) {
 }
 
 double maxRecordingDays(const VardenRecord& record, bool fromPresentFill) {
-  const std::int32_t perEpoch = bytesPerEpoch(record.DeviceType, record.AcquisitionMode);
+  const std::int32_t perEpoch = bytesPerEpoch(record);
   if (record.EpochLength < 1 || perEpoch == 0) return 0;
   double bytes = record.MemorySize * 1024.0;
   if (fromPresentFill) bytes -= record.BytesUsed;

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -8,6 +7,7 @@
 #include "tools/Class_Tools.h"
 #include "varden/VardenLogger.h"
 #include "varden/config_codec.h"
+#include "varden/packets.h"
 #include "varden/subject_codec.h"
 
 namespace hy_wristlog {
@@ -17,10 +17,6 @@ constexpr char Module[] = "Class_VardenLogger";
 constexpr std::size_t PacketBytes = 128;
 constexpr char UnknownZone[] = "UNK";
 
-void requirePackets(const PacketArray& packets, const char* source) {
-  if (!packets) throw Failure(11503, source, "Invalid packet array input");
-}
-
 Class_Packet makePacket(std::uint8_t number, std::vector<std::uint8_t> data) {
   Class_Packet packet;
   packet.PacketSize = 1;
@@ -29,7 +25,7 @@ Class_Packet makePacket(std::uint8_t number, std::vector<std::uint8_t> data) {
   return packet;
 }
 
-/// A procedure to which every failure is normal.
+/// A procedure to which every failure is normal; it hands them on with its own name as their source.
 template <class Step>
 void passingOnAll(const char* name, Step&& step) {
   Procedure procedure{Module, name};
@@ -37,7 +33,11 @@ void passingOnAll(const char* name, Step&& step) {
     procedure.passesOn(failure.Number);
     return TrapAnswer::Dispatch;
   });
-  procedure.run(step);
+  try {
+    procedure.run(step);
+  } catch (const Failure& failure) {
+    throw Failure(failure.Number, name, failure.Description);
+  }
 }
 
 }  // namespace

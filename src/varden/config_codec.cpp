@@ -20,7 +20,6 @@ namespace {
 
 constexpr std::size_t VersionOffset = 2;
 constexpr std::size_t SentFrom = 64;
-constexpr std::size_t MostPacketBytes = 1024;
 
 // Offsets 28 to 62 differ with version and firmware.
 constexpr std::size_t VariableFrom = 28, FirmwareLength = 8, VariableTo = 63;
@@ -204,15 +203,6 @@ VardenConfigBlock sentFields(const VardenRecord& record) {
 }
 
 }  // namespace
-
-ByteArray joinPackets(const std::vector<Class_Packet>& packets) {
-  ByteArray bytes;
-  for (const Class_Packet& packet : packets) {
-    bytes.insert(bytes.end(), packet.BinData.begin(), packet.BinData.end());
-    if (bytes.size() > packets.size() * MostPacketBytes) fault::raise(fault::Subscript);
-  }
-  return bytes;
-}
 
 void checkConfigCrc(std::span<const std::uint8_t> block) {
   if (block.size() >= ConfigBlockSize &&

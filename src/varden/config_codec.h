@@ -3,9 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <vector>
 
-#include "link/Class_Packet.h"
 #include "varden/config_block.h"
 #include "varden/record.h"
 
@@ -14,9 +12,6 @@
 namespace hy_wristlog {
 
 inline constexpr std::size_t ConfigBlockSize = 256;
-
-/// The data bytes of all packets, one behind the other. Raises 9 for more than 1024 a packet.
-ByteArray joinPackets(const std::vector<Class_Packet>& packets);
 
 /// Raises 11505 when the stored CRC is not that of the block, or the block is not complete.
 void checkConfigCrc(std::span<const std::uint8_t> block);

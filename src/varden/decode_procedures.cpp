@@ -8,24 +8,13 @@
 #include "platform/platform.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "varden/VardenLogger.h"
+#include "varden/packets.h"
 #include "varden/stream_decoder.h"
 
 namespace hy_wristlog {
 namespace {
 
 constexpr const char* Module = "Class_VardenLogger";
-constexpr std::size_t MostPacketBytes = 1024;
-
-ByteArray joined(const std::vector<Class_Packet>& packets) {
-  ByteArray bytes;
-  bytes.reserve(packets.size() * MostPacketBytes);
-  for (const Class_Packet& packet : packets) {
-    if (bytes.size() + packet.BinData.size() > packets.size() * MostPacketBytes)
-      fault::raise(fault::Subscript);
-    bytes.insert(bytes.end(), packet.BinData.begin(), packet.BinData.end());
-  }
-  return bytes;
-}
 
 DecodeOptions optionsOfThisWorld(bool diagnostic) {
   return {diagnostic, Class_TimeZoneTools::fncGetGMTTime(),
@@ -41,9 +30,8 @@ DecodeOptions optionsOfThisWorld(bool diagnostic) {
 void VardenLogger::subSetRawDataFromPackets(const PacketArray& packets) {
   Procedure procedure{Module, "subSetRawDataFromPackets"};
   procedure.run([&] {
-    if (!packets)
-      throw Failure(11503, "Class_VardenLogger.subSetRawDataFromPackets", "Invalid packet array input");
-    record.RawData = joined(*packets);
+    requirePackets(packets, "Class_VardenLogger.subSetRawDataFromPackets");
+    record.RawData = joinPackets(*packets);
   });
 }
 

@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "base/dates.h"
 #include "varden/acquisition.h"
+#include "varden/battery.h"
 
 namespace hy_wristlog {
 namespace {
@@ -121,7 +121,7 @@ std::int32_t eventValue(const DecodeWalk& walk) {
   return static_cast<std::int32_t>(value);
 }
 
-double eventTime(const DecodeWalk& walk) { return eventValue(walk) / SecondsPerDay + UnixEpochDate; }
+double eventTime(const DecodeWalk& walk) { return loggerSecondsToDate(eventValue(walk)); }
 
 void moveDock(DecodeWalk& walk, const DockEvent& event) {
   if (event.Move != DockMove::None) walk.Docked = event.Move == DockMove::In;

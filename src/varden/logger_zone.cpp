@@ -7,8 +7,8 @@
 namespace hy_wristlog {
 namespace {
 
-/// The zone's change in the year of the logger's falls on the logger's. Logger times are whole seconds, and
-/// dates that were reckoned on other ways may differ in their last bits.
+/// Whether a zone changes when the logger does, in that year. Compared by the second, since dates computed in
+/// different ways may differ in their last bits.
 bool sameChange(double (*change)(std::int32_t, const Class_TimeZoneInfo&), const Class_TimeZoneInfo& zone,
                 double loggerChange) {
   return secondsBetween(change(civilFromDate(loggerChange).Year, zone), loggerChange) == 0;

@@ -140,7 +140,7 @@ void StreamDecoder::handleStatus() {
     handleStatusRecord(walk_);
 }
 
-/// An event or status at the very end of the bytes is so followed by one epoch without value.
+/// Runs behind an event or status at the very end of the bytes too, which adds one epoch without value.
 void StreamDecoder::handleSample() {
   if (walk_.Stop || !walk_.Acquiring) return;
   samples_->decode();

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "link/Class_Packet.h"
+#include "varden/record.h"
+
+namespace hy_wristlog {
+
+/// Raises 11503 "Invalid packet array input", of the procedure `source`, when there is no array.
+void requirePackets(const PacketArray& packets, const char* source);
+
+/// The data bytes of all packets, one behind the other. Raises 9 for more than 1024 a packet.
+ByteArray joinPackets(const std::vector<Class_Packet>& packets);
+
+}  // namespace hy_wristlog
