@@ -21,12 +21,12 @@ void tellAll(const std::vector<std::shared_ptr<VardenLoggerEvents>>& listeners, 
 /// Asks whether the diagnostic window's text is to be kept, and closes the window.
 void closeWindow(Form_Comm& link) {
   if (link.Get_Visible()) {
-    const auto buttons = {MessageBoxButton::Yes, MessageBoxButton::No, MessageBoxButton::Cancel};
-    std::int32_t offered = 0;
-    for (const auto button : buttons) offered |= static_cast<std::int32_t>(button);
+    constexpr std::int32_t YesNoCancel = static_cast<std::int32_t>(MessageBoxButton::Yes) |
+                                         static_cast<std::int32_t>(MessageBoxButton::No) |
+                                         static_cast<std::int32_t>(MessageBoxButton::Cancel);
     const auto pressed = platform::current().host().showMessageBox(
         "Copy diag to clipboard?",
-        "Do you want a copy of the text in the diag window copied to the clipboard?", offered);
+        "Do you want a copy of the text in the diag window copied to the clipboard?", YesNoCancel);
     if (pressed == MessageBoxButton::Yes) link.cmdCopyAll();
   }
   link.hide();

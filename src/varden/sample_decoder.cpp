@@ -22,7 +22,6 @@ enum class LightPart : std::uint8_t { None, Lux, Colours, Count };
 struct SampleFormat {
   ActivityPart Activity;
   LightPart Light;
-  bool BlankInDock = true;
   bool ReportOverflow = true;
 
   constexpr std::int32_t length() const {
@@ -44,9 +43,9 @@ constexpr SampleFormat quillanderFormat(enmVardenLoggingMode mode) {
     case VardenMode_ActivityAndSpecialLight:
       return {ActivityPart::Code, LightPart::Lux};
     case VardenMode_InternalOffWristFrequency:
-      return {.Activity = ActivityPart::None, .Light = LightPart::Count, .BlankInDock = false};
+      return {ActivityPart::None, LightPart::Count};
     default:  // VardenMode_InternalLightCalibration
-      return {.Activity = ActivityPart::None, .Light = LightPart::Colours, .BlankInDock = false};
+      return {ActivityPart::None, LightPart::Colours};
   }
 }
 
@@ -59,7 +58,7 @@ constexpr SampleFormat tolkaFormat(enmVardenLoggingMode mode) {
     case VardenMode_ActivityAndStandardLight:
       return {ActivityPart::Code, LightPart::Lux};
     case VardenMode_InternalLightCalibration:
-      return {.Activity = ActivityPart::None, .Light = LightPart::Lux, .BlankInDock = false};
+      return {ActivityPart::None, LightPart::Lux};
     default:  // VardenMode_InternalActivity32Hz
       return {ActivityPart::Raw, LightPart::None};
   }
@@ -191,8 +190,7 @@ void SampleDecoder::decodeSample(SampleDecoder& decoder) {
 
   const std::int64_t position = walk.Position;
   walk.Position += Format.length();
-  bool present = walk.Position <= walk.Length;
-  if constexpr (Format.BlankInDock) present = present && !decoder.blankedByDock();
+  const bool present = walk.Position <= walk.Length && !decoder.blankedByDock();
   const std::uint8_t* bytes = nullptr;
   if (present) {
     if (static_cast<std::size_t>(walk.Position) > walk.Raw.size()) fault::raise(fault::Subscript);
@@ -244,7 +242,8 @@ float SampleDecoder::single(double value, bool reportOverflow) {
   return NoLight;
 }
 
-/// Whether what was recorded now was recorded in a dock, or taken out of it.
+/// Whether what was recorded now was recorded in a dock, or taken out of it. Never for the test modes, which
+/// only a diagnostic decode takes.
 bool SampleDecoder::blankedByDock() {
   if (walk_.Options.Diagnostic || !(walk_.Docked || walk_.UndockSkip)) return false;
   walk_.UndockSkip = false;

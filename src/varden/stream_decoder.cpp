@@ -34,11 +34,13 @@ void StreamDecoder::decode() {
   try {
     walk();
   } catch (...) {
-    lowBattery_ = walk_.LowBattery;
     walk_.Arrays.settle(walk_.Index);
     throw;
   }
-  lowBattery_ = walk_.LowBattery;
+}
+
+std::optional<bool> StreamDecoder::lowBatteryDetected() const {
+  return samples_ ? std::optional(walk_.LowBattery) : std::nullopt;
 }
 
 void StreamDecoder::prepare() {
@@ -64,7 +66,6 @@ void StreamDecoder::prepare() {
   if (record.EpochLength == 0) fault::raise(fault::DivisionByZero);
   walk_.EpochsPerDay = roundToInt32(SecondsPerDay / record.EpochLength);
   record.EventArray.clear();
-  lowBattery_ = false;
   samples_.emplace(walk_, hasNewLightScaleFactors(record));
   walk_.Result = Decode_OK;
 }

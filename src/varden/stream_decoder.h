@@ -37,8 +37,8 @@ class StreamDecoder {
   void finish();
 
   enmDecodeResult result() const { return walk_.Result; }
-  /// None until preparations got so far as to clear it.
-  std::optional<bool> lowBatteryDetected() const { return lowBattery_; }
+  /// None when it never came to a walk.
+  std::optional<bool> lowBatteryDetected() const;
 
  private:
   void prepare();
@@ -55,7 +55,6 @@ class StreamDecoder {
 
   DecodeWalk walk_;
   std::optional<SampleDecoder> samples_;
-  std::optional<bool> lowBattery_;
   std::int64_t lengthBeforeReset_ = 0;
   bool barrier_ = false;
 };
