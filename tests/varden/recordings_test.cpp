@@ -76,20 +76,14 @@ Stream randomStream(std::mt19937& random) {
   const auto byte = [&random] { return static_cast<int>(random() & 255); };
   if (random() % 4 != 0) stream.event(1 + (byte() & 96), static_cast<std::int32_t>(random() % 7200));
   for (auto records = random() % 12; records > 0; --records) {
-    switch (random() % 5) {
-      case 0:
-        stream.event(byte(), static_cast<std::int32_t>(random() % 90000) - 3600);
-        break;
-      case 1:
-        stream.event(1 << (random() % 8), static_cast<std::int32_t>(random() % 7200));
-        break;
-      case 2:
-        stream.status(byte());
-        break;
-      default:
-        for (auto count = random() % 9; count > 0; --count)
-          stream.many(1, byte() & (random() % 2 ? 255 : 31));
-    }
+    const auto kind = random() % 5;
+    const int bits = kind == 0 ? byte() : 1 << (random() % 8);
+    if (kind < 2)
+      stream.event(bits, static_cast<std::int32_t>(random() % 20000) - 3600);
+    else if (kind == 2)
+      stream.status(byte());
+    else
+      for (auto count = random() % 9; count > 0; --count) stream.many(1, byte() & (random() % 2 ? 255 : 31));
   }
   return stream;
 }
