@@ -1,188 +1,159 @@
-#include <gtest/gtest.h>
-
-#include "hy_wristlog/failure.h"
+#include "support/failures.h"
 #include "wire.h"
 
 namespace hy_wristlog::simulator {
 namespace {
 
-std::int32_t failureOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const Failure& failure) {
-    return failure.Number;
+using namespace platform;
+
+/// A line with an open port and a listener in the logger's place.
+struct Ends {
+  explicit Ends(const LineSettings& pc = LoggerLine, const LineSettings& far = LoggerLine) : Line{Time, far} {
+    Line.portOpened();
+    Line.setPcSettings(pc);
+    Line.listen([this](std::uint8_t byte) {
+      Heard += static_cast<char>(byte);
+      Moments.push_back(Time.now().count());
+    });
   }
-  return 0;
+  static std::vector<std::uint8_t> bytes(const std::string& text) { return {text.begin(), text.end()}; }
+  std::string read() {
+    std::vector<std::uint8_t> all(200);
+    all.resize(Line.read(all));
+    return textOf(all);
+  }
+  Timeline Time{0ns};
+  SimulatedLine Line;
+  std::string Heard;
+  std::vector<std::int64_t> Moments;
+};
+
+TEST(Line, BytesArriveAtTheirMoments) {
+  const std::pair<LineSettings, std::int64_t> cases[] = {
+      {{57600, LineParity::None, 8, LineStopBits::Two}, 190972},
+      {{110, LineParity::Odd, 7, LineStopBits::OneAndHalf}, 95454545}};
+  for (const auto& [settings, each] : cases) {
+    Ends ends{settings, settings};
+    ends.Line.write(std::vector<std::uint8_t>(1000, 'x'));
+    ends.Time.advanceTo(nanoseconds{each - 1});
+    EXPECT_EQ(ends.Line.outstanding(), 1000U);
+    ends.Time.advance(100s);
+    EXPECT_EQ(ends.Moments.front(), each);
+    EXPECT_NEAR(static_cast<double>(ends.Moments.back()), 1e3 * static_cast<double>(each), 1e6);
+    EXPECT_EQ(ends.Moments.size(), 1000U);
+  }
+}
+
+TEST(Line, WrongSettingsGiveGarbage) {
+  const std::string text = "Show CONFIG 0123456789\r";
+  const std::tuple<LineSettings, bool, bool, bool> cases[] = {
+      {{57600, LineParity::None, 8, LineStopBits::One}, true, false, false},
+      {{57600, LineParity::Even, 8, LineStopBits::One}, true, false, true},
+      {{57600, LineParity::None, 7, LineStopBits::One}, true, true, false},
+      {{28800, LineParity::None, 8, LineStopBits::Two}, false, false, false},
+      {{115200, LineParity::None, 8, LineStopBits::Two}, false, true, false}};
+  for (const auto& [settings, same, framing, parity] : cases) {
+    Ends ends{settings};
+    ends.Line.send(Ends::bytes(text));
+    ends.Time.advance(1s);
+    const platform::LineErrors errors = ends.Line.takeErrors();
+    EXPECT_EQ(ends.read() == text, same) << settings.Baud;
+    EXPECT_EQ(errors.Parity > 0, parity) << settings.Baud;
+    EXPECT_EQ(errors.Framing > 0, framing) << settings.Baud;
+  }
+}
+
+TEST(Line, FaultsStrikeTheirBytes) {
+  const std::tuple<void (*)(SimulatedLine&), std::string, std::string> cases[] = {
+      {[](auto&) {}, "abcdef", "uvwxyz"},
+      {[](auto& l) { l.Faults.LoseToLogger = once(1), l.Faults.LoseToPc = once(); }, "acdef", "vwxyz"},
+      {[](auto& l) { l.Faults.AlterToLogger = once(), l.Faults.AlterToPc = once(5); }, "ebcdef", "uvwxy~"},
+      {[](auto& l) { l.Faults.CutAfterToLogger = 2; }, "ab", "u"},
+      {[](auto& l) { l.Faults.CutAfterToPc = 0; }, "", ""},
+      {[](auto& l) { l.Faults.CutAfterTotal = 5; }, "abc", "uv"},
+      {[](auto& l) { l.Faults.OverrunToPc = once(3), l.ReceiveCapacity = 4; }, "abcdef", "uvwy"},
+  };
+  for (const auto& [set, toLogger, toPc] : cases) {
+    Ends ends;
+    set(ends.Line);
+    ends.Line.write(Ends::bytes("abcdef"));
+    ends.Time.advance(1us);
+    ends.Line.send(Ends::bytes("uvwxyz"));
+    ends.Time.advance(1s);
+    EXPECT_EQ(ends.Heard, toLogger);
+    EXPECT_EQ(ends.read(), toPc);
+    EXPECT_EQ(ends.Line.takeErrors().Overrun, toPc == "uvwy" ? 1U : 0U);
+  }
 }
 
 TEST(Quillander, WakesItsLoggerByAPulse) {
-  const struct {
-    const char* Name;
-    int High, Rest;
-    std::string Answer;
-  } cases[] = {{"no pulse", 0, 500, ""},
-               {"too short", 10, 500, ""},
-               {"just waking", 100, 30, ""},
-               {"awake", 100, 45, "\r>"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.Name);
-    const Bench bench = makeVividBench();
+  const std::tuple<int, int, std::string> cases[] = {
+      {0, 500, ""}, {10, 500, ""}, {100, 30, ""}, {100, 45, "\r>"}};
+  for (const auto& [high, rest, answer] : cases) {
     Wire wire;
-    wire.Port.reset();
-    wire.Port = wire.Lab.World->serialPorts().open(33);
-    wire.Port->configure(LoggerLine);
-    if (c.High > 0) wire.Port->setRts(true);
-    wire.wait(c.High);
-    wire.Port->setRts(false);
-    wire.wait(c.Rest);
-    EXPECT_EQ(wire.exchange("\r"), c.Answer);
+    wire.connect(high, rest);
+    EXPECT_EQ(wire.exchange("\r"), answer) << high << ' ' << rest << ": closing put it to sleep";
+    wire.connect();
+    EXPECT_EQ(wire.exchange("\r"), "\r>");
+    wire.Lab.Dock->pullOut();
+    EXPECT_EQ(wire.exchange("\r"), "");
+    wire.Lab.Dock->insert(*wire.Lab.Logger);
+    EXPECT_EQ(wire.exchange("\r"), "") << "seated anew it sleeps";
   }
-}
-
-TEST(Quillander, ForgetsItsLoggerOnClose) {
-  Wire wire;
-  EXPECT_EQ(wire.exchange("\r"), "\r>");
-  wire.Port.reset();
-  wire.Port = wire.Lab.World->serialPorts().open(33);
-  wire.Port->configure(LoggerLine);
-  EXPECT_EQ(wire.exchange("\r"), "");
-  wire.connect();
-  EXPECT_EQ(wire.exchange("\r"), "\r>");
-  wire.Lab.Dock->pullOut();
-  EXPECT_EQ(wire.exchange("\r"), "");
-  wire.Lab.Dock->insert(*wire.Lab.Logger);
-  EXPECT_EQ(wire.exchange("\r"), "") << "seated anew it sleeps";
 }
 
 TEST(Tolka, DsrFollowsDtrWhenALoggerIsSeated) {
   Wire wire{kestrin2BenchOptions()};
-  const auto dsr = [&] { return wire.Port->modemLines().Dsr; };
-  EXPECT_TRUE(dsr());
-  EXPECT_EQ(wire.exchange("\r"), "\r>");
+  const auto dsrAfter = [&](int wait) {
+    wire.wait(wait);
+    return wire.Port->modemLines().Dsr;
+  };
+  EXPECT_TRUE(dsrAfter(0));
   wire.Port->setDtr(false);
-  wire.wait(29);
-  EXPECT_TRUE(dsr());
-  wire.wait(2);
-  EXPECT_FALSE(dsr());
+  EXPECT_TRUE(dsrAfter(29));
+  EXPECT_FALSE(dsrAfter(2));
   EXPECT_EQ(wire.exchange("\r"), "");
   wire.Port->setDtr(true);
-  wire.wait(119);
-  EXPECT_FALSE(dsr());
-  wire.wait(2);
-  EXPECT_TRUE(dsr());
+  EXPECT_FALSE(dsrAfter(119));
+  EXPECT_TRUE(dsrAfter(2));
   EXPECT_EQ(wire.exchange("show config\r"), "show config\r");
   wire.Port->setDtr(false);
   wire.Port->setDtr(true);
-  EXPECT_FALSE(dsr()) << "even a moment's drop lets the logger go";
+  EXPECT_FALSE(dsrAfter(0)) << "even a moment's drop lets the logger go";
   wire.wait(200);
   EXPECT_EQ(wire.exchange("\r"), "\r>") << "and ends its transfer";
   wire.Lab.Dock->pullOut();
-  EXPECT_FALSE(dsr());
+  EXPECT_FALSE(dsrAfter(0));
   wire.Lab.Dock->insert(*wire.Lab.Logger);
-  wire.wait(200);
-  EXPECT_TRUE(dsr());
+  EXPECT_TRUE(dsrAfter(200));
+  BenchOptions wrongModel = kestrin2BenchOptions();
+  wrongModel.Logger = {};
+  EXPECT_FALSE(Wire{wrongModel}.Port->modemLines().Dsr);
 }
 
-TEST(Dock, AModelInTheWrongDockMakesNoContact) {
-  BenchOptions options = kestrin2BenchOptions();
-  options.Logger = {};
-  Wire wire{options};
-  EXPECT_FALSE(wire.Port->modemLines().Dsr);
-  EXPECT_EQ(wire.exchange("\r"), "");
-}
-
-TEST(Dock, AGoneDockHangsUpForGood) {
+TEST(Dock, ComesAndGoes) {
   Wire wire;
-  wire.Lab.World->after(50ms, [&] { wire.Lab.Dock->unplug(); });
-  wire.wait(49);
-  EXPECT_NO_THROW(wire.take());
-  wire.wait(2);
+  SimulatedDock& dock = *wire.Lab.Dock;
+  const auto open = [&] { wire.Lab.World->serialPorts().open(33); };
+  EXPECT_EQ(numberOf(open), 8005) << "held by this very handle";
+  dock.pullOutAfterBytes(5);
+  EXPECT_EQ(wire.exchange("show ver\r"), "sh") << "what the logger was about to say is lost with it";
+  dock.insert(*wire.Lab.Logger);
+  wire.connect();
+  dock.unplugAfterBytes(3);
+  EXPECT_EQ(numberOf([&] { wire.exchange("show ver\r"); }), 8015);
   platform::SerialPort& port = *wire.Port;
   for (const std::function<void()>& use : std::initializer_list<std::function<void()>>{
-           [&] { wire.take(); }, [&] { wire.send("x"); }, [&] { port.outstanding(); },
-           [&] { port.discardInput(); }, [&] { port.setDtr(true); }, [&] { port.setRts(true); },
-           [&] { port.modemLines(); }, [&] { port.takeErrors(); }, [&] { port.configure(LoggerLine); }})
-    EXPECT_EQ(failureOf(use), 8015);
-  EXPECT_EQ(failureOf([&] { wire.Lab.World->serialPorts().open(33); }), 8002);
-  wire.Lab.Dock->plug();
-  EXPECT_EQ(failureOf([&] { wire.take(); }), 8015) << "the old handle stays dead";
+           [&] { port.discardInput(); }, [&] { port.setRts(true); }, [&] { port.modemLines(); }})
+    EXPECT_EQ(numberOf(use), 8015);
+  EXPECT_EQ(numberOf(open), 8002);
+  dock.plug();
+  EXPECT_EQ(numberOf([&] { wire.exchange(""); }), 8015) << "the old handle stays dead";
+  wire.Port.reset();
+  dock.Faults.Open = {8018, {1, 2}};
+  for (const std::int32_t expected : {0, 8018, 8018, 0}) EXPECT_EQ(numberOf(open), expected);
   wire.connect();
   EXPECT_EQ(wire.exchange("\r"), "\r>");
-  wire.Lab.World.reset();
-  EXPECT_EQ(failureOf([&] { wire.take(); }), 8015) << "a handle may outlive its world";
-}
-
-TEST(Dock, PortFailures) {
-  Wire wire;
-  const auto open = [&] { wire.Lab.World->serialPorts().open(33); };
-  EXPECT_EQ(failureOf(open), 8005) << "held by this very handle";
-  wire.Port.reset();
-  EXPECT_EQ(failureOf([&] { wire.Lab.World->serialPorts().open(34); }), 8002);
-  wire.Lab.Dock->Faults.Open = {8018, {1, 2}};
-  for (const std::int32_t expected : {0, 8018, 8018, 0}) EXPECT_EQ(failureOf(open), expected);
-  wire.Lab.Dock->Faults.LockedUp = true;
-  EXPECT_EQ(failureOf([&] { wire.connect(); }), 8015);
-  wire.Lab.Dock->unplug();
-  wire.Lab.Dock->plug();
-  EXPECT_EQ(failureOf([&] { wire.connect(); }), 0);
-}
-
-TEST(DeviceTree, ShowsTheDocksOfAClass) {
-  SimulatedWorld world;
-  world.addDock({DockKind::Quillander, 33, {}});
-  world.addDock({DockKind::TolkaFirst, 34, {}});
-  SimulatedDock& second = world.addDock({DockKind::TolkaSecond, 35, {}});
-  world.addDock({DockKind::TolkaFirst, 36, true});
-  const auto list = [&](const char* guid) {
-    std::string all;
-    const auto devices = world.deviceTree().devicesOfClass(guid);
-    for (std::size_t i = 0; devices->hasInterface(i); ++i) {
-      devices->readInfo(i);
-      all += devices->hardwareId(i) + "=" + devices->friendlyName(i) + ";";
-    }
-    return all;
-  };
-  const char* comPorts = "{4D36E978-E325-11CE-BFC1-08002BE10318}";
-  const char* usb = "{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
-  const std::string vivid = "USB\\VID_5245&PID_4000&REV_0600=Kestrin Vivid Dock (COM33);";
-  EXPECT_EQ(list(comPorts), vivid + "USB\\VID_5245&PID_4002&REV_0600=Kestrin 2 Dock (COM35);");
-  EXPECT_EQ(list(usb),
-            "USB\\VID_5245&PID_4001&REV_0600=Kestrin 2 Dock;USB\\VID_5245&PID_4001&REV_0600=Kestrin 2 Dock "
-            "(COM36);");
-  second.unplug();
-  EXPECT_EQ(list(comPorts), vivid);
-  EXPECT_EQ(list("{00000000-0000-0000-0000-000000000000}"), "");
-  world.Faults.HardwareId = {13, once()};
-  EXPECT_THROW(list(comPorts), platform::SystemError);
-  EXPECT_EQ(list(comPorts), vivid);
-}
-
-TEST(Dock, LosesItsLoggerOrItselfAtAByte) {
-  Wire wire;
-  wire.Lab.Dock->pullOutAfterBytes(5);
-  EXPECT_EQ(wire.exchange("show ver\r"), "sh") << "what the logger was about to say is lost with it";
-  EXPECT_EQ(wire.Lab.Dock->logger(), nullptr);
-  wire.Lab.Dock->insert(*wire.Lab.Logger);
-  wire.connect();
-  wire.Lab.Dock->unplugAfterBytes(3);
-  EXPECT_EQ(failureOf([&] { wire.exchange("show ver\r"); }), 8015);
-}
-
-TEST(Cut, ABrokenRetrievalLeavesTheDataInTheLogger) {
-  for (std::uint64_t cut = 0; cut < 1900; cut += 37) {
-    Wire wire;
-    for (std::size_t i = 0; i < 2000; ++i) wire.Lab.Logger->memory().write(i, static_cast<std::uint8_t>(i));
-    wire.Lab.Logger->block().set(block::NextAddress, 2000);
-    const auto before = wire.Lab.Logger->recordedBytes();
-    wire.Lab.line().Faults.CutAfterTotal = wire.Lab.line().traffic().total() + cut;
-    wire.Lab.line().Faults.CutEndsOnReopen = true;
-    wire.download("show data");
-    ASSERT_TRUE(wire.Lab.Logger->recordedBytes() == before) << cut;
-    ASSERT_TRUE(wire.Lab.line().cut()) << cut;
-    wire.connect();
-    const std::string again = wire.download("show data");
-    ASSERT_TRUE(again.substr(0, 2000) == std::string(before.begin(), before.end())) << cut;
-  }
 }
 
 }  // namespace

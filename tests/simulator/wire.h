@@ -1,6 +1,7 @@
 #pragma once
 
-#include <cstdint>
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -18,13 +19,11 @@ inline constexpr platform::LineSettings LoggerLine{57600, platform::LineParity::
 /// CRC-16/XMODEM once more, by nibbles, so that a slip in the simulator's own does not go unseen.
 inline unsigned wireCrc(const std::string& bytes) {
   unsigned crc = 0;
-  for (const char c : bytes) {
-    const auto byte = static_cast<std::uint8_t>(c);
-    for (const unsigned nibble : {static_cast<unsigned>(byte >> 4), byte & 15U}) {
-      const unsigned top = ((crc >> 12) ^ nibble) & 15U;
+  for (const char c : bytes)
+    for (const int shift : {4, 0}) {
+      const unsigned top = ((crc >> 12) ^ (static_cast<std::uint8_t>(c) >> shift)) & 15U;
       crc = ((crc << 4) ^ (top * 0x1021U)) & 0xFFFFU;
     }
-  }
   return crc;
 }
 
@@ -34,54 +33,52 @@ inline std::string valueLine(const std::string& value) {
   return value + digits + "\r>";
 }
 
+/// An XMODEM frame.
+inline std::string frameOf(unsigned number, const std::string& data) {
+  const unsigned crc = wireCrc(data);
+  return std::string{data.size() == 1024 ? '\x02' : '\x01'} + static_cast<char>(number) +
+         static_cast<char>(255 - number) + data + static_cast<char>(crc >> 8) + static_cast<char>(crc & 255U);
+}
+
+inline std::string textOf(const auto& bytes) { return {bytes.begin(), bytes.end()}; }
+inline std::string imageOf(SimulatedLogger& logger) { return textOf(logger.block().image()); }
+
 /// Somebody at the PC's end of the line of a bench, with the logger awake.
 struct Wire {
   explicit Wire(const BenchOptions& options = vividBenchOptions()) : Lab(makeBench(options)) { connect(); }
 
-  void connect() {
+  void connect(int pulse = 100, int rest = 200) {
     Port.reset();
     Port = Lab.World->serialPorts().open(Lab.Dock->comPort());
     Port->configure(LoggerLine);
     Port->setDtr(true);
-    Port->setRts(true);
-    wait(100);
+    Port->setRts(pulse > 0);
+    wait(pulse);
     Port->setRts(false);
-    wait(200);
+    wait(rest);
   }
-
   void wait(int milliseconds) { Lab.World->clock().sleep(std::chrono::milliseconds{milliseconds}); }
-  void send(const std::string& bytes) {
+  /// Sends, waits, and returns what has come by then.
+  std::string exchange(const std::string& bytes, int milliseconds = 100) {
     Port->write({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
-  }
-  std::string take() {
+    wait(milliseconds);
     std::string text(70000, '\0');
     text.resize(Port->read({reinterpret_cast<std::uint8_t*>(text.data()), text.size()}));
     return text;
   }
-  /// Sends, waits, and returns what has come by then.
-  std::string exchange(const std::string& bytes, int milliseconds = 100) {
-    send(bytes);
-    wait(milliseconds);
-    return take();
-  }
 
-  /// An XMODEM download after its command; the joined data. ACKs whatever has a good frame.
-  std::string download(const std::string& command, std::vector<std::string>* frames = nullptr) {
+  /// The joined data of an XMODEM download behind its command; a frame that is not sound is refused.
+  std::string download(const std::string& command) {
     exchange(command + "\r");
+    Frames.clear();
     std::string data, answer = "C";
     for (;;) {
       const std::string frame = exchange(answer, 400);
-      if (frame == "\x04") {
-        End = exchange("\x06");
-        return data;
-      }
-      const std::size_t size = frame.starts_with('\x02') ? 1024 : 128;
-      if (frame.size() != size + 5) return data + "<broken>";
-      const std::string payload = frame.substr(3, size);
-      const auto crc = static_cast<unsigned>(static_cast<std::uint8_t>(frame[size + 3]) * 256 +
-                                             static_cast<std::uint8_t>(frame[size + 4]));
-      const bool good = crc == wireCrc(payload) && (frame[1] ^ frame[2]) == '\xFF';
-      if (frames) frames->push_back(frame);
+      if (frame == "\x04") End = exchange("\x06");
+      if (frame.size() < 133) return data;
+      Frames.push_back(frame);
+      const std::string payload = frame.substr(3, frame.size() - 5);
+      const bool good = frame == frameOf(static_cast<std::uint8_t>(frame[1]), payload);
       if (good) data += payload;
       answer = good ? "\x06" : "\x15";
     }
@@ -89,16 +86,8 @@ struct Wire {
 
   Bench Lab;
   std::unique_ptr<platform::SerialPort> Port;
-  std::string End;  ///< what followed the ACK of the last download's end
+  std::vector<std::string> Frames;  ///< of the last download
+  std::string End;                  ///< what followed the ACK of its end
 };
-
-/// A frame as the PC sends it.
-inline std::string pcFrame(int number, const std::string& data) {
-  std::string frame{data.size() == 1024 ? '\x02' : '\x01'};
-  frame += static_cast<char>(number);
-  frame += static_cast<char>(255 - number);
-  const unsigned crc = wireCrc(data);
-  return frame + data + static_cast<char>(crc >> 8) + static_cast<char>(crc & 255U);
-}
 
 }  // namespace hy_wristlog::simulator

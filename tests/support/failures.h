@@ -8,20 +8,26 @@
 
 namespace hy_wristlog {
 
-/// The number and description of the failure that an action ends with; 0 and nothing without one.
+/// The failure that an action ends with; number 0 without one.
 template <class Action>
-std::pair<std::int32_t, std::string> failureOf(Action action) {
+Failure caught(Action action) {
   try {
     action();
   } catch (const Failure& failure) {
-    return {failure.Number, failure.Description};
+    return failure;
   }
-  return {};
+  return {0, "", ""};
+}
+
+template <class Action>
+std::pair<std::int32_t, std::string> failureOf(Action action) {
+  const Failure failure = caught(std::move(action));
+  return {failure.Number, failure.Description};
 }
 
 template <class Action>
 std::int32_t numberOf(Action action) {
-  return failureOf(std::move(action)).first;
+  return caught(std::move(action)).Number;
 }
 
 }  // namespace hy_wristlog
