@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "hy_wristlog/failure.h"
 #include "hy_wristlog/host.h"
 #include "link/Form_Comm.h"
+#include "support/failures.h"
 #include "support/scripted_world.h"
 
 namespace hy_wristlog {
@@ -61,21 +61,17 @@ struct OpenLink {
     if (open) link->subOpenPort(3, 13, 8, 3, 3, 0, false, true);
     world->Journal.clear();
   }
+  /// Raises `number` in `operation` for the next `count` times.
+  void failIn(const std::string& operation, int count, std::int32_t number = 8015) {
+    world->Before = [operation, left = count, number](const std::string& name) mutable {
+      if (name == operation && left-- > 0) throw Failure(number, "MSComm", "broken");
+    };
+  }
 
   scripted::InWorld world;
   Told told;
   std::shared_ptr<ConsoleHost> host = std::make_shared<ConsoleHost>();
   std::unique_ptr<Form_Comm> link;
 };
-
-template <class Action>
-Failure failureOf(Action&& action) {
-  try {
-    action();
-  } catch (const Failure& failure) {
-    return failure;
-  }
-  return {0, "", ""};
-}
 
 }  // namespace hy_wristlog

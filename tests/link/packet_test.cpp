@@ -26,42 +26,34 @@ TEST(Packet, FramesAreTakenOnlyWhenSound) {
     frame.resize(size);
     return frame;
   };
-  const struct {
-    const char* Name;
-    Frame Bytes;
-    bool Valid;
-    std::int32_t Size, Number;
-  } cases[] = {{"short", shortFrame, true, 1, 7},
-               {"long, number 0", longFrame, true, 2, 0},
-               {"short with the long lead byte", changed(shortFrame, 0, 1), false, 0, 99},
-               {"long with the short lead byte", changed(longFrame, 0, -1), false, 0, 99},
-               {"another lead byte", changed(shortFrame, 0, 2), false, 0, 99},
-               {"cut", resized(shortFrame, 132), false, 0, 99},
-               {"one more", resized(shortFrame, 134), false, 0, 99},
-               {"one byte", resized(shortFrame, 1), false, 0, 99},
-               {"wrong number", changed(shortFrame, 1, 1), false, 1, 99},
-               {"wrong complement", changed(shortFrame, 2, 1), false, 1, 99},
-               {"wrong data", changed(shortFrame, 77, 1), false, 1, 7},
-               {"wrong CRC", changed(shortFrame, 131, 1), false, 1, 7},
-               {"wrong CRC, low byte", changed(shortFrame, 132, 128), false, 1, 7}};
-  for (const auto& c : cases) {
+  const std::tuple<const char*, Frame, bool, std::int32_t, std::int32_t> cases[] = {
+      {"short", shortFrame, true, 1, 7},
+      {"long, number 0", longFrame, true, 2, 0},
+      {"short with the long lead byte", changed(shortFrame, 0, 1), false, 0, 99},
+      {"long with the short lead byte", changed(longFrame, 0, -1), false, 0, 99},
+      {"another lead byte", changed(shortFrame, 0, 2), false, 0, 99},
+      {"cut", resized(shortFrame, 132), false, 0, 99},
+      {"one more", resized(shortFrame, 134), false, 0, 99},
+      {"one byte", resized(shortFrame, 1), false, 0, 99},
+      {"wrong number", changed(shortFrame, 1, 1), false, 1, 99},
+      {"wrong complement", changed(shortFrame, 2, 1), false, 1, 99},
+      {"wrong data", changed(shortFrame, 77, 1), false, 1, 7},
+      {"wrong CRC", changed(shortFrame, 131, 1), false, 1, 7},
+      {"wrong CRC, low byte", changed(shortFrame, 132, 128), false, 1, 7}};
+  for (const auto& [name, bytes, valid, size, number] : cases) {
     Class_Packet packet;
     packet.PacketNum = 99;
-    packet.CRC = -5;
-    packet.Let_Packet(c.Bytes);
-    EXPECT_EQ(packet.Get_IsValidPacket(), c.Valid) << c.Name;
-    EXPECT_EQ(packet.PacketSize, c.Size) << c.Name;
-    EXPECT_EQ(packet.PacketNum, c.Number) << c.Name;
-    EXPECT_EQ(packet.Get_InvPacketNum(), 255 - c.Number) << c.Name;
-    EXPECT_EQ(packet.BinData.empty(), !c.Valid) << c.Name;
-    EXPECT_EQ(packet.CRC == -5, !c.Valid) << c.Name;
-    if (c.Valid) {
-      EXPECT_EQ(packet.Get_Packet(), c.Bytes) << c.Name;
-      packet.Let_Packet(shortFrame);
-      packet.Let_Packet(changed(longFrame, 3, 1));
-      EXPECT_FALSE(packet.Get_IsValidPacket());
-      EXPECT_EQ(packet.BinData.size(), 128U) << "a bad frame leaves the former data";
-    }
+    packet.Let_Packet(bytes);
+    EXPECT_EQ(packet.Get_IsValidPacket(), valid) << name;
+    EXPECT_EQ(packet.PacketSize, size) << name;
+    EXPECT_EQ(packet.PacketNum, number) << name;
+    EXPECT_EQ(packet.Get_InvPacketNum(), 255 - number) << name;
+    EXPECT_EQ(packet.BinData.empty(), !valid) << name;
+    if (!valid) continue;
+    EXPECT_EQ(packet.Get_Packet(), bytes) << name;
+    packet.Let_Packet(changed(bytes, 3, 1));
+    EXPECT_FALSE(packet.Get_IsValidPacket());
+    EXPECT_EQ(packet.BinData.size(), bytes.size() - 5) << "a bad frame leaves the former data";
   }
 }
 
@@ -79,28 +71,19 @@ TEST(Packet, FramesHaveTheCrcOfTheDataHighByteFirst) {
   EXPECT_EQ(packet.Get_FriendlyPacketText().substr(0, 83),
             "\r\n<Packet>\r\n  01 00 FF\r\n    31 32 33 34 35 36 37 38 39 00 00 00 00 00 00 00\r\n    00");
   EXPECT_TRUE(packet.Get_FriendlyPacketText().ends_with(" 00\r\n  31 C3\r\n</Packet>\r\n"));
-  EXPECT_EQ(Form_Comm::fncGetFriendlyPacketText(PacketArray{{packet, packet}}),
-            packet.Get_FriendlyPacketText() + packet.Get_FriendlyPacketText());
-  EXPECT_EQ(Form_Comm::fncGetFriendlyPacketText({}), "");
 }
 
 TEST(Packet, RefusesWhatMakesNoFrame) {
   const scripted::InWorld world;
-  const struct {
-    Class_Packet Packet;
-    std::int32_t Number;
-    const char* Text;
-  } cases[] = {{packetOf(1, 0), 11301, "No packet data have been set"},
-               {packetOf(0, 128), 11301, "Invalid Packet Size"},
-               {packetOf(3, 128), 11301, "Invalid packet type"},
-               {packetOf(1, 131), 9, "Subscript out of range"}};
-  for (auto c : cases) {
-    const Failure failure = failureOf([&] { c.Packet.Get_Packet(); });
-    EXPECT_EQ(failure.Number, c.Number);
-    EXPECT_EQ(failure.Description, c.Text);
-  }
+  std::tuple<Class_Packet, std::int32_t, const char*> cases[] = {
+      {packetOf(1, 0), 11301, "No packet data have been set"},
+      {packetOf(0, 128), 11301, "Invalid Packet Size"},
+      {packetOf(3, 128), 11301, "Invalid packet type"},
+      {packetOf(1, 131), 9, "Subscript out of range"}};
+  for (auto& [packet, number, text] : cases)
+    EXPECT_EQ(failureOf([&] { packet.Get_Packet(); }), (std::pair{number, std::string{text}}));
   Class_Packet packet;
-  EXPECT_EQ(failureOf([&] { packet.Let_Packet({}); }).Description, "Input data are invalid");
+  EXPECT_EQ(caught([&] { packet.Let_Packet({}); }).Description, "Input data are invalid");
 }
 
 }  // namespace

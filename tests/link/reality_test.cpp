@@ -2,9 +2,6 @@
 
 #include <array>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <thread>
 
 #include <fcntl.h>
@@ -13,45 +10,33 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "hy_wristlog/failure.h"
 #include "link/Form_Comm.h"
+#include "support/failures.h"
+#include "support/surroundings.h"
 
 // These run over a real pseudo-terminal and against another program, so they take real time.
 namespace hy_wristlog {
 namespace {
 
-namespace fs = std::filesystem;
-
 /// A folder, a pseudo-terminal that is declared as COM port 7, and a program at its far end.
 class Line {
  public:
   Line() {
-    std::string pattern = (fs::temp_directory_path() / "wristlog-link-XXXXXX").string();
-    folder_ = ::mkdtemp(pattern.data());
-    master_ = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    std::array<char, 64> name{};
-    if (master_ < 0 || ::grantpt(master_) != 0 || ::unlockpt(master_) != 0 ||
-        ::ptsname_r(master_, name.data(), name.size()) != 0)
-      throw std::runtime_error("no pseudo-terminal");
-    std::ofstream(file("Docks.INI")) << "[Dock 1]\nCOMport=7\nDevice=" << name.data() << "\n";
-    ::setenv("HY_WRISTLOG_DOCKS", file("Docks.INI").c_str(), 1);
+    if (::grantpt(master_) != 0 || ::unlockpt(master_) != 0) throw std::runtime_error("no pseudo-terminal");
+    Folder.put("Docks.INI", std::string("[Dock 1]\nCOMport=7\nDevice=") + ::ptsname(master_) + "\n");
+    Link.subOpenPort(7, 13, 8, 3, 3, 0, false, true);
   }
   Line(const Line&) = delete;
   Line& operator=(const Line&) = delete;
   ~Line() {
     finish();
     hangUp();
-    ::unsetenv("HY_WRISTLOG_DOCKS");
-    fs::remove_all(folder_);
   }
-
-  std::string file(const std::string& name) const { return (folder_ / name).string(); }
 
   /// Runs the program in the folder with the line as its input and output.
   void run(std::vector<std::string> arguments) {
     std::array<int, 2> ends{};
-    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
-      throw std::runtime_error("no socket pair");
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
     std::vector<char*> words;
     for (std::string& word : arguments) words.push_back(word.data());
     words.push_back(nullptr);
@@ -60,7 +45,7 @@ class Line {
       ::dup2(ends[1], 0);
       ::dup2(ends[1], 1);
       ::dup2(::open("/dev/null", O_WRONLY), 2);
-      if (::chdir(folder_.c_str()) == 0) ::execvp(words[0], words.data());
+      if (::chdir(Folder.path().c_str()) == 0) ::execvp(words[0], words.data());
       ::_exit(127);
     }
     ::close(ends[1]);
@@ -79,6 +64,8 @@ class Line {
     master_ = -1;
   }
   void send(std::string_view text) const { pass(text.data(), text.size(), master_); }
+
+  TemporaryFolder Folder;
 
  private:
   static void pass(const char* bytes, std::size_t count, int to) {
@@ -106,10 +93,13 @@ class Line {
     ::close(socket);
   }
 
-  fs::path folder_;
-  int master_ = -1;
+  Variable docks_{"HY_WRISTLOG_DOCKS", Folder / "Docks.INI"};
+  int master_ = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   pid_t child_ = -1;
   std::thread relay_;
+
+ public:
+  Form_Comm Link;
 };
 
 bool installed(const char* program) {
@@ -129,12 +119,10 @@ TEST(Reality, ReceivesWhatAnotherProgramSends) {
   for (const bool big : {false, true}) {
     Line line;
     const std::string sent = sample(5000);
-    std::ofstream(line.file("data"), std::ios::binary) << sent;
-    Form_Comm link;
-    link.subOpenPort(7, 13, 8, 3, 3, 0, false, true);
+    line.Folder.put("data", sent);
     line.run(big ? std::vector<std::string>{"sx", "-q", "-k", "data"}
                  : std::vector<std::string>{"sx", "-q", "data"});
-    const PacketArray packets = link.fncReceiveXmodemPackets(13, 8, 3, 3, 3000);
+    const PacketArray packets = line.Link.fncReceiveXmodemPackets(13, 8, 3, 3, 3000);
     EXPECT_EQ(line.finish(), 0);
     ASSERT_TRUE(packets);
     EXPECT_EQ(packets->front().BinData.size(), big ? 1024U : 128U);
@@ -149,49 +137,34 @@ TEST(Reality, ReceivesWhatAnotherProgramSends) {
 
 TEST(Reality, SendsWhatAnotherProgramReceives) {
   if (!installed("rx")) GTEST_SKIP() << "lrzsz is not installed";
-  const struct {
-    std::int32_t Size;
-    std::size_t Length;
-    bool ByteByByte;
-  } cases[] = {{1, 128, true}, {1, 128, false}, {2, 1024, false}};
-  for (const auto& c : cases) {
+  for (const auto& [size, length, byteByByte] :
+       {std::tuple{1, 128U, true}, std::tuple{1, 128U, false}, std::tuple{2, 1024U, false}}) {
     Line line;
-    const std::string data = sample(2 * c.Length);
+    const std::string data = sample(2 * length);
     std::vector<Class_Packet> packets(2);
     for (std::size_t i = 0; i < packets.size(); ++i) {
-      packets[i].PacketSize = c.Size;
+      packets[i].PacketSize = size;
       packets[i].PacketNum = static_cast<std::uint8_t>(i + 1);
-      const std::string part = data.substr(i * c.Length, c.Length);
+      const std::string part = data.substr(i * length, length);
       packets[i].BinData.assign(part.begin(), part.end());
     }
-    Form_Comm link;
-    link.subOpenPort(7, 13, 8, 3, 3, 0, false, true);
     line.run({"rx", "-q", "-b", "-c", "received"});
-    link.subSendXmodemPackets(packets, 13, 8, 3, 3, 3000, c.ByteByByte, 1);
+    line.Link.subSendXmodemPackets(packets, 13, 8, 3, 3, 3000, byteByByte, 1);
     EXPECT_EQ(line.finish(), 0);
-    std::ostringstream received;
-    received << std::ifstream(line.file("received"), std::ios::binary).rdbuf();
-    EXPECT_EQ(received.str(), data);
+    EXPECT_EQ(contentOf(line.Folder / "received"), data);
   }
 }
 
 TEST(Reality, ReadsLinesAndSeesTheHangUp) {
   Line line;
-  Form_Comm link;
-  link.subOpenPort(7, 13, 8, 3, 3, 0, false, true);
   line.send("5.01 A2\r>");
-  EXPECT_EQ(link.fncGetCharLine('\r', 500), "5.01 A2");
-  EXPECT_EQ(link.fncGetCharLine('>', 500), "");
-  EXPECT_FALSE(link.DSRHolding());
+  EXPECT_EQ(line.Link.fncGetCharLine('\r', 500), "5.01 A2");
+  EXPECT_EQ(line.Link.fncGetCharLine('>', 500), "");
+  EXPECT_FALSE(line.Link.DSRHolding());
   line.hangUp();
-  try {
-    link.fncGetCharLine('>', 500);
-    FAIL() << "a hang-up was taken for silence";
-  } catch (const Failure& failure) {
-    EXPECT_EQ(failure.Number, 8015);
-  }
-  link.subClosePort();
-  EXPECT_FALSE(link.Get_PortReady());
+  EXPECT_EQ(numberOf([&] { line.Link.fncGetCharLine('>', 500); }), 8015) << "not taken for silence";
+  line.Link.subClosePort();
+  EXPECT_FALSE(line.Link.Get_PortReady());
 }
 
 }  // namespace

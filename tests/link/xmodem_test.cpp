@@ -113,7 +113,7 @@ TEST(XmodemSend, FollowsTheAnswers) {
       Receiver far{*o.world, c.Answers};
       o.world->deliver("junk C", 400);
       o.world->after(410, [&] { EXPECT_TRUE(o.link->Get_DoingXMODEM()); });
-      const Failure failure = failureOf(
+      const Failure failure = caught(
           [&] { o.link->subSendXmodemPackets(packetsOf(c.Packets), 13, 8, 3, 3, 1000, byteByByte, 0); });
       EXPECT_EQ(outcome(o, failure), c.Expected);
       o.world->Incoming = "ab\r";
@@ -154,7 +154,7 @@ TEST(XmodemSend, FailsBeforeOrWithoutAReceiver) {
     o.world->Outstanding = c.Stuck;
     o.world->deliver(c.Start);
     const Failure failure =
-        failureOf([&] { o.link->subSendXmodemPackets(c.Packets, c.Baud, 0, 0, 0, 1000, false, 0); });
+        caught([&] { o.link->subSendXmodemPackets(c.Packets, c.Baud, 0, 0, 0, 1000, false, 0); });
     EXPECT_EQ(outcome(o, failure), c.Expected);
   }
 }
@@ -248,7 +248,7 @@ TEST(XmodemReceive, FollowsTheFrames) {
     OpenLink o;
     Sender far{*o.world, script(c.Frames)};
     PacketArray packets;
-    const Failure failure = failureOf([&] { packets = o.link->fncReceiveXmodemPackets(13, 8, 3, 3, 1000); });
+    const Failure failure = caught([&] { packets = o.link->fncReceiveXmodemPackets(13, 8, 3, 3, 1000); });
     EXPECT_EQ(outcome(o, failure), c.Expected) << c.Name;
     EXPECT_EQ(packets ? packets->size() : 0, c.Packets) << c.Name;
   }
@@ -263,7 +263,7 @@ TEST(XmodemReceive, CountsOnFromZeroBehindPacket255) {
     if (repeat255) frames[255] = frames[254];
     Sender far{*o.world, frames};
     PacketArray packets;
-    const Failure failure = failureOf([&] { packets = o.link->fncReceiveXmodemPackets(13, 8, 3, 3, 3000); });
+    const Failure failure = caught([&] { packets = o.link->fncReceiveXmodemPackets(13, 8, 3, 3, 3000); });
     EXPECT_FALSE(o.link->Get_DoingXMODEM());
     EXPECT_EQ(failure.Number, repeat255 ? 6 : 0);
     EXPECT_EQ(packets ? packets->size() : 0, repeat255 ? 0U : 1024U);
@@ -317,7 +317,7 @@ TEST(XmodemReceive, PutsTheLineBackAndRepeatsPortStateFailures) {
     o.world->Before = [&](const std::string& operation) {
       if (operation == "write" && left-- > 0) throw Failure(8015, "MSComm", "broken");
     };
-    const Failure failure = failureOf([&] { o.link->fncReceiveXmodemPackets(6, 0, 0, 0, 1000); });
+    const Failure failure = caught([&] { o.link->fncReceiveXmodemPackets(6, 0, 0, 0, 1000); });
     EXPECT_EQ(failure.Number, failures == 11 ? 8015 : 0);
     EXPECT_FALSE(o.link->Get_DoingXMODEM());
     EXPECT_EQ(o.world->Journal.front().second, "4800 n8 2");

@@ -18,6 +18,7 @@ class InWorld {
   InWorld& operator=(const InWorld&) = delete;
   ~InWorld() { platform::use(former_); }
   World* operator->() const { return world_.get(); }
+  World& operator*() const { return *world_; }
 
  private:
   std::shared_ptr<World> world_;

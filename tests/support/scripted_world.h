@@ -1,16 +1,14 @@
 #pragma once
 
-#include <cstdint>
+#include <algorithm>
 #include <functional>
 #include <map>
-#include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "platform/linux/linux_platform.h"
-#include "platform/platform.h"
+#include "support/in_world.h"
 
 namespace hy_wristlog::scripted {
 
@@ -22,11 +20,10 @@ class World final : public platform::Platform, platform::Clock, platform::Serial
   void after(std::int64_t delay, std::function<void()> action) {
     due_.emplace(Now + delay, std::move(action));
   }
-
   /// Bytes reach the port `delay` from now, or at once.
   void deliver(std::string_view bytes, std::int64_t delay = 0) {
     after(delay, [this, text = std::string(bytes)] { Incoming += text; });
-    runDue();
+    advance(0);
   }
   /// The far end's answer to what the port writes.
   std::function<void(std::string_view)> OnWrite;
@@ -42,13 +39,8 @@ class World final : public platform::Platform, platform::Clock, platform::Serial
 
   std::string journal() {
     std::string text;
-    for (const auto& [time, entry] : Journal) text += (text.empty() ? "" : "; ") + entry;
-    Journal.clear();
+    for (const auto& [time, entry] : std::exchange(Journal, {})) text += (text.empty() ? "" : "; ") + entry;
     return text;
-  }
-  void note(const std::string& entry) { Journal.emplace_back(Now, entry); }
-  void before(const std::string& operation) const {
-    if (Before) Before(operation);
   }
 
   platform::Clock& clock() override { return *this; }
@@ -61,28 +53,63 @@ class World final : public platform::Platform, platform::Clock, platform::Serial
   platform::CryptographicProvider& cryptography() override { return machine_->cryptography(); }
 
  private:
+  struct Port final : platform::SerialPort {
+    explicit Port(World& world) : Far(world) { Far.IsOpen = true; }
+    ~Port() override {
+      Far.IsOpen = false;
+      Far.note("close");
+    }
+    void configure(const platform::LineSettings& settings) override {
+      Far.before("configure");
+      Far.note(std::to_string(settings.Baud) + ' ' + "emnos"[static_cast<int>(settings.Parity)] +
+               std::to_string(settings.DataBits) + ' ' + std::to_string(static_cast<int>(settings.StopBits)));
+    }
+    std::size_t read(std::span<std::uint8_t> into) override {
+      const std::size_t count = std::min(into.size(), Far.before("read").Incoming.size());
+      std::copy_n(Far.Incoming.begin(), count, into.begin());
+      Far.Incoming.erase(0, count);
+      return count;
+    }
+    std::size_t write(std::span<const std::uint8_t> bytes) override {
+      const std::string text(bytes.begin(), bytes.end());
+      Far.before("write").Written += text;
+      if (Far.OnWrite) Far.OnWrite(text);
+      return bytes.size();
+    }
+    std::size_t outstanding() override { return Far.before("outstanding").Outstanding; }
+    void discardInput() override { Far.before("discard").Incoming.clear(); }
+    void setDtr(bool on) override { Far.before("dtr").note(on ? "dtr on" : "dtr off"); }
+    void setRts(bool on) override { Far.before("rts").note(on ? "rts on" : "rts off"); }
+    platform::ModemLines modemLines() override { return Far.before("lines").Lines; }
+    platform::LineErrors takeErrors() override { return std::exchange(Far.before("errors").Errors, {}); }
+    World& Far;
+  };
+
+  World& before(const std::string& operation) {
+    if (Before) Before(operation);
+    return *this;
+  }
+  void note(const std::string& entry) { Journal.emplace_back(Now, entry); }
+
   CivilTime utc() override { return {2026, 7, 1, 12, 34, 56, 789}; }
   CivilTime local() override { return utc(); }
   /// Passes midnight early.
   double timer() override { return 86399.5 + static_cast<double>(Now) / 1000; }
   void sleep(std::chrono::milliseconds duration) override { advance(duration.count()); }
   void idle() override { advance(1); }
-  std::unique_ptr<platform::SerialPort> open(std::int32_t number) override;
+  std::unique_ptr<platform::SerialPort> open(std::int32_t number) override {
+    before("open").note("open " + std::to_string(number));
+    return std::make_unique<Port>(*this);
+  }
 
   void advance(std::int64_t duration) {
     const std::int64_t end = Now + duration;
     while (!due_.empty() && due_.begin()->first <= end) {
-      Now = std::max(Now, due_.begin()->first);
-      runDue();
+      const auto next = due_.extract(due_.begin());
+      Now = std::max(Now, next.key());
+      next.mapped()();
     }
     Now = end;
-  }
-  void runDue() {
-    while (!due_.empty() && due_.begin()->first <= Now) {
-      const auto action = std::move(due_.begin()->second);
-      due_.erase(due_.begin());
-      action();
-    }
   }
 
   std::multimap<std::int64_t, std::function<void()>> due_;
@@ -90,18 +117,6 @@ class World final : public platform::Platform, platform::Clock, platform::Serial
 };
 
 /// The thread works in a World while this object lives.
-class InWorld {
- public:
-  InWorld() : former_(platform::use(world_)) {}
-  InWorld(const InWorld&) = delete;
-  InWorld& operator=(const InWorld&) = delete;
-  ~InWorld() { platform::use(former_); }
-  World* operator->() const { return world_.get(); }
-  World& operator*() const { return *world_; }
-
- private:
-  std::shared_ptr<World> world_ = std::make_shared<World>();
-  std::shared_ptr<platform::Platform> former_;
-};
+using InWorld = hy_wristlog::InWorld<World>;
 
 }  // namespace hy_wristlog::scripted

@@ -5,15 +5,13 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
-#include <sstream>
 #include <string>
 
 namespace hy_wristlog {
 
 inline std::string contentOf(const std::string& path) {
-  std::ostringstream text;
-  text << std::ifstream{path, std::ios::binary}.rdbuf();
-  return text.str();
+  std::ifstream file{path, std::ios::binary};
+  return std::string(std::istreambuf_iterator<char>{file}, std::istreambuf_iterator<char>{});
 }
 
 /// Makes the file and the folders above it; returns its path.
@@ -64,11 +62,8 @@ class Variable {
 
  private:
   void set(const std::optional<std::string>& value) const {
-    if (value)
-      ::setenv(name_.c_str(), value->c_str(), 1);
-    else
-      ::unsetenv(name_.c_str());
-    if (name_ == "TZ") ::tzset();
+    value ? ::setenv(name_.c_str(), value->c_str(), 1) : ::unsetenv(name_.c_str());
+    ::tzset();
   }
 
   std::string name_;
