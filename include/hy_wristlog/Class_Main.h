@@ -16,7 +16,7 @@ struct MainState;
 
 /// What a host drives: one docked logger at a time, configured, asked for its state, and retrieved.
 ///
-/// The three workflows run to their end on the calling thread and return 0 or a code; docs/return-codes.md
+/// The three workflows run to their end on the calling thread and return 0 or a code; docs/contract.md
 /// tells what each means. They raise nothing. An object, its loggers and its subjects belong to the thread
 /// that made them; other threads may use objects of their own.
 class HY_WRISTLOG_API Class_Main {
@@ -74,7 +74,9 @@ class HY_WRISTLOG_API Class_Main {
                         bool AppendData = false);
 
   /// Asks the running workflow to stop; takes effect at its next checkpoint. Only to be called while the
-  /// library serves the host's events (`Host::serveEvents`); between workflows it does nothing.
+  /// library serves the host's events (`Host::serveEvents`); between workflows it does nothing. Retrieve ends
+  /// with 10013. Configure ends with 0 all the same, its outputs untouched, or with the failure of what the
+  /// abort broke off. GetStatus is not stopped.
   void AbortComms();
 
  private:
