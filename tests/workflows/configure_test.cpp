@@ -49,63 +49,43 @@ TEST(Configure, ArgumentsAreCheckedBeforeTheLogger) {
   }
 }
 
-struct Refusal {
-  const char* Name;
-  std::function<void(Workbench&)> Arrange;
-  std::int32_t Code;
-};
-
 TEST(Configure, LoggersThatAreRefused) {
-  const auto set = [](simulator::BlockField field, std::int64_t value) {
-    return [=](Workbench& d) { d.stored().set(field, value); };
-  };
-  const std::vector<Refusal> cases = {
-      {"two docks",
-       [](auto& d) {
-         d.bench.World->addDock({d.bench.Dock->kind(), 41, {}});
-       },
-       10020},
-      {"no dock", [](auto& d) { d.bench.Dock->unplug(); }, 10003},
-      {"no logger", [](auto& d) { d.bench.Dock->pullOut(); }, 10003},
-      {"silent", [](auto& d) { d.logger().Faults.Silent = true; }, 10003},
-      {"another model", [](auto& d) { d.stored().set(block::Model, d.Model == LggrPntr_KRVivid ? 1 : 2); },
-       10009},
+  using Transfer = simulator::TransferFaults;
+  const struct {
+    const char* Name;
+    Arrange Do;
+    std::int32_t Code;
+  } cases[] = {
+      {"two docks", SecondDock, 10020},
+      {"no dock", NoDock, 10003},
+      {"no logger", NoLogger, 10003},
+      {"silent", Silent, 10003},
+      {"another model", OtherModel, 10009},
       {"another structure", set(block::Version, 9), 10009},
       {"no activity calibration", set(block::ActivityCalibration, 0), 10011},
-      {"no light calibration",
-       [](auto& d) {
-         d.stored().set(d.Model == LggrPntr_KRVivid ? block::GreenCalibration : block::LightCalibration, 0);
-       },
+      {"no light calibration", all({set(block::GreenCalibration, 0), set(block::LightCalibration, 0)}),
        10011},
       {"a clock that refuses",
-       [](auto& d) {
+       [](Workbench& d) {
          d.logger().Faults.RefuseClock = always();
          d.logger().clock().set(d.logger().clock().seconds() - 20);
        },
        10025},
-      {"bad config", [](auto& d) { d.logger().Faults.BadConfigChecksum = always(); }, 11505},
-      {"bad lines", [](auto& d) { d.logger().Faults.BadLineChecksum = always(); }, 11507},
-      {"no echo",
-       [](auto& d) {
-         d.logger().Faults.LoseEcho = {6, simulator::Fault::Always};
-       },
-       3001},
-      {"cancelled", [](auto& d) { d.logger().Faults.Transfer.CancelReceive = always(); }, 3010},
-      {"refused packets", [](auto& d) { d.logger().Faults.Transfer.NakPacket = always(); }, 3011},
-      {"lost answers", [](auto& d) { d.logger().Faults.Transfer.LoseAnswer = always(); }, 3010},
-      {"end refused", [](auto& d) { d.logger().Faults.Transfer.NakEnd = always(); }, 3011},
-      {"misstored", [](auto& d) { d.logger().Faults.MisstoreConfig = always(); }, 10012},
-      {"port cannot be set",
-       [](auto& d) {
-         d.bench.Dock->Faults.Open = {8010, always()};
-       },
-       8010},
+      {"bad config", badConfig(always()), 11505},
+      {"bad lines", badLines(always()), 11507},
+      {"no echo", [](Workbench& d) { d.logger().Faults.LoseEcho.Times = simulator::Fault::Always; }, 10003},
+      {"cancelled", transferFault(&Transfer::CancelReceive, always()), 3010},
+      {"refused packets", transferFault(&Transfer::NakPacket, always()), 3011},
+      {"lost answers", transferFault(&Transfer::LoseAnswer, always()), 3010},
+      {"end refused", transferFault(&Transfer::NakEnd, always()), 3011},
+      {"misstored", [](Workbench& d) { d.logger().Faults.MisstoreConfig = always(); }, 10012},
+      {"port cannot be opened", openFails(8010, always()), 8010},
   };
   for (const enmLoggerPointer model : Models) {
-    for (const Refusal& row : cases) {
+    for (const auto& row : cases) {
       SCOPED_TRACE(row.Name);
       Workbench desk(model);
-      row.Arrange(desk);
+      row.Do(desk);
       EXPECT_EQ(desk.configure(), row.Code);
       EXPECT_TRUE(desk.portClosed());
       EXPECT_EQ(desk.battery, -7);
@@ -114,13 +94,13 @@ TEST(Configure, LoggersThatAreRefused) {
     options.Logger.Firmware = "01.02.0000";
     EXPECT_EQ(Workbench(model, options).configure(), 10010);
   }
-  for (const bool held : {false, true}) {
-    Workbench vivid(LggrPntr_KRVivid), kestrin2(LggrPntr_KRII);
-    (held ? vivid.bench.Dock->Faults.Held : vivid.bench.Dock->Faults.LockedUp) = true;
-    (held ? kestrin2.bench.Dock->Faults.Held : kestrin2.bench.Dock->Faults.LockedUp) = true;
-    EXPECT_EQ(kestrin2.configure(), 11508);
-    const simulator::BenchScope scope(vivid.bench);
-    EXPECT_EQ(vivid.configure(), held ? 11508 : 10003);
+  for (const enmLoggerPointer model : Models) {
+    Workbench lockedUp(model), held(model);
+    held.bench.Dock->Faults.Held = true;
+    EXPECT_EQ(held.configure(), 11508);
+    const simulator::BenchScope scope(lockedUp.bench);
+    LockedUp(lockedUp);
+    EXPECT_EQ(lockedUp.configure(), model == LggrPntr_KRII ? 11508 : 10003);
   }
 }
 
@@ -183,57 +163,37 @@ TEST(Configure, ASetTimeRunsOn) {
 }
 
 TEST(Configure, FieldsThatAreReadBack) {
-  const struct {
-    simulator::BlockField Field;
-    std::size_t Byte;
-    bool Compared, VividOnly;
-  } cases[] = {
-      {block::Subject, 0, true, false},
-      {block::Subject, 1, true, false},
-      {block::Subject, 65, true, false},
-      {block::Subject, 68, true, false},
-      {block::Subject, 100, true, false},
-      {block::Subject, 102, true, false},
-      {block::Subject, 113, true, false},
-      {block::Subject, 118, true, false},
-      {block::Subject, 120, false, false},
-      {block::BatteryDate, 0, false, false},
-      {block::LightCalibration, 0, false, false},
-      {block::ActivityCalibration, 0, false, false},
-      {block::Mode, 0, true, false},
-      {block::EpochLength, 0, true, false},
-      {block::StartTime, 0, true, false},
-      {block::StopTime, 3, true, false},
-      {block::ZoneBias, 0, true, false},
-      {block::ZoneStandardBias, 0, true, false},
-      {block::ZoneDaylightBias, 0, true, false},
-      {block::DaylightStart, 0, true, false},
-      {block::DaylightEnd, 0, true, false},
-      {block::ZoneStandardName, 1, true, false},
-      {block::ZoneDaylightName, 0, true, false},
-      {block::DisplayFormats, 0, true, true},
-      {block::RedCalibration, 0, false, false},
-      {block::Button1, 0, false, false},
-      {block::Counters, 0, false, false},
-      {block::Threshold, 0, true, false},
-      {block::DataAvailable, 0, true, false},
-      {block::ScoreMinimum, 0, false, false},
-      {block::OffWristOn, 0, false, false},
-      {block::Unused2, 0, false, false},
+  struct Field {
+    simulator::BlockField Where;
+    std::size_t Byte = 0;
+  };
+  // clang-format off
+  const std::vector<Field> compared = {
+      {block::Subject, 0}, {block::Subject, 1}, {block::Subject, 65}, {block::Subject, 68}, {block::Subject, 100},
+      {block::Subject, 102}, {block::Subject, 113}, {block::Subject, 118}, {block::Mode}, {block::EpochLength},
+      {block::StartTime}, {block::StopTime, 3}, {block::ZoneBias}, {block::ZoneStandardBias},
+      {block::ZoneDaylightBias}, {block::DaylightStart}, {block::DaylightEnd}, {block::ZoneStandardName, 1},
+      {block::ZoneDaylightName}, {block::Threshold}, {block::DataAvailable}};
+  const std::vector<Field> passedOver = {
+      {block::Subject, 120}, {block::BatteryDate}, {block::LightCalibration}, {block::ActivityCalibration},
+      {block::RedCalibration}, {block::Button1}, {block::Counters}, {block::ScoreMinimum}, {block::OffWristOn},
+      {block::Unused2}};
+  // clang-format on
+  const auto misstoring = [](enmLoggerPointer model, const Field& field, bool refused) {
+    SCOPED_TRACE("offset " + std::to_string(field.Where.Offset) + " + " + std::to_string(field.Byte));
+    Workbench desk(model);
+    desk.logger().Faults.MisstoredOffset = field.Where.Offset + field.Byte;
+    desk.logger().Faults.MisstoreConfig = always();
+    EXPECT_EQ(desk.configure(), refused ? 10012 : 0);
+    EXPECT_EQ(desk.heard("data avail 0"), refused ? 1U : 0U);
+    if (!refused) return;
+    EXPECT_LE(std::abs(desk.stored().signedNumber(block::StopTime) - desk.bench.World->now()), 5);
+    EXPECT_EQ(desk.stored().number(block::DataAvailable), 0U);
   };
   for (const enmLoggerPointer model : Models) {
-    for (const auto& row : cases) {
-      SCOPED_TRACE("offset " + std::to_string(row.Field.Offset) + " + " + std::to_string(row.Byte));
-      Workbench desk(model);
-      desk.logger().Faults.MisstoredOffset = row.Field.Offset + row.Byte;
-      desk.logger().Faults.MisstoreConfig = always();
-      const bool refused = row.Compared && (!row.VividOnly || model == LggrPntr_KRVivid);
-      EXPECT_EQ(desk.configure(), refused ? 10012 : 0);
-      EXPECT_EQ(desk.heard("data avail 0"), refused ? 1U : 0U);
-      if (!refused) continue;
-      EXPECT_LE(std::abs(desk.stored().signedNumber(block::StopTime) - desk.bench.World->now()), 5);
-      EXPECT_EQ(desk.stored().number(block::DataAvailable), 0U);
-    }
+    for (const Field& field : compared) misstoring(model, field, true);
+    for (const Field& field : passedOver) misstoring(model, field, false);
+    misstoring(model, {block::DisplayFormats}, model == LggrPntr_KRVivid);
   }
   // Tenths are stored, so a finer weight does not come back.
   Workbench desk(LggrPntr_KRVivid);
@@ -274,7 +234,7 @@ TEST(Configure, Attempts) {
   for (const std::string& line : stubborn.logger().commands()) clocks += line.starts_with("clock time");
   EXPECT_EQ(clocks, 1U);
 
-  // The first attempt breaks off, the second is refused, or aborted: whose code stands.
+  // The code is the last attempt's.
   Workbench unplugged(LggrPntr_KRII);
   unplugged.main->Let_MaxCommunicationRetries(3);
   unplugged.bench.Dock->unplugAfterBytes(200);

@@ -63,7 +63,7 @@ TEST(Interruption, ARetrievalCutAtAnyByteLosesNothing) {
     enmLoggerPointer Model;
     bool BehindAFailure;
     std::uint64_t Step;
-  } series[] = {{LggrPntr_KRVivid, false, 1}, {LggrPntr_KRII, false, 61}, {LggrPntr_KRVivid, true, 17}};
+  } series[] = {{LggrPntr_KRVivid, false, 1}, {LggrPntr_KRII, false, 97}, {LggrPntr_KRVivid, true, 41}};
   for (const auto& row : series) {
     const Undisturbed good(row.Model);
     for (std::uint64_t at = 0; at < good.traffic(); at += row.Step * stride()) {
@@ -74,7 +74,7 @@ TEST(Interruption, ARetrievalCutAtAnyByteLosesNothing) {
       if (desk->retrieve() == 0) {
         // All data had come; what was lost is the last command's answer.
         EXPECT_TRUE(good.is(*desk->data));
-        EXPECT_GT(at + 60, good.traffic());
+        EXPECT_GT(at + 30, good.traffic());
       }
       ASSERT_NO_FATAL_FAILURE(expectNothingLost(*desk, good));
     }
@@ -94,7 +94,7 @@ TEST(Interruption, ADamagedByteIsNeverWrongData) {
     bool BehindAFailure;
     std::uint64_t StepToPc, StepToLogger;
   } series[] = {
-      {LggrPntr_KRVivid, false, 7, 1}, {LggrPntr_KRII, false, 61, 5}, {LggrPntr_KRVivid, true, 23, 3}};
+      {LggrPntr_KRVivid, false, 11, 1}, {LggrPntr_KRII, false, 97, 7}, {LggrPntr_KRVivid, true, 41, 5}};
   for (const auto& row : series) {
     const Undisturbed good(row.Model, TwoPackets);
     std::int32_t doubled = 0;
@@ -141,7 +141,7 @@ TEST(Interruption, ARetrievalAbortedAtAnyRound) {
     const auto trial = shortRecording(model);
     trial->retrieve();
     const std::int32_t rounds = trial->host->Rounds;
-    const auto step = static_cast<std::int32_t>(29 * stride());
+    const auto step = static_cast<std::int32_t>(53 * stride());
     for (std::int32_t round = 1; round <= rounds; round += step) {
       SCOPED_TRACE("round " + std::to_string(round) + " of " + std::to_string(rounds));
       const auto desk = shortRecording(model);
@@ -159,7 +159,7 @@ TEST(Interruption, AConfigurationAbortedAtAnyRound) {
     Workbench trial(model);
     ASSERT_EQ(trial.configure(), 0);
     const std::int32_t rounds = trial.host->Rounds;
-    const auto step = static_cast<std::int32_t>(29 * stride());
+    const auto step = static_cast<std::int32_t>(53 * stride());
     for (std::int32_t round = 1; round <= rounds; round += step) {
       SCOPED_TRACE("round " + std::to_string(round) + " of " + std::to_string(rounds));
       Workbench desk(model);

@@ -18,72 +18,58 @@ std::string naming(std::string text, const std::string& model) {
   return text;
 }
 
-const std::string TooMany =
+const std::string TooManyText =
     "More than one X communications dock detected. When using the PC software, please connect only one X "
     "communications docking station to the computer at a time. Remove all but one communications dock.";
-const std::string NoDock =
+const std::string NoDockText =
     "USB Communications Docking Station Not Found. Connect the X communications docking station to an "
     "available USB port on this computer.";
-const std::string PortTooHigh =
+const std::string PortTooHighText =
     "The virtual COM port assigned to the communications docking station is greater than 64. Use 'Device "
     "Manager' to correct this.";
-const std::string NoLogger =
+const std::string NoLoggerText =
     "Insert the X into its communications docking station, face side up, aligning the logger with the "
     "picture "
     "on the dock. (Or the battery in the X may need to be replaced.)";
-const std::string PortError =
+const std::string PortErrorText =
     "An error occurred when connecting to the X communications docking station. Please disconnect the "
     "communications dock from the USB port and reconnect it.";
-const std::string ReadProblem =
+const std::string ReadProblemText =
     "Error reading logger configuration. Try getting status again. If this problem persists, your logger may "
     "be damaged or have incompatible firmware. Please contact Halcyra Product Support for assistance.";
-const std::string Unknown =
+const std::string UnknownText =
     "Status information in the logger is corrupted or has been lost. If this logger has data you need, click "
     "'Retrieve' to recover data. Otherwise click 'Configure' to reset the logger's configuration.";
 
-using Prepare = std::function<void(Workbench&)>;
-
 struct Case {
   const char* Name;
-  Prepare Arrange;
-  std::string Simple, Long;
-  std::string Named = {};  ///< the model of the texts, when not the one asked for
+  Arrange Do;
+  std::string Simple, Long = {};  ///< no long text: the same
+  bool AsVivid = false;           ///< the texts speak of that model
 };
 
 void expectStatus(Workbench& desk, const Case& row) {
   SCOPED_TRACE(std::string(row.Name) + (desk.Model == LggrPntr_KRVivid ? ", Vivid" : ", Kestrin 2"));
-  row.Arrange(desk);
+  row.Do(desk);
   EXPECT_EQ(desk.status(), 0);
-  const std::string model = !row.Named.empty()               ? row.Named
-                            : desk.Model == LggrPntr_KRVivid ? "Kestrin Vivid"
-                                                             : "Kestrin 2";
+  const bool asVivid = row.AsVivid || desk.Model == LggrPntr_KRVivid;
+  const std::string model = asVivid ? "Kestrin Vivid" : "Kestrin 2";
   EXPECT_EQ(desk.simple, row.Simple);
-  EXPECT_EQ(desk.text, naming(row.Long, model));
+  EXPECT_EQ(desk.text, row.Long.empty() ? row.Simple : naming(row.Long, model));
   EXPECT_TRUE(desk.portClosed());
   const bool handsOut = row.Simple != "Error: Too Many Docks";
   EXPECT_EQ(desk.data != nullptr, handsOut);
   EXPECT_EQ(desk.statusSubject != nullptr, handsOut);
 }
 
-Prepare setting(simulator::BlockField field, std::int64_t value) {
-  return [=](Workbench& desk) { desk.stored().set(field, value); };
-}
-
 /// A set-up with these times against now and this data flag.
-Prepare holding(std::int64_t starts, std::int64_t ends, std::uint8_t available) {
+Arrange holding(std::int64_t starts, std::int64_t ends, std::uint8_t available) {
   return [=](Workbench& desk) {
     const std::int64_t now = desk.bench.World->now();
     desk.stored().set(block::StartTime, now + starts);
     desk.stored().set(block::StopTime, now + ends);
     desk.stored().set(block::ZoneBias, 300);
     desk.stored().set(block::DataAvailable, available);
-  };
-}
-
-Prepare both(const Prepare& first, const Prepare& second) {
-  return [=](Workbench& desk) {
-    first(desk);
-    second(desk);
   };
 }
 
@@ -95,67 +81,54 @@ simulator::SimulatedDock& addVividDock(Workbench& desk, bool withLogger) {
 
 TEST(Status, StatesOfDockAndLogger) {
   const std::uint8_t yes = simulator::FlagYes, no = simulator::FlagNo;
+  // clang-format off
   const std::vector<Case> cases = {
-      {"two docks",
-       [](auto& d) {
-         d.bench.World->addDock({d.bench.Dock->kind(), 41, {}});
-       },
-       "Error: Too Many Docks", TooMany},
-      {"no dock", [](auto& d) { d.bench.Dock->unplug(); }, "Dock Not Connected", NoDock},
-      {"empty dock", [](auto& d) { d.bench.Dock->pullOut(); }, "Logger Not Found", NoLogger},
-      {"silent logger", [](auto& d) { d.logger().Faults.Silent = true; }, "Logger Not Found", NoLogger},
-      {"fresh", [](auto&) {}, "Ready to Configure", "Ready to Configure"},
-      {"over", holding(-900, -300, no), "Ready to Configure", "Ready to Configure"},
-      {"begun without data", holding(-900, 300, no), "Ready to Configure", "Ready to Configure"},
-      {"ended before its start", holding(900, -300, no), "Ready to Configure", "Ready to Configure"},
-      {"running", holding(-900, 300, yes), "Collecting Data", "Collecting Data"},
-      {"ended", holding(-900, -300, yes), "Ready for Download (data collection stopped)",
-       "Ready for Download (data collection stopped)"},
-      {"data before the start", holding(900, 1800, yes), "Error: Unknown Status", Unknown},
-      {"unknown flag", holding(-900, 300, 7), "Error: Unknown Status", Unknown},
-      {"shut down", both(holding(900, 1800, yes), setting(block::Counters, 0x20)),
+      {"two docks", SecondDock, "Error: Too Many Docks", TooManyText},
+      {"no dock", NoDock, "Dock Not Connected", NoDockText},
+      {"empty dock", NoLogger, "Logger Not Found", NoLoggerText},
+      {"silent logger", Silent, "Logger Not Found", NoLoggerText},
+      {"fresh", [](auto&) {}, "Ready to Configure"},
+      {"over", holding(-900, -300, no), "Ready to Configure"},
+      {"begun without data", holding(-900, 300, no), "Ready to Configure"},
+      {"ended before its start", holding(900, -300, no), "Ready to Configure"},
+      {"running", holding(-900, 300, yes), "Collecting Data"},
+      {"ended", holding(-900, -300, yes), "Ready for Download (data collection stopped)"},
+      {"data before the start", holding(900, 1800, yes), "Error: Unknown Status", UnknownText},
+      {"unknown flag", holding(-900, 300, 7), "Error: Unknown Status", UnknownText},
+      {"shut down", all({holding(900, 1800, yes), set(block::Counters, 0x20)}),
        "Ready for Download (low battery)", "Ready for Download (data collection stopped due to low battery)"},
-      {"full", both(holding(900, 1800, yes), setting(block::MemoryFull, yes)),
-       "Ready for Download (memory full)", "Ready for Download (memory full)"},
-      {"full without data", both(holding(-900, 1800, no), setting(block::MemoryFull, yes)),
-       "Ready to Configure", "Ready to Configure"},
-      {"no activity calibration", setting(block::ActivityCalibration, 0), "Ready to Configure",
-       "Ready to Configure"},
-      {"another structure", setting(block::Version, 9), "Error: Problem Reading Configuration", ReadProblem},
+      {"full", all({holding(900, 1800, yes), set(block::MemoryFull, yes)}), "Ready for Download (memory full)"},
+      {"full without data", all({holding(-900, 1800, no), set(block::MemoryFull, yes)}), "Ready to Configure"},
+      {"no activity calibration", set(block::ActivityCalibration, 0), "Ready to Configure"},
+      {"another structure", set(block::Version, 9), "Error: Problem Reading Configuration", ReadProblemText},
   };
+  // clang-format on
   for (const enmLoggerPointer model : Models) {
     for (const Case& row : cases) {
       Workbench desk(model);
-      const bool elsewhere = model == LggrPntr_KRII && row.Long == ReadProblem;
+      const bool elsewhere = model == LggrPntr_KRII && row.Long == ReadProblemText;
       if (elsewhere) addVividDock(desk, true);
       expectStatus(desk, row);
     }
   }
 }
 
-TEST(Status, MemoryFullWithoutAFlag) {
-  for (const enmLoggerPointer model : Models) {
-    for (const std::int64_t left : {21, 20}) {
-      BenchOptions options = optionsOf(model);
-      options.Logger.Firmware = "00.01.0029";
-      Workbench desk(model, options);
-      const auto size = static_cast<std::int64_t>(desk.logger().memory().size());
-      const std::string words = left == 20 ? "Ready for Download (memory full)" : "Collecting Data";
-      expectStatus(
-          desk, {"", both(holding(-900, 300, simulator::FlagYes), setting(block::NextAddress, size - left)),
-                 words, words});
-    }
+TEST(Status, ByModelAndFirmware) {
+  for (const std::int64_t left : {21, 20}) {
+    BenchOptions options = optionsOf(LggrPntr_KRII);  // without a flag for a full memory
+    options.Logger.Firmware = "00.01.0029";
+    Workbench desk(LggrPntr_KRII, options);
+    const auto size = static_cast<std::int64_t>(desk.logger().memory().size());
+    expectStatus(desk,
+                 {"", all({holding(-900, 300, simulator::FlagYes), set(block::NextAddress, size - left)}),
+                  left == 20 ? "Ready for Download (memory full)" : "Collecting Data"});
   }
-}
-
-TEST(Status, WaitingSaysTheLocalStart) {
   // 2026-03-02 14:00 UTC and 40 minutes, five hours behind.
   const std::string time = "3/2/2026 9:40:00 AM";
   Workbench vivid(LggrPntr_KRVivid);
   expectStatus(vivid, {"", holding(2400, 9000, 0), "Waiting for Delayed Start", "Start Time: " + time});
   Workbench kestrin(LggrPntr_KRII);
-  const std::string words = "Waiting for Delayed Start (" + time + ")";
-  expectStatus(kestrin, {"", holding(2400, 9000, 0), words, words});
+  expectStatus(kestrin, {"", holding(2400, 9000, 0), "Waiting for Delayed Start (" + time + ")"});
 }
 
 TEST(Status, TheSecondOfTheStart) {
@@ -186,68 +159,50 @@ TEST(Status, PortNumbers) {
       Workbench desk(model, options);
       desk.status();
       EXPECT_EQ(desk.simple, port == 64 ? "Ready to Configure" : "Error: COM port greater than 64") << port;
-      EXPECT_EQ(desk.text == PortTooHigh, port > 64);
+      EXPECT_EQ(desk.text == PortTooHighText, port > 64);
     }
   }
   BenchOptions options = optionsOf(LggrPntr_KRII);
   options.Dock = {DockKind::TolkaFirst, 33, {}};  // a dock that does not say its port
   Workbench desk(LggrPntr_KRII, options);
-  expectStatus(desk, {"", [](auto&) {}, "Dock Not Connected", NoDock});
+  expectStatus(desk, {"", [](auto&) {}, "Dock Not Connected", NoDockText});
 }
 
 TEST(Status, FailuresOfTheFirstPass) {
-  const auto badConfig = [](simulator::Fault fault) {
-    return [=](Workbench& d) { d.logger().Faults.BadConfigChecksum = fault; };
-  };
   const std::string problem = "Error: Problem Reading Configuration";
+  const std::string portError = "Error: USB dock COM port error";
+  // clang-format off
   const std::vector<Case> vivid = {
-      {"in use", [](auto& d) { d.bench.Dock->Faults.Held = true; }, "Error: USB dock COM port error",
-       PortError},
-      {"in use once",
-       [](auto& d) {
-         d.bench.Dock->Faults.Open = {8005, once()};
-       },
-       "Error: USB dock COM port error", PortError},
-      {"locked up", [](auto& d) { d.bench.Dock->Faults.LockedUp = true; }, "Logger Not Found", NoLogger},
-      {"cured by a reset", badConfig(once()), "Ready to Configure", "Ready to Configure"},
-      {"mended too late", badConfig({0, 2}), problem, ReadProblem},
-      {"bad config", badConfig(always()), problem, ReadProblem},
-      {"bad lines",
-       [](auto& d) {
-         d.logger().Faults.BadLineChecksum = {0, 3};
-       },
-       problem, ReadProblem},
-      {"pulled out", [](auto& d) { d.bench.Dock->pullOutAfterBytes(60); }, "Logger Not Found", NoLogger},
+      {"in use", [](auto& d) { d.bench.Dock->Faults.Held = true; }, portError, PortErrorText},
+      {"in use once", openFails(8005, once()), portError, PortErrorText},
+      {"locked up", LockedUp, "Logger Not Found", NoLoggerText},
+      {"cured by a reset", badConfig(once()), "Ready to Configure"},
+      {"mended too late", badConfig({0, 2}), problem, ReadProblemText},
+      {"bad config", badConfig(always()), problem, ReadProblemText},
+      {"bad lines", badLines({0, 3}), problem, ReadProblemText},
+      {"pulled out", [](auto& d) { d.bench.Dock->pullOutAfterBytes(60); }, "Logger Not Found", NoLoggerText},
   };
-  for (const Case& row : vivid) {
-    Workbench desk(LggrPntr_KRVivid);
-    expectStatus(desk, row);
-  }
+  // clang-format on
+  for (const Case& row : vivid) expectStatus(*std::make_unique<Workbench>(LggrPntr_KRVivid), row);
   // The second pass looks into a Kestrin Vivid's dock.
-  const auto inVividDock = [](const Prepare& first, bool withLogger, bool held) {
+  const auto inVividDock = [](const Arrange& first, bool withLogger, bool held) {
     return [=](Workbench& desk) {
       first(desk);
       addVividDock(desk, withLogger).Faults.Held = held;
     };
   };
-  const Prepare locked = [](auto& d) { d.bench.Dock->Faults.LockedUp = true; };
+  // clang-format off
   const std::vector<Case> kestrin2 = {
-      {"locked up", locked, "Dock Not Connected", NoDock, "Kestrin Vivid"},
-      {"bad config", badConfig(always()), "Dock Not Connected", NoDock, "Kestrin Vivid"},
-      {"locked up, other dock empty", inVividDock(locked, false, false), "Logger Not Found", NoLogger,
-       "Kestrin Vivid"},
-      {"locked up, other dock held", inVividDock(locked, true, true), "Error: USB dock COM port error",
-       PortError, "Kestrin Vivid"},
-      {"locked up, other dock well", inVividDock(locked, true, false), "Error: USB dock COM port error",
-       PortError, "Kestrin Vivid"},
-      {"bad config, other dock well", inVividDock(badConfig({0, 2}), true, false), problem, ReadProblem},
-      {"bad config, other dock held", inVividDock(badConfig({0, 2}), true, true),
-       "Error: USB dock COM port error", PortError, "Kestrin Vivid"},
+      {"locked up", LockedUp, "Dock Not Connected", NoDockText, true},
+      {"bad config", badConfig(always()), "Dock Not Connected", NoDockText, true},
+      {"locked up, other dock empty", inVividDock(LockedUp, false, false), "Logger Not Found", NoLoggerText, true},
+      {"locked up, other dock held", inVividDock(LockedUp, true, true), portError, PortErrorText, true},
+      {"locked up, other dock well", inVividDock(LockedUp, true, false), portError, PortErrorText, true},
+      {"bad config, other dock well", inVividDock(badConfig({0, 2}), true, false), problem, ReadProblemText},
+      {"bad config, other dock held", inVividDock(badConfig({0, 2}), true, true), portError, PortErrorText, true},
   };
-  for (const Case& row : kestrin2) {
-    Workbench desk(LggrPntr_KRII);
-    expectStatus(desk, row);
-  }
+  // clang-format on
+  for (const Case& row : kestrin2) expectStatus(*std::make_unique<Workbench>(LggrPntr_KRII), row);
 }
 
 TEST(Status, CodesAndOutputs) {
@@ -261,7 +216,7 @@ TEST(Status, CodesAndOutputs) {
     EXPECT_TRUE(refused.logger().commands().empty());
 
     Workbench failing(model);
-    failing.bench.Dock->Faults.Open = {8010, always()};
+    openFails(8010, always())(failing);
     EXPECT_EQ(failing.status(), 8010);
     EXPECT_EQ(failing.data, nullptr);
 
@@ -271,17 +226,16 @@ TEST(Status, CodesAndOutputs) {
     EXPECT_EQ(desk->simple, "Collecting Data");
     EXPECT_EQ(desk->data->Get_SerialNumber(), model == LggrPntr_KRVivid ? "V0012345" : "K0054321");
     EXPECT_NEAR(desk->battery, model == LggrPntr_KRVivid ? 365 : 30, 0.5);
-    EXPECT_EQ(desk->statusSubject->Get_Identity(), "Subject 17");
-    EXPECT_EQ(desk->statusSubject->Get_Initials(), "AB");
-    EXPECT_EQ(desk->statusSubject->Get_DOB(), dateSerial(1984, 5, 6));
-    EXPECT_EQ(desk->statusSubject->Get_Gender(), "F");
-    EXPECT_EQ(desk->statusSubject->Get_GUID(), "0123456789ABCDEF0123456789ABCDEF");
-    EXPECT_FLOAT_EQ(desk->statusSubject->Get_Weight(), 72.3F);
-    EXPECT_FLOAT_EQ(desk->statusSubject->Get_Height(), 168.5F);
+    const Class_Subject& who = *desk->statusSubject;
+    EXPECT_EQ(who.Get_Identity() + who.Get_Initials() + who.Get_Gender(), "Subject 17ABF");
+    EXPECT_EQ(who.Get_GUID(), "0123456789ABCDEF0123456789ABCDEF");
+    EXPECT_EQ(who.Get_DOB(), dateSerial(1984, 5, 6));
+    EXPECT_FLOAT_EQ(who.Get_Weight(), 72.3F);
+    EXPECT_FLOAT_EQ(who.Get_Height(), 168.5F);
     EXPECT_TRUE(desk->logger().recording());
 
     Workbench noDock(model);
-    noDock.bench.Dock->unplug();
+    NoDock(noDock);
     noDock.status();
     EXPECT_EQ(noDock.battery, -7);
   }

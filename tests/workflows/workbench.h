@@ -27,10 +27,16 @@ inline BenchOptions optionsOf(enmLoggerPointer model) {
   return model == LggrPntr_KRVivid ? simulator::vividBenchOptions() : simulator::kestrin2BenchOptions();
 }
 
-/// Every `WRISTLOG_TEST_STRIDE`th position of a long series is tried; all when it is not set.
+/// Every how manyth position of a long series is tried: `WRISTLOG_TEST_STRIDE`, or all of them, or, under
+/// sanitizers, some.
 inline std::uint64_t stride() {
+#ifdef __SANITIZE_ADDRESS__
+  constexpr std::uint64_t Usual = 17;
+#else
+  constexpr std::uint64_t Usual = 1;
+#endif
   const char* text = std::getenv("WRISTLOG_TEST_STRIDE");
-  return text == nullptr ? 1 : std::max(1ULL, std::strtoull(text, nullptr, 10));
+  return text == nullptr ? Usual : std::max<std::uint64_t>(1, std::strtoull(text, nullptr, 10));
 }
 
 /// Counts the rounds of its events, asks for an abort in one of them, and sees what is downloaded.
@@ -85,18 +91,9 @@ class Workbench {
   simulator::ConfigBlock& stored() const { return bench.Logger->block(); }
   bool portClosed() const { return !bench.Dock->isOpen(); }
   void wait(simulator::nanoseconds time) const { bench.World->advance(time); }
-  double elapsedDuring(const std::function<void()>& step) const {
-    const double before = bench.World->elapsed();
-    step();
-    return bench.World->elapsed() - before;
-  }
   std::size_t heard(std::string_view command) const {
     const auto& lines = logger().commands();
     return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), command));
-  }
-  /// Local seconds of the logger's scale, from now on, in a zone that is `west` minutes behind UTC.
-  std::int32_t localSeconds(std::int32_t fromNow, std::int32_t west = 300) const {
-    return static_cast<std::int32_t>(bench.World->now() - west * 60 + fromNow);
   }
 
   enmLoggerPointer Model;
@@ -115,6 +112,40 @@ class Workbench {
   float battery = -7;
   std::string simple, text, serialNumber;
 };
+
+/// Something that is done to a workbench before a workflow runs.
+using Arrange = std::function<void(Workbench&)>;
+
+inline Arrange set(simulator::BlockField field, std::int64_t value) {
+  return [=](Workbench& desk) { desk.stored().set(field, value); };
+}
+inline Arrange all(std::vector<Arrange> steps) {
+  return [steps = std::move(steps)](Workbench& desk) {
+    for (const Arrange& step : steps) step(desk);
+  };
+}
+inline const Arrange OtherModel = [](Workbench& desk) {
+  desk.stored().set(block::Model, desk.Model == LggrPntr_KRVivid ? 1 : 2);
+};
+inline const Arrange SecondDock = [](Workbench& desk) {
+  desk.bench.World->addDock({desk.bench.Dock->kind(), 41, {}});
+};
+inline const Arrange NoDock = [](Workbench& desk) { desk.bench.Dock->unplug(); };
+inline const Arrange NoLogger = [](Workbench& desk) { desk.bench.Dock->pullOut(); };
+inline const Arrange Silent = [](Workbench& desk) { desk.logger().Faults.Silent = true; };
+inline const Arrange LockedUp = [](Workbench& desk) { desk.bench.Dock->Faults.LockedUp = true; };
+inline Arrange badConfig(simulator::Fault when) {
+  return [=](Workbench& desk) { desk.logger().Faults.BadConfigChecksum = when; };
+}
+inline Arrange badLines(simulator::Fault when) {
+  return [=](Workbench& desk) { desk.logger().Faults.BadLineChecksum = when; };
+}
+inline Arrange transferFault(simulator::Fault simulator::TransferFaults::*fault, simulator::Fault when) {
+  return [=](Workbench& desk) { desk.logger().Faults.Transfer.*fault = when; };
+}
+inline Arrange openFails(std::int32_t number, simulator::Fault when) {
+  return [=](Workbench& desk) { desk.bench.Dock->Faults.Open = {number, when}; };
+}
 
 /// A workbench whose logger has recorded for a while and sits in its dock again.
 inline std::unique_ptr<Workbench> recorded(enmLoggerPointer model, const BenchOptions& options,
