@@ -37,7 +37,7 @@ hw::Class_Subject demoSubject() {
   return subject;
 }
 
-/// A line a local day, half an hour a column, the higher the block the more activity.
+/// A line a local day, half an hour a column; the height of a block is the logarithm of the activity.
 void drawDays(std::ostream& out, const hw::Class_VardenLogger& logger) {
   constexpr std::array Blocks{" ", "▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
   struct Column {
@@ -64,7 +64,8 @@ void drawDays(std::ostream& out, const hw::Class_VardenLogger& logger) {
   for (const auto& [day, columns] : days) {
     out << engineering::isoDate(static_cast<double>(day)).substr(0, 10) << "  ";
     for (const Column& column : columns) {
-      const double share = column.Count > 0 ? std::sqrt(column.Sum / column.Count / highest) : 0;
+      const double mean = column.Count > 0 ? column.Sum / column.Count : 0;
+      const double share = std::log1p(mean) / std::log1p(highest);
       out << Blocks[static_cast<std::size_t>(std::lround(std::min(share, 1.0) * (Blocks.size() - 1)))];
     }
     out << '\n';

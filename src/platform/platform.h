@@ -21,7 +21,7 @@
 namespace hy_wristlog::platform {
 
 /// An operation of the system failed. Callers turn it into the Failure of their own contract.
-struct SystemError {
+struct HY_WRISTLOG_API SystemError {
   std::int32_t Number;  ///< errno
 };
 
