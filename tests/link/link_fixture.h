@@ -28,14 +28,13 @@ struct Told : CommEvents {
   void XmodemPacketReceived(std::uint8_t packet, std::int32_t bytes) override {
     add("r" + std::to_string(packet) + ':' + std::to_string(bytes));
   }
-  void CommProgress(std::string& text) override { Progress.push_back(text); }
+  void CommProgress(std::string& text) override { Progress += text + '\n'; }
   void AbortAcknowledged() override { add("aborted"); }
   void CommRX(std::string& text) override { Characters += text; }
 
   void add(const std::string& line) { Events += (Events.empty() ? "" : " ") + line; }
 
-  std::string Events, Characters;
-  std::vector<std::string> Progress;
+  std::string Events, Characters, Progress;
 };
 
 struct Console : ConsoleSink {
