@@ -69,27 +69,18 @@ class Line {
 
  private:
   static void pass(const char* bytes, std::size_t count, int to) {
-    while (count > 0) {
-      const ssize_t sent = ::write(to, bytes, count);
-      if (sent <= 0) return;
-      bytes += sent;
-      count -= static_cast<std::size_t>(sent);
-    }
+    for (ssize_t sent = 0; count > 0; bytes += sent, count -= static_cast<std::size_t>(sent))
+      if ((sent = ::write(to, bytes, count)) <= 0) return;
   }
   void relay(int socket) const {
     std::array<pollfd, 2> ready{{{master_, POLLIN, 0}, {socket, POLLIN, 0}}};
     std::array<char, 4096> bytes{};
-    while (::poll(ready.data(), ready.size(), 20000) > 0) {
-      for (std::size_t i = 0; i < ready.size(); ++i) {
+    for (ssize_t count = 1; count > 0 && ::poll(ready.data(), ready.size(), 20000) > 0;)
+      for (std::size_t i = 0; i < ready.size() && count > 0; ++i) {
         if (ready[i].revents == 0) continue;
-        const ssize_t count = ::read(ready[i].fd, bytes.data(), bytes.size());
-        if (count <= 0) {
-          ::close(socket);
-          return;
-        }
-        pass(bytes.data(), static_cast<std::size_t>(count), ready[1 - i].fd);
+        count = ::read(ready[i].fd, bytes.data(), bytes.size());
+        if (count > 0) pass(bytes.data(), static_cast<std::size_t>(count), ready[1 - i].fd);
       }
-    }
     ::close(socket);
   }
 

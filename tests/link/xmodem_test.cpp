@@ -25,43 +25,36 @@ std::string frameOf(std::uint8_t number, std::int32_t size = 1) {
 /// The control bytes and frame numbers that went out: "C", "A", "N", "X" (two cancels), "E", "#1", "#1-" when
 /// the frame was cut.
 std::string summary(std::string_view written) {
-  static const std::map<char, char> names = {{4, 'E'}, {6, 'A'}, {21, 'N'}, {67, 'C'}, {3, '3'}};
   std::string text;
-  while (!written.empty()) {
-    std::size_t used = 1;
-    if (written.starts_with('\x01') && written.size() >= 2) {
-      used = std::min<std::size_t>(written.size(), 133);
-      text += '#' + std::to_string(static_cast<std::uint8_t>(written[1])) + (used < 133 ? "-" : "");
-    } else if (written.starts_with("\x18\x18")) {
-      used = 2;
-      text += 'X';
-    } else {
-      const auto known = names.find(written.front());
-      text += known == names.end() ? '?' : known->second;
-    }
-    written.remove_prefix(used);
+  for (std::size_t used = 1; !written.empty(); written.remove_prefix(used), used = 1) {
+    const std::size_t known = std::string_view{"\4\6\25C\3\30"}.find(written.front());
+    text += known == std::string::npos ? '?' : "EANC3X"[known];
+    if (written.starts_with("\x18\x18")) used = 2;
+    if (!written.starts_with('\x01') || written.size() < 2) continue;
+    used = std::min<std::size_t>(written.size(), 133);
+    text.back() = '#';
+    text += std::to_string(static_cast<std::uint8_t>(written[1])) + (used < 133 ? "-" : "");
   }
   return text;
 }
 
 /// What went out, what was told, and "!" with the number of the failure, whose text and source are checked.
 std::string outcome(OpenLink& o, const Failure& failure) {
-  static const char* const texts[] = {"Invalid COM Port Settings",
-                                      "",
-                                      "",
-                                      "Invalid packet array input",
-                                      "Failure to receive initiation character",
-                                      "Packet took too long to transmit",
-                                      "Failure to receive packet acknowledgement",
-                                      "Maximum number of packet transmission retries exceeded",
-                                      "Failure to receive acknowledgement of end of transmission",
-                                      "No packet received, retries exceeded"};
+  static const std::map<std::int32_t, std::string> texts = {
+      {3004, "Invalid COM Port Settings"},
+      {3007, "Invalid packet array input"},
+      {3008, "Failure to receive initiation character"},
+      {3009, "Packet took too long to transmit"},
+      {3010, "Failure to receive packet acknowledgement"},
+      {3011, "Maximum number of packet transmission retries exceeded"},
+      {3012, "Failure to receive acknowledgement of end of transmission"},
+      {3013, "No packet received, retries exceeded"}};
   std::string text = summary(o.world->Written);
   if (!o.told.Events.empty()) text += ' ' + o.told.Events;
   EXPECT_FALSE(o.link->Get_DoingXMODEM());
   if (failure.Number == 0) return text;
   if (failure.Number < 4000) {
-    EXPECT_EQ(failure.Description, texts[failure.Number - 3004]);
+    EXPECT_EQ(failure.Description, texts.at(failure.Number));
     EXPECT_NE(failure.Source.find("XmodemPackets@"), std::string::npos) << failure.Source;
   }
   return text + " !" + std::to_string(failure.Number);
@@ -304,16 +297,14 @@ TEST(XmodemConsole, ShowsBytesInHexadecimal) {
   OpenLink o{true, true};
   Sender far{*o.world, script("1E")};
   const PacketArray packets = o.link->fncReceiveXmodemPackets(13, 8, 3, 3, 1000);
-  const std::string text = o.link->consoleText();
-  EXPECT_TRUE(text.starts_with("[43][0101FE00")) << text.substr(0, 40);
-  EXPECT_NE(text.find(Form_Comm::fncGetFriendlyPacketText(packets) + "[06]\r\n[04][06]\r\n"),
-            std::string::npos);
+  const std::string passed = Form_Comm::fncGetFriendlyPacketText(packets) + "[06]\r\n[04][06]\r\n";
+  EXPECT_TRUE(o.link->consoleText().starts_with("[43][0101FE00"));
+  EXPECT_NE(o.link->consoleText().find(passed), std::string::npos);
   o.link->cmdClear();
   Receiver receiver{*o.world, "AA"};
   o.world->deliver("C!");
   o.link->subSendXmodemPackets(packets, 13, 8, 3, 3, 1000, false, 0);
-  EXPECT_EQ(o.link->consoleText(),
-            "[43]!" + Form_Comm::fncGetFriendlyPacketText(packets) + "[06]\r\n[04][06]\r\n");
+  EXPECT_EQ(o.link->consoleText(), "[43]!" + passed);
 }
 
 }  // namespace

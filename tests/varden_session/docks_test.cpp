@@ -55,36 +55,34 @@ TEST(Docks, ALoggerAnswersInEachForm) {
 }
 
 TEST(Docks, OnlyOneDockWithAPortIsOpened) {
-  const struct {
-    std::vector<simulator::DockOptions> Docks;
-    DockKind Asked;
-    std::int16_t Counted, Port;
-  } cases[] = {
-      {{}, DockKind::Quillander, 0, 0},
-      {{}, DockKind::TolkaFirst, 0, 0},
-      {{{DockKind::TolkaFirst, 33, {}}}, DockKind::TolkaFirst, 1, 0},
-      {{{DockKind::TolkaFirst, 33, true}}, DockKind::TolkaFirst, 1, 33},
-      {{{DockKind::TolkaFirst, 33, true}, {DockKind::TolkaSecond, 34, {}}}, DockKind::TolkaFirst, 2, 34},
-      {{{DockKind::TolkaSecond, 33, {}}, {DockKind::TolkaSecond, 34, {}}}, DockKind::TolkaFirst, 2, 0},
-      {{{DockKind::Quillander, 33, {}}, {DockKind::Quillander, 34, {}}}, DockKind::Quillander, 2, 0},
-      {{{DockKind::Quillander, 33, {}}, {DockKind::TolkaSecond, 34, {}}}, DockKind::Quillander, 1, 33},
-  };
-  for (const auto& row : cases) {
-    const auto world = std::make_shared<simulator::SimulatedWorld>();
-    simulator::Bench bench;
-    bench.World = world;
-    const simulator::BenchScope scope{bench};
+  constexpr auto Vivid = DockKind::Quillander, First = DockKind::TolkaFirst, Second = DockKind::TolkaSecond;
+  const std::tuple<std::vector<std::pair<DockKind, std::optional<bool>>>, DockKind, std::int16_t,
+                   std::int16_t>
+      cases[] = {{{}, Vivid, 0, 0},
+                 {{}, First, 0, 0},
+                 {{{First, {}}}, First, 1, 0},
+                 {{{First, true}}, First, 1, 33},
+                 {{{First, true}, {Second, {}}}, First, 2, 34},
+                 {{{Second, {}}, {Second, {}}}, First, 2, 0},
+                 {{{Vivid, {}}, {Vivid, {}}}, Vivid, 2, 0},
+                 {{{Vivid, {}}, {Second, {}}}, Vivid, 1, 33}};
+  for (const auto& [docks, asked, counted, port] : cases) {
+    const hy_wristlog::InWorld<simulator::SimulatedWorld> world;
     VardenLogger logger;
-    for (const simulator::DockOptions& dock : row.Docks) world->addDock(dock);
+    simulator::DockOptions dock;
+    for (dock.ComPort = 33; const auto& [kind, named] : docks) {
+      dock.Kind = kind;
+      dock.NameShowsPort = named;
+      world->addDock(dock);
+      ++dock.ComPort;
+    }
     std::int16_t count = -1;
-    const std::int16_t port = row.Asked == DockKind::Quillander ? logger.fncQuillanderDockCOMport(count)
-                                                                : logger.fncTolkaDockCOMport(count);
-    EXPECT_EQ(count, row.Counted);
-    EXPECT_EQ(port, row.Port);
-    if (row.Counted == 1 && row.Port != 0) continue;
-    const double before = world->elapsed();
-    EXPECT_FALSE(isConnected(logger, row.Asked));
-    EXPECT_EQ(world->elapsed(), before);
+    EXPECT_EQ(asked == Vivid ? logger.fncQuillanderDockCOMport(count) : logger.fncTolkaDockCOMport(count),
+              port);
+    EXPECT_EQ(count, counted);
+    if (counted == 1 && port != 0) continue;
+    EXPECT_FALSE(isConnected(logger, asked));
+    EXPECT_EQ(world->elapsed(), 0);
     EXPECT_FALSE(logger.link().Get_PortReady());
   }
 }
@@ -124,49 +122,39 @@ TEST(Docks, FailuresOfOpening) {
   const std::string vividUnable =
       "11508 Class_VardenLogger.fncQuillanderLoggerConnected: Kestrin Vivid Communications Docking Station: "
       "Unable to open COM port";
-  struct Row {
-    std::int32_t Number, TolkaResult, VividResult;
-    std::string TolkaOutcome, VividOutcome;
-  };
-  std::vector<Row> cases = {{8005, 1, 1, tolkaUnable, vividUnable},
-                            {8002, 2, 2, tolkaUnable, vividUnable},
-                            {8012, 2, 2, tolkaUnable, vividUnable},
-                            {8015, 5, 3, tolka + " locked up, error 8015", ""},
-                            {8010, -1, -1, "8010 Form_Comm.subOpenPort: The port cannot be opened",
-                             "8010 Form_Comm.subOpenPort: The port cannot be opened"}};
+  const std::string closed = "8010 Form_Comm.subOpenPort: The port cannot be opened";
+  std::vector<std::tuple<std::int32_t, std::int32_t, std::int32_t, std::string, std::string>> cases = {
+      {8005, 1, 1, tolkaUnable, vividUnable},
+      {8002, 2, 2, tolkaUnable, vividUnable},
+      {8012, 2, 2, tolkaUnable, vividUnable},
+      {8015, 5, 3, tolka + " locked up, error 8015", ""},
+      {8010, -1, -1, closed, closed}};
   for (const std::int32_t number : {8001, 8003, 8006, 8011, 8013, 8014, 8016, 8018, 8019, 8020, 8021})
     cases.push_back({number, 3, 3, tolkaUnable, ""});
-  for (const Row& row : cases) {
+  for (const auto& [number, tolkaResult, vividResult, tolkaOutcome, vividOutcome] : cases)
     for (const DockKind kind : {DockKind::TolkaSecond, DockKind::Quillander}) {
-      SCOPED_TRACE(row.Number);
+      SCOPED_TRACE(number);
       const bool vivid = kind == DockKind::Quillander;
       Session session{benchWith(kind)};
-      session.bench.Dock->Faults.Open = {row.Number, simulator::always()};
-      bool connected = false;
-      EXPECT_EQ(outcome([&] { connected = isConnected(session.logger, kind); }),
-                vivid ? row.VividOutcome : row.TolkaOutcome);
-      EXPECT_FALSE(connected);
+      VardenLogger& logger = session.logger;
+      session.bench.Dock->Faults.Open = {number, simulator::always()};
+      EXPECT_EQ(outcome([&] { EXPECT_FALSE(isConnected(logger, kind)); }),
+                vivid ? vividOutcome : tolkaOutcome);
       std::int32_t result = -1;
       outcome([&] {
-        result = vivid ? session.logger.fncOpenQuillanderPort(33, false)
-                       : session.logger.fncOpenTolkaPort(33, false, false);
+        result = vivid ? logger.fncOpenQuillanderPort(33, false) : logger.fncOpenTolkaPort(33, false, false);
       });
-      EXPECT_EQ(result, vivid ? row.VividResult : row.TolkaResult);
+      EXPECT_EQ(result, vivid ? vividResult : tolkaResult);
     }
-  }
-}
-
-TEST(Docks, OpenProceduresWantAPort) {
-  ScriptedSession session;
-  EXPECT_EQ(outcome([&] { session.logger.fncOpenTolkaPort(0, false, false); }),
-            "11509 Class_VardenLogger.fncOpenTolkaPort: Invalid COM Port Settings");
-  EXPECT_EQ(outcome([&] { session.logger.fncOpenQuillanderPort(-1, false); }),
-            "11509 Class_VardenLogger.fncOpenQuillanderPort: Invalid COM Port Settings");
 }
 
 TEST(Docks, WhatTheLinesDo) {
   ScriptedSession session{{{"", {"", ">"}}}};
   VardenLogger& logger = session.logger;
+  EXPECT_EQ(outcome([&] { logger.fncOpenTolkaPort(0, false, false); }),
+            "11509 Class_VardenLogger.fncOpenTolkaPort: Invalid COM Port Settings");
+  EXPECT_EQ(outcome([&] { logger.fncOpenQuillanderPort(-1, false); }),
+            "11509 Class_VardenLogger.fncOpenQuillanderPort: Invalid COM Port Settings");
   session.world->Lines.Dsr = true;
   EXPECT_NEAR(session.elapsedDuring([&] { EXPECT_EQ(logger.fncOpenQuillanderPort(7, false), 0); }), 0.305,
               0.05);

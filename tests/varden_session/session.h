@@ -6,25 +6,21 @@
 #include <string>
 #include <vector>
 
-#include "hy_wristlog/failure.h"
 #include "simulator/bench.h"
 #include "simulator/checksum.h"
+#include "support/failures.h"
 #include "support/scripted_world.h"
 #include "varden/VardenLogger.h"
 
 namespace hy_wristlog::session {
 
 /// What came of a step, as "number module.procedure: description"; empty when it did not fail.
-template <class Step>
-std::string outcome(Step&& step) {
-  try {
-    step();
-    return {};
-  } catch (const Failure& failure) {
-    const std::size_t from = failure.Source.find(':') + 1;
-    const std::string procedure = failure.Source.substr(from, failure.Source.find('@') - from);
-    return std::to_string(failure.Number) + " " + procedure + ": " + failure.Description;
-  }
+inline std::string outcome(const std::function<void()>& step) {
+  const Failure failure = caught(step);
+  if (failure.Number == 0) return {};
+  const std::size_t from = failure.Source.find(':') + 1;
+  return std::to_string(failure.Number) + ' ' + failure.Source.substr(from, failure.Source.find('@') - from) +
+         ": " + failure.Description;
 }
 
 /// A logger object that works with a simulated logger in its dock.
@@ -78,6 +74,12 @@ struct ScriptedSession {
     const std::int64_t before = world->Now;
     step();
     return static_cast<double>(world->Now - before) / 1000;
+  }
+  /// What came of a step and how long it took.
+  std::pair<std::string, double> timed(const std::function<void()>& step) {
+    std::string result;
+    const double elapsed = elapsedDuring([&] { result = outcome(step); });
+    return {result, elapsed};
   }
 
   scripted::InWorld world;
