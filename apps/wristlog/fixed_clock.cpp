@@ -4,6 +4,7 @@
 
 #include "hy_wristlog/failure.h"
 #include "platform/linux/linux_platform.h"
+#include "platform/wrapped_platform.h"
 #include "workflows/engineering.h"
 
 namespace wristlog {
@@ -28,20 +29,13 @@ class FixedClock : public platform::Clock {
   double timer_ = 0;
 };
 
-class MachineAt : public platform::Platform {
+class MachineAt : public platform::WrappedPlatform {
  public:
-  explicit MachineAt(const hy_wristlog::CivilTime& time) : clock_(time) {}
+  explicit MachineAt(const hy_wristlog::CivilTime& time)
+      : WrappedPlatform(platform::makeLinuxPlatform()), clock_(time) {}
   platform::Clock& clock() override { return clock_; }
-  platform::SerialPorts& serialPorts() override { return machine_->serialPorts(); }
-  platform::DeviceTree& deviceTree() override { return machine_->deviceTree(); }
-  platform::SettingsStore& settings() override { return machine_->settings(); }
-  platform::ZoneRecords& zones() override { return machine_->zones(); }
-  platform::Environment& environment() override { return machine_->environment(); }
-  platform::Files& files() override { return machine_->files(); }
-  platform::CryptographicProvider& cryptography() override { return machine_->cryptography(); }
 
  private:
-  std::shared_ptr<platform::Platform> machine_ = platform::makeLinuxPlatform();
   FixedClock clock_;
 };
 

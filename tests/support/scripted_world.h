@@ -8,14 +8,17 @@
 #include <vector>
 
 #include "platform/linux/linux_platform.h"
+#include "platform/wrapped_platform.h"
 #include "support/in_world.h"
 
 namespace hy_wristlog::scripted {
 
 /// The machine with a clock that moves only when something waits, and one serial line whose far end follows a
 /// script. Times are milliseconds.
-class World final : public platform::Platform, platform::Clock, platform::SerialPorts {
+class World final : public platform::WrappedPlatform, platform::Clock, platform::SerialPorts {
  public:
+  World() : WrappedPlatform(platform::makeLinuxPlatform()) {}
+
   std::int64_t Now = 0;
   void after(std::int64_t delay, std::function<void()> action) {
     due_.emplace(Now + delay, std::move(action));
@@ -45,12 +48,6 @@ class World final : public platform::Platform, platform::Clock, platform::Serial
 
   platform::Clock& clock() override { return *this; }
   platform::SerialPorts& serialPorts() override { return *this; }
-  platform::DeviceTree& deviceTree() override { return machine_->deviceTree(); }
-  platform::SettingsStore& settings() override { return machine_->settings(); }
-  platform::ZoneRecords& zones() override { return machine_->zones(); }
-  platform::Environment& environment() override { return machine_->environment(); }
-  platform::Files& files() override { return machine_->files(); }
-  platform::CryptographicProvider& cryptography() override { return machine_->cryptography(); }
 
  private:
   struct Port final : platform::SerialPort {
@@ -113,7 +110,6 @@ class World final : public platform::Platform, platform::Clock, platform::Serial
   }
 
   std::multimap<std::int64_t, std::function<void()>> due_;
-  std::shared_ptr<Platform> machine_ = platform::makeLinuxPlatform();
 };
 
 /// The thread works in a World while this object lives.

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "platform/platform.h"
+
+namespace hy_wristlog::platform {
+
+/// A world that is another one, but for what a derived class replaces.
+class WrappedPlatform : public Platform {
+ public:
+  explicit WrappedPlatform(std::shared_ptr<Platform> inner) : inner_(std::move(inner)) {}
+
+  Clock& clock() override { return inner_->clock(); }
+  SerialPorts& serialPorts() override { return inner_->serialPorts(); }
+  DeviceTree& deviceTree() override { return inner_->deviceTree(); }
+  SettingsStore& settings() override { return inner_->settings(); }
+  ZoneRecords& zones() override { return inner_->zones(); }
+  Environment& environment() override { return inner_->environment(); }
+  Files& files() override { return inner_->files(); }
+  CryptographicProvider& cryptography() override { return inner_->cryptography(); }
+
+ private:
+  std::shared_ptr<Platform> inner_;
+};
+
+}  // namespace hy_wristlog::platform
