@@ -137,7 +137,7 @@ std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer
         return "No " + name + " is connected. Connect it by USB, or declare its device in Docks.INI.";
       if (dock.Port == 0)
         return "The " + name + " has no COM port. Disconnect it and connect it again, or correct Docks.INI.";
-      const std::string trouble = hy_wristlog::engineering::portTrouble(dock.Port);
+      std::string trouble = hy_wristlog::engineering::portTrouble(dock.Port);
       if (!trouble.empty()) return trouble;
       if (returnCode == 10003)
         return "There is no logger in the " + name + " on COM" + std::to_string(dock.Port) +

@@ -125,6 +125,7 @@ std::string RecordingFiles::writeSessionLog(const std::string& text) const {
 
 std::vector<std::string> RecordingFiles::paths() const {
   std::vector<std::string> all;
+  all.reserve(Names.size());
   for (const char* name : Names) all.push_back(path(name));
   return all;
 }
