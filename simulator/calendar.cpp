@@ -67,7 +67,8 @@ minutes zoneOffset(const platform::ZoneRule& rule, Moment moment) {
 std::int64_t secondsOf(std::int32_t yearNumber, unsigned monthNumber, unsigned dayNumber, std::int32_t hour,
                        std::int32_t minute, std::int32_t second) {
   const sys_days date = year{yearNumber} / month{monthNumber} / day{dayNumber};
-  return duration_cast<seconds>(date.time_since_epoch()).count() + hour * 3600 + minute * 60 + second;
+  return duration_cast<seconds>(date.time_since_epoch()).count() + std::int64_t{hour} * 3600 +
+         std::int64_t{minute} * 60 + second;
 }
 
 }  // namespace hy_wristlog::simulator

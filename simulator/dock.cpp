@@ -119,7 +119,7 @@ std::string SimulatedDock::hardwareId() const {
 
 std::string SimulatedDock::friendlyName() const {
   if (!options_.FriendlyName.empty()) return options_.FriendlyName;
-  const std::string name = options_.Kind == DockKind::Quillander ? "Kestrin Vivid Dock" : "Kestrin 2 Dock";
+  std::string name = options_.Kind == DockKind::Quillander ? "Kestrin Vivid Dock" : "Kestrin 2 Dock";
   if (!options_.NameShowsPort.value_or(options_.Kind != DockKind::TolkaFirst)) return name;
   return name + " (COM" + std::to_string(options_.ComPort) + ")";
 }

@@ -9,7 +9,7 @@ namespace hy_wristlog::simulator {
 namespace {
 
 constexpr std::uint8_t EventMark = 253, StatusMark = 254;
-constexpr std::size_t EventLength = 7, StatusLength = 2;
+constexpr std::size_t EventLength = 7;
 constexpr std::uint8_t AcquisitionStart = 1, AcquisitionStop = 2, MemoryIsFull = 4, PowerReset = 8;
 constexpr std::uint8_t OldDocked = 32, OldUndocked = 64, DockChanged = 32, InDock = 64;
 constexpr std::uint8_t Marker1 = 1, LowBattery = 2;
