@@ -31,16 +31,16 @@ CLass_SystemTime systemTime(const platform::ZoneTransition& change) {
 /// Four letters that sort in the order of the offset in "(GMT-05:00) ...", "O" for zero. A name without a
 /// readable offset counts as zero.
 std::string sortKey(std::string_view displayName) {
-  const std::string zero = "OOOO";
+  constexpr const char* Zero = "OOOO";
   constexpr std::size_t OffsetAt = 4;
   constexpr std::array<std::size_t, 4> Digits{1, 2, 4, 5};
   const auto end = displayName.find(')');
-  if (end == std::string_view::npos || end <= OffsetAt + Digits.back()) return zero;
+  if (end == std::string_view::npos || end <= OffsetAt + Digits.back()) return Zero;
   const std::string_view offset = displayName.substr(OffsetAt, end - OffsetAt);
   std::string key;
   for (const std::size_t at : Digits) {
     const int digit = offset[at] - '0';
-    if (digit < 0 || digit > 9) return zero;
+    if (digit < 0 || digit > 9) return Zero;
     key += static_cast<char>(offset.front() == '-' ? 'O' - digit : 'O' + digit);
   }
   return key;
@@ -58,8 +58,10 @@ bool Class_TimeZoneTools::fncPopulateTZICollection() {
           NoZones, "Class_TimeZoneTools.fncPopulateTZICollection",
           "Unable to locate Time Zones information in Registry under the key: \r\n" + std::string{ZonesPath}};
     std::vector<std::string> keys;
+    keys.reserve(found.size());
     for (const TimeZoneRef& zone : found) keys.push_back(sortKey(zone->DisplayName));
     std::vector<TimeZoneRef> sorted;
+    sorted.reserve(found.size());
     for (const std::size_t index : Form_Sort{}.subDisplay(keys)) sorted.push_back(found[index]);
     timeZones_ = std::move(sorted);
     return true;

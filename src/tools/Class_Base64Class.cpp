@@ -11,7 +11,8 @@ constexpr std::size_t LineLength = 76;
 
 constexpr std::array<std::uint8_t, 256> inverseAlphabet() {
   std::array<std::uint8_t, 256> inverse{};
-  for (std::uint8_t i = 0; i < Alphabet.size(); ++i) inverse[static_cast<std::uint8_t>(Alphabet[i])] = i;
+  for (std::size_t i = 0; i < Alphabet.size(); ++i)
+    inverse[static_cast<std::uint8_t>(Alphabet[i])] = static_cast<std::uint8_t>(i);
   return inverse;
 }
 

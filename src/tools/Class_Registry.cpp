@@ -45,8 +45,8 @@ std::string textOfData(const Bytes& data) {
 
 std::optional<std::int32_t> numberOfData(const Bytes& data) {
   if (data.size() < 4) return std::nullopt;
-  return static_cast<std::int32_t>(data[0] | data[1] << 8U | data[2] << 16U |
-                                   static_cast<std::uint32_t>(data[3]) << 24U);
+  return static_cast<std::int32_t>(data[0] | std::uint32_t{data[1]} << 8 | std::uint32_t{data[2]} << 16 |
+                                   std::uint32_t{data[3]} << 24);
 }
 
 Bytes dataOfNumber(std::int32_t number) {

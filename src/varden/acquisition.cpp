@@ -9,7 +9,7 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr std::int64_t LongestGapSeconds = 30 * 86400;
+constexpr std::int64_t LongestGapSeconds = std::int64_t{30} * 86400;
 
 /// The second a date lies in. Sums of days carry a noise of about a microsecond, which must not move a date
 /// on a whole second into the one before.
