@@ -17,14 +17,18 @@
 namespace hy_wristlog::workbench {
 
 using namespace std::chrono_literals;
+using simulator::always;
 using simulator::BenchOptions;
-using simulator::LoggerModel;
+using simulator::once;
 namespace block = simulator::block;
 
 inline constexpr enmLoggerPointer Models[] = {LggrPntr_KRVivid, LggrPntr_KRII};
 
-inline BenchOptions optionsOf(enmLoggerPointer model) {
-  return model == LggrPntr_KRVivid ? simulator::vividBenchOptions() : simulator::kestrin2BenchOptions();
+inline BenchOptions optionsOf(enmLoggerPointer model, const char* firmware = nullptr) {
+  auto options =
+      model == LggrPntr_KRVivid ? simulator::vividBenchOptions() : simulator::kestrin2BenchOptions();
+  if (firmware != nullptr) options.Logger.Firmware = firmware;
+  return options;
 }
 
 /// Every how manyth position of a long series is tried: `WRISTLOG_TEST_STRIDE`, or all of them, or, under
@@ -124,41 +128,38 @@ inline Arrange all(std::vector<Arrange> steps) {
     for (const Arrange& step : steps) step(desk);
   };
 }
-inline const Arrange OtherModel = [](Workbench& desk) {
-  desk.stored().set(block::Model, desk.Model == LggrPntr_KRVivid ? 1 : 2);
-};
-inline const Arrange SecondDock = [](Workbench& desk) {
-  desk.bench.World->addDock({desk.bench.Dock->kind(), 41, {}});
-};
-inline const Arrange NoDock = [](Workbench& desk) { desk.bench.Dock->unplug(); };
-inline const Arrange NoLogger = [](Workbench& desk) { desk.bench.Dock->pullOut(); };
-inline const Arrange Silent = [](Workbench& desk) { desk.logger().Faults.Silent = true; };
-inline const Arrange LockedUp = [](Workbench& desk) { desk.bench.Dock->Faults.LockedUp = true; };
-inline Arrange badConfig(simulator::Fault when) {
-  return [=](Workbench& desk) { desk.logger().Faults.BadConfigChecksum = when; };
+inline Arrange holdPort(bool held = true) {
+  return [=](Workbench& desk) { desk.bench.Dock->Faults.Held = held; };
 }
-inline Arrange badLines(simulator::Fault when) {
-  return [=](Workbench& desk) { desk.logger().Faults.BadLineChecksum = when; };
+// clang-format off
+inline const Arrange
+    OtherModel = [](auto& desk) { desk.stored().set(block::Model, desk.Model == LggrPntr_KRVivid ? 1 : 2); },
+    SecondDock = [](auto& desk) { desk.bench.World->addDock({desk.bench.Dock->kind(), 41, {}}); },
+    NoDock = [](auto& desk) { desk.bench.Dock->unplug(); },
+    NoLogger = [](auto& desk) { desk.bench.Dock->pullOut(); },
+    Silent = [](auto& desk) { desk.logger().Faults.Silent = true; },
+    LockedUp = [](auto& desk) { desk.bench.Dock->Faults.LockedUp = true; };
+// clang-format on
+inline Arrange fails(simulator::Fault simulator::LoggerFaults::*fault, simulator::Fault when = always()) {
+  return [=](Workbench& desk) { desk.logger().Faults.*fault = when; };
 }
-inline Arrange transferFault(simulator::Fault simulator::TransferFaults::*fault, simulator::Fault when) {
-  return [=](Workbench& desk) { desk.logger().Faults.Transfer.*fault = when; };
+inline Arrange badConfig(simulator::Fault when = always()) {
+  return fails(&simulator::LoggerFaults::BadConfigChecksum, when);
 }
-inline Arrange openFails(std::int32_t number, simulator::Fault when) {
+inline Arrange badLines(simulator::Fault when = always()) {
+  return fails(&simulator::LoggerFaults::BadLineChecksum, when);
+}
+inline Arrange openFails(std::int32_t number, simulator::Fault when = always()) {
   return [=](Workbench& desk) { desk.bench.Dock->Faults.Open = {number, when}; };
 }
 
 /// A workbench whose logger has recorded for a while and sits in its dock again.
-inline std::unique_ptr<Workbench> recorded(enmLoggerPointer model, const BenchOptions& options,
-                                           simulator::nanoseconds worn = 20min, std::int32_t epoch = 30,
+inline std::unique_ptr<Workbench> recorded(enmLoggerPointer model, simulator::nanoseconds worn = 20min,
                                            const simulator::WearOptions& wear = {}) {
-  auto made = std::make_unique<Workbench>(model, options);
-  made->logger().setUp(ordinarySetup(*made->bench.World, simulator::Mode::Activity, epoch));
+  auto made = std::make_unique<Workbench>(model);
+  made->logger().setUp(ordinarySetup(*made->bench.World, simulator::Mode::Activity, 30));
   made->logger().wear(worn, wear);
   return made;
-}
-inline std::unique_ptr<Workbench> recorded(enmLoggerPointer model, simulator::nanoseconds worn = 20min,
-                                           std::int32_t epoch = 30, const simulator::WearOptions& wear = {}) {
-  return recorded(model, optionsOf(model), worn, epoch, wear);
 }
 
 }  // namespace hy_wristlog::workbench
