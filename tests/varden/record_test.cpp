@@ -1,6 +1,6 @@
 #include "varden/record.h"
 
-#include <functional>
+#include <array>
 
 #include "base/dates.h"
 #include "varden/VardenLogger.h"
@@ -15,44 +15,37 @@ using RecordTest = InSimulatedWorld;
 TEST_F(RecordTest, FirmwareAndWhatItCanDo) {
   // v: known; m: memory-full flag and loaded voltage; s: sleep; e: new events; l: new light scale.
   std::istringstream cases(
-      "00.01.0022: 00.01.0023:v 00.01.0028:v 00.01.0029:ve 00.01.0030:v 00.01.9999:v 00.00.0029: "
-      "00.02.0000:vse "
-      "00.02.0001:vse 00.02.0002:vmse 00.03.0002: 01.00.0000:vmse 01.01.0000:vmsel 01.02.0000: 02.00.0000: "
-      "01.01.000: 01x01y0000tail:vmsel 01.01.00a0: +1.01.0000: 01\u00EB01.0000:vmsel :");
+      "00.01.0022: 00.01.0023:v 00.01.0028:v 00.01.0029:ve 00.01.0030:v 00.01.9999:v 00.00.0029: : "
+      "00.02.0000:vse 00.02.0001:vse 00.02.0002:vmse 00.03.0002: 01.00.0000:vmse 01.01.0000:vmsel "
+      "01.02.0000: 02.00.0000: 01.01.000: 01x01y0000tail:vmsel 01.01.00a0: +1.01.0000: "
+      "01\u00EB01.0000:vmsel");
   for (std::string row; cases >> row;) {
     const std::string text = row.substr(0, row.find(':')), can = row.substr(text.size() + 1);
-    VardenRecord record;
-    record.FirmwareVersion = text;
-    const auto abilities = [&] {
-      return std::string(isValidFirmware(record) ? "v" : "") + (hasMemoryFullFlag(record) ? "m" : "") +
-             (hasSleepMode(record) ? "s" : "") + (hasNewEventFormat(record) ? "e" : "") +
-             (hasNewLightScaleFactors(record) ? "l" : "");
-    };
-    record.DeviceType = KR_QUILLANDER;
-    EXPECT_EQ(abilities(), can) << text;
+    const VardenRecord record = loggerRecord(KR_QUILLANDER, 1, text.c_str());
+    EXPECT_EQ(std::string(isValidFirmware(record) ? "v" : "") + (hasMemoryFullFlag(record) ? "m" : "") +
+                  (hasSleepMode(record) ? "s" : "") + (hasNewEventFormat(record) ? "e" : "") +
+                  (hasNewLightScaleFactors(record) ? "l" : ""),
+              can)
+        << text;
     EXPECT_EQ(hasLoadedVoltage(record), hasMemoryFullFlag(record));
-    record.DeviceType = KR_TOLKA;
-    EXPECT_EQ(abilities().find('l'), std::string::npos);
+    EXPECT_FALSE(hasNewLightScaleFactors(loggerRecord(KR_TOLKA, 1, text.c_str())));
   }
 }
 
 TEST_F(RecordTest, VersionAnswers) {
-  const struct {
-    enmDeviceType Device;
-    const char *Answer, *Versions;  ///< firmware|display firmware
-  } cases[] = {
+  // Answer; firmware|display firmware.
+  const std::tuple<enmDeviceType, const char*, const char*> cases[] = {
       {KR_QUILLANDER, "01.01.000", "|"},
       {KR_QUILLANDER, "01.01.0002 1.23", "01.01.0002|"},
       {KR_QUILLANDER, "01.01.0002 1.234xx", "01.01.0002|1.234"},
       {KR_TOLKA, "01.01.0002 1.234", "01.01.0002 1.234|"},
       {Device_Unknown, "01.01.0002 1.234", "old|old"},
   };
-  for (const auto& row : cases) {
-    VardenRecord record;
-    record.DeviceType = row.Device;
-    record.FirmwareVersion = record.LCDfirmwareVersion = "old";
-    parseVersionInfo(record, row.Answer);
-    EXPECT_EQ(record.FirmwareVersion + "|" + record.LCDfirmwareVersion, row.Versions) << row.Answer;
+  for (const auto& [device, answer, versions] : cases) {
+    VardenRecord record = loggerRecord(device, 1, "old");
+    record.LCDfirmwareVersion = "old";
+    parseVersionInfo(record, answer);
+    EXPECT_EQ(record.FirmwareVersion + "|" + record.LCDfirmwareVersion, versions) << answer;
   }
 }
 
@@ -75,11 +68,8 @@ TEST_F(RecordTest, CopyLeavesTheRecordingBehind) {
   VardenRecord record;
   record.SerialNumber = "C1";
   record.Unused1 = record.RawData = ByteArray{1};
-  record.MarkerCount = record.Samples = 5;
   const VardenRecord copy = record.copy();
-  EXPECT_EQ(copy.SerialNumber, "C1");
-  EXPECT_TRUE(copy.Unused1 && !copy.RawData);
-  EXPECT_EQ(copy.MarkerCount - copy.Samples, 5);
+  EXPECT_TRUE(copy.SerialNumber == "C1" && copy.Unused1 && !copy.RawData);
 }
 
 TEST_F(RecordTest, EraseLeavesOnlyTheWristArrayOfLoggersWithoutBlueLight) {
@@ -109,16 +99,13 @@ TEST_F(RecordTest, ClockIsCarriedOnFromItsLastReading) {
 }
 
 TEST_F(RecordTest, RawDataByCount) {
-  const struct {
-    std::int32_t Count, BytesUsed;
-    std::size_t Size;
-  } cases[] = {{-1, 3, 0}, {0, 0, 5}, {0, 3, 3}, {2, 3, 2}, {9, 3, 5}, {0, 9, 5}, {0, -7, 0}};
   VardenLogger logger;
   EXPECT_TRUE(logger.Get_RawData(0).empty());
-  logger.record.RawData = ByteArray{1, 2, 3, 4, 5};
-  for (const auto& row : cases) {
-    logger.record.BytesUsed = row.BytesUsed;
-    EXPECT_EQ(logger.Get_RawData(row.Count).size(), row.Size) << row.Count << " " << row.BytesUsed;
+  logger.record.RawData = ByteArray(5);
+  for (const auto& [count, bytesUsed, size] : std::initializer_list<std::array<int, 3>>{
+           {-1, 3, 0}, {0, 0, 5}, {0, 3, 3}, {2, 3, 2}, {9, 3, 5}, {0, 9, 5}, {0, -7, 0}}) {
+    logger.record.BytesUsed = bytesUsed;
+    EXPECT_EQ(static_cast<int>(logger.Get_RawData(count).size()), size) << count << " " << bytesUsed;
   }
 }
 
@@ -126,10 +113,10 @@ struct AskedHost : Host {
   MessageBoxButton Answer = MessageBoxButton::No;
   std::string Asked, Clipboard, Progress;
   bool Throws = false;
-  MessageBoxButton showMessageBox(std::string_view title, std::string_view text,
-                                  std::int32_t buttons) override {
+  MessageBoxButton showMessageBox(std::string_view title, std::string_view text, std::int32_t type) override {
     if (Throws) throw std::runtime_error("no window");
-    Asked = std::string(title) + "|" + std::string(text) + "|" + std::to_string(buttons);
+    EXPECT_EQ(title, "Copy diag to clipboard?");
+    Asked = std::string(text) + "|" + std::to_string(type);
     return Answer;
   }
   void copyToClipboard(std::string_view text) override { Clipboard = text; }
@@ -144,17 +131,14 @@ TEST_F(RecordTest, EndOfALoggerAsksAboutItsWindow) {
   VardenLogger().subHideFormComm();
   EXPECT_EQ(host->Asked, "");
   for (const auto answer : {MessageBoxButton::No, MessageBoxButton::Cancel, MessageBoxButton::Yes}) {
+    EXPECT_EQ(host->Clipboard, "");
     host->Answer = answer;
     VardenLogger logger;
     logger.subShowFormComm();
     logger.link().subShowCOM("traffic");
-    EXPECT_EQ(host->Clipboard, "");
   }
-  EXPECT_EQ(host->Asked,
-            "Copy diag to clipboard?|Do you want a copy of the text in the diag window copied to the "
-            "clipboard?|14");
+  EXPECT_EQ(host->Asked, "Do you want a copy of the text in the diag window copied to the clipboard?|14");
   EXPECT_NE(host->Clipboard.find("traffic"), std::string::npos);
-
   host->Throws = true;
   EXPECT_NO_THROW(VardenLogger().subShowFormComm());
 }
@@ -162,7 +146,7 @@ TEST_F(RecordTest, EndOfALoggerAsksAboutItsWindow) {
 TEST_F(RecordTest, LinkEventsReachEveryListener) {
   struct Listener : VardenLoggerEvents {
     std::string Seen;
-    std::function<void()> AtAbort = [] {};
+    VardenLogger* Leaves = nullptr;
     void CommEventError(std::int32_t number, std::string& text) override {
       Seen += std::to_string(number) + text;
       text += "!";
@@ -170,7 +154,7 @@ TEST_F(RecordTest, LinkEventsReachEveryListener) {
     void CommProgress(std::string& text) override { Seen += text; }
     void AbortAcknowledged() override {
       Seen += "abort";
-      AtAbort();
+      if (Leaves != nullptr) Leaves->listeners.clear();
     }
   };
   const auto host = std::make_shared<AskedHost>();
@@ -178,7 +162,7 @@ TEST_F(RecordTest, LinkEventsReachEveryListener) {
   VardenLogger logger;
   const auto first = std::make_shared<Listener>(), second = std::make_shared<Listener>();
   logger.listeners = {first, second};
-  first->AtAbort = [&] { logger.listeners.clear(); };
+  first->Leaves = &logger;
   auto& events = (CommEvents&)logger;  // what the link holds
   std::string error = "overrun", progress = "half";
   events.CommEventError(3004, error);

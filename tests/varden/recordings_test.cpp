@@ -57,16 +57,15 @@ struct Script {
 TEST(Recordings, DecodesBelievableRecordings) {
   std::mt19937 random(20200101);
   for (int round = 0; round < 500; ++round) {
-    SCOPED_TRACE(round);
     Script script(random);
     VardenRecord& record = script.Record;
     Decoding decode;
     decode(record, script.Bytes);
-    ASSERT_EQ(decode.Result, Decode_OK);
-    ASSERT_EQ(record.ActivityArray, script.Activity);
-    ASSERT_EQ(record.WristStatusArray, script.Wrist);
-    ASSERT_EQ(record.MarkerArray, script.Marker);
-    ASSERT_EQ(record.MarkerCount, script.Markers);
+    ASSERT_EQ(decode.Result, Decode_OK) << round;
+    ASSERT_EQ(record.ActivityArray, script.Activity) << round;
+    ASSERT_EQ(record.WristStatusArray, script.Wrist) << round;
+    ASSERT_EQ(record.MarkerArray, script.Marker) << round;
+    ASSERT_EQ(record.MarkerCount, script.Markers) << round;
   }
 }
 

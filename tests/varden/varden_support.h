@@ -4,15 +4,15 @@
 
 #include <cmath>
 #include <cstdio>
-#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 #include "base/formats.h"
 #include "simulator/simulated_world.h"
+#include "support/failures.h"
+#include "support/in_world.h"
 #include "varden/stream_decoder.h"
 
 namespace hy_wristlog {
@@ -35,22 +35,14 @@ struct Stream {
       const auto is = [&](const char* form, int count) {
         return std::sscanf(word.c_str(), form, &first, &second) == count;
       };
-      if (is("start@%d", 1))
-        event(1, first);
-      else if (is("stop@%d", 1))
-        event(2, first);
-      else if (is("event%d@%d", 2))
-        event(first, second);
-      else if (is("event%d=%d", 2))
-        eventValue(first, second);
-      else if (is("status%d", 1))
-        status(first);
-      else if (is("%dx%d", 2))
-        many(second, first);
-      else if (is("%d", 1))
-        many(1, first);
-      else
-        throw std::invalid_argument(word);
+      is("start@%d", 1)     ? event(1, first)
+      : is("stop@%d", 1)    ? event(2, first)
+      : is("event%d@%d", 2) ? event(first, second)
+      : is("event%d=%d", 2) ? eventValue(first, second)
+      : is("status%d", 1)   ? status(first)
+      : is("%dx%d", 2)      ? many(second, first)
+      : is("%d", 1)         ? many(1, first)
+                            : throw std::invalid_argument(word);
     }
   }
 
@@ -129,17 +121,17 @@ std::string seriesText(const Array& array) {
   return text;
 }
 
-/// The arrays that hold something: "A 34 L 0.5 R .. G .. B ..".
+/// The arrays that hold something: " A 34 L 0.5 R .. G .. B ..".
 inline std::string seriesOf(const VardenRecord& record) {
   std::string text;
   const auto add = [&](const char* name, const auto& array) {
-    if (!array.empty()) text += (text.empty() ? "" : " ") + std::string(name) + " " + seriesText(array);
+    if (!array.empty()) text += name + seriesText(array);
   };
-  add("A", record.ActivityArray);
-  add("L", record.LightArray);
-  add("R", record.RedLightArray);
-  add("G", record.GreenLightArray);
-  add("B", record.BlueLightArray);
+  add(" A ", record.ActivityArray);
+  add(" L ", record.LightArray);
+  add(" R ", record.RedLightArray);
+  add(" G ", record.GreenLightArray);
+  add(" B ", record.BlueLightArray);
   return text;
 }
 
@@ -147,25 +139,15 @@ inline std::string seriesOf(const VardenRecord& record) {
 /// `withSource`; empty when there is none.
 template <class Step>
 std::string raisedBy(Step&& step, bool withSource = false) {
-  try {
-    step();
-    return {};
-  } catch (const Failure& failure) {
-    const std::size_t from = failure.Source.find(':') + 1;
-    const std::string source = failure.Source.substr(from, failure.Source.find('@') - from) + ": ";
-    return std::to_string(failure.Number) + " " + (withSource ? source : "") + failure.Description;
-  }
+  const Failure failure = caught(step);
+  if (failure.Number == 0) return {};
+  const std::size_t from = failure.Source.find(':') + 1;
+  const std::string source = failure.Source.substr(from, failure.Source.find('@') - from) + ": ";
+  return std::to_string(failure.Number) + " " + (withSource ? source : "") + failure.Description;
 }
 
-class InSimulatedWorld : public testing::Test {
- protected:
-  InSimulatedWorld() { former_ = platform::use(world); }
-  ~InSimulatedWorld() override { platform::use(former_); }
-
-  std::shared_ptr<simulator::SimulatedWorld> world = std::make_shared<simulator::SimulatedWorld>();
-
- private:
-  std::shared_ptr<platform::Platform> former_;
+struct InSimulatedWorld : testing::Test {
+  InWorld<simulator::SimulatedWorld> world;
 };
 
 }  // namespace hy_wristlog
