@@ -1,5 +1,5 @@
+#include <array>
 #include <cerrno>
-#include <map>
 
 #include "tools/Class_Registry.h"
 #include "tools/tools_test.h"
@@ -14,30 +14,27 @@ constexpr const char* ComPorts = "{4D36E978-E325-11CE-BFC1-08002BE10318}";
 TEST(Devices, PortOfTheOneMatchingDevice) {
   using Names = std::vector<std::pair<std::string, std::string>>;
   const char* match = "usb\\vid_5245&pid_4000&rev_0600";
-  const struct {
-    Names Devices;
-    std::int16_t Port, Count;
-    int FailingNames;
-  } cases[] = {{{}, 0, 0, 0},
-               {{{match, "Dock (COM33)"}}, 33, 1, 0},
-               {{{"USB\\VID_0001&PID_4000", "COM1"}, {match, "COM 7"}}, 7, 1, 0},
-               {{{match, "Dock (COM33)"}, {match, "Dock (COM34)"}}, 0, 2, 0},
-               {{{match, "Communications Dock"}}, 0, 1, 0},
-               {{{match, "COM99999"}}, 0, 1, 0},
-               {{{match, std::string("Dock\0(COM33)", 12)}}, 0, 1, 0},
-               {{{"USB\\VID_0001&PID_5245_4000", "COM3"}}, 3, 1, 0},
-               {{{std::string("USB\\VID_0001\0USB\\VID_5245&PID_4000", 34), "COM3"}}, 0, 0, 0},
-               {{{match, "COM3"}}, 3, 1, 2},
-               {{{match, "COM3"}}, 0, 1, 3}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(&c - cases);
+  // Port, count, failing names.
+  const std::tuple<Names, std::int16_t, std::int16_t, int> cases[] = {
+      {{}, 0, 0, 0},
+      {{{match, "Dock (COM33)"}}, 33, 1, 0},
+      {{{"USB\\VID_0001&PID_4000", "COM1"}, {match, "COM 7"}}, 7, 1, 0},
+      {{{match, "Dock (COM33)"}, {match, "Dock (COM34)"}}, 0, 2, 0},
+      {{{match, "Communications Dock"}}, 0, 1, 0},
+      {{{match, "COM99999"}}, 0, 1, 0},
+      {{{match, std::string("Dock\0(COM33)", 12)}}, 0, 1, 0},
+      {{{"USB\\VID_0001&PID_5245_4000", "COM3"}}, 3, 1, 0},
+      {{{std::string("USB\\VID_0001\0USB\\VID_5245&PID_4000", 34), "COM3"}}, 0, 0, 0},
+      {{{match, "COM3"}}, 3, 1, 2},
+      {{{match, "COM3"}}, 0, 1, 3}};
+  for (const auto& [devices, port, count, failing] : cases) {
     const InWorld<simulator::SimulatedWorld> world;
-    for (const auto& [id, name] : c.Devices) world->addDock({{}, 33, {}, id, name});
-    world->Faults.FriendlyName.When = {0, c.FailingNames};
-    std::int16_t count = -1;
-    EXPECT_EQ(Tools().fncUSBdeviceCOMport("5245", "4000", ComPorts, count), c.Port);
-    EXPECT_EQ(count, c.Count);
-    EXPECT_NEAR(world->elapsed(), c.FailingNames > 0 ? 0.2 : 0, 1e-6);
+    for (const auto& [id, name] : devices) world->addDock({{}, 33, {}, id, name});
+    world->Faults.FriendlyName.When = {0, failing};
+    std::int16_t found = -1;
+    EXPECT_EQ(Tools().fncUSBdeviceCOMport("5245", "4000", ComPorts, found), port);
+    EXPECT_EQ(found, count);
+    EXPECT_NEAR(world->elapsed(), failing > 0 ? 0.2 : 0, 1e-6);
   }
 }
 
@@ -60,30 +57,27 @@ TEST_F(ToolsTest, EnumerationThatFails) {
 }
 
 TEST(Locale, FormatsAndTheirDefaults) {
-  const struct {
-    const char *Separator, *LongDate, *ShortDate, *Time;
-    char Code;
-    const char *Long, *Short, *Marked, *Medium;
-  } cases[] = {{"", "", "", "", '.', "dddd, MMMM dd, yyyy", "M/d/yyyy", "Hh:Nn:Ss", "Hh:Nn"},
-               {",", "d' de 'MMMM", "dd.MM.yy", "h:mm:ss tt", ',', "d de MMMM", "dd.MM.yy", "h:mm:ss AMPM",
-                "h:mm AMPM"},
-               {".", "d", "d", "HH.mm.s", '.', "d", "d", "HH.mm.s", "HH.mm"},
-               {".", "d", "d", "ss:HH", '.', "d", "d", "ss:HH", ":HH"},
-               {".", "d", "d", "Hh時Nn分Ss秒", '.', "d", "d", "Hh時Nn分Ss秒", "Hh時Nn秒"}};
-  for (const auto& c : cases) {
+  // Separator, long date, short date and time as they are given, and then the answers.
+  const std::pair<std::array<const char*, 4>, std::array<const char*, 5>> cases[] = {
+      {{"", "", "", ""}, {".", "dddd, MMMM dd, yyyy", "M/d/yyyy", "Hh:Nn:Ss", "Hh:Nn"}},
+      {{",", "d' de 'MMMM", "d.M.", "h:mm:ss tt"}, {",", "d de MMMM", "d.M.", "h:mm:ss AMPM", "h:mm AMPM"}},
+      {{".", "d", "d", "HH.mm.s"}, {".", "d", "d", "HH.mm.s", "HH.mm"}},
+      {{".", "d", "d", "ss:HH"}, {".", "d", "d", "ss:HH", ":HH"}},
+      {{".", "d", "d", "Hh時Nn分Ss秒"}, {".", "d", "d", "Hh時Nn分Ss秒", "Hh時Nn秒"}}};
+  for (const auto& [given, answers] : cases) {
     simulator::WorldOptions options;
-    const char* const given[] = {c.Separator, c.LongDate, c.ShortDate, c.Time};
-    for (int item = 0; item < 4; ++item) options.Locale[static_cast<LocaleItem>(item)] = given[item];
+    for (std::size_t i = 0; i < 4; ++i) options.Locale[static_cast<LocaleItem>(i)] = given[i];
     const InWorld<simulator::SimulatedWorld> world{options};
-    EXPECT_EQ(std::get<std::int16_t>(Tools().fncGetLocaleDecimalSeparator(true)), c.Code);
-    EXPECT_EQ(std::get<std::string>(Tools().fncGetLocaleDecimalSeparator()), std::string{c.Code});
-    EXPECT_EQ(Tools().fncGetLocaleLongDateFormat(), c.Long);
-    EXPECT_EQ(Tools().fncGetLocaleShortDateFormat(), c.Short);
-    EXPECT_EQ(Tools().fncGetLocaleTimeFormat(true), c.Marked);
-    EXPECT_EQ(Tools().fncGetLocaleMediumTimeFormat(), c.Medium);
-    const std::pair<std::int32_t, const char*> items[] = {
-        {14, c.Separator}, {31, c.ShortDate}, {32, c.LongDate}, {4099, c.Time}, {1, ""}};
-    for (const auto& [item, text] : items) EXPECT_EQ(Tools().fncGetUserLocaleInfo(1024, item), text);
+    EXPECT_EQ(std::get<std::int16_t>(Tools().fncGetLocaleDecimalSeparator(true)), answers[0][0]);
+    EXPECT_EQ(std::get<std::string>(Tools().fncGetLocaleDecimalSeparator()), answers[0]);
+    EXPECT_EQ(Tools().fncGetLocaleLongDateFormat(), answers[1]);
+    EXPECT_EQ(Tools().fncGetLocaleShortDateFormat(), answers[2]);
+    EXPECT_EQ(Tools().fncGetLocaleTimeFormat(true), answers[3]);
+    EXPECT_EQ(Tools().fncGetLocaleMediumTimeFormat(), answers[4]);
+    std::size_t index = 0;
+    for (const std::int32_t item : {14, 32, 31, 4099})
+      EXPECT_EQ(Tools().fncGetUserLocaleInfo(1024, item), given[index++]);
+    EXPECT_EQ(Tools().fncGetUserLocaleInfo(1024, 1), "");
   }
 }
 
@@ -93,34 +87,30 @@ TEST(Registry, KeepsTypes) {
   const InWorld<simulator::SimulatedWorld> world{options};
   platform::SettingsStore& store = world->settings();
   Class_Registry registry;
-  const struct {
-    std::int32_t Type;
-    RegistryValue Written, Read;
-    Bytes Data;
-  } cases[] = {{1, "ab", "ab", {'a', 'b', 0}},
-               {1, 17, "17", {'1', '7', 0}},
-               {1, {}, "", {0}},
-               {2, "%HOME%/x%NO%%HOME%%", "/home/u/x%NO%/home/u%", bytesOf({"%HOME%/x%NO%%HOME%%", 20})},
-               {3, Bytes{1, 0, 2}, Bytes{1, 0, 2}, {1, 0, 2}},
-               {3, {}, Bytes{}, {}},
-               {4, -2, -2, {0xFE, 0xFF, 0xFF, 0xFF}},
-               {4, "&H102", 0x102, {2, 1, 0, 0}},
-               {4, {}, 0, {0, 0, 0, 0}},
-               {5, INT32_MIN + 0x010203, INT32_MIN + 0x010203, {0x80, 1, 2, 3}}};
+  const std::tuple<std::int32_t, RegistryValue, RegistryValue, Bytes> cases[] = {
+      {1, "ab", "ab", {'a', 'b', 0}},
+      {1, 17, "17", {'1', '7', 0}},
+      {1, {}, "", {0}},
+      {2, "%HOME%/x%NO%%HOME%%", "/home/u/x%NO%/home/u%", bytesOf({"%HOME%/x%NO%%HOME%%", 20})},
+      {3, Bytes{1, 0, 2}, Bytes{1, 0, 2}, {1, 0, 2}},
+      {3, {}, Bytes{}, {}},
+      {4, -2, -2, {0xFE, 0xFF, 0xFF, 0xFF}},
+      {4, "&H102", 0x102, {2, 1, 0, 0}},
+      {4, {}, 0, {0, 0, 0, 0}},
+      {5, INT32_MIN + 0x010203, INT32_MIN + 0x010203, {0x80, 1, 2, 3}}};
   const auto root = Class_Registry::CurrentUser;
-  for (const auto& c : cases) {
-    SCOPED_TRACE(&c - cases);
-    registry.SetRegistrySetting(root, "Soft\\Key", "Name", c.Written, c.Type);
-    EXPECT_EQ(store.read(root, "Soft\\Key", "Name")->Data, c.Data);
-    EXPECT_EQ(registry.GetRegistrySetting(root, "Soft\\Key", "Name", 1, {}), c.Read);
+  for (const auto& [type, written, read, data] : cases) {
+    registry.SetRegistrySetting(root, "Soft\\Key", "Name", written, type);
+    EXPECT_EQ(store.read(root, "Soft\\Key", "Name")->Data, data);
+    EXPECT_EQ(registry.GetRegistrySetting(root, "Soft\\Key", "Name", 1, {}), read);
   }
-  for (const auto& [type, value] : std::map<std::int32_t, RegistryValue>{
-           {1, Bytes{1}}, {3, "text"}, {4, "text"}, {5, Bytes{1}}, {7, "x"}}) {
+  const auto refusal = [&](std::int32_t type, const RegistryValue& value) {
     registry.ValueType = type;
-    EXPECT_EQ(numberOf([&, &v = value] { registry.Let_Value(v); }),
-              type == 7 ? fault::InvalidCall : fault::TypeMismatch)
-        << type;
-  }
+    return numberOf([&] { registry.Let_Value(value); });
+  };
+  for (const auto number : {refusal(1, Bytes{1}), refusal(3, "a"), refusal(4, "a"), refusal(5, Bytes{1})})
+    EXPECT_EQ(number, fault::TypeMismatch);
+  EXPECT_EQ(refusal(7, "x"), fault::InvalidCall);
   for (const platform::SettingValue& unusable : {platform::SettingValue{4, {1, 2}}, {7, {1, 2}}}) {
     store.write(0, "K", "V", unusable);
     EXPECT_EQ(registry.GetRegistrySetting(0, "K", "V", 4, "999"), RegistryValue("999"));
@@ -137,8 +127,7 @@ TEST(Registry, TellsWhatTheStoreRefuses) {
   std::vector<std::string> names;
   std::int32_t count = 0;
   registry.Let_Value("x");
-  EXPECT_TRUE(registry.EnumerateValues(names, count));
-  EXPECT_EQ(names, std::vector<std::string>{"V"});
+  EXPECT_TRUE(registry.EnumerateValues(names, count) && names == std::vector<std::string>{"V"});
   EXPECT_TRUE(registry.DeleteValue() && !registry.DeleteValue() && registry.Get_KeyExists());
   EXPECT_TRUE(registry.DeleteKey() && !registry.Get_KeyExists());
   registry.CreateEXEAssociation("/bin/p", "Prog.File", "A file", "ext");

@@ -1,6 +1,7 @@
+#include <array>
 #include <cerrno>
 #include <filesystem>
-#include <map>
+#include <sstream>
 
 #include "support/surroundings.h"
 #include "tools/paths.h"
@@ -13,8 +14,7 @@ namespace fs = std::filesystem;
 using simulator::always, simulator::once;
 
 /// Works in real files under the world's own folder.
-class FilesTest : public ToolsTest {
- protected:
+struct FilesTest : ToolsTest {
   std::string at(const std::string& name) const { return world_->rootFolder() + "/" + name; }
   std::string put(const std::string& name, std::string_view content) const {
     return putFile(at(name), content);
@@ -22,40 +22,37 @@ class FilesTest : public ToolsTest {
 };
 
 TEST_F(FilesTest, PathsAreTakenApart) {
-  const struct {
-    const char *Path, *Name, *Extension, *Folder, *Closed, *Open;
-  } cases[] = {{"C:\\a\\b.txt", "b.txt", ".txt", "C:\\a\\", "C:\\a\\", "C:\\a"},
-               {"C:\\a", "a", "", "C:\\a", "C:\\a\\", "C:\\a"},
-               {"C:\\a.b\\", "a.b\\", "", "C:\\a.b\\", "C:\\a.b\\", "C:\\a.b"},
-               {"/x.y/b.c.txt", "b.c.txt", ".txt", "/x.y/", "/x.y/", "/x.y"},
-               {"/x.y/b", "b", "", "/x.y/b", "/x.y/b/", "/x.y/b"},
-               {"/a\\b.txt", "b.txt", ".txt", "/a\\", "/a\\", "/a"},
-               {"/a:b.txt", "a:b.txt", ".txt", "/", "/", ""},
-               {"C:b.txt", "b.txt", ".txt", "C:", "C:\\", "C:"},
-               {"a b.t t", "a b.t t", "", "a b.t t", "a b.t t\\", "a b.t t"},
-               {"", "", "", "", "", ""}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(Tools().fncRemovePath(c.Path), c.Name) << c.Path;
-    EXPECT_EQ(Tools().fncReturnFileExtension(c.Path), c.Extension) << c.Path;
-    EXPECT_EQ(Tools().fncRemoveFileName(c.Path), c.Folder) << c.Path;
-    EXPECT_EQ(Tools().fncRemoveFileName(c.Path, true), c.Closed) << c.Path;
-    EXPECT_EQ(Tools().fncRemoveFileName(c.Path, false), c.Open) << c.Path;
+  // Path; name, extension, folder; folder closed and open.
+  const std::array<const char*, 6> cases[] = {
+      {"C:\\a\\b.txt", "b.txt", ".txt", "C:\\a\\", "C:\\a\\", "C:\\a"},
+      {"C:\\a", "a", "", "C:\\a", "C:\\a\\", "C:\\a"},
+      {"C:\\a.b\\", "a.b\\", "", "C:\\a.b\\", "C:\\a.b\\", "C:\\a.b"},
+      {"/x.y/b.c.txt", "b.c.txt", ".txt", "/x.y/", "/x.y/", "/x.y"},
+      {"/x.y/b", "b", "", "/x.y/b", "/x.y/b/", "/x.y/b"},
+      {"/a\\b.txt", "b.txt", ".txt", "/a\\", "/a\\", "/a"},
+      {"/a:b.txt", "a:b.txt", ".txt", "/", "/", ""},
+      {"C:b.txt", "b.txt", ".txt", "C:", "C:\\", "C:"},
+      {"a b.t t", "a b.t t", "", "a b.t t", "a b.t t\\", "a b.t t"},
+      {"", "", "", "", "", ""}};
+  for (const auto& [path, name, extension, folder, closed, open] : cases) {
+    EXPECT_EQ(Tools().fncRemovePath(path), name) << path;
+    EXPECT_EQ(Tools().fncReturnFileExtension(path), extension) << path;
+    EXPECT_EQ(Tools().fncRemoveFileName(path), folder) << path;
+    EXPECT_EQ(Tools().fncRemoveFileName(path, true), closed) << path;
+    EXPECT_EQ(Tools().fncRemoveFileName(path, false), open) << path;
   }
-  for (const auto& [folder, path] : std::map<std::string, std::string>{
-           {"/a", "/a/b"}, {"C:\\a", "C:\\a\\b"}, {"/a\\", "/a\\b"}, {"", "b"}})
-    EXPECT_EQ(joinPath(folder, "b"), path);
+  EXPECT_EQ(joinPath("/a", "b") + joinPath("C:\\a", "b") + joinPath("/a\\", "b") + joinPath("", "b"),
+            "/a/bC:\\a\\b/a\\bb");
 }
 
 TEST_F(FilesTest, LinesGoThereAndBack) {
+  using Lines = std::vector<std::string>;
   const std::string file = at("f.txt");
-  EXPECT_TRUE(
-      Tools().fncSaveFile(world_->rootFolder() + "\\f.txt", std::vector<std::string>{"first", "", "3rd"}));
+  EXPECT_TRUE(Tools().fncSaveFile(world_->rootFolder() + "\\f.txt", Lines{"first", "", "3rd"}));
   EXPECT_EQ(contentOf(file), "first\r\n\r\n3rd\r\n");
-  const std::pair<const char*, std::vector<std::string>> cases[] = {
-      {"first\r\n\r\nthird\r\n", {"first", "", "third"}},
-      {"one\ntwo\rthree", {"one", "two", "three"}},
-      {"ab", {"ab"}},
-      {"a\r\nb\r\n", {"a", "b"}}};
+  const std::pair<const char*, Lines> cases[] = {{"first\r\n\r\nthird\r\n", {"first", "", "third"}},
+                                                 {"one\ntwo\rthree", {"one", "two", "three"}},
+                                                 {"ab", {"ab"}}};
   for (const auto& [content, lines] : cases) {
     put("f.txt", content);
     const auto read = Tools().fncReadFile2Array(file);
@@ -72,12 +69,12 @@ TEST_F(FilesTest, SystemErrorsBecomeTheUsualFaults) {
   put("f", "x");
   const std::string& root = world_->rootFolder();
   const std::tuple<std::string, int, std::int32_t> cases[] = {
-      {at("none"), ENOENT, fault::FileNotFound}, {at("none/f"), ENOENT, fault::PathNotFound},
-      {"/none", ENOENT, fault::FileNotFound},    {"none", ENOENT, fault::FileNotFound},
-      {at("f/g"), ENOTDIR, fault::PathNotFound}, {at("f"), EACCES, fault::PermissionDenied},
-      {at("f"), EPERM, fault::PermissionDenied}, {at("new"), EROFS, fault::PermissionDenied},
-      {root, EACCES, fault::PathFileAccess},     {root, EISDIR, fault::PathFileAccess},
-      {at("f"), ENOSPC, fault::DiskFull},        {at("f"), EIO, fault::PathFileAccess}};
+      {at("none"), ENOENT, fault::FileNotFound},  {at("none/f"), ENOENT, fault::PathNotFound},
+      {"/none", ENOENT, fault::FileNotFound},     {"none", ENOENT, fault::FileNotFound},
+      {at("f/g"), ENOTDIR, fault::PathNotFound},  {at("f"), EPERM, fault::PermissionDenied},
+      {at("f"), EACCES, fault::PermissionDenied}, {at("new"), EROFS, fault::PermissionDenied},
+      {root, EACCES, fault::PathFileAccess},      {root, EISDIR, fault::PathFileAccess},
+      {at("f"), ENOSPC, fault::DiskFull},         {at("f"), EIO, fault::PathFileAccess}};
   for (const auto& [path, error, expected] : cases) {
     world_->Faults.FileRead = world_->Faults.FileWrite = {error, always()};
     const auto [number, words] = failureOf([&, &p = path] { Tools().fncReadFile2Array(p); });
@@ -92,31 +89,23 @@ TEST_F(FilesTest, WhatIsThere) {
   for (const char* name : {"f.txt", "r", ".h", ".rh"}) put(name, "x");
   for (const char* name : {"r", ".rh"}) fs::permissions(at(name), fs::perms::owner_read);
   fs::create_directory(at("folder"));
-  const struct {
-    std::string Path;
-    bool File, Folder;
-    const char* Access;
-  } cases[] = {{at("f.txt"), true, true, "FileExistsFullAccess"},
-               {world_->rootFolder() + "\\f.txt", true, true, "FileExistsFullAccess"},
-               {at("r"), true, true, "FileExistsReadOnly"},
-               {at(".h"), true, true, "FileExistsHidden"},
-               {at(".rh"), true, true, "FileExistsReadOnlyAndHidden"},
-               {at("no.txt"), false, true, "FileDoesNotExist"},
-               {at("no"), false, false, "FileDoesNotExist"},
-               {at("no/f.txt"), false, false, "FileDoesNotExist"},
-               {at("folder"), false, true, "FileDoesNotExist"},
-               {at("folder/"), false, true, "FileDoesNotExist"},
-               {"/x.txt", false, true, "FileDoesNotExist"}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(Tools().fncFilePathExists(c.Path), c.File) << c.Path;
-    EXPECT_EQ(Tools().fncDirDirectory(c.Path), c.Folder) << c.Path;
-    EXPECT_EQ(Tools().fncCheckFileForReadWrite(c.Path), c.Access) << c.Path;
+  // Name behind the folder's, is a file, is a folder's, access.
+  std::istringstream cases(
+      "/f.txt 1 1 ExistsFullAccess \\f.txt 1 1 ExistsFullAccess /r 1 1 ExistsReadOnly /.h 1 1 ExistsHidden "
+      "/.rh 1 1 ExistsReadOnlyAndHidden /no.txt 0 1 DoesNotExist /no 0 0 DoesNotExist "
+      "/no/f.txt 0 0 DoesNotExist /folder 0 1 DoesNotExist /folder/ 0 1 DoesNotExist");
+  bool file = false, folder = false;
+  for (std::string name, access; cases >> name >> file >> folder >> access;) {
+    const std::string path = world_->rootFolder() + name;
+    EXPECT_EQ(Tools().fncFilePathExists(path), file) << path;
+    EXPECT_EQ(Tools().fncDirDirectory(path), folder) << path;
+    EXPECT_EQ(Tools().fncCheckFileForReadWrite(path), "File" + access) << path;
   }
+  EXPECT_TRUE(Tools().fncDirDirectory("/x.txt"));
   world_->Faults.FileRead = {EACCES, always()};
   EXPECT_EQ(numberOf([&] { Tools().fncCheckFileForReadWrite(at("f.txt")); }), fault::PermissionDenied);
   const std::string unspeakable = at(std::string(300, 'x'));
   EXPECT_EQ(numberOf([&] { Tools().fncFilePathExists(unspeakable); }), fault::PathFileAccess);
-  EXPECT_EQ(numberOf([&] { Tools().fncDirDirectory(unspeakable); }), fault::PathFileAccess);
 }
 
 TEST_F(FilesTest, FoldersAreMadeForEveryoneButNotAtHome) {
@@ -130,7 +119,6 @@ TEST_F(FilesTest, FoldersAreMadeForEveryoneButNotAtHome) {
   for (const char* own : {"AppData", "AppData/a", "AppData/a/b", "Documents/c"})
     EXPECT_TRUE(fs::is_directory(at(own)) && !isShared(own)) << own;
   EXPECT_TRUE(Tools().fncMakeDirectorys(at("AppDataOfOthers")) && isShared("AppDataOfOthers"));
-  EXPECT_TRUE(Tools().fncMakeDirectorys("f.txt"));
   EXPECT_FALSE(Tools().fncMakeDirectorys(put("file", "x")));
   EXPECT_EQ(numberOf([&] { Tools().fncMakeDirectorys(at("file/x")); }), fault::PathNotFound);
   EXPECT_TRUE(host_->Boxes.empty());
@@ -147,15 +135,13 @@ TEST_F(FilesTest, FoldersAreMadeForEveryoneButNotAtHome) {
   world_->Faults.ShareFolder = {EPERM, once()};
   EXPECT_TRUE(Tools().fncMakeDirectorys(at("e/f")));
   ASSERT_EQ(host_->Boxes.size(), 1U);
-  EXPECT_EQ(host_->Boxes[0],
-            "Error: Unable to Add ACL to DACL\r\nHY_Wristlog was unable to edit the permissions\r\n"
-            "of a directory named: " +
-                at("e") +
-                "\r\n"
-                "Other software users will have limited access to this directory\r\n"
-                "HY_Wristlog may not be able to write to the database.\r\n"
-                "Please contact your system adminstrator or \r\nHalcyra Product Support.");
-
+  const std::string end =
+      "\r\nOther software users will have limited access to this directory\r\n"
+      "HY_Wristlog may not be able to write to the database.\r\n"
+      "Please contact your system adminstrator or \r\nHalcyra Product Support.";
+  const std::string start =
+      "Error: Unable to Add ACL to DACL\r\nHY_Wristlog was unable to edit the permissions\r\n";
+  EXPECT_EQ(host_->Boxes[0], start + "of a directory named: " + at("e") + end);
   EXPECT_TRUE(Tools().fncSetAccess("everyone", at("e"), -1));
   for (const auto& [account, path, problem] :
        {std::tuple{"Nobody", at("e"), "Error: Unable to Lookup the Current User Account: Nobody\r\n"},
@@ -169,15 +155,14 @@ TEST_F(FilesTest, FoldersAreMadeForEveryoneButNotAtHome) {
 
 TEST_F(FilesTest, WritablePathsAreTriedOut) {
   put("file", "");
-  EXPECT_TRUE(Tools().fncCheckPathforReadWrite(at("f.txt")));
-  EXPECT_TRUE(Tools().fncCheckPathforReadWrite(at("new/deep")));
+  const auto writable = [&](const std::string& name) { return Tools().fncCheckPathforReadWrite(at(name)); };
+  EXPECT_TRUE(writable("f.txt") && writable("new/deep"));
   EXPECT_TRUE(fs::is_empty(at("new/deep")) && !fs::exists(at("MyTemp.txt")));
-  EXPECT_FALSE(Tools().fncCheckPathforReadWrite(at("file/x")));
-  EXPECT_FALSE(Tools().fncCheckPathforReadWrite(at(std::string(300, 'x'))));
+  EXPECT_FALSE(writable("file/x") || writable(std::string(300, 'x')));
   world_->Faults.FileWrite = {EACCES, once()};
-  EXPECT_FALSE(Tools().fncCheckPathforReadWrite(at("new/")));
+  EXPECT_FALSE(writable("new/"));
   world_->Faults.MakeFolder = {EACCES, once()};
-  EXPECT_FALSE(Tools().fncCheckPathforReadWrite(at("x")));
+  EXPECT_FALSE(writable("x"));
 }
 
 TEST_F(FilesTest, IniValuesAreRead) {

@@ -26,8 +26,7 @@ struct WatchedHost final : Host {
   std::vector<std::string> Boxes;
 };
 
-class ToolsTest : public testing::Test {
- protected:
+struct ToolsTest : testing::Test {
   ToolsTest() { world_->setHost(host_); }
   std::shared_ptr<WatchedHost> host_ = std::make_shared<WatchedHost>();
   InWorld<simulator::SimulatedWorld> world_;

@@ -74,7 +74,7 @@ TEST_F(RecordTest, CopyLeavesTheRecordingBehind) {
 
 TEST_F(RecordTest, EraseLeavesOnlyTheWristArrayOfLoggersWithoutBlueLight) {
   for (const bool blue : {true, false}) {
-    VardenRecord record;
+    VardenRecord record = loggerRecord(KR_QUILLANDER, 1);
     record.SerialNumber = "C1";
     record.RawData = ByteArray{1};
     record.ActivityArray = {1};
@@ -94,8 +94,6 @@ TEST_F(RecordTest, ClockIsCarriedOnFromItsLastReading) {
   logger.record.LastLoggerTime = now - 100;
   logger.record.LastTimeLoggerRead = now - 2;
   EXPECT_EQ(logger.Get_CurrentGMTtime(), now - 98);
-  logger.subErase();
-  EXPECT_EQ(logger.Get_CurrentGMTtime(), now);
 }
 
 TEST_F(RecordTest, RawDataByCount) {

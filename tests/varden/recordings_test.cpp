@@ -16,8 +16,7 @@ struct Script {
   std::int32_t Time = 0;
 
   void add(std::int32_t activity, Tristate wrist, bool marked = false) {
-    Activity.push_back(activity);
-    Wrist.push_back(wrist);
+    Activity.push_back(activity), Wrist.push_back(wrist);
     Marker.push_back(marked ? Tristate::True : Tristate::Empty);
   }
   explicit Script(std::mt19937& random) {
