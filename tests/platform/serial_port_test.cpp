@@ -87,6 +87,7 @@ TEST(SerialPort, CarriesEveryByteBothWays) {
   EXPECT_EQ(bytesFrom(*port, all.size()), all);
   EXPECT_EQ(port->write(asBytes(all)), all.size());
   EXPECT_EQ(far.receive(all.size()), all);
+  EXPECT_EQ(port->outstanding() + port->takeErrors().Framing, 0U);
   far.send("stale");
   std::this_thread::sleep_for(std::chrono::milliseconds{20});
   port->discardInput();
@@ -192,9 +193,10 @@ TEST(SerialPort, EveryMemberSeesThatTheDeviceHasGone) {
   }();
   std::array<std::uint8_t, 4> buffer{};
   const std::function<void()> members[] = {
-      [&] { port->read(buffer); },   [&] { port->write(buffer); }, [&] { port->outstanding(); },
-      [&] { port->discardInput(); }, [&] { port->setDtr(true); },  [&] { port->setRts(false); },
-      [&] { port->modemLines(); },   [&] { port->takeErrors(); },  [&] { port->configure({}); }};
+      [&] { port->read(buffer); }, [&] { port->read({}); },      [&] { port->write(buffer); },
+      [&] { port->write({}); },    [&] { port->outstanding(); }, [&] { port->discardInput(); },
+      [&] { port->setDtr(true); }, [&] { port->setRts(false); }, [&] { port->modemLines(); },
+      [&] { port->takeErrors(); }, [&] { port->configure({}); }};
   for (const auto& member : members) EXPECT_EQ(numberOf(member), 8015) << &member - members;
 }
 

@@ -106,6 +106,7 @@ TEST_F(FilesTest, WhatIsThere) {
   EXPECT_EQ(numberOf([&] { Tools().fncCheckFileForReadWrite(at("f.txt")); }), fault::PermissionDenied);
   const std::string unspeakable = at(std::string(300, 'x'));
   EXPECT_EQ(numberOf([&] { Tools().fncFilePathExists(unspeakable); }), fault::PathFileAccess);
+  EXPECT_EQ(numberOf([&] { Tools().fncDirDirectory(unspeakable); }), fault::PathFileAccess);
 }
 
 TEST_F(FilesTest, FoldersAreMadeForEveryoneButNotAtHome) {
