@@ -14,7 +14,7 @@ constexpr char Module[] = "Class_VardenLogger";
 /// A listener may unsubscribe while it is told.
 template <class Tell>
 void tellAll(const std::vector<std::shared_ptr<VardenLoggerEvents>>& listeners, Tell&& tell) {
-  const auto present = listeners;
+  const auto present = listeners;  // NOLINT(performance-unnecessary-copy-initialization)
   for (const auto& listener : present) tell(*listener);
 }
 

@@ -27,7 +27,7 @@ bool isZoneOf(const VardenRecord& record, const Class_TimeZoneInfo& zone) {
 
 TimeZoneRef findLoggerZone(const VardenRecord& record) {
   Class_TimeZoneTools& tools = TimeZoneTools();
-  const TimeZoneRef named = tools.fncGetTZIfromAbbrev(record.TZstandardAbbrev);
+  TimeZoneRef named = tools.fncGetTZIfromAbbrev(record.TZstandardAbbrev);
   if (named && isZoneOf(record, *named)) return named;
   const auto& zones = tools.Get_TimeZoneArray();
   const auto found = std::find_if(zones.begin(), zones.end(), [&](const TimeZoneRef& zone) {
