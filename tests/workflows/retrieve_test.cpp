@@ -5,19 +5,30 @@
 namespace hy_wristlog::workbench {
 namespace {
 
-using simulator::LoggerFaults;
-
+// clang-format off
 Arrange setText(simulator::BlockField field, const char* text) {
-  return [=](Workbench& desk) { desk.stored().setText(field, text); };
+  return [=](auto& desk) { desk.stored().setText(field, text); };
 }
-Arrange subjectBytes(std::size_t offset, std::size_t count, char with) {
-  return [=](Workbench& desk) {
-    for (std::size_t i = 0; i < count; ++i) desk.stored().set({block::Subject.Offset + offset + i, 1}, with);
+Arrange subjectBytes(std::size_t at, std::size_t count, char with) {
+  return [=](auto& desk) {
+    for (std::size_t i = 0; i < count; ++i) desk.stored().set({block::Subject.Offset + at + i, 1}, with);
   };
 }
-Arrange transferFault(simulator::Fault simulator::TransferFaults::*fault) {
-  return [=](Workbench& desk) { desk.logger().Faults.Transfer.*fault = always(); };
+Arrange transferFault(Fault simulator::TransferFaults::*fault) {
+  return [=](auto& desk) { desk.logger().Faults.Transfer.*fault = always(); };
 }
+Arrange poke(std::size_t at, const std::vector<std::uint8_t>& bytes) {
+  return [=](auto& d) {
+    for (std::size_t i = 0; i < bytes.size(); ++i) d.logger().memory().write(at + i, bytes[i]);
+  };
+}
+Arrange startsIn(std::int64_t seconds) {
+  return [=](auto& desk) { desk.stored().set(block::StartTime, desk.bench.World->now() + seconds); };
+}
+Arrange ended(std::int64_t secondsAgo = 0) {
+  return [=](auto& desk) { desk.stored().set(block::StopTime, desk.bench.World->now() - secondsAgo); };
+}
+// clang-format on
 const Arrange NoBirth = subjectBytes(101, 8, ' ');
 
 TEST(Refusals, LeaveTheLoggerAsItIs) {
@@ -34,7 +45,7 @@ TEST(Refusals, LeaveTheLoggerAsItIs) {
       {SecondDock, 10020, 10020}, {NoDock, 10003, 10003}, {NoLogger, 10003, 10003}, {Silent, 10003, 10003},
       {OtherModel, 10009, 10009}, {set(block::Version, 9), 10009, 10009},
       {set(block::ActivityCalibration, 0), 10011, 10011}, {lightLost, 10011, Untried},
-      {badConfig(), 11505, 11505}, {badLines(), 11507, 11507}, {holdPort(), 11508, 11508},
+      {badConfig(), 11505, 11505}, {badLines(), 11507, 11507}, {Held, 11508, 11508},
       {openFails(8010), 8010, 8010}, {clockStuck, 10025, Untried},
       {[](auto& d) { d.logger().Faults.LoseEcho.Times = simulator::Fault::Always; }, 10003, Untried},
       {transferFault(&Transfer::CancelReceive), 3010, Untried},
@@ -114,11 +125,11 @@ TEST(Retrieve, AGoodOne) {
     EXPECT_EQ(desk->retrieve(), 0);
     EXPECT_EQ(desk->data->Get_ActivityArray(), samples);
   }
-  const auto ended = recorded(LggrPntr_KRVivid);  // keeps its end
-  const std::int64_t stop = ended->bench.World->now() - 300;
-  ended->stored().set(block::StopTime, stop);
-  EXPECT_EQ(ended->retrieve(), 0);
-  EXPECT_EQ(ended->stored().signedNumber(block::StopTime), stop);
+  const auto over = recorded(LggrPntr_KRVivid);  // keeps its end
+  ended(300)(*over);
+  const std::int64_t stop = over->stored().signedNumber(block::StopTime);
+  EXPECT_EQ(over->retrieve(), 0);
+  EXPECT_EQ(over->stored().signedNumber(block::StopTime), stop);
   const auto noSubject = recorded(LggrPntr_KRVivid);
   noSubject->subject.reset();
   EXPECT_EQ(noSubject->retrieve(), 91);
@@ -126,10 +137,7 @@ TEST(Retrieve, AGoodOne) {
 }
 
 TEST(Retrieve, WarningsThatAreIgnored) {
-  const Arrange future = [](Workbench& d) {
-    d.stored().set(block::DataAvailable, 0);
-    d.stored().set(block::StartTime, d.bench.World->now() + 90);
-  };
+  const Arrange future = all({set(block::DataAvailable, 0), startsIn(90)});
   const Arrange resets = set(block::Counters, 1), lost = set(block::ZoneBias, 123);
   const std::tuple<Arrange, std::int32_t, std::int32_t> cases[] = {
       {NoBirth, 10014, 10014},
@@ -159,18 +167,7 @@ TEST(Retrieve, WarningsThatAreIgnored) {
 }
 
 TEST(Retrieve, VerdictsOfTheDecoder) {
-  const auto poke = [](std::size_t at, std::vector<std::uint8_t> bytes) {
-    return [=](Workbench& d) {
-      for (std::size_t i = 0; i < bytes.size(); ++i) d.logger().memory().write(at + i, bytes[i]);
-    };
-  };
-  const auto endedSince = [](simulator::nanoseconds time) {
-    return [=](Workbench& d) {
-      d.stored().set(block::StopTime, d.bench.World->now());
-      d.wait(time);
-    };
-  };
-  const Arrange half = all({endedSince(40s), set(block::NextAddress, 3)});
+  const Arrange half = all({ended(), [](auto& desk) { desk.wait(40s); }, set(block::NextAddress, 3)});
   const std::tuple<Arrange, enmDecodeResult, std::int32_t, bool> cases[] = {
       {half, Decode_OK, 10029, false},
       {poke(0, {1}), Decode_NonEventDataOutsideAcquisition, 10030, false},
@@ -191,7 +188,8 @@ TEST(Retrieve, VerdictsOfTheDecoder) {
       }
     // A recording that lay in its logger for more than a month is told, but not kept from the host.
     const auto old = recorded(model);
-    endedSince(31 * 24h)(*old);
+    ended()(*old);
+    old->wait(31 * 24h);
     const bool vivid = model == LggrPntr_KRVivid;
     EXPECT_EQ(old->retrieve(), vivid ? 10030 : 0);
     EXPECT_EQ(old->result, vivid ? Decode_TooLongSinceLastAcqStop : Decode_OK);

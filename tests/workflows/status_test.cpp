@@ -142,9 +142,7 @@ TEST(Status, PortNumbers) {
       BenchOptions options = optionsOf(model);
       options.Dock.ComPort = port;
       Workbench desk(model, options);
-      desk.status();
-      EXPECT_EQ(desk.simple, port == 64 ? Ready.Simple : PortTooHigh.Simple) << port;
-      EXPECT_EQ(desk.text == PortTooHigh.Long, port > 64);
+      expectStatus(desk, {Nothing, port == 64 ? Ready : PortTooHigh});
     }
   BenchOptions options = optionsOf(LggrPntr_KRII);
   options.Dock = {DockKind::TolkaFirst, 33, {}};  // a dock that does not say its port
@@ -156,7 +154,7 @@ TEST(Status, FailuresOfTheFirstPass) {
   const Arrange pulledOut = [](auto& desk) { desk.bench.Dock->pullOutAfterBytes(60); };
   // clang-format off
   expectStatuses(LggrPntr_KRVivid, {
-      {holdPort(), PortError}, {openFails(8005, once()), PortError}, {LockedUp, LoggerMissing},
+      {Held, PortError}, {openFails(8005, once()), PortError}, {LockedUp, LoggerMissing},
       {badConfig(once()), Ready}, {badConfig({0, 2}), ReadProblem}, {badConfig(), ReadProblem},
       {badLines({0, 3}), ReadProblem}, {pulledOut, LoggerMissing}});
   expectStatuses(LggrPntr_KRII, {

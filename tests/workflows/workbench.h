@@ -1,11 +1,9 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "base/dates.h"
@@ -19,28 +17,18 @@ namespace hy_wristlog::workbench {
 using namespace std::chrono_literals;
 using simulator::always;
 using simulator::BenchOptions;
+using simulator::Fault;
+using simulator::LoggerFaults;
 using simulator::once;
 namespace block = simulator::block;
 
 inline constexpr enmLoggerPointer Models[] = {LggrPntr_KRVivid, LggrPntr_KRII};
 
 inline BenchOptions optionsOf(enmLoggerPointer model, const char* firmware = nullptr) {
-  auto options =
-      model == LggrPntr_KRVivid ? simulator::vividBenchOptions() : simulator::kestrin2BenchOptions();
+  const bool vivid = model == LggrPntr_KRVivid;
+  auto options = vivid ? simulator::vividBenchOptions() : simulator::kestrin2BenchOptions();
   if (firmware != nullptr) options.Logger.Firmware = firmware;
   return options;
-}
-
-/// Every how manyth position of a long series is tried: `WRISTLOG_TEST_STRIDE`, or all of them, or, under
-/// sanitizers, some.
-inline std::uint64_t stride() {
-#ifdef __SANITIZE_ADDRESS__
-  constexpr std::uint64_t Usual = 17;
-#else
-  constexpr std::uint64_t Usual = 1;
-#endif
-  const char* text = std::getenv("WRISTLOG_TEST_STRIDE");
-  return text == nullptr ? Usual : std::max<std::uint64_t>(1, std::strtoull(text, nullptr, 10));
 }
 
 /// Counts the rounds of its events, asks for an abort in one of them, and sees what is downloaded.
@@ -120,38 +108,30 @@ class Workbench {
 /// Something that is done to a workbench before a workflow runs.
 using Arrange = std::function<void(Workbench&)>;
 
+// clang-format off
 inline Arrange set(simulator::BlockField field, std::int64_t value) {
   return [=](Workbench& desk) { desk.stored().set(field, value); };
 }
-inline Arrange all(std::vector<Arrange> steps) {
-  return [steps = std::move(steps)](Workbench& desk) {
-    for (const Arrange& step : steps) step(desk);
-  };
+inline Arrange all(const std::vector<Arrange>& steps) {
+  return [=](Workbench& desk) { for (const Arrange& step : steps) step(desk); };
 }
-inline Arrange holdPort(bool held = true) {
-  return [=](Workbench& desk) { desk.bench.Dock->Faults.Held = held; };
+inline Arrange fails(Fault LoggerFaults::*fault, Fault when = always()) {
+  return [=](Workbench& desk) { desk.logger().Faults.*fault = when; };
 }
-// clang-format off
+inline Arrange badConfig(Fault when = always()) { return fails(&LoggerFaults::BadConfigChecksum, when); }
+inline Arrange badLines(Fault when = always()) { return fails(&LoggerFaults::BadLineChecksum, when); }
+inline Arrange openFails(std::int32_t number, Fault when = always()) {
+  return [=](Workbench& desk) { desk.bench.Dock->Faults.Open = {number, when}; };
+}
 inline const Arrange
     OtherModel = [](auto& desk) { desk.stored().set(block::Model, desk.Model == LggrPntr_KRVivid ? 1 : 2); },
     SecondDock = [](auto& desk) { desk.bench.World->addDock({desk.bench.Dock->kind(), 41, {}}); },
     NoDock = [](auto& desk) { desk.bench.Dock->unplug(); },
     NoLogger = [](auto& desk) { desk.bench.Dock->pullOut(); },
     Silent = [](auto& desk) { desk.logger().Faults.Silent = true; },
+    Held = [](auto& desk) { desk.bench.Dock->Faults.Held = true; },
     LockedUp = [](auto& desk) { desk.bench.Dock->Faults.LockedUp = true; };
 // clang-format on
-inline Arrange fails(simulator::Fault simulator::LoggerFaults::*fault, simulator::Fault when = always()) {
-  return [=](Workbench& desk) { desk.logger().Faults.*fault = when; };
-}
-inline Arrange badConfig(simulator::Fault when = always()) {
-  return fails(&simulator::LoggerFaults::BadConfigChecksum, when);
-}
-inline Arrange badLines(simulator::Fault when = always()) {
-  return fails(&simulator::LoggerFaults::BadLineChecksum, when);
-}
-inline Arrange openFails(std::int32_t number, simulator::Fault when = always()) {
-  return [=](Workbench& desk) { desk.bench.Dock->Faults.Open = {number, when}; };
-}
 
 /// A workbench whose logger has recorded for a while and sits in its dock again.
 inline std::unique_ptr<Workbench> recorded(enmLoggerPointer model, simulator::nanoseconds worn = 20min,
