@@ -48,6 +48,7 @@ struct CommState final : platform::EventSource {
   bool doingXMODEM = false, abortRequested = false;
 
   bool toggling = false;
+  std::int16_t toggleInterval = 0;  ///< milliseconds
   double nextToggle = 0;
 
   ConsoleSink* sink = nullptr;

@@ -74,7 +74,7 @@ CommState::~CommState() { world->removeEventSource(*this); }
 void CommState::serveEvents() {
   control.deliverEvents();
   if (!toggling || timer() < nextToggle) return;
-  nextToggle = deadline(form.RTStoggleInterval);
+  nextToggle = deadline(toggleInterval);
   ignoringFailures([&] { control.RTSEnable(!control.RTSEnable()); });
 }
 
@@ -216,6 +216,7 @@ void Form_Comm::subEnableRTStoggle(std::int16_t intInterval) {
     if (intInterval != 0) RTStoggleInterval = intInterval;
     if (RTStoggleInterval == 0) return;
     if (RTStoggleInterval < 0) fault::raise(fault::InvalidCall);
+    state_->toggleInterval = RTStoggleInterval;
     state_->nextToggle = state_->deadline(RTStoggleInterval);
     state_->toggling = true;
   });

@@ -120,8 +120,11 @@ bool VardenLogger::fncTolkaLoggerConnected(bool KeepPortOpen, bool LongDSRwait) 
     std::int16_t docks = 0;
     const std::int16_t port = procedure.statement([&] { return fncTolkaDockCOMport(docks); });
     bool connected = docks == 1 && port != 0;
-    const bool stillGood = connected && port == dockCOMport_ && link().Get_PortReady() &&
-                           procedure.statement([&] { return link().DSRHolding(); });
+    // The port of a dock that was unplugged meanwhile fails here, and is opened anew.
+    bool seated = false;
+    if (connected && port == dockCOMport_ && link().Get_PortReady())
+      ignoringFailures([&] { seated = link().DSRHolding(); });
+    const bool stillGood = seated;
     if (connected && !stillGood) {
       dockCOMport_ = port;
       const std::int32_t result =
@@ -225,6 +228,8 @@ void VardenLogger::subResetQuillander() {
 
 void VardenLogger::subCloseTolkaPort() {
   Procedure procedure{Class, "subCloseTolkaPort"};
+  // Also when the dock has gone and every question to it fails.
+  procedure.cleanUp([this] { link().subClosePort(); });
   procedure.run([&] {
     if (procedure.statement([&] { return link().DSRHolding(); })) {
       procedure.statement([&] { link().subDisableDTR(); });
@@ -246,6 +251,7 @@ void VardenLogger::subCloseQuillanderPort() {
 
 void VardenLogger::subCloseDevicePort() {
   Procedure procedure{Class, "subCloseDevicePort"};
+  procedure.cleanUp([this] { link().subClosePort(); });
   procedure.run([&] {
     if (record.DeviceType == KR_QUILLANDER)
       procedure.statement([&] { subCloseQuillanderPort(); });

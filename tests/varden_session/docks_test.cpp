@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "errors/Procedure.h"
 #include "varden_session/session.h"
 
 namespace hy_wristlog::session {
@@ -31,6 +32,23 @@ TEST(Docks, DeviceNames) {
                                                 {"USB\\VID_1234&PID_4000", false}};
   for (const auto& [name, expected] : cases)
     EXPECT_EQ(VardenLogger::fncIsVardenFromDeviceName(name), expected) << name;
+}
+
+TEST(Docks, ThePortOfADockThatHasGoneIsClosedAndOpenedAnew) {
+  for (const DockKind kind : {DockKind::Quillander, DockKind::TolkaSecond})
+    for (const bool closed : {true, false}) {
+      Session session{benchWith(kind)};
+      EXPECT_TRUE(isConnected(session.logger, kind));
+      session.bench.Dock->unplug();
+      if (closed) {
+        ignoringFailures([&] { session.logger.subCloseDevicePort(); });
+        EXPECT_FALSE(session.logger.link().Get_PortReady());
+      }
+      session.bench.Dock->plug();
+      if (closed || kind == DockKind::TolkaSecond) {
+        EXPECT_TRUE(isConnected(session.logger, kind));
+      }
+    }
 }
 
 TEST(Docks, ALoggerAnswersInEachForm) {
