@@ -11,6 +11,12 @@
 namespace hy_wristlog::platform {
 namespace {
 
+TEST(Zones, ThereAreNoneWithoutADatabase) {
+  const TemporaryFolder database;
+  const Variable folder{"TZDIR", database.path()};
+  EXPECT_TRUE(LinuxZones().keys().empty());
+}
+
 TEST(Zones, NamesSayTheOffsetOfTheRule) {
   LinuxZones zones;
   ASSERT_EQ(zones.keys().size(), 85U);

@@ -41,7 +41,10 @@ std::string hardwareId(const std::string& vendor, const std::string& product, co
   return "USB\\VID_" + vendor + "&PID_" + product + "&REV_" + release;
 }
 
-std::string nameWithPort(const std::string& product, std::int32_t port) {
+/// "COM" in the device's own text becomes "Com": the port number is read behind the first "COM".
+std::string nameWithPort(std::string product, std::int32_t port) {
+  for (std::size_t at = product.find("COM"); at != std::string::npos; at = product.find("COM", at))
+    product.replace(at, 3, "Com");
   return port != 0 ? product + " (COM" + std::to_string(port) + ")" : product;
 }
 
@@ -75,9 +78,11 @@ class Enumeration {
       const DeclaredDock& dock = docks_[i];
       if (dock.Class != classGuid || dock.VendorID.empty() || dock.ProductID.empty()) continue;
       if (!dock.Device.empty() && !exists(dock.Device)) continue;
+      const std::string tty = dock.Device.empty() ? std::string() : ttyBehind(dock.Device);
+      const std::int32_t port = dock.ComPort != 0 || tty.empty() ? dock.ComPort : portOf(tty);
       devices_.push_back({hardwareId(dock.VendorID, dock.ProductID, "0000"),
-                          nameWithPort("Declared dock " + std::to_string(i + 1), dock.ComPort)});
-      if (!dock.Device.empty()) declaredTtys_.push_back(ttyBehind(dock.Device));
+                          nameWithPort("Declared dock " + std::to_string(i + 1), port)});
+      if (!tty.empty()) declaredTtys_.push_back(tty);
     }
   }
 

@@ -166,13 +166,13 @@ std::string LinuxEnvironment::userName() {
 
 std::string LinuxEnvironment::computerName() {
   std::array<char, HOST_NAME_MAX + 1> name{};
-  if (::gethostname(name.data(), name.size() - 1) != 0) raiseSystemError();
+  if (::gethostname(name.data(), name.size()) != 0) raiseSystemError();
   return name.data();
 }
 
 std::string LinuxEnvironment::domainName() {
   std::array<char, HOST_NAME_MAX + 1> name{};
-  if (::getdomainname(name.data(), name.size() - 1) != 0) raiseSystemError();
+  if (::getdomainname(name.data(), name.size()) != 0) raiseSystemError();
   const std::string domain = name.data();
   return domain.empty() || domain == "(none)" ? computerName() : domain;
 }

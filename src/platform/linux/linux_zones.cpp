@@ -1,5 +1,6 @@
 #include "platform/linux/linux_zones.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <utility>
@@ -77,8 +78,14 @@ std::string withoutSpaces(std::string text) {
 LinuxZones::LinuxZones(std::string etc) : etc_(std::move(etc)) {}
 
 std::vector<std::string> LinuxZones::keys() {
+  const auto& catalogue = zoneCatalogue();
+  // Without a tz database there are no zones, rather than zones without rules.
+  const bool readable = std::any_of(catalogue.begin(), catalogue.end(), [](const CatalogueZone& zone) {
+    return ruleOfFile(zoneFile(zone.TzName)).has_value();
+  });
   std::vector<std::string> result;
-  for (const CatalogueZone& zone : zoneCatalogue()) result.emplace_back(zone.Key);
+  if (readable)
+    for (const CatalogueZone& zone : catalogue) result.emplace_back(zone.Key);
   return result;
 }
 
