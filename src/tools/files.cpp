@@ -1,7 +1,10 @@
 #include <algorithm>
 #include <array>
+#include <utility>
+#include <vector>
 
 #include "base/ascii.h"
+#include "base/faults.h"
 #include "base/numbers.h"
 #include "errors/GlobalState.h"
 #include "platform/platform.h"
@@ -55,8 +58,9 @@ std::string_view takeLine(std::string_view& text) {
 
 /// The folder of a path as the system can be asked for it.
 std::string nativeFolder(std::string_view path) {
-  const std::string folder = nativePath(Class_Tools::fncRemoveFileName(path, false));
-  return folder.empty() ? "." : folder;
+  const std::string folder = nativePath(Class_Tools::fncRemoveFileName(path, true));
+  if (folder.empty()) return ".";
+  return folder == "/" ? folder : folder.substr(0, folder.size() - 1);
 }
 
 bool isThere(const std::string& native) {
@@ -115,11 +119,15 @@ GrowingArray<std::string> Class_Tools::fncReadFile2Array(std::string_view path) 
   return guarded("fncReadFile2Array", [&] {
     const std::string native = nativePath(path);
     const std::string content = withFileFaults(native, [&] { return files().read(native); });
+    const auto mostLines = static_cast<std::size_t>(roundToInt32(static_cast<double>(content.size()) / 3.0));
+    std::vector<std::string> found;
+    for (std::string_view rest = content; !rest.empty();) {
+      if (found.size() == mostLines) fault::raise(fault::Subscript);
+      found.emplace_back(takeLine(rest));
+    }
     GrowingArray<std::string> lines;
-    lines.redim(1, roundToInt32(static_cast<double>(content.size()) / 3.0));
-    std::int32_t count = 0;
-    for (std::string_view rest = content; !rest.empty();) lines[++count] = takeLine(rest);
-    lines.redimPreserve(1, count);
+    lines.redim(1, static_cast<std::int32_t>(found.size()));
+    std::move(found.begin(), found.end(), lines.begin());
     return lines;
   });
 }

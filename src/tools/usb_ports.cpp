@@ -35,6 +35,7 @@ std::int16_t portOfName(std::string_view name) {
   if (found == std::string_view::npos) return 0;
   const std::string_view digits = trimBlanks(name.substr(found + Mark.size()));
   std::int16_t port = 0;
+  if (digits.starts_with('-')) return 0;
   if (std::from_chars(digits.data(), digits.data() + digits.size(), port).ec != std::errc{}) return 0;
   return port;
 }
