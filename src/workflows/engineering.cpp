@@ -187,7 +187,7 @@ std::string rawConfigHex(const Class_VardenLogger& logger) { return logger.insid
 std::string configHexFromIni(const std::string& path) {
   openLibrary();
   contentOf(path);
-  const std::string hex = Tools().fncINIread("Configuration Bytes", "Raw Config Bytes", "", path);
+  std::string hex = Tools().fncINIread("Configuration Bytes", "Raw Config Bytes", "", path);
   if (hex.empty())
     throw Failure(11503, "engineering.configHexFromIni",
                   path + " has no key \"Raw Config Bytes\" in a section \"Configuration Bytes\"");
