@@ -121,10 +121,9 @@ bool VardenLogger::fncTolkaLoggerConnected(bool KeepPortOpen, bool LongDSRwait) 
     const std::int16_t port = procedure.statement([&] { return fncTolkaDockCOMport(docks); });
     bool connected = docks == 1 && port != 0;
     // The port of a dock that was unplugged meanwhile fails here, and is opened anew.
-    bool seated = false;
+    bool stillGood = false;
     if (connected && port == dockCOMport_ && link().Get_PortReady())
-      ignoringFailures([&] { seated = link().DSRHolding(); });
-    const bool stillGood = seated;
+      ignoringFailures([&] { stillGood = link().DSRHolding(); });
     if (connected && !stillGood) {
       dockCOMport_ = port;
       const std::int32_t result =
