@@ -3,6 +3,7 @@
 #include <random>
 
 #include "base/formats.h"
+#include "heap_peak.h"
 #include "varden/sample_decoder.h"
 #include "varden/stream_decoder.h"
 
@@ -38,6 +39,24 @@ ByteArray recording(std::int32_t recordLength, std::size_t statusEvery) {
   return bytes;
 }
 
+template <class... Series>
+std::size_t bytesOf(const Series&... series) {
+  return (0 + ... + (series.size() * sizeof(series[0])));
+}
+
+/// What decoding takes of the heap at its height, beside the series that it leaves, in bytes an epoch.
+double heapAnEpoch(VardenRecord record, const DecodeOptions& options) {
+  const std::size_t before = heapInUse();
+  restartHeapPeak();
+  StreamDecoder decoder(record, options);
+  decoder.decode();
+  decoder.finish();
+  const std::size_t result =
+      bytesOf(record.ActivityArray, record.LightArray, record.RedLightArray, record.GreenLightArray,
+              record.BlueLightArray, record.MarkerArray, record.Marker2Array, record.WristStatusArray);
+  return (static_cast<double>(heapPeak() - before) - static_cast<double>(result)) / record.Samples;
+}
+
 /// Arguments: device, mode, epochs between markers (0: none).
 void decodeOneMebibyte(benchmark::State& state) {
   const auto device = static_cast<enmDeviceType>(state.range(0));
@@ -47,6 +66,7 @@ void decodeOneMebibyte(benchmark::State& state) {
   record.BytesUsed = static_cast<std::int32_t>(record.RawData->size());
   const DecodeOptions options{
       state.range(1) > 6, 43831, [](double date) { return formatDate(date, "m/d/yyyy h:nn:ss AMPM"); }, {}};
+  const double heap = heapAnEpoch(record, options);
   for (auto _ : state) {
     StreamDecoder decoder(record, options);
     decoder.decode();
@@ -56,6 +76,7 @@ void decodeOneMebibyte(benchmark::State& state) {
   }
   state.counters["epochs/s"] =
       benchmark::Counter(static_cast<double>(record.Samples), benchmark::Counter::kIsIterationInvariantRate);
+  state.counters["heap_bytes/epoch"] = heap;
   state.SetBytesProcessed(state.iterations() * record.BytesUsed);
 }
 
