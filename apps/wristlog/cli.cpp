@@ -1,0 +1,123 @@
+#include "cli.h"
+
+#include <algorithm>
+#include <exception>
+#include <iostream>
+#include <new>
+#include <string_view>
+#include <utility>
+
+#include "cli_checks.h"
+#include "json_output.h"
+#include "meanings.h"
+#include "platform/platform.h"
+#include "process.h"
+
+namespace wristlog {
+namespace {
+
+constexpr std::int32_t InvalidCall = 5, OutOfMemory = 7, PathFileAccess = 75;
+
+}  // namespace
+
+CommandLine::CommandLine() : app_("Talks to wrist-worn activity loggers in their docks", "wristlog") {
+  app_.require_subcommand(1);
+  app_.set_version_flag(
+      "--version", [] { return "wristlog " + hy_wristlog::Class_Main().Get_Version(); }, "Show the version");
+  app_.footer(
+      "Try 'wristlog demo' first: it needs no hardware. 'wristlog COMMAND --help' explains a command.\n"
+      "Exit status: 0 good; 1 the logger or the data gave trouble, as the message says; 2 wrong usage.");
+}
+
+int CommandLine::run(int argc, char** argv) {
+  const int status = parseAndRun(argc, argv);
+  return standardOutputIsWhole() ? status : std::max<int>(status, Unsuccessful);
+}
+
+int CommandLine::parseAndRun(int argc, char** argv) {
+  try {
+    app_.parse(argc, argv);
+  } catch (const CLI::Success& answer) {
+    return app_.exit(answer, std::cout, std::cerr);
+  } catch (const CLI::ParseError& error) {
+    app_.exit(error, std::cerr, std::cerr);
+    if (std::find(argv, argv + argc, std::string_view("--json")) != argv + argc)
+      print(failureJson(hy_wristlog::Failure(InvalidCall, "wristlog", error.what())));
+    return WrongUsage;
+  }
+  try {
+    return command_();
+  } catch (const hy_wristlog::Failure& failure) {
+    return fail(failure);
+  } catch (const hy_wristlog::platform::SystemError& error) {
+    return fail(
+        {PathFileAccess, "wristlog", hy_wristlog::platform::current().environment().errorText(error.Number)});
+  } catch (const std::bad_alloc&) {
+    return fail({OutOfMemory, "wristlog", "There is not enough memory"});
+  } catch (const std::exception& problem) {
+    return fail({InvalidCall, "wristlog", problem.what()});
+  }
+}
+
+int CommandLine::fail(const hy_wristlog::Failure& failure) const {
+  if (Common.AsJson)
+    print(failureJson(failure));
+  else
+    std::cerr << wordsFor(failure) << '\n';
+  return Unsuccessful;
+}
+
+CLI::App* CommandLine::add(const char* name, const char* description, std::function<int()> command,
+                           CLI::App* parent) {
+  CLI::App* sub = (parent != nullptr ? parent : &app_)->add_subcommand(name, description);
+  sub->callback([this, command = std::move(command)] { command_ = command; });
+  sub->footer("");
+  sub->add_flag("--json", Common.AsJson, "One JSON document on standard output, nothing else");
+  return sub;
+}
+
+CLI::App* CommandLine::addGroup(const char* name, const char* description) {
+  CLI::App* group = app_.add_subcommand(name, description);
+  group->require_subcommand(1);
+  group->footer("");
+  return group;
+}
+
+void CommandLine::addLink(CLI::App* sub, const std::set<std::string>& simulated) {
+  sub->add_option("--simulate", Common.Simulate, "A simulated dock with a worn logger, in simulated time")
+      ->check(CLI::IsMember(simulated));
+  sub->add_flag("--console", Common.Console, "Show what passes on the link on standard error");
+}
+
+void CommandLine::addModel(CLI::App* sub, std::string& model) {
+  sub->add_option("--model", model, "The logger's model: vivid (Kestrin Vivid) or kestrin2 (Kestrin 2)")
+      ->required()
+      ->check(CLI::IsMember({"vivid", "kestrin2"}));
+}
+
+void CommandLine::addAttempts(CLI::App* sub, std::int16_t& attempts) {
+  sub->add_option("--retries", attempts, "How often to try in all when the link fails (else once)")
+      ->check(CLI::Range(1, 100));
+}
+
+void CommandLine::addSubject(CLI::App* sub, SubjectOptions& subject, std::size_t identityLength) {
+  sub->add_option("--identity", subject.Identity,
+                  "Who wears it, " + std::to_string(identityLength) + " characters; else the serial number")
+      ->check(storableIn(identityLength));
+  sub->add_option("--initials", subject.Initials, "Three letters")->check(storableIn(3));
+  sub->add_option("--gender", subject.Gender, "One letter; without one, retrieve warns")
+      ->check(storableIn(1));
+  sub->add_option("--dob", subject.BirthDate, "Date of birth, yyyy-mm-dd")->check(validDate);
+  sub->add_option("--height", subject.Height, "To one decimal, in a unit of your choice")->check(validSize);
+  sub->add_option("--weight", subject.Weight, "To one decimal, in a unit of your choice")->check(validSize);
+  sub->add_option("--guid", subject.Guid, "Identifier of the subject, 32 characters; else a new one")
+      ->check(storableIn(32));
+}
+
+CLI::Option* CommandLine::addFolder(CLI::App* sub, std::string& folder, bool& force,
+                                    const char* description) {
+  sub->add_flag("--force", force, "Overwrite files in the folder");
+  return sub->add_option("--out", folder, description)->check(validFolder);
+}
+
+}  // namespace wristlog

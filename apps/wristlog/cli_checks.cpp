@@ -1,0 +1,51 @@
+#include "cli_checks.h"
+
+#include <charconv>
+#include <system_error>
+
+#include "hy_wristlog/failure.h"
+#include "workflows/engineering.h"
+
+namespace wristlog {
+
+namespace engineering = hy_wristlog::engineering;
+
+std::string validDate(const std::string& text) {
+  try {
+    engineering::dateFromText(text);
+    return {};
+  } catch (const hy_wristlog::Failure& failure) {
+    return failure.Description;
+  }
+}
+
+/// Loggers count seconds from 1970 in 32 bits; a moment outside would become "none" unnoticed.
+std::string validLoggerTime(const std::string& text) {
+  std::string problem = validDate(text);
+  if (!problem.empty()) return problem;
+  const double date = engineering::dateFromText(text);
+  if (date < engineering::dateFromText("1970-01-02") || date > engineering::dateFromText("2038-01-18"))
+    return "\"" + text + "\" is outside the logger's calendar, 1970-01-02 to 2038-01-18";
+  return {};
+}
+
+std::string validSize(const std::string& text) {
+  double value = 0;
+  const char* const last = text.data() + text.size();
+  const auto [end, error] = std::from_chars(text.data(), last, value);
+  return error == std::errc{} && end == last && value >= 0 && value <= 9999.9
+             ? std::string()
+             : "\"" + text + "\" is no number from 0 to 9999.9";
+}
+
+std::string validFolder(const std::string& text) { return text.empty() ? "the folder has no name" : ""; }
+
+std::function<std::string(const std::string&)> storableIn(std::size_t length) {
+  return [length](const std::string& text) -> std::string {
+    if (engineering::isStorable(text, length)) return {};
+    return "\"" + text + "\" does not fit: at most " + std::to_string(length) +
+           " characters of the Western European set";
+  };
+}
+
+}  // namespace wristlog

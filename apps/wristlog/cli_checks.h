@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+
+/// Checks of the command line's arguments: each gives what is wrong with a text, or nothing.
+namespace wristlog {
+
+/// A date that `engineering::dateFromText` takes.
+std::string validDate(const std::string& text);
+/// The same, within the loggers' calendar.
+std::string validLoggerTime(const std::string& text);
+/// A height or a weight, 0 to 9999.9.
+std::string validSize(const std::string& text);
+std::string validFolder(const std::string& text);
+/// For a text that a logger keeps in a field of `length` characters.
+std::function<std::string(const std::string&)> storableIn(std::size_t length);
+
+}  // namespace wristlog
