@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t MostTraffic = std::size_t{8} << 20;
 
-class ProgressEvents : public hy_wristlog::VardenLoggerEvents {
+class ProgressEvents : public hy_wristlog::LoggerEvents {
  public:
   explicit ProgressEvents(TerminalHost& host) : host_(host) {}
   void CommProgress(std::string& text) override { host_.showProgress(text); }

@@ -80,6 +80,8 @@ class HY_WRISTLOG_API Class_Main {
   void AbortComms();
 
  private:
+  friend class LegacyWorkflows;
+
   std::unique_ptr<MainState> state_;
 };
 

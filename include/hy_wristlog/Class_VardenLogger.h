@@ -1,38 +1,18 @@
 #pragma once
 
-#include <cmath>
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <string>
 #include <type_traits>
-#include <vector>
 
 #include "hy_wristlog/api.h"
 #include "hy_wristlog/enumerations.h"
+#include "hy_wristlog/logger_events.h"
+#include "hy_wristlog/series.h"
 
 namespace hy_wristlog {
 
 class VardenLogger;
-
-/// Activity counts, one element an epoch. -1: no value; `EmptyActivity`: nothing was stored.
-using ActivitySeries = std::vector<std::int32_t>;
-/// Lux, or microwatts per square centimetre for the colours. -1: no value; NaN: nothing was stored.
-using LightSeries = std::vector<float>;
-/// Markers are True or Empty; the wrist is True while the logger is off it.
-using TristateSeries = std::vector<Tristate>;
-
-inline constexpr std::int32_t EmptyActivity = std::numeric_limits<std::int32_t>::min();
-inline constexpr float EmptyLight = std::numeric_limits<float>::quiet_NaN();
-
-/// Receives a logger's events, on the thread that works with the logger. The texts may be changed.
-class HY_WRISTLOG_API VardenLoggerEvents {
- public:
-  virtual ~VardenLoggerEvents() = default;
-  virtual void CommEventError(std::int32_t /*ErrorNum*/, std::string& /*ErrorDescription*/) {}
-  virtual void CommProgress(std::string& /*ProgressText*/) {}
-  virtual void AbortAcknowledged() {}
-};
 
 /// Everything that is known about one logger of the Varden family: configuration, subject, clock, battery,
 /// recording and decoded series. Dates are day counts from 30 December 1899, UTC; -1 is unknown. Belongs to
@@ -69,8 +49,8 @@ class HY_WRISTLOG_API Class_VardenLogger {
   /// back. The port must be open. Raises 3001 to 3003 and 11507.
   void subVardenConfigCRCreset();
 
-  void subscribe(std::shared_ptr<VardenLoggerEvents> events);
-  void unsubscribe(const std::shared_ptr<VardenLoggerEvents>& events);
+  void subscribe(std::shared_ptr<LoggerEvents> events);
+  void unsubscribe(const std::shared_ptr<LoggerEvents>& events);
 
   /// For the library's own rooms.
   VardenLogger& inside() { return *inside_; }

@@ -57,6 +57,13 @@ enum enmVardenLoggingMode : std::int32_t {
   VardenMode_InternalActivity32Hz = 9,
 };
 
+/// The mode of a Pendrel logger's recording.
+enum enmPDLoggingMode : std::int32_t {
+  PD_Mode_Unknown = 0,
+  PD_Mode_ActivityOnly = 1,
+  PD_Mode_ActivityAndSteps = 2,
+};
+
 enum enmTimeFormat : std::int32_t {
   TimeFormat_Unknown = 0,
   TimeFormat_DisplayOff = 1,

@@ -8,23 +8,16 @@
 #include <vector>
 
 #include "hy_wristlog/Class_VardenLogger.h"
-#include "link/Form_Comm.h"
+#include "link/LoggerLink.h"
 #include "varden/record.h"
 
 namespace hy_wristlog {
 
 /// The inside of Class_VardenLogger: the record, the link, and what is done with both. Failures carry the
 /// source class "Class_VardenLogger".
-class VardenLogger : private CommEvents {
+class VardenLogger : public LoggerLink {
  public:
-  VardenLogger();
-  ~VardenLogger() override;
-  VardenLogger(const VardenLogger&) = delete;
-  VardenLogger& operator=(const VardenLogger&) = delete;
-
   VardenRecord record;
-  Form_Comm& link() { return *mfrmComm_; }
-  std::vector<std::shared_ptr<VardenLoggerEvents>> listeners;
 
   // The record: logger.cpp
   std::unique_ptr<VardenLogger> fncCopyClass() const;
@@ -117,12 +110,9 @@ class VardenLogger : private CommEvents {
   double Get_MaxRecordingTimeAvailable(bool fromPresentFill) const;
 
  private:
-  void CommEventError(std::int32_t ErrorNum, std::string& ErrorDescription) override;
-  void CommProgress(std::string& ProgressText) override;
   void AbortAcknowledged() override;
   void XmodemPacketReceived(std::uint8_t ThisPacket, std::int32_t BytesSoFar) override;
 
-  std::unique_ptr<Form_Comm> mfrmComm_;
   std::int16_t dockCOMport_ = 0;
   bool abortMark_ = false;
   bool commsAborted_ = false;

@@ -11,37 +11,7 @@ namespace {
 
 constexpr char Module[] = "Class_VardenLogger";
 
-/// A listener may unsubscribe while it is told.
-template <class Tell>
-void tellAll(const std::vector<std::shared_ptr<VardenLoggerEvents>>& listeners, Tell&& tell) {
-  const auto present = listeners;  // NOLINT(performance-unnecessary-copy-initialization)
-  for (const auto& listener : present) tell(*listener);
-}
-
-/// Asks whether the diagnostic window's text is to be kept, and closes the window.
-void closeWindow(Form_Comm& link) {
-  if (link.Get_Visible()) {
-    constexpr std::int32_t YesNoCancel = static_cast<std::int32_t>(MessageBoxButton::Yes) |
-                                         static_cast<std::int32_t>(MessageBoxButton::No) |
-                                         static_cast<std::int32_t>(MessageBoxButton::Cancel);
-    const auto pressed = platform::current().host().showMessageBox(
-        "Copy diag to clipboard?",
-        "Do you want a copy of the text in the diag window copied to the clipboard?", YesNoCancel);
-    if (pressed == MessageBoxButton::Yes) link.cmdCopyAll();
-  }
-  link.hide();
-}
-
 }  // namespace
-
-VardenLogger::VardenLogger() : mfrmComm_(new Form_Comm(this)) {}
-
-VardenLogger::~VardenLogger() {
-  try {
-    closeWindow(*mfrmComm_);
-  } catch (...) {  // NOLINT(bugprone-empty-catch): a logger ends whatever its window says
-  }
-}
 
 std::unique_ptr<VardenLogger> VardenLogger::fncCopyClass() const {
   Procedure procedure{Module, "fncCopyClass"};
@@ -100,17 +70,9 @@ void VardenLogger::subHideFormComm() {
   procedure.run([&] { link().hide(); });
 }
 
-void VardenLogger::CommEventError(std::int32_t ErrorNum, std::string& ErrorDescription) {
-  tellAll(listeners, [&](auto& listener) { listener.CommEventError(ErrorNum, ErrorDescription); });
-}
-
-void VardenLogger::CommProgress(std::string& ProgressText) {
-  tellAll(listeners, [&](auto& listener) { listener.CommProgress(ProgressText); });
-}
-
 void VardenLogger::AbortAcknowledged() {
   commsAborted_ = true;
-  tellAll(listeners, [](auto& listener) { listener.AbortAcknowledged(); });
+  LoggerLink::AbortAcknowledged();
 }
 
 void VardenLogger::XmodemPacketReceived(std::uint8_t, std::int32_t BytesSoFar) {

@@ -5,16 +5,19 @@
 
 #include "base/dates.h"
 #include "hy_wristlog/Class_Main.h"
+#include "hy_wristlog/Class_Pendrel.h"
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "varden/VardenLogger.h"
 
 namespace hy_wristlog {
 
 struct MainState {
+  std::shared_ptr<Class_Pendrel> LegacyLogger = std::make_shared<Class_Pendrel>();
   std::shared_ptr<Class_VardenLogger> ActiveLogger = std::make_shared<Class_VardenLogger>();
   bool AbortFlag = false;
   std::int16_t LegacyCOMport = 0;
   bool LegacyClearMemoryOnConfigure = true;
+  std::int16_t LegacyProgressPercent = 0;
   std::int16_t MaxCommunicationRetries = 1;
 
   VardenLogger& logger() { return ActiveLogger->inside(); }

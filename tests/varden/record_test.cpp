@@ -142,7 +142,7 @@ TEST_F(RecordTest, EndOfALoggerAsksAboutItsWindow) {
 }
 
 TEST_F(RecordTest, LinkEventsReachEveryListener) {
-  struct Listener : VardenLoggerEvents {
+  struct Listener : LoggerEvents {
     std::string Seen;
     VardenLogger* Leaves = nullptr;
     void CommEventError(std::int32_t number, std::string& text) override {

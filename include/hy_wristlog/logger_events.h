@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "hy_wristlog/api.h"
+
+namespace hy_wristlog {
+
+/// Receives a logger's events, on the thread that works with the logger. The texts may be changed.
+class HY_WRISTLOG_API LoggerEvents {
+ public:
+  virtual ~LoggerEvents() = default;
+  virtual void CommEventError(std::int32_t /*ErrorNum*/, std::string& /*ErrorDescription*/) {}
+  virtual void CommProgress(std::string& /*ProgressText*/) {}
+  virtual void AbortAcknowledged() {}
+};
+
+}  // namespace hy_wristlog

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "hy_wristlog/enumerations.h"
+
+namespace hy_wristlog {
+
+/// Activity counts, one element an epoch. -1: no value; `EmptyActivity`: nothing was stored.
+using ActivitySeries = std::vector<std::int32_t>;
+/// Lux, or microwatts per square centimetre for the colours. -1: no value; NaN: nothing was stored.
+using LightSeries = std::vector<float>;
+/// Markers are True or Empty; the wrist is True while the logger is off it.
+using TristateSeries = std::vector<Tristate>;
+/// Steps, one element an epoch. `EmptySteps`: nothing was stored.
+using StepsSeries = std::vector<std::int32_t>;
+
+inline constexpr std::int32_t EmptyActivity = std::numeric_limits<std::int32_t>::min();
+inline constexpr std::int32_t EmptySteps = std::numeric_limits<std::int32_t>::min();
+inline constexpr float EmptyLight = std::numeric_limits<float>::quiet_NaN();
+
+}  // namespace hy_wristlog

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "hy_wristlog/logger_events.h"
+#include "link/Form_Comm.h"
+
+namespace hy_wristlog {
+
+/// A logger object's share of the link: its Form_Comm, who hears its events, and its diagnostic window. A
+/// logger that ends while the window is shown asks whether the text is wanted.
+class LoggerLink : private CommEvents {
+ public:
+  LoggerLink() : mfrmComm_(new Form_Comm(this)) {}
+  ~LoggerLink() override;
+  LoggerLink(const LoggerLink&) = delete;
+  LoggerLink& operator=(const LoggerLink&) = delete;
+
+  Form_Comm& link() { return *mfrmComm_; }
+  std::vector<std::shared_ptr<LoggerEvents>> listeners;
+
+ protected:
+  void CommEventError(std::int32_t ErrorNum, std::string& ErrorDescription) override;
+  void CommProgress(std::string& ProgressText) override;
+  void AbortAcknowledged() override;
+
+ private:
+  std::unique_ptr<Form_Comm> mfrmComm_;
+};
+
+}  // namespace hy_wristlog

@@ -1,0 +1,37 @@
+#include "hy_wristlog/Class_Pendrel.h"
+
+#include <utility>
+#include <vector>
+
+#include "pendrel/Pendrel.h"
+
+namespace hy_wristlog {
+
+Class_Pendrel::Class_Pendrel() : inside_(std::make_unique<Pendrel>()) {}
+
+Class_Pendrel::~Class_Pendrel() = default;
+
+#define HY_ACCESS_GetLet(Name, Type)                                               \
+  HY_ACCESS_GetOnly(Name, Type) void Class_Pendrel::Let_##Name(View<Type> value) { \
+    inside_->record.Name = value;                                                  \
+  }
+#define HY_ACCESS_GetOnly(Name, Type) \
+  Class_Pendrel::View<Type> Class_Pendrel::Get_##Name() const { return inside_->record.Name; }
+#define HY_STORED(Name, Type, Access) HY_ACCESS_##Access(Name, Type)
+#define HY_COMPUTED(Name, Type) \
+  Type Class_Pendrel::Get_##Name() const { return inside_->Get_##Name(); }
+#include "hy_wristlog/pendrel_properties.inc"
+#undef HY_ACCESS_GetLet
+#undef HY_ACCESS_GetOnly
+#undef HY_STORED
+#undef HY_COMPUTED
+
+void Class_Pendrel::subscribe(std::shared_ptr<LoggerEvents> events) {
+  if (events) inside_->listeners.push_back(std::move(events));
+}
+
+void Class_Pendrel::unsubscribe(const std::shared_ptr<LoggerEvents>& events) {
+  std::erase(inside_->listeners, events);
+}
+
+}  // namespace hy_wristlog

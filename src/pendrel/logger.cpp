@@ -1,0 +1,41 @@
+#include <algorithm>
+
+#include "base/dates.h"
+#include "errors/Procedure.h"
+#include "pendrel/Pendrel.h"
+#include "platform/platform.h"
+
+namespace hy_wristlog {
+namespace {
+
+constexpr char Module[] = "Class_Pendrel";
+constexpr float BatteryDays = 180;
+
+}  // namespace
+
+float Pendrel::fncBatteryLife(std::optional<double> date, std::optional<enmDeviceType> deviceType) const {
+  switch (deviceType.value_or(record.Get_DeviceType())) {
+    case KR_PENDREL:
+    case KR_PENDREL_CRC:
+    case KR_PENDREL_CRC_STEPS: {
+      const double today = datePart(dateFromCivil(platform::current().clock().local()));
+      return std::max(0.0F, static_cast<float>(date.value_or(record.BatteryDate) + BatteryDays - today));
+    }
+    default:
+      return 0;
+  }
+}
+
+void Pendrel::subShowFormComm() {
+  Procedure procedure{Module, "subShowFormComm"};
+  procedure.run([&] {
+    if (!link().Get_Visible()) link().show();
+  });
+}
+
+void Pendrel::subHideFormComm() {
+  Procedure procedure{Module, "subHideFormComm"};
+  procedure.run([&] { link().hide(); });
+}
+
+}  // namespace hy_wristlog

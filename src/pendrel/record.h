@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "hy_wristlog/enumerations.h"
+#include "hy_wristlog/series.h"
+
+namespace hy_wristlog {
+
+/// The values of one Pendrel logger. Plain data: the parsers and the decoder read and write it, and know of
+/// no port.
+struct PendrelRecord {
+#define HY_STORED(Name, Type, Access) Type Name{};
+#define HY_COMPUTED(Name, Type)
+#include "hy_wristlog/pendrel_properties.inc"
+#undef HY_STORED
+#undef HY_COMPUTED
+  std::int16_t ProgressPercent = 0;  ///< of a set-up being sent: 0, 25, 50, 75, 100
+  std::string SetupText;             ///< the lines of the set-up answer as they came
+  std::string SubjectInfo;           ///< 64 characters, one byte each
+  std::int16_t SetupLine3Value = 0;
+  std::int16_t MemorySizeKB = 0;
+  std::int16_t SubjectInfoVersion = 0;
+  std::vector<std::uint8_t> RawData;  ///< the memory image, from address 0
+
+  /// Device_Unknown, KR_PENDREL, KR_PENDREL_CRC or KR_PENDREL_CRC_STEPS, by the first character of the serial
+  /// number and the firmware.
+  enmDeviceType Get_DeviceType() const;
+  /// "Pendrel", "Pendrel Steps", or empty.
+  std::string Get_DeviceText() const;
+  /// Whether its answers carry checksums.
+  bool Get_CTcompliant() const;
+  std::int32_t Get_MaxBytesUsed() const;
+  /// Days.
+  std::int16_t Get_MaxBatteryLife() const;
+  /// Days that the memory lasts in the present mode and epoch; 0 when they are not set.
+  double Get_MaxRecordingTime() const;
+  /// How many blocks of 4096 bytes hold the header and the recorded bytes.
+  std::int16_t Get_BlocksToDownload() const;
+};
+
+}  // namespace hy_wristlog
