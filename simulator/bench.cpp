@@ -3,10 +3,11 @@
 #include <algorithm>
 
 #include "simulator/calendar.h"
+#include "simulator/pendrel_subject.h"
 
 namespace hy_wristlog::simulator {
 
-double Bench::lineShare() const {
+double DockBench::lineShare() const {
   const Traffic& traffic = Dock->line().traffic();
   const auto busy = std::chrono::duration<double>{std::max(traffic.BusyToLogger, traffic.BusyToPc)}.count();
   return World->elapsed() > 0 ? busy / World->elapsed() : 0.0;
@@ -28,6 +29,28 @@ Bench makeBench(const BenchOptions& options) {
   bench.Logger = &bench.World->addLogger(options.Logger);
   if (options.LoggerInDock) bench.Dock->insert(*bench.Logger);
   return bench;
+}
+
+PendrelBench makePendrelBench(const PendrelBenchOptions& options) {
+  PendrelBench bench;
+  bench.World = std::make_shared<SimulatedWorld>(options.World);
+  bench.Dock = &bench.World->addDock(options.Dock);
+  PendrelOptions logger = options.Logger;
+  if (!logger.Zone) logger.Zone = zoneOffset(bench.World->zoneRule(), bench.World->timeline().now());
+  bench.Logger = &bench.World->addPendrel(logger);
+  if (options.LoggerInDock) bench.Dock->insert(*bench.Logger);
+  return bench;
+}
+
+PendrelSetup ordinaryPendrelSetup(const SimulatedWorld& world, std::int32_t epochLength, bool countsSteps) {
+  PendrelSetup setup;
+  setup.EpochLength = epochLength;
+  setup.StartTime = (world.now() / 60 + 1) * 60;
+  setup.CountsSteps = countsSteps;
+  const auto offset = zoneOffset(world.zoneRule(), momentOf(setup.StartTime));
+  setup.Subject = encode({"Subject 17", "AB", 'F', true, "EST", "0123456789ABCDEF0123456789ABCDEF", 30808,
+                          static_cast<std::int16_t>(offset.count()), 1685, 723});
+  return setup;
 }
 
 RecordingSetup ordinarySetup(const SimulatedWorld& world, Mode mode, std::int32_t epochLength) {

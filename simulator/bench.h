@@ -14,15 +14,30 @@ struct BenchOptions {
   bool LoggerInDock = true;
 };
 
-/// A world with one dock and one healthy logger in it, as it came from the factory.
-struct Bench {
+struct PendrelBenchOptions {
+  WorldOptions World;
+  PendrelOptions Logger;
+  DockOptions Dock{.Kind = DockKind::Pendreader, .ComPort = 1};
+  bool LoggerInDock = true;
+};
+
+/// A world with one dock.
+struct DockBench {
   std::shared_ptr<SimulatedWorld> World;
   SimulatedDock* Dock = nullptr;
-  SimulatedLogger* Logger = nullptr;
 
   SimulatedLine& line() const { return Dock->line(); }
   /// How much of the time since the world began the busier direction of the line was occupied, 0 to 1.
   double lineShare() const;
+};
+
+/// The same with one healthy logger in it, as it came from the factory.
+struct Bench : DockBench {
+  SimulatedLogger* Logger = nullptr;
+};
+
+struct PendrelBench : DockBench {
+  SimulatedPendrel* Logger = nullptr;
 };
 
 BenchOptions vividBenchOptions();
@@ -33,13 +48,19 @@ inline Bench makeKestrin2Bench(const BenchOptions& options = kestrin2BenchOption
   return makeBench(options);
 }
 
+PendrelBench makePendrelBench(const PendrelBenchOptions& options = {});
+
 /// A set-up in the world's own zone that starts at its next full minute and never stops, with a subject.
 RecordingSetup ordinarySetup(const SimulatedWorld& world, Mode mode, std::int32_t epochLength);
+
+/// The same for a Pendrel logger; its subject text tells the world's zone as it is at the start.
+PendrelSetup ordinaryPendrelSetup(const SimulatedWorld& world, std::int32_t epochLength,
+                                  bool countsSteps = false);
 
 /// Puts a bench in the place of the thread's world, and brings the former one back at the end.
 class BenchScope {
  public:
-  explicit BenchScope(const Bench& bench) : former_(platform::use(bench.World)) {}
+  explicit BenchScope(const DockBench& bench) : former_(platform::use(bench.World)) {}
   BenchScope(const BenchScope&) = delete;
   BenchScope& operator=(const BenchScope&) = delete;
   ~BenchScope() { platform::use(std::move(former_)); }

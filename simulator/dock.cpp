@@ -15,7 +15,8 @@ using platform::LineStopBits;
 
 namespace {
 
-constexpr platform::LineSettings LoggerSettings{57600, LineParity::None, 8, LineStopBits::Two};
+constexpr platform::LineSettings VardenSettings{57600, LineParity::None, 8, LineStopBits::Two},
+    PendrelSettings{600, LineParity::None, 8, LineStopBits::One};
 constexpr nanoseconds DsrRises = 120ms, DsrFalls = 30ms, WakingUp = 40ms, ShortestWakePulse = 20ms;
 constexpr std::string_view ComPortClass = "{4d36e978-e325-11ce-bfc1-08002be10318}";
 constexpr std::string_view UsbDeviceClass = "{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
@@ -62,23 +63,23 @@ class SimulatedPort : public platform::SerialPort {
 SimulatedDock::SimulatedDock(Timeline& timeline, const DockOptions& options)
     : timeline_(timeline),
       options_(options),
-      line_(timeline, LoggerSettings),
+      line_(timeline, options.Kind == DockKind::Pendreader ? PendrelSettings : VardenSettings),
       signal_(timeline, [this] { settle(); }) {}
 
-bool SimulatedDock::contact() const {
-  if (logger_ == nullptr) return false;
-  return (logger_->model() == LoggerModel::Vivid) == (options_.Kind == DockKind::Quillander);
+bool SimulatedDock::onTolka() const {
+  return options_.Kind == DockKind::TolkaFirst || options_.Kind == DockKind::TolkaSecond;
 }
 
-void SimulatedDock::insert(SimulatedLogger& logger) {
+void SimulatedDock::insert(Dockable& logger) {
   if (logger_ != nullptr || logger.dock() != nullptr)
     throw std::logic_error("the dock or the logger is taken");
   logger_ = &logger;
   logger.seat(*this, line_);
-  if (options_.Kind != DockKind::Quillander && dtr_) signal_.setAfter(DsrRises);
+  if (onTolka() && dtr_) signal_.setAfter(DsrRises);
+  feed();
 }
 
-SimulatedLogger* SimulatedDock::pullOut() {
+Dockable* SimulatedDock::pullOut() {
   if (logger_ == nullptr) return nullptr;
   signal_.cancel();
   dsr_ = false;
@@ -110,7 +111,7 @@ void SimulatedDock::unplugAfterBytes(std::uint64_t count) {
 }
 
 std::string SimulatedDock::hardwareId() const {
-  if (!options_.HardwareId.empty()) return options_.HardwareId;
+  if (!options_.HardwareId.empty() || options_.Kind == DockKind::Pendreader) return options_.HardwareId;
   const char* product = options_.Kind == DockKind::Quillander   ? "4000"
                         : options_.Kind == DockKind::TolkaFirst ? "4001"
                                                                 : "4002";
@@ -118,13 +119,14 @@ std::string SimulatedDock::hardwareId() const {
 }
 
 std::string SimulatedDock::friendlyName() const {
-  if (!options_.FriendlyName.empty()) return options_.FriendlyName;
+  if (!options_.FriendlyName.empty() || options_.Kind == DockKind::Pendreader) return options_.FriendlyName;
   std::string name = options_.Kind == DockKind::Quillander ? "Kestrin Vivid Dock" : "Kestrin 2 Dock";
   if (!options_.NameShowsPort.value_or(options_.Kind != DockKind::TolkaFirst)) return name;
   return name + " (COM" + std::to_string(options_.ComPort) + ")";
 }
 
 bool SimulatedDock::hasClass(std::string_view classGuid) const {
+  if (options_.Kind == DockKind::Pendreader) return false;
   const std::string_view own = options_.Kind == DockKind::TolkaFirst ? UsbDeviceClass : ComPortClass;
   return std::ranges::equal(
       own, classGuid, [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); });
@@ -159,9 +161,10 @@ void SimulatedDock::closePort() {
 void SimulatedDock::setDtr(bool on) {
   if (on == dtr_) return;
   // However short DTR was down, the dock has let the logger go before it looks for it anew.
-  if (on && signal_.pending() && options_.Kind != DockKind::Quillander) settle();
+  if (on && signal_.pending() && onTolka()) settle();
   dtr_ = on;
-  if (options_.Kind == DockKind::Quillander) return;
+  feed();
+  if (!onTolka()) return;
   if (!on)
     signal_.setAfter(DsrFalls);
   else if (contact())
@@ -169,13 +172,25 @@ void SimulatedDock::setDtr(bool on) {
 }
 
 void SimulatedDock::setRts(bool on) {
-  if (on == std::exchange(rts_, on) || options_.Kind != DockKind::Quillander) return;
+  if (on == std::exchange(rts_, on)) return;
+  feed();
+  if (options_.Kind != DockKind::Quillander) return;
   if (on) {
     rtsRose_ = timeline_.now();
   } else if (contact() && timeline_.now() - rtsRose_ >= ShortestWakePulse) {
     logger_->doze();
     signal_.setAfter(WakingUp);
   }
+}
+
+void SimulatedDock::feed() {
+  if (options_.Kind != DockKind::Pendreader || !contact()) return;
+  const bool fed = dtr_ && rts_;
+  if (fed == logger_->awake()) return;
+  if (fed)
+    logger_->wake();
+  else
+    logger_->doze();
 }
 
 /// The logger is awake after its pulse, or DSR follows DTR.

@@ -6,15 +6,11 @@
 #include <string>
 
 #include "platform/platform.h"
+#include "simulator/dockable.h"
 #include "simulator/fault.h"
 #include "simulator/line.h"
-#include "simulator/simulated_logger.h"
 
 namespace hy_wristlog::simulator {
-
-/// The Quillander dock is for the Vivid, the two Tolka docks are for the Kestrin 2. The first form of the
-/// Tolka dock shows itself as a plain USB device, the others as COM ports.
-enum class DockKind : std::uint8_t { Quillander, TolkaFirst, TolkaSecond };
 
 struct DockOptions {
   DockKind Kind = DockKind::Quillander;
@@ -36,7 +32,8 @@ struct DockFaults {
   bool Held = false;      ///< another program has the port
 };
 
-/// A dock on a USB port: a serial line with its modem lines, and perhaps a logger in it.
+/// A dock on a port: a serial line with its modem lines, and perhaps a logger in it. A Pendreader feeds its
+/// logger from DTR and RTS: it is awake as long as both are on.
 class SimulatedDock : public std::enable_shared_from_this<SimulatedDock> {
  public:
   SimulatedDock(Timeline& timeline, const DockOptions& options);
@@ -48,15 +45,15 @@ class SimulatedDock : public std::enable_shared_from_this<SimulatedDock> {
   DockKind kind() const { return options_.Kind; }
   std::int32_t comPort() const { return options_.ComPort; }
   SimulatedLine& line() { return line_; }
-  SimulatedLogger* logger() const { return logger_; }
+  Dockable* logger() const { return logger_; }
   bool plugged() const { return plugged_; }
   bool isOpen() const { return open_; }
 
   /// Seats a logger. Throws std::logic_error when the dock is taken or the logger sits elsewhere; a logger of
   /// the wrong model fits but makes no contact.
-  void insert(SimulatedLogger& logger);
+  void insert(Dockable& logger);
   /// Takes the logger out; null when there was none.
-  SimulatedLogger* pullOut();
+  Dockable* pullOut();
   void plug();
   void unplug();
   /// The same once so many more bytes have passed the line, both directions together.
@@ -76,13 +73,15 @@ class SimulatedDock : public std::enable_shared_from_this<SimulatedDock> {
   void setDtr(bool on);
   void setRts(bool on);
   void closePort();
-  bool contact() const;
+  bool contact() const { return logger_ != nullptr && logger_->fits(options_.Kind); }
+  bool onTolka() const;
+  void feed();
   void settle();
 
   Timeline& timeline_;
   DockOptions options_;
   SimulatedLine line_;
-  SimulatedLogger* logger_ = nullptr;
+  Dockable* logger_ = nullptr;
   Alarm signal_;
   bool plugged_ = true, open_ = false, dtr_ = false, rts_ = false, dsr_ = false;
   Moment rtsRose_{};

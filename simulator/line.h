@@ -38,7 +38,7 @@ struct Traffic {
 /// at a time, at the pace of its sender's settings.
 class SimulatedLine {
  public:
-  /// `far` are the settings of the logger's side, which never change.
+  /// `far` are the settings of the logger's side.
   SimulatedLine(Timeline& timeline, const platform::LineSettings& far);
 
   LineFaults Faults;
@@ -68,6 +68,9 @@ class SimulatedLine {
   platform::LineErrors takeErrors();
 
   // The logger's side.
+  /// Concerns what has not left yet, and what is heard from now on.
+  void setFarSettings(const platform::LineSettings& settings) { far_ = settings; }
+  const platform::LineSettings& farSettings() const { return far_; }
   void listen(std::function<void(std::uint8_t)> listener) { listener_ = std::move(listener); }
   /// Puts bytes on the line, behind those that wait; not before `delay` has passed.
   void send(std::span<const std::uint8_t> bytes, nanoseconds delay = nanoseconds{0});

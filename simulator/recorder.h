@@ -15,6 +15,7 @@ namespace hy_wristlog::simulator {
 /// What a logger's sensors saw in one epoch.
 struct EpochReading {
   double Counts = 0;                    ///< activity counts, calibrated
+  std::int32_t Steps = 0;               ///< steps walked
   double Lux = 0;                       ///< illuminance
   double Red = 0, Green = 0, Blue = 0;  ///< irradiance in microwatts per square centimetre
   bool OffWrist = false;

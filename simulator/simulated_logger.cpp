@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "simulator/dock.h"
-#include "simulator/line.h"
-
 namespace hy_wristlog::simulator {
 namespace {
 
@@ -65,7 +62,9 @@ SimulatedLogger::SimulatedLogger(Timeline& timeline, const LoggerOptions& option
       parts_(makeParts(timeline, options)),
       recorder_(timeline, parts_),
       shell_(timeline, parts_, recorder_, Faults, options.DisplayFirmware,
-             [this](std::span<const std::uint8_t> bytes, nanoseconds delay) { say(bytes, delay); }) {
+             [this](std::span<const std::uint8_t> bytes, nanoseconds delay) {
+               if (!Faults.Silent) say(bytes, delay);
+             }) {
   fillFactoryBlock(parts_.Block, options, parts_.Firmware, timeline.now());
   parts_.Clock.set(parts_.Clock.seconds() + options.ClockError);
   parts_.Clock.setDrift(options.ClockDrift);
@@ -86,10 +85,7 @@ void SimulatedLogger::setUp(const RecordingSetup& setup) {
 }
 
 void SimulatedLogger::wear(nanoseconds duration, const WearOptions& options) {
-  SimulatedDock* const home = dock_;
-  if (home != nullptr) home->pullOut();
-  live(duration, options);
-  if (home != nullptr && options.Redock && home->logger() == nullptr) home->insert(*this);
+  away(options.Redock, [&] { live(duration, options); });
 }
 
 void SimulatedLogger::live(nanoseconds duration, const WearOptions& options) {
@@ -125,40 +121,6 @@ void SimulatedLogger::live(nanoseconds duration, const WearOptions& options) {
 void SimulatedLogger::powerReset(std::uint32_t selfTest) {
   shell_.restart();
   recorder_.powerReset(selfTest);
-}
-
-void SimulatedLogger::seat(SimulatedDock& dock, SimulatedLine& line) {
-  dock_ = &dock;
-  line_ = &line;
-  line.listen([this](std::uint8_t byte) { hear(byte); });
-  recorder_.dockChanged(true);
-}
-
-void SimulatedLogger::unseat() {
-  doze();
-  line_->listen(nullptr);
-  line_ = nullptr;
-  dock_ = nullptr;
-  recorder_.dockChanged(false);
-}
-
-void SimulatedLogger::wake() {
-  shell_.restart();
-  awake_ = true;
-}
-
-void SimulatedLogger::doze() {
-  awake_ = false;
-  shell_.restart();
-  line_->dropUnsent();
-}
-
-void SimulatedLogger::hear(std::uint8_t byte) {
-  if (awake_) shell_.receive(byte);
-}
-
-void SimulatedLogger::say(std::span<const std::uint8_t> bytes, nanoseconds delay) {
-  if (awake_ && line_ != nullptr && !Faults.Silent) line_->send(bytes, delay);
 }
 
 }  // namespace hy_wristlog::simulator

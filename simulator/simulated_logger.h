@@ -6,14 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "simulator/dockable.h"
 #include "simulator/recorder.h"
 #include "simulator/shell.h"
 #include "simulator/wearer.h"
 
 namespace hy_wristlog::simulator {
-
-class SimulatedDock;
-class SimulatedLine;
 
 /// How a logger leaves the factory.
 struct LoggerOptions {
@@ -36,11 +34,9 @@ LoggerOptions kestrin2Options();
 /// A wrist-worn activity logger: config block, memory, clock, battery, sensors, and the shell that it runs
 /// while it sits awake in a dock. It records whether docked or not, and only its own commands make it lose
 /// what it recorded.
-class SimulatedLogger {
+class SimulatedLogger : public Dockable {
  public:
   SimulatedLogger(Timeline& timeline, const LoggerOptions& options);
-  SimulatedLogger(const SimulatedLogger&) = delete;
-  SimulatedLogger& operator=(const SimulatedLogger&) = delete;
 
   LoggerFaults Faults;
 
@@ -68,27 +64,20 @@ class SimulatedLogger {
   /// A power reset now; `selfTest` 0 means that the self test passed.
   void powerReset(std::uint32_t selfTest = 0);
 
-  SimulatedDock* dock() const { return dock_; }
-  bool awake() const { return awake_; }
+  bool fits(DockKind kind) const override {
+    return kind != DockKind::Pendreader && (model() == LoggerModel::Vivid) == (kind == DockKind::Quillander);
+  }
 
  private:
-  friend class SimulatedDock;
-
-  void seat(SimulatedDock& dock, SimulatedLine& line);
-  void unseat();
-  void wake();
-  void doze();
-  void hear(std::uint8_t byte);
-  void say(std::span<const std::uint8_t> bytes, nanoseconds delay);
+  void hear(std::uint8_t byte) override { shell_.receive(byte); }
+  void attentionChanged() override { shell_.restart(); }
+  void dockChanged(bool docked) override { recorder_.dockChanged(docked); }
   void live(nanoseconds duration, const WearOptions& options);
 
   Timeline& timeline_;
   LoggerParts parts_;
   Recorder recorder_;
   Shell shell_;
-  SimulatedDock* dock_ = nullptr;
-  SimulatedLine* line_ = nullptr;
-  bool awake_ = false;
 };
 
 }  // namespace hy_wristlog::simulator

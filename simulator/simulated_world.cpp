@@ -32,11 +32,19 @@ struct SimulatedWorld::Services {
         FileSystem(*Inner, faults),
         Cryptography(*Inner, faults) {}
 
+  template <class Logger, class Options>
+  Logger& add(const Options& options) {
+    auto made = std::make_unique<Logger>(Time, options);
+    Logger& logger = *made;
+    Loggers.push_back(std::move(made));
+    return logger;
+  }
+
   std::shared_ptr<platform::Platform> Inner;
   platform::ZoneRule Rule;
   Timeline Time;
   RootFolder Root;
-  std::vector<std::unique_ptr<SimulatedLogger>> Loggers;
+  std::vector<std::unique_ptr<Dockable>> Loggers;
   std::vector<std::shared_ptr<SimulatedDock>> Docks;
   SimulatedClock Clock;
   SimulatedPorts Ports;
@@ -74,7 +82,11 @@ SimulatedDock& SimulatedWorld::addDock(const DockOptions& options) {
 }
 
 SimulatedLogger& SimulatedWorld::addLogger(const LoggerOptions& options) {
-  return *services_->Loggers.emplace_back(std::make_unique<SimulatedLogger>(services_->Time, options));
+  return services_->add<SimulatedLogger>(options);
+}
+
+SimulatedPendrel& SimulatedWorld::addPendrel(const PendrelOptions& options) {
+  return services_->add<SimulatedPendrel>(options);
 }
 
 const std::vector<std::shared_ptr<SimulatedDock>>& SimulatedWorld::docks() const { return services_->Docks; }

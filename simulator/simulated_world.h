@@ -11,6 +11,7 @@
 #include "platform/platform.h"
 #include "simulator/dock.h"
 #include "simulator/fault.h"
+#include "simulator/pendrel_logger.h"
 #include "simulator/settings_store.h"
 #include "simulator/simulated_logger.h"
 #include "simulator/timeline.h"
@@ -72,6 +73,7 @@ class SimulatedWorld : public platform::Platform {
 
   SimulatedDock& addDock(const DockOptions& options);
   SimulatedLogger& addLogger(const LoggerOptions& options);
+  SimulatedPendrel& addPendrel(const PendrelOptions& options);
   const std::vector<std::shared_ptr<SimulatedDock>>& docks() const;
 
   platform::Clock& clock() override;

@@ -1,5 +1,6 @@
 #include "simulator/wearer.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace hy_wristlog::simulator {
@@ -13,6 +14,14 @@ std::uint64_t scramble(std::uint64_t x) {
   x = (x ^ (x >> 30)) * 0xBF58476D1CE4E5B9ULL;
   x = (x ^ (x >> 27)) * 0x94D049BB133111EBULL;
   return x ^ (x >> 31);
+}
+
+/// Whoever moves less than this in half a minute does not walk; nobody makes more than two steps a second.
+std::int32_t steps(double counts, std::int32_t length) {
+  constexpr double WalksFrom = 150, CountsPerStep = 8;
+  const double halfMinutes = length / 30.0;
+  const double walked = (counts / halfMinutes - WalksFrom) / CountsPerStep;
+  return static_cast<std::int32_t>(std::lround(std::clamp(walked, 0.0, 60.0) * halfMinutes));
 }
 
 bool between(std::int32_t value, std::int32_t from, std::int32_t to) { return value >= from && value < to; }
@@ -84,6 +93,7 @@ EpochReading Wearer::read(std::int64_t begins, std::int32_t length) {
   reading.Green = reading.Lux * 0.095;
   reading.Blue = reading.Lux * (outdoors ? 0.10 : 0.05);
   if (!reading.OffWrist) reading.Counts = activity(today, minute, begins, length);
+  reading.Steps = steps(reading.Counts, length);
   const double presses = options_.MarkersPerDay * length / static_cast<double>(DaySeconds);
   reading.Button1 = chance(static_cast<std::uint64_t>(begins), 50) < presses * 0.7;
   reading.Button2 = chance(static_cast<std::uint64_t>(begins), 51) < presses * 0.3;

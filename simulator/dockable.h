@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+
+#include "simulator/timeline.h"
+
+namespace hy_wristlog::simulator {
+
+class SimulatedDock;
+class SimulatedLine;
+
+/// The Quillander dock is for the Vivid, the two Tolka docks are for the Kestrin 2. The first form of the
+/// Tolka dock shows itself as a plain USB device, the others as COM ports. The Pendreader is for the Pendrel
+/// family and hangs on a plain serial port that no device tree shows.
+enum class DockKind : std::uint8_t { Quillander, TolkaFirst, TolkaSecond, Pendreader };
+
+/// What can sit in a dock: a logger of any family.
+class Dockable {
+ public:
+  Dockable() = default;
+  Dockable(const Dockable&) = delete;
+  Dockable& operator=(const Dockable&) = delete;
+  virtual ~Dockable() = default;
+
+  SimulatedDock* dock() const { return dock_; }
+  bool awake() const { return awake_; }
+  /// False: it can be put into such a dock but makes no contact there.
+  virtual bool fits(DockKind kind) const = 0;
+
+ protected:
+  /// Puts bytes on the dock's line; nothing unless it is awake.
+  void say(std::span<const std::uint8_t> bytes, nanoseconds delay);
+  SimulatedLine* line() const { return line_; }
+  /// Does something while it is out of its dock, and puts it back afterwards if it was in one.
+  void away(bool redock, const std::function<void()>& action);
+
+ private:
+  friend class SimulatedDock;
+
+  void seat(SimulatedDock& dock, SimulatedLine& line);
+  void unseat();
+  void wake();
+  void doze();
+
+  virtual void hear(std::uint8_t byte) = 0;
+  /// It woke up or fell asleep: whatever was being said is over.
+  virtual void attentionChanged() = 0;
+  virtual void dockChanged(bool docked) = 0;
+
+  SimulatedDock* dock_ = nullptr;
+  SimulatedLine* line_ = nullptr;
+  bool awake_ = false;
+};
+
+}  // namespace hy_wristlog::simulator

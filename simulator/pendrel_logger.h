@@ -1,0 +1,85 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "simulator/dockable.h"
+#include "simulator/pendrel_parts.h"
+#include "simulator/pendrel_recorder.h"
+#include "simulator/pendrel_shell.h"
+#include "simulator/wearer.h"
+
+namespace hy_wristlog::simulator {
+
+/// How a Pendrel logger leaves the factory, its battery put in on that day.
+struct PendrelOptions {
+  PendrelModel Model = PendrelModel::Checksums;
+  std::optional<std::uint8_t> Firmware;  ///< below 144 without checksums, otherwise not; any with steps
+  std::size_t MemoryKilobytes = 64;      ///< 8, 16, 32 or 64
+  std::string SerialDigits = "1234";
+  std::uint8_t ActivityCalibration = 128, Resets = 0;
+  std::string BatteryDate;  ///< ddmmyy where not the day it leaves the factory
+  double ClockDrift = 0;    ///< parts in a million
+  /// What local time adds to UTC where it is worn; a bench puts its world's zone there.
+  std::optional<std::chrono::minutes> Zone;
+};
+
+/// What a PC writes into a Pendrel logger before a recording.
+struct PendrelSetup {
+  std::string Subject = std::string(64, ' ');
+  std::int32_t EpochLength = 30;  ///< seconds; multiples of 15 up to 945, and 2, 5 and 10
+  std::int64_t StartTime = 0;     ///< UTC seconds since 1970
+  bool CountsSteps = false;       ///< heeded by the model with steps alone
+};
+
+/// The older family's activity logger: a memory, a battery, a quartz that counts epochs, and starred commands
+/// that it obeys while a reader feeds it. It knows no time of day: a PC tells it how long to wait. It records
+/// whether docked or not.
+class SimulatedPendrel : public Dockable {
+ public:
+  /// Throws std::invalid_argument for a logger that was never made.
+  SimulatedPendrel(Timeline& timeline, const PendrelOptions& options);
+
+  PendrelFaults Faults;
+
+  PendrelModel model() const { return parts_.Model; }
+  PendrelMemory& memory() { return parts_.Memory; }
+  /// What the PC has written and what the device record tells, free to be changed.
+  PendrelParts& parts() { return parts_; }
+  /// What came in whole, oldest first; the prompt is an empty text.
+  const std::vector<std::string>& commands() const { return shell_.commands(); }
+  void forgetCommands() { shell_.forgetCommands(); }
+  std::vector<std::string> setupLines() const { return shell_.setupLines(); }
+  bool recording() const { return recorder_.recording(); }
+  bool waiting() const { return recorder_.waiting(); }
+  /// What it has recorded, without the header.
+  std::vector<std::uint8_t> recordedBytes() const;
+
+  /// Sets it up as a PC would, memory emptied, without a dock.
+  void setUp(const PendrelSetup& setup);
+  /// Moves the world's time on while somebody wears it: taken out of its dock at the start, and put back at
+  /// the end when it was in one (and `Redock`).
+  void wear(nanoseconds duration, const WearOptions& options = {});
+  /// Its processor restarts: recording or waiting ends, and one more reset is counted.
+  void powerReset();
+
+  bool fits(DockKind kind) const override { return kind == DockKind::Pendreader; }
+
+ private:
+  void hear(std::uint8_t byte) override { shell_.receive(byte); }
+  void attentionChanged() override;
+  void dockChanged(bool docked) override { recorder_.dockChanged(docked); }
+  void setBaud(std::int32_t baud);
+  void befall(const Happening& happening);
+
+  Timeline& timeline_;
+  PendrelParts parts_;
+  PendrelRecorder recorder_;
+  PendrelShell shell_;
+  std::chrono::minutes zone_;
+};
+
+}  // namespace hy_wristlog::simulator
