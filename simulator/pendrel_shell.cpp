@@ -204,7 +204,7 @@ void PendrelShell::complete() {
 bool PendrelShell::makesSense(char letter, std::string_view arguments) const {
   switch (letter) {
     case 'N':
-      return arguments[1] == '0' && (number(arguments) + 1) * 256 <= parts_.Memory.size();
+      return arguments[1] == '0' && number(arguments) < parts_.Memory.size() / 256;
     case 'A':
       return pendrel_epoch::seconds(byteOf(arguments)) > 0;
     case 'D':

@@ -156,11 +156,19 @@ TEST(Pendrel, ForgetsHalfACommandAndListensOnlyWhenFree) {
   reader.exchange("***O00");
   reader.connect();
   EXPECT_EQ(reader.exchange("6D"), "6D") << "without power it forgets at once";
+  PendrelMemory& memory = reader.logger().memory();
+  memory.append(std::vector<std::uint8_t>(300, 7));
+  memory.write(0x6D, 'G');
+  reader.logger().Faults.Feigned['X'] = once();
+  EXPECT_EQ(reader.exchange("***X00", 10000), "***X00\r>");
+  EXPECT_EQ(reader.logger().setupLines()[4], "012C") << "said, but not done";
   EXPECT_EQ(reader.exchange("***X00", 9500), "***X00");
+  EXPECT_EQ(reader.logger().setupLines()[4], "FF80");
+  EXPECT_EQ(memory.read(0x6D) * 256 + memory.read(128), 'G' * 256 + 255) << "the header stays";
   EXPECT_EQ(reader.exchange("\r"), "\r>") << "of the clear";
   EXPECT_EQ(reader.exchange("\r"), "\r>");
   EXPECT_EQ(reader.inTwo("***GU\r", 580, "\r"), "***GU\r>");
-  EXPECT_EQ(reader.logger().commands(), (std::vector<std::string>{"***X00", "", "***GU", ""}));
+  EXPECT_EQ(reader.logger().commands(), (std::vector<std::string>{"***X00", "***X00", "", "***GU", ""}));
 }
 
 TEST(Pendrel, StreamsItsBlocks) {
