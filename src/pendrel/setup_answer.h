@@ -1,0 +1,46 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "pendrel/record.h"
+
+/// The text with which a logger reports its set-up: eight lines, one byte a character, without their ends.
+///   0  nothing that is read
+///   1  subject text
+///   2  epoch code, in the first two characters
+///   3  a byte, in the last two
+///   4  memory pointer, in the last four
+///   5  start, "dd mm yy HH MM"
+///   6  battery date, "dd mm yy"
+///   7  device record "Fvv.cc.ssss.mm.rr": family letter, firmware, calibration, serial digits, memory size
+///      code, resets; any character stands for the points
+/// Codes and numbers are hexadecimal, dates decimal. A field that cannot be read gets its unknown value.
+namespace hy_wristlog {
+
+using SetupLines = std::array<std::string, 8>;
+
+/// The value of up to eight hexadecimal digits; none when there are none, or other characters among them.
+std::optional<std::uint32_t> hexadecimalField(std::string_view field);
+
+/// The sum that a model with checksums sends behind the lines: their characters, and the carriage returns
+/// between them.
+std::int32_t setupSum(const SetupLines& lines);
+
+/// Takes SerialNumber, FirmwareVersion (0 unknown) and MemorySizeKB (-1 unknown) from line 7; they tell what
+/// the logger is. Of a line that is too short they get what there is.
+void takeDeviceRecord(PendrelRecord& record, std::string_view line7);
+
+/// Takes all else, in the order of the lines: the subject, which is decoded, EpochLength, SetupLine3Value,
+/// BytesUsed (at most Get_MaxBytesUsed), StartDate and StartTime, BatteryDate, ActivityCalibration (0
+/// unknown), Resets (-1 unknown). The device record must have been taken before. Days that a month does not
+/// have carry into the next one.
+///
+/// Raises 13 for a battery date with numbers for day and year and a month that is none; BatteryDate is then
+/// unknown, and what comes behind it is left as it was.
+void takeSetup(PendrelRecord& record, const SetupLines& lines);
+
+}  // namespace hy_wristlog
