@@ -3,9 +3,9 @@
 #include "pendrel/record.h"
 
 /// The text of 64 characters in which a logger carries who wears it: identity (23), initials (3), gender (1),
-/// "T" or "F" for AutoDSTadjust, zone abbreviation (3), 24 bytes in Base64 (32), version digit "2". The bytes,
-/// numbers with the high byte first: GUID (16), date of birth in days (2), GMToffset (2), height and weight
-/// in tenths (2 each). Characters are those of code page 1252, one byte each.
+/// "T" or "F" for AutoDSTadjust, zone abbreviation (3), 24 bytes in Base64 (32), version digit "2". The
+/// bytes, numbers with the high byte first: GUID (16), date of birth in days (2), GMToffset (2), height and
+/// weight in tenths (2 each). Characters are those of code page 1252, one byte each.
 namespace hy_wristlog {
 
 /// Builds SubjectInfo from the subject's members and sets SubjectInfoVersion to 2. Longer texts are cut;

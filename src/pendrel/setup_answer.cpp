@@ -1,0 +1,137 @@
+#include "pendrel/setup_answer.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "base/code_page.h"
+#include "base/dates.h"
+#include "base/faults.h"
+#include "base/numbers.h"
+#include "pendrel/subject_text.h"
+
+namespace hy_wristlog {
+namespace {
+
+constexpr std::int32_t CarriageReturn = 13;
+constexpr std::size_t StartLength = 14, BatteryDateLength = 8;
+
+/// Characters counted from 1, as many as there are.
+std::string_view characters(std::string_view line, std::size_t first, std::size_t last) {
+  if (line.size() < first) return {};
+  return line.substr(first - 1, last - first + 1);
+}
+
+std::string_view lastCharacters(std::string_view line, std::size_t count) {
+  return line.size() < count ? std::string_view{} : line.substr(line.size() - count);
+}
+
+std::optional<std::uint8_t> byteField(std::string_view line, std::size_t first) {
+  const std::string_view digits = characters(line, first, first + 1);
+  const auto value = digits.size() == 2 ? hexadecimalField(digits) : std::nullopt;
+  return value ? std::optional(static_cast<std::uint8_t>(*value)) : std::nullopt;
+}
+
+std::int16_t memorySize(std::string_view code) {
+  if (code == "1F") return 8;
+  if (code == "3F") return 16;
+  if (code == "7F") return 32;
+  return code == "FF" ? std::int16_t{64} : std::int16_t{-1};
+}
+
+std::int16_t epochOfCode(std::uint8_t code) {
+  if (code >= 1 && code <= 63) return static_cast<std::int16_t>(code * 15);
+  switch (code) {
+    case 0x81:
+      return 2;
+    case 0xC1:
+      return 5;
+    case 0xC2:
+      return 10;
+    default:
+      return -1;
+  }
+}
+
+/// A pointer counts from the end of the header. The highest ones are addresses inside it: nothing is
+/// recorded.
+std::int32_t bytesOfPointer(std::string_view digits) {
+  constexpr std::uint32_t FirstInHeader = 0xFF80;
+  const auto pointer = hexadecimalField(digits);
+  if (!pointer) return -1;
+  return *pointer >= FirstInHeader ? 0 : static_cast<std::int32_t>(*pointer);
+}
+
+bool within(double value, double low, double high) { return value >= low && value <= high; }
+
+/// UnknownDate unless all three are on the calendar.
+double dateOf(double day, double month, double year) {
+  if (!within(day, 1, 31) || !within(month, 1, 12) || !within(year, 0, 99)) return UnknownDate;
+  return dateSerial(roundToInt32(year), roundToInt32(month), roundToInt32(day));
+}
+
+double startDate(std::string_view line) {
+  const auto day = parseNumber(characters(line, 1, 2)), month = parseNumber(characters(line, 4, 5)),
+             year = parseNumber(characters(line, 7, 8));
+  return day && month && year ? dateOf(*day, *month, *year) : UnknownDate;
+}
+
+double startTime(std::string_view line) {
+  const auto hour = parseNumber(characters(line, 10, 11)), minute = parseNumber(characters(line, 13, 14));
+  if (!hour || !minute || !within(*hour, 0, 23) || !within(*minute, 0, 59)) return UnknownDate;
+  return timeSerial(roundToInt32(*hour), roundToInt32(*minute), 0);
+}
+
+/// Day and year are looked at before they are read, the month is not.
+double batteryDate(std::string_view line) {
+  const auto day = parseNumber(characters(line, 1, 2)), month = parseNumber(characters(line, 4, 5)),
+             year = parseNumber(characters(line, 7, 8));
+  if (!day || !year) return UnknownDate;
+  if (!month) fault::raise(fault::TypeMismatch);
+  return dateOf(*day, *month, *year);
+}
+
+}  // namespace
+
+std::optional<std::uint32_t> hexadecimalField(std::string_view field) {
+  std::uint32_t value = 0;
+  const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), value, 16);
+  if (error != std::errc{} || end != field.data() + field.size()) return std::nullopt;
+  return value;
+}
+
+std::int32_t setupSum(const SetupLines& lines) {
+  std::int64_t sum = CarriageReturn * static_cast<std::int64_t>(lines.size() - 1);
+  for (const std::string& line : lines)
+    for (const char c : line) sum += static_cast<unsigned char>(c);
+  return fault::narrow<std::int32_t>(sum);
+}
+
+void takeDeviceRecord(PendrelRecord& record, std::string_view line7) {
+  record.SerialNumber =
+      utf8FromAnsiText(std::string(characters(line7, 1, 3)).append(characters(line7, 8, 11)));
+  record.MemorySizeKB = memorySize(characters(line7, 13, 14));
+  record.FirmwareVersion = static_cast<std::uint8_t>(hexadecimalField(characters(line7, 2, 3)).value_or(0));
+}
+
+void takeSetup(PendrelRecord& record, const SetupLines& lines) {
+  record.SubjectInfo = lines[1];
+  decodeSubjectText(record);
+
+  const auto epochCode = byteField(lines[2], 1);
+  record.EpochLength = epochCode ? epochOfCode(*epochCode) : std::int16_t{-1};
+  const auto line3 = hexadecimalField(lastCharacters(lines[3], 2));
+  record.SetupLine3Value = line3 ? static_cast<std::int16_t>(*line3) : std::int16_t{-1};
+  record.BytesUsed = std::min(bytesOfPointer(lastCharacters(lines[4], 4)), record.Get_MaxBytesUsed());
+
+  const bool hasStart = lines[5].size() == StartLength;
+  record.StartDate = hasStart ? startDate(lines[5]) : UnknownDate;
+  record.StartTime = hasStart ? startTime(lines[5]) : UnknownDate;
+  record.BatteryDate = UnknownDate;
+  if (lines[6].size() == BatteryDateLength) record.BatteryDate = batteryDate(lines[6]);
+
+  record.ActivityCalibration = byteField(lines[7], 5).value_or(0);
+  const auto resets = byteField(lines[7], 16);
+  record.Resets = resets ? std::int16_t{*resets} : std::int16_t{-1};
+}
+
+}  // namespace hy_wristlog
