@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/faults.h"
+#include "base/numbers.h"
 
 namespace hy_wristlog {
 namespace {
@@ -102,5 +103,9 @@ double dateFromLinear(double linear) {
   // A time just short of midnight can round to a whole day, which would count a day backwards.
   return time < 1.0 ? day - time : day + 1.0;
 }
+
+double dateFromUnixSeconds(std::int32_t seconds) { return seconds / SecondsPerDay + UnixEpochDate; }
+
+std::int32_t unixSecondsFromDate(double date) { return roundToInt32((date - UnixEpochDate) * SecondsPerDay); }
 
 }  // namespace hy_wristlog

@@ -56,4 +56,12 @@ std::int64_t minutesBetween(double from, double to);
 double linearFromDate(double date);
 double dateFromLinear(double linear);
 
+/// As far back as seconds since 1970 in 32 bits reach: 13 December 1901, 20:45:52.
+inline constexpr double EarliestSecondsDate = 713.8651851851852;
+/// Seconds since 1970-01-01, without leap seconds and zone, as a date.
+double dateFromUnixSeconds(std::int32_t seconds);
+/// To the nearest second, halves to even. Fault 6 for a date beyond 2038-01-19 03:14:07 or before
+/// EarliestSecondsDate.
+std::int32_t unixSecondsFromDate(double date);
+
 }  // namespace hy_wristlog

@@ -15,7 +15,6 @@ namespace hy_wristlog {
 namespace {
 
 constexpr char Module[] = "Class_VardenLogger";
-constexpr double EarliestDate = 713.8651851851852;
 constexpr float TolkaChargedVoltage = 2.9f;
 
 /// 0 for what records nothing, and for the 32 Hz test mode, whose samples are no epochs.
@@ -27,15 +26,15 @@ std::int32_t bytesPerEpoch(const VardenRecord& record) {
 
 }  // namespace
 
-double loggerSecondsToDate(std::int32_t seconds) { return seconds / SecondsPerDay + UnixEpochDate; }
+double loggerSecondsToDate(std::int32_t seconds) { return dateFromUnixSeconds(seconds); }
 
 std::int32_t dateToLoggerSeconds(double date) {
   Procedure procedure{Module, "fncDateToLoggerSeconds"};
   return procedure.run([&] {
-    if (date < EarliestDate)
+    if (date < EarliestSecondsDate)
       throw Failure(11503, "Class_VardenLogger.fncDateToLoggerSeconds",
                     "Date is before 12/13/1901 8:45:52 PM");
-    return roundToInt32((date - UnixEpochDate) * SecondsPerDay);
+    return unixSecondsFromDate(date);
   });
 }
 
