@@ -1,0 +1,109 @@
+#include "base/dates.h"
+#include "pendrel/Pendrel.h"
+#include "varden/varden_support.h"
+
+namespace hy_wristlog {
+namespace {
+
+using PendrelRecordTest = InSimulatedWorld;
+
+TEST_F(PendrelRecordTest, Models) {
+  const std::tuple<const char*, int, const char*> cases[] = {
+      {"C001234", 0x8F, "13 Pendrel 0 65408 180"},
+      {"C901234", 0x90, "14 Pendrel 1 65408 180"},
+      {"B", 0, "27 Pendrel Steps 1 65408 180"},
+      {"B901234", 0xFF, "27 Pendrel Steps 1 65408 180"},
+      {"c001234", 0, "0  0 0 0"},
+      {"", 0x90, "0  0 0 0"}};
+  for (const auto& [serial, firmware, facts] : cases) {
+    PendrelRecord r;
+    r.SerialNumber = serial;
+    r.FirmwareVersion = static_cast<std::uint8_t>(firmware);
+    EXPECT_EQ(std::to_string(r.Get_DeviceType()) + " " + r.Get_DeviceText() + " " +
+                  std::to_string(r.Get_CTcompliant()) + " " + std::to_string(r.Get_MaxBytesUsed()) + " " +
+                  std::to_string(r.Get_MaxBatteryLife()),
+              facts)
+        << serial;
+  }
+}
+
+TEST_F(PendrelRecordTest, RecordingTime) {
+  const std::tuple<const char*, int, int, double> cases[] = {
+      {"C", 0, 60, 65408.0 / 1440},
+      {"B", 1, 15, 65408.0 / 5760},
+      {"B", 2, 15, 32704.0 / 5760},
+      {"B", 0, 15, 0},
+      {"C", 1, 0, 0},
+      {"X", 1, 60, 0},
+      {"C", 1, 7, 65408.0 / static_cast<double>(86400.0F / 7)}};  // epochs a day in single precision
+  for (const auto& [serial, mode, epoch, days] : cases) {
+    PendrelRecord record;
+    record.SerialNumber = serial;
+    record.AcquisitionMode = static_cast<enmPDLoggingMode>(mode);
+    record.EpochLength = static_cast<std::int16_t>(epoch);
+    EXPECT_EQ(record.Get_MaxRecordingTime(), days) << serial << mode;
+  }
+}
+
+TEST_F(PendrelRecordTest, BlocksToDownload) {
+  const std::pair<std::int32_t, int> cases[] = {{-1, 0}, {0, 0}, {1, 1}, {3968, 1}, {3969, 2}, {65408, 16}};
+  PendrelRecord record;
+  for (const auto& [bytes, blocks] : cases) {
+    record.BytesUsed = bytes;
+    EXPECT_EQ(record.Get_BlocksToDownload(), blocks) << bytes;
+  }
+  record.BytesUsed = 2147483647;
+  EXPECT_EQ(numberOf([&] { record.Get_BlocksToDownload(); }), 6);
+}
+
+TEST_F(PendrelRecordTest, BatteryLife) {
+  Pendrel logger;
+  const double today = datePart(dateFromCivil(platform::current().clock().local()));
+  logger.record.BatteryDate = today - 10;
+  EXPECT_EQ(logger.Get_BattLifeRemaining(), 0);
+  logger.record.SerialNumber = "C";
+  EXPECT_EQ(logger.Get_BattLifeRemaining(), 170);
+  EXPECT_EQ(logger.fncBatteryLife(today - 200), 0);
+  EXPECT_EQ(logger.fncBatteryLife(today + 0.5), 180.5F);
+  EXPECT_EQ(logger.fncBatteryLife({}, KR_TOLKA), 0);
+}
+
+TEST_F(PendrelRecordTest, MemoryImage) {
+  Pendrel logger;
+  for (const int size : {-1, 0, 5001}) {
+    logger.record.MemorySizeKB = static_cast<std::int16_t>(size);
+    EXPECT_EQ(raisedBy([&] { logger.subInitRawData(); }, true),
+              "10101 Class_Pendrel.subInitRawData: Invalid memory size");
+  }
+  constexpr char OutOfBounds[] =
+      "10103 Class_Pendrel.subSetRawDataBlock: Invalid input: upper or lower address is out of bounds";
+  const ByteArray bytes = Stream("1 2 3").Bytes;
+  EXPECT_EQ(raisedBy([&] { logger.subSetRawDataBlock(0, 0, bytes); }, true), OutOfBounds);
+
+  logger.record.MemorySizeKB = 5000;
+  logger.subInitRawData();
+  EXPECT_EQ(logger.record.RawData.size(), 5120000u);
+  logger.record.MemorySizeKB = 1;
+  logger.subInitRawData();
+  const std::pair<std::int32_t, std::int32_t> refused[] = {
+      {-1, 1}, {0, 3}, {1022, 1024}, {1024, 1024}, {5, -1}, {-2147483647 - 1, 2147483647}};
+  for (const auto& [lower, upper] : refused)
+    EXPECT_EQ(raisedBy([&, l = lower, u = upper] { logger.subSetRawDataBlock(l, u, bytes); }, true),
+              OutOfBounds)
+        << lower;
+  EXPECT_EQ(seriesText(logger.record.RawData), "0x1024");
+  logger.subSetRawDataBlock(1022, 1023, bytes);
+  logger.subSetRawDataBlock(0, 2, bytes);
+  logger.subSetRawDataBlock(900, 100, bytes);  // nothing between them
+  EXPECT_EQ(seriesText(logger.record.RawData), "1 2 3 0x1019 1 2");
+
+  const std::tuple<std::int32_t, std::int32_t, std::size_t> cuts[] = {
+      {-1, 5, 0}, {3, 5, 3}, {5000, 5, 1024}, {0, 5, 133}, {0, -1, 127}, {0, -200, 0}, {0, 2147483647, 1024}};
+  for (const auto& [count, used, size] : cuts) {
+    logger.record.BytesUsed = used;
+    EXPECT_EQ(logger.Get_RawData(count).size(), size) << count;
+  }
+}
+
+}  // namespace
+}  // namespace hy_wristlog

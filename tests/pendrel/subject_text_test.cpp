@@ -1,0 +1,174 @@
+#include "pendrel/subject_text.h"
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+#include "pendrel/Pendrel.h"
+#include "varden/varden_support.h"
+
+namespace hy_wristlog {
+namespace {
+
+using PendrelSubjectText = InSimulatedWorld;
+
+constexpr char Packed[] = "ABEiM0RVZneImaq7zN3u/4EP/tQGqQK9";
+
+PendrelRecord subject() {
+  PendrelRecord record;
+  record.SubjectIdentity = "Zo\xC3\xAB \xE2\x82\xAC";  // one byte a character on the wire
+  record.SubjectInitials = "ABCD";
+  record.SubjectGender = "male";
+  record.AutoDSTadjust = true;
+  record.TimeZoneAbbrev = "CST";
+  record.SubjectGUID = "00112233445566778899aabbccddeeff";
+  record.SubjectDOB = 33039.75;
+  record.GMToffset = -300;
+  record.SubjectHeight = 170.5F;
+  record.SubjectWeight = 70.1F;
+  return record;
+}
+
+/// "version identity|initials|gender|flag|zone|GUID born offset height weight"
+std::string fieldsOf(const PendrelRecord& r) {
+  return std::to_string(r.SubjectInfoVersion) + " " + r.SubjectIdentity + "|" + r.SubjectInitials + "|" +
+         r.SubjectGender + "|" + (r.AutoDSTadjust ? "T|" : "F|") + r.TimeZoneAbbrev + "|" + r.SubjectGUID +
+         " " + textOf(r.SubjectDOB) + " " + std::to_string(r.GMToffset) + " " + elementText(r.SubjectHeight) +
+         " " + elementText(r.SubjectWeight);
+}
+
+TEST_F(PendrelSubjectText, EveryFieldHasItsPlace) {
+  Pendrel logger;
+  logger.record = subject();
+  logger.subEncodeSubjectInfo();
+  EXPECT_EQ(logger.record.SubjectInfo, "Zo\xEB \x80" + std::string(18, ' ') + "ABCmTCST" + Packed + "2");
+  EXPECT_EQ(logger.record.SubjectInfoVersion, 2);
+
+  Pendrel other;
+  other.record.SubjectInfo = logger.record.SubjectInfo;
+  other.subDecodeSubjectInfo();
+  EXPECT_EQ(fieldsOf(other.record),
+            "2 Zo\xC3\xAB \xE2\x82\xAC|ABC|m|T|CST|00112233445566778899AABBCCDDEEFF 33039 -300 170.5 70.1");
+}
+
+TEST_F(PendrelSubjectText, OddValuesAreWrittenAsTheyFit) {
+  PendrelRecord record;
+  record.SubjectIdentity = std::string(30, 'i');
+  record.TimeZoneAbbrev = "UNKNOWN";
+  record.SubjectDOB = record.SubjectHeight = record.SubjectWeight = -1;
+  record.GMToffset = -32768;
+  encodeSubjectText(record);
+  EXPECT_EQ(record.SubjectInfo, std::string(23, 'i') + "    FUNK" + "AAAAAAAAAAAAAAAAAAAAAAD/gAD/9v/22");
+  decodeSubjectText(record);
+  EXPECT_EQ(fieldsOf(record),
+            "2 " + std::string(23, 'i') + "|| |F|UNK|" + std::string(32, '0') + " 255 -32768 6552.6 6552.6");
+
+  const std::pair<const char*, const char*> guids[] = {{"", "0000"},
+                                                       {"A", "0A00"},
+                                                       {"ABC", "AB0C"},
+                                                       {"G15z", "0005"},
+                                                       {"-1+2", "0000"},
+                                                       {"\xC3\xAB"
+                                                        "112",
+                                                        "0012"}};
+  for (const auto& [guid, begin] : guids) {
+    record.SubjectGUID = guid;
+    encodeSubjectText(record);
+    decodeSubjectText(record);
+    EXPECT_EQ(record.SubjectGUID, begin + std::string(28, '0')) << guid;
+  }
+
+  const double infinite = std::numeric_limits<double>::infinity();
+  for (const double bad : {std::nan(""), infinite, -infinite, 3e9, -3e9}) {
+    record = subject();
+    record.SubjectDOB = bad;
+    EXPECT_EQ(raisedBy([&] { encodeSubjectText(record); }), "6 Overflow");
+    record = subject();
+    record.SubjectHeight = static_cast<float>(bad);
+    EXPECT_EQ(raisedBy([&] { encodeSubjectText(record); }), "6 Overflow");
+    EXPECT_EQ(record.SubjectInfo, "");
+  }
+}
+
+TEST_F(PendrelSubjectText, DecodingEndsAtABadField) {
+  const std::string good = "Anna" + std::string(19, ' ') + "A  " + "FTCST" + Packed + "2";
+  const std::string gone = "| -1 -32768 -1 -1";
+  const struct {
+    std::size_t Position;  ///< counted from 1
+    std::string Text, Fields;
+  } cases[] = {
+      {64, "3", "-1 Anna|A|F|T|CST|00112233445566778899AABBCCDDEEFF 33039 -300 170.5 70.1"},
+      {28, "t", "-1 Anna|A||F|" + gone},
+      {29, "XXX", "-1 Anna|A|F|T|" + gone},
+      {29, "   ", "-1 Anna|A|F|T|" + gone},
+      {29, "cst", "-1 Anna|A|F|T|" + gone},
+      {62, "==", "-1 Anna|A|F|T|CST" + gone},
+      {40, "\r\n", "-1 Anna|A|F|T|CST" + gone},
+      {1, std::string(26, ' '), "2  ||F|T|CST|00112233445566778899AABBCCDDEEFF 33039 -300 170.5 70.1"},
+      {27, " FUNK" + std::string(32, '\xFF'),
+       "2 Anna|A| |F|UNK|" + std::string(32, '0') + " 0 0 0 0"},  // what is no Base64 counts as "A"
+      {64, "", "-1 |||F|" + gone},
+      {64, "22", "-1 |||F|" + gone}};
+  for (const auto& [position, text, fields] : cases) {
+    PendrelRecord record = subject();
+    record.AutoDSTadjust = false;
+    record.SubjectInfo = good;
+    record.SubjectInfo.replace(position - 1, std::max<std::size_t>(text.size(), 1), text);
+    decodeSubjectText(record);
+    EXPECT_EQ(fieldsOf(record), fields) << position << text;
+  }
+}
+
+TEST_F(PendrelSubjectText, EveryWordComesBack) {
+  PendrelRecord record = subject();
+  for (std::int32_t word = 0; word <= 65535; ++word) {
+    const auto offset = static_cast<std::int16_t>(word);
+    const auto tenths = static_cast<float>(word / 10.0);
+    record.SubjectDOB = word;
+    record.GMToffset = offset;
+    record.SubjectHeight = record.SubjectWeight = tenths;
+    encodeSubjectText(record);
+    decodeSubjectText(record);
+    ASSERT_EQ(record.SubjectDOB, word);
+    ASSERT_EQ(record.GMToffset, offset);
+    ASSERT_EQ(record.SubjectHeight, tenths);
+    ASSERT_EQ(record.SubjectWeight, tenths);
+  }
+}
+
+TEST_F(PendrelSubjectText, WhatWasDecodedIsEncodedAlike) {
+  std::mt19937 random(7);
+  const std::string_view base64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  for (int round = 0; round < 3000; ++round) {
+    std::string text(64, ' ');
+    for (char& c : text) c = static_cast<char>(random());
+    PendrelRecord record;
+    record.SubjectInfo = text;
+    decodeSubjectText(record);
+    EXPECT_EQ(record.SubjectInfoVersion, -1);
+
+    text.replace(27, 4, random() % 2 == 0 ? "TUNK" : "FROM");
+    for (std::size_t i = 31; i < 63; ++i) text[i] = base64[random() % 64];
+    text[63] = '2';
+    record.SubjectInfo = text;
+    decodeSubjectText(record);
+    encodeSubjectText(record);
+    EXPECT_EQ(record.SubjectInfo == text, record.TimeZoneAbbrev != "") << text;
+  }
+}
+
+TEST_F(PendrelSubjectText, LoggerSeconds) {
+  const std::pair<double, std::int32_t> cases[] = {
+      {25569, 0}, {25570, 86400}, {713.8651851851852, -2147483647 - 1}, {50424.134803240739, 2147483647}};
+  for (const auto& [date, seconds] : cases) {
+    EXPECT_EQ(Pendrel::fncDateToLoggerSeconds(date), seconds);
+    EXPECT_NEAR(Pendrel::fncLoggerSecondsToDate(seconds), date, 1e-9);
+  }
+  EXPECT_EQ(raisedBy([] { Pendrel::fncDateToLoggerSeconds(713.86518); }, true),
+            "10103 Class_Pendrel.fncDateToLoggerSeconds: Date is before 12/13/1901 8:45:52 PM");
+  for (const double bad : {50424.13482, 1e300, std::nan("")})
+    EXPECT_EQ(raisedBy([&] { Pendrel::fncDateToLoggerSeconds(bad); }), "6 Overflow");
+}
+
+}  // namespace
+}  // namespace hy_wristlog
