@@ -25,7 +25,7 @@ struct WorldOptions {
   std::string Zone = "Eastern Standard Time";  ///< the machine's zone, by its catalogue key
   /// Where the folders of the world lie; empty: a private temporary folder that goes with the world.
   std::string RootFolder;
-  std::string User = "tester", Domain = "LAB", Computer = "BENCH";
+  std::string User = "tester", FullName = "Terry Tester", Domain = "LAB", Computer = "BENCH";
   std::map<platform::LocaleItem, std::string> Locale{{platform::LocaleItem::DecimalSeparator, "."},
                                                      {platform::LocaleItem::LongDate, "dddd, MMMM dd, yyyy"},
                                                      {platform::LocaleItem::ShortDate, "M/d/yyyy"},

@@ -64,6 +64,66 @@ class SimulatedDeviceList : public platform::DeviceList {
   WorldFaults& faults_;
 };
 
+class FaultyHash : public platform::Sha1Hash {
+ public:
+  FaultyHash(std::unique_ptr<platform::Sha1Hash> inner, SystemFault& fault)
+      : inner_(std::move(inner)), fault_(fault) {}
+  void add(std::span<const std::uint8_t> bytes) override {
+    strike(fault_);
+    inner_->add(bytes);
+  }
+  platform::Sha1Digest value() override { return inner_->value(); }
+
+ private:
+  std::unique_ptr<platform::Sha1Hash> inner_;
+  SystemFault& fault_;
+};
+
+class SimulatedContainer : public platform::KeyContainer {
+ public:
+  SimulatedContainer(std::string file, std::unique_ptr<platform::KeyContainer> inner, PromisedPairs& promised,
+                     SystemFault& fault)
+      : file_(std::move(file)), inner_(std::move(inner)), promised_(promised), fault_(fault) {}
+
+  platform::KeyPairState keyPairState() override {
+    strike(fault_);
+    return promised_.contains(file_) ? platform::KeyPairState::Usable : inner_->keyPairState();
+  }
+  void generateKeyPair() override {
+    strike(fault_);
+    promised_.insert(file_);
+  }
+  std::size_t publicKeySize() override { return withPair().publicKeySize(); }
+  void exportPublicKey(std::span<std::uint8_t> into) override { withPair().exportPublicKey(into); }
+  std::size_t signatureSize() override { return withPair().signatureSize(); }
+  void sign(const platform::Sha1Digest& digest, std::span<std::uint8_t> into) override {
+    withPair().sign(digest, into);
+  }
+  void importPublicKey(std::span<const std::uint8_t> key) override {
+    strike(fault_);
+    inner_->importPublicKey(key);
+  }
+  bool verify(const platform::Sha1Digest& digest, std::span<const std::uint8_t> signature) override {
+    strike(fault_);
+    return inner_->verify(digest, signature);
+  }
+
+ private:
+  platform::KeyContainer& withPair() {
+    strike(fault_);
+    if (promised_.contains(file_)) {
+      inner_->generateKeyPair();
+      promised_.erase(file_);
+    }
+    return *inner_;
+  }
+
+  std::string file_;
+  std::unique_ptr<platform::KeyContainer> inner_;
+  PromisedPairs& promised_;
+  SystemFault& fault_;
+};
+
 }  // namespace
 
 CivilTime SimulatedClock::utc() { return civilTime(timeline_.now()); }
@@ -152,6 +212,23 @@ std::array<std::uint8_t, 16> FaultyCryptography::md5(std::span<const std::uint8_
 void FaultyCryptography::randomBytes(std::span<std::uint8_t> into) {
   strike(faults_.Cryptography);
   inner_.randomBytes(into);
+}
+
+std::unique_ptr<platform::Sha1Hash> FaultyCryptography::createSha1() {
+  strike(faults_.Cryptography);
+  return std::make_unique<FaultyHash>(inner_.createSha1(), faults_.Cryptography);
+}
+
+std::unique_ptr<platform::KeyContainer> FaultyCryptography::openContainer(const std::string& file) {
+  strike(faults_.Cryptography);
+  return std::make_unique<SimulatedContainer>(file, inner_.openContainer(file), promised_,
+                                              faults_.Cryptography);
+}
+
+void FaultyCryptography::deleteContainer(const std::string& file) {
+  strike(faults_.Cryptography);
+  inner_.deleteContainer(file);
+  promised_.erase(file);
 }
 
 }  // namespace hy_wristlog::simulator

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,7 @@ class SimulatedEnvironment : public platform::Environment {
   std::string localeInfo(platform::LocaleItem item) override;
   std::optional<std::string> variable(std::string_view name) override;
   std::string userName() override { return options_.User; }
+  std::string fullName() override { return options_.FullName; }
   std::string domainName() override { return options_.Domain; }
   std::string computerName() override { return options_.Computer; }
   std::string errorText(std::int32_t number) override { return inner_.environment().errorText(number); }
@@ -110,16 +112,25 @@ class FaultyFiles : public platform::Files {
   WorldFaults& faults_;
 };
 
+/// Key files whose pair a world has promised but not made: that takes a tenth of a second, and few worlds
+/// ever sign.
+using PromisedPairs = std::set<std::string>;
+
+/// The machine's cryptography, but that a key pair is made when it is first used.
 class FaultyCryptography : public platform::CryptographicProvider {
  public:
   FaultyCryptography(platform::Platform& inner, WorldFaults& faults)
       : inner_(inner.cryptography()), faults_(faults) {}
   std::array<std::uint8_t, 16> md5(std::span<const std::uint8_t> bytes) override;
   void randomBytes(std::span<std::uint8_t> into) override;
+  std::unique_ptr<platform::Sha1Hash> createSha1() override;
+  std::unique_ptr<platform::KeyContainer> openContainer(const std::string& file) override;
+  void deleteContainer(const std::string& file) override;
 
  private:
   platform::CryptographicProvider& inner_;
   WorldFaults& faults_;
+  PromisedPairs promised_;
 };
 
 }  // namespace hy_wristlog::simulator

@@ -96,4 +96,20 @@ std::string ansiTextFromUtf8(std::string_view utf8) {
   return {bytes.begin(), bytes.end()};
 }
 
+std::optional<std::u16string> utf16FromUtf8(std::string_view text) {
+  std::u16string units;
+  units.reserve(text.size());
+  while (!text.empty()) {
+    const char32_t character = takeCharacter(text);
+    if (character == NoCharacter) return std::nullopt;
+    if (character < 0x10000) {
+      units += static_cast<char16_t>(character);
+    } else {
+      units += static_cast<char16_t>(0xD7C0U + (character >> 10U));
+      units += static_cast<char16_t>(0xDC00U | (character & 0x3FFU));
+    }
+  }
+  return units;
+}
+
 }  // namespace hy_wristlog

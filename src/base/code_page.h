@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -18,5 +19,8 @@ std::vector<std::uint8_t> ansiFromUtf8(std::string_view text);
 /// The same conversions on byte strings.
 std::string utf8FromAnsiText(std::string_view ansi);
 std::string ansiTextFromUtf8(std::string_view utf8);
+
+/// UTF-16; none for text that is not UTF-8.
+std::optional<std::u16string> utf16FromUtf8(std::string_view text);
 
 }  // namespace hy_wristlog

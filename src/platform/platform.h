@@ -174,8 +174,10 @@ class HY_WRISTLOG_API Environment {
   /// A pattern such as "M/d/yyyy"; empty when the locale gives nothing.
   virtual std::string localeInfo(LocaleItem item) = 0;
   virtual std::optional<std::string> variable(std::string_view name) = 0;
-  /// These three raise SystemError.
+  /// These four raise SystemError.
   virtual std::string userName() = 0;
+  /// The person's name; empty when the system knows none.
+  virtual std::string fullName() = 0;
   virtual std::string domainName() = 0;
   virtual std::string computerName() = 0;
   /// The system's words for an error number; empty for an unknown one.
@@ -204,13 +206,50 @@ class HY_WRISTLOG_API Files {
   virtual void makeFolder(const std::string& path, bool forEveryone) = 0;
 };
 
+using Sha1Digest = std::array<std::uint8_t, 20>;
+
+/// SHA-1 (FIPS 180-4) of bytes that come in pieces. Members raise SystemError.
+class HY_WRISTLOG_API Sha1Hash {
+ public:
+  virtual ~Sha1Hash() = default;
+  virtual void add(std::span<const std::uint8_t> bytes) = 0;
+  /// To be taken once, at the end.
+  virtual Sha1Digest value() = 0;
+};
+
+enum class KeyPairState : std::uint8_t { Missing, Damaged, Usable };
+
+/// A place for one RSA key pair, as it was when it was opened. Signatures are RSASSA-PKCS1-v1_5 with SHA-1,
+/// public keys SubjectPublicKeyInfo in DER (RFC 8017, RFC 5280). Members raise SystemError.
+class HY_WRISTLOG_API KeyContainer {
+ public:
+  virtual ~KeyContainer() = default;
+  virtual KeyPairState keyPairState() = 0;
+  /// 2048 bits, kept whole or not at all. A pair that somebody else has put there meanwhile is taken over.
+  virtual void generateKeyPair() = 0;
+  virtual std::size_t publicKeySize() = 0;
+  /// `into` has the size above.
+  virtual void exportPublicKey(std::span<std::uint8_t> into) = 0;
+  virtual std::size_t signatureSize() = 0;
+  /// `into` has the size above.
+  virtual void sign(const Sha1Digest& digest, std::span<std::uint8_t> into) = 0;
+  /// The key for `verify`; it goes with this object.
+  virtual void importPublicKey(std::span<const std::uint8_t> key) = 0;
+  virtual bool verify(const Sha1Digest& digest, std::span<const std::uint8_t> signature) = 0;
+};
+
+/// Members raise SystemError.
 class HY_WRISTLOG_API CryptographicProvider {
  public:
   virtual ~CryptographicProvider() = default;
-  /// RFC 1321. Raises SystemError.
+  /// RFC 1321.
   virtual std::array<std::uint8_t, 16> md5(std::span<const std::uint8_t> bytes) = 0;
-  /// Raises SystemError.
   virtual void randomBytes(std::span<std::uint8_t> into) = 0;
+  virtual std::unique_ptr<Sha1Hash> createSha1() = 0;
+  /// The container that keeps its pair in this file, which need not exist. Null where no keys can be kept.
+  virtual std::unique_ptr<KeyContainer> openContainer(const std::string& file) = 0;
+  /// Does nothing when there is no such file.
+  virtual void deleteContainer(const std::string& file) = 0;
 };
 
 /// Something that wants to run while events are served: a link with its line events and its timer.

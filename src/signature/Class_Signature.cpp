@@ -1,10 +1,14 @@
 #include "signature/Class_Signature.h"
 
 #include <cstdint>
+#include <limits>
 
 #include "base/ascii.h"
+#include "base/dates.h"
+#include "base/faults.h"
 #include "hy_wristlog/failure.h"
 #include "platform/platform.h"
+#include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
 namespace {
@@ -12,13 +16,17 @@ namespace {
 constexpr std::int32_t NoUserName = 10402;
 constexpr std::int32_t NoDomainName = 10403;
 
+constexpr const char* UserNameProblem = "Unable to retrieve current user name (";
+constexpr const char* DomainNameProblem = "Unable to retrieve domain name (";
+constexpr const char* ComputerNameProblem = "Unable to retrieve current computer name (";
+
 std::string askSystem(std::string (platform::Environment::*query)(), const char* operation,
-                      const char* what) {
+                      const char* problem) {
   try {
     return std::string(cutAtNul((platform::current().environment().*query)()));
   } catch (const platform::SystemError& error) {
     throw Failure(error.Number, std::string("Class_Signature.") + operation,
-                  std::string("Unable to retrieve ") + what + " (" + std::to_string(error.Number) + ")");
+                  problem + std::to_string(error.Number) + ")");
   }
 }
 
@@ -32,16 +40,34 @@ std::string renumbered(std::int32_t number, const char* property, std::string (*
 
 }  // namespace
 
+double Class_Signature::Get_SignatureLocalTime() const {
+  return addTime(dateGMT_, timeSerial(0, gmtOffset_, 0));
+}
+
+void Class_Signature::fncIncrementSigCount() {
+  if (count_ == std::numeric_limits<std::int32_t>::max()) fault::raise(fault::Overflow);
+  ++count_;
+}
+
 std::string Class_Signature::fncGetCurrentUser() {
-  return askSystem(&platform::Environment::userName, "fncGetCurrentUser", "current user name");
+  return askSystem(&platform::Environment::userName, "fncGetCurrentUser", UserNameProblem);
 }
 
 std::string Class_Signature::fncGetCurrentDomain() {
-  return askSystem(&platform::Environment::domainName, "fncGetCurrentDomain", "domain name");
+  return askSystem(&platform::Environment::domainName, "fncGetCurrentDomain", DomainNameProblem);
 }
 
 std::string Class_Signature::fncGetCurrentComputer() {
-  return askSystem(&platform::Environment::computerName, "fncGetCurrentComputer", "current computer name");
+  return askSystem(&platform::Environment::computerName, "fncGetCurrentComputer", ComputerNameProblem);
+}
+
+std::string Class_Signature::fncGetFullName() {
+  return askSystem(&platform::Environment::fullName, "fncGetFullName", UserNameProblem);
+}
+
+std::string Class_Signature::fncGetDomainController() {
+  return R"(\\)" +
+         askSystem(&platform::Environment::computerName, "fncGetDomainController", DomainNameProblem);
 }
 
 std::string Class_Signature::Get_LogonUserName() const {
@@ -49,12 +75,26 @@ std::string Class_Signature::Get_LogonUserName() const {
   return renumbered(NoUserName, "Get_LogonUserName", &fncGetCurrentUser);
 }
 
+std::string Class_Signature::Get_LogonFullName() const {
+  return logonFullName_.empty() ? fncGetFullName() : logonFullName_;
+}
+
 std::string Class_Signature::Get_DomainName() const {
   if (!domainName_.empty()) return domainName_;
   return renumbered(NoDomainName, "Get_DomainName", &fncGetCurrentDomain);
 }
 
-std::string Class_Signature::Get_ComputerName() const { return fncGetCurrentComputer(); }
+std::string Class_Signature::Get_ComputerName() const {
+  return computerName_.empty() ? fncGetCurrentComputer() : computerName_;
+}
+
+std::string Class_Signature::fncByteArrayToHexString(const GrowingArray<std::uint8_t>& bytes) {
+  return Class_Tools::fncConvertByteArrayToHexString(bytes);
+}
+
+GrowingArray<std::uint8_t> Class_Signature::fncHexStringToByteArray(std::string_view text) {
+  return Class_Tools::fncConvertHexStringToByteArray(text);
+}
 
 Class_Signature& SignatureService() { return platform::current().objects().get<Class_Signature>(); }
 

@@ -80,8 +80,13 @@ void subMain() {
         [&] { state.DecimalSeparator = std::get<std::int16_t>(Tools().fncGetLocaleDecimalSeparator(true)); });
     state.emptyErrorStack();
     step([&] { fncLoadGlobalErrors(); });
-    step([&] { SignatureService().Get_LogonUserName(); });
-    step([&] { SignatureService().Get_DomainName(); });
+    Class_Signature& signatures = SignatureService();
+    step([&] { signatures.Get_LogonUserName(); });
+    step([&] { signatures.Get_DomainName(); });
+    step([&] {
+      signatures.fncCheckUserContainer("Somnaris_5.0_" + signatures.Get_LogonUserName() + "_" +
+                                       signatures.Get_DomainName());
+    });
   });
 }
 

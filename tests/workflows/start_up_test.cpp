@@ -36,6 +36,7 @@ class World : public simulator::SimulatedWorld, private platform::Environment {
   std::string localeInfo(LocaleItem item) override { return inner().localeInfo(item); }
   std::optional<std::string> variable(std::string_view name) override { return inner().variable(name); }
   std::string userName() override { throw platform::SystemError{2}; }
+  std::string fullName() override { throw platform::SystemError{2}; }
   std::string domainName() override { throw platform::SystemError{5}; }
   std::string computerName() override { throw platform::SystemError{5}; }
   std::string errorText(std::int32_t number) override { return inner().errorText(number); }

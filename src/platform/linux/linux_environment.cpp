@@ -22,7 +22,7 @@ constexpr std::int32_t DocumentsFolder = 5, UserDataFolder = 26, CommonDataFolde
 constexpr const char* LibraryName = "HY_Wristlog";
 
 struct User {
-  std::string Name, Home;
+  std::string Name, Home, Comment;
 };
 
 std::optional<User> currentUser() {
@@ -34,7 +34,7 @@ std::optional<User> currentUser() {
     errno = error != 0 ? error : ENOENT;
     return std::nullopt;
   }
-  return User{found->pw_name, found->pw_dir};
+  return User{found->pw_name, found->pw_dir, found->pw_gecos != nullptr ? found->pw_gecos : ""};
 }
 
 std::string withoutTrailingSlash(std::string path) {
@@ -162,6 +162,12 @@ std::string LinuxEnvironment::userName() {
   const auto user = currentUser();
   if (!user) raiseSystemError();
   return user->Name;
+}
+
+std::string LinuxEnvironment::fullName() {
+  const auto user = currentUser();
+  if (!user) raiseSystemError();
+  return user->Comment.substr(0, user->Comment.find(','));
 }
 
 std::string LinuxEnvironment::computerName() {

@@ -1,14 +1,12 @@
 #include "platform/linux/linux_files.h"
 
-#include <array>
 #include <cerrno>
-#include <cstdio>
 
 #include <fcntl.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 
 #include "platform/linux/system_io.h"
+#include "platform/linux/temporary_file.h"
 
 namespace hy_wristlog::platform {
 namespace {
@@ -62,56 +60,6 @@ mode_t modeOfTarget(int folder, const std::string& name) {
   if (isReadOnly(folder, name.c_str(), status)) raiseSystemError(EACCES);
   return status.st_mode & 0777;
 }
-
-std::string randomName() {
-  std::array<unsigned char, 8> bytes{};
-  if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) raiseSystemError();
-  std::string name = ".wristlog-";
-  for (const unsigned char byte : bytes) {
-    constexpr std::string_view Digits = "0123456789abcdef";
-    name += Digits[byte >> 4U];
-    name += Digits[byte & 15U];
-  }
-  return name;
-}
-
-/// A new file that disappears again unless it is given its final name.
-class TemporaryFile {
- public:
-  TemporaryFile(int folder, mode_t mode) : folder_(folder), name_(randomName()) {
-    constexpr mode_t UsualMode = 0666;
-    file_ = Descriptor{::openat(folder, name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                                mode != 0 ? mode : UsualMode)};
-    if (!file_) raiseSystemError();
-    if (mode != 0) ::fchmod(file_.get(), mode);
-  }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-  ~TemporaryFile() {
-    if (!name_.empty()) ::unlinkat(folder_, name_.c_str(), 0);
-  }
-
-  void write(std::string_view content) {
-    while (!content.empty()) {
-      const ssize_t count = ::write(file_.get(), content.data(), content.size());
-      if (count < 0 && errno == EINTR) continue;
-      if (count < 0) raiseSystemError();
-      content.remove_prefix(static_cast<std::size_t>(count));
-    }
-    if (::fsync(file_.get()) != 0) raiseSystemError();
-  }
-
-  void rename(const std::string& name) {
-    if (::renameat(folder_, name_.c_str(), folder_, name.c_str()) != 0) raiseSystemError();
-    name_.clear();
-    ::fsync(folder_);
-  }
-
- private:
-  int folder_;
-  std::string name_;
-  Descriptor file_;
-};
 
 }  // namespace
 

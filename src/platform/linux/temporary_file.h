@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include <sys/types.h>
+
+#include "platform/linux/system_io.h"
+
+namespace hy_wristlog::platform {
+
+/// A new file that disappears again unless it is given its final name in its folder. Mode 0: what the user's
+/// mask leaves of 0666; other modes hold whatever the mask. Members raise SystemError.
+class TemporaryFile {
+ public:
+  TemporaryFile(int folder, mode_t mode);
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  ~TemporaryFile();
+
+  /// All of it, down to the disk.
+  void write(std::string_view content);
+  void rename(const std::string& name);
+  /// False when the name is taken.
+  bool renameUnlessTaken(const std::string& name);
+
+ private:
+  int folder_;
+  std::string name_;
+  Descriptor file_;
+};
+
+}  // namespace hy_wristlog::platform
