@@ -95,7 +95,17 @@ TEST(StartUp, TheFirstLookFillsTheGlobalState) {
   nameless->Nameless = true;
   EXPECT_EQ(globals().ErrorActions.size(), 12U);
   EXPECT_EQ(SignatureService().Get_LogonUserName() + SignatureService().Get_DomainName(), "ERRORERROR");
-  EXPECT_NE(numberOf([] { SignatureService().Get_ComputerName(); }), 0);
+  const std::string noUser = "Unable to retrieve current user name (2)";
+  const std::string noDomain = "Unable to retrieve domain name (5)";
+  const std::string noComputer = "Unable to retrieve current computer name (5)";
+  const std::tuple<std::string (*)(), std::int32_t, std::string> questions[] = {
+      {&Class_Signature::fncGetCurrentUser, 2, noUser},
+      {&Class_Signature::fncGetFullName, 2, noUser},
+      {&Class_Signature::fncGetCurrentDomain, 5, noDomain},
+      {&Class_Signature::fncGetDomainController, 5, noDomain},
+      {&Class_Signature::fncGetCurrentComputer, 5, noComputer}};
+  for (const auto& [ask, number, text] : questions)
+    EXPECT_EQ(failureOf([&] { ask(); }), std::pair(number, text));
   EXPECT_EQ(nameless.logs(), "");
   Started::failingCommand();
   EXPECT_EQ(globals().ErrorStack[0]->ErrLogonID, "");
@@ -170,6 +180,23 @@ TEST(StartUp, ALogThatCannotBeWrittenIsToldInABox) {
     EXPECT_EQ(globals().ErrorStack.at(0)->ErrorNumber, 42);
     EXPECT_EQ(world.logs(), "");
   }
+}
+
+TEST(StartUp, TheUsersKeyPairIsMadeOrMissedWithoutHarm) {
+  for (const bool nameless : {false, true}) {
+    Started world;
+    world->Nameless = nameless;
+    globals();
+    EXPECT_EQ(world.logs(), "");
+    const char* const container = nameless ? "Somnaris_5.0_ERROR_ERROR" : "Somnaris_5.0_tester_LAB";
+    const std::string file = globals().UserDataFolder + "/Keys/" + container + ".pem";
+    EXPECT_EQ(world->cryptography().openContainer(file)->keyPairState(), platform::KeyPairState::Usable);
+  }
+  Started world;
+  world->Faults.Cryptography = {30, simulator::once(2)};
+  EXPECT_EQ(globals().ErrorActions.size(), 12U);
+  EXPECT_EQ(globals().ErrorStack.at(0)->ErrorDescription, "Error Generating New Signature Pair (30)");
+  EXPECT_EQ(world.logs(), "2026-03-02_09-00-00 ErrorLog.XML 2; ");
 }
 
 TEST(StartUp, ASubjectHasAnAgeAndOneLetterOfGender) {

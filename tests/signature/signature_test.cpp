@@ -1,0 +1,185 @@
+#include "signature/Class_Signature.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <functional>
+#include <limits>
+#include <set>
+
+#include "base/dates.h"
+#include "signature/key_world.h"
+#include "support/failures.h"
+
+namespace hy_wristlog {
+namespace {
+
+using simulator::once;
+using Signature = Class_Signature;
+
+const char* const Name = "Somnaris_5.0_tester_LAB";
+const char* const Data = "Lena Zürich, 17 €, \U0001F600";
+
+TEST(Signatures, HoldForTheirDataAndTheirKeyAlone) {
+  const InWorld<simulator::SimulatedWorld> world;
+  ASSERT_TRUE(Signature::fncCheckUserContainer(Name) && Signature::fncCheckUserContainer("other"));
+  const std::string key = Signature::fncGetPublicKey(Name);
+  EXPECT_NE(key, Signature::fncGetPublicKey("other"));
+  for (const std::string& data :
+       {std::string(), std::string("a\0b", 3), std::string(Data), std::string(100000, 'x')}) {
+    const std::string signature = Signature::fncGenerateSignature(Name, data);
+    EXPECT_EQ(signature.size(), 2 * 2048U / 8);
+    EXPECT_EQ(signature, Signature::fncGenerateSignature(Name, data));
+    EXPECT_TRUE(Signature::fncVerifySignature(key, data, signature));
+    EXPECT_FALSE(Signature::fncVerifySignature(key, data + " ", signature));
+    EXPECT_FALSE(Signature::fncVerifySignature(Signature::fncGetPublicKey("other"), data, signature));
+    std::string altered = signature;
+    altered[100] = altered[100] == '0' ? '1' : '0';
+    for (const std::string& wrong : {altered, signature + "00", signature.substr(2), signature.substr(1), key,
+                                     std::string(512, '0'), std::string("xy"), std::string()})
+      EXPECT_FALSE(Signature::fncVerifySignature(key, data, wrong)) << wrong;
+  }
+  Signature::fncDeleteContainer(Name);
+  EXPECT_TRUE(Signature::fncCheckUserContainer(Name));
+  EXPECT_NE(Signature::fncGetPublicKey(Name), key);
+}
+
+TEST(Signatures, WrongArgumentsAreNamed) {
+  const InWorld<simulator::SimulatedWorld> world;
+  const std::string noName = "Invalid Crypto Container Name";
+  const std::string noPair = "Invalid Crypto Signature Key Handle Input";
+  const std::string noKey = "Invalid Crypto Public Key Input";
+  const std::string noText = "Invalid procedure call or argument: the data are not UTF-8";
+  Signature::fncCheckUserContainer(Name);
+  const std::string key = Signature::fncGetPublicKey(Name);
+  const std::pair<std::function<void()>, std::string> cases[] = {
+      {[] { Signature::fncCheckUserContainer(""); }, noName},
+      {[] { Signature::fncGenerateSignature("", Data); }, noName},
+      {[] { Signature::fncGetPublicKey(""); }, noName},
+      {[] { Signature::fncDeleteContainer(""); }, noName},
+      {[] { Signature::fncGenerateSignature("nobody's", Data); }, noPair},
+      {[] { Signature::fncGetPublicKey("nobody's"); }, noPair},
+      {[] { Signature::fncVerifySignature("", Data, "00"); }, noKey},
+      {[] { Signature::fncVerifySignature("30820", Data, "00"); }, noKey},
+      {[] { Signature::fncVerifySignature("no key", Data, "00"); }, noKey},
+      {[] { Signature::fncGenerateSignature(Name, "\xC0\xAF"); }, noText},
+      {[&] { Signature::fncVerifySignature(key, "\xED\xA0\x80", "00"); }, noText}};
+  for (const auto& [action, text] : cases) EXPECT_EQ(failureOf(action), std::pair(5, text));
+  const std::string keysWithoutMeaning[] = {
+      "3082", key + "00", key.substr(0, key.size() - 2), std::string(key.size(), '0'),
+      // an elliptic curve key (P-256)
+      "3059301306072A8648CE3D020106082A8648CE3D030107034200046B17D1F2E12C4247"
+      "F8BCE6E563A440F277037D812DEB33A0F4A13945D898C2964FE342E2FE1A7F9B8EE7EB4A"
+      "7C0F9E162BCE33576B315ECECBB6406837BF51F5"};
+  for (const std::string& wrong : keysWithoutMeaning)
+    EXPECT_EQ(failureOf([&] { Signature::fncVerifySignature(wrong, Data, "00"); }),
+              std::pair(EBADMSG, "Error Importing Public Key (" + std::to_string(EBADMSG) + ")"));
+}
+
+TEST(Signatures, EachStepOfTheProviderFailsWithItsText) {
+  enum Container { Missing, Damaged, Usable };
+  struct Case {
+    std::function<void()> Operation;
+    Container Before;
+    std::vector<std::string> Steps;
+  };
+  std::string key, signature;
+  const std::string acquire = "Acquiring Provider Context", exists = "Verifying Container",
+                    generate = "Generating New Signature Pair", hash = "Acquiring Hash Handle",
+                    add = "Hashing Data";
+  const auto check = [] { EXPECT_TRUE(Signature::fncCheckUserContainer(Name)); };
+  const auto sign = [] { EXPECT_NE(Signature::fncGenerateSignature(Name, Data), ""); };
+  const auto publish = [] { EXPECT_NE(Signature::fncGetPublicKey(Name), ""); };
+  const auto verify = [&] { EXPECT_TRUE(Signature::fncVerifySignature(key, Data, signature)); };
+  const auto remove = [] { Signature::fncDeleteContainer(Name); };
+  const Case cases[] = {
+      {check, Missing, {acquire, exists, generate}},
+      {check,
+       Damaged,
+       {acquire, exists, "Deleting Corrupted Container", "Re-creating Corrupted Container", generate}},
+      {sign, Usable, {acquire, exists, hash, add, "Getting Size of Signature", "Getting Signature"}},
+      {publish, Usable, {acquire, exists, "Getting Size of Public Key", "Getting Public Key"}},
+      // A scratch container that cannot be had is replaced by the second one.
+      {verify, Usable, {"", "Importing Public Key", hash, add, "Verifying Signature"}},
+      {remove, Usable, {acquire}}};
+  const InWorld<simulator::SimulatedWorld> world;
+  const std::string file = world->rootFolder() + "/AppData/HY_Wristlog/Keys/" + Name + ".pem";
+  Signature::fncCheckUserContainer(Name);
+  key = Signature::fncGetPublicKey(Name);
+  signature = Signature::fncGenerateSignature(Name, Data);
+  const std::string pair = contentOf(file);
+  for (const auto& [operation, before, steps] : cases)
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+      Signature::fncDeleteContainer(Name);
+      if (before != Missing) putFile(file, before == Usable ? pair : "damaged");
+      world->Faults.Cryptography = {EACCES, once(static_cast<std::int32_t>(i))};
+      const std::string text = "Error " + steps[i] + " (13)";
+      EXPECT_EQ(failureOf(operation), steps[i].empty() ? std::pair(0, std::string()) : std::pair(13, text));
+      EXPECT_EQ(numberOf(operation), 0) << "behind " << text;
+    }
+  world->Faults.Cryptography = {EACCES, {0, 2}};
+  EXPECT_EQ(failureOf(verify), std::pair(13, "Error " + acquire + " (13)"));
+}
+
+/// A machine that keeps no keys.
+struct KeylessWorld final : simulator::SimulatedWorld, platform::CryptographicProvider {
+  std::set<std::string> Files;
+  CryptographicProvider& cryptography() override { return *this; }
+  std::array<std::uint8_t, 16> md5(std::span<const std::uint8_t>) override { return {}; }
+  void randomBytes(std::span<std::uint8_t>) override {}
+  std::unique_ptr<platform::Sha1Hash> createSha1() override { return nullptr; }
+  void deleteContainer(const std::string&) override {}
+  std::unique_ptr<platform::KeyContainer> openContainer(const std::string& file) override {
+    Files.insert(file);
+    return nullptr;
+  }
+};
+
+TEST(Signatures, ContainersOfAnyNameStayInTheirFolder) {
+  const InWorld<KeylessWorld> world;
+  const std::string names[] = {Name,   "..",   ".", "../../x", "/etc/x", "a/b",   "a%2Fb",
+                               "a\\b", "A",    "a", ".a",      "é",      "a.pem", std::string("a\0b", 3),
+                               "a b",  "a\nb", "~", "-a"};
+  for (const std::string& name : names)
+    EXPECT_EQ(failureOf([&] { Signature::fncCheckUserContainer(name); }),
+              std::pair(5, std::string("Invalid Crypto Provider Handle Input")));
+  EXPECT_EQ(world->Files.size(), std::size(names)) << "each its own";
+  const std::string folder = world->rootFolder() + "/AppData/HY_Wristlog/Keys/";
+  EXPECT_TRUE(world->Files.contains(folder + Name + ".pem"));
+  for (const std::string& file : world->Files) {
+    ASSERT_TRUE(file.starts_with(folder) && file.ends_with(".pem")) << file;
+    const std::string name = file.substr(folder.size());
+    EXPECT_TRUE(name[0] != '.' && name.find_first_of(std::string("/\\\0\n ", 5)) == std::string::npos)
+        << file;
+  }
+}
+
+TEST(SignatureProperties, TellWhoAndWhen) {
+  const InWorld<simulator::SimulatedWorld> world;
+  Class_Signature service;
+  const auto names = [&] {
+    return service.Get_LogonUserName() + "|" + service.Get_LogonFullName() + "|" + service.Get_DomainName() +
+           "|" + service.Get_ComputerName();
+  };
+  EXPECT_EQ(names(), "tester|Terry Tester|LAB|BENCH");
+  EXPECT_EQ(Signature::fncGetDomainController(), R"(\\BENCH)");
+  service.Let_LogonFullName("T");
+  service.Let_ComputerName("C");
+  EXPECT_EQ(names(), "tester|T|LAB|C");
+  const std::tuple<double, std::int16_t, double> times[] = {
+      {dateSerial(2026, 3, 1) + 0.75, 330, dateSerial(2026, 3, 1) + 0.75 + 330 / 1440.0},
+      {dateSerial(2026, 3, 1), -300, dateSerial(2026, 2, 28) + 19 / 24.0},
+      {-1.25, -360, -1.0}};
+  for (const auto& [gmt, offset, local] : times) {
+    service.Let_SignatureDateGMT(gmt);
+    service.Let_SignatureGMTOffset(offset);
+    EXPECT_NEAR(service.Get_SignatureLocalTime(), local, 1e-9);
+  }
+  service.Let_SignatureCount(std::numeric_limits<std::int32_t>::max() - 1);
+  service.fncIncrementSigCount();
+  EXPECT_EQ(numberOf([&] { service.fncIncrementSigCount(); }), 6);
+  EXPECT_EQ(service.Get_SignatureCount(), std::numeric_limits<std::int32_t>::max());
+}
+
+}  // namespace
+}  // namespace hy_wristlog
