@@ -114,13 +114,13 @@ KeyPairState LinuxKeyContainer::keyPairState() {
 }
 
 void LinuxKeyContainer::generateKeyPair() {
-  const OpensslErrorsForgotten forgotten;
-  OpensslKey made{EVP_RSA_gen(Bits)};
-  if (!made) raiseSystemError(EIO);
   const auto slash = file_.rfind('/');
   if (slash == std::string::npos) raiseSystemError(EINVAL);
   const Descriptor folder = ownFolder(file_.substr(0, slash));
   TemporaryFile file{folder.get(), OwnFile};
+  const OpensslErrorsForgotten forgotten;
+  OpensslKey made{EVP_RSA_gen(Bits)};
+  if (!made) raiseSystemError(EIO);
   file.write(textFromPair(made.get()));
   pair_.reset();
   if (file.renameUnlessTaken(file_.substr(slash + 1))) {
