@@ -20,6 +20,11 @@ using Signature = Class_Signature;
 const char* const Name = "Somnaris_5.0_tester_LAB";
 const char* const Data = "Lena Zürich, 17 €, \U0001F600";
 
+/// On P-256.
+const char* const EllipticCurveKey =
+    "3059301306072A8648CE3D020106082A8648CE3D030107034200046B17D1F2E12C4247F8BCE6E563A440F277037D"
+    "812DEB33A0F4A13945D898C2964FE342E2FE1A7F9B8EE7EB4A7C0F9E162BCE33576B315ECECBB6406837BF51F5";
+
 TEST(Signatures, HoldForTheirDataAndTheirKeyAlone) {
   const InWorld<simulator::SimulatedWorld> world;
   ASSERT_TRUE(Signature::fncCheckUserContainer(Name) && Signature::fncCheckUserContainer("other"));
@@ -65,12 +70,8 @@ TEST(Signatures, WrongArgumentsAreNamed) {
       {[] { Signature::fncGenerateSignature(Name, "\xC0\xAF"); }, noText},
       {[&] { Signature::fncVerifySignature(key, "\xED\xA0\x80", "00"); }, noText}};
   for (const auto& [action, text] : cases) EXPECT_EQ(failureOf(action), std::pair(5, text));
-  const std::string keysWithoutMeaning[] = {
-      "3082", key + "00", key.substr(0, key.size() - 2), std::string(key.size(), '0'),
-      // an elliptic curve key (P-256)
-      "3059301306072A8648CE3D020106082A8648CE3D030107034200046B17D1F2E12C4247"
-      "F8BCE6E563A440F277037D812DEB33A0F4A13945D898C2964FE342E2FE1A7F9B8EE7EB4A"
-      "7C0F9E162BCE33576B315ECECBB6406837BF51F5"};
+  const std::string keysWithoutMeaning[] = {"3082", key + "00", key.substr(0, key.size() - 2),
+                                            std::string(key.size(), '0'), EllipticCurveKey};
   for (const std::string& wrong : keysWithoutMeaning)
     EXPECT_EQ(failureOf([&] { Signature::fncVerifySignature(wrong, Data, "00"); }),
               std::pair(EBADMSG, "Error Importing Public Key (" + std::to_string(EBADMSG) + ")"));
