@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <limits>
 
 #include "base/dates.h"
 #include "errors/Procedure.h"
@@ -9,7 +10,7 @@ namespace hy_wristlog {
 namespace {
 
 constexpr char Module[] = "Class_Pendrel";
-constexpr float BatteryDays = 180;
+constexpr double BatteryDays = 180;
 
 }  // namespace
 
@@ -19,7 +20,8 @@ float Pendrel::fncBatteryLife(std::optional<double> date, std::optional<enmDevic
     case KR_PENDREL_CRC:
     case KR_PENDREL_CRC_STEPS: {
       const double today = datePart(dateFromCivil(platform::current().clock().local()));
-      return std::max(0.0F, static_cast<float>(date.value_or(record.BatteryDate) + BatteryDays - today));
+      const double days = date.value_or(record.BatteryDate) + BatteryDays - today;
+      return static_cast<float>(std::clamp(days, 0.0, double{std::numeric_limits<float>::max()}));
     }
     default:
       return 0;
