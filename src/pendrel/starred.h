@@ -1,0 +1,97 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "errors/Procedure.h"
+#include "link/Form_Comm.h"
+
+namespace hy_wristlog {
+
+/// One of the Pendrel commands and the plain part of its answer.
+struct StarredCommand {
+  std::string_view Text;
+  std::int32_t Wait;   ///< milliseconds behind the last character
+  std::int32_t Lines;  ///< of the answer, each up to its carriage return
+  bool HasPrompt;      ///< ">" follows the lines
+};
+
+namespace starred {
+inline constexpr StarredCommand ReadSetup{"***C", 500, 8, true},  //
+    ReadBlock{"***N", 0, 0, false},                               //
+    ReadLocation{"***O", 500, 1, true},                           //
+    WriteLocation{"***P", 500, 1, true},                          //
+    ClearMemory{"***X", 12000, 1, true},                          //
+    Reset{"***GU", 1000, 0, false},                               //
+    Subject{"***B", 500, 0, false},                               //
+    Epoch{"***A", 500, 0, false},                                 //
+    StartDate{"***D", 500, 0, false},                             //
+    StartTime{"***E", 500, 0, false},                             //
+    BatteryDate{"***L", 500, 1, true},                            //
+    Delay{"***W", 500, 2, true},                                  //
+    DelayEpochs{"***H", 500, 1, false},                           //
+    DelaySeconds{"***F", 500, 1, false};
+
+inline constexpr std::int32_t Baud600 = 3, Baud4800 = 6, EightDataBits = 8, NoParity = 3, OneStopBit = 1;
+inline constexpr std::int32_t Attempts = 3;        ///< at what may fail for once
+inline constexpr std::int32_t ModeLocation = 109;  ///< where the steps model keeps its acquisition mode
+inline constexpr std::uint8_t ActivityMode = 255, StepsMode = 'G';  ///< and what stands there
+inline constexpr const char* WrongChecksum = "Error Verifying Communications Checksum";
+
+/// The logger did not hear, heard wrong, or did not answer.
+constexpr bool isLinkFailure(std::int32_t number) { return number >= 3001 && number <= 3003; }
+
+/// The number of the failure with which the logger did not hear `step`, or heard it wrong; otherwise 0.
+template <class Step>
+std::int32_t failureToSend(Step&& step) {
+  try {
+    step();
+  } catch (const Failure& failure) {
+    if (failure.Number == 3001 || failure.Number == 3003) return failure.Number;
+    throw;
+  }
+  return 0;
+}
+
+/// The last four digits of the two's complement form, upper case.
+std::string hexWord(std::int32_t value);
+/// Whether the first four characters of `line` stand for `sum`, in hexadecimal.
+bool tells(std::string_view line, std::int32_t sum);
+/// The sum of the character codes.
+std::int32_t checksumOf(std::string_view text);
+}  // namespace starred
+
+/// One call of a procedure that talks to a Pendrel logger, and its failure handling: link failures are raised
+/// again without more ado.
+class StarredProcedure {
+ public:
+  StarredProcedure(Form_Comm& link, const char* name);
+
+  Procedure procedure;
+
+  /// Types a command, character by character, each one's echo awaited. Raises 3001 and 3003.
+  void send(const StarredCommand& command, std::string_view argument = {}, bool carriageReturn = false);
+  /// The same in up to three tries, two seconds apart. The third failure keeps its number and gets `text`.
+  void sendPatiently(const StarredCommand& command, const char* text);
+  /// Raises 3001 and 3002.
+  std::string readLine(char terminator = '\r');
+  /// Sends a command and reads its answer. Gives the lines, one more of them for a checksum if wanted.
+  std::vector<std::string> ask(const StarredCommand& command, std::string_view argument = {},
+                               bool withChecksum = false);
+  /// The logger needs two seconds behind its longer answers. Nothing is served meanwhile.
+  void rest();
+
+  /// Raises a failure with this procedure as its source.
+  void fail(std::int32_t number, const char* text);
+  void fail(std::int32_t number, const char* sourceProcedure, const char* text);
+
+ private:
+  void type(const StarredCommand& command, std::string_view argument, bool carriageReturn);
+
+  Form_Comm& link_;
+  const char* name_;
+};
+
+}  // namespace hy_wristlog
