@@ -1,0 +1,250 @@
+#include <gtest/gtest.h>
+
+#include <random>
+#include <set>
+
+#include "base/dates.h"
+#include "pendrel_session/session.h"
+
+namespace hy_wristlog::pendrel_session {
+namespace {
+
+using Call = std::function<std::int64_t(Pendrel&)>;
+
+constexpr int Old = KR_PENDREL, Crc = KR_PENDREL_CRC, Steps = KR_PENDREL_CRC_STEPS;
+constexpr double Start = 46204 + 12.0 / 24 + 40.0 / 1440;  // 5 min 3.211 s after the scripted clock's time
+
+std::string line(const std::string& text) { return text + '\r'; }
+std::string told(const std::string& value, const std::string& address = "006D") {
+  return line(value) + line(sumOf(address + value)) + ">";
+}
+std::string setupAnswer(const std::string& device, std::string checksum = {}) {
+  const std::string lines =
+      "\r" + std::string(64, ' ') + "\r04\r00\r0102\r31 12 09 23 59\r01 02 26\r" + device + " 80 1234 FF 07";
+  if (device != "C8F" && checksum.empty()) checksum = sumOf(lines);
+  return line(lines) + (checksum.empty() ? "" : line(checksum)) + ">";
+}
+
+Call readAt(std::int32_t address) {
+  return [address](Pendrel& l) { return l.fncReadMemoryLocation(address); };
+}
+Call readBlock(std::int16_t block) {
+  return [block](Pendrel& l) { return l.fncReadMemoryBlock(block).size(); };
+}
+std::int64_t readSetup(Pendrel& logger) { return logger.fncReadSetup(), 0; }
+std::int64_t sendDelay(Pendrel& logger) { return logger.fncSendDelayedStart(Start); }
+
+struct Command {
+  enum Kind : std::uint8_t { Plain, Setup, Block, Mute };
+
+  Kind Is;
+  int Type;
+  ScriptedSession::Answers Answers;
+  double Wait;  ///< seconds behind the last characters
+  Call Do;
+  std::int64_t Result = 0;
+};
+
+std::vector<Command> commands() {
+  const std::string words = "007B0007", echo = "\r" + line(words + sumOf(words)) + ">", block(4096, 'U');
+  const auto battery = [](Pendrel& l) { return l.subSendBatteryDate(dateSerial(2024, 2, 29) + 0.7), 0; };
+  return {
+      {Command::Plain, Crc, {{"***O00FF", told("A5", "00FF")}}, 0.5, readAt(255), 0xA5},
+      {Command::Plain, Old, {{"***OFFFF", "0a5\r>"}}, 0.5, readAt(65535), 0xA5},
+      {Command::Plain,
+       Crc,
+       {{"***P00000A", "\r>"}},
+       0.5,
+       [](auto& l) { return l.subSetMemorylocation(0, 10), 0; }},
+      {Command::Plain, Crc, {{"***X0F", "\r>"}}, 12, [](auto& l) { return l.subClearMemory(15), 0; }},
+      {Command::Mute, Crc, {{"***GU", ""}}, 1, [](auto& l) { return l.subResetDevice(), 0; }},
+      {Command::Plain, Crc, {{"***L290224", "\r>"}}, 0.5, battery},
+      {Command::Plain, Crc, {{"***W" + words, echo}}, 0.5, sendDelay, 10211},
+      {Command::Plain, Old, {{"***H007B", "\r"}, {"***F0007", "\r"}}, 1, sendDelay, 10211},
+      {Command::Block, Old, {{"***NF0", block}}, 1.35, readBlock(15), 4096},
+      {Command::Block, Crc, {{"***N10", block + std::string("\x50\0", 2)}}, 1.35, readBlock(1), 4098},
+      {Command::Setup, Crc, {{"***C", setupAnswer("C8F")}}, 0.5, readSetup},
+      {Command::Setup, Old, {{"***C", setupAnswer("C90")}}, 0.5, readSetup},
+      {Command::Setup, Old, {{"***C", setupAnswer("B90")}, {"***O006D", told("47")}}, 1, readSetup},
+  };
+}
+
+/// A session in which `command` can be called; `spoil` changes the answers to it.
+ScriptedSession sessionFor(const Command& command, const std::string& hearings = {},
+                           const std::function<void(std::string&)>& spoil = {}) {
+  ScriptedSession::Answers answers = command.Answers;
+  if (spoil)
+    for (auto& [text, answer] : answers) spoil(answer);
+  return ScriptedSession{std::move(answers), hearings, command.Type};
+}
+
+TEST(Commands, AreTypedAtTheLoggersPaceAndFailUnheard) {
+  for (const Command& command : commands()) {
+    const bool setup = command.Is == Command::Setup, block = command.Is == Command::Block;
+    SCOPED_TRACE(command.Answers.begin()->first);
+    double typed = 0, read = 0;
+    for (const auto& [text, answer] : command.Answers) {
+      typed += static_cast<double>(text.size());
+      read += block ? 0 : static_cast<double>(answer.size());
+    }
+    ScriptedSession session = sessionFor(command);
+    const double elapsed =
+        session.timed([&] { EXPECT_EQ(command.Do(session.logger), command.Result); }).second;
+    EXPECT_NEAR(elapsed, 0.15 * typed + command.Wait + 0.005 * read + (setup || block ? 2 : 0), 0.05);
+    EXPECT_EQ(session.world->Written.size(), typed) << "no carriage return";
+    EXPECT_EQ(session.world->journal(), block ? "4800 n8 0; 600 n8 0" : "");
+
+    const auto happens = [&](const std::string& hearings, const char* answer = nullptr) {
+      ScriptedSession other = sessionFor(command, hearings, [&](std::string& text) {
+        if (answer != nullptr) text = answer;
+      });
+      return other.timed([&] { command.Do(other.logger); });
+    };
+    const std::string
+        echo = " Form_Comm.subSendChars: ",
+        reader = " Form_Comm.fncGetCharLine: ",
+        thrice = " Class_Pendrel.fncReadSetup: Failure to send read setup command",
+        few = "3005 Form_Comm.fncGetBinaryStream: Insufficient number of binary data bytes received";
+    const auto deaf = happens("..."), garbled = happens("~~~"), silent = happens("", ""),
+               partial = happens("", "?");
+    EXPECT_EQ(deaf.first, "3001" + (setup ? thrice : echo + "No Characters Received"));
+    EXPECT_NEAR(deaf.second, setup ? 3 * 3.15 + 4 : 3.15, 0.01);
+    EXPECT_EQ(garbled.first, "3003" + (setup ? thrice : echo + "Wrong Characters Received"));
+    EXPECT_EQ(happens(setup ? ".~" : "").first, "");
+    if (command.Is != Command::Mute) {
+      EXPECT_EQ(silent.first, block ? few : "3001" + reader + "No characters received");
+      EXPECT_EQ(partial.first,
+                block ? few : "3002" + reader + "No carriage return or final character received");
+    }
+    ScriptedSession gone = sessionFor(command);
+    gone.world->Before = [](const std::string& operation) {
+      if (operation == "write") throw Failure(8015, "", "gone");
+    };
+    EXPECT_EQ(outcome([&] { command.Do(gone.logger); }), "8015 Form_Comm.subSendChars: gone");
+  }
+}
+
+TEST(Commands, AnswersThatDoNotHold) {
+  const std::string o = "***O006D", c = "***C", w = "***W007B0007", words = "007B0007", sum = sumOf(words);
+  const auto echoed = [](const std::string& text) { return "\r" + line(text) + ">"; };
+  const std::map<std::string, std::string> texts = {
+      {"6 ", "Overflow"},
+      {"13 ", "Type mismatch"},
+      {"10108 ", "Error Verifying Communications Checksum"},
+      {"10113 ", "Wrong echo received from delayed start command"}};
+  const std::tuple<int, std::string, std::string, std::string> cases[] = {
+      {Crc, o, "FF\r" + sumOf("006DFF") + "more\r>", ""},
+      {Crc, o, "FF\r" + sumOf("006DFE") + "\r>", "10108 "},
+      {Crc, o, "FF\r\r>", "10108 "},
+      {Crc, o, "ZZ\rZZZZ\r>", "10108 "},
+      {Crc, o, told("100"), "6 "},
+      {Crc, o, told("-1"), "13 "},
+      {Old, o, "\r>", "13 "},
+      {Old, o, "FFFFFFFFF\r>", "13 "},
+      {Old, c, setupAnswer("C90", "0000"), "10108 "},
+      {Old, c, setupAnswer("C90", "E3F"), "10108 "},
+      {Old, c, setupAnswer("C90", "none"), "10108 "},
+      {Crc, c, setupAnswer("C8F", "0000"), ""},
+      {Crc, w, echoed(words + sum + "0"), "10113 "},
+      {Crc, w, echoed(words + sum.substr(1)), "10113 "},
+      {Crc, w, echoed("007B0008" + sum), "10113 "},
+      {Crc, w, echoed(""), "10113 "},
+      {Crc, w, echoed(words + "0000"), "10108 "},
+      {Crc, w, echoed(words + "ZZZZ"), "10108 "},
+  };
+  for (const auto& [type, text, answer, number] : cases) {
+    ScriptedSession session{{{text, answer}}, {}, type};
+    const Call call = text == o ? readAt(0x6D) : text == c ? readSetup : sendDelay;
+    const char* name = text == o   ? "fncReadMemoryLocation"
+                       : text == c ? "fncReadSetup"
+                                   : "fncSendDelayedStart";
+    const std::string failure =
+        number.empty() ? "" : number + "Class_Pendrel." + name + ": " + texts.at(number);
+    EXPECT_EQ(outcome([&] { call(session.logger); }), failure) << testing::PrintToString(answer);
+  }
+}
+
+TEST(Commands, TheSetupTextTellsTheMode) {
+  for (const auto& [mode, digits] : {std::pair{2, "47"}, {1, "FF"}, {0, "FE"}}) {
+    ScriptedSession session{{{"***C", setupAnswer("B90")}, {"***O006D", told(digits)}}};
+    session.logger.fncReadSetup();
+    EXPECT_EQ(session.logger.record.AcquisitionMode, mode);
+    EXPECT_EQ(session.logger.record.Resets, 7);
+    std::string text = std::string("***O006D") + digits + '\r';
+    text = setupAnswer("B90").substr(1, setupAnswer("B90").size() - 2) + text;
+    for (std::size_t at = 0; (at = text.find('\r', at)) != std::string::npos; at += 2)
+      text.insert(at + 1, 1, '\n');
+    EXPECT_EQ(session.logger.record.SetupText, text);
+  }
+}
+
+TEST(Commands, BlocksAndAddressesThatAreNot) {
+  ScriptedSession session;
+  Pendrel& logger = session.logger;
+  logger.record.SerialNumber = "A";
+  for (const auto& [size, block] : {std::pair{64, 16}, {64, -1}, {8, 2}, {3, 0}, {-1, 0}, {64, 15}}) {
+    logger.record.MemorySizeKB = static_cast<std::int16_t>(size);
+    EXPECT_EQ(outcome([&, number = block] { logger.fncReadMemoryBlock(static_cast<std::int16_t>(number)); }),
+              block == 15 ? "10102 Class_Pendrel.fncReadMemoryBlock: Unsupported device"
+                          : "10107 Class_Pendrel.fncReadMemoryBlock: Invalid block number for download");
+  }
+  for (const std::int32_t wrong : {-1, 65536, INT32_MAX, INT32_MIN}) {
+    EXPECT_EQ(outcome([&] { logger.fncReadMemoryLocation(wrong); }),
+              "10110 Class_Pendrel.fncReadMemoryLocation: Invalid memory address");
+    EXPECT_EQ(outcome([&] { logger.subSetMemorylocation(wrong, 0); }),
+              "10110 Class_Pendrel.subSetMemorylocation: Invalid memory address");
+  }
+  EXPECT_EQ(session.world->Written, "");
+}
+
+TEST(Commands, ABlockIsStoredOnlyWhenItIsRight) {
+  const std::string bytes(4096, '\x02'), good = bytes + std::string("\x20\x00", 2);
+  const std::tuple<int, std::string, bool, std::int32_t> cases[] = {
+      {Steps, good, false, 0},
+      {Crc, good + "more", false, 0},
+      {Crc, bytes + std::string("\x20\x01", 2), false, 10108},
+      {Crc, bytes + std::string("\x00\x20", 2), false, 10108},
+      {Crc, bytes, false, 3005},
+      {Crc, good, true, 3006},
+      {Old, bytes, false, 0},
+  };
+  for (const auto& [type, stream, overrun, number] : cases) {
+    ScriptedSession session{{{"***N20", stream}}, {}, type};
+    if (overrun) session.world->after(1500, [&] { session.world->Errors.Overrun = 1; });
+    EXPECT_EQ(numberOf([&] { session.logger.fncReadMemoryBlock(2); }), number);
+    std::vector<std::uint8_t> image(65536);
+    if (number == 0) std::fill_n(image.begin() + 8192, 4096, 2);
+    EXPECT_EQ(session.logger.record.RawData, image) << number;
+  }
+}
+
+TEST(Commands, NonsenseFromTheWire) {
+  constexpr std::string_view Letters = "\r\r\r>>0123456789ABCDEFG C\xFF\n";
+  const std::set<std::int32_t> expected = {0, 6, 13, 3001, 3002, 3003, 3005, 10108, 10113};
+  const auto all = commands();
+  std::mt19937 random{4096};
+  const auto below = [&](std::size_t limit) { return random() % limit; };
+  const auto spoil = [&](std::string& answer) {
+    if (below(3) == 0) {
+      answer.resize(below(200));
+      for (char& c : answer)
+        c = below(9) == 0 ? static_cast<char>(below(256)) : Letters[below(Letters.size())];
+    } else if (!answer.empty()) {
+      for (std::size_t left = below(4); left > 0; --left)
+        answer[below(answer.size())] = static_cast<char>(below(2) == 0 ? below(256) : '0' + below(40));
+      if (below(3) == 0) answer.insert(below(answer.size()), 1, "\r>F"[below(3)]);
+      if (below(3) == 0) answer.resize(below(answer.size()));
+    }
+  };
+  for (int round = 0; round < 1000; ++round) {
+    const Command& command = all[below(all.size())];
+    ScriptedSession session = sessionFor(command, below(5) == 0 ? "~" : "", spoil);
+    const std::int32_t number = numberOf([&] { command.Do(session.logger); });
+    EXPECT_TRUE(expected.contains(number)) << command.Answers.begin()->first << ' ' << number;
+    EXPECT_LT(session.world->Now, 30000);
+    EXPECT_LE(session.logger.record.BytesUsed, 65408);
+  }
+}
+
+}  // namespace
+}  // namespace hy_wristlog::pendrel_session
