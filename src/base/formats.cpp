@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <vector>
 
 #include "base/ascii.h"
 #include "base/dates.h"
@@ -19,15 +18,6 @@ constexpr std::array<std::string_view, 12> MonthNames = {"January",   "February"
                                                          "May",       "June",     "July",     "August",
                                                          "September", "October",  "November", "December"};
 constexpr std::string_view LongTime = "h:nn:ss AMPM";
-
-/// One step of a date pattern: a field letter (lower case, with the length of its run), a half-day mark, or
-/// text that stands for itself.
-struct DateToken {
-  enum class Kind : std::uint8_t { Literal, Field, HalfDay } What;
-  std::string_view Text;  ///< the literal, or the mark as it stands in the pattern
-  char Letter = 0;
-  std::size_t Length = 0;
-};
 
 std::size_t fieldLength(char letter, std::size_t run) {
   switch (letter) {
@@ -56,41 +46,12 @@ std::size_t halfDayLength(std::string_view pattern) {
   return 0;
 }
 
-std::vector<DateToken> dateTokens(std::string_view pattern) {
-  using Kind = DateToken::Kind;
-  std::vector<DateToken> tokens;
-  const auto literal = [&](std::size_t from, std::size_t length) {
-    tokens.push_back({Kind::Literal, pattern.substr(from, length)});
-  };
-  bool behindHours = false;
-  for (std::size_t i = 0; i < pattern.size();) {
-    if (pattern[i] == '\\') {
-      literal(i + 1, 1);
-      i += 2;
-    } else if (pattern[i] == '"') {
-      const std::size_t end = std::min(pattern.find('"', i + 1), pattern.size());
-      literal(i + 1, end - i - 1);
-      i = end + 1;
-    } else if (const std::size_t mark = halfDayLength(pattern.substr(i))) {
-      tokens.push_back({Kind::HalfDay, pattern.substr(i, mark)});
-      i += mark;
-    } else {
-      char letter = asciiLower(pattern[i]);
-      std::size_t run = 1;
-      while (i + run < pattern.size() && asciiLower(pattern[i + run]) == letter) ++run;
-      const std::size_t length = fieldLength(letter, run);
-      if (length == 0) {
-        literal(i, run);
-        i += run;
-        continue;
-      }
-      if (letter == 'm' && behindHours && length <= 2) letter = 'n';
-      behindHours = letter == 'h';
-      tokens.push_back({Kind::Field, {}, letter, length});
-      i += length;
-    }
-  }
-  return tokens;
+std::string generalText(double value, int digits) {
+  if (value == 0.0) return "0";
+  std::array<char, 32> text{};
+  const auto end =
+      std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::general, digits).ptr;
+  return asciiUpper(std::string(text.data(), end));
 }
 
 std::string padded(std::int64_t value, std::size_t width) {
@@ -188,37 +149,10 @@ Decimal decimalOf(double value) {
   return decimal;
 }
 
-struct NumberPattern {
-  std::string_view Prefix, Whole, Fraction, Suffix;
-  bool Exponent = false;
-  bool ExponentPlus = false;
-  std::size_t ExponentDigits = 0;
-};
-
 std::string_view takeWhile(std::string_view& text, std::string_view characters) {
   const auto taken = text.substr(0, text.find_first_not_of(characters));
   text.remove_prefix(taken.size());
   return taken;
-}
-
-NumberPattern parseNumberPattern(std::string_view pattern) {
-  NumberPattern parsed;
-  const auto start = std::min(pattern.find_first_of("0#."), pattern.size());
-  parsed.Prefix = pattern.substr(0, start);
-  pattern.remove_prefix(start);
-  parsed.Whole = takeWhile(pattern, "0#");
-  if (pattern.starts_with('.')) {
-    pattern.remove_prefix(1);
-    parsed.Fraction = takeWhile(pattern, "0#");
-  }
-  if (pattern.starts_with("E+") || pattern.starts_with("E-")) {
-    parsed.Exponent = true;
-    parsed.ExponentPlus = pattern[1] == '+';
-    pattern.remove_prefix(2);
-    parsed.ExponentDigits = takeWhile(pattern, "0#").size();
-  }
-  parsed.Suffix = pattern;
-  return parsed;
 }
 
 /// How many digits a run of placeholders shows at least: in front of the decimal point all from the first 0
@@ -229,55 +163,110 @@ std::size_t leastWholeDigits(std::string_view places) {
 }
 std::size_t leastFractionDigits(std::string_view places) { return places.rfind('0') + 1; }
 
-std::string wholeDigits(const Decimal& decimal, std::string_view places) {
-  std::string text;
-  for (std::int64_t i = 0; i < decimal.Point; ++i) text += decimal.at(i);
-  text.erase(0, std::min(text.find_first_not_of('0'), text.size()));
-  const std::size_t least = leastWholeDigits(places);
-  if (text.size() < least) text.insert(0, least - text.size(), '0');
-  return text;
+void appendWhole(std::string& text, const Decimal& decimal, std::size_t least) {
+  std::int64_t first = 0;
+  while (first < decimal.Point && decimal.at(first) == '0') ++first;
+  const auto digits = static_cast<std::size_t>(std::max<std::int64_t>(decimal.Point - first, 0));
+  if (digits < least) text.append(least - digits, '0');
+  for (std::int64_t i = first; i < decimal.Point; ++i) text += decimal.at(i);
 }
 
-std::string fractionDigits(const Decimal& decimal, std::string_view places) {
-  std::string text;
-  for (std::size_t i = 0; i < places.size(); ++i)
-    text += decimal.at(decimal.Point + static_cast<std::int64_t>(i));
-  while (text.size() > leastFractionDigits(places) && text.back() == '0') text.pop_back();
-  return text;
+void appendFraction(std::string& text, const Decimal& decimal, std::size_t places, std::size_t least) {
+  const std::size_t start = text.size();
+  text += '.';
+  for (std::size_t i = 0; i < places; ++i) text += decimal.at(decimal.Point + static_cast<std::int64_t>(i));
+  while (text.size() > start + 1 + least && text.back() == '0') text.pop_back();
+  if (text.size() == start + 1) text.pop_back();
 }
 
 }  // namespace
 
-std::string formatDate(double date, std::string_view pattern) {
+DateFormat::DateFormat(std::string_view pattern) {
+  using Kind = Token::Kind;
+  const auto literal = [&](std::size_t from, std::size_t length) {
+    tokens_.push_back({Kind::Literal, std::string(pattern.substr(std::min(from, pattern.size()), length))});
+  };
+  bool behindHours = false;
+  for (std::size_t i = 0; i < pattern.size();) {
+    if (pattern[i] == '\\') {
+      literal(i + 1, 1);
+      i += 2;
+    } else if (pattern[i] == '"') {
+      const std::size_t end = std::min(pattern.find('"', i + 1), pattern.size());
+      literal(i + 1, end - i - 1);
+      i = end + 1;
+    } else if (const std::size_t mark = halfDayLength(pattern.substr(i))) {
+      tokens_.push_back({Kind::HalfDay, std::string(pattern.substr(i, mark))});
+      halfDays_ = true;
+      i += mark;
+    } else {
+      char letter = asciiLower(pattern[i]);
+      std::size_t run = 1;
+      while (i + run < pattern.size() && asciiLower(pattern[i + run]) == letter) ++run;
+      const std::size_t length = fieldLength(letter, run);
+      if (length == 0) {
+        literal(i, run);
+        i += run;
+        continue;
+      }
+      if (letter == 'm' && behindHours && length <= 2) letter = 'n';
+      behindHours = letter == 'h';
+      tokens_.push_back({Kind::Field, {}, letter, length});
+      i += length;
+    }
+  }
+}
+
+std::string DateFormat::operator()(double date) const {
   const CivilTime time = civilFromDate(date);
-  const auto tokens = dateTokens(pattern);
-  const bool halfDays = std::any_of(tokens.begin(), tokens.end(),
-                                    [](const DateToken& t) { return t.What == DateToken::Kind::HalfDay; });
   std::string text;
-  for (const DateToken& token : tokens) {
+  for (const Token& token : tokens_) {
     switch (token.What) {
-      case DateToken::Kind::Literal:
+      case Token::Kind::Literal:
         text += token.Text;
         break;
-      case DateToken::Kind::HalfDay:
+      case Token::Kind::HalfDay:
         text += halfDay(time.Hour, token.Text);
         break;
-      case DateToken::Kind::Field:
-        text += dateField(date, time, token.Letter, token.Length, halfDays);
+      case Token::Kind::Field:
+        text += dateField(date, time, token.Letter, token.Length, halfDays_);
         break;
     }
   }
   return text;
 }
 
-std::string formatNumber(double value, std::string_view pattern) {
+std::string formatDate(double date, std::string_view pattern) { return DateFormat(pattern)(date); }
+
+NumberFormat::NumberFormat(std::string_view pattern) {
+  const auto start = std::min(pattern.find_first_of("0#."), pattern.size());
+  prefix_ = pattern.substr(0, start);
+  pattern.remove_prefix(start);
+  const auto whole = takeWhile(pattern, "0#");
+  wholePlaces_ = whole.size();
+  leastWhole_ = leastWholeDigits(whole);
+  if (pattern.starts_with('.')) {
+    pattern.remove_prefix(1);
+    const auto fraction = takeWhile(pattern, "0#");
+    fractionPlaces_ = fraction.size();
+    leastFraction_ = leastFractionDigits(fraction);
+  }
+  if (pattern.starts_with("E+") || pattern.starts_with("E-")) {
+    exponent_ = true;
+    exponentPlus_ = pattern[1] == '+';
+    pattern.remove_prefix(2);
+    exponentDigits_ = takeWhile(pattern, "0#").size();
+  }
+  suffix_ = pattern;
+}
+
+std::string NumberFormat::operator()(double value) const {
   if (!std::isfinite(value)) return textOf(value);
-  const NumberPattern parsed = parseNumberPattern(pattern);
   Decimal decimal = decimalOf(value);
-  const auto places = static_cast<std::int64_t>(parsed.Fraction.size());
+  const auto places = static_cast<std::int64_t>(fractionPlaces_);
   std::int64_t exponent = 0;
-  if (parsed.Exponent && !decimal.isZero()) {
-    const auto whole = std::max<std::int64_t>(static_cast<std::int64_t>(parsed.Whole.size()), 1);
+  if (exponent_ && !decimal.isZero()) {
+    const auto whole = std::max<std::int64_t>(static_cast<std::int64_t>(wholePlaces_), 1);
     exponent = decimal.Point - whole;
     decimal.Point = whole;
     decimal.roundTo(places);
@@ -288,24 +277,27 @@ std::string formatNumber(double value, std::string_view pattern) {
   }
 
   std::string text = decimal.Negative && !decimal.isZero() ? "-" : "";
-  text += parsed.Prefix;
-  text += wholeDigits(decimal, parsed.Whole);
-  const std::string fraction = fractionDigits(decimal, parsed.Fraction);
-  if (!fraction.empty()) text += '.' + fraction;
-  if (parsed.Exponent) {
-    text += exponent < 0 ? "E-" : parsed.ExponentPlus ? "E+" : "E";
-    text += padded(std::abs(exponent), parsed.ExponentDigits);
+  text += prefix_;
+  appendWhole(text, decimal, leastWhole_);
+  appendFraction(text, decimal, fractionPlaces_, leastFraction_);
+  if (exponent_) {
+    text += exponent < 0 ? "E-" : exponentPlus_ ? "E+" : "E";
+    text += padded(std::abs(exponent), exponentDigits_);
   }
-  text += parsed.Suffix;
+  text += suffix_;
   return text;
 }
 
-std::string textOf(double value) {
-  if (value == 0.0) return "0";
-  std::array<char, 32> text{};
-  const auto end =
-      std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::general, 15).ptr;
-  return asciiUpper(std::string(text.data(), end));
+std::string formatNumber(double value, std::string_view pattern) { return NumberFormat(pattern)(value); }
+
+std::string upperHex(std::uint64_t value, std::size_t digits) {
+  std::array<char, 16> hex{};
+  char* const end = std::to_chars(hex.data(), hex.data() + hex.size(), value, 16).ptr;
+  const std::string text = asciiUpper(std::string(hex.data(), end));
+  return text.size() < digits ? std::string(digits - text.size(), '0') + text : text;
 }
+
+std::string textOf(double value) { return generalText(value, 15); }
+std::string textOfSingle(float value) { return generalText(value, 7); }
 
 }  // namespace hy_wristlog

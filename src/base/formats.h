@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Dates and numbers as text, by pattern.
 namespace hy_wristlog {
@@ -17,7 +20,46 @@ std::string formatDate(double date, std::string_view pattern);
 /// digits. The decimal point is "." whatever the locale.
 std::string formatNumber(double value, std::string_view pattern);
 
+/// Upper-case hexadecimal digits, with zeros in front up to `digits` of them.
+std::string upperHex(std::uint64_t value, std::size_t digits);
+
+/// A pattern of `formatDate`, taken apart once for many dates.
+class DateFormat {
+ public:
+  explicit DateFormat(std::string_view pattern);
+  std::string operator()(double date) const;
+
+ private:
+  /// A field letter (lower case, with the length of its run), a half-day mark, or text that stands for
+  /// itself.
+  struct Token {
+    enum class Kind : unsigned char { Literal, Field, HalfDay } What;
+    std::string Text;  ///< the literal, or the mark as it stands in the pattern
+    char Letter = 0;
+    std::size_t Length = 0;
+  };
+
+  std::vector<Token> tokens_;
+  bool halfDays_ = false;
+};
+
+/// A pattern of `formatNumber`, taken apart once for many numbers.
+class NumberFormat {
+ public:
+  explicit NumberFormat(std::string_view pattern);
+  std::string operator()(double value) const;
+
+ private:
+  std::string prefix_, suffix_;
+  std::size_t wholePlaces_ = 0, leastWhole_ = 0;        ///< digits in front of the decimal point
+  std::size_t fractionPlaces_ = 0, leastFraction_ = 0;  ///< digits behind it
+  bool exponent_ = false, exponentPlus_ = false;
+  std::size_t exponentDigits_ = 0;
+};
+
 /// The shortest text of a number as it is joined to other text ("0.5", "-1", "1E+20"), 15 significant digits.
 std::string textOf(double value);
+/// The same of a single, 7 significant digits.
+std::string textOfSingle(float value);
 
 }  // namespace hy_wristlog
