@@ -99,6 +99,39 @@ class VardenLogger : public LoggerLink {
   enmDecodeResult fncDecodeDataArrays(bool& LowBatteryDetected, const std::optional<ByteArray>& RawBytes,
                                       bool DiagnosticDecode);
 
+  // Files for engineers: data_files_*.cpp. A file is replaced whole; it is left as it was, with a message box,
+  // when there are no raw data, and after a failure: 53 to 76 when the system refuses, and each one's own.
+  // A failed report leaves what was composed so far where no file stood.
+
+  /// One byte a line, behind the facts of the configuration.
+  void subSaveRawDataToFile(std::string_view path);
+  /// The same back into RawData and BytesUsed; the configuration stays. A message box, and nothing read, for a
+  /// file without the heading. Raises 13, 6 and 9 as `readRawDump`, 53 to 76 when there is no reading it.
+  void subReadRawDataFromFile(std::string_view path);
+  /// Decodes diagnostically, tells the result and a low battery in message boxes, and writes a row an epoch
+  /// and the events. Raises what decoding raises; 11502 and 11503 for a device or mode without columns.
+  void subSaveDecodedDataToFile(std::string_view path);
+  /// A Kestrin 2's light test: a row a second from the start that the stream tells, which becomes
+  /// StartTimeGMT. Raises 11506 for a stream that does not begin with an acquisition start.
+  void subSaveDecodedTolkaTestDataToFile(std::string_view path);
+  /// Activity alone, kind KRD, from the last acquisition start, which becomes StartTimeGMT. Raises 11503
+  /// without an activity calibration, and when BytesUsed is 0.
+  void subSaveActivityOnlyKRD(std::string_view path);
+
+  // The configuration as text: config_text.cpp
+
+  /// Every value under its label, and the block as it was read. Other lines of the file stay. Raises 5 for a
+  /// text with line breaks and dates outside the years 100 to 9999, and 53 to 76.
+  void subWriteConfigToINIfile(std::string_view path);
+  /// Takes the section "Config Data" into the record; what is derived from it (subject, zone) stays. A missing
+  /// key counts as 0, as 1 for the epoch, "UNK" for an abbreviation, and leaves a date. Raises 13 for a value
+  /// that is no number, date or hexadecimal text and 6 for one beyond its field, with the record unchanged.
+  void subReadConfigFromINIfile(std::string_view path);
+  /// The 256 bytes that would be sent. Raises what encoding raises, and 53 to 76.
+  void subWriteConfigToBINfile(std::string_view path);
+  /// A line a value: label, separator, value, CR LF; enumerations in words.
+  std::string fncConfigToString(std::string_view separator);
+
   // Battery and capacity: battery.cpp
   static double fncLoggerSecondsToDate(std::int32_t seconds);
   static std::int32_t fncDateToLoggerSeconds(double date);

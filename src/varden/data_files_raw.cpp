@@ -1,0 +1,126 @@
+#include <algorithm>
+#include <array>
+#include <string>
+#include <utility>
+
+#include "base/ascii.h"
+#include "base/faults.h"
+#include "base/formats.h"
+#include "base/numbers.h"
+#include "errors/GlobalState.h"
+#include "errors/Procedure.h"
+#include "platform/platform.h"
+#include "tools/paths.h"
+#include "varden/VardenLogger.h"
+#include "varden/data_files.h"
+
+namespace hy_wristlog {
+namespace {
+
+constexpr char Module[] = "Class_VardenLogger";
+constexpr std::string_view Heading = "QV/HY Varden Logger Raw Data Output File";
+constexpr std::string_view AddressLabel = "Address";
+/// So much of a wrong value is shown.
+constexpr std::size_t Excerpt = 40;
+
+void addBytes(DataFile& file, const ByteArray& raw, std::int64_t last) {
+  const NumberFormat format("##0");
+  std::array<std::string, 256> texts;
+  for (std::size_t byte = 0; byte < texts.size(); ++byte) texts[byte] = format(static_cast<double>(byte));
+  // From 1 MiB on an address has more digits.
+  constexpr std::size_t AddressDigits = 5;
+  for (std::int64_t index = 0; index <= last; ++index)
+    file.line(upperHex(static_cast<std::uint64_t>(index), AddressDigits) + " (" + std::to_string(index) + ")",
+              texts[fault::at(raw, index)]);
+}
+
+std::string_view takeLine(std::string_view& text) {
+  const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
+  const std::string_view line = text.substr(0, end);
+  text.remove_prefix(end);
+  text.remove_prefix(text.starts_with("\r\n") ? 2 : std::min<std::size_t>(text.size(), 1));
+  return line;
+}
+
+std::string withoutQuotes(std::string_view line) {
+  std::string text(line);
+  std::erase(text, '"');
+  return text;
+}
+
+std::uint8_t byteOfLine(std::string_view line) {
+  const std::size_t comma = line.find(',');
+  const std::string text = withoutQuotes(line.substr(comma == line.npos ? 0 : comma + 1));
+  const auto number = parseNumber(text);
+  if (!number) fault::raise(fault::TypeMismatch, "\"" + text.substr(0, Excerpt) + "\" is no byte");
+  const double value = *number;
+  if (!(value > -1 && value < 256))
+    fault::raise(fault::Overflow, "\"" + text.substr(0, Excerpt) + "\" is no byte");
+  return fault::narrow<std::uint8_t>(roundToInt32(value));
+}
+
+std::string readFile(const std::string& path) {
+  return withFileFaults(path, [&] { return platform::current().files().read(path); });
+}
+
+}  // namespace
+
+bool isRawDump(std::string_view content) { return takeLine(content).find(Heading) != content.npos; }
+
+ByteArray readRawDump(std::string_view content, std::size_t mostBytes) {
+  bool inData = false;
+  // A subject may be called Address too: only the line that begins so ends the heading.
+  while (!inData && !content.empty()) inData = withoutQuotes(takeLine(content)).starts_with(AddressLabel);
+  if (!inData) fault::raise(fault::TypeMismatch, "the raw data file ends before its line \"Address\"");
+  ByteArray bytes;
+  while (!content.empty()) {
+    const std::string_view line = takeLine(content);
+    if (line.empty()) continue;
+    if (bytes.size() == mostBytes)
+      fault::raise(fault::Subscript,
+                   "the raw data file holds more than " + std::to_string(mostBytes) + " bytes");
+    bytes.push_back(byteOfLine(line));
+  }
+  return bytes;
+}
+
+void VardenLogger::subSaveRawDataToFile(std::string_view path) {
+  Procedure procedure{Module, "subSaveRawDataToFile"};
+  DataFile file(path);
+  procedure.cleanUp([&file] { file.leave(); });
+  procedure.run([&] {
+    if (!requireRawData(record)) return;
+    procedure.statement([&] {
+      file.line(Heading);
+      file.line("Subject ID:", record.EncodedSetup);
+      file.line("Start Time (GMT/UTC):", formatDate(record.StartTimeGMT, globals().LongDateTimeFormat));
+      file.line("Serial Number:", record.SerialNumber);
+      file.line("Epoch Length:", std::to_string(record.EpochLength));
+      file.line("Model:", std::to_string(record.Model));
+      file.line("Firmware Version:", record.FirmwareVersion);
+      file.line("Acquisition Mode:", std::to_string(record.ConfigBlock.AcquisitionMode));
+      file.line();
+      file.line(AddressLabel, "Raw Data Value");
+      file.line();
+      addBytes(file, *record.RawData, lastRawIndex(record));
+    });
+    procedure.statement([&] { file.save(); });
+  });
+}
+
+void VardenLogger::subReadRawDataFromFile(std::string_view path) {
+  Procedure procedure{Module, "subReadRawDataFromFile"};
+  procedure.run([&] {
+    const std::string content = procedure.statement([&] { return readFile(nativePath(path)); });
+    if (!isRawDump(content)) {
+      tell("Incorrect file format. Please insure you have a raw data .csv file from Varden Terminal.",
+           "Incorrect file format");
+      return;
+    }
+    ByteArray bytes = procedure.statement([&] { return readRawDump(content); });
+    record.BytesUsed = fault::narrow<std::int32_t>(bytes.size());
+    record.RawData = std::move(bytes);
+  });
+}
+
+}  // namespace hy_wristlog
