@@ -45,5 +45,6 @@ class CommandLine {
 };
 
 void addWorkflowCommands(CommandLine& cli);
+void addFileCommands(CommandLine& cli);
 
 }  // namespace wristlog

@@ -6,6 +6,7 @@
 #include "json_output.h"
 #include "meanings.h"
 #include "recording_files.h"
+#include "saved_recording.h"
 #include "workflows/engineering.h"
 
 namespace wristlog {
@@ -40,16 +41,6 @@ hw::Class_Subject subjectOf(const hw::Class_VardenLogger& logger) {
   return subject;
 }
 
-/// A failure of `step`, with the files that it is about in front of its words.
-template <class Step>
-auto naming(const std::string& files, const Step& step) {
-  try {
-    return step();
-  } catch (const hw::Failure& failure) {
-    throw hw::Failure(failure.Number, failure.Source, files + ": " + failure.Description);
-  }
-}
-
 }  // namespace
 
 int runDecode(const CommonOptions& common, const DecodeOptions& options) {
@@ -58,9 +49,8 @@ int runDecode(const CommonOptions& common, const DecodeOptions& options) {
   const RecordingFiles files(options.Folder, options.Force);
   if (!options.Folder.empty()) files.prepare();
 
-  const std::string configHex = engineering::configHexFromIni(options.ConfigFile);
+  const auto logger = engineering::loggerFromIni(options.ConfigFile);
   std::vector<std::uint8_t> raw = engineering::rawFromFile(options.RawFile);
-  const auto logger = naming(options.ConfigFile, [&] { return engineering::loggerFromConfig(configHex); });
   bool lowBattery = false;
   const hw::enmDecodeResult result = naming(options.RawFile + " does not fit " + options.ConfigFile, [&] {
     return engineering::decode(*logger, std::move(raw), options.Diagnostic, lowBattery);

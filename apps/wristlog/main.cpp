@@ -5,5 +5,6 @@ int main(int argc, char** argv) {
   wristlog::prepareStandardStreams();
   wristlog::CommandLine cli;
   wristlog::addWorkflowCommands(cli);
+  wristlog::addFileCommands(cli);
   return cli.run(argc, argv);
 }

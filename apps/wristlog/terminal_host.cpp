@@ -39,6 +39,17 @@ void TerminalHost::serveEvents() {
   std::cerr << "Stopping, and leaving the logger in order. Ctrl-C again ends at once.\n";
 }
 
+hy_wristlog::MessageBoxButton TerminalHost::showMessageBox(std::string_view title, std::string_view text,
+                                                           std::int32_t buttons) {
+  if (buttons == static_cast<std::int32_t>(hy_wristlog::MessageBoxButton::Ok)) {
+    endProgress();
+    std::string shown(text);
+    std::erase(shown, '\r');
+    std::cerr << shown << '\n';
+  }
+  return Host::showMessageBox(title, text, buttons);
+}
+
 void TerminalHost::workflowStarted(const std::shared_ptr<hy_wristlog::Class_VardenLogger>& logger) {
   if (showProgress_ || options_.KeepTraffic) logger->subscribe(std::make_shared<ProgressEvents>(*this));
 }

@@ -26,6 +26,9 @@ class TerminalHost : public hy_wristlog::Host, private hy_wristlog::ConsoleSink 
   const std::string& traffic() const { return traffic_; }
 
   void serveEvents() override;
+  /// Shows what there is to know; a question nobody hears is answered as by default.
+  hy_wristlog::MessageBoxButton showMessageBox(std::string_view title, std::string_view text,
+                                               std::int32_t buttons) override;
   void workflowStarted(const std::shared_ptr<hy_wristlog::Class_VardenLogger>& logger) override;
   void downloadProgress(std::int32_t bytesSoFar, std::int32_t bytesExpected) override;
   hy_wristlog::ConsoleSink* console() override {

@@ -10,9 +10,7 @@
 #include "base/faults.h"
 #include "base/formats.h"
 #include "base/numbers.h"
-#include "errors/GlobalState.h"
 #include "timezones/Class_TimeZoneTools.h"
-#include "tools/Class_Tools.h"
 #include "varden/VardenLogger.h"
 #include "workflows/main_state.h"
 #include "workflows/start_up.h"
@@ -35,59 +33,6 @@ PacketArray packetsOf(const ByteArray& bytes) {
     packets.push_back(std::move(packet));
   }
   return packets;
-}
-
-constexpr std::string_view RawDataHeading = "QV/HY Varden Logger Raw Data Output File";
-
-/// One byte a line behind the line with "Address" and the empty one that follows it; the value stands behind
-/// the first comma.
-ByteArray bytesOfRawCsv(std::string_view content) {
-  ByteArray bytes;
-  bool inData = false;
-  while (!content.empty()) {
-    const std::size_t end = std::min(content.find('\n'), content.size());
-    std::string line(content.substr(0, end));
-    content.remove_prefix(std::min(end + 1, content.size()));
-    std::erase_if(line, [](char c) { return c == '"' || c == '\r'; });
-    if (!inData) {
-      inData = line.starts_with("Address");
-      continue;
-    }
-    if (line.empty()) continue;
-    const std::string_view value =
-        trimBlanks(std::string_view(line).substr(std::min(line.find(','), line.size() - 1) + 1));
-    if (!isDigits(value) || value.size() > 3 || leadingNumber(value) > 255)
-      fault::raise(fault::TypeMismatch, "\"" + line + "\" holds no byte");
-    bytes.push_back(static_cast<std::uint8_t>(leadingNumber(value)));
-  }
-  if (!inData) fault::raise(fault::TypeMismatch, "The raw data file ends before its line \"Address\"");
-  return bytes;
-}
-
-constexpr std::size_t LongestFile = std::size_t{64} << 20;
-
-/// What stands in a file that the user named; every failure names it too.
-std::string contentOf(const std::string& path) {
-  platform::Platform& world = platform::current();
-  try {
-    switch (world.files().state(path).Kind) {
-      case platform::FileKind::Missing:
-        fault::raise(fault::FileNotFound, path);
-      case platform::FileKind::Folder:
-        fault::raise(fault::PathFileAccess, path + " is a folder, not a file");
-      case platform::FileKind::Other:
-        fault::raise(fault::PathFileAccess, path + " is not an ordinary file");
-      case platform::FileKind::File:
-        break;
-    }
-    std::string content = world.files().read(path);
-    if (content.size() > LongestFile)
-      fault::raise(fault::PathFileAccess, path + " is too long for a recording");
-    return content;
-  } catch (const platform::SystemError& error) {
-    fault::raise(fault::PathFileAccess,
-                 path + " cannot be read: " + world.environment().errorText(error.Number));
-  }
 }
 
 [[noreturn]] void raiseNoDate(std::string_view text) {
@@ -183,23 +128,6 @@ std::vector<std::uint8_t> rawData(const Class_VardenLogger& logger) {
 }
 
 std::string rawConfigHex(const Class_VardenLogger& logger) { return logger.inside().record.RawConfigHex; }
-
-std::string configHexFromIni(const std::string& path) {
-  openLibrary();
-  contentOf(path);
-  std::string hex = Tools().fncINIread("Configuration Bytes", "Raw Config Bytes", "", path);
-  if (hex.empty())
-    throw Failure(11503, "engineering.configHexFromIni",
-                  path + " has no key \"Raw Config Bytes\" in a section \"Configuration Bytes\"");
-  return hex;
-}
-
-std::vector<std::uint8_t> rawFromFile(const std::string& path) {
-  openLibrary();
-  const std::string content = contentOf(path);
-  if (content.find(RawDataHeading) > RawDataHeading.size()) return {content.begin(), content.end()};
-  return bytesOfRawCsv(content);
-}
 
 std::string batteryWords(Class_VardenLogger& logger) { return logger.inside().fncFriendlyBatteryStatus(); }
 

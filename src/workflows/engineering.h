@@ -9,6 +9,7 @@
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "hy_wristlog/api.h"
 #include "hy_wristlog/enumerations.h"
+#include "workflows/engineering_files.h"
 
 /// What a service engineer's tools need beside the public classes: the raw recording, saved recordings, docks
 /// and zones. Not part of the library's promise to hosts.
@@ -61,14 +62,6 @@ HY_WRISTLOG_API std::int32_t marker2Count(const Class_VardenLogger& logger);
 HY_WRISTLOG_API std::vector<std::uint8_t> rawData(const Class_VardenLogger& logger);
 /// The config block as it was read, hexadecimal.
 HY_WRISTLOG_API std::string rawConfigHex(const Class_VardenLogger& logger);
-
-/// The config block kept in an INI file: the key "Raw Config Bytes" of its section "Configuration Bytes".
-/// Raises 53 when there is no such file, 75 when it cannot be read, 11503 when it holds no block.
-HY_WRISTLOG_API std::string configHexFromIni(const std::string& path);
-
-/// A raw recording from a file: a raw data CSV, or else the bytes themselves. Raises 53 when there is no such
-/// file, 75 when it cannot be read or has more than 64 MiB, 13 for a CSV with a line that holds no byte.
-HY_WRISTLOG_API std::vector<std::uint8_t> rawFromFile(const std::string& path);
 
 /// The battery in words.
 HY_WRISTLOG_API std::string batteryWords(Class_VardenLogger& logger);

@@ -1,0 +1,92 @@
+#include <iostream>
+
+#include "file_commands.h"
+#include "json_output.h"
+#include "meanings.h"
+#include "process.h"
+#include "workflows/engineering_files.h"
+
+namespace wristlog {
+
+namespace hw = hy_wristlog;
+namespace engineering = hy_wristlog::engineering;
+
+namespace {
+
+/// Opens the recording and lets `save` write its file; the JSON document begins with the file and the size of
+/// the recording.
+template <class Save>
+int writeFile(const CommonOptions& common, const RecordingFileOptions& options, const Save& save) {
+  const Session session(common);
+  engineering::checkOutput(options.Output.File, options.Output.Force);
+  const auto logger = openRecording(options.Place);
+  Json document{{"file", options.Output.File},
+                {"recorded_bytes", logger->Get_BytesUsed()},
+                {"device_serial_number", logger->Get_SerialNumber()}};
+  std::string words;
+  {
+    const SignalsHeld held;
+    naming(options.Place.raw(), [&] { words = save(*logger, document); });
+  }
+  if (session.asJson())
+    print(document);
+  else
+    std::cout << words << "Written to " << options.Output.File << ".\n";
+  return Good;
+}
+
+std::string bytesOf(const hw::Class_VardenLogger& logger) {
+  return std::to_string(logger.Get_BytesUsed()) + " bytes of logger " + logger.Get_SerialNumber() + ". ";
+}
+
+}  // namespace
+
+int runRawDump(const CommonOptions& common, const RecordingFileOptions& options) {
+  return writeFile(common, options, [&](hw::Class_VardenLogger& logger, Json&) {
+    engineering::saveRawDump(logger, options.Output.File);
+    return bytesOf(logger);
+  });
+}
+
+int runRawLoad(const CommonOptions& common, const RawLoadOptions& options) {
+  const Session session(common);
+  engineering::checkOutput(options.Output.File, options.Output.Force);
+  const auto raw = engineering::rawFromDump(options.DumpFile);
+  {
+    const SignalsHeld held;
+    engineering::saveRawBytes(raw, options.Output.File);
+  }
+  if (session.asJson())
+    print({{"file", options.Output.File}, {"recorded_bytes", raw.size()}});
+  else
+    std::cout << raw.size() << " bytes. Written to " << options.Output.File
+              << ". Decoding them needs the configuration too: 'wristlog decode --config CONFIG.ini --raw "
+              << options.Output.File << "'.\n";
+  return Good;
+}
+
+int runReport(const CommonOptions& common, const RecordingFileOptions& options) {
+  return writeFile(common, options, [&](hw::Class_VardenLogger& logger, Json& document) {
+    const hw::enmDecodeResult result = engineering::saveReport(logger, options.Output.File);
+    document["decode_result"] = static_cast<std::int32_t>(result);
+    document["decode_result_name"] = nameOf(result);
+    document["samples"] = logger.Get_Samples();
+    return wordsFor(result) + ' ' + std::to_string(logger.Get_Samples()) + " epochs. ";
+  });
+}
+
+int runLightTest(const CommonOptions& common, const RecordingFileOptions& options) {
+  return writeFile(common, options, [&](hw::Class_VardenLogger& logger, Json&) {
+    engineering::saveLightTest(logger, options.Output.File);
+    return bytesOf(logger);
+  });
+}
+
+int runActivityOnly(const CommonOptions& common, const RecordingFileOptions& options) {
+  return writeFile(common, options, [&](hw::Class_VardenLogger& logger, Json&) {
+    engineering::saveActivityOnly(logger, options.Output.File);
+    return bytesOf(logger);
+  });
+}
+
+}  // namespace wristlog

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "hy_wristlog/Class_VardenLogger.h"
+#include "hy_wristlog/failure.h"
+
+namespace wristlog {
+
+/// Where a saved recording lies: a folder with config.ini and raw.bin, or the two files.
+struct RecordingPlace {
+  std::string Folder, ConfigFile, RawFile;
+
+  std::string config() const { return Folder.empty() ? ConfigFile : Folder + "/config.ini"; }
+  std::string raw() const { return Folder.empty() ? RawFile : Folder + "/raw.bin"; }
+};
+
+/// The logger with its configuration and raw data, not decoded. Raises 53, 75 and what damaged files raise;
+/// 11503 for a recording without bytes.
+std::shared_ptr<hy_wristlog::Class_VardenLogger> openRecording(const RecordingPlace& place);
+
+/// A failure of `step`, with the files that it is about in front of its words.
+template <class Step>
+auto naming(const std::string& files, const Step& step) {
+  try {
+    return step();
+  } catch (const hy_wristlog::Failure& failure) {
+    throw hy_wristlog::Failure(failure.Number, failure.Source, files + ": " + failure.Description);
+  }
+}
+
+}  // namespace wristlog

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "hy_wristlog/Class_VardenLogger.h"
+#include "hy_wristlog/api.h"
+#include "hy_wristlog/enumerations.h"
+
+/// The engineers' files of a recording and of a configuration. A file is written whole or not at all, unless
+/// said otherwise; what the system refuses is raised as 53, 61, 70, 75 or 76. "\" and "/" both separate
+/// folders.
+namespace hy_wristlog::engineering {
+
+/// The config block kept in an INI file: the key "Raw Config Bytes" of its section "Configuration Bytes".
+/// Raises 53 when there is no such file, 75 when it cannot be read, 11503 when it holds no block.
+HY_WRISTLOG_API std::string configHexFromIni(const std::string& path);
+
+/// The logger as the config block in an INI file describes it. A block of version 1 holds no firmware
+/// version; it is then the one that the file tells. Raises what `configHexFromIni` does, and 11503, 11504 and
+/// 11505 for a block that is none; the description names the file.
+HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> loggerFromIni(const std::string& path);
+
+/// A raw recording from a file: a raw data CSV, or else the bytes themselves. Raises 53 when there is no such
+/// file, 75 when it cannot be read or has more than 64 MiB, 13 or 6 for a CSV with a line that holds no byte.
+HY_WRISTLOG_API std::vector<std::uint8_t> rawFromFile(const std::string& path);
+/// The same, but raises 13 for a file that is no raw data CSV.
+HY_WRISTLOG_API std::vector<std::uint8_t> rawFromDump(const std::string& path);
+
+/// Makes the bytes of a saved recording the logger's raw data, as if they had just been read.
+HY_WRISTLOG_API void setRawData(Class_VardenLogger& logger, std::vector<std::uint8_t> raw);
+
+/// Raises 58 when there is a file and it may not be overwritten, 75 when something else has its name.
+HY_WRISTLOG_API void checkOutput(const std::string& path, bool overwrite);
+
+HY_WRISTLOG_API void saveRawBytes(const std::vector<std::uint8_t>& raw, const std::string& path);
+/// One byte a line with its address, behind the facts of the configuration.
+HY_WRISTLOG_API void saveRawDump(Class_VardenLogger& logger, const std::string& path);
+/// Decodes diagnostically and writes a row an epoch; tells result and low battery in message boxes. A report
+/// that fails behind its heading leaves that where no file stood. Raises what decoding raises.
+HY_WRISTLOG_API enmDecodeResult saveReport(Class_VardenLogger& logger, const std::string& path);
+/// Raises 11506 for a recording that is no light test.
+HY_WRISTLOG_API void saveLightTest(Class_VardenLogger& logger, const std::string& path);
+/// The activity-only file, kind KRD. Raises 11503 without an activity calibration.
+HY_WRISTLOG_API void saveActivityOnly(Class_VardenLogger& logger, const std::string& path);
+
+/// Labels and values of the configuration, enumerations in words.
+HY_WRISTLOG_API std::vector<std::pair<std::string, std::string>> configItems(
+    const Class_VardenLogger& logger);
+/// A line an item: label, separator, value, CR LF.
+HY_WRISTLOG_API std::string configText(Class_VardenLogger& logger, std::string_view separator);
+/// The configuration as an INI file that can be edited, with the block as it was read. Other lines of an
+/// existing file stay.
+HY_WRISTLOG_API void saveConfigIni(Class_VardenLogger& logger, const std::string& path);
+/// The 256 bytes that would be sent to the logger. Raises 11503 and 6 for values that it cannot take.
+HY_WRISTLOG_API void saveConfigImage(Class_VardenLogger& logger, const std::string& path);
+
+/// A logger with the configuration of `logger` and the edited values of an INI file, its config block as the
+/// logger would make it of them. Raises 53 and 75 for a file that cannot be read, 11503 for one that lacks
+/// values, 13, 6 and 11503 for values that are none.
+HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> withEditedConfig(const Class_VardenLogger& logger,
+                                                                     const std::string& iniPath);
+
+}  // namespace hy_wristlog::engineering
