@@ -83,8 +83,12 @@ int runLightTest(const CommonOptions& common, const RecordingFileOptions& option
 }
 
 int runActivityOnly(const CommonOptions& common, const RecordingFileOptions& options) {
-  return writeFile(common, options, [&](hw::Class_VardenLogger& logger, Json&) {
+  return writeFile(common, options, [&](hw::Class_VardenLogger& logger, Json& document) {
     engineering::saveActivityOnly(logger, options.Output.File);
+    const bool activityOnly = logger.Get_AcquisitionMode() == hw::VardenMode_ActivityOnly;
+    document["activity_only"] = activityOnly;
+    if (!activityOnly)
+      std::cerr << "The recording holds more than activity; the file counts every byte of it as activity.\n";
     return bytesOf(logger);
   });
 }

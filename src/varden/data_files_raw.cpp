@@ -50,13 +50,12 @@ std::string withoutQuotes(std::string_view line) {
 
 std::uint8_t byteOfLine(std::string_view line) {
   const std::size_t comma = line.find(',');
-  const std::string text = withoutQuotes(line.substr(comma == line.npos ? 0 : comma + 1));
-  const auto number = parseNumber(text);
-  if (!number) fault::raise(fault::TypeMismatch, "\"" + text.substr(0, Excerpt) + "\" is no byte");
-  const double value = *number;
-  if (!(value > -1 && value < 256))
-    fault::raise(fault::Overflow, "\"" + text.substr(0, Excerpt) + "\" is no byte");
-  return fault::narrow<std::uint8_t>(roundToInt32(value));
+  const std::string field = withoutQuotes(line.substr(comma == line.npos ? 0 : comma + 1));
+  const std::string_view digits = trimBlanks(field);
+  if (!isDigits(digits)) fault::raise(fault::TypeMismatch, "\"" + field.substr(0, Excerpt) + "\" is no byte");
+  const double value = leadingNumber(digits.substr(0, Excerpt));
+  if (value > 255) fault::raise(fault::Overflow, "\"" + field.substr(0, Excerpt) + "\" is no byte");
+  return static_cast<std::uint8_t>(value);
 }
 
 std::string readFile(const std::string& path) {

@@ -87,15 +87,17 @@ ByteArray storedBlock(const std::string& formerHex, const ByteArray& sent) {
   return block;
 }
 
+/// A key that is not there would count as 0.
 void requireAllKeys(const VardenRecord& record, const std::string& path) {
   const IniFile file(contentOf(path));
-  std::string missing;
+  std::vector<std::string> missing;
   for (const auto& [label, value] : editableConfig(record))
-    if (!file.value(ConfigDataSection, label)) missing += (missing.empty() ? "\"" : ", \"") + label + "\"";
+    if (!file.value(ConfigDataSection, label)) missing.push_back(label);
   if (missing.empty()) return;
+  const std::string more = missing.size() > 1 ? " and " + std::to_string(missing.size() - 1) + " more" : "";
   throw Failure(11503, "engineering.withEditedConfig",
-                path + " lacks values in its section \"" + std::string(ConfigDataSection) + "\": " + missing +
-                    ". Export the configuration and edit that file");
+                path + " lacks \"" + missing.front() + "\"" + more + " in its section \"" +
+                    std::string(ConfigDataSection) + "\". Export the configuration and edit that file");
 }
 
 }  // namespace

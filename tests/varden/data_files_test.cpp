@@ -1,0 +1,337 @@
+#include <cerrno>
+#include <filesystem>
+#include <functional>
+#include <random>
+
+#include "errors/GlobalState.h"
+#include "support/surroundings.h"
+#include "varden/VardenLogger.h"
+#include "varden/data_files.h"
+#include "varden_support.h"
+
+namespace hy_wristlog {
+namespace {
+
+std::string golden(const std::string& name) { return contentOf(std::string(TEST_DATA "/") + name); }
+
+struct Boxes : Host {
+  std::string Shown;
+  MessageBoxButton showMessageBox(std::string_view title, std::string_view text, std::int32_t) override {
+    ((((Shown += '[') += title) += "] ") += text) += '\n';
+    return MessageBoxButton::Ok;
+  }
+};
+
+using Writer = void (VardenLogger::*)(std::string_view);
+
+struct DataFiles : InSimulatedWorld {
+  DataFiles() {
+    world->setHost(boxes);
+    globals().LongDateTimeFormat = "dddd, MMMM dd, yyyy h:mm:ss AMPM";
+    globals().ShortDateTimeFormat = "M/d/yyyy h:mm:ss AMPM";
+  }
+
+  /// A logger of Eastern standard time with a recording.
+  void fill(enmDeviceType device, int mode, const Stream& stream, const char* firmware = NewEvents) {
+    VardenRecord& r = logger.record;
+    r = loggerRecord(device, mode, firmware);
+    r.SerialNumber = "V0012345";
+    r.EncodedSetup = "2Zo\u00EB, \"the\" subject" + std::string(40, ' ');
+    r.Model = device == KR_TOLKA ? 1 : 2;
+    r.ConfigBlock.AcquisitionMode = 33;
+    r.GMToffset = -300;
+    r.RawData = stream.Bytes;
+    r.BytesUsed = static_cast<std::int32_t>(stream.Bytes.size());
+  }
+  std::string written(Writer write) {
+    (logger.*write)(folder / "file");
+    return contentOf(folder / "file");
+  }
+
+  TemporaryFolder folder;
+  std::shared_ptr<Boxes> boxes = std::make_shared<Boxes>();
+  VardenLogger logger;
+};
+
+/// One sample of each mode with its columns; light 1.0 lux, colours 2^10 of their scale.
+struct ModeCase {
+  enmDeviceType Device;
+  int Mode;
+  const char* Samples;
+};
+const ModeCase Modes[] = {{KR_QUILLANDER, 1, "200 status12 0 255"},
+                          {KR_QUILLANDER, 2, "36 64 64 64 status12 0 0 0 0"},
+                          {KR_QUILLANDER, 3, "200 36 64 64 64 status12 1 0 0 0 0"},
+                          {KR_QUILLANDER, 4, "0 224 status12 2 0"},
+                          {KR_QUILLANDER, 5, "200 0 224 status12 1 2 0"},
+                          {KR_QUILLANDER, 7, "1 2 status12 200 255"},
+                          {KR_QUILLANDER, 8, "36 64 64 64 status12 0 0 0 0"},
+                          {KR_TOLKA, 1, "200 0"},
+                          {KR_TOLKA, 2, "0 224 2 0"},
+                          {KR_TOLKA, 3, "200 0 224 1 2 0"},
+                          {KR_TOLKA, 8, "0 0 2 0"}};
+
+TEST_F(DataFiles, WholeFiles) {
+  const char* const activity = "event2@-60 start@0 1 200 status1 252 event64@120 255 3x2 stop@300 9x9";
+  const char* const lightTest = "253 1 0 225 11 94 0 10 1 20 2 30 3 40 7 255 9x8";
+  const struct {
+    enmDeviceType Device;
+    int Mode;
+    const char* Stream;
+    Writer Write;
+    const char* File;
+  } cases[] = {{KR_QUILLANDER, 3, "start@0 9", &VardenLogger::subSaveRawDataToFile, "raw_dump.csv"},
+               {KR_QUILLANDER, 1, "start@0 200 status3 1 event96@120 stop@300",
+                &VardenLogger::subSaveDecodedDataToFile, "report.csv"},
+               {KR_TOLKA, 1, lightTest, &VardenLogger::subSaveDecodedTolkaTestDataToFile, "light_test.csv"},
+               {KR_TOLKA, 1, activity, &VardenLogger::subSaveActivityOnlyKRD, "activity.krd"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.File);
+    fill(c.Device, c.Mode, c.Stream);
+    EXPECT_EQ(written(c.Write), golden(c.File));
+  }
+  EXPECT_EQ(logger.record.StartTimeGMT, dateAt(0));
+}
+
+TEST_F(DataFiles, ReportColumnsByDeviceAndMode) {
+  std::string all;
+  for (const ModeCase& c : Modes) {
+    fill(c.Device, c.Mode, ("start@0 " + std::string(c.Samples)).c_str());
+    const std::string report = written(&VardenLogger::subSaveDecodedDataToFile);
+    const std::size_t from = report.find("\"Date/"), to = report.find("\r\n\"-----");
+    all += (c.Device == KR_TOLKA ? "Tolka " : "Quillander ") + std::to_string(c.Mode) + "\r\n" +
+           report.substr(from, to - from);
+  }
+  EXPECT_EQ(all, golden("report_columns.txt"));
+}
+
+TEST_F(DataFiles, AReportWithoutColumnsLeavesItsHeadingWhereNothingStood) {
+  const struct {
+    int Device, Mode;
+    const char *Stream, *Raised;
+  } cases[] = {{KR_QUILLANDER, 9, "start@0 7", "11503 Incompatible Logging Mode"},
+               {KR_QUILLANDER, 9, "", "11503 Incompatible Logging Mode"},
+               {KR_QUILLANDER, 6, "start@0 7", "11503 Incompatible Logging Mode"},
+               {KR_TOLKA, 9, "start@0 7", "11503 Incompatible Logging Mode"},
+               {KR_TOLKA, 5, "start@0 7", "11503 Incompatible Logging Mode"},
+               {0, 1, "start@0 7", "11502 Incompatible Device Type"},
+               {0, 1, "", "11502 Incompatible Device Type"}};
+  for (const auto& c : cases) {
+    fill(static_cast<enmDeviceType>(c.Device), c.Mode, c.Stream);
+    for (const bool former : {false, true}) {
+      const std::string path = former ? folder.put("former", "kept") : folder / "new";
+      std::filesystem::remove(folder / "new");
+      EXPECT_EQ(raisedBy([&] { logger.subSaveDecodedDataToFile(path); }), c.Raised) << c.Device << c.Mode;
+      EXPECT_EQ(contentOf(folder / "former"), former ? "kept" : "");
+      if (former) continue;
+      const std::string heading = contentOf(path);
+      EXPECT_TRUE(heading.starts_with("\"QV/HY Decoded Data Output File\"\r\n"));
+      EXPECT_TRUE(heading.ends_with("\"Acquisition Mode:\",\"33\"\r\n\r\n"));
+    }
+    std::filesystem::remove(folder / "former");
+  }
+}
+
+TEST_F(DataFiles, BoxesTellResultAndBattery) {
+  const struct {
+    const char *Stream, *Box;
+    int Resets = 0;
+  } cases[] = {
+      {"start@0 7", ""},
+      {"start@0 status2 7", "[HY_Wristlog] Low battery condition detected (but not shutdown.\n"},
+      {"start@0 7 event8=256",
+       "The logger experienced a power reset, but the power-on-self-test FAILED! Decod"},
+      {"start@0 7 event8=0",
+       "The logger experienced a power reset, but the power-on-self-test passed. Decod"},
+      {"event4@0 1", "[HY_Wristlog] Logger memory is full. Proceeding with decode...\n"},
+      {"start@0 7 stop@60 start@0 7",
+       "Acquisition start event has date that is before the last stop event. Deco"},
+      {"start@0 7x9 stop@60",
+       "before the last good data record. Decoding will proceed, but any data after the "
+       "error will ignored.\n"},
+      {"status1 7",
+       "[HY_Wristlog] A marker event was detected outside acquisition. Decoding will proceed, but"},
+      {"", "[HY_Wristlog] Invalid input. Aborting decode.\n"},
+      {"7",
+       "Non event data was found outside of data acquisition times. Decoding will proceed...but this is "
+       "VERY bad.\n"},
+      {"event0@0",
+       "An invalid event was detected, the data stream is damaged. Decoding will proceed but any"},
+      {"start@0 7x1 stop@60",
+       "stop time that is more than 30 days in the past. This is not a fatal error but "},
+      {"start@0 7 253 8 0 0 0 0 0", "data stream that can't be distinguished", 1}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.Stream);
+    fill(KR_QUILLANDER, 1, c.Stream);
+    logger.record.Resets = static_cast<std::uint8_t>(c.Resets);
+    boxes->Shown.clear();
+    written(&VardenLogger::subSaveDecodedDataToFile);
+    if (c.Resets > 0)
+      EXPECT_NE(boxes->Shown.find("a stream of data that can't be distinguished from other"),
+                std::string::npos);
+    else if (*c.Box == '\0')
+      EXPECT_EQ(boxes->Shown, "");
+    else
+      EXPECT_NE(boxes->Shown.find(c.Box), std::string::npos) << boxes->Shown;
+  }
+}
+
+TEST_F(DataFiles, ADumpReadBackGivesTheSameBytesAndNoConfiguration) {
+  std::mt19937 random(7);
+  for (const std::size_t size : {0, 1, 4096, 300000, 300001}) {
+    Stream stream;
+    for (std::size_t i = 0; i < size; ++i) stream.many(1, static_cast<int>(random() & 255));
+    fill(KR_TOLKA, 1, stream);
+    logger.record.EncodedSetup = "2Address, \"Address\"";
+    written(&VardenLogger::subSaveRawDataToFile);
+    VardenLogger reader;
+    const std::string raised = raisedBy([&] { reader.subReadRawDataFromFile(folder / "file"); });
+    if (size > 300000) {
+      EXPECT_TRUE(raised.starts_with("9 Subscript out of range")) << raised;
+      EXPECT_FALSE(reader.record.RawData);
+      EXPECT_EQ(readRawDump(contentOf(folder / "file"), size), stream.Bytes);
+      continue;
+    }
+    EXPECT_EQ(raised, "");
+    EXPECT_EQ(reader.record.RawData, stream.Bytes);
+    EXPECT_EQ(reader.record.BytesUsed, static_cast<int>(size));
+    EXPECT_EQ(reader.record.SerialNumber + std::to_string(reader.record.EpochLength), "0");
+  }
+}
+
+TEST_F(DataFiles, TheDumpEndsWithBytesUsed) {
+  fill(KR_TOLKA, 1, "1 2 3 4");
+  const auto bytes = [&](std::int32_t used) {
+    logger.record.BytesUsed = used;
+    return seriesText(readRawDump(written(&VardenLogger::subSaveRawDataToFile)));
+  };
+  EXPECT_EQ(bytes(2) + "|" + bytes(0) + "|" + bytes(4) + "|" + bytes(99) + "|" + bytes(-3),
+            "1 2|1 2 3 4|1 2 3 4|1 2 3 4|");
+}
+
+TEST_F(DataFiles, NonsenseFilesAreRefused) {
+  const std::string heading = "\"QV/HY Varden Logger Raw Data Output File\"\r\n",
+                    start = heading + "\"Address\"\r\n\r\n";
+  const struct {
+    std::string Content, Outcome;
+  } cases[] = {{"", "box"},
+               {"\"Address\"\r\n\r\n\"0\",\"1\"\r\n", "box"},
+               {std::string(3, '\0') + "\xFF\xFE" + heading.substr(9), "box"},
+               {heading, "13 Type mismatch: the raw data file ends before its line \"Address\""},
+               {start, ""},
+               {heading + "Address,Raw\n\n0,1\n\n0,\" 255 \"\n2", "1 255 2"},
+               {start + "0,1,2\r\n", "13 Type mismatch: \"1,2\" is no byte"},
+               {start + "\"0\",\"\"\r\n", "13 Type mismatch: \"\" is no byte"},
+               {start + "0,x" + std::string(99, 'x') + "\n",
+                "13 Type mismatch: \"" + std::string(40, 'x') + "\" is no byte"},
+               {start + "0,256\n", "6 Overflow: \"256\" is no byte"},
+               {start + "0,-1\n", "13 Type mismatch: \"-1\" is no byte"},
+               {start + "0,1" + std::string(999, '0') + "\n",
+                "6 Overflow: \"1" + std::string(39, '0') + "\" is no byte"}};
+  for (const auto& c : cases) {
+    boxes->Shown.clear();
+    logger.record.RawData.reset();
+    const std::string path = folder.put("nonsense", c.Content);
+    std::string outcome = raisedBy([&] { logger.subReadRawDataFromFile(path); });
+    if (!boxes->Shown.empty()) outcome = "box";
+    if (outcome.empty()) outcome = seriesText(*logger.record.RawData);
+    EXPECT_EQ(outcome, c.Outcome) << c.Content;
+  }
+  logger.subReadRawDataFromFile(folder.put("nonsense", "x"));
+  EXPECT_EQ(boxes->Shown,
+            "[Incorrect file format] Incorrect file format. Please insure you have a raw data .csv "
+            "file from Varden Terminal.\n");
+  EXPECT_EQ(raisedBy([&] { logger.subReadRawDataFromFile(folder / "none"); }).substr(0, 17),
+            "53 File not found");
+}
+
+TEST_F(DataFiles, LightTestAndActivityRefuseWhatTheyCannotRead) {
+  const auto lightTest = &VardenLogger::subSaveDecodedTolkaTestDataToFile;
+  const auto krd = &VardenLogger::subSaveActivityOnlyKRD;
+  const struct {
+    Writer Write;
+    const char *Stream, *Raised;
+    int Calibration = 128;
+    bool NothingUsed = false;
+  } cases[] = {
+      {lightTest, "254 1 0 0 0 0", "11506 First byte of Tolka Test data stream is not 253 event mark."},
+      {lightTest, "253 2 0 0 0 0",
+       "11506 Second byte of Tolka Test data stream is not acquisition start bitmap."},
+      {lightTest, "253 1 0 0", "9 Subscript out of range"},
+      {krd, "start@0 7", "11503 Activity calibration is zero! Try 'Show Config' first...", 0},
+      {krd, "start@0 7", "11503 Next memory address is zero! Try 'Show Config' first...", 128, true}};
+  for (const auto& c : cases) {
+    fill(KR_TOLKA, 1, c.Stream);
+    logger.record.ActivityCalibration = static_cast<std::uint8_t>(c.Calibration);
+    if (c.NothingUsed) logger.record.BytesUsed = 0;
+    EXPECT_EQ(raisedBy([&] { (logger.*c.Write)(folder / "file"); }), c.Raised);
+    EXPECT_FALSE(std::filesystem::exists(folder / "file"));
+  }
+  EXPECT_EQ(raisedBy([&] { (logger.*krd)(folder / "file"); }, true).substr(0, 47),
+            "11503 Class_VardenLogger.subSaveActivityOnlyKRD");
+}
+
+/// Counts are scaled without the decoder's limit, and code 255 too; a time's last byte counts as a code.
+TEST_F(DataFiles, ActivityIsScaled) {
+  fill(KR_TOLKA, 1, "0 1 32 33 243 255 9x8");
+  const auto rows = [&](int calibration) {
+    logger.record.ActivityCalibration = static_cast<std::uint8_t>(calibration);
+    std::string text = written(&VardenLogger::subSaveActivityOnlyKRD);
+    text.erase(0, text.find("M\r\n") + 3);
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    std::erase(text, '\r');
+    return text;
+  };
+  EXPECT_EQ(rows(128), "0 1 32 34 32767 -1 ");
+  EXPECT_EQ(rows(1), "0 128 4096 4352 4194176 -128 ");
+  EXPECT_EQ(rows(255), "0 1 16 17 16448 -1 ");
+  logger.record.EpochLength = 44;
+  EXPECT_NE(written(&VardenLogger::subSaveActivityOnlyKRD).find("\r\n2\r\n99\r\n"), std::string::npos);
+}
+
+TEST_F(DataFiles, WhatTheDiskRefusesHarmsNoFormerFile) {
+  const Writer writers[] = {&VardenLogger::subSaveRawDataToFile,
+                            &VardenLogger::subSaveDecodedDataToFile,
+                            &VardenLogger::subSaveDecodedTolkaTestDataToFile,
+                            &VardenLogger::subSaveActivityOnlyKRD,
+                            &VardenLogger::subWriteConfigToINIfile,
+                            &VardenLogger::subWriteConfigToBINfile};
+  fill(KR_TOLKA, 1, "start@0 1 2 3 4 5 6 7 8 9 10");
+  VardenRecord& r = logger.record;
+  r.StructureVersion = 2;
+  r.BatteryDate = r.EndTimeGMT = dateAt(0);
+  r.TimeFormat = TimeFormat_24hour;
+  r.DateFormat = DateFormat_MMDD;
+  r.Button1Map = r.Button2Map = ButtonMap_Marker1Only;
+  r.DataAvailable = DataAvail_Yes;
+  const std::string former = folder.put("former", "[kept]\r\nkey=value\r\n");
+  const struct {
+    std::string Path;
+    std::int32_t SystemError, Raised;
+  } cases[] = {{former, ENOSPC, 61},        {folder / "new", ENOSPC, 61}, {former, EACCES, 70},
+               {folder / "new", EROFS, 70}, {folder.path(), 0, 75},       {folder / "none/new", 0, 76},
+               {former + "/below", 0, 76}};
+  for (const Writer write : writers) {
+    for (const auto& c : cases) {
+      globals().emptyErrorStack();
+      world->Faults.FileWrite = {c.SystemError,
+                                 c.SystemError != 0 ? simulator::always() : simulator::Fault{}};
+      EXPECT_EQ(numberOf([&] { (logger.*write)(c.Path); }), c.Raised) << c.Path << ' ' << c.SystemError;
+      EXPECT_EQ(contentOf(former), "[kept]\r\nkey=value\r\n");
+      EXPECT_FALSE(std::filesystem::exists(folder / "new"));
+    }
+    world->Faults.FileWrite = {};
+    EXPECT_EQ(numberOf([&] { (logger.*write)(folder / "fine"); }), 0);
+    EXPECT_TRUE(std::filesystem::remove(folder / "fine"));
+  }
+
+  boxes->Shown.clear();
+  logger.record.RawData.reset();
+  for (const Writer write : {writers[0], writers[1], writers[2], writers[3]}) (logger.*write)(former);
+  EXPECT_EQ(contentOf(former), "[kept]\r\nkey=value\r\n");
+  const std::string box = "[HY_Wristlog] Insufficient data\n";
+  EXPECT_EQ(boxes->Shown, box + box + box + box);
+}
+
+}  // namespace
+}  // namespace hy_wristlog
