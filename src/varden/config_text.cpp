@@ -5,6 +5,7 @@
 #include <optional>
 #include <type_traits>
 
+#include "base/ascii.h"
 #include "base/dates.h"
 #include "base/faults.h"
 #include "base/formats.h"
@@ -150,12 +151,12 @@ class FieldReader {
   }
 
   void read(const char* label, double& field, Value value, const char*) const {
-    if (value && !value->empty()) field = dateOf(label, *value);
+    if (value && !trimBlanks(*value).empty()) field = dateOf(label, *value);
   }
 
   /// The day that the record has already keeps its time.
   void read(const char* label, Day<double>& field, Value value, const char*) const {
-    if (!value || value->empty()) return;
+    if (!value || trimBlanks(*value).empty()) return;
     const double day = datePart(dateOf(label, *value));
     if (day != datePart(field.Value)) field.Value = day;
   }
