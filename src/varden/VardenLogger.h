@@ -101,7 +101,8 @@ class VardenLogger : public LoggerLink {
 
   // Files for engineers: data_files_*.cpp. A file is replaced whole; it is left as it was, with a message box,
   // when there are no raw data, and after a failure: 53 to 76 when the system refuses, and each one's own.
-  // A failed report leaves what was composed so far where no file stood.
+  // A failed report leaves what was composed so far where no file stood. 75 is passed on: the library's usual
+  // answer to it is to leave quietly, as if the file had been written.
 
   /// One byte a line, behind the facts of the configuration.
   void subSaveRawDataToFile(std::string_view path);

@@ -253,6 +253,7 @@ ConfigItems configInWords(const VardenRecord& record) {
 
 void VardenLogger::subWriteConfigToINIfile(std::string_view path) {
   Procedure procedure{Module, "subWriteConfigToINIfile"};
+  procedure.passesOn(fault::PathFileAccess);
   procedure.run([&] {
     const std::string native = nativePath(path);
     IniFile file(procedure.statement([&] { return readIfThere(native); }));
@@ -267,6 +268,7 @@ void VardenLogger::subWriteConfigToINIfile(std::string_view path) {
 
 void VardenLogger::subReadConfigFromINIfile(std::string_view path) {
   Procedure procedure{Module, "subReadConfigFromINIfile"};
+  procedure.passesOn(fault::PathFileAccess);
   procedure.run([&] {
     const std::string native = nativePath(path);
     const IniFile file(procedure.statement(
@@ -282,6 +284,7 @@ void VardenLogger::subReadConfigFromINIfile(std::string_view path) {
 
 void VardenLogger::subWriteConfigToBINfile(std::string_view path) {
   Procedure procedure{Module, "subWriteConfigToBINfile"};
+  procedure.passesOn(fault::PathFileAccess);
   procedure.run([&] {
     const PacketArray packets = procedure.statement([&] { return Get_ConfigPackets(); });
     if (!packets) return;

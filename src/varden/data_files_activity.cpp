@@ -92,6 +92,7 @@ void addActivity(DataFile& file, const VardenRecord& record, std::int64_t positi
 
 void VardenLogger::subSaveActivityOnlyKRD(std::string_view path) {
   Procedure procedure{"Class_VardenLogger", "subSaveActivityOnlyKRD"};
+  procedure.passesOn(fault::PathFileAccess);
   DataFile file(path);
   procedure.cleanUp([&file] { file.leave(); });
   procedure.run([&] {

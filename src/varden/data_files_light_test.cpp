@@ -51,6 +51,7 @@ void addReadings(DataFile& file, const VardenRecord& record) {
 
 void VardenLogger::subSaveDecodedTolkaTestDataToFile(std::string_view path) {
   Procedure procedure{"Class_VardenLogger", "subSaveDecodedTolkaTestDataToFile"};
+  procedure.passesOn(fault::PathFileAccess);
   DataFile file(path);
   procedure.cleanUp([&file] { file.leave(); });
   procedure.run([&] {

@@ -85,6 +85,7 @@ ByteArray readRawDump(std::string_view content, std::size_t mostBytes) {
 
 void VardenLogger::subSaveRawDataToFile(std::string_view path) {
   Procedure procedure{Module, "subSaveRawDataToFile"};
+  procedure.passesOn(fault::PathFileAccess);
   DataFile file(path);
   procedure.cleanUp([&file] { file.leave(); });
   procedure.run([&] {
@@ -109,6 +110,7 @@ void VardenLogger::subSaveRawDataToFile(std::string_view path) {
 
 void VardenLogger::subReadRawDataFromFile(std::string_view path) {
   Procedure procedure{Module, "subReadRawDataFromFile"};
+  procedure.passesOn(fault::PathFileAccess);
   procedure.run([&] {
     const std::string content = procedure.statement([&] { return readFile(nativePath(path)); });
     if (!isRawDump(content)) {

@@ -192,6 +192,7 @@ void addEvents(DataFile& file, const VardenRecord& record) {
 
 void VardenLogger::subSaveDecodedDataToFile(std::string_view path) {
   Procedure procedure{Module, "subSaveDecodedDataToFile"};
+  procedure.passesOn(fault::PathFileAccess);
   DataFile file(path);
   procedure.cleanUp([&file] { file.leave(); });
   procedure.run([&] {

@@ -8,6 +8,7 @@
 #include "varden/VardenLogger.h"
 #include "varden/data_files.h"
 #include "varden_support.h"
+#include "workflows/error_files.h"
 
 namespace hy_wristlog {
 namespace {
@@ -304,6 +305,7 @@ TEST_F(DataFiles, WhatTheDiskRefusesHarmsNoFormerFile) {
   r.DateFormat = DateFormat_MMDD;
   r.Button1Map = r.Button2Map = ButtonMap_Marker1Only;
   r.DataAvailable = DataAvail_Yes;
+  fncLoadGlobalErrors();
   const std::string former = folder.put("former", "[kept]\r\nkey=value\r\n");
   const struct {
     std::string Path;

@@ -1,0 +1,138 @@
+#include <gtest/gtest.h>
+
+#include "apps/sandbox.h"
+
+namespace {
+
+/// A folder in which a Vivid's and a Kestrin 2's recordings lie.
+struct Files : testing::Test {
+  void SetUp() override {
+    for (const std::string model : {"vivid", "kestrin2"})
+      ASSERT_EQ(box.run("retrieve --model " + model + " --simulate " + model + " --out " + model).Status, 0);
+  }
+  Json json(const std::string& arguments) const { return Json::parse(box.run(arguments + " --json").Out); }
+  Sandbox box;
+};
+
+std::size_t linesOf(const std::string& text) {
+  return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+}  // namespace
+
+TEST_F(Files, EachCommandWritesItsFile) {
+  const std::string raw = box.content("vivid/raw.bin");
+  const Json dumped = json("raw dump vivid --out dump.csv");
+  EXPECT_EQ(keysOf(dumped), "file recorded_bytes device_serial_number ");
+  EXPECT_EQ(dumped.at("recorded_bytes"), raw.size());
+  EXPECT_EQ(linesOf(box.content("dump.csv")), raw.size() + 11);
+  EXPECT_EQ(json("raw load dump.csv --out again.bin").at("recorded_bytes"), raw.size());
+  EXPECT_EQ(box.content("again.bin"), raw);
+
+  const Json report = json("report --config vivid/config.ini --raw dump.csv --out report.csv");
+  EXPECT_EQ(keysOf(report),
+            "file recorded_bytes device_serial_number decode_result decode_result_name samples ");
+  EXPECT_NE(box.content("report.csv").find("\"Illuminance (Photopic Lux)\",\"Wrist Status (On/Off)\"\r\n"),
+            std::string::npos);
+  const Json events = json("decode --config vivid/config.ini --raw vivid/raw.bin").at("events");
+  EXPECT_EQ(linesOf(box.content("report.csv")), report.at("samples").get<std::size_t>() + events.size() + 12);
+
+  const Outcome krd = box.run("krd kestrin2 --out activity.krd");
+  EXPECT_EQ(krd.Status, 0);
+  EXPECT_NE(krd.Err.find("more than activity"), std::string::npos);
+  EXPECT_TRUE(box.content("activity.krd").starts_with("2"));
+  EXPECT_EQ(box.run("light-test kestrin2 --out light.csv").Status, 0);
+  EXPECT_TRUE(box.content("light.csv").starts_with("\"QV/HY Tolka Logger Light Test"));
+}
+
+TEST_F(Files, WhatTheLibraryTellsStandsOnStandardError) {
+  std::string raw = box.content("vivid/raw.bin");
+  box.write("odd.bin", raw + std::string("\xFD\x04\0\0\0\0\0", 7));
+  const Outcome report = box.run("report --json --config vivid/config.ini --raw odd.bin --out report.csv");
+  EXPECT_EQ(report.Status, 0);
+  EXPECT_NE(report.Err.find("Logger memory is full. Proceeding with decode...\n"), std::string::npos);
+  EXPECT_EQ(Json::parse(report.Out).at("decode_result"), 4);
+}
+
+TEST_F(Files, ConfigurationsAreShownEditedAndTakenBack) {
+  const Json shown = json("config show vivid").at("config");
+  EXPECT_EQ(shown.size(), 44U);
+  EXPECT_EQ(shown.at("Kestrin Model"), "Quillander (2)");
+  EXPECT_NE(box.run("config show --config vivid/config.ini").Out.find("\nEpoch Length: 60\n"),
+            std::string::npos);
+  const Outcome docked = box.run("config show --model kestrin2 --simulate kestrin2 --console");
+  EXPECT_NE(docked.Out.find("Kestrin Model: Tolka (1)\n"), std::string::npos);
+  EXPECT_NE(docked.Err.find("show config"), std::string::npos);
+  EXPECT_EQ(docked.Err.find("clipboard"), std::string::npos) << "a question that nobody hears";
+
+  ASSERT_EQ(box.run("config export vivid --out edit.ini").Status, 0);
+  const std::string exported = box.content("edit.ini");
+  const Json same = json("config import vivid --ini edit.ini --out same.ini --image same.bin");
+  EXPECT_TRUE(same.at("changes").empty()) << same;
+  EXPECT_EQ(box.content("same.ini"), exported);
+  ASSERT_EQ(box.run("config image vivid --out image.bin").Status, 0);
+  EXPECT_EQ(box.content("image.bin"), box.content("same.bin"));
+  EXPECT_EQ(box.content("image.bin").size(), 256U);
+
+  std::string edited = exported;
+  edited.replace(edited.find("Epoch Length=60"), 15, "Epoch Length=30");
+  box.write("edit.ini", edited);
+  const Json changed = json("config import vivid --ini edit.ini --out new.ini");
+  EXPECT_EQ(changed.at("changes").dump(), R"([{"item":"Epoch Length","from":"60","to":"30"}])");
+  const Json before = json("decode --config vivid/config.ini --raw vivid/raw.bin");
+  const Json after = json("decode --config new.ini --raw vivid/raw.bin");
+  EXPECT_EQ(after.at("decode_result"), before.at("decode_result"));
+  EXPECT_EQ(json("config show --config new.ini").at("config").at("Epoch Length"), "30");
+}
+
+TEST_F(Files, WhatCannotBeDoneIsSaid) {
+  box.write("edit.ini", "[Config Data]\nResets=1\n");
+  ASSERT_EQ(box.run("config export vivid --out wrong.ini").Status, 0);
+  std::string wrong = box.content("wrong.ini");
+  wrong.replace(wrong.find("Resets=0"), 8, "Resets=x");
+  box.write("wrong.ini", wrong);
+  box.write("words", "none of it\n");
+  box.write("empty", "");
+  std::filesystem::create_directory(box.Folder / "folder");
+  const std::string heading = "\"QV/HY Varden Logger Raw Data Output File\"\r\n\"Address\"\r\n\r\n";
+  box.write("damaged.csv", heading + "\"0\",\"1\"\r\n\"1\",\"\"\r\n");
+  const struct {
+    const char* Arguments;
+    int Number;
+    const char* Named;
+  } cases[] = {{"raw dump none --out x", 53, "none/config.ini"},
+               {"raw dump vivid --out wrong.ini", 58, "--force"},
+               {"raw dump vivid --out folder --force", 75, "folder"},
+               {"raw dump vivid --out no/where", 76, "no/where"},
+               {"raw load words --out x", 13, "words"},
+               {"raw load damaged.csv --out x", 13, "damaged.csv"},
+               {"report --config vivid/config.ini --raw empty --out x", 11503, "empty"},
+               {"light-test --config kestrin2/config.ini --raw words --out x", 11506, "words"},
+               {"config import vivid --ini edit.ini --out x", 11503, "\"Subject Identity\" and 29 more"},
+               {"config import vivid --ini wrong.ini --out x", 13, "Resets: \"x\""},
+               {"config import vivid --ini none --out x", 53, "none"},
+               {"config show --model vivid", 10003, "Docking Station Not Found"}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.Arguments);
+    const Outcome outcome = box.run(std::string(each.Arguments) + " --json");
+    EXPECT_EQ(outcome.Status, 1);
+    const Json failure = Json::parse(outcome.Out).at("failure");
+    EXPECT_EQ(failure.at("number"), each.Number) << failure;
+    EXPECT_NE(failure.at("description").get<std::string>().find(each.Named), std::string::npos) << failure;
+    EXPECT_FALSE(std::filesystem::exists(box.Folder / "x"));
+  }
+  EXPECT_EQ(box.content("wrong.ini"), wrong);
+  for (const char* usage :
+       {"raw", "config", "report --out x", "report vivid", "report --config a --out x",
+        "report vivid --raw b --out x", "config show vivid --model vivid",
+        "config show vivid --simulate vivid", "config import vivid --out x", "krd vivid --out ''"})
+    EXPECT_EQ(box.run(usage).Status, 2) << usage;
+}
+
+TEST_F(Files, AFullDiskLeavesTheFormerFile) {
+  box.write("report.csv", "former");
+  const Outcome full = box.run("report vivid --force --out report.csv", "", "ulimit -f 100;");
+  EXPECT_EQ(full.Status, 1);
+  EXPECT_NE(full.Err.find("report.csv"), std::string::npos) << full.Err;
+  EXPECT_EQ(box.content("report.csv"), "former");
+}
