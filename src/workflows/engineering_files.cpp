@@ -63,11 +63,16 @@ ByteArray bytesOfDump(std::string_view content, const std::string& path) {
   return naming(path, [&] { return readRawDump(content, LongestFile); });
 }
 
-/// A step of its own: a failure of a former command does not hide its failures.
+/// A step of its own: a failure of a former command does not hide its failures, and one that the site wants
+/// to be left quietly is raised all the same, since the user waits for a file.
 template <class Step>
 void anew(Step&& step) {
+  auto& stack = globals().ErrorStack;
   globals().emptyErrorStack();
   step();
+  if (stack.empty() || !stack.front() || stack.front()->ErrorAction != errExit) return;
+  throw Failure(stack.front()->ErrorNumber, stack.front()->ErrorOriginalSource,
+                stack.front()->ErrorDescription);
 }
 
 std::string hexOf(const ByteArray& bytes) { return Class_Tools::fncConvertByteArrayToHexString(bytes); }
