@@ -46,5 +46,6 @@ class CommandLine {
 
 void addWorkflowCommands(CommandLine& cli);
 void addFileCommands(CommandLine& cli);
+void addPlotCommand(CommandLine& cli);
 
 }  // namespace wristlog

@@ -49,21 +49,21 @@ int runDecode(const CommonOptions& common, const DecodeOptions& options) {
   const RecordingFiles files(options.Folder, options.Force);
   if (!options.Folder.empty()) files.prepare();
 
-  const auto logger = engineering::loggerFromIni(options.ConfigFile);
-  std::vector<std::uint8_t> raw = engineering::rawFromFile(options.RawFile);
-  bool lowBattery = false;
-  const hw::enmDecodeResult result = naming(options.RawFile + " does not fit " + options.ConfigFile, [&] {
-    return engineering::decode(*logger, std::move(raw), options.Diagnostic, lowBattery);
-  });
-  if (!options.Folder.empty())
-    files.write(*logger, summaryJson(*logger, subjectOf(*logger), result, lowBattery));
+  const DecodedRecording saved =
+      decodeRecording({{}, options.ConfigFile, options.RawFile}, options.Diagnostic);
+  const auto& logger = saved.Logger;
+  if (!options.Folder.empty()) {
+    files.write(*logger, summaryJson(*logger, subjectOf(*logger), saved.Result, saved.LowBattery));
+    files.writePictures(*logger, saved.Result, saved.LowBattery);
+  }
 
   if (common.AsJson) {
-    print(recordingJson(*logger, result, lowBattery));
+    print(recordingJson(*logger, saved.Result, saved.LowBattery));
     return Good;
   }
-  std::cout << wordsFor(result) << ' ' << logger->Get_Samples() << " epochs of " << logger->Get_EpochLength()
-            << " seconds, from " << engineering::isoDate(logger->Get_StartTimeGMT(), "Z") << ".\n";
+  std::cout << wordsFor(saved.Result) << ' ' << logger->Get_Samples() << " epochs of "
+            << logger->Get_EpochLength() << " seconds, from "
+            << engineering::isoDate(logger->Get_StartTimeGMT(), "Z") << ".\n";
   for (const std::string& event : engineering::events(*logger)) std::cout << event << '\n';
   if (!options.Folder.empty()) std::cout << "Written to " << options.Folder << ".\n";
   return Good;

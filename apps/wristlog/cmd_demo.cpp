@@ -139,6 +139,7 @@ class Demo {
     Json summary = summaryJson(*logger, *subject, result, lowBattery);
     summary["made_by"] = MadeByDemo;
     files_.write(*logger, summary);
+    files_.writePictures(*logger, result, lowBattery);
     if (session_.asJson()) {
       print(summary);
       return Good;
@@ -150,6 +151,7 @@ class Demo {
     drawDays(std::cout, *logger);
     say("Written:");
     for (const std::string& path : files_.paths()) say("  " + path);
+    say("Look at it: " + folder_ + "/report.html in a browser, or " + folder_ + "/actogram.svg");
     say("Decode it again: wristlog decode --config " + folder_ + "/config.ini --raw " + folder_ + "/raw.bin");
     return Good;
   }

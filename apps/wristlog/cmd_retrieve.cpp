@@ -47,6 +47,7 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
                       failure.Description +
                           ". The logger still holds the recording: retrieve it again, into another folder");
   }
+  if (hasRecording && verdict) files.writePictures(*logger, *verdict, lowBattery);
   if (code != 0 && !session.traffic().empty())
     std::cerr << "What passed on the link is in "
               << files.writeSessionLog("wristlog " + session.main().Get_Version() + ", retrieve --model " +

@@ -41,12 +41,18 @@ struct DecodeOptions {
   bool Diagnostic = false, Force = false;
 };
 
+struct PlotOptions {
+  std::string Recording, Folder;
+  bool Diagnostic = false, Force = false;
+};
+
 int runDemo(const CommonOptions& common, const DemoOptions& options);
 int runDocks(const CommonOptions& common);
 int runStatus(const CommonOptions& common, const std::string& model);
 int runConfigure(const CommonOptions& common, const ConfigureOptions& options);
 int runRetrieve(const CommonOptions& common, const RetrieveOptions& options);
 int runDecode(const CommonOptions& common, const DecodeOptions& options);
+int runPlot(const CommonOptions& common, const PlotOptions& options);
 int runZones(const CommonOptions& common);
 
 }  // namespace wristlog

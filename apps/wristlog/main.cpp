@@ -6,5 +6,6 @@ int main(int argc, char** argv) {
   wristlog::CommandLine cli;
   wristlog::addWorkflowCommands(cli);
   wristlog::addFileCommands(cli);
+  wristlog::addPlotCommand(cli);
   return cli.run(argc, argv);
 }

@@ -8,7 +8,10 @@
 #include "hy_wristlog/failure.h"
 #include "json_output.h"
 #include "meanings.h"
+#include "picture/actogram.h"
+#include "picture/report.h"
 #include "platform/platform.h"
+#include "plotted_logger.h"
 #include "process.h"
 #include "series_csv.h"
 #include "workflows/engineering.h"
@@ -24,8 +27,9 @@ namespace {
 constexpr const char* Source = "wristlog";
 constexpr std::int32_t FileExists = 58;
 constexpr std::int32_t PathFileAccess = 75;
-constexpr std::array<const char*, 5> Names{"series.csv", "events.csv", "recording.json", "raw.bin",
-                                           "config.ini"};
+constexpr std::array PictureNames{"actogram.svg", "report.html"};
+constexpr std::array Names{"series.csv", "events.csv",   "recording.json", "raw.bin",
+                           "config.ini", "actogram.svg", "report.html"};
 
 template <class Operation>
 auto onFiles(const std::string& path, const Operation& operation) {
@@ -115,6 +119,23 @@ void RecordingFiles::writeRaw(hw::Class_VardenLogger& logger) const {
             "[Configuration Bytes]\r\nRaw Config Bytes=" + engineering::rawConfigHex(logger) + "\r\n");
 }
 
+void RecordingFiles::writePictures(const picture::PlottedRecording& plot) const {
+  const picture::RecordedDays days = picture::daysOf(plot);
+  writeFile("actogram.svg", picture::actogramSvg(plot, days));
+  writeFile("report.html", picture::reportHtml(plot, days));
+}
+
+void RecordingFiles::writePictures(hw::Class_VardenLogger& logger, hw::enmDecodeResult result,
+                                   bool lowBattery) const {
+  try {
+    writePictures(plottedRecording(logger, result, lowBattery));
+  } catch (const hw::Failure& failure) {
+    throw hw::Failure(failure.Number, failure.Source,
+                      failure.Description + ". Only the pictures are missing: 'wristlog plot " + folder_ +
+                          "' draws them from the recording's files");
+  }
+}
+
 std::string RecordingFiles::writeSessionLog(const std::string& text) const {
   std::string name = "session.log";
   for (int number = 2; std::filesystem::exists(path(name)); ++number)
@@ -125,8 +146,11 @@ std::string RecordingFiles::writeSessionLog(const std::string& text) const {
 
 std::vector<std::string> RecordingFiles::paths() const {
   std::vector<std::string> all;
-  all.reserve(Names.size());
-  for (const char* name : Names) all.push_back(path(name));
+  const auto add = [&](const char* name) { all.push_back(path(name)); };
+  if (part_ == Part::Pictures)
+    std::for_each(PictureNames.begin(), PictureNames.end(), add);
+  else
+    std::for_each(Names.begin(), Names.end(), add);
   return all;
 }
 

@@ -1,25 +1,37 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "picture/recording.h"
 #include "session.h"
 
 namespace wristlog {
 
-/// The files of one recording in one folder: series.csv, events.csv, recording.json, and for decoding it
-/// again raw.bin and config.ini. Each is written whole or not at all.
+/// The files of one recording in one folder: series.csv, events.csv, recording.json, the pictures
+/// actogram.svg and report.html, and for decoding it again raw.bin and config.ini. Each is written whole or
+/// not at all.
 class RecordingFiles {
  public:
-  RecordingFiles(std::string folder, bool overwrite) : folder_(std::move(folder)), overwrite_(overwrite) {}
+  enum class Part : std::uint8_t { Everything, Pictures };
+
+  /// With `Part::Pictures` only these two files are of concern.
+  RecordingFiles(std::string folder, bool overwrite, Part part = Part::Everything)
+      : folder_(std::move(folder)), overwrite_(overwrite), part_(part) {}
 
   /// Makes the folder and tries whether it can be written to. Raises fault 58 when a file that would be
   /// written exists and may not be overwritten, 75 when the folder is of no use.
   void prepare() const;
   /// The same for a folder whose files may be overwritten when a demo wrote them and nothing else lies there.
   void prepareForDemo();
+  /// Everything but the pictures; what decoding again needs comes first.
   void write(hy_wristlog::Class_VardenLogger& logger, const Json& summary) const;
+  void writePictures(const picture::PlottedRecording& plot) const;
+  /// The pictures of a recording whose other files are written: a failure says that these are safe.
+  void writePictures(hy_wristlog::Class_VardenLogger& logger, hy_wristlog::enmDecodeResult result,
+                     bool lowBattery) const;
   /// Only what decoding again needs, for a recording that could not be decoded.
   void writeRaw(hy_wristlog::Class_VardenLogger& logger) const;
   /// Writes session.log, session-2.log, ..., the first that does not exist, and returns its path.
@@ -33,6 +45,7 @@ class RecordingFiles {
 
   std::string folder_;
   bool overwrite_;
+  Part part_;
 };
 
 /// In the key "made_by" of a demo's recording.json.

@@ -1,21 +1,38 @@
 #include "saved_recording.h"
 
+#include <cstdint>
 #include <utility>
 
+#include "hy_wristlog/failure.h"
+#include "workflows/engineering.h"
 #include "workflows/engineering_files.h"
 
 namespace wristlog {
 
+namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
 
-std::shared_ptr<hy_wristlog::Class_VardenLogger> openRecording(const RecordingPlace& place) {
+std::shared_ptr<hw::Class_VardenLogger> openRecording(const RecordingPlace& place) {
   constexpr std::int32_t OutOfRange = 11503;
   auto logger = engineering::loggerFromIni(place.config());
   auto raw = engineering::rawFromFile(place.raw());
   if (raw.empty())
-    throw hy_wristlog::Failure(OutOfRange, "wristlog", place.raw() + " holds no recording: it is empty");
+    throw hw::Failure(OutOfRange, "wristlog", place.raw() + " holds no recording: it is empty");
   engineering::setRawData(*logger, std::move(raw));
   return logger;
+}
+
+DecodedRecording decodeRecording(const RecordingPlace& place, bool diagnostic) {
+  DecodedRecording recording;
+  recording.Logger = openRecording(place);
+  try {
+    recording.Result = engineering::decode(*recording.Logger, engineering::rawData(*recording.Logger),
+                                           diagnostic, recording.LowBattery);
+  } catch (const hw::Failure& failure) {
+    throw hw::Failure(failure.Number, failure.Source,
+                      place.raw() + " does not fit " + place.config() + ": " + failure.Description);
+  }
+  return recording;
 }
 
 }  // namespace wristlog

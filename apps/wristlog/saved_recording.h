@@ -4,7 +4,7 @@
 #include <string>
 
 #include "hy_wristlog/Class_VardenLogger.h"
-#include "hy_wristlog/failure.h"
+#include "hy_wristlog/enumerations.h"
 
 namespace wristlog {
 
@@ -20,14 +20,13 @@ struct RecordingPlace {
 /// 11503 for a recording without bytes.
 std::shared_ptr<hy_wristlog::Class_VardenLogger> openRecording(const RecordingPlace& place);
 
-/// A failure of `step`, with the files that it is about in front of its words.
-template <class Step>
-auto naming(const std::string& files, const Step& step) {
-  try {
-    return step();
-  } catch (const hy_wristlog::Failure& failure) {
-    throw hy_wristlog::Failure(failure.Number, failure.Source, files + ": " + failure.Description);
-  }
-}
+struct DecodedRecording {
+  std::shared_ptr<hy_wristlog::Class_VardenLogger> Logger;
+  hy_wristlog::enmDecodeResult Result = hy_wristlog::Decode_InputError;
+  bool LowBattery = false;
+};
+
+/// Raises the same and what decoding raises; failures name the files that they are about.
+DecodedRecording decodeRecording(const RecordingPlace& place, bool diagnostic);
 
 }  // namespace wristlog

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "base/dates.h"
 #include "varden/acquisition.h"
 #include "varden/battery.h"
 
@@ -80,19 +81,19 @@ constexpr std::array NewWristStatuses{
     WristStatus{0, "No Off-Wrist Status Change and Currently On-Wrist", false, false},
 };
 
-constexpr std::string_view TimeUnknown = "Time Unknown";
-
 const DockEvent& dockEvent(bool newFormat, std::uint8_t bits) {
   for (const DockEvent& row : DockEvents)
     if (row.NewFormat == newFormat && row.Bits == (bits & DockBits)) return row;
   fault::raise(fault::Internal);
 }
 
-void addEvent(DecodeWalk& walk, std::string_view time, std::string_view text, std::int64_t recordLength) {
+/// `time` is `UnknownDate` when the record does not tell it.
+void addEvent(DecodeWalk& walk, double time, std::string_view text, std::int64_t recordLength) {
+  const std::string timeText = time == UnknownDate ? "Time Unknown" : walk.Options.DateText(time);
   constexpr char Digits[] = "0123456789ABCDEF";
   std::string entry;
-  entry.reserve(time.size() + text.size() + 22);
-  entry.append("\"").append(time).append("\",\"").append(text).append("\",\"");
+  entry.reserve(timeText.size() + text.size() + 22);
+  entry.append("\"").append(timeText).append("\",\"").append(text).append("\",\"");
   for (std::int64_t i = 0; i < recordLength; ++i) {
     const std::uint8_t byte = walk.byteAt(walk.Position + i);
     entry += Digits[byte >> 4];
@@ -100,18 +101,15 @@ void addEvent(DecodeWalk& walk, std::string_view time, std::string_view text, st
   }
   entry += '"';
   walk.Record.EventArray.push_back(std::move(entry));
+  walk.Record.EventTimeArray.push_back(time);
 }
 
-void addEvent(DecodeWalk& walk, std::string_view time, std::string_view text) {
+void addEvent(DecodeWalk& walk, double time, std::string_view text) {
   addEvent(walk, time, text, EventRecordLength);
 }
 
-void addEventAt(DecodeWalk& walk, double time, std::string_view text) {
-  addEvent(walk, walk.Options.DateText(time), text, EventRecordLength);
-}
-
 void addStatus(DecodeWalk& walk, std::string_view text) {
-  addEvent(walk, walk.Options.DateText(walk.timeOf(walk.Index)), text, StatusRecordLength);
+  addEvent(walk, walk.timeOf(walk.Index), text, StatusRecordLength);
 }
 
 /// Bytes 3 to 6 of the record at the position.
@@ -128,19 +126,19 @@ void moveDock(DecodeWalk& walk, const DockEvent& event) {
 }
 
 void handleInvalid(DecodeWalk& walk) {
-  addEvent(walk, TimeUnknown, "Event Decoding Error");
+  addEvent(walk, UnknownDate, "Event Decoding Error");
   walk.stop(Decode_EventDecodingError);
 }
 
 void handleReset(DecodeWalk& walk) {
   const bool passed = eventValue(walk) == 0;
-  addEvent(walk, TimeUnknown,
+  addEvent(walk, UnknownDate,
            passed ? "Self Test Passed: (Reset Occurred)" : "Self Test Failed: (Reset Occurred)");
   walk.stop(passed ? Decode_ResetPOSTpassed : Decode_ResetPOSTfailed);
 }
 
 void handleClosing(DecodeWalk& walk, const ClosingEvent& event) {
-  addEventAt(walk, eventTime(walk), event.Text);
+  addEvent(walk, eventTime(walk), event.Text);
   if (event.LowBattery) walk.LowBattery = true;
   walk.stop(event.Result);
 }
@@ -151,7 +149,7 @@ void handleAcquisition(DecodeWalk& walk, std::uint8_t bits) {
   if (walk.NewEventFormat) walk.UndockSkip = false;
   const bool start = bits & AcquisitionStart;
   const double time = eventTime(walk);
-  addEventAt(walk, time, std::string(start ? "Acquisition Start" : "Acquisition Stop") + dock.Suffix);
+  addEvent(walk, time, std::string(start ? "Acquisition Start" : "Acquisition Stop") + dock.Suffix);
   if (start)
     startAcquisition(walk, time);
   else
@@ -162,7 +160,7 @@ void handleDock(DecodeWalk& walk, std::uint8_t bits) {
   const DockEvent& dock = dockEvent(walk.NewEventFormat, bits);
   // Bit 16 alone in the old format: no event that a logger writes.
   if (!dock.Text) return handleInvalid(walk);
-  addEventAt(walk, eventTime(walk), dock.Text);
+  addEvent(walk, eventTime(walk), dock.Text);
   moveDock(walk, dock);
   if (walk.NewEventFormat) walk.UndockSkip = dock.UndockSkip;
 }

@@ -66,6 +66,7 @@ void StreamDecoder::prepare() {
   if (record.EpochLength == 0) fault::raise(fault::DivisionByZero);
   walk_.EpochsPerDay = roundToInt32(SecondsPerDay / record.EpochLength);
   record.EventArray.clear();
+  record.EventTimeArray.clear();
   samples_.emplace(walk_, hasNewLightScaleFactors(record));
   walk_.Result = Decode_OK;
 }

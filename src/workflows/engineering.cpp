@@ -118,6 +118,9 @@ enmDecodeResult decode(Class_VardenLogger& logger, std::vector<std::uint8_t> raw
 const std::vector<std::string>& events(const Class_VardenLogger& logger) {
   return logger.inside().record.EventArray;
 }
+const std::vector<double>& eventTimes(const Class_VardenLogger& logger) {
+  return logger.inside().record.EventTimeArray;
+}
 const TristateSeries& marker2(const Class_VardenLogger& logger) {
   return logger.inside().record.Marker2Array;
 }

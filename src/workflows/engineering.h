@@ -55,6 +55,8 @@ HY_WRISTLOG_API enmDecodeResult decode(Class_VardenLogger& logger, std::vector<s
 
 /// The decoded events: time, text and record in hexadecimal, each in double quotes, commas between.
 HY_WRISTLOG_API const std::vector<std::string>& events(const Class_VardenLogger& logger);
+/// When each of them was, UTC; -1 where that is not known.
+HY_WRISTLOG_API const std::vector<double>& eventTimes(const Class_VardenLogger& logger);
 HY_WRISTLOG_API const TristateSeries& marker2(const Class_VardenLogger& logger);
 HY_WRISTLOG_API std::int32_t marker2Count(const Class_VardenLogger& logger);
 

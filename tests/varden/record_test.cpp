@@ -64,7 +64,7 @@ TEST_F(RecordTest, CopyLeavesTheRecordingBehind) {
       left,
       "Samples DecodeResult ActivityArray MarkerArray LightArray WristStatusArray RedLightArray "
       "GreenLightArray BlueLightArray ConfigCRC SubjectInfoVersion RawData EncodedConfigBytes ConfigBlock "
-      "EventArray Marker2Array BattLifeDays BattPercentValue ");
+      "EventArray EventTimeArray Marker2Array BattLifeDays BattPercentValue ");
   VardenRecord record;
   record.SerialNumber = "C1";
   record.Unused1 = record.RawData = ByteArray{1};

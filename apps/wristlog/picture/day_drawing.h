@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "picture/days.h"
+#include "picture/scales.h"
+
+namespace wristlog::picture {
+
+/// Pixels of the picture: a row has a lane for markers and signs above the plot.
+struct RowShape {
+  double Height = 64, Lane = 10;
+
+  double plot() const { return Height - Lane - 1; }
+  double base() const { return Height - 1; }
+};
+
+inline constexpr double DayWidth = 432;
+
+/// A row for so many days: tall for a week, low for a year.
+RowShape rowShapeFor(std::size_t days);
+
+/// One day, from 0 to `DayWidth` and from 0 to the row's height, as SVG elements: one path for everything of
+/// a kind. `hatch` is the identifier of the hatching.
+std::string drawDay(const Day& day, const PlottedRecording& recording, const Scales& scales,
+                    const RowShape& row, const std::string& hatch);
+
+const char* lineClass(LightColour colour);
+
+}  // namespace wristlog::picture

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "picture/local_time.h"
+#include "picture/recording.h"
+
+namespace wristlog::picture {
+
+inline constexpr std::size_t MostLightLines = 3;
+
+/// What a column of the picture shows: the means of the values in its minutes of the day.
+struct Column {
+  float Activity = NoValue, Steps = NoValue;
+  std::array<float, MostLightLines> Light{NoValue, NoValue, NoValue};
+  bool Covered = false;   ///< the recording reaches over it
+  bool OffWrist = false;  ///< at least half of it
+
+  bool hasValue() const;
+};
+
+/// Sum and count of the values of a series.
+struct Total {
+  double Sum = 0;
+  std::int64_t Count = 0;
+
+  void add(float value);
+  double mean() const { return Count > 0 ? Sum / static_cast<double>(Count) : NoValue; }
+};
+
+/// Counts over all epochs that begin in a stretch of time, not over columns.
+struct Totals {
+  std::int64_t Epochs = 0, Valued = 0, OffWrist = 0;
+  Total Activity, Steps;
+  std::array<Total, MostLightLines> Light;
+  std::array<std::int64_t, 2> Markers{};
+
+  void add(const Totals& other);
+};
+
+struct ClockChange {
+  std::size_t Column = 0;  ///< where the clocks stood when they were changed
+  std::int64_t Seconds = 0;
+};
+
+/// A local day. An hour that the clocks skip has no covered columns; of one that they repeat a column shows
+/// the larger of both values.
+struct Day {
+  std::int64_t Number = 0;  ///< from 1970-01-01
+  std::vector<Column> Columns;
+  std::array<std::vector<std::size_t>, 2> Markers;  ///< columns with a marker, by button, each once
+  std::vector<std::pair<std::size_t, Sign>> Signs;
+  std::vector<ClockChange> Changes;
+  picture::Totals Totals;
+};
+
+/// A recording cut into local days, without holes between the first and the last.
+struct RecordedDays {
+  std::size_t ColumnsPerDay = 0;
+  std::vector<Day> Days;
+  picture::Totals Totals;
+  bool Cut = false;  ///< the recording is longer than `MostDays`
+};
+
+inline constexpr std::int64_t MostDays = 4000;
+
+RecordedDays daysOf(const PlottedRecording& recording);
+
+}  // namespace wristlog::picture

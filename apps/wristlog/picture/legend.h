@@ -1,0 +1,16 @@
+#pragma once
+
+#include "picture/days.h"
+#include "picture/scales.h"
+#include "picture/sheet.h"
+
+namespace wristlog::picture {
+
+/// What the strokes and signs mean; only of those that the recording has.
+void drawLegend(Sheet& sheet, const PlottedRecording& recording, const RecordedDays& days,
+                const Scales& scales);
+
+/// "0.1", "10 000".
+std::string powerOfTen(int power);
+
+}  // namespace wristlog::picture

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// Text for SVG and HTML.
+namespace wristlog::picture {
+
+/// Any UTF-8 as character data or an attribute's value of XML 1.0 and HTML: `& < > " '` as references, what
+/// XML cannot hold (control characters, surrogates, U+FFFE, U+FFFF, malformed sequences) as U+FFFD.
+std::string escaped(std::string_view text);
+
+/// With at most `decimals` decimals, no zeros at their end; the point is "." whatever the locale.
+std::string number(double value, int decimals = 1);
+/// Tenths as a number: 125 gives "12.5".
+void appendTenths(std::string& text, std::int64_t tenths);
+
+}  // namespace wristlog::picture

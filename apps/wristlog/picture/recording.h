@@ -1,0 +1,81 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What the pictures are drawn from: plain data, from whatever logger they come. Moments are UTC seconds
+/// since 1970, texts UTF-8 of any content.
+namespace wristlog::picture {
+
+/// One element an epoch.
+using Series = std::vector<float>;
+inline constexpr float NoValue = std::numeric_limits<float>::quiet_NaN();
+
+enum class LightColour : std::uint8_t { Lux, Red, Green, Blue };
+
+struct LightLine {
+  LightColour Colour = LightColour::Lux;
+  Series Values;
+};
+
+/// Light is drawn on a logarithmic scale, between two powers of ten.
+struct LightScale {
+  std::string Unit;
+  int LowestPower = -1, HighestPower = 5;
+};
+
+/// From a moment on, local time is UTC and so many minutes.
+struct ClockOffset {
+  std::int64_t From = 0;
+  std::int32_t Minutes = 0;
+};
+
+struct Marker {
+  std::int64_t Time = 0;
+  int Button = 1;  ///< 1 or 2
+};
+
+/// How an event is shown in the picture.
+enum class Sign : std::uint8_t { None, Reset, LowBattery, MemoryFull, Damage };
+inline constexpr std::size_t Signs = 5;
+
+struct Event {
+  std::optional<std::int64_t> Time;  ///< none: drawn at the end of the recording
+  std::string Words;
+  Sign Shown = Sign::None;
+};
+
+struct Fact {
+  std::string Label, Value;
+};
+
+struct PlottedRecording {
+  std::string Subject;
+  std::string Logger;  ///< model and serial number
+  std::string Zone;
+  std::int64_t Start = 0;
+  std::int32_t Epoch = 0;  ///< seconds; with 0 there is nothing to draw
+  std::size_t Epochs = 0;
+  std::vector<ClockOffset> Offsets;  ///< in order of time; UTC before the first
+
+  // A series is empty when the logger did not record it, and NoValue where nothing was stored.
+  Series Activity;
+  Series Steps;
+  std::vector<LightLine> Light;
+  LightScale LightAxis;
+  std::vector<bool> OffWrist;
+
+  std::vector<Marker> Markers;
+  std::vector<Event> Events;
+  std::vector<Fact> Facts;
+  std::vector<std::string> Warnings;
+
+  std::int64_t end() const { return Start + static_cast<std::int64_t>(Epochs) * Epoch; }
+};
+
+}  // namespace wristlog::picture

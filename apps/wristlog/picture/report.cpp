@@ -1,0 +1,224 @@
+#include "picture/report.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+#include "picture/actogram.h"
+#include "picture/findings.h"
+#include "picture/local_time.h"
+#include "picture/markup.h"
+#include "picture/shapes.h"
+
+namespace wristlog::picture {
+namespace {
+
+constexpr std::size_t MostEventRows = 2000;
+
+constexpr const char* PageStyle = R"(:root{color-scheme:light dark}
+body{margin:0 auto;max-width:1080px;padding:24px;background:#fff;color:#1d2733;
+font:15px/1.5 system-ui,"Segoe UI","Liberation Sans","DejaVu Sans",sans-serif}
+h1{font-size:1.7em;margin:0 0 .2em;overflow-wrap:anywhere}
+h2{font-size:1.2em;margin:1.8em 0 .5em}
+.period{margin:0;color:#52606d}
+.scroll{overflow-x:auto}
+table{border-collapse:collapse;font-variant-numeric:tabular-nums}
+th,td{padding:.25em .9em .25em 0;text-align:left;vertical-align:top;border-bottom:1px solid #dfe4e9}
+td{overflow-wrap:anywhere}
+thead th{border-bottom:2px solid #9aa5b1;vertical-align:bottom}
+.number{text-align:right}
+tbody th{font-weight:600}
+.facts th{white-space:nowrap}
+.facts tbody th{font-weight:400;color:#52606d}
+.warnings{padding:.7em 1em .7em 2em;margin:1em 0 0;border-left:4px solid #d9480f;background:#fff4ec}
+.note{color:#52606d}
+figure{margin:0 0 10px}
+figure svg{width:100%;height:auto;display:block}
+@media screen and (prefers-color-scheme:dark){
+body{background:#14191f;color:#e4e8ec}
+.period,.note,.facts tbody th{color:#a9b4bf}
+th,td{border-color:#2c353f}
+thead th{border-color:#6b7886}
+.warnings{background:#33231a;border-color:#ff8a4d}
+}
+@media print{
+@page{size:A4;margin:12mm}
+:root{color-scheme:light}
+body{max-width:none;padding:0;font-size:10pt}
+figure,tr,.warnings{break-inside:avoid}
+h2{break-after:avoid}
+thead{display:table-header-group}
+*{-webkit-print-color-adjust:exact;print-color-adjust:exact}
+}
+)";
+
+/// Cells of one row; every text is escaped here.
+class Row {
+ public:
+  Row& head(const std::string& text) { return cell("th scope=\"row\"", "th", text); }
+  Row& text(const std::string& text) { return cell("td", "td", text); }
+  Row& number(const std::string& text) { return cell("td class=\"number\"", "td", text); }
+  std::string html() const { return "<tr>" + cells_ + "</tr>\n"; }
+
+ private:
+  Row& cell(const char* open, const char* close, const std::string& text) {
+    cells_ += std::string("<") + open + ">" + escaped(text) + "</" + close + ">";
+    return *this;
+  }
+
+  std::string cells_;
+};
+
+struct Heading {
+  std::string Text;
+  bool OfNumbers = false;
+};
+
+std::string tableHead(const std::vector<Heading>& headings) {
+  std::string html = "<thead><tr>";
+  for (const Heading& heading : headings)
+    html += std::string("<th scope=\"col\"") + (heading.OfNumbers ? " class=\"number\"" : "") + ">" +
+            escaped(heading.Text) + "</th>";
+  return html + "</tr></thead>\n<tbody>\n";
+}
+
+std::string warningsSection(const std::vector<std::string>& findings) {
+  std::string html = "<section><h2>What to know</h2>\n";
+  if (findings.empty()) return html + "<p>Nothing out of the ordinary was found.</p></section>\n";
+  html += "<ul class=\"warnings\">\n";
+  for (const std::string& finding : findings) html += "<li>" + escaped(finding) + "</li>\n";
+  return html + "</ul></section>\n";
+}
+
+std::string factsSection(const PlottedRecording& recording) {
+  std::string html = "<section><h2>The recording</h2>\n<table class=\"facts\"><tbody>\n";
+  for (const Fact& fact : recording.Facts) html += Row().head(fact.Label).text(fact.Value).html();
+  return html + "</tbody></table></section>\n";
+}
+
+std::string pictureSection(const PlottedRecording& recording, const RecordedDays& days) {
+  std::string html = "<section><h2>Actogram</h2>\n";
+  for (const std::string& piece : actogramPieces(recording, days)) html += "<figure>" + piece + "</figure>\n";
+  return html + "</section>\n";
+}
+
+/// A column of the summary: a heading, and a day's cell.
+class Summary {
+ public:
+  Summary(const PlottedRecording& recording, const RecordedDays& days) : recording_(recording), days_(days) {}
+
+  std::string html() const {
+    std::vector<Heading> headings{{"Day"}, {"Epochs", true}, {"No value", true}};
+    if (!recording_.Activity.empty()) headings.push_back({"Mean activity, counts an epoch", true});
+    if (!recording_.Steps.empty()) headings.push_back({"Steps", true});
+    for (const LightLine& line : recording_.Light)
+      headings.push_back({"Mean " + lightName(line.Colour) + ", " + recording_.LightAxis.Unit, true});
+    if (!recording_.OffWrist.empty()) headings.push_back({"Off the wrist", true});
+    headings.push_back({"Markers", true});
+    std::string html = "<section><h2>Day by day</h2>\n<div class=\"scroll\"><table>\n" + tableHead(headings);
+    for (const Day& day : days_.Days) html += row(dayText(day.Number), day.Totals);
+    return html + row("All", days_.Totals) + "</tbody></table></div></section>\n";
+  }
+
+ private:
+  static std::string lightName(LightColour colour) {
+    switch (colour) {
+      case LightColour::Lux:
+        return "light";
+      case LightColour::Red:
+        return "red";
+      case LightColour::Green:
+        return "green";
+      case LightColour::Blue:
+        return "blue";
+    }
+    return {};
+  }
+
+  static std::string meanText(const Total& total) {
+    if (total.Count == 0) return "";
+    const double mean = total.mean();
+    return number(mean, mean >= 100 ? 0 : mean >= 1 ? 1 : 4);
+  }
+
+  std::string duration(std::int64_t epochs) const {
+    return epochs > 0 ? durationText(epochs * recording_.Epoch) : "";
+  }
+
+  std::string row(const std::string& name, const Totals& totals) const {
+    Row row;
+    row.head(name).number(std::to_string(totals.Epochs)).number(duration(totals.Epochs - totals.Valued));
+    if (!recording_.Activity.empty()) row.number(meanText(totals.Activity));
+    if (!recording_.Steps.empty()) row.number(number(totals.Steps.Sum, 0));
+    for (std::size_t i = 0; i < std::min(recording_.Light.size(), MostLightLines); ++i)
+      row.number(meanText(totals.Light[i]));
+    if (!recording_.OffWrist.empty()) row.number(duration(totals.OffWrist));
+    row.number(std::to_string(totals.Markers[0] + totals.Markers[1]));
+    return row.html();
+  }
+
+  const PlottedRecording& recording_;
+  const RecordedDays& days_;
+};
+
+std::string eventsSection(const PlottedRecording& recording) {
+  std::string html = "<section><h2>Events</h2>\n";
+  if (recording.Events.empty()) return html + "<p>The logger wrote no events.</p></section>\n";
+  const LocalClock clock(recording.Offsets);
+  html += "<div class=\"scroll\"><table>\n" + tableHead({{"Local time"}, {"Event"}});
+  for (std::size_t i = 0; i < std::min(recording.Events.size(), MostEventRows); ++i) {
+    const Event& event = recording.Events[i];
+    html += Row().text(event.Time ? timeText(clock.at(*event.Time)) : "unknown").text(event.Words).html();
+  }
+  html += "</tbody></table></div>\n";
+  if (recording.Events.size() > MostEventRows)
+    html += "<p class=\"note\">" + std::to_string(recording.Events.size() - MostEventRows) +
+            " more events are not listed here.</p>\n";
+  return html + "</section>\n";
+}
+
+std::string readingSection(const RecordedDays& days) {
+  const std::string minutes = std::to_string(1440 / std::max<std::size_t>(1, days.ColumnsPerDay));
+  return "<section><h2>How to read the picture</h2>\n"
+         "<p>Each row is 48 hours long: a local day, from midnight to midnight, and the day that follows it. "
+         "So "
+         "every day but the first is shown twice, and a night is never cut in two. What happens at the same "
+         "time "
+         "each day stands in one column; a rhythm that drifts runs aslant.</p>\n"
+         "<p>A bar is the mean of " +
+         minutes +
+         " minutes. The height of a row is chosen so that all but the highest half percent of the bars fit "
+         "in; "
+         "higher ones are cut and marked. Light is drawn on a logarithmic scale; values beyond it stand at "
+         "its ends. "
+         "A place where nothing was stored is filled grey, a value of 0 has a base line, and where there is "
+         "neither "
+         "the recording had not begun or was over.</p>\n"
+         "<p>When the clocks are put forward the skipped hour stays blank; when they are put back the "
+         "repeated hour "
+         "shows the larger of its two values. Both are marked. The tables count every epoch.</p></section>\n";
+}
+
+}  // namespace
+
+std::string reportHtml(const PlottedRecording& recording, const RecordedDays& days) {
+  const std::string subject = recording.Subject.empty() ? "an unnamed subject" : recording.Subject;
+  std::string html =
+      "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\"/>\n"
+      "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n"
+      "<meta name=\"color-scheme\" content=\"light dark\"/>\n"
+      "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
+      "style-src 'unsafe-inline'\"/>\n<title>" +
+      escaped("Recording of " + subject) + "</title>\n<style>\n" + PageStyle + pictureStyle() +
+      "</style>\n</head>\n<body>\n<main>\n<h1>" + escaped("Recording of " + subject) +
+      "</h1>\n<p class=\"period\">" +
+      escaped("Logger " + recording.Logger +
+              (days.Days.empty() ? "" : ", " + periodText(recording) + ", local time")) +
+      "</p>\n";
+  html += warningsSection(findingsOf(recording, days)) + factsSection(recording) +
+          pictureSection(recording, days) + Summary(recording, days).html() + eventsSection(recording) +
+          readingSection(days);
+  return html + "</main>\n</body>\n</html>\n";
+}
+
+}  // namespace wristlog::picture

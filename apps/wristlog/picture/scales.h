@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+
+#include "picture/days.h"
+
+namespace wristlog::picture {
+
+/// Where values stand in the height of a row.
+struct Scales {
+  double Activity = 1, Steps = 1;  ///< the value at the top
+  LightScale Light;
+};
+
+/// The height that all but the highest half percent of a picture's bars fit in, rounded up to a number that
+/// reads well; 1 when nothing is above 0.
+double robustMaximum(const RecordedDays& days, float Column::*series);
+
+Scales scalesOf(const RecordedDays& days, const LightScale& light);
+
+/// 0 to 1, from the bottom of a row to its top. Values outside the scale stand at its ends.
+double linearShare(double value, double top);
+double logarithmicShare(double value, const LightScale& scale);
+
+}  // namespace wristlog::picture

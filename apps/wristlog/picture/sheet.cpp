@@ -1,0 +1,33 @@
+#include "picture/sheet.h"
+
+#include "picture/markup.h"
+#include "picture/shapes.h"
+
+namespace wristlog::picture {
+
+void Sheet::text(std::string_view classes, double x, double y, std::string_view words) {
+  body_ += "<text";
+  if (!classes.empty()) body_.append(" class=\"").append(classes).append("\"");
+  body_ += " x=\"" + number(x) + "\" y=\"" + number(y) + "\">" + escaped(words) + "</text>\n";
+}
+
+void Sheet::path(std::string_view classes, const std::string& data) {
+  if (!data.empty()) body_.append("<path class=\"").append(classes).append("\" d=\"" + data + "\"/>\n");
+}
+
+std::string Sheet::svg(std::string_view title, std::string_view description, bool alone) const {
+  const std::string width = number(SheetWidth), height = number(y_);
+  std::string head = alone ? "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" : "";
+  head += "<svg ";
+  if (alone) head += "xmlns=\"http://www.w3.org/2000/svg\" ";
+  head += "class=\"actogram\" role=\"img\" width=\"" + width + "\" height=\"" + height + "\" viewBox=\"0 0 " +
+          width + " " + height + "\" aria-labelledby=\"" + id("title") + " " + id("desc") +
+          "\">\n<title id=\"" + id("title") + "\">" + escaped(title) + "</title>\n<desc id=\"" + id("desc") +
+          "\">" + escaped(description) + "</desc>\n";
+  if (alone) head += "<style>\n" + pictureStyle() + "</style>\n";
+  head += "<defs>" + hatchPattern(id("hatch")) + "</defs>\n";
+  if (alone) head += "<rect class=\"paper\" width=\"100%\" height=\"100%\"/>\n";
+  return head + body_ + "</svg>\n";
+}
+
+}  // namespace wristlog::picture

@@ -1,0 +1,194 @@
+#include "plotted_logger.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string_view>
+
+#include "meanings.h"
+#include "picture/local_time.h"
+#include "picture/markup.h"
+#include "workflows/engineering.h"
+
+namespace wristlog {
+
+namespace hw = hy_wristlog;
+namespace engineering = hy_wristlog::engineering;
+
+namespace {
+
+constexpr double DayCountOf1970 = 25569, SecondsPerDay = 86400;
+constexpr double UnknownDate = -1;
+
+std::int64_t unixSeconds(double date) { return std::llround((date - DayCountOf1970) * SecondsPerDay); }
+double dateOf(std::int64_t unixSeconds) {
+  return DayCountOf1970 + static_cast<double>(unixSeconds) / SecondsPerDay;
+}
+
+float plotted(std::int32_t value) { return value >= 0 ? static_cast<float>(value) : picture::NoValue; }
+float plotted(float value) { return std::isfinite(value) && value >= 0 ? value : picture::NoValue; }
+
+template <class Values>
+picture::Series seriesOf(const Values& values) {
+  picture::Series series(values.size());
+  std::transform(values.begin(), values.end(), series.begin(), [](auto value) { return plotted(value); });
+  return series;
+}
+
+std::string modelWords(hw::enmDeviceType type) {
+  return type == hw::KR_QUILLANDER ? "Kestrin Vivid" : type == hw::KR_TOLKA ? "Kestrin 2" : "Logger";
+}
+
+std::string modeWords(const hw::Class_VardenLogger& logger) {
+  const bool vivid = logger.Get_DeviceType() == hw::KR_QUILLANDER;
+  switch (logger.Get_AcquisitionMode()) {
+    case hw::VardenMode_ActivityOnly:
+      return "activity";
+    case hw::VardenMode_StandardLightOnly:
+      return vivid ? "light in three colours" : "light";
+    case hw::VardenMode_ActivityAndStandardLight:
+      return vivid ? "activity and light in three colours" : "activity and light";
+    case hw::VardenMode_SpecialLightOnly:
+      return "light";
+    case hw::VardenMode_ActivityAndSpecialLight:
+      return "activity and light";
+    case hw::VardenMode_InternalOffWristFrequency:
+      return "off-wrist frequency, an internal mode";
+    case hw::VardenMode_InternalLightCalibration:
+      return "light calibration, an internal mode";
+    case hw::VardenMode_InternalActivity32Hz:
+      return "activity at 32 Hz, an internal mode";
+    default:
+      return "mode " + std::to_string(logger.Get_AcquisitionMode());
+  }
+}
+
+picture::LightScale lightScaleOf(const hw::Class_VardenLogger& logger) {
+  const bool vivid = logger.Get_DeviceType() == hw::KR_QUILLANDER;
+  if (logger.Get_AcquisitionMode() == hw::VardenMode_InternalOffWristFrequency) return {"(frequency)", 0, 5};
+  if (vivid && logger.Get_AcquisitionMode() == hw::VardenMode_InternalLightCalibration)
+    return {"(current)", -12, 0};
+  if (!logger.Get_RedLightArray().empty()) return {"µW/cm²", -2, 4};
+  return {"lux", -1, 5};
+}
+
+void addLight(picture::PlottedRecording& plot, const hw::Class_VardenLogger& logger) {
+  using enum picture::LightColour;
+  const auto add = [&](picture::LightColour colour, const hw::LightSeries& values) {
+    if (!values.empty()) plot.Light.push_back({colour, seriesOf(values)});
+  };
+  add(Red, logger.Get_RedLightArray());
+  add(Green, logger.Get_GreenLightArray());
+  add(Blue, logger.Get_BlueLightArray());
+  // Some gaps of a recording of colours leave a light series without a value.
+  if (plot.Light.empty()) add(Lux, logger.Get_LightArray());
+  plot.LightAxis = lightScaleOf(logger);
+}
+
+void addMarkers(picture::PlottedRecording& plot, const hw::TristateSeries& series, int button) {
+  for (std::size_t i = 0; i < std::min(series.size(), plot.Epochs); ++i)
+    if (series[i] == hw::Tristate::True)
+      plot.Markers.push_back({plot.Start + static_cast<std::int64_t>(i) * plot.Epoch, button});
+}
+
+/// The second of an event's texts in quotes.
+std::string eventWords(std::string_view entry) {
+  constexpr std::string_view Between = "\",\"";
+  const std::size_t from = entry.find(Between);
+  if (from == entry.npos) return std::string(entry);
+  entry.remove_prefix(from + Between.size());
+  return std::string(entry.substr(0, entry.find(Between)));
+}
+
+picture::Sign signOf(std::string_view words) {
+  if (words.starts_with("Self Test")) return picture::Sign::Reset;
+  if (words.starts_with("Low Battery")) return picture::Sign::LowBattery;
+  if (words == "Memory Full") return picture::Sign::MemoryFull;
+  if (words == "Event Decoding Error") return picture::Sign::Damage;
+  return picture::Sign::None;
+}
+
+void addEvents(picture::PlottedRecording& plot, const hw::Class_VardenLogger& logger) {
+  const auto& entries = engineering::events(logger);
+  const auto& times = engineering::eventTimes(logger);
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    picture::Event event;
+    event.Words = eventWords(entries[i]);
+    event.Shown = signOf(event.Words);
+    if (i < times.size() && times[i] != UnknownDate) event.Time = unixSeconds(times[i]);
+    plot.Events.push_back(std::move(event));
+  }
+}
+
+void addFacts(picture::PlottedRecording& plot, hw::Class_VardenLogger& logger, hw::enmDecodeResult result) {
+  const auto add = [&](const char* label, const std::string& value) {
+    if (!value.empty()) plot.Facts.push_back({label, value});
+  };
+  const auto size = [](float value) { return value > 0 ? picture::number(static_cast<double>(value)) : ""; };
+  add("Subject", logger.Get_SubjectIdentity());
+  add("Initials", logger.Get_SubjectInitials());
+  add("Gender", logger.Get_SubjectGender());
+  const double birth = logger.Get_SubjectDOB();
+  if (birth != UnknownDate && birth != 0) add("Date of birth", engineering::isoDate(birth).substr(0, 10));
+  add("Height", size(logger.Get_SubjectHeight()));
+  add("Weight", size(logger.Get_SubjectWeight()));
+  add("Logger", modelWords(logger.Get_DeviceType()));
+  add("Serial number", logger.Get_SerialNumber());
+  add("Firmware", logger.Get_FirmwareVersion());
+  add("Recorded", modeWords(logger));
+  add("Epoch", std::to_string(plot.Epoch) + " seconds");
+  add("Epochs", std::to_string(plot.Epochs));
+  if (plot.Epochs > 0) {
+    const picture::LocalClock clock(plot.Offsets);
+    add("Begins", picture::timeText(clock.at(plot.Start)) + " local time");
+    add("Ends", picture::timeText(clock.at(plot.end())) + " local time");
+    add("Lasts", picture::durationText(plot.end() - plot.Start));
+  }
+  add("Time zone", plot.Zone);
+  add("Markers", std::to_string(logger.Get_MarkerCount()) + " of button 1, " +
+                     std::to_string(engineering::marker2Count(logger)) + " of button 2");
+  // Decoded from files, a logger has no voltage.
+  if (logger.Get_BatteryVoltage() > 0) add("Battery", engineering::batteryWords(logger));
+  add("Result", wordsFor(result));
+}
+
+void addWarnings(picture::PlottedRecording& plot, const hw::Class_VardenLogger& logger,
+                 hw::enmDecodeResult result, bool lowBattery) {
+  if (result != hw::Decode_OK) plot.Warnings.push_back(wordsFor(result));
+  if (lowBattery) plot.Warnings.emplace_back("The logger's battery was low during the recording.");
+  if (logger.Get_LowPowerShutdownFlag() == hw::LowPower_ShutdownOccurred)
+    plot.Warnings.emplace_back("The logger has shut down on a low battery.");
+  if (const int resets = logger.Get_Resets(); resets > 0)
+    plot.Warnings.push_back("The logger was reset " +
+                            (resets == 1 ? "once" : std::to_string(resets) + " times") +
+                            " since it was configured.");
+}
+
+}  // namespace
+
+picture::PlottedRecording plottedRecording(hw::Class_VardenLogger& logger, hw::enmDecodeResult result,
+                                           bool lowBattery) {
+  // How long ago a sound recording ended is no matter for its pictures, which stay the same.
+  if (result == hw::Decode_TooLongSinceLastAcqStop) result = hw::Decode_OK;
+  picture::PlottedRecording plot;
+  plot.Subject = logger.Get_SubjectIdentity();
+  plot.Logger = modelWords(logger.Get_DeviceType()) + " " + logger.Get_SerialNumber();
+  plot.Zone = engineering::zoneName(logger);
+  plot.Epoch = logger.Get_EpochLength();
+  if (plot.Epoch > 0) plot.Epochs = static_cast<std::size_t>(std::max(0, logger.Get_Samples()));
+  plot.Start = unixSeconds(logger.Get_StartTimeGMT());
+  if (plot.Epochs > 0)
+    for (const auto& period : engineering::offsetPeriods(logger, dateOf(plot.Start), dateOf(plot.end())))
+      plot.Offsets.push_back({unixSeconds(period.FromUtc), period.Minutes});
+  plot.Activity = seriesOf(logger.Get_ActivityArray());
+  addLight(plot, logger);
+  for (const hw::Tristate off : logger.Get_WristStatusArray())
+    plot.OffWrist.push_back(off == hw::Tristate::True);
+  addMarkers(plot, logger.Get_MarkerArray(), 1);
+  addMarkers(plot, engineering::marker2(logger), 2);
+  addEvents(plot, logger);
+  addFacts(plot, logger, result);
+  addWarnings(plot, logger, result, lowBattery);
+  return plot;
+}
+
+}  // namespace wristlog
