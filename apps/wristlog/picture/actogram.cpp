@@ -26,7 +26,7 @@ class Actogram {
   std::string alone() const {
     Sheet sheet("a");
     head(sheet);
-    sheet.down(8);
+    sheet.down(14);
     drawLegend(sheet, recording_, days_, scales_);
     sheet.down(8);
     if (!days_.Days.empty()) rows(sheet, 0, days_.Days.size());
@@ -79,7 +79,7 @@ class Actogram {
     // A title of 64 wide characters still fits in its smaller size.
     const bool isLong = recording_.Subject.size() > 40;
     sheet.down(isLong ? 26 : 32);
-    sheet.text(isLong ? "label" : "title", 20, sheet.y(), title());
+    sheet.text(isLong ? "a-label" : "a-title", 20, sheet.y(), title());
     const auto line = [&](const char* classes, const std::string& words) {
       sheet.down(18);
       sheet.text(classes, 20, sheet.y(), words);
@@ -87,22 +87,22 @@ class Actogram {
     line("", "Logger " + recording_.Logger + ", an epoch of " + std::to_string(recording_.Epoch) + " s, " +
                  std::to_string(recording_.Epochs) + " epochs");
     if (days_.Days.empty())
-      line("warning", "The recording holds no epochs.");
+      line("a-warning", "The recording holds no epochs.");
     else
       line("",
            periodText(recording_) + ", local time" + (recording_.Zone.empty() ? "" : ": " + recording_.Zone));
     constexpr std::size_t MostWarnings = 4;
     for (std::size_t i = 0; i < std::min(MostWarnings, recording_.Warnings.size()); ++i)
-      line("warning", recording_.Warnings[i]);
+      line("a-warning", recording_.Warnings[i]);
     if (days_.Cut)
-      line("warning", "Only the first " + std::to_string(days_.Days.size()) + " days are drawn.");
+      line("a-warning", "Only the first " + std::to_string(days_.Days.size()) + " days are drawn.");
   }
 
   void rows(Sheet& sheet, std::size_t from, std::size_t to) const {
     sheet.down(28);
     hours(sheet, sheet.y() - 6);
-    sheet.text("small middle", SheetLeft + DayWidth / 2, sheet.y() - 18, "the day at the left");
-    sheet.text("small middle", SheetLeft + DayWidth * 1.5, sheet.y() - 18, "the next day");
+    sheet.text("a-small a-middle", SheetLeft + DayWidth / 2, sheet.y() - 18, "day of the row");
+    sheet.text("a-small a-middle", SheetLeft + DayWidth * 1.5, sheet.y() - 18, "day after");
     const double top = sheet.y();
     const double height = row_.Height * static_cast<double>(to - from);
     grid(sheet, top, height, to - from);
@@ -110,8 +110,8 @@ class Actogram {
       row(sheet, i, i == from, i + 1 == to);
       sheet.down(row_.Height);
     }
-    sheet.path("frame", "M" + number(SheetLeft) + " " + number(top) + "h" + number(2 * DayWidth) + "v" +
-                            number(height) + "h" + number(-2 * DayWidth) + "z");
+    sheet.path("a-frame", "M" + number(SheetLeft) + " " + number(top) + "h" + number(2 * DayWidth) + "v" +
+                              number(height) + "h" + number(-2 * DayWidth) + "z");
     sheet.down(14);
     hours(sheet, sheet.y());
     sheet.down(6);
@@ -119,7 +119,7 @@ class Actogram {
 
   static void hours(Sheet& sheet, double y) {
     for (int hour = 0; hour <= 48; hour += 3)
-      sheet.text("small middle", SheetLeft + hour * HourWidth, y, clockText(LocalSeconds{hour} * 3600));
+      sheet.text("a-small a-middle", SheetLeft + hour * HourWidth, y, clockText(LocalSeconds{hour} * 3600));
   }
 
   void grid(Sheet& sheet, double top, double height, std::size_t count) const {
@@ -130,15 +130,15 @@ class Actogram {
     for (std::size_t i = 1; i < count; ++i)
       lines += "M" + number(SheetLeft) + " " + number(top + static_cast<double>(i) * row_.Height) + "h" +
                number(2 * DayWidth);
-    sheet.path("grid", lines);
-    sheet.path("midnight", "M" + number(SheetLeft + DayWidth) + " " + number(top) + "v" + number(height));
+    sheet.path("a-grid", lines);
+    sheet.path("a-midnight", "M" + number(SheetLeft + DayWidth) + " " + number(top) + "v" + number(height));
   }
 
   /// A day is drawn at the left of its row; where it stands at the right of the row above it refers to that.
   void row(Sheet& sheet, std::size_t index, bool first, bool last) const {
     const Day& day = days_.Days[index];
     const double textSink = row_.Lane + row_.plot() / 2 + 4;
-    sheet.text(isWeekend(day.Number) ? "right weekend" : "right", SheetLeft - 10,
+    sheet.text(isWeekend(day.Number) ? "a-right a-weekend" : "a-right", SheetLeft - 10,
                sheet.y() + std::min(textSink, row_.Height - 4), dayText(day.Number));
     place(sheet, index, 0);
     if (!last)
@@ -168,18 +168,19 @@ class Actogram {
     const LightScale& light = scales_.Light;
     const int powers = light.HighestPower - light.LowestPower;
     if (recording_.Light.empty() || powers < 1) return;
-    constexpr double RoomForLabel = 14;
-    const double step = row_.plot() / powers;
+    constexpr double RoomForLabel = 12;
+    const double step = row_.linePlot() / powers;
     const int every = std::max(1, static_cast<int>(std::ceil(RoomForLabel / step)));
     std::string ticks;
     for (int i = 0; i <= powers; ++i) {
-      const double y = sheet.y() + row_.base() - step * i;
-      ticks += "M" + number(SheetLeft + 2 * DayWidth) + " " + number(y) + "h" + (i % every == 0 ? "5" : "3");
-      if (i % every == 0)
-        sheet.text("tiny", SheetLeft + 2 * DayWidth + 7, y + 3, powerOfTen(light.LowestPower + i));
+      const bool labelled = (powers - i) % every == 0;
+      const double y = sheet.y() + row_.lineBase() - step * i;
+      ticks += "M" + number(SheetLeft + 2 * DayWidth) + " " + number(y) + "h" + (labelled ? "5" : "3");
+      if (labelled)
+        sheet.text("a-tiny", SheetLeft + 2 * DayWidth + 7, y + 3,
+                   powerOfTen(light.LowestPower + i) + (i == powers ? " " + light.Unit : ""));
     }
-    sheet.path("midnight", ticks);
-    sheet.text("tiny", SheetLeft + 2 * DayWidth + 7, sheet.y() - 8, light.Unit);
+    sheet.path("a-midnight", ticks);
   }
 
   const PlottedRecording& recording_;

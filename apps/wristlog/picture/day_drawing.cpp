@@ -53,6 +53,9 @@ class Staircase {
   Tenths y_ = 0, level_ = 0;
 };
 
+/// Signs hang on a line at their moment like flags, so that a marker of the same moment can be seen.
+constexpr double FlagRoom = 10;
+
 class DayDrawing {
  public:
   DayDrawing(const Day& day, const RowShape& row)
@@ -87,14 +90,15 @@ class DayDrawing {
   template <class Share>
   void bars(const std::string& attributes, const Share& share) {
     Staircase path;
-    forValues(share, path, true);
+    forValues(path, true, [&](const Column& column) { return row_.base() - share(column) * row_.plot(); });
     add(attributes, path.data());
   }
 
-  template <class Share>
-  void line(const std::string& attributes, const Share& share) {
+  /// `y` gives the place of a column's value, or NaN.
+  template <class Place>
+  void line(const std::string& attributes, const Place& y) {
     Staircase path;
-    forValues(share, path, false);
+    forValues(path, false, y);
     add(attributes, path.data());
   }
 
@@ -105,12 +109,12 @@ class DayDrawing {
   void changes() {
     for (const ClockChange& change : day_.Changes) {
       const double at = left(change.Column);
-      add("class=\"change\"", "M" + number(at) + " 0V" + number(row_.base()));
+      add("class=\"a-change\"", "M" + number(at) + " 0V" + number(row_.base()));
       const std::int64_t minutes = change.Seconds / 60;
       const std::string words = minutes % 60 == 0 ? number(static_cast<double>(minutes) / 60) + " h"
                                                   : number(static_cast<double>(minutes)) + " min";
-      svg_ += "<text class=\"tiny\" x=\"" + number(at + 3) + "\" y=\"" + number(row_.Lane - 1.5) + "\">" +
-              (minutes > 0 ? "+" : "") + words + "</text>";
+      svg_ += "<text class=\"a-text a-tiny\" x=\"" + number(at + 3) + "\" y=\"" + number(row_.Lane - 1.5) +
+              "\">" + (minutes > 0 ? "+" : "") + words + "</text>";
     }
   }
 
@@ -119,15 +123,16 @@ class DayDrawing {
       std::string data;
       for (const std::size_t column : day_.Markers[static_cast<std::size_t>(button - 1)])
         data += markerShape(button, centre(column), 1, row_.Lane - 3);
-      add("class=\"marker" + std::to_string(button) + "\"", data);
+      add("class=\"a-marker" + std::to_string(button) + "\"", data);
     }
   }
 
   void signs() {
     for (const auto& [column, sign] : day_.Signs) {
       const double at = centre(column);
-      add("class=\"drop\"", "M" + number(at) + " " + number(row_.Lane) + "V" + number(row_.base()));
-      add(std::string("class=\"") + signClass(sign) + "\"", signShape(sign, at, 1, row_.Lane - 2));
+      add("class=\"a-drop\"", "M" + number(at) + " " + number(row_.Lane) + "V" + number(row_.base()));
+      add(std::string("class=\"") + signClass(sign) + "\"",
+          signShape(sign, at < DayWidth - FlagRoom ? at + FlagRoom : at - FlagRoom, 1, row_.Lane - 2));
     }
   }
 
@@ -150,12 +155,10 @@ class DayDrawing {
     }
   }
 
-  template <class Share>
-  void forValues(const Share& share, Staircase& path, bool closed) {
-    const auto has = [&](const Column& column) { return !std::isnan(share(column)); };
-    const auto height = [&](std::size_t column) {
-      return tenths(row_.base() - share(day_.Columns[column]) * row_.plot());
-    };
+  template <class Place>
+  void forValues(Staircase& path, bool closed, const Place& y) {
+    const auto has = [&](const Column& column) { return !std::isnan(y(column)); };
+    const auto height = [&](std::size_t column) { return tenths(y(day_.Columns[column])); };
     const Tenths base = tenths(row_.base());
     forRuns(has, [&](std::size_t from, std::size_t to) {
       path.moveTo(x(from), closed ? base : height(from));
@@ -178,19 +181,19 @@ RowShape rowShapeFor(std::size_t days) {
   if (days <= 14) return {64, 10};
   if (days <= 62) return {40, 9};
   if (days <= 140) return {28, 8};
-  return {18, 7};
+  return {22, 6};
 }
 
 const char* lineClass(LightColour colour) {
   switch (colour) {
     case LightColour::Lux:
-      return "lux";
+      return "a-lux";
     case LightColour::Red:
-      return "red";
+      return "a-red";
     case LightColour::Green:
-      return "green";
+      return "a-green";
     case LightColour::Blue:
-      return "blue";
+      return "a-blue";
   }
   return "";
 }
@@ -200,25 +203,24 @@ std::string drawDay(const Day& day, const PlottedRecording& recording, const Sca
   DayDrawing drawing(day, row);
   const auto isGap = [](const Column& column) { return column.Covered && !column.hasValue(); };
   const double middle = row.base() - row.plot() / 2;
-  drawing.boxes("class=\"gap\"", row.Lane, row.base(), isGap);
-  drawing.levels("class=\"gapline\"", middle, isGap);
+  drawing.boxes("class=\"a-gap\"", row.Lane, row.base(), isGap);
+  drawing.levels("class=\"a-gapline\"", middle, isGap);
   drawing.boxes("fill=\"url(#" + hatch + ")\"", row.Lane, row.base(),
-                [](const Column& column) { return column.OffWrist; });
-  drawing.bars("class=\"bars\"", [&](const Column& column) {
+                [](const Column& column) { return column.OffWrist && column.hasValue(); });
+  drawing.bars("class=\"a-bars\"", [&](const Column& column) {
     return linearShare(static_cast<double>(column.Activity), scales.Activity);
   });
-  drawing.levels("class=\"cut\"", row.Lane, [&](const Column& column) {
+  drawing.levels("class=\"a-cut\"", row.Lane, [&](const Column& column) {
     return static_cast<double>(column.Activity) > scales.Activity;
   });
-  drawing.line("class=\"line steps\"", [&](const Column& column) {
-    return linearShare(static_cast<double>(column.Steps), scales.Steps);
+  drawing.line("class=\"a-line a-steps\"", [&](const Column& column) {
+    return row.lineBase() - linearShare(static_cast<double>(column.Steps), scales.Steps) * row.linePlot();
   });
   for (std::size_t i = 0; i < recording.Light.size() && i < MostLightLines; ++i)
-    drawing.line(std::string("class=\"line ") + lineClass(recording.Light[i].Colour) + "\"",
+    drawing.line(std::string("class=\"a-line ") + lineClass(recording.Light[i].Colour) + "\"",
                  [&](const Column& column) {
-                   return std::isnan(column.Light[i])
-                              ? std::nan("")
-                              : logarithmicShare(static_cast<double>(column.Light[i]), scales.Light);
+                   const double share = logarithmicShare(static_cast<double>(column.Light[i]), scales.Light);
+                   return row.lineBase() - share * row.linePlot();
                  });
   drawing.changes();
   drawing.signs();

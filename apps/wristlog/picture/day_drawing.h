@@ -13,6 +13,9 @@ struct RowShape {
 
   double plot() const { return Height - Lane - 1; }
   double base() const { return Height - 1; }
+  /// Lines keep off the base line, so that no activity can be seen in the dark.
+  double lineBase() const { return base() - 2.5; }
+  double linePlot() const { return lineBase() - Lane; }
 };
 
 inline constexpr double DayWidth = 432;

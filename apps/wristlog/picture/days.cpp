@@ -186,9 +186,12 @@ class Cutter {
       const LocalSeconds local = clock_.at(event.Time.value_or(last));
       Day* day = dayAt(local);
       if (day == nullptr) continue;
-      const std::pair sign{columnOf(local), event.Shown};
-      if (std::find(day->Signs.begin(), day->Signs.end(), sign) == day->Signs.end())
-        day->Signs.push_back(sign);
+      // A weak battery is told again with every status: its first sign of a day is enough.
+      const bool isTold = std::any_of(day->Signs.begin(), day->Signs.end(), [&](const auto& sign) {
+        return sign.second == event.Shown &&
+               (sign.first == columnOf(local) || event.Shown == Sign::LowBattery);
+      });
+      if (!isTold) day->Signs.emplace_back(columnOf(local), event.Shown);
     }
   }
 

@@ -25,8 +25,8 @@ class Legend {
     const double x = 20 + static_cast<double>(count_ % CellsAcross) * CellWidth;
     const double y = sheet_.y() + static_cast<double>(count_ / CellsAcross) * CellHeight;
     swatch(x, y + 4);
-    sheet_.text("label", x + SwatchWidth + 8, y + 13, name);
-    sheet_.text("small", x + SwatchWidth + 8, y + 27, meaning);
+    sheet_.text("a-label", x + SwatchWidth + 8, y + 13, name);
+    sheet_.text("a-small", x + SwatchWidth + 8, y + 27, meaning);
     ++count_;
   }
 
@@ -72,24 +72,24 @@ void addSeries(Legend& legend, Sheet& sheet, const PlottedRecording& recording, 
     const std::string minutes = std::to_string(1440 / std::max<std::size_t>(1, days.ColumnsPerDay));
     legend.entry("Activity, means of " + minutes + " minutes",
                  "full height: " + number(scales.Activity) + " counts an epoch", [&](double x, double y) {
-                   sheet.path("bars", from(x, y + 20, "v-8h4v-6h4v3h4v-8h4v11h4v4h4v-13h4v9h4v8z"));
+                   sheet.path("a-bars", from(x, y + 20, "v-8h4v-6h4v3h4v-8h4v11h4v4h4v-13h4v9h4v8z"));
                  });
     legend.entry("Cut bar", "higher than the row", [&](double x, double y) {
-      sheet.path("bars", from(x, y + 20, "v-6h12v-12h12v10h12v8z"));
-      sheet.path("cut", from(x + 12, y + 2, "h12"));
+      sheet.path("a-bars", from(x, y + 20, "v-6h12v-12h12v10h12v8z"));
+      sheet.path("a-cut", from(x + 12, y + 2, "h12"));
     });
     legend.entry("No activity", "a value of 0: the base line alone",
-                 [&](double x, double y) { sheet.path("bars", from(x, y + 20, "h36z")); });
+                 [&](double x, double y) { sheet.path("a-bars", from(x, y + 20, "h36z")); });
   }
   if (!recording.Steps.empty())
     legend.entry(
         "Steps", "full height: " + number(scales.Steps) + " steps an epoch",
-        [&](double x, double y) { sheet.path("line steps", from(x, y + 16, "h8v-6h10v-7h8v12h10")); });
+        [&](double x, double y) { sheet.path("a-line a-steps", from(x, y + 16, "h8v-6h10v-7h8v12h10")); });
   const std::string scale = powerOfTen(scales.Light.LowestPower) + " to " +
                             powerOfTen(scales.Light.HighestPower) + " " + scales.Light.Unit + ", logarithmic";
   for (const LightLine& line : recording.Light)
     legend.entry(colourName(line.Colour), scale, [&](double x, double y) {
-      sheet.path(std::string("line ") + lineClass(line.Colour), from(x, y + 18, "h8v-11h10v-4h8v7h10"));
+      sheet.path(std::string("a-line ") + lineClass(line.Colour), from(x, y + 18, "h8v-11h10v-4h8v7h10"));
     });
 }
 
@@ -101,8 +101,8 @@ void addStates(Legend& legend, Sheet& sheet, const PlottedRecording& recording, 
     });
   if (anyColumn(days, [](const Column& column) { return column.Covered && !column.hasValue(); }))
     legend.entry("No value", "nothing was stored; unlike a value of 0", [&](double x, double y) {
-      sheet.path("gap", box(x, y));
-      sheet.path("gapline", from(x, y + 10, "h36"));
+      sheet.path("a-gap", box(x, y));
+      sheet.path("a-gapline", from(x, y + 10, "h36"));
     });
 }
 
@@ -110,7 +110,7 @@ void addSigns(Legend& legend, Sheet& sheet, const RecordedDays& days) {
   for (const int button : {1, 2})
     if (days.Totals.Markers[static_cast<std::size_t>(button - 1)] > 0)
       legend.entry("Marker", "button " + std::to_string(button) + " was pressed", [&](double x, double y) {
-        sheet.path("marker" + std::to_string(button), markerShape(button, x + 18, y + 5, 10));
+        sheet.path("a-marker" + std::to_string(button), markerShape(button, x + 18, y + 5, 10));
       });
   std::array<bool, Signs> seen{};
   bool changes = false;
@@ -126,8 +126,8 @@ void addSigns(Legend& legend, Sheet& sheet, const RecordedDays& days) {
   if (changes)
     legend.entry("Change of the clocks", "skipped: blank; repeated: the larger value",
                  [&](double x, double y) {
-                   sheet.path("change", from(x + 10, y, "v20"));
-                   sheet.text("tiny", x + 13, y + 9, "+1 h");
+                   sheet.path("a-change", from(x + 10, y, "v20"));
+                   sheet.text("a-tiny", x + 13, y + 9, "+1 h");
                  });
 }
 

@@ -38,7 +38,7 @@ Scales scalesOf(const RecordedDays& days, const LightScale& light) {
 double linearShare(double value, double top) { return std::clamp(value / top, 0.0, 1.0); }
 
 double logarithmicShare(double value, const LightScale& scale) {
-  if (!(value > 0)) return 0;
+  if (value <= 0) return 0;
   return std::clamp((std::log10(value) - scale.LowestPower) / (scale.HighestPower - scale.LowestPower), 0.0,
                     1.0);
 }

@@ -18,7 +18,7 @@ double robustMaximum(const RecordedDays& days, float Column::*series);
 
 Scales scalesOf(const RecordedDays& days, const LightScale& light);
 
-/// 0 to 1, from the bottom of a row to its top. Values outside the scale stand at its ends.
+/// 0 to 1, from the bottom of a row to its top; NaN for no value. Values outside the scale stand at its ends.
 double linearShare(double value, double top);
 double logarithmicShare(double value, const LightScale& scale);
 

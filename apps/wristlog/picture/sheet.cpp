@@ -6,9 +6,9 @@
 namespace wristlog::picture {
 
 void Sheet::text(std::string_view classes, double x, double y, std::string_view words) {
-  body_ += "<text";
-  if (!classes.empty()) body_.append(" class=\"").append(classes).append("\"");
-  body_ += " x=\"" + number(x) + "\" y=\"" + number(y) + "\">" + escaped(words) + "</text>\n";
+  body_ += "<text class=\"a-text";
+  if (!classes.empty()) body_.append(" ").append(classes);
+  body_ += "\" x=\"" + number(x) + "\" y=\"" + number(y) + "\">" + escaped(words) + "</text>\n";
 }
 
 void Sheet::path(std::string_view classes, const std::string& data) {
@@ -26,7 +26,7 @@ std::string Sheet::svg(std::string_view title, std::string_view description, boo
           "\">" + escaped(description) + "</desc>\n";
   if (alone) head += "<style>\n" + pictureStyle() + "</style>\n";
   head += "<defs>" + hatchPattern(id("hatch")) + "</defs>\n";
-  if (alone) head += "<rect class=\"paper\" width=\"100%\" height=\"100%\"/>\n";
+  if (alone) head += "<rect class=\"a-paper\" width=\"100%\" height=\"100%\"/>\n";
   return head + body_ + "</svg>\n";
 }
 

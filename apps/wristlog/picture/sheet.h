@@ -5,7 +5,7 @@
 
 namespace wristlog::picture {
 
-inline constexpr double SheetLeft = 120, SheetRight = 46;
+inline constexpr double SheetLeft = 120, SheetRight = 78;
 inline constexpr double SheetWidth = SheetLeft + 2 * 432 + SheetRight;
 
 /// An SVG picture that grows downwards.
