@@ -53,9 +53,9 @@ class Actogram {
 
  private:
   std::size_t daysOnPage() const {
-    constexpr double PageHeight = 1300;
+    constexpr double PageHeight = 1340;
     const auto fitting = static_cast<std::size_t>(PageHeight / row_.Height);
-    return fitting / 7 * 7;
+    return days_.Days.size() <= fitting ? fitting : fitting / 7 * 7;
   }
 
   std::string title() const {

@@ -27,8 +27,7 @@ th,td{padding:.25em .9em .25em 0;text-align:left;vertical-align:top;border-botto
 td{overflow-wrap:anywhere}
 thead th{border-bottom:2px solid #9aa5b1;vertical-align:bottom}
 .number{text-align:right}
-tbody th{font-weight:600}
-.facts th{white-space:nowrap}
+tbody th{font-weight:600;white-space:nowrap}
 .facts tbody th{font-weight:400;color:#52606d}
 .warnings{padding:.7em 1em .7em 2em;margin:1em 0 0;border-left:4px solid #d9480f;background:#fff4ec}
 .note{color:#52606d}
@@ -42,7 +41,7 @@ thead th{border-color:#6b7886}
 .warnings{background:#33231a;border-color:#ff8a4d}
 }
 @media print{
-@page{size:A4;margin:12mm}
+@page{margin:12mm}
 :root{color-scheme:light}
 body{max-width:none;padding:0;font-size:10pt}
 figure,tr,.warnings{break-inside:avoid}
