@@ -144,6 +144,10 @@ TEST(StreamDecoder, WritesEventEntriesOfTheComingEpoch) {
       R"("01-01 01:01:00","Off-Wrist Status Changed and Currently On-Wrist","FE17")",
       R"x("Time Unknown","Self Test Failed: (Reset Occurred)","FD085A00000001")x"};
   EXPECT_EQ(record.EventArray, expected);
+  std::vector<std::int64_t> times;
+  for (const double time : record.EventTimeArray)
+    times.push_back(time == UnknownDate ? -1 : std::lround((time - dateAt(0)) * Day));
+  EXPECT_EQ(times, (std::vector<std::int64_t>{3600, 3660, 3660, 3660, 3660, -1}));
   EXPECT_TRUE(decode.LowBattery);
   EXPECT_EQ(record.Samples + record.MarkerCount * 1000 + record.Marker2Count * 10000, 11062);
   EXPECT_EQ(seriesText(record.MarkerArray) + seriesText(record.Marker2Array), "?x61 1?x61 1");

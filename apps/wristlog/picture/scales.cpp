@@ -8,12 +8,13 @@ namespace wristlog::picture {
 namespace {
 
 constexpr double FittingShare = 0.995;
+constexpr double Tolerance = 1e-6;
 
 double roundedUp(double value) {
   constexpr std::array Steps{1.0, 1.2, 1.5, 2.0, 2.5, 3.0, 4.0, 5.0, 6.0, 8.0, 10.0};
   const double power = std::pow(10.0, std::floor(std::log10(value)));
   for (const double step : Steps)
-    if (value <= step * power) return step * power;
+    if (value <= step * power * (1 + Tolerance)) return step * power;
   return 10 * power;
 }
 
