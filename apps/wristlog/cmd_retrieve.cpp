@@ -47,7 +47,14 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
                       failure.Description +
                           ". The logger still holds the recording: retrieve it again, into another folder");
   }
-  if (hasRecording && verdict) files.writePictures(*logger, *verdict, lowBattery);
+  bool drawn = true;
+  try {
+    if (hasRecording && verdict) files.writePictures(*logger, *verdict, lowBattery);
+  } catch (const hw::Failure& failure) {
+    drawn = false;
+    std::cerr << wordsFor(failure) << '\n';
+  }
+  const int status = code == 0 && drawn ? Good : Unsuccessful;
   if (code != 0 && !session.traffic().empty())
     std::cerr << "What passed on the link is in "
               << files.writeSessionLog("wristlog " + session.main().Get_Version() + ", retrieve --model " +
@@ -63,7 +70,7 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
     document["logger"] = loggerJson(*logger);
     document["subject"] = subjectJson(*subject);
     print(document);
-    return code == 0 ? Good : Unsuccessful;
+    return status;
   }
   std::ostream& out = code == 0 ? std::cout : std::cerr;
   if (code != 0) out << "Code " << code << ": " << meaning << '\n';
@@ -72,7 +79,7 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
         << " seconds from logger " << logger->Get_SerialNumber() << ".\n";
   if (lowBattery) out << "The logger's battery is low.\n";
   if (hasRecording) out << "Written to " << options.Folder << ".\n";
-  return code == 0 ? Good : Unsuccessful;
+  return status;
 }
 
 }  // namespace wristlog

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <utility>
 
-#include "hy_wristlog/failure.h"
 #include "workflows/engineering.h"
 #include "workflows/engineering_files.h"
 
@@ -25,13 +24,10 @@ std::shared_ptr<hw::Class_VardenLogger> openRecording(const RecordingPlace& plac
 DecodedRecording decodeRecording(const RecordingPlace& place, bool diagnostic) {
   DecodedRecording recording;
   recording.Logger = openRecording(place);
-  try {
-    recording.Result = engineering::decode(*recording.Logger, engineering::rawData(*recording.Logger),
-                                           diagnostic, recording.LowBattery);
-  } catch (const hw::Failure& failure) {
-    throw hw::Failure(failure.Number, failure.Source,
-                      place.raw() + " does not fit " + place.config() + ": " + failure.Description);
-  }
+  recording.Result = naming(place.raw() + " does not fit " + place.config(), [&] {
+    return engineering::decode(*recording.Logger, engineering::rawData(*recording.Logger), diagnostic,
+                               recording.LowBattery);
+  });
   return recording;
 }
 

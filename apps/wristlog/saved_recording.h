@@ -5,6 +5,7 @@
 
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "hy_wristlog/enumerations.h"
+#include "hy_wristlog/failure.h"
 
 namespace wristlog {
 
@@ -28,5 +29,15 @@ struct DecodedRecording {
 
 /// Raises the same and what decoding raises; failures name the files that they are about.
 DecodedRecording decodeRecording(const RecordingPlace& place, bool diagnostic);
+
+/// A failure of `step`, with the files that it is about in front of its words.
+template <class Step>
+auto naming(const std::string& files, const Step& step) {
+  try {
+    return step();
+  } catch (const hy_wristlog::Failure& failure) {
+    throw hy_wristlog::Failure(failure.Number, failure.Source, files + ": " + failure.Description);
+  }
+}
 
 }  // namespace wristlog

@@ -127,9 +127,9 @@ TEST(Picture, EpochsBecomeColumns) {
 }
 
 TEST(Picture, DaysWithAChangeOfTheClocks) {
-  // Values are the hours since the start, so that it can be seen which hour stands where.
+  // Values are the hours since the start, so that it can be seen which hour stands where; one is larger.
   Series hours;
-  for (int i = 0; i < 25; ++i) hours.push_back(static_cast<float>(i));
+  for (int i = 0; i < 25; ++i) hours.push_back(i == 2 ? 50.0F : static_cast<float>(i));
   const struct {
     const char* Name;
     std::int64_t Start;
@@ -139,9 +139,9 @@ TEST(Picture, DaysWithAChangeOfTheClocks) {
     std::string Around;
     std::int64_t EpochsOfDay;
   } cases[] = {
-      {"forward at 2", Monday + 5 * Hour, -300, -240, 2 * Hour, 24, "12-24:1 36-48:2", 23},
-      {"back at 3", Monday - 2 * Hour, 120, 60, 3 * Hour, 36, "12-24:1 24-36:3 36-48:4", 25},
-      {"back by half an hour", Monday - 11 * Hour, 660, 630, 2 * Hour, 24, "12-18:1 18-30:2 30-42:3", 25},
+      {"forward at 2", Monday + 5 * Hour, -300, -240, 2 * Hour, 24, "12-24:1 36-48:50", 23},
+      {"back at 3", Monday - 2 * Hour, 120, 60, 3 * Hour, 36, "12-24:1 24-36:50 36-48:4", 25},
+      {"back by half an hour", Monday - 11 * Hour, 660, 630, 2 * Hour, 24, "12-18:1 18-30:50 30-42:3", 25},
       {"forward over midnight", Monday, 0, 60, 0, 0, "12-24:0 24-36:1", 23}};
   for (const auto& each : cases) {
     SCOPED_TRACE(each.Name);

@@ -31,8 +31,8 @@ tbody th{font-weight:600;white-space:nowrap}
 .facts tbody th{font-weight:400;color:#52606d}
 .warnings{padding:.7em 1em .7em 2em;margin:1em 0 0;border-left:4px solid #d9480f;background:#fff4ec}
 .note{color:#52606d}
-figure{margin:0 0 10px}
-figure svg{width:100%;height:auto;display:block}
+figure{margin:0 0 10px;overflow-x:auto}
+figure svg{width:100%;min-width:640px;height:auto;display:block}
 @media screen and (prefers-color-scheme:dark){
 body{background:#14191f;color:#e4e8ec}
 .period,.note,.facts tbody th{color:#a9b4bf}
