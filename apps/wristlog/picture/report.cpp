@@ -26,6 +26,7 @@ table{border-collapse:collapse;font-variant-numeric:tabular-nums}
 th,td{padding:.25em .9em .25em 0;text-align:left;vertical-align:top;border-bottom:1px solid #dfe4e9}
 td{overflow-wrap:anywhere}
 thead th{border-bottom:2px solid #9aa5b1;vertical-align:bottom}
+td.number{white-space:nowrap}
 .number{text-align:right}
 tbody th{font-weight:600;white-space:nowrap}
 .facts tbody th{font-weight:400;color:#52606d}
