@@ -47,5 +47,6 @@ class CommandLine {
 void addWorkflowCommands(CommandLine& cli);
 void addFileCommands(CommandLine& cli);
 void addPlotCommand(CommandLine& cli);
+void addConsoleCommand(CommandLine& cli);
 
 }  // namespace wristlog

@@ -46,6 +46,13 @@ struct PlotOptions {
   bool Diagnostic = false, Force = false;
 };
 
+struct ConsoleOptions {
+  std::string Model, Workflow = "status";
+  std::string Folder;  ///< for a retrieved recording; empty: it is not kept
+  bool Force = false, IgnoreWarnings = false;
+  double Speed = 1;  ///< of simulated time
+};
+
 int runDemo(const CommonOptions& common, const DemoOptions& options);
 int runDocks(const CommonOptions& common);
 int runStatus(const CommonOptions& common, const std::string& model);
@@ -53,6 +60,7 @@ int runConfigure(const CommonOptions& common, const ConfigureOptions& options);
 int runRetrieve(const CommonOptions& common, const RetrieveOptions& options);
 int runDecode(const CommonOptions& common, const DecodeOptions& options);
 int runPlot(const CommonOptions& common, const PlotOptions& options);
+int runConsole(const CommonOptions& common, const ConsoleOptions& options);
 int runZones(const CommonOptions& common);
 
 }  // namespace wristlog

@@ -7,5 +7,6 @@ int main(int argc, char** argv) {
   wristlog::addWorkflowCommands(cli);
   wristlog::addFileCommands(cli);
   wristlog::addPlotCommand(cli);
+  wristlog::addConsoleCommand(cli);
   return cli.run(argc, argv);
 }

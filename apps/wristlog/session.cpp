@@ -13,7 +13,8 @@ namespace {
 constexpr std::chrono::hours WornBefore{72};
 constexpr std::int32_t SimulatedEpoch = 60;
 
-/// A docked logger that has been worn for some days.
+}  // namespace
+
 sim::Bench makeWornBench(const std::string& model) {
   sim::Bench bench = model == "vivid" ? sim::makeVividBench() : sim::makeKestrin2Bench();
   const sim::Mode mode =
@@ -22,8 +23,6 @@ sim::Bench makeWornBench(const std::string& model) {
   bench.Logger->wear(WornBefore);
   return bench;
 }
-
-}  // namespace
 
 Session::Session(const CommonOptions& options, bool keepTraffic) : options_(options) {
   if (!options.Simulate.empty()) bench_ = makeWornBench(options.Simulate);

@@ -52,6 +52,9 @@ class Session {
   std::unique_ptr<hy_wristlog::Class_Main> main_;
 };
 
+/// The bench of `--simulate`: a docked logger that has been worn for some days.
+hy_wristlog::simulator::Bench makeWornBench(const std::string& model);
+
 /// Whose name in --model is `name`: "vivid" or "kestrin2".
 hy_wristlog::enmLoggerPointer modelFromName(const std::string& name);
 

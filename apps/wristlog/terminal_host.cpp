@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <iostream>
 
+#include "clipboard.h"
 #include "process.h"
+#include "safe_text.h"
 
 namespace wristlog {
 namespace {
@@ -75,16 +77,23 @@ void TerminalHost::endProgress() {
 }
 
 void TerminalHost::append(std::string_view text) {
-  std::string shown(text);
-  std::erase(shown, '\r');
+  const std::string shown = safeText(text);
   if (options_.ShowConsole) std::cerr << shown << std::flush;
   if (options_.KeepTraffic) keep(shown);
 }
 
 void TerminalHost::showLastError(std::string_view text) {
-  const std::string shown = "\nLast error: " + std::string(text) + "\n";
+  const std::string shown = "\nLast error: " + safeText(text) + "\n";
   if (options_.ShowConsole) std::cerr << shown;
   if (options_.KeepTraffic) keep(shown);
+}
+
+void TerminalHost::copyToClipboard(std::string_view text) {
+  for (const int file : {STDERR_FILENO, STDOUT_FILENO})
+    if (isatty(file) == 1) {
+      writeWhole(file, clipboardSequence(text));
+      return;
+    }
 }
 
 void TerminalHost::keep(std::string_view text) {

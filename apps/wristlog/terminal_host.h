@@ -34,10 +34,14 @@ class TerminalHost : public hy_wristlog::Host, private hy_wristlog::ConsoleSink 
   hy_wristlog::ConsoleSink* console() override {
     return options_.ShowConsole || options_.KeepTraffic ? this : nullptr;
   }
+  /// The terminal's clipboard; without a terminal there is none.
+  void copyToClipboard(std::string_view text) override;
   void showProgress(const std::string& text);
 
  private:
   void append(std::string_view text) override;
+  /// What has been printed stays.
+  void clear() override {}
   void showLastError(std::string_view text) override;
   void showReceiveCount(std::int32_t) override {}
   void keep(std::string_view text);

@@ -13,11 +13,14 @@ class Class_VardenLogger;
 /// Buttons of a message box; a set is their sum.
 enum class MessageBoxButton : std::int32_t { Ok = 1, Yes = 2, No = 4, Cancel = 8 };
 
-/// Where the diagnostic console's text goes. Text is UTF-8; lines end with CR LF.
+/// Where the diagnostic console's text goes. Text is UTF-8; lines end with CR LF. What a logger sent stands in
+/// it as it came, control characters too: a sink that writes to a terminal must not pass those on.
 class HY_WRISTLOG_API ConsoleSink {
  public:
   virtual ~ConsoleSink() = default;
   virtual void append(std::string_view text) = 0;
+  /// Empties the text.
+  virtual void clear() = 0;
   /// The "Last error:" field.
   virtual void showLastError(std::string_view text) = 0;
   /// The "Chars in RX buffer:" field.
@@ -51,6 +54,7 @@ class HY_WRISTLOG_API Host {
   /// When not null, every link shows its traffic there from the start. Must outlive the link.
   virtual ConsoleSink* console() { return nullptr; }
 
+  /// Replaces what the clipboard holds.
   virtual void copyToClipboard(std::string_view /*text*/) {}
 };
 

@@ -54,6 +54,7 @@ struct CommState final : platform::EventSource {
   ConsoleSink* sink = nullptr;
   bool consoleVisible = false;
   std::string consoleText;  ///< UTF-8
+  std::size_t selectionStart = 0, selectionLength = 0;
 
  private:
   void comSerial_OnComm();

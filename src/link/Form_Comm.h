@@ -109,11 +109,18 @@ class Form_Comm {
   void show();
   void hide();
   void subShowCOM(std::string_view text);
-  /// Everything shown so far while visible.
+  /// Everything shown so far while visible, UTF-8. Without limit.
   const std::string& consoleText() const;
+  /// Selects a part of the console's text, in bytes; what exceeds the text is left out, and a character is
+  /// selected whole. Text that is shown later puts the caret behind itself, and nothing is selected any more.
+  void select(std::size_t start, std::size_t length);
+  std::string_view selectedText() const;
   void cmdClear();
+  /// These two leave the clipboard alone when there is nothing to copy.
+  void cmdCopySelection();
   void cmdCopyAll();
-  /// Makes a running stream fail as if the port had lost data.
+  /// Makes a running stream fail as if the port had lost data. Without one the mark stays until the port's
+  /// next event overwrites it or a receive loop finds it.
   void cmdDataOverrun();
 
  private:

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "base/code_page.h"
 #include "link/CommState.h"
 #include "tools/Class_Tools.h"
@@ -19,6 +21,7 @@ void Form_Comm::subShowCOM(std::string_view text) {
   if (state_->consoleVisible) {
     const std::string shown = utf8FromAnsiText(text);
     state_->consoleText += shown;
+    select(state_->consoleText.size(), 0);
     if (state_->sink != nullptr) state_->sink->append(shown);
   }
   if (RaiseEventOnChar) {
@@ -38,7 +41,33 @@ void CommState::showHex(std::string_view bytes, std::string_view lineEnd) {
 
 const std::string& Form_Comm::consoleText() const { return state_->consoleText; }
 
-void Form_Comm::cmdClear() { state_->consoleText.clear(); }
+void Form_Comm::select(std::size_t start, std::size_t length) {
+  const std::string& text = state_->consoleText;
+  const auto insideCharacter = [&](std::size_t at) {
+    return at < text.size() && (static_cast<std::uint8_t>(text[at]) & 0xC0U) == 0x80;
+  };
+  start = std::min(start, text.size());
+  std::size_t end = start + std::min(length, text.size() - start);
+  while (insideCharacter(start)) --start;
+  while (insideCharacter(end)) ++end;
+  state_->selectionStart = start;
+  state_->selectionLength = length > 0 ? end - start : 0;
+}
+
+std::string_view Form_Comm::selectedText() const {
+  return std::string_view(state_->consoleText).substr(state_->selectionStart, state_->selectionLength);
+}
+
+void Form_Comm::cmdClear() {
+  state_->consoleText.clear();
+  select(0, 0);
+  if (state_->sink != nullptr) state_->sink->clear();
+}
+
+void Form_Comm::cmdCopySelection() {
+  const std::string_view selected = selectedText();
+  if (!selected.empty()) state_->world->host().copyToClipboard(selected);
+}
 
 void Form_Comm::cmdCopyAll() {
   if (!state_->consoleText.empty()) state_->world->host().copyToClipboard(state_->consoleText);

@@ -6,10 +6,12 @@
 #include <string_view>
 #include <vector>
 
+#include "hy_wristlog/api.h"
+
 namespace hy_wristlog {
 
 /// Base64 with "=" padding (RFC 2045).
-class Class_Base64Class {
+class HY_WRISTLOG_API Class_Base64Class {
  public:
   /// CR LF stands behind every 76 characters, but not at the end of the text.
   static std::string fncEncodeByteArray(std::span<const std::uint8_t> bytes);

@@ -115,6 +115,9 @@ enmDecodeResult decode(Class_VardenLogger& logger, std::vector<std::uint8_t> raw
   return logger.inside().fncDecodeDataArrays(lowBatteryDetected, std::move(raw), diagnostic);
 }
 
+void generateDataOverrun(Class_VardenLogger& logger) { logger.inside().link().cmdDataOverrun(); }
+void clearConsole(Class_VardenLogger& logger) { logger.inside().link().cmdClear(); }
+
 const std::vector<std::string>& events(const Class_VardenLogger& logger) {
   return logger.inside().record.EventArray;
 }

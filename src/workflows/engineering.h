@@ -53,6 +53,12 @@ HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> loggerFromConfig(std::string
 HY_WRISTLOG_API enmDecodeResult decode(Class_VardenLogger& logger, std::vector<std::uint8_t> raw,
                                        bool diagnostic, bool& lowBatteryDetected);
 
+/// Presses the button "Generate Data Overrun" of the logger's diagnostic console: a packet that is on its way
+/// counts as damaged, as if the port had lost data.
+HY_WRISTLOG_API void generateDataOverrun(Class_VardenLogger& logger);
+/// Presses "Clear": the text of the console and that of its sink are emptied.
+HY_WRISTLOG_API void clearConsole(Class_VardenLogger& logger);
+
 /// The decoded events: time, text and record in hexadecimal, each in double quotes, commas between.
 HY_WRISTLOG_API const std::vector<std::string>& events(const Class_VardenLogger& logger);
 /// When each of them was, UTC; -1 where that is not known.

@@ -39,6 +39,7 @@ struct Told : CommEvents {
 
 struct Console : ConsoleSink {
   void append(std::string_view text) override { Text += text; }
+  void clear() override { Text.clear(); }
   void showLastError(std::string_view text) override { LastError = text; }
   void showReceiveCount(std::int32_t count) override { ReceiveCount = count; }
   std::string Text, LastError;

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace wristlog {
+
+/// UTF-8 as characters that each take one cell of a terminal and command it nothing. Line ends (CR LF, CR,
+/// LF) become "\n"; a control character, or a byte that belongs to no character, is shown as "\x1B", and what
+/// has no plain shape of its own (marks of writing direction, invisible blanks, wide characters) as "\u200F".
+std::u16string visibleCharacters(std::string_view utf8);
+
+std::string utf8Of(std::u16string_view characters);
+
+/// The same as UTF-8.
+inline std::string safeText(std::string_view utf8) { return utf8Of(visibleCharacters(utf8)); }
+
+}  // namespace wristlog

@@ -1,0 +1,168 @@
+#include "taken_terminal.h"
+
+#define NCURSES_NOMACROS
+#include <curses.h>
+#include <langinfo.h>
+#include <poll.h>
+#include <term.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <clocale>
+#include <csignal>
+#include <cstring>
+#include <string_view>
+
+namespace wristlog {
+namespace {
+
+constexpr int EscapeDelay = 25;  ///< milliseconds
+
+constexpr std::array Requests{SIGINT, SIGTERM, SIGHUP};
+constexpr std::array Endings{SIGQUIT, SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL};
+
+/// What a signal handler needs to give the terminal back.
+struct Former {
+  termios Settings{};
+  std::array<char, 512> Sequence{};
+  std::size_t Length = 0;
+};
+
+Former former;
+volatile std::sig_atomic_t interrupts = 0;
+volatile std::sig_atomic_t endings = 0;
+
+/// Only what a signal handler may do.
+void giveBackAtOnce() {
+  for (std::size_t sent = 0; sent < former.Length;) {
+    const ssize_t written = ::write(STDOUT_FILENO, former.Sequence.data() + sent, former.Length - sent);
+    if (written <= 0) break;
+    sent += static_cast<std::size_t>(written);
+  }
+  ::tcsetattr(STDIN_FILENO, TCSANOW, &former.Settings);
+}
+
+void onEnding(int number) {
+  giveBackAtOnce();
+  ::signal(number, SIG_DFL);
+  ::raise(number);
+}
+
+void onRequest(int number) {
+  if (interrupts != 0 || endings != 0) return onEnding(number);
+  (number == SIGINT ? interrupts : endings) = 1;
+}
+
+void addCapability(const char* name) {
+  const char* found = ::tigetstr(name);
+  if (found == nullptr || found == reinterpret_cast<const char*>(-1)) return;
+  const std::string_view text(found);
+  for (std::size_t at = 0; at < text.size() && former.Length < former.Sequence.size(); ++at) {
+    // "$<5>" asks for a pause.
+    if (text.substr(at).starts_with("$<") && text.find('>', at) != text.npos)
+      at = text.find('>', at);
+    else
+      former.Sequence[former.Length++] = text[at];
+  }
+}
+
+void addText(std::string_view text) {
+  for (const char c : text)
+    if (former.Length < former.Sequence.size()) former.Sequence[former.Length++] = c;
+}
+
+void rememberSequences() {
+  former.Length = 0;
+  if (::has_mouse()) addText("\x1B[?1000l\x1B[?1006l");
+  for (const char* name : {"sgr0", "rmkx", "cnorm", "rmcup"}) addCapability(name);
+}
+
+/// Keys that the line discipline would keep for itself (stop and start, take the next key as it is) become
+/// ordinary ones: a stopped terminal would stop the session with the logger too.
+void freeKeys() {
+  termios settings{};
+  if (::tcgetattr(STDIN_FILENO, &settings) != 0) return;
+  settings.c_iflag &= ~static_cast<tcflag_t>(IXON);
+  settings.c_lflag &= ~static_cast<tcflag_t>(IEXTEN);
+  ::tcsetattr(STDIN_FILENO, TCSANOW, &settings);
+  ::def_prog_mode();
+}
+
+}  // namespace
+
+struct TakenTerminal::Screen {
+  SCREEN* Handle = nullptr;
+  std::array<struct sigaction, Requests.size()> RequestHandlers{};
+  std::array<struct sigaction, Endings.size()> EndingHandlers{};
+};
+
+TakenTerminal::TakenTerminal() : screen_(std::make_unique<Screen>()) {
+  if (::isatty(STDIN_FILENO) != 1 || ::isatty(STDOUT_FILENO) != 1)
+    throw NoTerminal{"The console needs a terminal for its screen and its keys"};
+  std::setlocale(LC_CTYPE, "");
+  utf8_ = std::strcmp(::nl_langinfo(CODESET), "UTF-8") == 0;
+  ::tcgetattr(STDIN_FILENO, &former.Settings);
+  screen_->Handle = ::newterm(nullptr, stdout, stdin);
+  const char* const address = screen_->Handle != nullptr ? ::tigetstr("cup") : nullptr;
+  if (address == nullptr || address == reinterpret_cast<const char*>(-1)) {
+    if (screen_->Handle != nullptr) {
+      ::endwin();
+      ::delscreen(screen_->Handle);
+    }
+    throw NoTerminal{"This terminal cannot show a screen (TERM is not set, unknown, or too plain)"};
+  }
+  ::cbreak();
+  ::noecho();
+  ::nonl();
+  ::intrflush(stdscr, FALSE);
+  ::keypad(stdscr, TRUE);
+  ::nodelay(stdscr, TRUE);
+  ::set_escdelay(EscapeDelay);
+  ::mousemask(BUTTON1_PRESSED | BUTTON1_RELEASED | BUTTON4_PRESSED | BUTTON5_PRESSED, nullptr);
+  ::mouseinterval(0);
+  freeKeys();
+  rememberSequences();
+
+  forgetSignals();
+  struct sigaction action {};
+  const auto take = [&](int number, struct sigaction& formerly) {
+    ::sigaction(number, nullptr, &formerly);
+    // What is ignored stays so; a handler of a sanitizer has more to say than this one.
+    const bool fatal = number == SIGSEGV || number == SIGBUS || number == SIGFPE || number == SIGILL;
+    if (formerly.sa_handler == SIG_IGN || (fatal && formerly.sa_handler != SIG_DFL)) return;
+    ::sigaction(number, &action, nullptr);
+  };
+  action.sa_handler = onRequest;
+  for (std::size_t i = 0; i < Requests.size(); ++i) take(Requests[i], screen_->RequestHandlers[i]);
+  action.sa_handler = onEnding;
+  for (std::size_t i = 0; i < Endings.size(); ++i) take(Endings[i], screen_->EndingHandlers[i]);
+}
+
+TakenTerminal::~TakenTerminal() {
+  ::endwin();
+  ::delscreen(screen_->Handle);
+  for (std::size_t i = 0; i < Requests.size(); ++i)
+    ::sigaction(Requests[i], &screen_->RequestHandlers[i], nullptr);
+  for (std::size_t i = 0; i < Endings.size(); ++i)
+    ::sigaction(Endings[i], &screen_->EndingHandlers[i], nullptr);
+}
+
+bool TakenTerminal::interrupted() { return interrupts != 0; }
+bool TakenTerminal::askedToEnd() { return endings != 0; }
+void TakenTerminal::forgetSignals() {
+  interrupts = 0;
+  endings = 0;
+}
+
+void TakenTerminal::awaitKey(int milliseconds) {
+  pollfd keyboard{STDIN_FILENO, POLLIN, 0};
+  ::poll(&keyboard, 1, milliseconds);
+}
+
+bool TakenTerminal::gone() {
+  pollfd keyboard{STDIN_FILENO, POLLIN, 0};
+  return ::poll(&keyboard, 1, 0) > 0 && (keyboard.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+}
+
+}  // namespace wristlog

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace wristlog {
+
+/// Why there is no terminal to take.
+struct NoTerminal {
+  const char* Words;
+};
+
+/// The terminal, taken over for a full-screen program and given back however the program ends: in the
+/// ordinary way, by an exception, by a signal or by abort.
+///
+/// The first Ctrl-C (SIGINT) or request to terminate (SIGTERM, SIGHUP) only sets a mark; the second one ends
+/// the program at once. Signals that were ignored stay ignored. One object at a time.
+class TakenTerminal {
+ public:
+  /// Raises NoTerminal when standard input and output are not a terminal that can show a screen.
+  TakenTerminal();
+  ~TakenTerminal();
+  TakenTerminal(const TakenTerminal&) = delete;
+  TakenTerminal& operator=(const TakenTerminal&) = delete;
+
+  static bool interrupted();
+  static bool askedToEnd();
+  /// Takes the marks back, so that the next signal is a first one again.
+  static void forgetSignals();
+
+  /// Waits until a key is pressed, a signal comes, or so many milliseconds have passed.
+  static void awaitKey(int milliseconds);
+  /// The terminal was closed, or its line broke.
+  static bool gone();
+
+  /// Whether its locale can show more than ASCII.
+  bool showsAllCharacters() const { return utf8_; }
+
+ private:
+  struct Screen;
+  std::unique_ptr<Screen> screen_;
+  bool utf8_ = false;
+};
+
+}  // namespace wristlog
