@@ -17,7 +17,7 @@ using Motion = DebuggerText::Motion;
 
 constexpr double LookInterval = 0.02, PaintInterval = 0.05;  ///< seconds
 constexpr int LongestWait = 200;                             ///< milliseconds
-constexpr int Escape = 27;
+constexpr int Escape = 27, Redraw = 'L' - '@';
 constexpr std::ptrdiff_t WheelRows = 3;
 
 constexpr struct {
@@ -150,6 +150,10 @@ void DebuggerScreen::onKey(int key) {
       break;
     case KEY_F(5):
       if (running_ && Pressed.DataOverrun) Pressed.DataOverrun();
+      break;
+    case Redraw:
+      ::clearok(stdscr, TRUE);
+      changed_ = true;
       break;
     case ' ':
       Text.toggleMark();

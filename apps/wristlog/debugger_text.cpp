@@ -48,9 +48,9 @@ void DebuggerText::move(Motion motion, bool select) {
     case Motion::Down:
       return moveVertically(1);
     case Motion::PageUp:
-      return moveVertically(-page);
+      return turnPage(-page);
     case Motion::PageDown:
-      return moveVertically(page);
+      return turnPage(page);
     case Motion::Left:
       if (caret_ > base_) --caret_;
       break;
@@ -77,10 +77,20 @@ void DebuggerText::moveVertically(std::ptrdiff_t rows) {
   showCaret();
 }
 
-void DebuggerText::scroll(std::ptrdiff_t rows) {
+/// Window and caret move together, so that each page shows what the last one did not.
+void DebuggerText::turnPage(std::ptrdiff_t rows) {
+  moveWindow(rows);
+  moveVertically(rows);
+}
+
+void DebuggerText::moveWindow(std::ptrdiff_t rows) {
   const auto target = std::clamp<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(topRow()) + rows, 0,
                                                  static_cast<std::ptrdiff_t>(lastTop()));
   top_ = rows_[static_cast<std::size_t>(target)];
+}
+
+void DebuggerText::scroll(std::ptrdiff_t rows) {
+  moveWindow(rows);
   if (mark_) return;
   const std::size_t top = topRow();
   const std::size_t row = rowOf(caret_);
@@ -132,7 +142,7 @@ std::string DebuggerText::selectedText() const {
 
 std::vector<DebuggerText::Row> DebuggerText::window() const {
   std::vector<Row> rows;
-  const auto [from, to] = std::minmax(mark_.value_or(caret_), caret_);
+  const auto [from, to] = std::minmax({mark_.value_or(caret_), caret_});
   const std::size_t top = topRow();
   for (std::size_t i = top; i < std::min(top + height_, rows_.size()); ++i) {
     const Position begin = rows_[i];

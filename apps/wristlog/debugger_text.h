@@ -72,6 +72,8 @@ class DebuggerText {
   void layOut(Position from);
   void dropOldest();
   void moveVertically(std::ptrdiff_t rows);
+  void turnPage(std::ptrdiff_t rows);
+  void moveWindow(std::ptrdiff_t rows);
   void showCaret();
 
   std::size_t most_;

@@ -156,7 +156,8 @@ TEST(Console, ShowsWhatPassesWhileInUse) {
   o.link->cmdCopyAll();
   o.link->cmdClear();
   o.link->cmdCopyAll();
-  EXPECT_EQ(o.host->Clipboard, o.host->TheConsole.Text) << "nothing is copied from an empty console";
+  EXPECT_EQ(o.host->TheConsole.Text, "");
+  EXPECT_EQ(o.host->Clipboard, "olda\u00E9\r\n\r\n") << "nothing is copied from an empty console";
 
   o.world->OnWrite = nullptr;
   o.world->deliver(std::string("\x01\xFF", 2), 20);

@@ -1,0 +1,192 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+#include "apps/pty.h"
+#include "tools/Class_Base64Class.h"
+
+namespace {
+
+const std::string Status = "console --model vivid --simulate vivid --speed 0";
+const std::string SlowRetrieval = "console --model vivid --simulate vivid --workflow retrieve --speed 5";
+const std::string F2 = "\x1BOQ", F3 = "\x1BOR", F4 = "\x1BOS", F5 = "\x1B[15~", CtrlC = "\x03";
+constexpr const char* LeavesScreen = "\x1B[?1049l";
+
+/// What the last clipboard sequence holds.
+std::string clipboard(const std::string& output) {
+  const std::string begin = "\x1B]52;c;";
+  const std::size_t at = output.rfind(begin);
+  if (at == std::string::npos) return {};
+  const std::size_t from = at + begin.size();
+  const auto bytes = hy_wristlog::Class_Base64Class::fncDecodeToByteArray(
+      std::string_view(output).substr(from, output.find('\a', from) - from));
+  return {bytes.begin(), bytes.end()};
+}
+
+TEST(DebuggerScreen, ShowsTheTrafficAndItsButtons) {
+  const Sandbox box;
+  TerminalRun run(box, Status);
+  ASSERT_TRUE(run.shows("Code 0: Success. Collecting Data")) << run.All;
+  for (const char* part : {"Communications Debugger: status, Kestrin Vivid, simulated", "show clock time",
+                           "F2 Clear", "F3 Copy Selection", "F4 Copy All Text", "F5 Generate Data Overrun",
+                           "Last error:", "Chars in RX buffer:"})
+    EXPECT_NE(run.Last.find(part), std::string::npos) << part;
+
+  // None of these is a key of the screen.
+  run.type(
+      "abcXYZ\x16\x18\x13\x1A"
+      "0");
+  run.signal(SIGCONT);
+  run.type("\x1B[99~\x1B[1;9Zxx\x1Bj\xC3\xA4\x80\xFF" + F3);
+  ASSERT_TRUE(run.shows("Code 0: Success. Collecting Data"));
+  EXPECT_EQ(clipboard(run.All), "") << "without a selection";
+
+  run.type(F4);
+  ASSERT_TRUE(run.shows("Copied all text"));
+  const std::string all = clipboard(run.All);
+  EXPECT_NE(all.find(">show ver\n"), std::string::npos) << all;
+  EXPECT_EQ(all.find("abcXYZ"), std::string::npos);
+
+  run.type("\x1BOH \x1BOB\x1BOC" + F3);
+  ASSERT_TRUE(run.shows("Copied the selection"));
+  const std::size_t firstLine = all.find('\n') + 1;
+  EXPECT_EQ(clipboard(run.All), all.substr(0, firstLine + 1)) << "from the start a line down and one right";
+  const std::size_t prompt = all.find(">show");
+  const std::string row =
+      std::to_string(2 + std::count(all.begin(), all.begin() + static_cast<long>(prompt), '\n'));
+  run.type("\x1B[<0;2;" + row + "M\x1B[<0;5;" + row + "m" + F3);
+  ASSERT_TRUE(run.shows("Copied the selection"));
+  EXPECT_EQ(clipboard(run.All), "show") << "dragged over";
+
+  for (const auto& [rows, columns] :
+       {std::pair<unsigned short, unsigned short>{3, 10}, {1, 1}, {2, 3}, {70, 250}})
+    run.resize(rows, columns), run.type("\x1BOF\x1B[5~");
+  ASSERT_TRUE(run.shows("Last error:"));
+  run.type(F2);
+  ASSERT_TRUE(run.shows("Chars in RX buffer:"));
+  EXPECT_EQ(run.Last.find("show"), std::string::npos) << run.Last;
+  run.type("q");
+  EXPECT_EQ(run.finish(), 0);
+  EXPECT_TRUE(run.isRestored());
+  EXPECT_GT(run.All.rfind("Code 0: Success. Collecting Data\r\n"), run.All.rfind(LeavesScreen))
+      << "the result stays behind the screen";
+}
+
+TEST(DebuggerScreen, RestoresTheTerminalHoweverItEnds) {
+  const Sandbox box;
+  box.write("file", "in the way");
+  using Act = std::function<void(TerminalRun&)>;
+  const auto send = [](int number) { return Act([=](TerminalRun& run) { run.signal(number); }); };
+  const auto typing = [](std::string keys) { return Act([=](TerminalRun& run) { run.type(keys); }); };
+  const auto twice = [](const Act& act) {
+    return Act([=](TerminalRun& run) {
+      act(run);
+      ASSERT_TRUE(run.shows("Stopping"));
+      act(run);
+    });
+  };
+  const auto then = [&](const Act& act, const std::string& text, const std::string& keys) {
+    return Act([=](TerminalRun& run) {
+      act(run);
+      ASSERT_TRUE(run.shows(text)) << run.Last;
+      run.type(keys);
+    });
+  };
+  const auto exited = [](int status) { return status << 8; };
+  const struct {
+    const char* Name;
+    std::string Options;
+    Act End;
+    int Status;
+  } cases[] = {{"q at its end", Status, then({typing("")}, "Code 0", "q"), 0},
+               {"escape at its end", Status, then({typing("")}, "Code 0", "\x1B"), 0},
+               {"Ctrl-C at its end", Status, then({typing("")}, "Code 0", CtrlC), 0},
+               {"q in the middle", SlowRetrieval, typing("q"), exited(1)},
+               {"Ctrl-C, then q", SlowRetrieval, then(typing(CtrlC), "Code 10013", "q"), exited(1)},
+               {"Ctrl-C twice", SlowRetrieval, twice(typing(CtrlC)), SIGINT},
+               {"terminate", SlowRetrieval, send(SIGTERM), exited(1)},
+               {"terminate twice", SlowRetrieval, twice(send(SIGTERM)), SIGTERM},
+               {"hang-up signal", SlowRetrieval, send(SIGHUP), exited(1)},
+               {"quit", SlowRetrieval, typing("\x1C"), SIGQUIT},
+               {"abort", SlowRetrieval, send(SIGABRT), SIGABRT},
+               {"failure", SlowRetrieval + " --out file", typing(""), exited(1)}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.Name);
+    TerminalRun run(box, c.Options);
+    ASSERT_TRUE(run.writes("Communications Debugger")) << run.All;
+    c.End(run);
+    const int status = run.finish();
+    EXPECT_EQ(status & ~0x80, c.Status)
+        << run.All.substr(run.All.size() - std::min<std::size_t>(run.All.size(), 300));
+    EXPECT_TRUE(run.isRestored());
+    EXPECT_NE(run.All.find(LeavesScreen), std::string::npos);
+    EXPECT_EQ(run.All.find("\x1B[?1049h", run.All.find(LeavesScreen)), std::string::npos);
+  }
+  TerminalRun closed(box, SlowRetrieval);
+  ASSERT_TRUE(closed.writes("Communications Debugger"));
+  closed.hangUp();
+  EXPECT_NE(closed.finish(), -1) << "a terminal that was closed ends it";
+}
+
+TEST(DebuggerScreen, TheOverrunButtonDamagesAPacket) {
+  const Sandbox box;
+  TerminalRun run(box, SlowRetrieval + " --out made");
+  ASSERT_TRUE(run.writes("show data"));
+  while (run.All.find("[15]") == std::string::npos && run.All.find("Code ") == std::string::npos) {
+    run.type(F5);
+    run.writes("[0");
+  }
+  EXPECT_NE(run.All.find("[15]"), std::string::npos) << "the packet was refused";
+  ASSERT_TRUE(run.shows("Code 0: Success. The recording is sound.")) << run.Last;
+  run.type("q");
+  EXPECT_EQ(run.finish(), 0);
+  EXPECT_NE(box.content("made/config.ini"), "");
+}
+
+/// A dock in which something answers that is no logger: real time, real waits.
+TEST(DebuggerScreen, KeysWorkWhileTheLineIsSilentAndBytesCommandNothing) {
+  const Sandbox box;
+  int dock = -1;
+  int line = -1;
+  termios raw{};
+  ::cfmakeraw(&raw);
+  char device[128];
+  ASSERT_EQ(::openpty(&dock, &line, device, &raw, nullptr), 0);
+  box.write("Docks.INI",
+            std::string("[Dock 1]\nVendorID=5245\nProductID=4000\nCOMport=60\nDevice=") + device + "\n");
+  TerminalRun run(box, "console --model vivid");
+  pollfd asked{dock, POLLIN, 0};
+  ASSERT_GT(::poll(&asked, 1, TerminalRun::Patience * 1000), 0) << "it asks for the prompt";
+  ASSERT_GT(::write(dock, "\x1B[2J\x9B\a", 6), 0);
+  ASSERT_TRUE(run.shows("\\x1B[2J")) << run.Last;
+  run.type("q");
+  ASSERT_TRUE(run.shows("Stopping"));
+  run.signal(SIGTERM);
+  run.signal(SIGINT);
+  EXPECT_TRUE(WIFSIGNALED(run.finish()));
+  EXPECT_TRUE(run.isRestored());
+  ::close(dock);
+  ::close(line);
+}
+
+TEST(DebuggerScreen, SaysWhatItCannotDo) {
+  const Sandbox box;
+  const std::pair<std::string, const char*> cases[] = {{Status, "needs a terminal"},
+                                                       {Status + " --json", "--json"},
+                                                       {Status + " --out x", "--workflow retrieve"},
+                                                       {Status + " --workflow erase", "--workflow"}};
+  for (const auto& [arguments, words] : cases) {
+    const Outcome outcome = box.run(arguments);
+    EXPECT_EQ(outcome.Status, 2) << arguments;
+    EXPECT_NE((outcome.Out + outcome.Err).find(words), std::string::npos) << outcome.Err;
+  }
+  for (const char* terminal : {"dumb", "no-such-terminal", "''"}) {
+    TerminalRun run(box, Status, terminal);
+    EXPECT_EQ(run.finish(), 2 << 8) << terminal;
+    EXPECT_NE(run.All.find("cannot show a screen"), std::string::npos) << run.All;
+    EXPECT_TRUE(run.isRestored());
+  }
+}
+
+}  // namespace

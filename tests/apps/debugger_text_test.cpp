@@ -1,0 +1,178 @@
+#include "debugger_text.h"
+
+#include <gtest/gtest.h>
+
+#include "clipboard.h"
+#include "safe_text.h"
+
+namespace wristlog {
+namespace {
+
+using Motion = DebuggerText::Motion;
+
+/// The window's rows, "|" behind each; what is selected stands in braces, the caret's cell is marked "^".
+std::string seen(const DebuggerText& text) {
+  std::string shown;
+  std::size_t number = 0;
+  const auto caret = text.caret();
+  for (const auto& row : text.window()) {
+    for (std::size_t column = 0; column <= row.Text.size(); ++column) {
+      const bool selected = row.SelectedTo > row.SelectedFrom;
+      if (selected && column == row.SelectedFrom) shown += '{';
+      if (selected && column == row.SelectedTo) shown += '}';
+      if (caret && caret->Row == number && caret->Column == column) shown += '^';
+      if (column < row.Text.size()) shown += utf8Of(row.Text.substr(column, 1));
+    }
+    shown += '|';
+    ++number;
+  }
+  return shown;
+}
+
+DebuggerText textOf(std::string_view content, std::size_t width = 4, std::size_t height = 3) {
+  DebuggerText text;
+  text.resize(width, height);
+  text.append(content);
+  return text;
+}
+
+TEST(SafeText, LetsNothingCommandTheTerminal) {
+  const std::pair<std::string_view, const char*> cases[] = {
+      {"plain ~ \u00E9\u20AC\u2026", "plain ~ \u00E9\u20AC\u2026"},
+      {"a\r\nb\rc\nd\r\r\n", "a\nb\nc\nd\n\n"},
+      {"\x1B]52;c;AA\a\x1B[2J", R"(\x1B]52;c;AA\x07\x1B[2J)"},
+      {{"\0\t\x7F", 3}, R"(\x00\x09\x7F)"},
+      {"\u0080\u009B\u00AD", R"(\x80\x9B\xAD)"},
+      {"\x9B"
+       "31m\xC3",
+       R"(\x9B31m\xC3)"},
+      {"\xC0\x9B\xE0\x80\x9B\xED\xA0\x80", R"(\xC0\x9B\xE0\x80\x9B\xED\xA0\x80)"},
+      {"\u200F\u2028\uFF21\uFEFF", R"(\u200F\u2028\uFF21\uFEFF)"},
+      {"\U0001F600", R"(\xF0\x9F\x98\x80)"}};
+  for (const auto& [text, safe] : cases) EXPECT_EQ(safeText(text), safe);
+}
+
+TEST(Clipboard, IsOneSequenceHoweverLong) {
+  EXPECT_EQ(clipboardSequence("ab\r\n"), "\x1B]52;c;YWINCg==\a");
+  const std::string sequence = clipboardSequence(std::string(1000, 'x'));
+  EXPECT_EQ(sequence.find_first_of("\r\n"), std::string::npos);
+  EXPECT_EQ(sequence.size(), 7U + 1336U + 1U);
+}
+
+TEST(DebuggerText, WrapsAndFollowsItsEnd) {
+  DebuggerText text = textOf("ab\r\ncdef\r\nghijk");
+  EXPECT_EQ(seen(text), "cdef|ghij|k^|") << "a line that just fits leaves no empty row";
+  text.append("lm");
+  text.append("n\r\n");
+  EXPECT_EQ(seen(text), "ghij|klmn|^|");
+  text.resize(8, 4);
+  EXPECT_EQ(seen(text), "ab|cdef|ghijklmn|^|");
+  text.resize(1, 1);
+  EXPECT_EQ(seen(text), "^|");
+  text.resize(0, 0);
+  text.append("x");
+  EXPECT_EQ(seen(text), "^x|") << "past the edge the caret stands on the last cell";
+  text.clear();
+  EXPECT_EQ(seen(text) + text.text(), "^|");
+  text.append(
+      "\xE9"
+      "\u00E9");
+  EXPECT_EQ(text.text(), "\\xE9\u00E9");
+}
+
+TEST(DebuggerText, MovesCaretAndWindow) {
+  const std::string lines = "a\nbcd\ne\nfgh\ni\njkl\nm";
+  const struct {
+    std::vector<Motion> Motions;
+    const char* Seen;
+  } cases[] = {{{}, "i|jkl|m^|"},
+               {{Motion::Left, Motion::Left}, "i|jkl^|m|"},
+               {{Motion::Up, Motion::Up, Motion::Up}, "f^gh|i|jkl|"},
+               {{Motion::Left, Motion::Left, Motion::Up, Motion::Up}, "fgh^|i|jkl|"},
+               {{Motion::PageUp}, "e|fgh|i^|"},
+               {{Motion::PageUp, Motion::PageDown}, "i|jkl|m^|"},
+               {{Motion::PageUp, Motion::PageUp, Motion::PageUp, Motion::PageUp}, "a^|bcd|e|"},
+               {{Motion::Start, Motion::Left, Motion::Up}, "^a|bcd|e|"},
+               {{Motion::Start, Motion::Right, Motion::Right, Motion::Down}, "a|bcd|^e|"},
+               {{Motion::Start, Motion::End, Motion::Right, Motion::Down}, "i|jkl|m^|"}};
+  for (const auto& c : cases) {
+    DebuggerText text = textOf(lines);
+    for (const Motion motion : c.Motions) text.move(motion);
+    EXPECT_EQ(seen(text), c.Seen) << "case " << &c - cases;
+    const bool following = text.atEnd();
+    text.append("\nz");
+    EXPECT_EQ(seen(text), following ? "jkl|m|z^|" : c.Seen) << "the place is kept, case " << &c - cases;
+  }
+}
+
+TEST(DebuggerText, ScrollsWithoutLosingTheCaret) {
+  DebuggerText text = textOf("a\nb\nc\nd\ne\nf");
+  text.scroll(-1);
+  EXPECT_EQ(seen(text), "c|d|^e|");
+  text.append("\ng");
+  text.scroll(-100);
+  EXPECT_EQ(seen(text), "a|b|^c|");
+  text.scroll(1);
+  text.scroll(1);
+  EXPECT_EQ(seen(text), "^c|d|e|");
+  text.scroll(100);
+  text.append("h");
+  EXPECT_EQ(seen(text), "e|f|gh^|") << "at the end it follows again";
+}
+
+TEST(DebuggerText, SelectsByKeysAndByMouse) {
+  DebuggerText text = textOf("abcdef\ngh");
+  EXPECT_EQ(text.selectedText(), "");
+  text.move(Motion::Up, true);
+  EXPECT_EQ(seen(text), "abcd|ef^|{gh}|");
+  text.append("ij");
+  EXPECT_EQ(text.selectedText(), "\ngh") << "a selection stays where it is";
+  text.dropMark();
+  text.move(Motion::Start);
+  text.toggleMark();
+  text.move(Motion::Right);
+  text.move(Motion::Down);
+  EXPECT_EQ(seen(text), "{abcd}|{e}^f|ghij|");
+  EXPECT_EQ(text.selectedText(), "abcde");
+  text.toggleMark();
+  EXPECT_EQ(text.selectedText(), "");
+
+  const struct {
+    std::size_t FromRow, FromColumn, ToRow, ToColumn;
+    const char* Selected;
+  } drags[] = {{0, 1, 0, 2, "bc"},     {0, 2, 0, 1, "bc"},  {1, 1, 1, 1, ""},    {0, 3, 2, 0, "def\ng"},
+               {2, 0, 0, 3, "def\ng"}, {2, 2, 9, 99, "ij"}, {1, 99, 2, 0, "\ng"}};
+  for (const auto& drag : drags) {
+    text.press(drag.FromRow, drag.FromColumn);
+    text.release(drag.ToRow, drag.ToColumn);
+    EXPECT_EQ(text.selectedText(), drag.Selected) << "drag " << &drag - drags;
+  }
+  text.toggleMark();
+  text.release(0, 0);
+  EXPECT_EQ(text.selectedText(), "") << "no button was pressed in the text";
+}
+
+TEST(DebuggerText, DropsTheOldestOfTooMuch) {
+  DebuggerText text{1000};
+  text.resize(10, 4);
+  text.append("first line\n");
+  text.move(Motion::Start, true);
+  for (int i = 0; i < 1000; ++i) {
+    text.append("line " + std::to_string(i) + "\n");
+    ASSERT_LE(text.text().size(), 1000U);
+    ASSERT_GE(text.text().size(), i < 130 ? 0U : 800U);
+    ASSERT_TRUE(text.selectedText().empty() || i < 130 || text.selectedText().front() == 'l');
+  }
+  EXPECT_EQ(text.text().substr(0, 5), "line ") << "whole rows go";
+  text.append(std::string(5000, 'x'));
+  EXPECT_LE(text.text().size(), 1000U);
+  text.move(Motion::End);
+  EXPECT_EQ(text.window().size(), 4U);
+  text.press(0, 0);
+  text.append(std::string(3000, 'y'));
+  text.release(0, 1);
+  EXPECT_EQ(text.selectedText(), "yy") << "what was pressed on has gone";
+}
+
+}  // namespace
+}  // namespace wristlog
