@@ -125,6 +125,10 @@ void DebuggerScreen::takeKeys() {
 }
 
 void DebuggerScreen::onKey(int key) {
+  if (key != Redraw && !note_.empty()) {
+    note_.clear();
+    changed_ = true;
+  }
   for (const auto& motion : Motions)
     if (motion.Key == key) {
       Text.move(motion.Step, motion.Select);

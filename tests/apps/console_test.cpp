@@ -55,7 +55,9 @@ TEST(DebuggerScreen, ShowsTheTrafficAndItsButtons) {
   const std::size_t prompt = all.find(">show");
   const std::string row =
       std::to_string(2 + std::count(all.begin(), all.begin() + static_cast<long>(prompt), '\n'));
-  run.type("\x1B[<0;2;" + row + "M\x1B[<0;5;" + row + "m" + F3);
+  run.type("\x1B[<0;2;" + row + "M");
+  ASSERT_TRUE(run.shows("F2 Clear"));
+  run.type("\x1B[<0;5;" + row + "m" + F3);
   ASSERT_TRUE(run.shows("Copied the selection"));
   EXPECT_EQ(clipboard(run.All), "show") << "dragged over";
 
