@@ -35,6 +35,8 @@ volatile std::sig_atomic_t endings = 0;
 
 /// Only what a signal handler may do.
 void giveBackAtOnce() {
+  // In the background, setting up the terminal would stop the program instead.
+  ::signal(SIGTTOU, SIG_IGN);
   for (std::size_t sent = 0; sent < former.Length;) {
     const ssize_t written = ::write(STDOUT_FILENO, former.Sequence.data() + sent, former.Length - sent);
     if (written <= 0) break;
