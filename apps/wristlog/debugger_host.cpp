@@ -11,7 +11,7 @@ namespace engineering = hy_wristlog::engineering;
 
 namespace {
 
-class Progress : public hw::VardenLoggerEvents {
+class Progress : public hw::LoggerEvents {
  public:
   explicit Progress(DebuggerScreen& screen) : screen_(screen) {}
   void CommProgress(std::string& text) override { screen_.showState(text); }
