@@ -11,6 +11,7 @@
 #include <array>
 #include <clocale>
 #include <csignal>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
@@ -56,10 +57,23 @@ void onRequest(int number) {
   (number == SIGINT ? interrupts : endings) = 1;
 }
 
-void addCapability(const char* name) {
+/// Empty when the terminal has no such capability.
+std::string_view capability(const char* name) {
+  constexpr std::intptr_t NoText = -1;
   const char* found = ::tigetstr(name);
-  if (found == nullptr || found == reinterpret_cast<const char*>(-1)) return;
-  const std::string_view text(found);
+  return found == nullptr || reinterpret_cast<std::intptr_t>(found) == NoText ? std::string_view() : found;
+}
+
+bool canShowScreen() {
+  int answer = 0;
+  if (::setupterm(nullptr, STDOUT_FILENO, &answer) == ERR) return false;
+  const bool canAddress = !capability("cup").empty();
+  ::del_curterm(cur_term);
+  return canAddress;
+}
+
+void addCapability(const char* name) {
+  const std::string_view text = capability(name);
   for (std::size_t at = 0; at < text.size() && former.Length < former.Sequence.size(); ++at) {
     // "$<5>" asks for a pause.
     if (text.substr(at).starts_with("$<") && text.find('>', at) != text.npos)
@@ -105,15 +119,9 @@ TakenTerminal::TakenTerminal() : screen_(std::make_unique<Screen>()) {
   std::setlocale(LC_CTYPE, "");
   utf8_ = std::strcmp(::nl_langinfo(CODESET), "UTF-8") == 0;
   ::tcgetattr(STDIN_FILENO, &former.Settings);
-  screen_->Handle = ::newterm(nullptr, stdout, stdin);
-  const char* const address = screen_->Handle != nullptr ? ::tigetstr("cup") : nullptr;
-  if (address == nullptr || address == reinterpret_cast<const char*>(-1)) {
-    if (screen_->Handle != nullptr) {
-      ::endwin();
-      ::delscreen(screen_->Handle);
-    }
+  if (canShowScreen()) screen_->Handle = ::newterm(nullptr, stdout, stdin);
+  if (screen_->Handle == nullptr)
     throw NoTerminal{"This terminal cannot show a screen (TERM is not set, unknown, or too plain)"};
-  }
   ::cbreak();
   ::noecho();
   ::nonl();

@@ -74,7 +74,7 @@ class WatchedClock : public platform::Clock {
 
 class WatchedWorld : public platform::WrappedPlatform {
  public:
-  WatchedWorld(std::shared_ptr<platform::Platform> world, platform::Clock& machine, double speed,
+  WatchedWorld(const std::shared_ptr<platform::Platform>& world, platform::Clock& machine, double speed,
                std::function<void()> attend)
       : WrappedPlatform(world), clock_(world->clock(), machine, speed, std::move(attend)) {}
   /// The objects that the library keeps in a world may still use it while they end.
@@ -90,10 +90,10 @@ class WatchedWorld : public platform::WrappedPlatform {
 
 }  // namespace
 
-std::shared_ptr<platform::Platform> makeWatchedWorld(std::shared_ptr<platform::Platform> world,
+std::shared_ptr<platform::Platform> makeWatchedWorld(const std::shared_ptr<platform::Platform>& world,
                                                      platform::Clock& machine, double speed,
                                                      std::function<void()> attend) {
-  return std::make_shared<WatchedWorld>(std::move(world), machine, speed, std::move(attend));
+  return std::make_shared<WatchedWorld>(world, machine, speed, std::move(attend));
 }
 
 }  // namespace wristlog

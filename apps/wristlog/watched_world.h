@@ -13,7 +13,7 @@ namespace wristlog {
 /// With a `speed` above 0 a simulated world's time passes `speed` times as fast as the machine's, not faster;
 /// 0 lets it run. `machine` must outlive the world.
 std::shared_ptr<hy_wristlog::platform::Platform> makeWatchedWorld(
-    std::shared_ptr<hy_wristlog::platform::Platform> world, hy_wristlog::platform::Clock& machine,
+    const std::shared_ptr<hy_wristlog::platform::Platform>& world, hy_wristlog::platform::Clock& machine,
     double speed, std::function<void()> attend);
 
 }  // namespace wristlog

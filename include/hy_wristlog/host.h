@@ -13,8 +13,8 @@ class Class_VardenLogger;
 /// Buttons of a message box; a set is their sum.
 enum class MessageBoxButton : std::int32_t { Ok = 1, Yes = 2, No = 4, Cancel = 8 };
 
-/// Where the diagnostic console's text goes. Text is UTF-8; lines end with CR LF. What a logger sent stands in
-/// it as it came, control characters too: a sink that writes to a terminal must not pass those on.
+/// Where the diagnostic console's text goes. Text is UTF-8; lines end with CR LF. What a logger sent stands
+/// in it as it came, control characters too: a sink that writes to a terminal must not pass those on.
 class HY_WRISTLOG_API ConsoleSink {
  public:
   virtual ~ConsoleSink() = default;
