@@ -50,6 +50,11 @@ class TerminalRun {
   void type(std::string_view keys) const {
     if (::write(user_, keys.data(), keys.size()) < 0) std::abort();
   }
+  /// Types, and reads for a moment.
+  void press(std::string_view keys) {
+    type(keys);
+    read(20);
+  }
   void signal(int number) const { ::kill(child_, number); }
   void resize(unsigned short rows, unsigned short columns) const {
     const winsize size{rows, columns, 0, 0};
@@ -106,10 +111,12 @@ class TerminalRun {
       if (condition()) return true;
     return false;
   }
-  /// Takes what comes until nothing has come for so many milliseconds.
+  /// Takes what comes until nothing has come for so many milliseconds, or something for five times as many.
   void read(int milliseconds) {
     char bytes[4096];
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(5 * milliseconds);
     for (pollfd ready{user_, POLLIN, 0}; ::poll(&ready, 1, milliseconds) > 0;) {
+      if (std::chrono::steady_clock::now() > end) return;
       const ssize_t count = ::read(user_, bytes, sizeof bytes);
       if (count <= 0) return;
       All.append(bytes, static_cast<std::size_t>(count));
