@@ -23,9 +23,7 @@ class EpochGrid {
   }
 
   double earliestStart(double now) const {
-    const CivilTime time = civilFromDate(now);
-    const double start =
-        addTime(datePart(now), timeSerial(time.Hour, time.Minute + (time.Second > 0 ? 2 : 1), 0));
+    const double start = nextMinute(now);
     return byMinute() ? start : std::ceil(epochs(start)) / epochsPerDay_;
   }
 
@@ -52,6 +50,11 @@ class EpochGrid {
 };
 
 }  // namespace
+
+double nextMinute(double date) {
+  const CivilTime time = civilFromDate(date);
+  return addTime(datePart(date), timeSerial(time.Hour, time.Minute + (time.Second > 0 ? 2 : 1), 0));
+}
 
 double cutToMinute(double date) {
   const CivilTime time = civilFromDate(date);

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/Class_Pendrel.h"
@@ -14,32 +15,54 @@ namespace hy_wristlog {
 
 /// The workflows of a Class_Main for a Pendrel logger in a Pendreader. The public interface refuses the
 /// family (10009); this is the way to them for tests and the terminal program. Everything returns a code: 0,
-/// one of its own, or the number of the failure that ended it. `Class_Main::AbortComms` stops them.
+/// one of its own, or the number of the failure that ended it. `Class_Main::AbortComms` stops what talks to a
+/// logger at its next checkpoint, which may be a dozen seconds away, with 10013.
 class HY_WRISTLOG_API LegacyWorkflows {
  public:
   /// `main` must outlive this.
   explicit LegacyWorkflows(Class_Main& main);
 
+  /// The one logger object, which every workflow fills anew as far as it comes: what stands in it counts only
+  /// after a code of 0.
   const std::shared_ptr<Class_Pendrel>& LegacyLogger() const;
-  /// Percent of the running retrieval or set-up.
+  /// Up to 14 while a retrieval reads the memory, decoding to come.
   std::int16_t ProgressPercent() const;
+  /// What the last retrieval read of the memory, from address 0, whatever its code.
+  std::vector<std::uint8_t> MemoryRead() const;
+  /// The lines of the set-up that was read last.
+  std::string SetupText() const;
 
-  /// `DataCollectionLocalStartTime` are local logger seconds, 0: as soon as possible; it gets the start that
-  /// was set. The outputs are set on success.
+  /// Sets the logger up, reads the set-up back, and tells the logger how long to wait for its start.
+  ///
+  /// `EpochLength` is 15, 30 or 60 seconds; a mode with steps leaves a logger that counts none with activity.
+  /// `TimeZoneAbbrev` is one of the zone catalogue's three letters; empty takes the machine's zone.
+  /// `DataCollectionLocalStartTime` are local logger seconds, cut to the minute, 0: as soon as possible. The
+  /// start lies from the next full minute on (the next but one when the minute has begun) within 32896
+  /// epochs, else 10007. An empty Identity or GUID of the subject is filled in. The memory of a logger with
+  /// steps is cleared unless LegacyClearMemoryOnConfigure is false. The outputs,
+  /// `DataCollectionLocalStartTime` among them, are set on success.
   std::int32_t ConfigureLegacy(enmPDLoggingMode AcquisitionMode, std::int32_t EpochLength,
                                Class_Subject& Subject, const std::string& TimeZoneAbbrev, bool AutoDSTadjust,
                                std::int32_t& DataCollectionLocalStartTime, bool SearchCOMport,
                                float& BatteryLifeRemaining, std::string& DeviceSerialNumber);
-  /// With `RepairSetup` gaps in the set-up are repaired instead of refused. `Unread` is read by nothing.
+  /// Reads the logger's memory into `LegacyLogger` and decodes it; the recording stays in the logger. With
+  /// `RepairSetup` gaps in the set-up are repaired instead of refused: a length that is unknown becomes the
+  /// longest, a start now, an epoch 30 seconds, a zone the machine's, and the subject is taken as it is.
+  /// `Unread` is read by nothing.
   std::int32_t RetrieveLegacy(Class_Subject& Subject, bool Unread, float& BatteryLifeRemaining,
                               bool SearchCOMport, bool RepairSetup);
-  /// `DateText` is six digits: day, month, year.
+  /// `DateText` is six digits: day, month, year. 10018 for a day that there is not.
   std::int32_t UpdateBatteryDate(const std::string& DateText, bool SearchCOMport);
-  /// Tries ports 1 to 64; the one with a prompt goes to Settings.INI.
+  /// Tries ports 1 to 64, some three seconds each; the first with a prompt goes to Settings.INI. A port that
+  /// fails in whatever way is passed over. The outputs are set when a port was found, even if Settings.INI
+  /// could not be written.
   std::int32_t SearchAndSetLegacyCOMport(std::int16_t& FoundPort, std::string& FoundPortText);
+  /// Settings.INI lies in the user's data folder. 6 for a number beyond 16 bits. The outputs are set on
+  /// success.
   std::int32_t fncReadCOMportFromINI(std::int16_t& Port, std::string& Text);
   std::int32_t fncWriteCOMportToINI(std::int16_t Port);
-  /// Writes LegacyLogger's data as a KRC text file. 10002 for a path that cannot be written.
+  /// Writes LegacyLogger's data as a KRC text file, UTF-8 with CR LF, whole or not at all. 10002 for a folder
+  /// that cannot be written to, 9 when the arrays are shorter than Samples.
   std::int32_t fncWriteKRCfile(const std::string& Path);
 
  private:

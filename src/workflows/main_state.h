@@ -7,6 +7,7 @@
 #include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/Class_Pendrel.h"
 #include "hy_wristlog/Class_VardenLogger.h"
+#include "pendrel/Pendrel.h"
 #include "varden/VardenLogger.h"
 
 namespace hy_wristlog {
@@ -18,9 +19,11 @@ struct MainState {
   std::int16_t LegacyCOMport = 0;
   bool LegacyClearMemoryOnConfigure = true;
   std::int16_t LegacyProgressPercent = 0;
+  std::int32_t LegacyBytesRead = 0;  ///< of the memory, by the last retrieval
   std::int16_t MaxCommunicationRetries = 1;
 
   VardenLogger& logger() { return ActiveLogger->inside(); }
+  Pendrel& pendrel() { return LegacyLogger->inside(); }
   /// Puts a new logger in the place of the last one and shows it to the host.
   void makeActiveLogger();
 };

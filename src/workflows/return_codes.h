@@ -6,13 +6,17 @@
 
 namespace hy_wristlog {
 
-/// What the workflows return for states that they detect themselves; other codes are failure numbers.
+/// What the workflows return for states that they detect themselves; other codes are failure numbers. Some
+/// belong to the workflows of the Pendrel family alone.
 namespace ReturnCode {
 inline constexpr std::int32_t Success = 0;
+inline constexpr std::int32_t NoPortSetting = 10001;
+inline constexpr std::int32_t NotWritable = 10002;
 inline constexpr std::int32_t NotFound = 10003;
 inline constexpr std::int32_t WrongMode = 10005;
 inline constexpr std::int32_t WrongEpoch = 10006;
 inline constexpr std::int32_t WrongStart = 10007;
+inline constexpr std::int32_t NotOpened = 10008;
 inline constexpr std::int32_t WrongLogger = 10009;
 inline constexpr std::int32_t WrongFirmware = 10010;
 inline constexpr std::int32_t NoFactoryValues = 10011;
@@ -20,6 +24,9 @@ inline constexpr std::int32_t VerificationFailed = 10012;
 inline constexpr std::int32_t Aborted = 10013;
 inline constexpr std::int32_t SubjectUnusable = 10014;
 inline constexpr std::int32_t NoData = 10015;
+inline constexpr std::int32_t UnknownLength = 10016;
+inline constexpr std::int32_t UnreadableBlock = 10017;
+inline constexpr std::int32_t WrongDate = 10018;
 inline constexpr std::int32_t UnknownZone = 10019;
 inline constexpr std::int32_t TooManyDocks = 10020;
 inline constexpr std::int32_t WrongDateFormat = 10021;

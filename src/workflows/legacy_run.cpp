@@ -1,0 +1,69 @@
+#include "workflows/legacy_run.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "errors/GlobalState.h"
+#include "pendrel/Pendrel.h"
+#include "workflows/return_codes.h"
+
+namespace hy_wristlog {
+
+LegacyRun::LegacyRun(MainState& state, const char* procedure, std::vector<std::int32_t> foreseen)
+    : state_(state),
+      foreseen_(std::move(foreseen)),
+      procedure_("Class_Main", procedure, ProcedureKind::Command) {
+  procedure_.trap([this](Failure& failure) { return trap(failure); });
+  procedure_.cleanUp([this] { state_.pendrel().subCloseCOMport(); });
+}
+
+bool LegacyRun::aborted() {
+  if (!state_.AbortFlag) return false;
+  abort();
+  return true;
+}
+
+bool LegacyRun::endWith(std::int32_t ownCode) {
+  code = ownCode;
+  return false;
+}
+
+TrapAnswer LegacyRun::trap(const Failure& failure) {
+  code = failure.Number;
+  if (std::find(foreseen_.begin(), foreseen_.end(), failure.Number) == foreseen_.end()) {
+    state_.AbortFlag = false;
+    return TrapAnswer::Dispatch;
+  }
+  globals().emptyErrorStack();
+  if (state_.AbortFlag) abort();
+  return TrapAnswer::Leave;
+}
+
+void LegacyRun::abort() {
+  globals().emptyErrorStack();
+  state_.AbortFlag = false;
+  code = ReturnCode::Aborted;
+}
+
+bool reachLegacyLogger(LegacyRun& run, LegacyWorkflows& workflows, MainState& state, bool searchPort) {
+  Pendrel& logger = state.pendrel();
+  state.AbortFlag = false;
+  state.LegacyProgressPercent = 0;
+  std::string portText;
+  const std::int32_t found = searchPort ? workflows.SearchAndSetLegacyCOMport(state.LegacyCOMport, portText)
+                                        : workflows.fncReadCOMportFromINI(state.LegacyCOMport, portText);
+  if (found != ReturnCode::Success) return run.endWith(found);
+
+  if (run.step([&] { return logger.fncOpenCOMport(state.LegacyCOMport, true); }) != 0)
+    return run.endWith(ReturnCode::NotOpened);
+  if (run.aborted()) return false;
+
+  run.step([&] { logger.fncReadSetup(); });
+  if (logger.record.Get_DeviceType() == Device_Unknown) return run.endWith(ReturnCode::WrongLogger);
+  if (logger.record.FirmwareVersion == 0) return run.endWith(ReturnCode::WrongFirmware);
+  if (logger.record.ActivityCalibration == 0) return run.endWith(ReturnCode::NoFactoryValues);
+  return !run.aborted();
+}
+
+}  // namespace hy_wristlog
