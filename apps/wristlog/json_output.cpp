@@ -73,6 +73,21 @@ void put(Json& object, const std::string& name, T value) { object[name] = static
 template <class T>
 void put(Json&, const std::string&, const std::vector<T>&) {}
 
+/// A day, or a time of day, without a zone.
+void putLocal(Json& object, const std::string& name, double date) {
+  constexpr std::size_t DateLength = 10;
+  const std::string text = date == UnknownDate ? std::string() : engineering::isoDate(date);
+  const bool isDay = name != "start_time";
+  object[name] = text.empty() || (isDay && date == NoDate)
+                     ? Json()
+                     : Json(isDay ? text.substr(0, DateLength) : text.substr(DateLength + 1));
+  object[name + "_date"] = date;
+}
+template <class T>
+void putLocal(Json& object, const std::string& name, const T& value) {
+  put(object, name, value);
+}
+
 template <class Read>
 void putComputed(Json& object, const std::string& name, const Read& read) {
   try {
@@ -90,6 +105,17 @@ Json loggerJson(hw::Class_VardenLogger& logger) {
 #define HY_STORED(Name, Type, Access, Copy) put(object, snakeCase(#Name), logger.Get_##Name());
 #define HY_COMPUTED(Name, Type) putComputed(object, snakeCase(#Name), [&] { return logger.Get_##Name(); });
 #include "hy_wristlog/varden_properties.inc"
+#undef HY_STORED
+#undef HY_COMPUTED
+  return object;
+}
+
+Json loggerJson(hw::Class_Pendrel& logger) {
+  using namespace hw;
+  Json object = Json::object();
+#define HY_STORED(Name, Type, Access) putLocal(object, snakeCase(#Name), logger.Get_##Name());
+#define HY_COMPUTED(Name, Type) putComputed(object, snakeCase(#Name), [&] { return logger.Get_##Name(); });
+#include "hy_wristlog/pendrel_properties.inc"
 #undef HY_STORED
 #undef HY_COMPUTED
   return object;
@@ -127,6 +153,19 @@ Json recordingJson(hw::Class_VardenLogger& logger, std::optional<hw::enmDecodeRe
   object["marker2"] = seriesJson(engineering::marker2(logger));
   object["wrist"] = seriesJson(logger.Get_WristStatusArray());
   object["events"] = engineering::events(logger);
+  return object;
+}
+
+Json recordingJson(const hw::Class_Pendrel& logger) {
+  Json object = Json::object();
+  object["samples"] = logger.Get_Samples();
+  put(object, "start_time_gmt", engineering::startUtc(logger));
+  object["marker_count"] = logger.Get_MarkerCount();
+  object["activity"] = seriesJson(logger.Get_ActivityArray());
+  object["steps"] = logger.Get_AcquisitionMode() == hw::PD_Mode_ActivityAndSteps
+                        ? seriesJson(logger.Get_StepsArray())
+                        : Json::array();
+  object["marker"] = seriesJson(logger.Get_MarkerArray());
   return object;
 }
 

@@ -49,6 +49,14 @@ std::string eventsCsv(const hw::Class_VardenLogger& logger) {
 
 }  // namespace
 
+RecordingFiles::RecordingFiles(std::string folder, bool overwrite, Part part)
+    : folder_(std::move(folder)), overwrite_(overwrite) {
+  if (part == Part::Pictures)
+    names_.assign(PictureNames.begin(), PictureNames.end());
+  else
+    names_.assign(Names.begin(), Names.end());
+}
+
 void RecordingFiles::prepare() const {
   onFiles(folder_, [&](platform::Files& files) {
     for (std::size_t at = folder_.find('/', 1);; at = folder_.find('/', at + 1)) {
@@ -146,11 +154,8 @@ std::string RecordingFiles::writeSessionLog(const std::string& text) const {
 
 std::vector<std::string> RecordingFiles::paths() const {
   std::vector<std::string> all;
-  const auto add = [&](const char* name) { all.push_back(path(name)); };
-  if (part_ == Part::Pictures)
-    std::for_each(PictureNames.begin(), PictureNames.end(), add);
-  else
-    std::for_each(Names.begin(), Names.end(), add);
+  all.reserve(names_.size());
+  for (const std::string& name : names_) all.push_back(path(name));
   return all;
 }
 

@@ -18,8 +18,10 @@ class RecordingFiles {
   enum class Part : std::uint8_t { Everything, Pictures };
 
   /// With `Part::Pictures` only these two files are of concern.
-  RecordingFiles(std::string folder, bool overwrite, Part part = Part::Everything)
-      : folder_(std::move(folder)), overwrite_(overwrite), part_(part) {}
+  RecordingFiles(std::string folder, bool overwrite, Part part = Part::Everything);
+  /// With files of other names, each written by `writeFile`.
+  RecordingFiles(std::string folder, bool overwrite, std::vector<std::string> names)
+      : folder_(std::move(folder)), overwrite_(overwrite), names_(std::move(names)) {}
 
   /// Makes the folder and tries whether it can be written to. Raises fault 58 when a file that would be
   /// written exists and may not be overwritten, 75 when the folder is of no use.
@@ -34,18 +36,18 @@ class RecordingFiles {
                      bool lowBattery) const;
   /// Only what decoding again needs, for a recording that could not be decoded.
   void writeRaw(hy_wristlog::Class_VardenLogger& logger) const;
+  void writeFile(const std::string& name, const std::string& content) const;
   /// Writes session.log, session-2.log, ..., the first that does not exist, and returns its path.
   std::string writeSessionLog(const std::string& text) const;
   std::vector<std::string> paths() const;
 
  private:
-  void writeFile(const std::string& name, const std::string& content) const;
   bool isFromDemo() const;
   std::string path(const std::string& name) const { return folder_ + "/" + name; }
 
   std::string folder_;
   bool overwrite_;
-  Part part_;
+  std::vector<std::string> names_;
 };
 
 /// In the key "made_by" of a demo's recording.json.

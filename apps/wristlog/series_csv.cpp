@@ -96,23 +96,13 @@ class Columns {
   std::vector<Column> columns_;
 };
 
-}  // namespace
-
-std::string seriesCsv(const hw::Class_VardenLogger& logger) {
-  Columns columns;
-  columns.add("activity", logger.Get_ActivityArray());
-  columns.add("light_lux", logger.Get_LightArray());
-  columns.add("red_uw_cm2", logger.Get_RedLightArray());
-  columns.add("green_uw_cm2", logger.Get_GreenLightArray());
-  columns.add("blue_uw_cm2", logger.Get_BlueLightArray());
-  columns.add("marker", logger.Get_MarkerArray());
-  columns.add("marker2", engineering::marker2(logger));
-  columns.add("off_wrist", logger.Get_WristStatusArray());
+/// The heading and a row for each of the logger's samples, the first of them at `startDate` (UTC).
+template <class Logger>
+std::string csvOf(const Columns& columns, const Logger& logger, double startDate) {
   std::string text = columns.heading() + "\n";
   const auto samples = static_cast<std::size_t>(std::max(0, logger.Get_Samples()));
   if (samples == 0) return text;
 
-  const double startDate = logger.Get_StartTimeGMT();
   const std::int64_t start = secondsOf(startDate);
   const auto timeOf = [&](std::size_t row) {
     return start + static_cast<std::int64_t>(row) * logger.Get_EpochLength();
@@ -138,6 +128,30 @@ std::string seriesCsv(const hw::Class_VardenLogger& logger) {
     text += '\n';
   }
   return text;
+}
+
+}  // namespace
+
+std::string seriesCsv(const hw::Class_VardenLogger& logger) {
+  Columns columns;
+  columns.add("activity", logger.Get_ActivityArray());
+  columns.add("light_lux", logger.Get_LightArray());
+  columns.add("red_uw_cm2", logger.Get_RedLightArray());
+  columns.add("green_uw_cm2", logger.Get_GreenLightArray());
+  columns.add("blue_uw_cm2", logger.Get_BlueLightArray());
+  columns.add("marker", logger.Get_MarkerArray());
+  columns.add("marker2", engineering::marker2(logger));
+  columns.add("off_wrist", logger.Get_WristStatusArray());
+  return csvOf(columns, logger, logger.Get_StartTimeGMT());
+}
+
+std::string seriesCsv(const hw::Class_Pendrel& logger) {
+  Columns columns;
+  columns.add("activity", logger.Get_ActivityArray());
+  if (logger.Get_AcquisitionMode() == hw::PD_Mode_ActivityAndSteps)
+    columns.add("steps", logger.Get_StepsArray());
+  columns.add("marker", logger.Get_MarkerArray());
+  return csvOf(columns, logger, engineering::startUtc(logger));
 }
 
 }  // namespace wristlog

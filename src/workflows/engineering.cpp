@@ -41,6 +41,33 @@ PacketArray packetsOf(const ByteArray& bytes) {
                     "\" is no date: write yyyy-mm-dd or yyyy-mm-ddThh:mm[:ss], within the years 100 to 9999");
 }
 
+std::vector<OffsetPeriod> offsetsOf(const Class_TimeZoneInfo& zone, bool daylight, double fromUtc,
+                                    double toUtc) {
+  const std::int32_t standard = -zone.Bias;
+  std::vector<OffsetPeriod> periods{{fromUtc, standard}};
+  if (!daylight || zone.DaylightDate.wMonth == 0 || zone.StandardDate.wMonth == 0) return periods;
+
+  std::vector<OffsetPeriod> changes;
+  const std::int32_t lastYear = civilFromDate(toUtc).Year + 1;
+  for (std::int32_t year = civilFromDate(fromUtc).Year - 1; year <= lastYear; ++year) {
+    const double start = Class_TimeZoneTools::fncGetDaylightStart(year, zone);
+    double end = Class_TimeZoneTools::fncGetStandardStart(year, zone);
+    // In the south the clock that daylight time ends by is taken for one that shows standard time.
+    if (end < start) end += zone.DaylightBias / MinutesPerDay;
+    changes.push_back({start, standard - zone.DaylightBias});
+    changes.push_back({end, standard});
+  }
+  std::stable_sort(changes.begin(), changes.end(),
+                   [](const OffsetPeriod& a, const OffsetPeriod& b) { return a.FromUtc < b.FromUtc; });
+  for (const OffsetPeriod& change : changes) {
+    if (secondsBetween(change.FromUtc, fromUtc) >= 0)
+      periods.front().Minutes = change.Minutes;
+    else if (secondsBetween(change.FromUtc, toUtc) >= 0)
+      periods.push_back(change);
+  }
+  return periods;
+}
+
 }  // namespace
 
 std::vector<DockView> docks() {
@@ -140,30 +167,24 @@ std::string batteryWords(Class_VardenLogger& logger) { return logger.inside().fn
 std::vector<OffsetPeriod> offsetPeriods(const Class_VardenLogger& logger, double fromUtc, double toUtc) {
   const VardenRecord& record = logger.inside().record;
   if (!record.TimeZone) return {{fromUtc, record.GMToffset}};
-  const Class_TimeZoneInfo& zone = *record.TimeZone;
-  const std::int32_t standard = -zone.Bias;
-  std::vector<OffsetPeriod> periods{{fromUtc, standard}};
-  if (!record.AutoDSTadjust || zone.DaylightDate.wMonth == 0 || zone.StandardDate.wMonth == 0) return periods;
+  return offsetsOf(*record.TimeZone, record.AutoDSTadjust, fromUtc, toUtc);
+}
 
-  std::vector<OffsetPeriod> changes;
-  const std::int32_t lastYear = civilFromDate(toUtc).Year + 1;
-  for (std::int32_t year = civilFromDate(fromUtc).Year - 1; year <= lastYear; ++year) {
-    const double start = Class_TimeZoneTools::fncGetDaylightStart(year, zone);
-    double end = Class_TimeZoneTools::fncGetStandardStart(year, zone);
-    // In the south the clock that daylight time ends by is taken for one that shows standard time.
-    if (end < start) end += zone.DaylightBias / MinutesPerDay;
-    changes.push_back({start, standard - zone.DaylightBias});
-    changes.push_back({end, standard});
+std::vector<OffsetPeriod> offsetPeriods(const Class_Pendrel& logger, double fromUtc, double toUtc) {
+  const std::int32_t told = logger.Get_GMToffset();
+  if (const TimeZoneRef zone = TimeZoneTools().fncGetTZIfromAbbrev(logger.Get_TimeZoneAbbrev())) {
+    auto periods = offsetsOf(*zone, logger.Get_AutoDSTadjust(), fromUtc, toUtc);
+    if (periods.front().Minutes == told) return periods;
   }
-  std::stable_sort(changes.begin(), changes.end(),
-                   [](const OffsetPeriod& a, const OffsetPeriod& b) { return a.FromUtc < b.FromUtc; });
-  for (const OffsetPeriod& change : changes) {
-    if (secondsBetween(change.FromUtc, fromUtc) >= 0)
-      periods.front().Minutes = change.Minutes;
-    else if (secondsBetween(change.FromUtc, toUtc) >= 0)
-      periods.push_back(change);
-  }
-  return periods;
+  return {{fromUtc, told}};
+}
+
+double startUtc(const Class_Pendrel& logger) {
+  constexpr std::int16_t NoOffset = -32768;
+  if (logger.Get_StartDate() == UnknownDate || logger.Get_StartTime() == UnknownDate ||
+      logger.Get_GMToffset() == NoOffset)
+    return UnknownDate;
+  return addTime(logger.Get_StartDate(), logger.Get_StartTime() - logger.Get_GMToffset() / MinutesPerDay);
 }
 
 double localTime(const Class_VardenLogger& logger, double utc) {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "hy_wristlog/Class_Pendrel.h"
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "hy_wristlog/api.h"
 #include "hy_wristlog/enumerations.h"
@@ -84,6 +85,13 @@ struct HY_WRISTLOG_API OffsetPeriod {
 /// one from a change of the clocks on. Daylight time counts when the logger adjusts for it.
 HY_WRISTLOG_API std::vector<OffsetPeriod> offsetPeriods(const Class_VardenLogger& logger, double fromUtc,
                                                         double toUtc);
+
+/// The same for a Pendrel logger: its offset at its start, and the changes of the zone that it names, if that
+/// zone had the offset at that time.
+HY_WRISTLOG_API std::vector<OffsetPeriod> offsetPeriods(const Class_Pendrel& logger, double fromUtc,
+                                                        double toUtc);
+/// When the logger's recording started; the unknown date (-1) when it does not tell.
+HY_WRISTLOG_API double startUtc(const Class_Pendrel& logger);
 
 /// A UTC date in the logger's zone, daylight time included when the logger adjusts for it.
 HY_WRISTLOG_API double localTime(const Class_VardenLogger& logger, double utc);

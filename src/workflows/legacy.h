@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,6 +13,17 @@
 #include "hy_wristlog/enumerations.h"
 
 namespace hy_wristlog {
+
+/// What is known of a Pendrel logger beside the properties of Class_Pendrel.
+struct LegacyDetails {
+  enmDeviceType DeviceType = Device_Unknown;
+  std::string DeviceText;            ///< "Pendrel", "Pendrel Steps", or empty
+  std::int16_t MemorySizeKB = 0;     ///< -1 for a code that is not known
+  std::int32_t MaxBytesUsed = 0;     ///< what a recording may take
+  double MaxRecordingTime = 0;       ///< days that the memory lasts in the present mode and epoch
+  std::string SetupText;             ///< the lines of the set-up as they came, CR LF behind each
+  std::vector<std::uint8_t> Memory;  ///< what the last retrieval read of the memory, whatever its code
+};
 
 /// The workflows of a Class_Main for a Pendrel logger in a Pendreader. The public interface refuses the
 /// family (10009); this is the way to them for tests and the terminal program. Everything returns a code: 0,
@@ -27,10 +39,12 @@ class HY_WRISTLOG_API LegacyWorkflows {
   const std::shared_ptr<Class_Pendrel>& LegacyLogger() const;
   /// Up to 14 while a retrieval reads the memory, decoding to come.
   std::int16_t ProgressPercent() const;
-  /// What the last retrieval read of the memory, from address 0, whatever its code.
-  std::vector<std::uint8_t> MemoryRead() const;
-  /// The lines of the set-up that was read last.
-  std::string SetupText() const;
+  LegacyDetails Details() const;
+  /// Called before each port of a search.
+  std::function<void(std::int16_t port)> TryingPort;
+
+  /// Reads the set-up of the logger in the reader into `LegacyLogger`, and changes nothing.
+  std::int32_t ReadLegacySetup(bool SearchCOMport);
 
   /// Sets the logger up, reads the set-up back, and tells the logger how long to wait for its start.
   ///

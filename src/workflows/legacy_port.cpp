@@ -28,17 +28,12 @@ bool hasPrompt(Pendrel& logger, std::int16_t port) {
 
 }  // namespace
 
-LegacyWorkflows::LegacyWorkflows(Class_Main& main) : state_(*main.state_) {}
-
-const std::shared_ptr<Class_Pendrel>& LegacyWorkflows::LegacyLogger() const { return state_.LegacyLogger; }
-
-std::int16_t LegacyWorkflows::ProgressPercent() const { return state_.LegacyProgressPercent; }
-
 std::int32_t LegacyWorkflows::SearchAndSetLegacyCOMport(std::int16_t& FoundPort, std::string& FoundPortText) {
   LegacyRun run(state_, "SearchAndSetLegacyCOMport", {3001, 3002, 3003, 10108});
   return run.run([&] {
     state_.AbortFlag = false;
     for (std::int16_t port = 1; port <= LastPort; ++port) {
+      if (TryingPort) TryingPort(port);
       const bool found = run.step([&] { return hasPrompt(state_.pendrel(), port); });
       if (run.aborted()) return;
       if (!found) continue;

@@ -1,8 +1,5 @@
-#include <algorithm>
 #include <string>
-#include <vector>
 
-#include "base/code_page.h"
 #include "base/dates.h"
 #include "base/numbers.h"
 #include "errors/GlobalState.h"
@@ -188,13 +185,5 @@ std::int32_t LegacyWorkflows::RetrieveLegacy(Class_Subject& Subject, bool /*Unre
   return RetrieveLegacyWorkflow(*this, state_, Subject, BatteryLifeRemaining, SearchCOMport, RepairSetup)
       .run();
 }
-
-std::vector<std::uint8_t> LegacyWorkflows::MemoryRead() const {
-  const auto& image = state_.pendrel().record.RawData;
-  const auto read = std::min(image.size(), static_cast<std::size_t>(state_.LegacyBytesRead));
-  return {image.begin(), image.begin() + static_cast<std::ptrdiff_t>(read)};
-}
-
-std::string LegacyWorkflows::SetupText() const { return utf8FromAnsiText(state_.pendrel().record.SetupText); }
 
 }  // namespace hy_wristlog
