@@ -48,5 +48,6 @@ void addWorkflowCommands(CommandLine& cli);
 void addFileCommands(CommandLine& cli);
 void addPlotCommand(CommandLine& cli);
 void addConsoleCommand(CommandLine& cli);
+void addLegacyCommands(CommandLine& cli);
 
 }  // namespace wristlog

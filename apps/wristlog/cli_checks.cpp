@@ -29,6 +29,15 @@ std::string validLoggerTime(const std::string& text) {
   return {};
 }
 
+std::string validPendrelDay(const std::string& text) {
+  std::string problem = validDate(text);
+  if (!problem.empty()) return problem;
+  const double date = engineering::dateFromText(text);
+  if (date < engineering::dateFromText("1930-01-01") || date >= engineering::dateFromText("2030-01-01"))
+    return "\"" + text + "\" is outside the logger's calendar, 1930 to 2029";
+  return {};
+}
+
 std::string validSize(const std::string& text) {
   double value = 0;
   const char* const last = text.data() + text.size();
@@ -36,6 +45,10 @@ std::string validSize(const std::string& text) {
   return error == std::errc{} && end == last && value >= 0 && value <= 9999.9
              ? std::string()
              : "\"" + text + "\" is no number from 0 to 9999.9";
+}
+
+std::string validFile(const std::string& text) {
+  return text.empty() || text.back() == '/' ? "\"" + text + "\" names no file" : "";
 }
 
 std::string validFolder(const std::string& text) { return text.empty() ? "the folder has no name" : ""; }

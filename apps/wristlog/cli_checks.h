@@ -13,6 +13,9 @@ std::string validDate(const std::string& text);
 std::string validLoggerTime(const std::string& text);
 /// A height or a weight, 0 to 9999.9.
 std::string validSize(const std::string& text);
+/// A day that a Pendrel logger can keep, whose years have two digits: 1930 to 2029.
+std::string validPendrelDay(const std::string& text);
+std::string validFile(const std::string& text);
 std::string validFolder(const std::string& text);
 /// For a text that a logger keeps in a field of `length` characters.
 std::function<std::string(const std::string&)> storableIn(std::size_t length);

@@ -5,6 +5,7 @@
 #include "json_output.h"
 #include "meanings.h"
 #include "process.h"
+#include "subject_options.h"
 #include "workflows/engineering.h"
 
 namespace wristlog {
@@ -20,33 +21,6 @@ constexpr std::int32_t Aborted = 10013;
 
 std::int32_t secondsFromText(Session& session, const std::string& text) {
   return text.empty() ? 0 : session.main().DateToLoggerSeconds(engineering::dateFromText(text));
-}
-
-float tenths(float value) { return std::round(value * 10) / 10; }
-
-/// A logger gives texts back without the blanks around them.
-std::string trimmed(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(' ');
-  if (first == std::string::npos) return {};
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-std::string upper(std::string text) {
-  for (char& c : text)
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  return text;
-}
-
-hw::Class_Subject subjectFrom(const SubjectOptions& options) {
-  hw::Class_Subject subject;
-  subject.Let_Identity(trimmed(options.Identity));
-  subject.Let_Initials(trimmed(options.Initials));
-  subject.Let_Gender(trimmed(options.Gender));
-  subject.Let_GUID(trimmed(options.Guid));
-  subject.Let_Height(tenths(options.Height));
-  subject.Let_Weight(tenths(options.Weight));
-  if (!options.BirthDate.empty()) subject.Let_DOB(engineering::dateFromText(options.BirthDate));
-  return subject;
 }
 
 }  // namespace

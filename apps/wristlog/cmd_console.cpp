@@ -94,7 +94,7 @@ class Surroundings {
 };
 
 Result watch(const CommonOptions& common, const ConsoleOptions& options) {
-  std::optional<hw::simulator::Bench> bench;
+  std::optional<hw::simulator::DockBench> bench;
   if (!common.Simulate.empty()) bench = makeWornBench(common.Simulate);
   const std::shared_ptr<platform::Platform> machine = platform::shareCurrent();
   const std::string model = options.Model == "vivid" ? "Kestrin Vivid" : "Kestrin 2";

@@ -79,6 +79,44 @@ constexpr std::array<Meaning, 52> Meanings{{
      "again."},
 }};
 
+/// What the codes mean of the workflows with a Pendreader, where that is something of their own.
+constexpr std::array<Meaning, 25> LegacyMeanings{{
+    {3001,
+     "The logger does not answer. Seat it in the reader anew; its battery may have to be replaced, or "
+     "another "
+     "port be searched with --search."},
+    {3002, "The logger's answer broke off. Seat it in the reader anew and clean the contacts."},
+    {3005, "The logger sent too little of its memory. Seat it in the reader anew and try again."},
+    {3006, "The port has lost data. Disconnect other devices and try again."},
+    {10001, "No port is remembered for the Pendreader. Name it with --port, or search it with --search."},
+    {10002, "A folder cannot be written to: the file's, or the one of Settings.INI."},
+    {10003, "No port has a logger in a Pendreader. Connect the reader and seat the logger in it."},
+    {10005, "The recording mode is not one of activity (1) and activity and steps (2)."},
+    {10006, "The epoch length is not 15, 30 or 60 seconds. retrieve --repair takes 30."},
+    {10007,
+     "The start lies outside what the logger can wait for, or cannot be read from it. retrieve --repair "
+     "takes "
+     "the present time."},
+    {10008, "The Pendreader's port could not be opened."},
+    {10009, "What is in the reader is no Pendrel logger known here."},
+    {10010, "The logger's firmware version cannot be read. It needs service."},
+    {10014, "The subject's details in the logger are incomplete. retrieve --repair takes them as they are."},
+    {10016,
+     "How much was recorded cannot be read from the logger. retrieve --repair reads its whole memory."},
+    {10017, "A part of the memory could not be read in five attempts. Try another port or adapter."},
+    {10018, "The date is no day of the calendar."},
+    {10019,
+     "The time zone is unknown, or the logger has none. See 'wristlog zones'; retrieve --repair takes the "
+     "machine's."},
+    {10101, "The size of the logger's memory is not known here. It needs service."},
+    {10106, "The port's number is below 1. Name another with --port."},
+    {10107, "The logger tells of more than its memory holds. It needs service."},
+    {10108, "The logger's answers are damaged. Clean the contacts, try another cable, and try again."},
+    {10111, "The start had passed before the logger could be told. Try again."},
+    {10112, "The start is too near, or too far, for the logger to wait for. Choose another."},
+    {10113, "The logger did not repeat its waiting time as it was sent. Try again."},
+}};
+
 struct Verdict {
   const char* Name;
   const char* Words;
@@ -115,14 +153,19 @@ const Verdict* verdictOf(hy_wristlog::enmDecodeResult result) {
   return index < Verdicts.size() ? &Verdicts[index] : nullptr;
 }
 
+template <std::size_t Count>
+const char* wordsIn(const std::array<Meaning, Count>& meanings, std::int32_t code) {
+  const auto* found = std::find_if(meanings.begin(), meanings.end(),
+                                   [&](const Meaning& meaning) { return meaning.Code == code; });
+  return found != meanings.end() ? found->Words : nullptr;
+}
+
 }  // namespace
 
 std::string meaningOf(std::int32_t returnCode) {
-  const auto* found = std::find_if(Meanings.begin(), Meanings.end(),
-                                   [&](const Meaning& meaning) { return meaning.Code == returnCode; });
-  return found != Meanings.end()
-             ? found->Words
-             : "Unexpected failure. Run it again with --console to see what passes on the link.";
+  const char* const words = wordsIn(Meanings, returnCode);
+  return words != nullptr ? words
+                          : "Unexpected failure. Run it again with --console to see what passes on the link.";
 }
 
 std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer model) {
@@ -147,6 +190,16 @@ std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer
     // The general words remain.
   }
   return meaningOf(returnCode);
+}
+
+std::string legacyExplanationOf(std::int32_t returnCode, std::int16_t port) {
+  constexpr std::int32_t NotOpened = 10008;
+  if (returnCode == NotOpened && port > 0) {
+    std::string trouble = hy_wristlog::engineering::portTrouble(port);
+    if (!trouble.empty()) return trouble;
+  }
+  const char* const words = wordsIn(LegacyMeanings, returnCode);
+  return words != nullptr ? words : meaningOf(returnCode);
 }
 
 std::string portTroubleOf(hy_wristlog::enmLoggerPointer model) {

@@ -14,6 +14,10 @@ std::string meaningOf(std::int32_t returnCode);
 /// The same, with what can be found out at this moment about the model's dock.
 std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer model);
 
+/// The same for the commands that work with a Pendreader on COM port `port` (0: none is known), where some
+/// codes mean something else.
+std::string legacyExplanationOf(std::int32_t returnCode, std::int16_t port);
+
 /// Why the port of the model's only dock cannot be opened; empty when it can, or when there is no such dock.
 std::string portTroubleOf(hy_wristlog::enmLoggerPointer model);
 

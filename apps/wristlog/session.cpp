@@ -13,9 +13,7 @@ namespace {
 constexpr std::chrono::hours WornBefore{72};
 constexpr std::int32_t SimulatedEpoch = 60;
 
-}  // namespace
-
-sim::Bench makeWornBench(const std::string& model) {
+sim::DockBench makeWornVardenBench(const std::string& model) {
   sim::Bench bench = model == "vivid" ? sim::makeVividBench() : sim::makeKestrin2Bench();
   const sim::Mode mode =
       model == "vivid" ? sim::Mode::ActivityAndSpecialLight : sim::Mode::ActivityAndStandardLight;
@@ -24,12 +22,32 @@ sim::Bench makeWornBench(const std::string& model) {
   return bench;
 }
 
+sim::DockBench makeWornPendrelBench(sim::PendrelModel model) {
+  sim::PendrelBenchOptions options;
+  options.Logger.Model = model;
+  sim::PendrelBench bench = sim::makePendrelBench(options);
+  bench.Logger->setUp(
+      sim::ordinaryPendrelSetup(*bench.World, SimulatedEpoch, model == sim::PendrelModel::Steps));
+  bench.Logger->wear(WornBefore);
+  return bench;
+}
+
+}  // namespace
+
+sim::DockBench makeWornBench(const std::string& model) {
+  if (model == "pendrel13") return makeWornPendrelBench(sim::PendrelModel::Plain);
+  if (model == "pendrel14") return makeWornPendrelBench(sim::PendrelModel::Checksums);
+  if (model == "pendrel27") return makeWornPendrelBench(sim::PendrelModel::Steps);
+  return makeWornVardenBench(model);
+}
+
 Session::Session(const CommonOptions& options, bool keepTraffic) : options_(options) {
   if (!options.Simulate.empty()) bench_ = makeWornBench(options.Simulate);
   start(keepTraffic);
 }
 
-Session::Session(const CommonOptions& options, const sim::Bench& bench) : options_(options), bench_(bench) {
+Session::Session(const CommonOptions& options, const sim::DockBench& bench)
+    : options_(options), bench_(bench) {
   start(false);
 }
 
@@ -48,6 +66,13 @@ Session::~Session() {
 }
 
 const std::string& Session::traffic() const { return host_->traffic(); }
+
+std::optional<std::int16_t> Session::simulatedPort() const {
+  if (!bench_) return std::nullopt;
+  return static_cast<std::int16_t>(bench_->Dock->comPort());
+}
+
+void Session::showProgress(const std::string& text) { host_->showProgress(text); }
 
 void Session::endProgress() { host_->endProgress(); }
 

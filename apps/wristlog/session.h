@@ -18,7 +18,7 @@ using Json = nlohmann::ordered_json;
 struct CommonOptions {
   bool AsJson = false;
   bool Console = false;
-  std::string Simulate;  ///< "vivid", "kestrin2", or empty for the machine's docks
+  std::string Simulate;  ///< whom `--simulate` names, or empty for the machine's docks
 };
 
 enum ExitStatus : int { Good = 0, Unsuccessful = 1, WrongUsage = 2 };
@@ -31,7 +31,7 @@ class Session {
   /// With `keepTraffic` what passes on the link is kept for `traffic`.
   explicit Session(const CommonOptions& options, bool keepTraffic = false);
   /// In a world that the caller has made.
-  Session(const CommonOptions& options, const hy_wristlog::simulator::Bench& bench);
+  Session(const CommonOptions& options, const hy_wristlog::simulator::DockBench& bench);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -39,6 +39,9 @@ class Session {
   hy_wristlog::Class_Main& main() { return *main_; }
   bool asJson() const { return options_.AsJson; }
   const std::string& traffic() const;
+  /// The simulated dock's; none on the machine itself.
+  std::optional<std::int16_t> simulatedPort() const;
+  void showProgress(const std::string& text);
   /// Ends the progress line, so that what follows starts a line of its own.
   void endProgress();
 
@@ -46,14 +49,14 @@ class Session {
   void start(bool keepTraffic);
 
   CommonOptions options_;
-  std::optional<hy_wristlog::simulator::Bench> bench_;
+  std::optional<hy_wristlog::simulator::DockBench> bench_;
   std::optional<hy_wristlog::simulator::BenchScope> scope_;
   std::shared_ptr<TerminalHost> host_;
   std::unique_ptr<hy_wristlog::Class_Main> main_;
 };
 
 /// The bench of `--simulate`: a docked logger that has been worn for some days.
-hy_wristlog::simulator::Bench makeWornBench(const std::string& model);
+hy_wristlog::simulator::DockBench makeWornBench(const std::string& model);
 
 /// Whose name in --model is `name`: "vivid" or "kestrin2".
 hy_wristlog::enmLoggerPointer modelFromName(const std::string& name);

@@ -1,0 +1,116 @@
+#include <cmath>
+#include <iostream>
+#include <sstream>
+
+#include "hy_wristlog/host.h"
+#include "json_output.h"
+#include "legacy_session.h"
+#include "legacy_words.h"
+#include "platform/platform.h"
+#include "subject_options.h"
+#include "workflows/engineering.h"
+
+namespace wristlog {
+
+namespace hw = hy_wristlog;
+namespace engineering = hy_wristlog::engineering;
+
+namespace {
+
+constexpr double UnixEpochDate = 25569, SecondsPerDay = 86400;
+
+double roundedDays(float days) { return std::round(double{days} * 10) / 10; }
+
+/// "02" of a number.
+std::string two(std::int32_t number) {
+  const std::string digits = std::to_string(number % 100);
+  return digits.size() == 1 ? "0" + digits : digits;
+}
+
+/// Day, month and year as the logger takes them, of "yyyy-mm-dd" or of the machine's day.
+std::string sixDigits(const std::string& date) {
+  if (date.empty()) {
+    const hw::CivilTime today = hw::platform::current().clock().local();
+    return two(today.Day) + two(today.Month) + two(today.Year);
+  }
+  const std::string iso = engineering::isoDate(engineering::dateFromText(date));
+  return iso.substr(8, 2) + iso.substr(5, 2) + iso.substr(2, 2);
+}
+
+}  // namespace
+
+int runLegacyFindPort(const CommonOptions& common) {
+  constexpr ReaderOptions Searching{0, true};
+  LegacySession session(common, Searching);
+  std::int16_t port = 0;
+  std::string text;
+  const std::int32_t code = session.workflows().SearchAndSetLegacyCOMport(port, text);
+  return session.end(code, {{"com_port", port > 0 ? Json(port) : Json()}},
+                     "The Pendreader is on COM" + text + ", which is remembered.\n");
+}
+
+int runLegacyStatus(const CommonOptions& common, const ReaderOptions& reader) {
+  LegacySession session(common, reader);
+  const std::int32_t code = session.workflows().ReadLegacySetup(reader.Search);
+  const hw::LegacyDetails details = session.workflows().Details();
+  const bool wasRead = !details.SetupText.empty();
+  if (!session.asJson() && code != 0 && wasRead) std::cerr << details.SetupText;
+  Json facts{{"com_port", session.main().Get_LegacyCOMport()},
+             {"model", details.DeviceText},
+             {"device_type", static_cast<std::int32_t>(details.DeviceType)},
+             {"memory_size_kb", details.MemorySizeKB},
+             {"max_bytes_used", details.MaxBytesUsed},
+             {"max_recording_days", std::round(details.MaxRecordingTime * 10) / 10},
+             {"problems", wasRead ? Json(problemsOf(session.logger(), details)) : Json::array()},
+             {"logger", wasRead ? loggerJson(session.logger()) : Json()},
+             {"setup_text", details.SetupText}};
+  return session.end(code, facts, code == 0 ? statusWords(session.logger(), details) : "");
+}
+
+int runLegacyConfigure(const CommonOptions& common, const ReaderOptions& reader,
+                       const LegacyConfigureOptions& options) {
+  LegacySession session(common, reader);
+  session.main().Let_LegacyClearMemoryOnConfigure(!options.KeepMemory);
+  session.showProgress("Configuring; this takes about a minute");
+  hw::Class_Subject subject = subjectFrom(options.Subject);
+  std::int32_t start = options.Start.empty()
+                           ? 0
+                           : session.main().DateToLoggerSeconds(engineering::dateFromText(options.Start));
+  float battery = 0;
+  std::string serialNumber;
+  const std::int32_t code = session.workflows().ConfigureLegacy(
+      static_cast<hw::enmPDLoggingMode>(options.Mode), options.EpochLength, subject, upper(options.Zone),
+      !options.NoDaylight, start, reader.Search, battery, serialNumber);
+  const bool good = code == 0;
+  const std::string startText =
+      good ? engineering::isoDate(UnixEpochDate + start / SecondsPerDay) : std::string();
+  const bool countsNone = good && options.Mode == hw::PD_Mode_ActivityAndSteps &&
+                          session.workflows().Details().DeviceType != hw::KR_PENDREL_CRC_STEPS;
+  std::ostringstream words;
+  words << "Logger " << serialNumber << " is configured for " << subject.Get_Identity() << " and starts at "
+        << startText << ". Battery: about " << std::lround(battery) << " days.\n";
+  const int status = session.end(code,
+                                 {{"battery_life_remaining", good ? Json(roundedDays(battery)) : Json()},
+                                  {"device_serial_number", good ? Json(serialNumber) : Json()},
+                                  {"start_time_local", good ? Json(startText) : Json()}},
+                                 words.str());
+  if (countsNone) std::cerr << "This model counts no steps: it records activity alone.\n";
+  if (good && subject.Get_Gender().empty())
+    std::cerr << "Without a gender, retrieving ends with 10014 unless --repair is given.\n";
+  return status;
+}
+
+int runLegacyBatteryDate(const CommonOptions& common, const ReaderOptions& reader, const std::string& date) {
+  LegacySession session(common, reader);
+  const std::string digits = sixDigits(date);
+  const std::int32_t code = session.workflows().UpdateBatteryDate(digits, reader.Search);
+  const std::string day = engineering::isoDate(session.logger().Get_BatteryDate()).substr(0, 10);
+  const float days = session.logger().Get_BattLifeRemaining();
+  return session.end(code,
+                     {{"battery_date", code == 0 ? Json(day) : Json()},
+                      {"battery_life_remaining", code == 0 ? Json(roundedDays(days)) : Json()}},
+                     "Logger " + session.logger().Get_SerialNumber() + " has a battery of " + day +
+                         ": about " + std::to_string(std::lround(days)) + " days left.\n");
+}
+
+}  // namespace wristlog

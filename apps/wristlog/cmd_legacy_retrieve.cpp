@@ -1,0 +1,122 @@
+#include <iostream>
+#include <sstream>
+
+#include "hy_wristlog/failure.h"
+#include "json_output.h"
+#include "legacy_session.h"
+#include "platform/platform.h"
+#include "recording_files.h"
+#include "series_csv.h"
+#include "workflows/engineering.h"
+
+namespace wristlog {
+
+namespace hw = hy_wristlog;
+namespace engineering = hy_wristlog::engineering;
+
+namespace {
+
+constexpr std::int32_t FileExists = 58;
+
+struct Retrieved {
+  std::int32_t Code = 0;
+  hw::Class_Subject Subject;
+  float BatteryLife = 0;
+};
+
+Retrieved retrieve(LegacySession& session, bool search, bool repair) {
+  Retrieved result;
+  result.Code = session.workflows().RetrieveLegacy(result.Subject, false, result.BatteryLife, search, repair);
+  return result;
+}
+
+Json summaryOf(hw::Class_Pendrel& logger, const hw::LegacyDetails& details,
+               const hw::Class_Subject& subject) {
+  Json summary = Json::object();
+  summary["model"] = details.DeviceText;
+  summary["subject"] = subjectJson(subject);
+  summary["time_zone"] = logger.Get_TimeZoneAbbrev();
+  summary["start_local"] = engineering::isoDate(logger.Get_StartDate() + logger.Get_StartTime());
+  summary["start_utc"] = engineering::isoDate(engineering::startUtc(logger), "Z");
+  summary["epoch_seconds"] = logger.Get_EpochLength();
+  summary["samples"] = logger.Get_Samples();
+  summary["markers"] = logger.Get_MarkerCount();
+  summary["configuration"] = loggerJson(logger);
+  return summary;
+}
+
+std::string bytesAsText(const std::vector<std::uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
+
+void writeFiles(const RecordingFiles& files, LegacySession& session, const hw::LegacyDetails& details,
+                const Retrieved& result) {
+  try {
+    if (!details.Memory.empty()) files.writeFile("raw.bin", bytesAsText(details.Memory));
+    if (!details.SetupText.empty()) files.writeFile("setup.txt", details.SetupText);
+    if (result.Code != 0) return;
+    files.writeFile("series.csv", seriesCsv(session.logger()));
+    files.writeFile("recording.json", summaryOf(session.logger(), details, result.Subject)
+                                              .dump(2, ' ', false, Json::error_handler_t::replace) +
+                                          "\n");
+  } catch (const hw::Failure& failure) {
+    throw hw::Failure(failure.Number, failure.Source,
+                      failure.Description +
+                          ". The logger still holds the recording: retrieve it again, into another folder");
+  }
+}
+
+std::string retrievedWords(const hw::Class_Pendrel& logger) {
+  std::ostringstream words;
+  words << logger.Get_Samples() << " epochs of " << logger.Get_EpochLength() << " seconds, "
+        << logger.Get_MarkerCount() << " markers, from logger " << logger.Get_SerialNumber() << ".\n";
+  return words.str();
+}
+
+void refuseExisting(const LegacyExportOptions& options) {
+  const auto kind = hw::platform::current().files().state(options.File).Kind;
+  if (kind != hw::platform::FileKind::Missing && !options.Force)
+    throw hw::Failure(FileExists, "wristlog", options.File + " exists. Use --force to overwrite it.");
+}
+
+}  // namespace
+
+int runLegacyRetrieve(const CommonOptions& common, const ReaderOptions& reader,
+                      const LegacyRetrieveOptions& options) {
+  const RecordingFiles files(options.Folder, options.Force,
+                             {"series.csv", "recording.json", "raw.bin", "setup.txt"});
+  files.prepare();
+  constexpr bool KeepTraffic = true;
+  LegacySession session(common, reader, KeepTraffic);
+  const Retrieved result = retrieve(session, reader.Search, options.Repair);
+  const hw::LegacyDetails details = session.workflows().Details();
+  const bool good = result.Code == 0;
+  writeFiles(files, session, details, result);
+  Json facts = good ? recordingJson(session.logger()) : Json::object();
+  facts["battery_life_remaining"] = good ? Json(result.BatteryLife) : Json();
+  facts["logger"] = good ? loggerJson(session.logger()) : Json();
+  facts["subject"] = good ? subjectJson(result.Subject) : Json();
+  const int status = session.end(result.Code, facts,
+                                 retrievedWords(session.logger()) + "Written to " + options.Folder + ".\n");
+  if (good) return status;
+  if (!details.Memory.empty())
+    std::cerr << "What was read of the memory, " << details.Memory.size() << " bytes, is in "
+              << options.Folder << "/raw.bin.\n";
+  if (!session.traffic().empty())
+    std::cerr << "What passed on the link is in "
+              << files.writeSessionLog("wristlog " + session.main().Get_Version() +
+                                       ", legacy retrieve, code " + std::to_string(result.Code) + ": " +
+                                       session.meaningOf(result.Code) + "\n\n" + session.traffic())
+              << "; send it along when you ask for help.\n";
+  return status;
+}
+
+int runLegacyExport(const CommonOptions& common, const ReaderOptions& reader,
+                    const LegacyExportOptions& options) {
+  refuseExisting(options);
+  LegacySession session(common, reader);
+  std::int32_t code = retrieve(session, reader.Search, options.Repair).Code;
+  if (code == 0) code = session.workflows().fncWriteKRCfile(options.File);
+  return session.end(code, {{"file", code == 0 ? Json(options.File) : Json()}},
+                     retrievedWords(session.logger()) + "Written to " + options.File + ".\n");
+}
+
+}  // namespace wristlog

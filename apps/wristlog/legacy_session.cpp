@@ -1,0 +1,39 @@
+#include "legacy_session.h"
+
+#include <iostream>
+
+#include "hy_wristlog/failure.h"
+#include "json_output.h"
+#include "meanings.h"
+
+namespace wristlog {
+
+LegacySession::LegacySession(const CommonOptions& common, const ReaderOptions& reader, bool keepTraffic)
+    : session_(common, keepTraffic), workflows_(session_.main()) {
+  workflows_.TryingPort = [this](std::int16_t port) { showProgress("Trying COM" + std::to_string(port)); };
+  std::int16_t port = reader.Port;
+  if (port == 0 && !reader.Search) port = session_.simulatedPort().value_or(0);
+  if (port == 0) return;
+  const std::int32_t code = workflows_.fncWriteCOMportToINI(port);
+  if (code != 0) throw hy_wristlog::Failure(code, "wristlog", meaningOf(code));
+}
+
+std::string LegacySession::meaningOf(std::int32_t code) {
+  return legacyExplanationOf(code, session_.main().Get_LegacyCOMport());
+}
+
+int LegacySession::end(std::int32_t code, const Json& facts, const std::string& words) {
+  session_.endProgress();
+  if (asJson()) {
+    Json document{{"return_code", code}, {"return_code_meaning", meaningOf(code)}};
+    document.update(facts);
+    print(document);
+  } else if (code == 0) {
+    std::cout << words;
+  } else {
+    std::cerr << "Code " << code << ": " << meaningOf(code) << '\n';
+  }
+  return code == 0 ? Good : Unsuccessful;
+}
+
+}  // namespace wristlog

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "hy_wristlog/Class_Pendrel.h"
+#include "workflows/legacy.h"
+
+namespace wristlog {
+
+/// What a logger is, what it holds and what is wrong with it, in lines.
+std::string statusWords(const hy_wristlog::Class_Pendrel& logger, const hy_wristlog::LegacyDetails& details);
+
+/// What stands in the way of a good recording or of retrieving it, a sentence each.
+std::vector<std::string> problemsOf(const hy_wristlog::Class_Pendrel& logger,
+                                    const hy_wristlog::LegacyDetails& details);
+
+}  // namespace wristlog
