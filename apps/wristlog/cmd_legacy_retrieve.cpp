@@ -65,6 +65,7 @@ void writeFiles(const RecordingFiles& files, LegacySession& session, const hw::L
 }
 
 std::string retrievedWords(const hw::Class_Pendrel& logger) {
+  if (logger.Get_BytesUsed() < 1) return "The logger has recorded nothing yet; its one value is none.\n";
   std::ostringstream words;
   words << logger.Get_Samples() << " epochs of " << logger.Get_EpochLength() << " seconds, "
         << logger.Get_MarkerCount() << " markers, from logger " << logger.Get_SerialNumber() << ".\n";

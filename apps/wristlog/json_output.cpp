@@ -81,7 +81,6 @@ void putLocal(Json& object, const std::string& name, double date) {
   object[name] = text.empty() || (isDay && date == NoDate)
                      ? Json()
                      : Json(isDay ? text.substr(0, DateLength) : text.substr(DateLength + 1));
-  object[name + "_date"] = date;
 }
 template <class T>
 void putLocal(Json& object, const std::string& name, const T& value) {

@@ -52,7 +52,7 @@ std::string memoryWords(const hw::Class_Pendrel& logger, const hw::LegacyDetails
   words << details.MemorySizeKB << " KB of memory";
   if (logger.Get_BytesUsed() >= 0) words << ", " << logger.Get_BytesUsed() << " bytes recorded";
   if (details.MaxRecordingTime > 0)
-    words << "; the largest memory lasts " << std::lround(details.MaxRecordingTime) << " days";
+    words << "; all of it lasts " << std::lround(details.MaxRecordingTime) << " days";
   return words.str();
 }
 

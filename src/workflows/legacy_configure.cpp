@@ -153,23 +153,21 @@ class ConfigureLegacyWorkflow {
   }
 
   bool verify() {
-    const bool opened = run_.step([&] {
-      ReadBack readBack;
-      if (readBack.fncOpenCOMport(state_.LegacyCOMport, true) != 0) return false;
-      readBack.fncReadSetup();
-      readBack.subDecodeSubjectInfo();
+    ReadBack readBack;
+    if (!run_.open(readBack, state_.LegacyCOMport)) return false;
+    run_.step([&] { readBack.fncReadSetup(); });
+    run_.step([&] { readBack.subDecodeSubjectInfo(); });
+    run_.step([&] {
       if (!sameSetup(record(), readBack.record))
         throw Failure(ReturnCode::VerificationFailed, "Class_Main.ConfigureLegacy",
                       "Pendrel setup verification failed");
-      readBack.subCloseCOMport();
-      return true;
     });
-    return opened || run_.endWith(ReturnCode::NotOpened);
+    run_.step([&] { readBack.subCloseCOMport(); });
+    return true;
   }
 
   bool sendStart() {
-    if (run_.step([&] { return logger().fncOpenCOMport(state_.LegacyCOMport, true); }) != 0)
-      return run_.endWith(ReturnCode::NotOpened);
+    if (!run_.open(logger(), state_.LegacyCOMport)) return false;
     run_.step([&] { logger().subResetDevice(); });
     run_.step([&] { logger().fncSendDelayedStart(startUtc_); });
     run_.step([&] { logger().subCloseCOMport(); });

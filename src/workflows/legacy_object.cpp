@@ -20,7 +20,9 @@ LegacyDetails LegacyWorkflows::Details() const {
   details.DeviceText = record.Get_DeviceText();
   details.MemorySizeKB = record.MemorySizeKB;
   details.MaxBytesUsed = record.Get_MaxBytesUsed();
-  details.MaxRecordingTime = record.Get_MaxRecordingTime();
+  constexpr double LargestMemoryKB = 64;
+  details.MaxRecordingTime =
+      record.Get_MaxRecordingTime() * std::max<std::int16_t>(record.MemorySizeKB, 0) / LargestMemoryKB;
   details.SetupText = utf8FromAnsiText(record.SetupText);
   const auto read = std::min(record.RawData.size(), static_cast<std::size_t>(state_.LegacyBytesRead));
   details.Memory.assign(record.RawData.begin(), record.RawData.begin() + static_cast<std::ptrdiff_t>(read));

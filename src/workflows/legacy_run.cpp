@@ -18,6 +18,14 @@ LegacyRun::LegacyRun(MainState& state, const char* procedure, std::vector<std::i
   procedure_.cleanUp([this] { state_.pendrel().subCloseCOMport(); });
 }
 
+/// The reason of a port that did not open is forgotten with it, or it would pass for the failure of the next
+/// command.
+bool LegacyRun::open(Pendrel& logger, std::int16_t port) {
+  if (step([&] { return logger.fncOpenCOMport(port, true); }) == 0) return true;
+  globals().emptyErrorStack();
+  return endWith(ReturnCode::NotOpened);
+}
+
 bool LegacyRun::aborted() {
   if (!state_.AbortFlag) return false;
   abort();
@@ -55,9 +63,7 @@ bool reachLegacyLogger(LegacyRun& run, LegacyWorkflows& workflows, MainState& st
                                         : workflows.fncReadCOMportFromINI(state.LegacyCOMport, portText);
   if (found != ReturnCode::Success) return run.endWith(found);
 
-  if (run.step([&] { return logger.fncOpenCOMport(state.LegacyCOMport, true); }) != 0)
-    return run.endWith(ReturnCode::NotOpened);
-  if (run.aborted()) return false;
+  if (!run.open(logger, state.LegacyCOMport) || run.aborted()) return false;
 
   run.step([&] { logger.fncReadSetup(); });
   if (logger.record.Get_DeviceType() == Device_Unknown) return run.endWith(ReturnCode::WrongLogger);

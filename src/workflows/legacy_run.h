@@ -32,6 +32,9 @@ class LegacyRun {
     return procedure_.statement(body);
   }
 
+  /// Opens the reader's port and lets the logger wake up; else ends with 10008.
+  bool open(Pendrel& logger, std::int16_t port);
+
   /// Honours an abort request; true when there was one.
   bool aborted();
 
