@@ -196,7 +196,7 @@ TEST(LegacyKrcFile, IsWrittenWholeOrNotAtAll) {
   const std::string before = krc(desk), path = desk.bench.World->rootFolder() + "/out.krc";
   const auto write = [&](const std::string& to) { return desk.workflows.fncWriteKRCfile(to); };
   EXPECT_EQ(write(path + "/below a file/x.krc"), 10002);
-  EXPECT_EQ(write(desk.bench.World->rootFolder() + "/AppData"), 75) << "a folder has the name";
+  EXPECT_EQ(write(desk.bench.World->rootFolder() + "/AppData"), 10002) << "a folder has the name";
   desk.bench.World->advance(15s);
 
   desk.bench.World->Faults.FileWrite = {28, once(1)};

@@ -1,0 +1,147 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "apps/sandbox.h"
+
+namespace {
+
+std::string linesBefore(const std::string& text, std::size_t count) {
+  std::size_t end = 0;
+  while (count-- > 0 && end < text.size()) end = text.find('\n', end) + 1;
+  return text.substr(0, end);
+}
+
+TEST(Legacy, ARetrievedRecordingIsFourFilesAndOneDocument) {
+  const Sandbox box;
+  const struct {
+    std::string Model, Heading, FirstRow;
+  } cases[] = {{"pendrel13", "local_time,utc,activity,marker\n", "55,\n"},
+               {"pendrel14", "local_time,utc,activity,marker\n", "55,\n"},
+               {"pendrel27", "local_time,utc,activity,steps,marker\n", "55,0,\n"}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.Model);
+    const std::string command = "legacy retrieve --json --simulate " + each.Model + " --out " + each.Model;
+    const Outcome outcome = box.run(command);
+    ASSERT_EQ(outcome.Status, 0) << outcome.Err;
+    const Json document = Json::parse(outcome.Out);
+    EXPECT_EQ(keysOf(document),
+              "return_code return_code_meaning samples start_time_gmt start_time_gmt_date marker_count "
+              "activity steps marker battery_life_remaining logger subject ");
+    const auto samples = document.at("samples").get<std::size_t>();
+    EXPECT_EQ(document.at("activity").size(), samples);
+    EXPECT_EQ(document.at("steps").size(), each.Model == "pendrel27" ? samples : 0U);
+    EXPECT_EQ(document.at("subject").at("identity"), "Subject 17");
+    EXPECT_EQ(document.at("logger").at("start_date"), "2026-03-02");
+    EXPECT_EQ(document.at("logger").at("start_time"), "09:01:00");
+
+    const std::string series = box.content(each.Model + "/series.csv");
+    EXPECT_EQ(linesBefore(series, 2),
+              each.Heading + "2026-03-02T09:01:00-05:00,2026-03-02T14:01:00Z," + each.FirstRow);
+    EXPECT_EQ(static_cast<std::size_t>(std::count(series.begin(), series.end(), '\n')), samples + 1);
+    EXPECT_EQ(box.content(each.Model + "/raw.bin").size() % 4096, 0U);
+    EXPECT_EQ(box.content(each.Model + "/setup.txt").find("Subject 17"), 0U);
+    const Json summary = Json::parse(box.content(each.Model + "/recording.json"));
+    EXPECT_EQ(summary.at("samples"), samples);
+    EXPECT_EQ(summary.at("start_local"), "2026-03-02T09:01:00");
+
+    const Outcome again = box.run(command);
+    EXPECT_EQ(again.Status, 1);
+    EXPECT_EQ(Json::parse(again.Out).at("failure").at("number"), 58);
+    EXPECT_EQ(box.run(command + " --force").Status, 0);
+  }
+}
+
+TEST(Legacy, EachCommandSaysWhatCameOfIt) {
+  const Sandbox box;
+  const struct {
+    std::string Command;
+    int Status;
+    std::string Out, Err;
+  } cases[] = {
+      {"find-port --simulate pendrel13", 0, "The Pendreader is on COM1, which is remembered.\n", ""},
+      {"status --simulate pendrel27", 0, "Activity and steps, a value every 60 seconds", ""},
+      {"status --simulate pendrel14 --search", 0, "Worn by Subject 17\n", ""},
+      {"configure --simulate pendrel27 --mode 2 --epoch 30 --identity Zoë --gender F", 0,
+       "is configured for Zoë and starts at 2026-03-05T09:0", ""},
+      {"configure --simulate pendrel13 --mode 2 --epoch 30 --gender M", 0, "is configured for C8B1234",
+       "This model counts no steps"},
+      {"configure --simulate pendrel13 --mode 1 --epoch 15 --zone est --start '2026-03-06 10:00:30'", 0,
+       "starts at 2026-03-06T10:00:00", "Without a gender"},
+      {"configure --simulate pendrel13 --mode 1 --epoch 15 --start 2026-03-20", 1, "", "Code 10007: "},
+      {"configure --simulate pendrel13 --mode 1 --epoch 15 --zone XYZ", 1, "", "Code 10019: "},
+      {"battery-date --simulate pendrel14 2026-02-01", 0, "has a battery of 2026-02-01: about 148 days", ""},
+      {"battery-date --simulate pendrel14", 0, "has a battery of 2026-03-05: about 180 days", ""},
+      {"export-krc --simulate pendrel27 out.krc", 0, "Written to out.krc.\n", ""},
+      {"export-krc --simulate pendrel27 out.krc", 1, "", "out.krc exists"},
+      {"export-krc --simulate pendrel27 --force out.krc", 0, "Written to out.krc.\n", ""},
+      {"export-krc --simulate pendrel27 .out/out.krc", 1, "", "Code 10002: "},
+      {"status", 1, "", "Code 10001: No port is remembered"},
+      {"find-port", 1, "", "Code 10003: "},
+      {"retrieve --out none --port 50", 1, "", "Code 10008: There is no COM50"},
+      {"status", 1, "", "Code 10008: There is no COM50"},
+      {"status --port 0", 2, "", ""},
+      {"status --port 1 --search", 2, "", "excludes"},
+      {"status --simulate vivid", 2, "", ""},
+      {"battery-date --simulate pendrel14 2031-01-01", 2, "", "1930 to 2029"},
+      {"battery-date --simulate pendrel14 2026-02-30", 2, "", ""},
+      {"configure --simulate pendrel14 --mode 3 --epoch 15", 2, "", ""},
+      {"configure --simulate pendrel14 --mode 1 --epoch 120", 2, "", ""},
+      {"configure --simulate pendrel14 --mode 1 --epoch 15 --identity 123456789012345678901234", 2, "", ""},
+      {"export-krc --simulate pendrel14 folder/", 2, "", "names no file"},
+      {"", 2, "", ""}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.Command);
+    const Outcome outcome = box.run("legacy " + each.Command);
+    EXPECT_EQ(outcome.Status, each.Status) << outcome.Err;
+    EXPECT_NE(outcome.Out.find(each.Out), std::string::npos) << outcome.Out;
+    EXPECT_NE(outcome.Err.find(each.Err), std::string::npos) << outcome.Err;
+    EXPECT_EQ(outcome.Status == 0, !outcome.Out.empty());
+  }
+  EXPECT_EQ(box.content("out.krc").find("Subject 17 "), 0U);
+}
+
+TEST(Legacy, JsonIsOneDocumentWhateverHappens) {
+  const Sandbox box;
+  const struct {
+    std::string Command, Keys;
+  } cases[] = {
+      {"find-port --simulate pendrel13", "return_code return_code_meaning com_port "},
+      {"status --simulate pendrel27",
+       "return_code return_code_meaning com_port model device_type memory_size_kb max_bytes_used "
+       "max_recording_days problems logger setup_text "},
+      {"configure --simulate pendrel27 --mode 2 --epoch 30",
+       "return_code return_code_meaning battery_life_remaining device_serial_number start_time_local "},
+      {"battery-date --simulate pendrel27",
+       "return_code return_code_meaning battery_date battery_life_remaining "},
+      {"export-krc --simulate pendrel27 out.krc", "return_code return_code_meaning file "},
+      {"status",
+       "return_code return_code_meaning com_port model device_type memory_size_kb max_bytes_used "
+       "max_recording_days problems logger setup_text "}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.Command);
+    const Outcome outcome = box.run("legacy " + each.Command + " --json");
+    EXPECT_EQ(keysOf(Json::parse(outcome.Out)), each.Keys);
+  }
+}
+
+/// The wait for a logger to wake up is real here.
+TEST(Legacy, ARequestToStopEndsInWordsWithTheSessionKept) {
+  const Sandbox box;
+  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_TRUE(terminal >= 0 && ::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
+  const std::string device = ::ptsname(terminal);
+  const int keptOpen = ::open(device.c_str(), O_RDWR | O_NOCTTY);
+  box.write("Docks.INI", "[Dock 1]\nVendorID=5245\nProductID=4000\nCOMport=60\nDevice=" + device + "\n");
+  const Outcome stopped = box.run("legacy retrieve --json --port 60 --out stopped",
+                                  "& program=$!; sleep 3; kill -TERM $program; wait $program");
+  EXPECT_EQ(stopped.Status, 1);
+  EXPECT_EQ(Json::parse(stopped.Out).at("return_code"), 10013) << stopped.Err;
+  EXPECT_NE(box.content("stopped/session.log").find("10013"), std::string::npos) << stopped.Err;
+  ::close(keptOpen);
+  ::close(terminal);
+}
+
+}  // namespace
