@@ -95,8 +95,6 @@ int runLegacyConfigure(const CommonOptions& common, const ReaderOptions& reader,
                                   {"start_time_local", good ? Json(startText) : Json()}},
                                  words.str());
   if (countsNone) std::cerr << "This model counts no steps: it records activity alone.\n";
-  if (good && subject.Get_Gender().empty())
-    std::cerr << "Without a gender, retrieving ends with 10014 unless --repair is given.\n";
   return status;
 }
 

@@ -101,12 +101,13 @@ int runLegacyRetrieve(const CommonOptions& common, const ReaderOptions& reader,
   if (!details.Memory.empty())
     std::cerr << "What was read of the memory, " << details.Memory.size() << " bytes, is in "
               << options.Folder << "/raw.bin.\n";
-  if (!session.traffic().empty())
-    std::cerr << "What passed on the link is in "
-              << files.writeSessionLog("wristlog " + session.main().Get_Version() +
-                                       ", legacy retrieve, code " + std::to_string(result.Code) + ": " +
-                                       session.meaningOf(result.Code) + "\n\n" + session.traffic())
-              << "; send it along when you ask for help.\n";
+  const std::string traffic =
+      session.traffic().empty() ? "Nothing came from the logger.\n" : session.traffic();
+  std::cerr << "What passed on the link is in "
+            << files.writeSessionLog("wristlog " + session.main().Get_Version() + ", legacy retrieve, code " +
+                                     std::to_string(result.Code) + ": " + session.meaningOf(result.Code) +
+                                     "\n\n" + traffic)
+            << "; send it along when you ask for help.\n";
   return status;
 }
 

@@ -80,7 +80,7 @@ constexpr std::array<Meaning, 52> Meanings{{
 }};
 
 /// What the codes mean of the workflows with a Pendreader, where that is something of their own.
-constexpr std::array<Meaning, 25> LegacyMeanings{{
+constexpr std::array<Meaning, 27> LegacyMeanings{{
     {3001,
      "The logger does not answer. Seat it in the reader anew; its battery may have to be replaced, or "
      "another "
@@ -100,6 +100,9 @@ constexpr std::array<Meaning, 25> LegacyMeanings{{
     {10008, "The Pendreader's port could not be opened."},
     {10009, "What is in the reader is no Pendrel logger known here."},
     {10010, "The logger's firmware version cannot be read. It needs service."},
+    {10012, "What the logger stored is not what was sent. Try again; its battery may have to be replaced."},
+    {10013,
+     "Aborted. A logger that was being configured must be configured again; otherwise nothing is lost."},
     {10014, "The subject's details in the logger are incomplete. retrieve --repair takes them as they are."},
     {10016,
      "How much was recorded cannot be read from the logger. retrieve --repair reads its whole memory."},
@@ -114,7 +117,7 @@ constexpr std::array<Meaning, 25> LegacyMeanings{{
     {10108, "The logger's answers are damaged. Clean the contacts, try another cable, and try again."},
     {10111, "The start had passed before the logger could be told. Try again."},
     {10112, "The start is too near, or too far, for the logger to wait for. Choose another."},
-    {10113, "The logger did not repeat its waiting time as it was sent. Try again."},
+    {10113, "The logger did not repeat its waiting time as it was sent. Configure it again."},
 }};
 
 struct Verdict {

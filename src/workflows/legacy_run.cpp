@@ -6,6 +6,7 @@
 
 #include "errors/GlobalState.h"
 #include "pendrel/Pendrel.h"
+#include "platform/platform.h"
 #include "workflows/return_codes.h"
 
 namespace hy_wristlog {
@@ -27,6 +28,8 @@ bool LegacyRun::open(Pendrel& logger, std::int16_t port) {
 }
 
 bool LegacyRun::aborted() {
+  // What came in while something slept.
+  platform::current().serveEvents();
   if (!state_.AbortFlag) return false;
   abort();
   return true;
