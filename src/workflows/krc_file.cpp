@@ -43,11 +43,12 @@ std::vector<std::string> headLines(const Pendrel& logger) {
 void addSamples(std::vector<std::string>& lines, const PendrelRecord& record) {
   const bool hasSteps =
       record.Get_DeviceType() == KR_PENDREL_CRC_STEPS && record.AcquisitionMode == PD_Mode_ActivityAndSteps;
+  const NumberFormat counts("####0"), steps("#####0.0");
   for (std::int32_t i = 0; i < record.Samples; ++i) {
-    std::string line = formatNumber(fault::at(record.ActivityArray, i), "####0");
+    std::string line = counts(fault::at(record.ActivityArray, i));
     if (hasSteps) {
-      const std::int32_t steps = fault::at(record.StepsArray, i);
-      line += " , " + formatNumber(steps == EmptySteps ? 0 : steps, "#####0.0");
+      const std::int32_t counted = fault::at(record.StepsArray, i);
+      line += " , " + steps(counted == EmptySteps ? 0 : counted);
     }
     if (fault::at(record.MarkerArray, i) == Tristate::True) line += " M";
     lines.push_back(std::move(line));
