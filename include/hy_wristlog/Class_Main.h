@@ -79,6 +79,9 @@ class HY_WRISTLOG_API Class_Main {
   /// abort broke off. GetStatus is not stopped.
   void AbortComms();
 
+  /// For the library's own rooms.
+  MainState& inside() { return *state_; }
+
  private:
   friend class LegacyWorkflows;
 

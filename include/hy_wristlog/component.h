@@ -12,9 +12,29 @@
 /// whoever receives a string, an array or a description frees it, with the functions at the end of this file
 /// or with `free`.
 ///
-/// An object belongs to the thread that made it. `AddRef` and `Release` may come from any thread; every other
-/// call from another thread is answered with HY_RPC_E_WRONG_THREAD. Null pointers are answered with
-/// HY_E_POINTER.
+/// An object belongs to the thread that made it, and so do its connection points and enumerators. `AddRef`
+/// and `Release` may come from any thread; every other call from another thread is answered with
+/// HY_RPC_E_WRONG_THREAD. When another thread releases the last reference, the object ends at the owner's next
+/// call into the library, or with the owner. Class factories and type information may be used by any thread.
+/// Null pointers are answered with HY_E_POINTER, calls on an object that has been released with
+/// HY_RPC_E_DISCONNECTED as long as its memory has not become another object's.
+///
+/// Values. Numbers are converted to the type of a property or argument (to the nearest whole number, halves to
+/// even; HY_DISP_E_OVERFLOW when they do not fit), numeric text and truth values too; dates come as HY_VT_DATE,
+/// enumerations as HY_VT_I4. Text keeps NULs inside it; an unpaired surrogate becomes U+FFFD. Arrays are of
+/// HyVariant, from 0, HY_VT_EMPTY where nothing was stored; an array that was never filled is HY_VT_EMPTY,
+/// one that the recording has no values for has one empty element with both bounds -1. Objects as arguments
+/// must be of this library (HY_DISP_E_TYPEMISMATCH).
+///
+/// Variables for results are passed by reference: HY_VT_BYREF | HY_VT_VARIANT, or HY_VT_BYREF with the
+/// argument's own type. They must be initialised, since what they hold is freed. What is passed by value
+/// instead gets no result. An object of `Class_Main` or a logger that is asked for a second workflow inside an
+/// event of the first one refuses with failure 5.
+///
+/// Events. `Class_VardenLogger` and `Class_Pendrel` tell their own. A workflow makes its own logger, so an
+/// object of `Class_Main` has a connection point for HY_DIID_VARDEN_LOGGER_EVENTS too: its sinks hear every
+/// logger that the object works with, from the first moment of a workflow. Inside an event `AbortComms` may be
+/// called, sinks connected and disconnected, and objects released.
 #ifndef HY_WRISTLOG_COMPONENT_H
 #define HY_WRISTLOG_COMPONENT_H
 
@@ -43,7 +63,9 @@ typedef int32_t HyResult;
 #define HY_E_UNEXPECTED ((HyResult)0x8000FFFF)
 #define HY_E_OUTOFMEMORY ((HyResult)0x8007000E)
 #define HY_E_INVALIDARG ((HyResult)0x80070057)
+#define HY_RPC_E_DISCONNECTED ((HyResult)0x80010108)
 #define HY_RPC_E_WRONG_THREAD ((HyResult)0x8001010E)
+#define HY_DISP_E_UNKNOWNINTERFACE ((HyResult)0x80020001)
 #define HY_DISP_E_MEMBERNOTFOUND ((HyResult)0x80020003)
 #define HY_DISP_E_PARAMNOTFOUND ((HyResult)0x80020004)
 #define HY_DISP_E_TYPEMISMATCH ((HyResult)0x80020005)
@@ -53,7 +75,6 @@ typedef int32_t HyResult;
 #define HY_DISP_E_EXCEPTION ((HyResult)0x80020009)
 #define HY_DISP_E_OVERFLOW ((HyResult)0x8002000A)
 #define HY_DISP_E_BADINDEX ((HyResult)0x8002000B)
-#define HY_DISP_E_UNKNOWNINTERFACE ((HyResult)0x80020001)
 #define HY_DISP_E_BADPARAMCOUNT ((HyResult)0x8002000E)
 #define HY_DISP_E_PARAMNOTOPTIONAL ((HyResult)0x8002000F)
 #define HY_TYPE_E_ELEMENTNOTFOUND ((HyResult)0x8002802B)
@@ -435,7 +456,7 @@ typedef struct HyTypeAttr {
   uint16_t wMinorVerNum;
   HyTypeDesc tdescAlias;
   struct {
-    uint32_t dwReserved;
+    uintptr_t dwReserved;
     uint16_t wIDLFlags;
   } idldescType;
 } HyTypeAttr;

@@ -13,7 +13,7 @@ std::string Class_Subject::Get_Age() const {
   return procedure.run([&] { return std::to_string(Tools().fncAgeDiff(DOB_, now())); });
 }
 
-void Class_Subject::Let_Gender(std::string_view value) {
+void Class_Subject::Let_Gender(const std::string& value) {
   const std::string ansi = ansiTextFromUtf8(value).substr(0, 1);
   Gender_ = utf8FromAnsiText(asciiUpper(ansi));
 }

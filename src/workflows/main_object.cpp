@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "errors/GlobalState.h"
 #include "errors/Procedure.h"
@@ -15,8 +16,16 @@ constexpr DockedModel Kestrin2{KR_TOLKA, "Kestrin 2", VardenMode_ActivityAndStan
 
 }  // namespace
 
+void MainState::follow(std::shared_ptr<LoggerEvents> follower) {
+  ActiveLogger->unsubscribe(Follower);
+  Follower = std::move(follower);
+  ActiveLogger->subscribe(Follower);
+}
+
 void MainState::makeActiveLogger() {
+  ActiveLogger->unsubscribe(Follower);
   ActiveLogger = std::make_shared<Class_VardenLogger>();
+  ActiveLogger->subscribe(Follower);
   platform::current().host().workflowStarted(ActiveLogger);
 }
 

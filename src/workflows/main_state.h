@@ -15,6 +15,8 @@ namespace hy_wristlog {
 struct MainState {
   std::shared_ptr<Class_Pendrel> LegacyLogger = std::make_shared<Class_Pendrel>();
   std::shared_ptr<Class_VardenLogger> ActiveLogger = std::make_shared<Class_VardenLogger>();
+  /// Hears the events of each ActiveLogger in its turn; may be null.
+  std::shared_ptr<LoggerEvents> Follower;
   bool AbortFlag = false;
   std::int16_t LegacyCOMport = 0;
   bool LegacyClearMemoryOnConfigure = true;
@@ -24,6 +26,7 @@ struct MainState {
 
   VardenLogger& logger() { return ActiveLogger->inside(); }
   Pendrel& pendrel() { return LegacyLogger->inside(); }
+  void follow(std::shared_ptr<LoggerEvents> follower);
   /// Puts a new logger in the place of the last one and shows it to the host.
   void makeActiveLogger();
 };

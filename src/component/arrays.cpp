@@ -1,0 +1,111 @@
+#include "component/arrays.h"
+
+#include <cstring>
+#include <limits>
+#include <new>
+
+#include "component/refusal.h"
+#include "component/variants.h"
+
+namespace hy_wristlog::component {
+namespace {
+
+/// Far above any recording.
+constexpr std::uint32_t MostElements = 1U << 26;
+
+void store(HyVariant& to, std::int32_t element) {
+  to.vt = HY_VT_I4;
+  to.lVal = element;
+}
+void store(HyVariant& to, float element) {
+  to.vt = HY_VT_R4;
+  to.fltVal = element;
+}
+void store(HyVariant& to, Tristate element) {
+  to.vt = HY_VT_BOOL;
+  to.boolVal = element == Tristate::True ? HY_TRUE : HY_FALSE;
+}
+
+/// With all elements empty.
+HyArray* newVariants(std::size_t count, std::int32_t lowerBound) {
+  if (count > MostElements) throw std::bad_alloc();
+  auto* array = static_cast<HyArray*>(std::calloc(1, sizeof(HyArray)));
+  void* elements = std::calloc(count > 0 ? count : 1, sizeof(HyVariant));
+  if (array == nullptr || elements == nullptr) {
+    std::free(array);
+    std::free(elements);
+    throw std::bad_alloc();
+  }
+  array->cDims = 1;
+  array->fFeatures = HY_FADF_VARIANT;
+  array->cbElements = sizeof(HyVariant);
+  array->pvData = elements;
+  array->rgsabound[0] = {static_cast<std::uint32_t>(count), lowerBound};
+  return array;
+}
+
+template <class Series>
+HyArray* arrayOf(const Series& series) {
+  HyArray* array = newVariants(series.size(), 0);
+  auto* to = static_cast<HyVariant*>(array->pvData);
+  for (const auto element : series) {
+    if (!isEmpty(element)) store(*to, element);
+    ++to;
+  }
+  return array;
+}
+
+void take(const HyVariant& value, std::int32_t& element) {
+  using Limits = std::numeric_limits<std::int32_t>;
+  element = value.vt == HY_VT_EMPTY
+                ? EmptyActivity
+                : static_cast<std::int32_t>(wholeNumberOf(value, Limits::min(), Limits::max()));
+}
+void take(const HyVariant& value, float& element) {
+  element = value.vt == HY_VT_EMPTY ? EmptyLight : singleOf(value);
+}
+void take(const HyVariant& value, Tristate& element) {
+  element = value.vt == HY_VT_EMPTY ? Tristate::Empty : truthOf(value) ? Tristate::True : Tristate::False;
+}
+
+template <class Series>
+void takeElements(const HyVariant& value, Series& series) {
+  series.clear();
+  if (value.vt == HY_VT_EMPTY) return;
+  if (!(value.vt & HY_VT_ARRAY)) throw Refusal{HY_DISP_E_TYPEMISMATCH};
+  const HyArray* array = value.parray;
+  if (array == nullptr) return;
+  const auto type = static_cast<std::uint16_t>(value.vt & HY_VT_TYPEMASK);
+  const std::size_t size = sizeOf(type);
+  if (array->cDims != 1 || size == 0 || array->cbElements != size) throw Refusal{HY_DISP_E_TYPEMISMATCH};
+  const std::uint32_t count = array->rgsabound[0].cElements;
+  if (count > MostElements) throw Refusal{HY_E_INVALIDARG};
+  if (count > 0 && array->pvData == nullptr) throw Refusal{HY_E_POINTER};
+  series.resize(count);
+  const auto* from = static_cast<const std::uint8_t*>(array->pvData);
+  for (auto& element : series) {
+    HyVariant variant{};
+    if (type == HY_VT_VARIANT) {
+      std::memcpy(&variant, from, size);
+      variant = valueOf(variant);
+    } else {
+      variant.vt = type;
+      std::memcpy(&variant.llVal, from, size);
+    }
+    take(variant, element);
+    from += size;
+  }
+}
+
+}  // namespace
+
+HyArray* newArray(const std::vector<std::int32_t>& series) { return arrayOf(series); }
+HyArray* newArray(const LightSeries& series) { return arrayOf(series); }
+HyArray* newArray(const TristateSeries& series) { return arrayOf(series); }
+HyArray* newArrayBelowZero() { return newVariants(1, -1); }
+
+void takeSeries(const HyVariant& value, std::vector<std::int32_t>& series) { takeElements(value, series); }
+void takeSeries(const HyVariant& value, LightSeries& series) { takeElements(value, series); }
+void takeSeries(const HyVariant& value, TristateSeries& series) { takeElements(value, series); }
+
+}  // namespace hy_wristlog::component

@@ -1,0 +1,156 @@
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "component/enumerator.h"
+#include "component/guid.h"
+#include "component/object.h"
+#include "component/vtables.h"
+
+namespace hy_wristlog::component {
+namespace {
+
+/// The connection point of an object, which it keeps.
+class PointBody final : public Body {
+ public:
+  PointBody(Shell& container, const ObjectBody& object)
+      : Container(container), Events(*object.Table.Events), Sinks(object.Sinks) {
+    addReference(container);
+  }
+  ~PointBody() override {
+    // Another one may stand in its place, when another thread released this one.
+    auto* object = static_cast<ObjectBody*>(Container.Content.get());
+    if (object != nullptr && object->Point == Self) object->Point = nullptr;
+    release(Container);
+  }
+  int facetOf(const HyGuid& interfaceId) const override {
+    return interfaceId == HY_IID_UNKNOWN || interfaceId == HY_IID_CONNECTION_POINT ? 0 : -1;
+  }
+
+  Shell& Container;
+  const Shell* Self = nullptr;
+  const HyGuid& Events;
+  const std::shared_ptr<SinkList> Sinks;
+};
+
+struct ConnectionItems {
+  using Item = HyConnectData;
+  static void hold(const Item& item) { item.pUnk->lpVtbl->AddRef(item.pUnk); }
+  static void drop(const Item& item) { item.pUnk->lpVtbl->Release(item.pUnk); }
+  static const HyGuid& interfaceId() { return HY_IID_ENUM_CONNECTIONS; }
+};
+
+struct PointItems {
+  using Item = HyConnectionPoint*;
+  static void hold(Item item) { item->lpVtbl->AddRef(item); }
+  static void drop(Item item) { item->lpVtbl->Release(item); }
+  static const HyGuid& interfaceId() { return HY_IID_ENUM_CONNECTION_POINTS; }
+};
+
+using Connections = Enumerator<HyEnumConnections, HyEnumConnectionsVtable, ConnectionItems>;
+using Points = Enumerator<HyEnumConnectionPoints, HyEnumConnectionPointsVtable, PointItems>;
+
+HyResult getConnectionInterface(HyConnectionPoint* self, HyGuid* interfaceId) noexcept {
+  if (interfaceId == nullptr) return HY_E_POINTER;
+  return call<PointBody>(self, [&](const PointBody& point) {
+    *interfaceId = point.Events;
+    return HY_S_OK;
+  });
+}
+
+HyResult getConnectionPointContainer(HyConnectionPoint* self,
+                                     HyConnectionPointContainer** container) noexcept {
+  if (container == nullptr) return HY_E_POINTER;
+  *container = nullptr;
+  return call<PointBody>(self, [&](const PointBody& point) {
+    addReference(point.Container);
+    *container = facetAs<HyConnectionPointContainer>(point.Container, ObjectBody::ContainerFacet);
+    return HY_S_OK;
+  });
+}
+
+HyResult advise(HyConnectionPoint* self, HyUnknown* sink, std::uint32_t* cookie) noexcept {
+  if (cookie == nullptr) return HY_E_POINTER;
+  *cookie = 0;
+  if (sink == nullptr) return HY_E_POINTER;
+  return call<PointBody>(self, [&](const PointBody& point) {
+    void* found = nullptr;
+    for (const HyGuid* wanted : {&point.Events, &HY_IID_DISPATCH}) {
+      if (sink->lpVtbl->QueryInterface(sink, wanted, &found) >= 0 && found != nullptr) break;
+      found = nullptr;
+    }
+    if (found == nullptr) return HY_CONNECT_E_CANNOTCONNECT;
+    auto* dispatch = static_cast<HyDispatch*>(found);
+    try {
+      *cookie = point.Sinks->connect(dispatch);
+    } catch (...) {
+      dispatch->lpVtbl->Release(dispatch);
+      throw;
+    }
+    return HY_S_OK;
+  });
+}
+
+HyResult unadvise(HyConnectionPoint* self, std::uint32_t cookie) noexcept {
+  return call<PointBody>(self, [&](const PointBody& point) {
+    return point.Sinks->disconnect(cookie) ? HY_S_OK : HY_CONNECT_E_NOCONNECTION;
+  });
+}
+
+HyResult enumConnections(HyConnectionPoint* self, HyEnumConnections** connections) noexcept {
+  if (connections == nullptr) return HY_E_POINTER;
+  *connections = nullptr;
+  return call<PointBody>(self, [&](const PointBody& point) {
+    *connections = Connections::make(point.Sinks->connections());
+    return HY_S_OK;
+  });
+}
+
+constexpr HyConnectionPointVtable PointVtable{queryInterface<HyConnectionPoint>,
+                                              addReferenceTo<HyConnectionPoint>,
+                                              releaseOf<HyConnectionPoint>,
+                                              getConnectionInterface,
+                                              getConnectionPointContainer,
+                                              advise,
+                                              unadvise,
+                                              enumConnections};
+
+HyConnectionPoint* givePoint(Shell& container, ObjectBody& object) {
+  // A point that another thread has just released is on its way out; it is not given again.
+  if (object.Point == nullptr || addReference(*object.Point) == 0) {
+    object.Point = &makeShell(std::make_unique<PointBody>(container, object), {&PointVtable});
+    static_cast<PointBody&>(*object.Point->Content).Self = object.Point;
+  }
+  return facetAs<HyConnectionPoint>(*object.Point, 0);
+}
+
+HyResult enumConnectionPoints(HyConnectionPointContainer* self, HyEnumConnectionPoints** points) noexcept {
+  if (points == nullptr) return HY_E_POINTER;
+  *points = nullptr;
+  return call<ObjectBody>(self, [&](ObjectBody& object) {
+    std::vector<HyConnectionPoint*> all(1);
+    all[0] = givePoint(shellOf(self), object);
+    *points = Points::make(std::move(all));
+    return HY_S_OK;
+  });
+}
+
+HyResult findConnectionPoint(HyConnectionPointContainer* self, const HyGuid* interfaceId,
+                             HyConnectionPoint** point) noexcept {
+  if (point == nullptr) return HY_E_POINTER;
+  *point = nullptr;
+  if (interfaceId == nullptr) return HY_E_POINTER;
+  return call<ObjectBody>(self, [&](ObjectBody& object) {
+    if (!(*interfaceId == *object.Table.Events)) return HY_CONNECT_E_NOCONNECTION;
+    *point = givePoint(shellOf(self), object);
+    return HY_S_OK;
+  });
+}
+
+}  // namespace
+
+constinit const HyConnectionPointContainerVtable ContainerVtable{
+    queryInterface<HyConnectionPointContainer>, addReferenceTo<HyConnectionPointContainer>,
+    releaseOf<HyConnectionPointContainer>, enumConnectionPoints, findConnectionPoint};
+
+}  // namespace hy_wristlog::component

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+
+#include "hy_wristlog/component.h"
+#include "hy_wristlog/logger_events.h"
+
+namespace hy_wristlog {
+class Class_Main;
+class Class_Pendrel;
+class Class_Subject;
+class Class_VardenLogger;
+}  // namespace hy_wristlog
+
+namespace hy_wristlog::component {
+
+class Arguments;
+struct ClassTable;
+
+/// The type of a value at the boundary; `Object` is the class of an object.
+struct ValueType {
+  std::uint16_t Type = HY_VT_EMPTY;
+  const ClassTable* Object = nullptr;
+};
+
+enum class Way : std::uint8_t { In, Out, InOut };
+
+constexpr std::size_t MostParameters = 16;
+
+struct Parameter {
+  const char* Name;
+  Way Direction;
+  ValueType Type;
+};
+
+/// Reads, writes or calls a member of `instance`.
+using Run = void (*)(void* instance, Arguments& arguments, HyVariant& result);
+
+struct Operation {
+  std::uint16_t Kind = 0;  ///< HY_DISPATCH_METHOD, _PROPERTYGET or _PROPERTYPUT
+  ValueType Type;          ///< what it gives, or takes
+  Run Perform = nullptr;
+};
+
+/// A property with one or two operations, or a method with one.
+struct Member {
+  const char* Name;
+  Operation Operations[2];
+  std::span<const Parameter> Parameters = {};
+  std::size_t Required = 0;
+  bool Workflow = false;  ///< does not run inside another one of the same object
+
+  const Operation* find(std::uint16_t kinds) const {
+    for (const Operation& operation : Operations)
+      if (operation.Kind & kinds) return &operation;
+    return nullptr;
+  }
+};
+
+/// Who hears the events of an object.
+using Listen = void (*)(void* instance, const std::shared_ptr<LoggerEvents>& listener);
+
+/// A class at the boundary. The number of a member is its place, from 1.
+struct ClassTable {
+  const char* Name;
+  HyGuid ClassId, InterfaceId;
+  std::span<const Member> Members;
+  std::shared_ptr<void> (*Make)();
+  /// The event set that its connection point serves; none: null.
+  const HyGuid* Events;
+  bool DeclaresEvents;  ///< as its own
+  Listen Subscribe, Unsubscribe;
+
+  const Member* find(std::int32_t number) const {
+    return number >= 1 && static_cast<std::size_t>(number) <= Members.size()
+               ? &Members[static_cast<std::size_t>(number) - 1]
+               : nullptr;
+  }
+};
+
+extern const ClassTable MainTable, VardenLoggerTable, PendrelTable, SubjectTable;
+inline constexpr const ClassTable* Classes[] = {&MainTable, &VardenLoggerTable, &PendrelTable, &SubjectTable};
+
+template <class Class>
+constexpr const ClassTable* TableOf = nullptr;
+template <>
+inline constexpr const ClassTable* TableOf<Class_Main> = &MainTable;
+template <>
+inline constexpr const ClassTable* TableOf<Class_VardenLogger> = &VardenLoggerTable;
+template <>
+inline constexpr const ClassTable* TableOf<Class_Pendrel> = &PendrelTable;
+template <>
+inline constexpr const ClassTable* TableOf<Class_Subject> = &SubjectTable;
+
+}  // namespace hy_wristlog::component

@@ -1,0 +1,64 @@
+#include "component/object.h"
+
+#include <utility>
+
+#include "component/apartment.h"
+#include "component/guid.h"
+#include "component/vtables.h"
+
+namespace hy_wristlog::component {
+
+ObjectBody::ObjectBody(const ClassTable& table, std::shared_ptr<void> instance)
+    : Table(table),
+      Instance(std::move(instance)),
+      Sinks(table.Events != nullptr ? std::make_shared<SinkList>() : nullptr) {
+  if (!Sinks) return;
+  listener_ = makeListener(Sinks);
+  Table.Subscribe(Instance.get(), listener_);
+}
+
+ObjectBody::~ObjectBody() {
+  Apartment::hereIfAny()->forgetObject(Instance.get());
+  if (!Sinks) return;
+  Table.Unsubscribe(Instance.get(), listener_);
+  Sinks->clear();
+}
+
+int ObjectBody::facetOf(const HyGuid& interfaceId) const {
+  if (interfaceId == HY_IID_UNKNOWN || interfaceId == HY_IID_DISPATCH || interfaceId == Table.InterfaceId)
+    return DispatchFacet;
+  if (interfaceId == HY_IID_PROVIDE_CLASS_INFO) return ClassInfoFacet;
+  if (interfaceId == HY_IID_CONNECTION_POINT_CONTAINER && Sinks) return ContainerFacet;
+  return -1;
+}
+
+HyDispatch* wrap(const ClassTable& table, const std::shared_ptr<void>& instance) {
+  if (!instance) return nullptr;
+  Apartment& apartment = Apartment::here();
+  Shell* shell = apartment.findObject(instance.get());
+  if (shell == nullptr) {
+    shell = &makeShell(std::make_unique<ObjectBody>(table, instance),
+                       {&DispatchVtable, &ContainerVtable, &ClassInfoVtable});
+    try {
+      apartment.keepObject(instance.get(), *shell);
+    } catch (...) {
+      release(*shell);
+      throw;
+    }
+  }
+  return facetAs<HyDispatch>(*shell, ObjectBody::DispatchFacet);
+}
+
+std::shared_ptr<void> unwrap(const ClassTable& table, HyUnknown* object) {
+  if (object == nullptr) return nullptr;
+  const void* vtable = object->lpVtbl;
+  if (vtable != &DispatchVtable && vtable != &ContainerVtable && vtable != &ClassInfoVtable)
+    throw Refusal{HY_DISP_E_TYPEMISMATCH};
+  const Shell& shell = shellOf(object);
+  if (const HyResult refused = enter(shell); refused != HY_S_OK) throw Refusal{refused};
+  const auto& body = static_cast<const ObjectBody&>(*shell.Content);
+  if (&body.Table != &table) throw Refusal{HY_DISP_E_TYPEMISMATCH};
+  return body.Instance;
+}
+
+}  // namespace hy_wristlog::component

@@ -1,0 +1,140 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "component/refusal.h"
+#include "hy_wristlog/component.h"
+
+namespace hy_wristlog::component {
+
+class Apartment;
+struct Shell;
+
+/// What an interface pointer that is handed out points to.
+struct Facet : HyUnknown {
+  Shell* Owner = nullptr;
+};
+
+/// What a component is, behind its shell.
+class Body {
+ public:
+  Body() = default;
+  Body(const Body&) = delete;
+  Body& operator=(const Body&) = delete;
+  virtual ~Body() = default;
+  /// Which facet has this interface; -1 for none. Facet 0 is the component's identity.
+  virtual int facetOf(const HyGuid& interfaceId) const = 0;
+};
+
+/// A component as its users hold it: interfaces and a count of references. Memory of a shell is never given
+/// back while others are in use, so a call on a released component finds a count of 0 instead of freed
+/// memory.
+struct Shell {
+  static constexpr std::size_t MostFacets = 3;
+
+  std::atomic<std::uint32_t> References = 0;
+  std::array<Facet, MostFacets> Facets;
+  std::shared_ptr<Apartment> Home;  ///< of the thread that it belongs to
+  std::unique_ptr<Body> Content;    ///< none once the component or its thread has ended
+  std::size_t Position = 0;         ///< among the shells of its home
+  Shell* Next = nullptr;            ///< in the list of released ones
+
+  HyUnknown* identity() { return Facets.data(); }
+};
+
+/// What another thread may do: nothing happens to a component that has been released.
+std::uint32_t addReference(Shell& shell) noexcept;
+/// Ends the component with its last reference, on its own thread.
+std::uint32_t release(Shell& shell) noexcept;
+
+/// A new component with one reference, of the calling thread. The vtables stand in the order of its facets.
+Shell& makeShell(std::unique_ptr<Body> body, std::initializer_list<const void*> vtables);
+
+/// HY_S_OK when the calling thread may call the component.
+HyResult enter(const Shell& shell);
+
+/// How many components, locks and references to factories and type descriptions there are.
+std::atomic<std::int64_t>& inUse();
+
+template <class Interface>
+Shell& shellOf(Interface* self) {
+  return *static_cast<Facet*>(reinterpret_cast<HyUnknown*>(self))->Owner;
+}
+
+template <class Interface>
+Interface* facetAs(Shell& shell, int facet) {
+  return reinterpret_cast<Interface*>(
+      static_cast<HyUnknown*>(&shell.Facets[static_cast<std::size_t>(facet)]));
+}
+
+/// Holds a component during a call.
+class Hold {
+ public:
+  explicit Hold(Shell& shell) : shell_(shell) { addReference(shell); }
+  Hold(const Hold&) = delete;
+  Hold& operator=(const Hold&) = delete;
+  ~Hold() { release(shell_); }
+
+ private:
+  Shell& shell_;
+};
+
+/// Lets no exception out.
+template <class Action>
+HyResult guarded(Action&& action) noexcept {
+  try {
+    return action();
+  } catch (const Refusal& refusal) {
+    return refusal.Result;
+  } catch (const std::bad_alloc&) {
+    return HY_E_OUTOFMEMORY;
+  } catch (...) {
+    return HY_E_UNEXPECTED;
+  }
+}
+
+/// One call from outside.
+template <class BodyType, class Interface, class Action>
+HyResult call(Interface* self, Action&& action) noexcept {
+  if (self == nullptr) return HY_E_POINTER;
+  Shell& shell = shellOf(self);
+  return guarded([&] {
+    if (const HyResult refused = enter(shell); refused != HY_S_OK) return refused;
+    const Hold hold(shell);
+    return static_cast<HyResult>(action(static_cast<BodyType&>(*shell.Content)));
+  });
+}
+
+/// The members that every interface begins with.
+template <class Interface>
+HyResult queryInterface(Interface* self, const HyGuid* interfaceId, void** object) noexcept {
+  if (object == nullptr) return HY_E_POINTER;
+  *object = nullptr;
+  if (interfaceId == nullptr) return HY_E_POINTER;
+  return call<Body>(self, [&](const Body& body) {
+    const int facet = body.facetOf(*interfaceId);
+    if (facet < 0) return HY_E_NOINTERFACE;
+    Shell& shell = shellOf(self);
+    addReference(shell);
+    *object = facetAs<void>(shell, facet);
+    return HY_S_OK;
+  });
+}
+
+template <class Interface>
+std::uint32_t addReferenceTo(Interface* self) noexcept {
+  return self != nullptr ? addReference(shellOf(self)) : 0;
+}
+
+template <class Interface>
+std::uint32_t releaseOf(Interface* self) noexcept {
+  return self != nullptr ? release(shellOf(self)) : 0;
+}
+
+}  // namespace hy_wristlog::component

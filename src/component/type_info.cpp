@@ -1,0 +1,287 @@
+#include "component/type_info.h"
+
+#include <cstdlib>
+#include <deque>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "component/class_factory.h"
+#include "component/function_description.h"
+#include "component/names.h"
+#include "component/permanent.h"
+#include "component/strings.h"
+
+namespace hy_wristlog::component {
+namespace {
+
+constexpr Parameter CommEventErrorParameters[] = {{"ErrorNum", Way::In, {HY_VT_I4}},
+                                                  {"ErrorDescription", Way::InOut, {HY_VT_BSTR}}};
+constexpr Parameter CommProgressParameters[] = {{"ProgressText", Way::InOut, {HY_VT_BSTR}}};
+
+/// In the order of the events' numbers.
+constexpr Member Events[] = {
+    {"CommEventError", {{HY_DISPATCH_METHOD, {HY_VT_VOID}}}, CommEventErrorParameters, 2},
+    {"CommProgress", {{HY_DISPATCH_METHOD, {HY_VT_VOID}}}, CommProgressParameters, 1},
+    {"AbortAcknowledged", {{HY_DISPATCH_METHOD, {HY_VT_VOID}}}},
+};
+
+struct Info : Permanent<HyTypeInfo> {
+  std::string Name;
+  HyGuid Id{};
+  std::span<const Member> Members;     ///< of an interface or event set
+  const ClassTable* Class = nullptr;   ///< of a class
+  std::vector<std::uint32_t> Parts{};  ///< of a class: references to its interface and event set
+};
+
+/// All there are; a reference to one is its place, from 1.
+struct Catalogue {
+  Catalogue();
+  std::deque<Info> All;
+
+  Info* find(std::uint32_t reference) {
+    return reference >= 1 && reference <= All.size() ? &All[reference - 1] : nullptr;
+  }
+  std::uint32_t add(std::string name, const HyGuid& id) {
+    Info& info = All.emplace_back();
+    info.Name = std::move(name);
+    info.Id = id;
+    return static_cast<std::uint32_t>(All.size());
+  }
+};
+
+Catalogue& catalogue() {
+  static Catalogue made;
+  return made;
+}
+
+HyTypeInfo* given(Info& info) {
+  Info::addReference(&info);
+  return &info;
+}
+
+/// Class i's interface stands at 2 i + 1, the class behind it.
+std::uint32_t interfaceReference(const ClassTable& table) {
+  for (std::uint32_t i = 0; i < std::size(Classes); ++i)
+    if (Classes[i] == &table) return 2 * i + 1;
+  return 0;
+}
+
+template <class Action>
+HyResult withInfo(HyTypeInfo* self, Action&& action) noexcept {
+  if (self == nullptr) return HY_E_POINTER;
+  return guarded([&] { return static_cast<HyResult>(action(*static_cast<Info*>(self))); });
+}
+
+const Member* memberOf(const Info& info, std::int32_t number) {
+  return number >= 1 && static_cast<std::size_t>(number) <= info.Members.size()
+             ? &info.Members[static_cast<std::size_t>(number) - 1]
+             : nullptr;
+}
+
+HyResult getTypeAttr(HyTypeInfo* self, HyTypeAttr** attributes) noexcept {
+  if (attributes == nullptr) return HY_E_POINTER;
+  *attributes = nullptr;
+  return withInfo(self, [&](const Info& info) {
+    auto* made = static_cast<HyTypeAttr*>(std::calloc(1, sizeof(HyTypeAttr)));
+    if (made == nullptr) return HY_E_OUTOFMEMORY;
+    const bool isClass = info.Class != nullptr;
+    made->guid = info.Id;
+    made->memidConstructor = made->memidDestructor = HY_DISPID_UNKNOWN;
+    made->typekind = isClass ? HY_TKIND_COCLASS : HY_TKIND_DISPATCH;
+    made->wTypeFlags = isClass ? HY_TYPEFLAG_FCANCREATE : HY_TYPEFLAG_FDISPATCHABLE;
+    made->cbSizeInstance = isClass ? 0 : sizeof(void*);
+    made->cbSizeVft = isClass ? 0 : sizeof(HyDispatchVtable);
+    made->cbAlignment = alignof(void*);
+    made->wMajorVerNum = WRISTLOG_VERSION_MAJOR;
+    made->wMinorVerNum = WRISTLOG_VERSION_MINOR;
+    made->cFuncs = static_cast<std::uint16_t>(functionCount(info.Members));
+    made->cImplTypes = static_cast<std::uint16_t>(info.Parts.size());
+    *attributes = made;
+    return HY_S_OK;
+  });
+}
+
+HyResult getTypeComp(HyTypeInfo*, void** comp) noexcept {
+  if (comp != nullptr) *comp = nullptr;
+  return HY_E_NOTIMPL;
+}
+
+HyResult getFuncDesc(HyTypeInfo* self, std::uint32_t index, HyFuncDesc** description) noexcept {
+  if (description == nullptr) return HY_E_POINTER;
+  *description = nullptr;
+  return withInfo(self, [&](const Info& info) {
+    *description = newFunctionDescription(info.Members, index, &interfaceReference);
+    return *description != nullptr ? HY_S_OK : HY_TYPE_E_ELEMENTNOTFOUND;
+  });
+}
+
+HyResult getVarDesc(HyTypeInfo*, std::uint32_t, void** description) noexcept {
+  if (description == nullptr) return HY_E_POINTER;
+  *description = nullptr;
+  return HY_TYPE_E_ELEMENTNOTFOUND;
+}
+
+HyResult getNames(HyTypeInfo* self, std::int32_t number, HyString* names, std::uint32_t room,
+                  std::uint32_t* count) noexcept {
+  if (names == nullptr || count == nullptr) return HY_E_POINTER;
+  *count = 0;
+  return withInfo(self, [&](const Info& info) {
+    const Member* member = memberOf(info, number);
+    if (member == nullptr) return HY_TYPE_E_ELEMENTNOTFOUND;
+    for (; *count < room && *count <= member->Parameters.size(); ++*count)
+      names[*count] = newString(*count == 0 ? member->Name : member->Parameters[*count - 1].Name);
+    return HY_S_OK;
+  });
+}
+
+HyResult getRefTypeOfImplType(HyTypeInfo* self, std::uint32_t index, std::uint32_t* reference) noexcept {
+  if (reference == nullptr) return HY_E_POINTER;
+  *reference = 0;
+  return withInfo(self, [&](const Info& info) {
+    if (index >= info.Parts.size()) return HY_TYPE_E_ELEMENTNOTFOUND;
+    *reference = info.Parts[index];
+    return HY_S_OK;
+  });
+}
+
+HyResult getImplTypeFlags(HyTypeInfo* self, std::uint32_t index, std::int32_t* flags) noexcept {
+  if (flags == nullptr) return HY_E_POINTER;
+  *flags = 0;
+  return withInfo(self, [&](const Info& info) {
+    if (index >= info.Parts.size()) return HY_TYPE_E_ELEMENTNOTFOUND;
+    *flags = index == 0 ? HY_IMPLTYPEFLAG_FDEFAULT : HY_IMPLTYPEFLAG_FDEFAULT | HY_IMPLTYPEFLAG_FSOURCE;
+    return HY_S_OK;
+  });
+}
+
+HyResult getIdsOfNames(HyTypeInfo* self, std::uint16_t** names, std::uint32_t count,
+                       std::int32_t* ids) noexcept {
+  return withInfo(self, [&](const Info& info) { return findNamesAmong(info.Members, names, count, ids); });
+}
+
+HyResult invoke(HyTypeInfo* self, void* instance, std::int32_t number, std::uint16_t kinds,
+                HyDispParams* params, HyVariant* result, HyExcepInfo* exception,
+                std::uint32_t* argumentInError) noexcept {
+  if (instance == nullptr) return HY_E_POINTER;
+  return withInfo(self, [&](const Info& info) {
+    if (memberOf(info, number) == nullptr) return HY_DISP_E_MEMBERNOTFOUND;
+    auto* object = static_cast<HyDispatch*>(instance);
+    return object->lpVtbl->Invoke(object, number, &HY_GUID_NULL, 0, kinds, params, result, exception,
+                                  argumentInError);
+  });
+}
+
+HyResult getDocumentation(HyTypeInfo* self, std::int32_t number, HyString* name, HyString* text,
+                          std::uint32_t* helpContext, HyString* helpFile) noexcept {
+  if (name != nullptr) *name = nullptr;
+  if (text != nullptr) *text = nullptr;
+  if (helpContext != nullptr) *helpContext = 0;
+  if (helpFile != nullptr) *helpFile = nullptr;
+  return withInfo(self, [&](const Info& info) {
+    const Member* member = memberOf(info, number);
+    if (member == nullptr && number != HY_DISPID_UNKNOWN) return HY_TYPE_E_ELEMENTNOTFOUND;
+    if (name != nullptr) *name = newString(member != nullptr ? member->Name : info.Name);
+    return HY_S_OK;
+  });
+}
+
+HyResult getDllEntry(HyTypeInfo*, std::int32_t, std::int32_t, HyString* dll, HyString* name,
+                     std::uint16_t* ordinal) noexcept {
+  if (dll != nullptr) *dll = nullptr;
+  if (name != nullptr) *name = nullptr;
+  if (ordinal != nullptr) *ordinal = 0;
+  return HY_E_NOTIMPL;
+}
+
+HyResult getRefTypeInfo(HyTypeInfo* self, std::uint32_t reference, HyTypeInfo** typeInfo) noexcept {
+  if (typeInfo == nullptr) return HY_E_POINTER;
+  *typeInfo = nullptr;
+  return withInfo(self, [&](const Info&) {
+    Info* info = catalogue().find(reference);
+    if (info == nullptr) return HY_TYPE_E_ELEMENTNOTFOUND;
+    *typeInfo = given(*info);
+    return HY_S_OK;
+  });
+}
+
+HyResult addressOfMember(HyTypeInfo*, std::int32_t, std::int32_t, void** address) noexcept {
+  if (address != nullptr) *address = nullptr;
+  return HY_E_NOTIMPL;
+}
+
+HyResult create(HyTypeInfo* self, HyUnknown* outer, const HyGuid* interfaceId, void** object) noexcept {
+  if (object == nullptr) return HY_E_POINTER;
+  *object = nullptr;
+  return withInfo(self, [&](const Info& info) {
+    return info.Class != nullptr ? createInstance(*info.Class, outer, interfaceId, object) : HY_E_NOTIMPL;
+  });
+}
+
+HyResult getMops(HyTypeInfo*, std::int32_t, HyString* mops) noexcept {
+  if (mops != nullptr) *mops = nullptr;
+  return HY_E_NOTIMPL;
+}
+
+HyResult getContainingTypeLib(HyTypeInfo*, void** library, std::uint32_t* index) noexcept {
+  if (library != nullptr) *library = nullptr;
+  if (index != nullptr) *index = 0;
+  return HY_E_NOTIMPL;
+}
+
+void releaseTypeAttr(HyTypeInfo*, HyTypeAttr* attributes) noexcept { std::free(attributes); }
+void releaseFuncDesc(HyTypeInfo*, HyFuncDesc* description) noexcept { std::free(description); }
+void releaseVarDesc(HyTypeInfo*, void*) noexcept {}
+
+constexpr HyTypeInfoVtable TypeInfoVtable{Info::query<HY_IID_TYPE_INFO>,
+                                          Info::addReference,
+                                          Info::release,
+                                          getTypeAttr,
+                                          getTypeComp,
+                                          getFuncDesc,
+                                          getVarDesc,
+                                          getNames,
+                                          getRefTypeOfImplType,
+                                          getImplTypeFlags,
+                                          getIdsOfNames,
+                                          invoke,
+                                          getDocumentation,
+                                          getDllEntry,
+                                          getRefTypeInfo,
+                                          addressOfMember,
+                                          create,
+                                          getMops,
+                                          getContainingTypeLib,
+                                          releaseTypeAttr,
+                                          releaseFuncDesc,
+                                          releaseVarDesc};
+
+Catalogue::Catalogue() {
+  for (const ClassTable* table : Classes) {
+    const std::uint32_t own = add(std::string("_") + table->Name, table->InterfaceId);
+    All.back().Members = table->Members;
+    add(table->Name, table->ClassId);
+    All.back().Class = table;
+    All.back().Parts = {own};
+  }
+  for (std::size_t i = 0; i < std::size(Classes); ++i) {
+    if (!Classes[i]->DeclaresEvents) continue;
+    const std::uint32_t events = add(std::string("__") + Classes[i]->Name, *Classes[i]->Events);
+    All.back().Members = Events;
+    All[2 * i + 1].Parts.push_back(events);
+  }
+  for (Info& info : All) info.lpVtbl = &TypeInfoVtable;
+}
+
+}  // namespace
+
+HyTypeInfo* interfaceInfo(const ClassTable& table) {
+  return given(*catalogue().find(interfaceReference(table)));
+}
+
+HyTypeInfo* classInfo(const ClassTable& table) {
+  return given(*catalogue().find(interfaceReference(table) + 1));
+}
+
+}  // namespace hy_wristlog::component
