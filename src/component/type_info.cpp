@@ -1,11 +1,8 @@
 #include "component/type_info.h"
 
 #include <cstdlib>
-#include <deque>
-#include <new>
 #include <string>
-#include <utility>
-#include <vector>
+#include <type_traits>
 
 #include "component/class_factory.h"
 #include "component/function_description.h"
@@ -28,28 +25,33 @@ constexpr Member Events[] = {
 };
 
 struct Info : Permanent<HyTypeInfo> {
-  std::string Name;
+  const char* Prefix = "";  ///< to the name
+  const char* Name = nullptr;
   HyGuid Id{};
-  std::span<const Member> Members;     ///< of an interface or event set
-  const ClassTable* Class = nullptr;   ///< of a class
-  std::vector<std::uint32_t> Parts{};  ///< of a class: references to its interface and event set
+  std::span<const Member> Members;          ///< of an interface or event set
+  const ClassTable* Class = nullptr;        ///< of a class
+  std::uint32_t Parts[2]{}, PartCount = 0;  ///< of a class: references to its interface and event set
 };
 
-/// All there are; a reference to one is its place, from 1.
+/// All there are; a reference to one is its place, from 1. Never taken down, since hosts may hold a
+/// description until the very end.
 struct Catalogue {
   Catalogue();
-  std::deque<Info> All;
+  Info All[3 * std::size(Classes)];
+  std::uint32_t Count = 0;
 
   Info* find(std::uint32_t reference) {
-    return reference >= 1 && reference <= All.size() ? &All[reference - 1] : nullptr;
+    return reference >= 1 && reference <= Count ? &All[reference - 1] : nullptr;
   }
-  std::uint32_t add(std::string name, const HyGuid& id) {
-    Info& info = All.emplace_back();
-    info.Name = std::move(name);
+  Info& add(const char* prefix, const ClassTable& table, const HyGuid& id) {
+    Info& info = All[Count++];
+    info.Prefix = prefix;
+    info.Name = table.Name;
     info.Id = id;
-    return static_cast<std::uint32_t>(All.size());
+    return info;
   }
 };
+static_assert(std::is_trivially_destructible_v<Catalogue>);
 
 Catalogue& catalogue() {
   static Catalogue made;
@@ -97,7 +99,7 @@ HyResult getTypeAttr(HyTypeInfo* self, HyTypeAttr** attributes) noexcept {
     made->wMajorVerNum = WRISTLOG_VERSION_MAJOR;
     made->wMinorVerNum = WRISTLOG_VERSION_MINOR;
     made->cFuncs = static_cast<std::uint16_t>(functionCount(info.Members));
-    made->cImplTypes = static_cast<std::uint16_t>(info.Parts.size());
+    made->cImplTypes = static_cast<std::uint16_t>(info.PartCount);
     *attributes = made;
     return HY_S_OK;
   });
@@ -140,7 +142,7 @@ HyResult getRefTypeOfImplType(HyTypeInfo* self, std::uint32_t index, std::uint32
   if (reference == nullptr) return HY_E_POINTER;
   *reference = 0;
   return withInfo(self, [&](const Info& info) {
-    if (index >= info.Parts.size()) return HY_TYPE_E_ELEMENTNOTFOUND;
+    if (index >= info.PartCount) return HY_TYPE_E_ELEMENTNOTFOUND;
     *reference = info.Parts[index];
     return HY_S_OK;
   });
@@ -150,7 +152,7 @@ HyResult getImplTypeFlags(HyTypeInfo* self, std::uint32_t index, std::int32_t* f
   if (flags == nullptr) return HY_E_POINTER;
   *flags = 0;
   return withInfo(self, [&](const Info& info) {
-    if (index >= info.Parts.size()) return HY_TYPE_E_ELEMENTNOTFOUND;
+    if (index >= info.PartCount) return HY_TYPE_E_ELEMENTNOTFOUND;
     *flags = index == 0 ? HY_IMPLTYPEFLAG_FDEFAULT : HY_IMPLTYPEFLAG_FDEFAULT | HY_IMPLTYPEFLAG_FSOURCE;
     return HY_S_OK;
   });
@@ -182,7 +184,8 @@ HyResult getDocumentation(HyTypeInfo* self, std::int32_t number, HyString* name,
   return withInfo(self, [&](const Info& info) {
     const Member* member = memberOf(info, number);
     if (member == nullptr && number != HY_DISPID_UNKNOWN) return HY_TYPE_E_ELEMENTNOTFOUND;
-    if (name != nullptr) *name = newString(member != nullptr ? member->Name : info.Name);
+    if (name != nullptr)
+      *name = newString(member != nullptr ? member->Name : std::string(info.Prefix) + info.Name);
     return HY_S_OK;
   });
 }
@@ -259,17 +262,16 @@ constexpr HyTypeInfoVtable TypeInfoVtable{Info::query<HY_IID_TYPE_INFO>,
 
 Catalogue::Catalogue() {
   for (const ClassTable* table : Classes) {
-    const std::uint32_t own = add(std::string("_") + table->Name, table->InterfaceId);
-    All.back().Members = table->Members;
-    add(table->Name, table->ClassId);
-    All.back().Class = table;
-    All.back().Parts = {own};
+    add("_", *table, table->InterfaceId).Members = table->Members;
+    Info& info = add("", *table, table->ClassId);
+    info.Class = table;
+    info.Parts[info.PartCount++] = Count - 1;
   }
   for (std::size_t i = 0; i < std::size(Classes); ++i) {
     if (!Classes[i]->DeclaresEvents) continue;
-    const std::uint32_t events = add(std::string("__") + Classes[i]->Name, *Classes[i]->Events);
-    All.back().Members = Events;
-    All[2 * i + 1].Parts.push_back(events);
+    add("__", *Classes[i], *Classes[i]->Events).Members = Events;
+    Info& info = All[2 * i + 1];
+    info.Parts[info.PartCount++] = Count;
   }
   for (Info& info : All) info.lpVtbl = &TypeInfoVtable;
 }

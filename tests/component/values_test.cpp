@@ -1,0 +1,288 @@
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "component_support.h"
+
+namespace hy_wristlog::host {
+namespace {
+
+struct Listed {
+  std::string Name, Access;
+};
+
+/// The members of a class as its table lists them.
+std::vector<Listed> membersOf(const HyGuid& classId) {
+  const auto is = [&](const HyGuid& other) { return memcmp(&classId, &other, sizeof other) == 0; };
+#define HY_COMPUTED(Name, Type) {#Name, "GetOnly"},
+#define HY_TIDIED(Name, Type) {#Name, "GetLet"},
+  if (is(HY_CLSID_SUBJECT))
+    return {
+#define HY_STORED(Name, Type) {#Name, "GetLet"},
+#include "hy_wristlog/subject_properties.inc"
+#undef HY_STORED
+    };
+  if (is(HY_CLSID_PENDREL))
+    return {
+#define HY_STORED(Name, Type, Access) {#Name, #Access},
+#include "hy_wristlog/pendrel_properties.inc"
+#undef HY_STORED
+    };
+  if (is(HY_CLSID_VARDEN_LOGGER))
+    return {
+#define HY_STORED(Name, Type, Access, Copy) {#Name, #Access},
+#include "hy_wristlog/varden_properties.inc"
+#undef HY_STORED
+        {"subVardenConfigCRCreset", "Method"}};
+  return {
+#define HY_PROPERTY(Name, Access) {#Name, #Access},
+#define HY_METHOD(Name, ...) {#Name, "Method"},
+#define HY_WORKFLOW(Name, ...) {#Name, "Method"},
+#include "hy_wristlog/main_members.inc"
+  };
+}
+
+class EveryClass : public testing::TestWithParam<HyGuid> {};
+
+TEST_P(EveryClass, HasItsMembersInSlotOrder) {
+  const auto object = make(GetParam());
+  const auto members = membersOf(GetParam());
+  Ref<HyTypeInfo> info;
+  ASSERT_EQ(object->GetTypeInfo(object.get(), 0, 0, info.receive()), HY_S_OK);
+  std::vector<std::pair<int32_t, int32_t>> expected, found;
+  for (std::size_t i = 0; i < members.size(); ++i) {
+    const auto id = static_cast<int32_t>(i + 1);
+    EXPECT_EQ(idOf(object.get(), members[i].Name), id);
+    std::string shouted = members[i].Name;
+    std::transform(shouted.begin(), shouted.end(), shouted.begin(), ::toupper);
+    EXPECT_EQ(idOf(object.get(), shouted), id);
+    EXPECT_EQ(idOf(object.get(), members[i].Name + "s"), HY_DISPID_UNKNOWN);
+    const std::string access = members[i].Access;
+    if (access == "Method") expected.emplace_back(id, HY_DISPATCH_METHOD);
+    if (access == "LetGet") expected.emplace_back(id, HY_DISPATCH_PROPERTYPUT);
+    if (access != "Method") expected.emplace_back(id, HY_DISPATCH_PROPERTYGET);
+    if (access == "GetLet") expected.emplace_back(id, HY_DISPATCH_PROPERTYPUT);
+
+    const bool readable = access != "Method", writable = access == "GetLet" || access == "LetGet";
+    if (!readable) continue;
+    const Outcome read = invoke(object.get(), id, HY_DISPATCH_PROPERTYGET | HY_DISPATCH_METHOD, {});
+    const bool raises = read.Result == HY_DISP_E_EXCEPTION && read.Code == HY_FAILURE_BASE + 11502;
+    EXPECT_TRUE(read.Result == HY_S_OK || raises) << members[i].Name;
+    EXPECT_EQ(invoke(object.get(), id, HY_DISPATCH_METHOD, {}).Result, HY_DISP_E_MEMBERNOTFOUND);
+    const Outcome written = put(object.get(), members[i].Name, read.Answer);
+    EXPECT_EQ(written.Result, writable ? HY_S_OK : HY_DISP_E_MEMBERNOTFOUND) << members[i].Name;
+  }
+  for (uint32_t f = 0;; ++f) {
+    HyFuncDesc* description = nullptr;
+    if (info->GetFuncDesc(info.get(), f, &description) != HY_S_OK) break;
+    found.emplace_back(description->memid, description->invkind);
+    info->ReleaseFuncDesc(info.get(), description);
+  }
+  EXPECT_EQ(found, expected);
+  for (const int32_t id : {0, -1, static_cast<int32_t>(members.size()) + 1, INT32_MIN, INT32_MAX})
+    EXPECT_EQ(invoke(object.get(), id, 3, {}).Result, HY_DISP_E_MEMBERNOTFOUND);
+}
+
+INSTANTIATE_TEST_SUITE_P(Component, EveryClass,
+                         testing::Values(HY_CLSID_MAIN, HY_CLSID_VARDEN_LOGGER, HY_CLSID_PENDREL,
+                                         HY_CLSID_SUBJECT));
+
+/// What a property reads as behind a write.
+TEST(Values, AreConvertedToTheirPropertysType) {
+  const HyResult mismatch = HY_DISP_E_TYPEMISMATCH, overflow = HY_DISP_E_OVERFLOW;
+  struct Case {
+    const char* Property;
+    Value Given;
+    HyResult Result;
+    int Type;
+    double Reads;
+  };
+  int16_t small = 321;
+  Value inside = real(7.5), nested = byRef(HY_VT_I2, &small);
+  double day = 40000.25;
+  std::vector<Case> cases;
+  const auto add = [&](const char* property, Value given, HyResult result, int type = 0, double reads = 0) {
+    cases.push_back({property, std::move(given), result, type, reads});
+  };
+  add("EpochLength", number(60), HY_S_OK, HY_VT_I2, 60);
+  add("EpochLength", number(32768), overflow);
+  add("EpochLength", real(2.5), HY_S_OK, HY_VT_I2, 2);
+  add("EpochLength", real(-32768.5), HY_S_OK, HY_VT_I2, -32768);
+  add("EpochLength", real(1e300), overflow);
+  add("EpochLength", real(NAN), overflow);
+  add("EpochLength", text(" 1,200 "), HY_S_OK, HY_VT_I2, 1200);
+  add("EpochLength", text("twelve"), mismatch);
+  add("EpochLength", text(""), mismatch);
+  add("EpochLength", boolean(true), HY_S_OK, HY_VT_I2, -1);
+  add("EpochLength", ofType(HY_VT_EMPTY), HY_S_OK, HY_VT_I2, 0);
+  add("EpochLength", ofType(HY_VT_NULL), mismatch);
+  add("EpochLength", ofType(HY_VT_ERROR, 5), mismatch);
+  add("EpochLength", missing(), HY_DISP_E_PARAMNOTOPTIONAL);
+  add("EpochLength", ofType(HY_VT_DISPATCH), mismatch);
+  add("EpochLength", ofType(99), HY_DISP_E_BADVARTYPE);
+  add("EpochLength", ofType(HY_VT_DECIMAL), HY_DISP_E_BADVARTYPE);
+  add("EpochLength", ofType(HY_VT_VARIANT), HY_DISP_E_BADVARTYPE);
+  add("EpochLength", ofType(HY_VT_UI8, -1), overflow);
+  add("EpochLength", ofType(HY_VT_CY, 125000), HY_S_OK, HY_VT_I2, 12);
+  add("EpochLength", byRef(HY_VT_I2, &small), HY_S_OK, HY_VT_I2, 321);
+  add("EpochLength", byRef(&inside), HY_S_OK, HY_VT_I2, 8);
+  add("EpochLength", byRef(&nested), HY_S_OK, HY_VT_I2, 321);
+  add("EpochLength", byRef(HY_VT_I2, static_cast<int16_t*>(nullptr)), HY_E_POINTER);
+  add("EpochLength", byRef(static_cast<HyVariant*>(nullptr)), HY_E_POINTER);
+  add("EpochLength", byRef(HY_VT_EMPTY, &small), HY_DISP_E_BADVARTYPE);
+  add("FirmwareVersion", number(255), HY_S_OK, HY_VT_UI1, 255);
+  add("FirmwareVersion", number(-1), overflow);
+  add("BytesUsed", ofType(HY_VT_I8, int64_t{1} << 31), overflow);
+  add("BytesUsed", ofType(HY_VT_UI4, INT32_MAX), HY_S_OK, HY_VT_I4, INT32_MAX);
+  add("AcquisitionMode", ofType(HY_VT_I1, 2), HY_S_OK, HY_VT_I4, 2);
+  add("AcquisitionMode", number(-77), HY_S_OK, HY_VT_I4, -77);
+  add("SubjectHeight", real(1e39), overflow);
+  add("SubjectHeight", real(INFINITY), HY_S_OK, HY_VT_R4, INFINITY);
+  add("SubjectHeight", text("1.5E2"), HY_S_OK, HY_VT_R4, 150);
+  add("StartDate", byRef(HY_VT_DATE, &day), HY_S_OK, HY_VT_DATE, 40000.25);
+  add("StartDate", number(41000), HY_S_OK, HY_VT_DATE, 41000);
+  add("AutoDSTadjust", number(5), HY_S_OK, HY_VT_BOOL, -1);
+  add("AutoDSTadjust", text("fAlse"), HY_S_OK, HY_VT_BOOL, 0);
+  add("AutoDSTadjust", text("0.5"), HY_S_OK, HY_VT_BOOL, -1);
+  add("AutoDSTadjust", text("yes"), mismatch);
+  add("SubjectGender", ofType(HY_VT_NULL), mismatch);
+  const auto object = make(HY_CLSID_PENDREL);
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    const Case& c = cases[i];
+    SCOPED_TRACE("case " + std::to_string(i) + ", " + c.Property);
+    const Outcome outcome = put(object.get(), c.Property, c.Given);
+    EXPECT_EQ(outcome.Result, c.Result);
+    EXPECT_EQ(outcome.Argument, c.Result == HY_S_OK ? 99U : 0U);
+    if (c.Result != HY_S_OK) continue;
+    const Value read = get(object.get(), c.Property);
+    ASSERT_EQ(read.vt, c.Type);
+    const double found = c.Type == HY_VT_R4     ? static_cast<double>(read.fltVal)
+                         : c.Type == HY_VT_I4   ? read.lVal
+                         : c.Type == HY_VT_UI1  ? read.bVal
+                         : c.Type == HY_VT_DATE ? read.date
+                                                : read.iVal;
+    EXPECT_EQ(found, c.Reads);
+  }
+}
+
+TEST(Values, TextPassesBothWays) {
+  const auto object = make(HY_CLSID_SUBJECT);
+  const std::pair<std::u16string, std::u16string> cases[] = {
+      {u"", u""},
+      {u"J\u00FCrgen \u20AC \U0001F600", u"J\u00FCrgen \u20AC \U0001F600"},
+      {{u'a', 0, u'b'}, {u'a', 0, u'b'}},
+      {{0xD800, u'x', 0xDC00}, {0xFFFD, u'x', 0xFFFD}},
+      {{u'x', 0xDBFF}, {u'x', 0xFFFD}},
+  };
+  for (const auto& [given, kept] : cases) {
+    ASSERT_EQ(put(object.get(), "Identity", text(given)).Result, HY_S_OK);
+    const Value read = get(object.get(), "Identity");
+    EXPECT_EQ(wideOf(read.bstrVal), kept);
+    EXPECT_EQ(read.bstrVal[kept.size()], 0);
+  }
+  const std::pair<Value, const char*> converted[] = {{number(-12), "-12"},
+                                                     {single(0.1F), "0.1"},
+                                                     {boolean(true), "True"},
+                                                     {ofType(HY_VT_BSTR), ""},
+                                                     {ofType(HY_VT_EMPTY), ""}};
+  for (const auto& [given, kept] : converted) {
+    ASSERT_EQ(put(object.get(), "Identity", given).Result, HY_S_OK);
+    EXPECT_EQ(get(object.get(), "Identity").text(), kept);
+  }
+  put(object.get(), "Gender", text("female"));
+  EXPECT_EQ(get(object.get(), "Gender").text(), "F");
+
+  struct {
+    uint32_t Bytes = 0xFFFFFFF0;
+    uint16_t Units[2] = {u'x', 0};
+  } absurd;
+  Value refused = ofType(HY_VT_BYREF | HY_VT_BSTR);
+  HyString string = absurd.Units;
+  refused.pbstrVal = &string;
+  EXPECT_EQ(put(object.get(), "Identity", refused).Result, HY_E_INVALIDARG);
+}
+
+template <class T>
+HyArray arrayOver(std::vector<T>& elements, int32_t lowerBound = 0) {
+  return {1, 0, sizeof(T), 0, elements.data(), {{static_cast<uint32_t>(elements.size()), lowerBound}}};
+}
+Value arrayValue(int elementType, HyArray** array) { return byRef(HY_VT_ARRAY | elementType, array); }
+
+TEST(Values, ArraysPassBothWays) {
+  const auto object = make(HY_CLSID_PENDREL);
+  EXPECT_EQ(get(object.get(), "ActivityArray").vt, HY_VT_EMPTY);
+
+  std::vector<HyVariant> variants(4);
+  variants[0].vt = HY_VT_I4;
+  variants[0].lVal = 70000;
+  variants[2].vt = HY_VT_R8;
+  variants[2].dblVal = -1;
+  variants[3].vt = HY_VT_BOOL;
+  variants[3].boolVal = HY_TRUE;
+  HyArray array = arrayOver(variants, 10);
+  HyArray* pointer = &array;
+  for (const char* property : {"ActivityArray", "StepsArray", "MarkerArray"}) {
+    SCOPED_TRACE(property);
+    const bool markers = std::string(property) == "MarkerArray";
+    ASSERT_EQ(put(object.get(), property, arrayValue(HY_VT_VARIANT, &pointer)).Result, HY_S_OK);
+    const Value read = get(object.get(), property);
+    ASSERT_EQ(read.vt, HY_VT_ARRAY | HY_VT_VARIANT);
+    EXPECT_EQ(read.parray->fFeatures, HY_FADF_VARIANT);
+    ASSERT_EQ(read.parray->rgsabound[0].cElements, 4U);
+    EXPECT_EQ(read.parray->rgsabound[0].lLbound, 0);
+    EXPECT_EQ(read.at(0).vt, markers ? HY_VT_BOOL : HY_VT_I4);
+    EXPECT_EQ(markers ? read.at(0).boolVal : read.at(0).lVal, markers ? -1 : 70000);
+    EXPECT_EQ(read.at(1).vt, HY_VT_EMPTY);
+    EXPECT_EQ(markers ? read.at(2).boolVal : read.at(2).lVal, -1);
+  }
+  std::vector<int16_t> plain{1, 0, -5};
+  HyArray shorts = arrayOver(plain);
+  pointer = &shorts;
+  ASSERT_EQ(put(object.get(), "ActivityArray", arrayValue(HY_VT_I2, &pointer)).Result, HY_S_OK);
+  EXPECT_EQ(get(object.get(), "ActivityArray").at(2).lVal, -5);
+
+  struct Bad {
+    const char* Why;
+    int Type;
+    HyResult Result;
+    void (*Spoil)(HyArray&);
+  };
+  const Bad bad[] = {
+      {"two dimensions", HY_VT_I2, HY_DISP_E_TYPEMISMATCH, [](HyArray& a) { a.cDims = 2; }},
+      {"no dimension", HY_VT_I2, HY_DISP_E_TYPEMISMATCH, [](HyArray& a) { a.cDims = 0; }},
+      {"another element size", HY_VT_I4, HY_DISP_E_TYPEMISMATCH, [](HyArray&) {}},
+      {"no memory", HY_VT_I2, HY_E_POINTER, [](HyArray& a) { a.pvData = nullptr; }},
+      {"absurd length", HY_VT_I2, HY_E_INVALIDARG, [](HyArray& a) { a.rgsabound[0].cElements = ~0U; }},
+      {"no type", 77, HY_DISP_E_BADVARTYPE, [](HyArray&) {}},
+  };
+  for (const Bad& b : bad) {
+    HyArray spoilt = shorts;
+    b.Spoil(spoilt);
+    pointer = &spoilt;
+    EXPECT_EQ(put(object.get(), "ActivityArray", arrayValue(b.Type, &pointer)).Result, b.Result) << b.Why;
+  }
+  EXPECT_EQ(put(object.get(), "ActivityArray", number(1)).Result, HY_DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(get(object.get(), "ActivityArray").parray->rgsabound[0].cElements, 3U);
+  ASSERT_EQ(put(object.get(), "ActivityArray", ofType(HY_VT_ARRAY | HY_VT_I4)).Result, HY_S_OK);
+  EXPECT_EQ(get(object.get(), "ActivityArray").vt, HY_VT_EMPTY);
+}
+
+/// A logger that counts no steps has one empty element below zero; one that does may have recorded nothing.
+TEST(Values, StepsOfALoggerWithoutStepsStandBelowZero) {
+  const auto object = make(HY_CLSID_PENDREL);
+  std::vector<HyVariant> one(1);
+  HyArray array = arrayOver(one);
+  HyArray* pointer = &array;
+  ASSERT_EQ(put(object.get(), "StepsArray", arrayValue(HY_VT_VARIANT, &pointer)).Result, HY_S_OK);
+  for (const auto& [serial, bound] : {std::pair{"C123456", -1}, {"B123456", 0}}) {
+    put(object.get(), "SerialNumber", text(serial));
+    const Value steps = get(object.get(), "StepsArray");
+    ASSERT_EQ(steps.vt, HY_VT_ARRAY | HY_VT_VARIANT);
+    EXPECT_EQ(steps.parray->rgsabound[0].lLbound, bound);
+    EXPECT_EQ(steps.parray->rgsabound[0].cElements, 1U);
+    EXPECT_EQ(steps.at(0).vt, HY_VT_EMPTY);
+  }
+}
+
+}  // namespace
+}  // namespace hy_wristlog::host
