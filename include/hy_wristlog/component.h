@@ -33,8 +33,10 @@
 ///
 /// Events. `Class_VardenLogger` and `Class_Pendrel` tell their own. A workflow makes its own logger, so an
 /// object of `Class_Main` has a connection point for HY_DIID_VARDEN_LOGGER_EVENTS too: its sinks hear every
-/// logger that the object works with, from the first moment of a workflow. Inside an event `AbortComms` may be
-/// called, sinks connected and disconnected, and objects released.
+/// logger that the object works with, from the first moment of a workflow. A second one, for
+/// HY_DIID_HOST_EVENTS, lets a host live while a workflow waits: it is told to serve its own events, and may ask
+/// for an abort there. Inside any event `AbortComms` may be called, sinks connected and disconnected, and objects
+/// released.
 #ifndef HY_WRISTLOG_COMPONENT_H
 #define HY_WRISTLOG_COMPONENT_H
 
@@ -132,8 +134,12 @@ static const HyGuid HY_DIID_VARDEN_LOGGER_EVENTS = {
     0x02832944, 0x44d6, 0x455e, {0xa5, 0xc1, 0x9f, 0x2b, 0xf8, 0x7a, 0xa1, 0x53}};
 static const HyGuid HY_DIID_PENDREL_EVENTS = {
     0xaa92b71c, 0xe9b7, 0x43f1, {0xbd, 0x99, 0x92, 0xb3, 0xe9, 0xd7, 0xc2, 0x3d}};
+/// What an object of `Class_Main` asks of its host during a workflow: ServeEvents().
+static const HyGuid HY_DIID_HOST_EVENTS = {
+    0x5d0f3c6e, 0x27b4, 0x4f0a, {0x93, 0x61, 0x8a, 0x4c, 0xe2, 0x15, 0x70, 0xbd}};
+enum { HY_EVENT_SERVE_EVENTS = 1 };
 
-/// Members of an event set. CommEventError(ErrorNum, ByRef ErrorDescription), CommProgress(ByRef
+/// Members of a logger's event set. CommEventError(ErrorNum, ByRef ErrorDescription), CommProgress(ByRef
 /// ProgressText), AbortAcknowledged().
 enum { HY_EVENT_COMM_EVENT_ERROR = 1, HY_EVENT_COMM_PROGRESS = 2, HY_EVENT_ABORT_ACKNOWLEDGED = 3 };
 

@@ -117,26 +117,29 @@ void unfollow(void* instance, const std::shared_ptr<LoggerEvents>&) {
   static_cast<Class_Main*>(instance)->inside().follow(nullptr);
 }
 
+constexpr const HyGuid* MainPoints[] = {&HY_DIID_VARDEN_LOGGER_EVENTS, &HY_DIID_HOST_EVENTS};
+constexpr const HyGuid* VardenLoggerPoints[] = {&HY_DIID_VARDEN_LOGGER_EVENTS};
+constexpr const HyGuid* PendrelPoints[] = {&HY_DIID_PENDREL_EVENTS};
+
 }  // namespace
 
-constinit const ClassTable MainTable{"Class_Main", HY_CLSID_MAIN,    HY_IID_MAIN,
-                                     Main,         make<Class_Main>, &HY_DIID_VARDEN_LOGGER_EVENTS,
-                                     false,        follow,           unfollow};
+constinit const ClassTable MainTable{"Class_Main", HY_CLSID_MAIN, HY_IID_MAIN, Main,    make<Class_Main>,
+                                     MainPoints,   false,         follow,      unfollow};
 constinit const ClassTable VardenLoggerTable{"Class_VardenLogger",
                                              HY_CLSID_VARDEN_LOGGER,
                                              HY_IID_VARDEN_LOGGER,
                                              VardenLogger,
                                              make<Class_VardenLogger>,
-                                             &HY_DIID_VARDEN_LOGGER_EVENTS,
+                                             VardenLoggerPoints,
                                              true,
                                              subscribe<Class_VardenLogger>,
                                              unsubscribe<Class_VardenLogger>};
 constinit const ClassTable PendrelTable{
-    "Class_Pendrel",           HY_CLSID_PENDREL,        HY_IID_PENDREL, Pendrel,
-    make<Class_Pendrel>,       &HY_DIID_PENDREL_EVENTS, true,           subscribe<Class_Pendrel>,
+    "Class_Pendrel",           HY_CLSID_PENDREL, HY_IID_PENDREL, Pendrel,
+    make<Class_Pendrel>,       PendrelPoints,    true,           subscribe<Class_Pendrel>,
     unsubscribe<Class_Pendrel>};
 constinit const ClassTable SubjectTable{
-    "Class_Subject", HY_CLSID_SUBJECT, HY_IID_SUBJECT, Subject, make<Class_Subject>, nullptr,
+    "Class_Subject", HY_CLSID_SUBJECT, HY_IID_SUBJECT, Subject, make<Class_Subject>, {},
     false,           nullptr,          nullptr};
 
 }  // namespace hy_wristlog::component

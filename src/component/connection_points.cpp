@@ -13,14 +13,17 @@ namespace {
 /// The connection point of an object, which it keeps.
 class PointBody final : public Body {
  public:
-  PointBody(Shell& container, const ObjectBody& object)
-      : Container(container), Events(*object.Table.Events), Sinks(object.Sinks) {
+  PointBody(Shell& container, const ObjectBody& object, std::size_t number)
+      : Container(container),
+        Number(number),
+        Events(*object.Table.Points[number]),
+        Sinks(object.Points[number].Sinks) {
     addReference(container);
   }
   ~PointBody() override {
     // Another one may stand in its place, when another thread released this one.
     auto* object = static_cast<ObjectBody*>(Container.Content.get());
-    if (object != nullptr && object->Point == Self) object->Point = nullptr;
+    if (object != nullptr && object->Points[Number].Living == Self) object->Points[Number].Living = nullptr;
     release(Container);
   }
   int facetOf(const HyGuid& interfaceId) const override {
@@ -29,6 +32,7 @@ class PointBody final : public Body {
 
   Shell& Container;
   const Shell* Self = nullptr;
+  const std::size_t Number;
   const HyGuid& Events;
   const std::shared_ptr<SinkList> Sinks;
 };
@@ -115,21 +119,22 @@ constexpr HyConnectionPointVtable PointVtable{queryInterface<HyConnectionPoint>,
                                               unadvise,
                                               enumConnections};
 
-HyConnectionPoint* givePoint(Shell& container, ObjectBody& object) {
+HyConnectionPoint* givePoint(Shell& container, ObjectBody& object, std::size_t number) {
+  Shell*& point = object.Points[number].Living;
   // A point that another thread has just released is on its way out; it is not given again.
-  if (object.Point == nullptr || addReference(*object.Point) == 0) {
-    object.Point = &makeShell(std::make_unique<PointBody>(container, object), {&PointVtable});
-    static_cast<PointBody&>(*object.Point->Content).Self = object.Point;
+  if (point == nullptr || addReference(*point) == 0) {
+    point = &makeShell(std::make_unique<PointBody>(container, object, number), {&PointVtable});
+    static_cast<PointBody&>(*point->Content).Self = point;
   }
-  return facetAs<HyConnectionPoint>(*object.Point, 0);
+  return facetAs<HyConnectionPoint>(*point, 0);
 }
 
 HyResult enumConnectionPoints(HyConnectionPointContainer* self, HyEnumConnectionPoints** points) noexcept {
   if (points == nullptr) return HY_E_POINTER;
   *points = nullptr;
   return call<ObjectBody>(self, [&](ObjectBody& object) {
-    std::vector<HyConnectionPoint*> all(1);
-    all[0] = givePoint(shellOf(self), object);
+    std::vector<HyConnectionPoint*> all(object.Points.size());
+    for (std::size_t i = 0; i < all.size(); ++i) all[i] = givePoint(shellOf(self), object, i);
     *points = Points::make(std::move(all));
     return HY_S_OK;
   });
@@ -141,9 +146,12 @@ HyResult findConnectionPoint(HyConnectionPointContainer* self, const HyGuid* int
   *point = nullptr;
   if (interfaceId == nullptr) return HY_E_POINTER;
   return call<ObjectBody>(self, [&](ObjectBody& object) {
-    if (!(*interfaceId == *object.Table.Events)) return HY_CONNECT_E_NOCONNECTION;
-    *point = givePoint(shellOf(self), object);
-    return HY_S_OK;
+    for (std::size_t i = 0; i < object.Points.size(); ++i) {
+      if (!(*interfaceId == *object.Table.Points[i])) continue;
+      *point = givePoint(shellOf(self), object, i);
+      return HY_S_OK;
+    }
+    return HY_CONNECT_E_NOCONNECTION;
   });
 }
 

@@ -1,4 +1,5 @@
-#include <algorithm>
+#include <memory>
+#include <optional>
 
 #include "base/faults.h"
 #include "component/arguments.h"
@@ -9,6 +10,7 @@
 #include "component/type_info.h"
 #include "component/vtables.h"
 #include "hy_wristlog/failure.h"
+#include "platform/platform.h"
 
 namespace hy_wristlog::component {
 namespace {
@@ -53,22 +55,28 @@ void describe(const Failure& failure, HyExcepInfo* exception) {
   exception->bstrDescription = newString(failure.Description);
 }
 
-/// Marks an object as being inside a workflow.
-class Work {
+/// An object inside a workflow; its host is asked to serve its events when others are served.
+class Work : platform::EventSource {
  public:
-  Work(ObjectBody& object, const Member& member) : object_(member.Workflow ? &object : nullptr) {
-    if (object_ == nullptr) return;
+  explicit Work(ObjectBody& object) : object_(object) {
     if (object.Working) fault::raise(fault::InvalidCall);
+    world_->addEventSource(*this);
     object.Working = true;
   }
   Work(const Work&) = delete;
   Work& operator=(const Work&) = delete;
   ~Work() {
-    if (object_ != nullptr) object_->Working = false;
+    object_.Working = false;
+    world_->removeEventSource(*this);
   }
 
  private:
-  ObjectBody* object_;
+  void serveEvents() override {
+    if (object_.Points.size() > 1) object_.Points[1].Sinks->tell(HY_EVENT_SERVE_EVENTS, nullptr, 0);
+  }
+
+  ObjectBody& object_;
+  std::shared_ptr<platform::Platform> world_ = platform::shareCurrent();
 };
 
 HyResult perform(ObjectBody& object, std::int32_t number, std::uint16_t kinds, const HyDispParams& params,
@@ -82,7 +90,8 @@ HyResult perform(ObjectBody& object, std::int32_t number, std::uint16_t kinds, c
     arguments.sortNewValue(params);
   else
     arguments.sort(params, *member);
-  const Work work(object, *member);
+  std::optional<Work> work;
+  if (member->Workflow) work.emplace(object);
   operation->Perform(object.Instance.get(), arguments, result);
   return HY_S_OK;
 }

@@ -68,9 +68,10 @@ struct ClassTable {
   HyGuid ClassId, InterfaceId;
   std::span<const Member> Members;
   std::shared_ptr<void> (*Make)();
-  /// The event set that its connection point serves; none: null.
-  const HyGuid* Events;
-  bool DeclaresEvents;  ///< as its own
+  /// The event sets that it has connection points for. The first one tells a logger's events, the second one
+  /// asks the host to serve its own.
+  std::span<const HyGuid* const> Points;
+  bool DeclaresEvents;  ///< the first one as its own
   Listen Subscribe, Unsubscribe;
 
   const Member* find(std::int32_t number) const {

@@ -9,26 +9,24 @@
 namespace hy_wristlog::component {
 
 ObjectBody::ObjectBody(const ClassTable& table, std::shared_ptr<void> instance)
-    : Table(table),
-      Instance(std::move(instance)),
-      Sinks(table.Events != nullptr ? std::make_shared<SinkList>() : nullptr) {
-  if (!Sinks) return;
-  listener_ = makeListener(Sinks);
+    : Table(table), Instance(std::move(instance)), Points(table.Points.size()) {
+  for (Point& point : Points) point.Sinks = std::make_shared<SinkList>();
+  if (Points.empty()) return;
+  listener_ = makeListener(Points[0].Sinks);
   Table.Subscribe(Instance.get(), listener_);
 }
 
 ObjectBody::~ObjectBody() {
   Apartment::hereIfAny()->forgetObject(Instance.get());
-  if (!Sinks) return;
-  Table.Unsubscribe(Instance.get(), listener_);
-  Sinks->clear();
+  if (listener_) Table.Unsubscribe(Instance.get(), listener_);
+  for (const Point& point : Points) point.Sinks->clear();
 }
 
 int ObjectBody::facetOf(const HyGuid& interfaceId) const {
   if (interfaceId == HY_IID_UNKNOWN || interfaceId == HY_IID_DISPATCH || interfaceId == Table.InterfaceId)
     return DispatchFacet;
   if (interfaceId == HY_IID_PROVIDE_CLASS_INFO) return ClassInfoFacet;
-  if (interfaceId == HY_IID_CONNECTION_POINT_CONTAINER && Sinks) return ContainerFacet;
+  if (interfaceId == HY_IID_CONNECTION_POINT_CONTAINER && !Points.empty()) return ContainerFacet;
   return -1;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "component/members.h"
 #include "component/shell.h"
@@ -19,9 +20,12 @@ class ObjectBody final : public Body {
 
   const ClassTable& Table;
   const std::shared_ptr<void> Instance;
-  const std::shared_ptr<SinkList> Sinks;  ///< null when there is no connection point
-  Shell* Point = nullptr;                 ///< the connection point while it lives
-  bool Working = false;                   ///< inside a workflow
+  struct Point {
+    std::shared_ptr<SinkList> Sinks;
+    Shell* Living = nullptr;  ///< the connection point while it lives
+  };
+  std::vector<Point> Points;  ///< as in the table
+  bool Working = false;       ///< inside a workflow
 
  private:
   std::shared_ptr<LoggerEvents> listener_;

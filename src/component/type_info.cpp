@@ -269,7 +269,7 @@ Catalogue::Catalogue() {
   }
   for (std::size_t i = 0; i < std::size(Classes); ++i) {
     if (!Classes[i]->DeclaresEvents) continue;
-    add("__", *Classes[i], *Classes[i]->Events).Members = Events;
+    add("__", *Classes[i], *Classes[i]->Points[0]).Members = Events;
     Info& info = All[2 * i + 1];
     info.Parts[info.PartCount++] = Count;
   }

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "component_support.h"
+#include "simulator/bench.h"
 
 namespace hy_wristlog::host {
 namespace {
@@ -45,6 +46,8 @@ std::vector<Listed> membersOf(const HyGuid& classId) {
 class EveryClass : public testing::TestWithParam<HyGuid> {};
 
 TEST_P(EveryClass, HasItsMembersInSlotOrder) {
+  const auto bench = simulator::makeVividBench();
+  const simulator::BenchScope scope(bench);
   const auto object = make(GetParam());
   const auto members = membersOf(GetParam());
   Ref<HyTypeInfo> info;

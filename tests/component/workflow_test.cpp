@@ -1,0 +1,350 @@
+#include "base/dates.h"
+#include "component_support.h"
+#include "simulator/bench.h"
+
+namespace hy_wristlog::host {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int32_t Vivid = 0, ActivityAndSpecialLight = 5;
+
+/// A host with a Kestrin Vivid in its dock.
+struct Desk {
+  explicit Desk(const simulator::BenchOptions& options = simulator::vividBenchOptions())
+      : bench(simulator::makeBench(options)), scope(bench), main(make(HY_CLSID_MAIN)) {}
+
+  simulator::Bench bench;
+  simulator::BenchScope scope;
+  Ref<HyDispatch> main;
+
+  void record(simulator::nanoseconds worn = 20min) const {
+    bench.Logger->setUp(ordinarySetup(*bench.World, simulator::Mode::Activity, 30));
+    bench.Logger->wear(worn, {});
+  }
+  Outcome retrieve(Value& data, Value& subject, Value& verdict) const {
+    return callMethod(main.get(), "Retrieve", number(Vivid), byRef(&data), byRef(&subject), byRef(&verdict));
+  }
+};
+
+Value newSubject() {
+  const auto subject = make(HY_CLSID_SUBJECT);
+  put(subject.get(), "Identity", text("Jane"));
+  put(subject.get(), "GUID", text("0123456789ABCDEF0123456789ABCDEF"));
+  put(subject.get(), "Gender", text("f"));
+  put(subject.get(), "DOB", real(dateSerial(1984, 5, 6), HY_VT_DATE));
+  put(subject.get(), "Weight", single(70.1F));
+  put(subject.get(), "Height", single(168.5F));
+  return objectValue(subject.get());
+}
+
+TEST(Workflows, ConfigureAskAndRetrieveThroughDispatch) {
+  const Desk desk;
+  const Value subject = newSubject();
+  float battery = -7;
+  Value serial;
+  const Outcome configured =
+      callMethod(desk.main.get(), "Configure", number(Vivid), number(ActivityAndSpecialLight), text("30"),
+                 subject, text("EST"), boolean(true), missing(), missing(), missing(), number(1), number(2),
+                 byRef(HY_VT_R4, &battery), byRef(&serial));
+  ASSERT_EQ(configured.Result, HY_S_OK) << configured.Argument;
+  ASSERT_EQ(configured.Answer.vt, HY_VT_I4);
+  ASSERT_EQ(configured.Answer.lVal, 0);
+  EXPECT_GT(battery, 300);
+  EXPECT_FALSE(serial.text().empty());
+  desk.bench.Logger->wear(30min, {});
+
+  HyString simple = newString(u"what was here before");
+  Value words = text("this too"), data = number(3), who;
+  const Outcome asked = callMethod(desk.main.get(), "GetStatus", number(Vivid), byRef(HY_VT_BSTR, &simple),
+                                   byRef(&words), byRef(&data), byRef(&who));
+  ASSERT_EQ(asked.Answer.lVal, 0);
+  EXPECT_EQ(taken(simple), "Collecting Data");
+  EXPECT_EQ(words.text(), "Collecting Data");
+  ASSERT_EQ(who.vt, HY_VT_DISPATCH);
+  EXPECT_EQ(get(who.pdispVal, "Identity").text(), "Jane");
+  ASSERT_EQ(data.vt, HY_VT_DISPATCH);
+  HyDispatch* const former = data.pdispVal;
+  EXPECT_EQ(get(former, "SerialNumber").text(), serial.text());
+  EXPECT_EQ(get(former, "ActivityArray").vt, HY_VT_EMPTY);
+
+  Value own = newSubject(), verdict;
+  HyDispatch* const own_object = own.pdispVal;
+  put(own_object, "Identity", text("overwritten"));
+  int16_t low = HY_TRUE;
+  const Outcome retrieved =
+      callMethod(desk.main.get(), "Retrieve", number(Vivid), byRef(&data),
+                 byRef(HY_VT_DISPATCH, &own.pdispVal), byRef(&verdict), byRef(HY_VT_BOOL, &low));
+  ASSERT_EQ(retrieved.Answer.lVal, 0);
+  EXPECT_EQ(verdict.vt, HY_VT_I4);
+  EXPECT_EQ(verdict.lVal, 0);
+  EXPECT_EQ(low, HY_FALSE);
+  EXPECT_EQ(own.pdispVal, own_object);
+  EXPECT_EQ(get(own_object, "Identity").text(), "Jane");
+  EXPECT_NE(data.pdispVal, former);
+  HyDispatch* const logger = data.pdispVal;
+  const auto samples = static_cast<uint32_t>(get(logger, "Samples").lVal);
+  EXPECT_GT(samples, 50U);
+  const std::tuple<const char*, int, int> arrays[] = {{"ActivityArray", HY_VT_I4, HY_VT_I4},
+                                                      {"LightArray", HY_VT_R4, HY_VT_R4},
+                                                      {"WristStatusArray", HY_VT_BOOL, HY_VT_BOOL},
+                                                      {"MarkerArray", HY_VT_BOOL, HY_VT_EMPTY}};
+  for (const auto& [name, type, other] : arrays) {
+    const Value array = get(logger, name);
+    ASSERT_EQ(array.vt, HY_VT_ARRAY | HY_VT_VARIANT) << name;
+    ASSERT_EQ(array.parray->rgsabound[0].cElements, samples);
+    EXPECT_EQ(array.parray->rgsabound[0].lLbound, 0);
+    for (uint32_t i = 0; i < samples; ++i) EXPECT_TRUE(array.at(i).vt == type || array.at(i).vt == other);
+  }
+  const Value red = get(logger, "RedLightArray");
+  ASSERT_EQ(red.vt, HY_VT_ARRAY | HY_VT_VARIANT);
+  EXPECT_EQ(red.parray->rgsabound[0].lLbound, -1);
+  EXPECT_EQ(red.parray->rgsabound[0].cElements, 1U);
+
+  // A logger that is handed out again is the same object.
+  Value again;
+  ASSERT_EQ(desk.retrieve(again, own, verdict).Result, HY_S_OK);
+  EXPECT_NE(again.pdispVal, logger);
+  EXPECT_EQ(get(logger, "Samples").lVal, static_cast<int32_t>(samples));
+}
+
+TEST(Workflows, ArgumentsMayBeNamed) {
+  const Desk desk;
+  // Epoch, mode, subject and model by name, in an order of their own.
+  Value subject = newSubject();
+  HyVariant given[] = {number(77), number(1), subject, number(1)};
+  int32_t names[] = {2, 1, 3, 0};
+  const auto call = [&](HyDispParams params) {
+    return invoke(desk.main.get(), idOf(desk.main.get(), "Configure"), HY_DISPATCH_METHOD, params);
+  };
+  EXPECT_EQ(call({given, names, 4, 4}).Answer.lVal, 10006);
+  // The model by its place, behind the named ones.
+  EXPECT_EQ(call({given, names, 4, 3}).Answer.lVal, 10006);
+
+  std::u16string words[] = {u"configure", u"EPOCHLENGTH", u"DeviceSerialNumber", u"nothing"};
+  uint16_t* pointers[4];
+  for (int i = 0; i < 4; ++i) pointers[i] = reinterpret_cast<uint16_t*>(words[i].data());
+  int32_t ids[4];
+  EXPECT_EQ(desk.main->GetIDsOfNames(desk.main.get(), &HY_GUID_NULL, pointers, 3, 0, ids), HY_S_OK);
+  EXPECT_EQ(ids[1], 2);
+  EXPECT_EQ(ids[2], 12);
+  EXPECT_EQ(desk.main->GetIDsOfNames(desk.main.get(), &HY_GUID_NULL, pointers, 4, 0, ids),
+            HY_DISP_E_UNKNOWNNAME);
+  EXPECT_EQ(ids[3], HY_DISPID_UNKNOWN);
+
+  struct Bad {
+    HyDispParams Params;
+    HyResult Result;
+    uint32_t Argument;
+  };
+  int32_t unknown[] = {2, 1, 3, 13}, twice[] = {2, 2, 3, 0}, negative[] = {2, 1, 3, -3}, taken[] = {0, 1, 3};
+  HyVariant absent[] = {number(30), number(1), missing(), number(Vivid)};
+  const Bad bad[] = {{{given, unknown, 4, 4}, HY_DISP_E_PARAMNOTFOUND, 3},
+                     {{given, negative, 4, 4}, HY_DISP_E_PARAMNOTFOUND, 3},
+                     {{given, twice, 4, 4}, HY_E_INVALIDARG, 1},
+                     {{given, taken, 4, 3}, HY_E_INVALIDARG, 0},
+                     {{given, names, 3, 3}, HY_DISP_E_PARAMNOTOPTIONAL, 99},
+                     {{absent, names, 4, 4}, HY_DISP_E_PARAMNOTOPTIONAL, 2},
+                     {{given, names, 4, 5}, HY_E_INVALIDARG, 99},
+                     {{given, nullptr, 4, 4}, HY_E_POINTER, 99},
+                     {{nullptr, nullptr, 4, 0}, HY_E_POINTER, 99},
+                     {{given, nullptr, 3, 0}, HY_DISP_E_BADPARAMCOUNT, 99},
+                     {{given, nullptr, 14, 0}, HY_DISP_E_BADPARAMCOUNT, 99}};
+  for (const Bad& b : bad) {
+    const Outcome outcome = call(b.Params);
+    EXPECT_EQ(outcome.Result, b.Result) << &b - bad;
+    EXPECT_EQ(outcome.Argument, b.Argument) << &b - bad;
+  }
+}
+
+TEST(Workflows, BadArgumentsAreRefusedAndBlamed) {
+  const Desk desk;
+  desk.record();
+  HyDispatch* main = desk.main.get();
+  const auto pendrel = make(HY_CLSID_PENDREL);
+  Sink foreign(HY_IID_DISPATCH);
+  Value data, subject = newSubject(), verdict, variable;
+  Value nested = byRef(&variable), other = objectValue(pendrel.get()), stranger = objectValue(&foreign);
+  int32_t whole = 0;
+  HyString none = nullptr;
+  float single = 0;
+  const auto retrieve = [&](const Value& to, const Value& who, const Value& result, const Value& low) {
+    return callMethod(main, "Retrieve", number(77), to, who, result, low);
+  };
+  struct Case {
+    Outcome Found;
+    HyResult Result;
+    uint32_t Argument;
+  };
+  // Arguments count from the last one.
+  const Case cases[] = {
+      {retrieve(byRef(&data), byRef(&subject), byRef(&verdict), missing()), HY_S_OK, 99},
+      {retrieve(number(1), byRef(&subject), byRef(&verdict), missing()), HY_DISP_E_TYPEMISMATCH, 3},
+      {retrieve(byRef(HY_VT_I4, &whole), byRef(&subject), byRef(&verdict), missing()), HY_DISP_E_TYPEMISMATCH,
+       3},
+      {retrieve(byRef(&nested), byRef(&subject), byRef(&verdict), missing()), HY_DISP_E_BADVARTYPE, 3},
+      {retrieve(byRef(static_cast<HyVariant*>(nullptr)), byRef(&subject), byRef(&verdict), missing()),
+       HY_E_POINTER, 3},
+      {retrieve(byRef(&data), byRef(&other), byRef(&verdict), missing()), HY_DISP_E_TYPEMISMATCH, 2},
+      {retrieve(byRef(&data), byRef(&stranger), byRef(&verdict), missing()), HY_DISP_E_TYPEMISMATCH, 2},
+      {retrieve(byRef(&data), byRef(&subject), byRef(HY_VT_R4, &single), missing()), HY_DISP_E_TYPEMISMATCH,
+       1},
+      {retrieve(byRef(&data), byRef(&subject), byRef(HY_VT_INT, &whole), byRef(HY_VT_BSTR, &none)),
+       HY_DISP_E_TYPEMISMATCH, 0},
+      {retrieve(byRef(&other), byRef(&subject), number(0), boolean(true)), HY_S_OK, 99},
+      {callMethod(main, "Configure", number(0), number(1), number(30), ofType(HY_VT_DISPATCH)),
+       HY_DISP_E_TYPEMISMATCH, 0},
+      {callMethod(main, "Configure", number(0), number(1), real(1e10), subject), HY_DISP_E_OVERFLOW, 1},
+      {callMethod(main, "AbortComms", number(1)), HY_DISP_E_BADPARAMCOUNT, 99},
+      {callMethod(main, "LoggerSecondsToDate"), HY_DISP_E_BADPARAMCOUNT, 99},
+      {put(main, "Version", text("1")), HY_DISP_E_MEMBERNOTFOUND, 99},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(c.Found.Result, c.Result) << &c - cases;
+    EXPECT_EQ(c.Found.Argument, c.Argument) << &c - cases;
+  }
+  EXPECT_EQ(cases[0].Found.Answer.lVal, 10009);
+  EXPECT_EQ(other.vt, HY_VT_DISPATCH) << "takes the logger, whatever it held";
+  EXPECT_NE(other.pdispVal, pendrel.get());
+  EXPECT_EQ(
+      callMethod(main, "Retrieve", number(0), byRef(&data), byRef(&variable), byRef(&verdict)).Answer.lVal,
+      91)
+      << "no subject";
+  stranger = {};
+  EXPECT_EQ(foreign.References, 1U);
+
+  HyDispParams params{};
+  HyVariant result = number(5);
+  const auto id = idOf(main, "Version");
+  const auto raw = [&](int32_t member, const HyGuid* reserved, uint16_t kinds, HyDispParams* given) {
+    return desk.main->Invoke(main, member, reserved, 0, kinds, given, nullptr, nullptr, nullptr);
+  };
+  EXPECT_EQ(raw(id, &HY_GUID_NULL, 2, &params), HY_S_OK);
+  EXPECT_EQ(raw(id, &HY_IID_DISPATCH, 2, &params), HY_DISP_E_UNKNOWNINTERFACE);
+  EXPECT_EQ(raw(id, &HY_GUID_NULL, 2, nullptr), HY_E_POINTER);
+  EXPECT_EQ(raw(id, &HY_GUID_NULL, 0, &params), HY_E_INVALIDARG);
+  EXPECT_EQ(raw(id, &HY_GUID_NULL, 0x20, &params), HY_E_INVALIDARG);
+  EXPECT_EQ(raw(id, &HY_GUID_NULL, HY_DISPATCH_PROPERTYPUTREF, &params), HY_DISP_E_MEMBERNOTFOUND);
+  HyVariant value = number(3);
+  HyDispParams unnamed{&value, nullptr, 1, 0};
+  EXPECT_EQ(raw(idOf(main, "MaxCommunicationRetries"), &HY_GUID_NULL, 4, &unnamed), HY_DISP_E_PARAMNOTFOUND);
+  EXPECT_EQ(raw(id, &HY_GUID_NULL, 2, &unnamed), HY_DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(desk.main->Invoke(main, 99, &HY_GUID_NULL, 0, 1, &params, &result, nullptr, nullptr),
+            HY_DISP_E_MEMBERNOTFOUND);
+  EXPECT_EQ(result.vt, HY_VT_EMPTY);
+}
+
+TEST(Workflows, FailuresOfAnObjectAreToldInFull) {
+  const Desk desk;
+  const auto logger = make(HY_CLSID_VARDEN_LOGGER);
+  const Outcome failed =
+      invoke(logger.get(), idOf(logger.get(), "BatteryPercent"), HY_DISPATCH_PROPERTYGET, {});
+  EXPECT_EQ(failed.Result, HY_DISP_E_EXCEPTION);
+  EXPECT_EQ(failed.Code, HY_FAILURE_BASE + 11502);
+  EXPECT_NE(failed.Source.find("BatteryPercent"), std::string::npos) << failed.Source;
+  EXPECT_FALSE(failed.Description.empty());
+  EXPECT_EQ(failed.Answer.vt, HY_VT_EMPTY);
+
+  EXPECT_EQ(callMethod(desk.main.get(), "LoggerSecondsToDate", number(0)).Answer.date, UnixEpochDate);
+  const Outcome seconds = callMethod(desk.main.get(), "DateToLoggerSeconds", real(UnixEpochDate + 1));
+  EXPECT_EQ(seconds.Answer.vt, HY_VT_I4);
+  EXPECT_EQ(seconds.Answer.lVal, 86400);
+}
+
+/// A host lives while a workflow waits, and may end it there.
+TEST(Events, AHostIsServedAndMayAbort) {
+  const Desk desk;
+  desk.record(24h);
+  HyDispatch* main = desk.main.get();
+  Sink host(HY_DIID_HOST_EVENTS), sink(HY_DIID_VARDEN_LOGGER_EVENTS);
+  const uint32_t cookie = connect(main, HY_DIID_HOST_EVENTS, host);
+  ASSERT_NE(cookie, 0U);
+  connect(main, HY_DIID_VARDEN_LOGGER_EVENTS, sink);
+  Value data, subject = newSubject(), verdict;
+  Outcome nested;
+  host.Does = [&](int32_t event, HyDispParams& params) {
+    EXPECT_EQ(event, HY_EVENT_SERVE_EVENTS);
+    EXPECT_EQ(params.cArgs, 0U);
+    if (host.Told[event] != 200) return HY_S_OK;
+    Value status[4];
+    nested = callMethod(main, "GetStatus", number(0), byRef(&status[0]), byRef(&status[1]), byRef(&status[2]),
+                        byRef(&status[3]));
+    return callMethod(main, "AbortComms").Result;
+  };
+  EXPECT_EQ(desk.retrieve(data, subject, verdict).Answer.lVal, 10013);
+  EXPECT_EQ(nested.Result, HY_DISP_E_EXCEPTION);
+  EXPECT_EQ(nested.Code, HY_FAILURE_BASE + 5);
+  EXPECT_EQ(desk.retrieve(data, subject, verdict).Answer.lVal, 0);
+  EXPECT_GT(host.Told[HY_EVENT_SERVE_EVENTS], 300);
+  const int before = host.Told[HY_EVENT_SERVE_EVENTS];
+  EXPECT_EQ(disconnect(main, HY_DIID_HOST_EVENTS, cookie), HY_S_OK);
+  EXPECT_EQ(disconnect(main, HY_DIID_HOST_EVENTS, cookie), HY_CONNECT_E_NOCONNECTION);
+  EXPECT_EQ(desk.retrieve(data, subject, verdict).Answer.lVal, 0);
+  EXPECT_EQ(host.Told[HY_EVENT_SERVE_EVENTS], before);
+  EXPECT_EQ(host.References, 1U);
+}
+
+/// What a sink does inside its first event must not keep the others from theirs, nor break the workflow.
+TEST(Events, SinksMayDoAnythingInsideAnEvent) {
+  const HyGuid& events = HY_DIID_VARDEN_LOGGER_EVENTS;
+  enum { Fails, LeavesItself, LeavesAnother, ReleasesObject, Throws, Connects, ChangesText };
+  for (int deed = Fails; deed <= ChangesText; ++deed) {
+    SCOPED_TRACE(deed);
+    Desk desk;
+    Sink first(events), second(HY_IID_DISPATCH), late(events);
+    const uint32_t cookie = connect(desk.main.get(), events, first);
+    const uint32_t other = connect(desk.main.get(), events, second);
+    std::vector<std::string> seen;
+    HyDispatch* const main = desk.main.get();
+    first.Does = [&](int32_t event, HyDispParams& params) {
+      if (event != HY_EVENT_COMM_PROGRESS || first.Told[event] != 1) return HY_S_OK;
+      if (deed == Fails) return HY_E_FAIL;
+      if (deed == LeavesItself) disconnect(main, events, cookie);
+      if (deed == LeavesAnother) disconnect(main, events, other);
+      if (deed == ReleasesObject) main->lpVtbl->Release(desk.main.leave());
+      if (deed == Throws) throw 5;
+      if (deed == Connects) connect(main, events, late);
+      if (deed == ChangesText) {
+        hyStringFree(std::exchange(*params.rgvarg[0].pbstrVal, newString(u"changed")));
+        params.rgvarg[0].vt = HY_VT_EMPTY;
+      }
+      return HY_S_OK;
+    };
+    second.Does = [&](int32_t, HyDispParams&) {
+      seen.push_back(second.LastText);
+      return HY_S_OK;
+    };
+    const Outcome outcome =
+        callMethod(main, "Configure", number(Vivid), number(1), number(30), newSubject(), text("EST"),
+                   boolean(true), missing(), missing(), missing(), number(1), number(2));
+    EXPECT_EQ(outcome.Result, HY_S_OK);
+    EXPECT_EQ(outcome.Answer.lVal, 0);
+    const int told = first.Told[HY_EVENT_COMM_PROGRESS];
+    EXPECT_TRUE(deed == LeavesItself ? told == 1 : told > 2) << told;
+    EXPECT_EQ(seen.size() > 2, deed != LeavesAnother);
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), "changed"), deed == ChangesText ? 1 : 0);
+    EXPECT_EQ(late.Told[HY_EVENT_COMM_PROGRESS] > 1, deed == Connects);
+    desk.main = {};
+    EXPECT_EQ(first.References, 1U);
+    EXPECT_EQ(second.References, 1U);
+    EXPECT_EQ(late.References, 1U);
+  }
+}
+
+/// A logger's own sinks hear what it does on its own.
+TEST(Events, LoggersTellTheirSinks) {
+  const Desk desk;
+  const auto logger = make(HY_CLSID_VARDEN_LOGGER);
+  Sink sink(HY_DIID_VARDEN_LOGGER_EVENTS), deaf(HY_IID_TYPE_INFO);
+  connect(logger.get(), HY_DIID_VARDEN_LOGGER_EVENTS, sink);
+  EXPECT_EQ(connect(logger.get(), HY_DIID_VARDEN_LOGGER_EVENTS, deaf), 0U);
+  const Outcome failed = callMethod(logger.get(), "subVardenConfigCRCreset");
+  EXPECT_EQ(failed.Result, HY_DISP_E_EXCEPTION) << "the port is closed";
+  EXPECT_NE(failed.Code, 0);
+  EXPECT_EQ(pointOf(logger.get(), HY_DIID_PENDREL_EVENTS).get(), nullptr);
+  EXPECT_NE(pointOf(make(HY_CLSID_PENDREL).get(), HY_DIID_PENDREL_EVENTS).get(), nullptr);
+  EXPECT_EQ(pointOf(make(HY_CLSID_SUBJECT).get(), HY_DIID_PENDREL_EVENTS).get(), nullptr);
+}
+
+}  // namespace
+}  // namespace hy_wristlog::host
