@@ -1,0 +1,157 @@
+#include "component_support.h"
+
+namespace hy_wristlog::host {
+namespace {
+
+Ref<HyTypeInfo> classOf(HyDispatch* object) {
+  const auto provider = query<HyProvideClassInfo>(object, HY_IID_PROVIDE_CLASS_INFO);
+  Ref<HyTypeInfo> info;
+  provider->GetClassInfo(provider.get(), info.receive());
+  return info;
+}
+
+std::string nameOf(HyTypeInfo* info, int32_t member = HY_DISPID_UNKNOWN) {
+  HyString name = nullptr;
+  EXPECT_EQ(info->lpVtbl->GetDocumentation(info, member, &name, nullptr, nullptr, nullptr), HY_S_OK);
+  return taken(name);
+}
+
+std::string typeText(HyTypeInfo* info, const HyTypeDesc& type) {
+  if (type.vt == HY_VT_PTR) return typeText(info, *type.lptdesc) + "*";
+  if (type.vt != HY_VT_USERDEFINED) return std::to_string(type.vt);
+  Ref<HyTypeInfo> other;
+  EXPECT_EQ(info->lpVtbl->GetRefTypeInfo(info, type.hreftype, other.receive()), HY_S_OK);
+  return nameOf(other.get());
+}
+
+/// "name(type name flags, ...) type" of each function.
+std::vector<std::string> functionsOf(HyTypeInfo* info) {
+  std::vector<std::string> all;
+  HyTypeAttr* attributes = nullptr;
+  EXPECT_EQ(info->lpVtbl->GetTypeAttr(info, &attributes), HY_S_OK);
+  for (uint32_t i = 0; i < attributes->cFuncs; ++i) {
+    HyFuncDesc* function = nullptr;
+    EXPECT_EQ(info->lpVtbl->GetFuncDesc(info, i, &function), HY_S_OK);
+    HyString names[20];
+    uint32_t count = 0;
+    EXPECT_EQ(info->lpVtbl->GetNames(info, function->memid, names, 20, &count), HY_S_OK);
+    std::string text = std::to_string(function->invkind) + " " + taken(names[0]) + "(";
+    EXPECT_TRUE(count == static_cast<uint32_t>(function->cParams) + 1 || function->invkind == 4);
+    for (int16_t p = 0; p < function->cParams; ++p) {
+      const HyElemDesc& parameter = function->lprgelemdescParam[p];
+      text += typeText(info, parameter.tdesc) + " " + std::to_string(parameter.paramdesc.wParamFlags) + " " +
+              (p + 1U < count ? taken(names[p + 1]) : "") + ", ";
+      EXPECT_EQ((parameter.paramdesc.wParamFlags & HY_PARAMFLAG_FOPT) != 0,
+                p >= function->cParams - function->cParamsOpt);
+    }
+    all.push_back(text + ") " + typeText(info, function->elemdescFunc.tdesc));
+    info->lpVtbl->ReleaseFuncDesc(info, function);
+  }
+  info->lpVtbl->ReleaseTypeAttr(info, attributes);
+  HyFuncDesc* beyond = nullptr;
+  EXPECT_EQ(info->lpVtbl->GetFuncDesc(info, static_cast<uint32_t>(all.size()), &beyond),
+            HY_TYPE_E_ELEMENTNOTFOUND);
+  return all;
+}
+
+TEST(TypeInfo, TellsTheMembersOfMain) {
+  const auto main = make(HY_CLSID_MAIN);
+  Ref<HyTypeInfo> info;
+  ASSERT_EQ(main->GetTypeInfo(main.get(), 0, 0, info.receive()), HY_S_OK);
+  const std::vector<std::string> expected = {
+      "2 MaxCommunicationRetries() 2",
+      "4 MaxCommunicationRetries(2 1 , ) 24",
+      "2 Version() 8",
+      "2 LegacyClearMemoryOnConfigure() 11",
+      "4 LegacyClearMemoryOnConfigure(11 1 , ) 24",
+      "2 LegacyCOMport() 2",
+      "1 Configure(3 1 LoggerType, 3 1 AcquisitionMode, 3 1 EpochLength, _Class_Subject* 1 Subject, "
+      "8 17 TimeZoneAbbrev, 11 17 AutoDSTadjust, 3 17 LoggerLocalSetTime, 3 17 DataCollectionLocalStartTime, "
+      "3 17 DataCollectionLocalEndTime, 3 17 DateFormat, 3 17 TimeFormat, 4* 18 BatteryLifeRemaining, "
+      "8* 18 DeviceSerialNumber, ) 3",
+      "1 LoggerSecondsToDate(3 1 LoggerSeconds1970, ) 7",
+      "1 DateToLoggerSeconds(7 1 TheDate, ) 3",
+      "1 GetStatus(3 1 LoggerType, 8* 2 SimpleStatus, 8* 2 LongStatus, _Class_VardenLogger** 2 KestrinData, "
+      "_Class_Subject** 2 Subject, 4* 18 BatteryLifeRemaining, ) 3",
+      "1 Retrieve(3 1 LoggerType, _Class_VardenLogger** 2 KestrinData, _Class_Subject** 3 Subject, "
+      "3* 2 DecodeResult, 11* 18 LowBatteryDetected, 8* 18 XMLfilePath, 11 17 IgnoreWarnings, "
+      "11 17 ReconfigureAfterRetrieve, 11 17 AppendData, ) 3",
+      "1 AbortComms() 24"};
+  EXPECT_EQ(functionsOf(info.get()), expected);
+
+  // It calls, finds names, and makes objects like the object itself.
+  std::u16string name = u"version";
+  auto* names = reinterpret_cast<uint16_t*>(name.data());
+  int32_t id = 0;
+  EXPECT_EQ(info->GetIDsOfNames(info.get(), &names, 1, &id), HY_S_OK);
+  HyDispParams params{};
+  Value version;
+  EXPECT_EQ(
+      info->Invoke(info.get(), main.get(), id, HY_DISPATCH_PROPERTYGET, &params, &version, nullptr, nullptr),
+      HY_S_OK);
+  EXPECT_EQ(version.text(), get(main.get(), "Version").text());
+  HyString few[2];
+  uint32_t count = 9;
+  EXPECT_EQ(info->GetNames(info.get(), 5, few, 2, &count), HY_S_OK);
+  EXPECT_EQ(count, 2U);
+  EXPECT_EQ(taken(few[0]) + taken(few[1]), "ConfigureLoggerType");
+  EXPECT_EQ(info->GetNames(info.get(), 11, few, 2, &count), HY_TYPE_E_ELEMENTNOTFOUND);
+  EXPECT_EQ(main->GetTypeInfo(main.get(), 1, 0, info.receive()), HY_DISP_E_BADINDEX);
+}
+
+TEST(TypeInfo, LeadsFromAClassToItsInterfaceAndEvents) {
+  struct Case {
+    HyGuid ClassId, InterfaceId;
+    const HyGuid* Events;
+    const char* Name;
+  };
+  const Case cases[] = {
+      {HY_CLSID_MAIN, HY_IID_MAIN, nullptr, "Class_Main"},
+      {HY_CLSID_VARDEN_LOGGER, HY_IID_VARDEN_LOGGER, &HY_DIID_VARDEN_LOGGER_EVENTS, "Class_VardenLogger"},
+      {HY_CLSID_PENDREL, HY_IID_PENDREL, &HY_DIID_PENDREL_EVENTS, "Class_Pendrel"},
+      {HY_CLSID_SUBJECT, HY_IID_SUBJECT, nullptr, "Class_Subject"}};
+  const auto idOfInfo = [](HyTypeInfo* info) {
+    HyTypeAttr* attributes = nullptr;
+    info->lpVtbl->GetTypeAttr(info, &attributes);
+    const HyGuid id = attributes->guid;
+    info->lpVtbl->ReleaseTypeAttr(info, attributes);
+    return id;
+  };
+  const auto same = [](const HyGuid& a, const HyGuid& b) { return memcmp(&a, &b, sizeof a) == 0; };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.Name);
+    const auto object = make(c.ClassId);
+    const auto info = classOf(object.get());
+    EXPECT_EQ(nameOf(info.get()), c.Name);
+    EXPECT_TRUE(same(idOfInfo(info.get()), c.ClassId));
+    HyTypeAttr* attributes = nullptr;
+    info->GetTypeAttr(info.get(), &attributes);
+    EXPECT_EQ(attributes->typekind, HY_TKIND_COCLASS);
+    ASSERT_EQ(attributes->cImplTypes, c.Events != nullptr ? 2 : 1);
+    for (uint32_t part = 0; part < attributes->cImplTypes; ++part) {
+      int32_t flags = 0;
+      uint32_t reference = 0;
+      Ref<HyTypeInfo> described;
+      EXPECT_EQ(info->GetImplTypeFlags(info.get(), part, &flags), HY_S_OK);
+      EXPECT_EQ(flags, part == 0 ? 1 : 3);
+      EXPECT_EQ(info->GetRefTypeOfImplType(info.get(), part, &reference), HY_S_OK);
+      ASSERT_EQ(info->GetRefTypeInfo(info.get(), reference, described.receive()), HY_S_OK);
+      EXPECT_TRUE(same(idOfInfo(described.get()), part == 0 ? c.InterfaceId : *c.Events));
+      const std::vector<std::string> events = {"1 CommEventError(3 1 ErrorNum, 8* 3 ErrorDescription, ) 24",
+                                               "1 CommProgress(8* 3 ProgressText, ) 24",
+                                               "1 AbortAcknowledged() 24"};
+      EXPECT_EQ(functionsOf(described.get()) == events, part == 1);
+    }
+    uint32_t reference = 0;
+    EXPECT_EQ(info->GetRefTypeOfImplType(info.get(), attributes->cImplTypes, &reference),
+              HY_TYPE_E_ELEMENTNOTFOUND);
+    info->ReleaseTypeAttr(info.get(), attributes);
+    void* made = nullptr;
+    EXPECT_EQ(info->CreateInstance(info.get(), nullptr, &c.InterfaceId, &made), HY_S_OK);
+    auto* another = static_cast<HyDispatch*>(made);
+    EXPECT_EQ(another->lpVtbl->Release(another), 0U);
+  }
+}
+
+}  // namespace
+}  // namespace hy_wristlog::host
