@@ -182,11 +182,11 @@ struct Travel<T*> : TravelOut<T> {
   T* pass() { return &this->Held; }
 };
 template <class T>
-requires(!std::is_const_v<T> && TableOf<T> == nullptr) struct Travel<T&> : TravelOut<T> {
+requires(!std::is_const_v<T> && !HasTable<T>) struct Travel<T&> : TravelOut<T> {
   T& pass() { return this->Held; }
 };
 template <class T>
-requires(TableOf<T> != nullptr) struct Travel<T&> {
+requires(HasTable<T>) struct Travel<T&> {
   using Value = std::shared_ptr<T>;
   static constexpr bool Out = false;
   Value Held;

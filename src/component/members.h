@@ -85,14 +85,19 @@ extern const ClassTable MainTable, VardenLoggerTable, PendrelTable, SubjectTable
 inline constexpr const ClassTable* Classes[] = {&MainTable, &VardenLoggerTable, &PendrelTable, &SubjectTable};
 
 template <class Class>
+constexpr bool HasTable = false;
+template <class Class>
 constexpr const ClassTable* TableOf = nullptr;
-template <>
-inline constexpr const ClassTable* TableOf<Class_Main> = &MainTable;
-template <>
-inline constexpr const ClassTable* TableOf<Class_VardenLogger> = &VardenLoggerTable;
-template <>
-inline constexpr const ClassTable* TableOf<Class_Pendrel> = &PendrelTable;
-template <>
-inline constexpr const ClassTable* TableOf<Class_Subject> = &SubjectTable;
+
+#define HY_TABLE(Class, Table)                  \
+  template <>                                   \
+  inline constexpr bool HasTable<Class> = true; \
+  template <>                                   \
+  inline constexpr const ClassTable* TableOf<Class> = &Table;
+HY_TABLE(Class_Main, MainTable)
+HY_TABLE(Class_VardenLogger, VardenLoggerTable)
+HY_TABLE(Class_Pendrel, PendrelTable)
+HY_TABLE(Class_Subject, SubjectTable)
+#undef HY_TABLE
 
 }  // namespace hy_wristlog::component
