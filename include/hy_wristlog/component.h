@@ -288,10 +288,12 @@ enum {
 /// The number of no member, and of the named argument that carries a property's new value.
 enum { HY_DISPID_UNKNOWN = -1, HY_DISPID_PROPERTYPUT = -3 };
 
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define HY_UNKNOWN_MEMBERS(Self)                                                           \
   HyResult (*QueryInterface)(Self * self, const HyGuid* interfaceId, void** objectOrNull); \
   uint32_t (*AddRef)(Self * self);                                                         \
   uint32_t (*Release)(Self * self);
+// NOLINTEND(bugprone-macro-parentheses)
 
 typedef struct HyUnknownVtable {
   HY_UNKNOWN_MEMBERS(HyUnknown)
@@ -509,6 +511,7 @@ HY_COMPONENT_API HyResult DllRegisterServer(void);
 /// Takes back what DllRegisterServer wrote.
 HY_COMPONENT_API HyResult DllUnregisterServer(void);
 
+// NOLINTBEGIN(modernize-use-nullptr)
 /// A string of `length` units, copied from `text` unless that is null. Null when memory ran out.
 static inline HyString hyStringAllocate(const uint16_t* text, uint32_t length) {
   const uint32_t bytes = length * (uint32_t)sizeof(uint16_t);
@@ -570,6 +573,7 @@ static inline HyResult hyVariantClear(HyVariant* variant) {
   memset(variant, 0, sizeof *variant);
   return HY_S_OK;
 }
+// NOLINTEND(modernize-use-nullptr)
 
 #if defined(__cplusplus)
 }

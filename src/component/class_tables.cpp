@@ -39,8 +39,8 @@ constexpr Member Pendrel[] = {
   { calling<&Class::Name>() }
 
 constexpr Member VardenLogger[] = {
-#define HY_GET(Name) reading<&Class_VardenLogger::Get_##Name>()
-#define HY_LET(Name) writing<&Class_VardenLogger::Let_##Name>()
+#define HY_GET(Name) (reading<&Class_VardenLogger::Get_##Name>())
+#define HY_LET(Name) (writing<&Class_VardenLogger::Let_##Name>())
 #define HY_GetLet(Name) \
   { HY_GET(Name), HY_LET(Name) }
 #define HY_LetGet(Name) \

@@ -56,7 +56,7 @@ void describe(const Failure& failure, HyExcepInfo* exception) {
 }
 
 /// An object inside a workflow; its host is asked to serve its events when others are served.
-class Work : platform::EventSource {
+class Work final : platform::EventSource {
  public:
   explicit Work(ObjectBody& object) : object_(object) {
     if (object.Working) fault::raise(fault::InvalidCall);

@@ -65,7 +65,8 @@ using Listen = void (*)(void* instance, const std::shared_ptr<LoggerEvents>& lis
 /// A class at the boundary. The number of a member is its place, from 1.
 struct ClassTable {
   const char* Name;
-  HyGuid ClassId, InterfaceId;
+  const HyGuid& ClassId;
+  const HyGuid& InterfaceId;
   std::span<const Member> Members;
   std::shared_ptr<void> (*Make)();
   /// The event sets that it has connection points for. The first one tells a logger's events, the second one
@@ -93,7 +94,7 @@ constexpr const ClassTable* TableOf = nullptr;
   template <>                                   \
   inline constexpr bool HasTable<Class> = true; \
   template <>                                   \
-  inline constexpr const ClassTable* TableOf<Class> = &Table;
+  inline constexpr const ClassTable* TableOf<Class> = &(Table);
 HY_TABLE(Class_Main, MainTable)
 HY_TABLE(Class_VardenLogger, VardenLoggerTable)
 HY_TABLE(Class_Pendrel, PendrelTable)
