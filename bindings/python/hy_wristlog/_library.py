@@ -1,0 +1,93 @@
+"""Finds and loads the shared libraries."""
+
+import ctypes
+import ctypes.util
+import os
+import pathlib
+from typing import Iterator, Optional
+
+LIBRARY_VARIABLE = "HY_WRISTLOG_LIBRARY"
+_NAME = "libhy_wristlog.so"
+_SONAME = "libhy_wristlog.so.5"
+_SIMULATOR_NAME = "libhy_wristlog_simulator.so"
+_BUILD_FOLDERS = ("build", "build-release", "build-asan")
+
+_library: Optional[ctypes.CDLL] = None
+_simulator: Optional[ctypes.CDLL] = None
+
+
+class LibraryNotFoundError(OSError):
+    """The shared library is not there, or cannot be loaded."""
+
+
+def _places() -> Iterator[str]:
+    """Where the library may lie, the best place first. Without a folder: where the system's loader looks."""
+    here = pathlib.Path(__file__).resolve()
+    yield str(here.parent / _NAME)
+    # bindings/python/hy_wristlog in a checkout
+    checkout = here.parents[3] if len(here.parents) > 3 else None
+    if checkout is not None and (checkout / "include" / "hy_wristlog" / "component.h").is_file():
+        for folder in _BUILD_FOLDERS:
+            yield str(checkout / folder / _NAME)
+    yield _SONAME
+
+
+def _load(path: str) -> ctypes.CDLL:
+    library = ctypes.CDLL(path)
+    library.DllGetClassObject  # AttributeError when it is some other library
+    return library
+
+
+def library() -> ctypes.CDLL:
+    """The library: what the environment variable names, and nothing else if it is set; otherwise the one
+    beside this package, in a build folder of its checkout, or of the system.
+
+    Raises LibraryNotFoundError, which tells what was tried.
+    """
+    global _library
+    if _library is not None:
+        return _library
+    named = os.environ.get(LIBRARY_VARIABLE)
+    tried = []
+    for path in [named] if named else _places():
+        if os.sep in path and not os.path.exists(path):
+            tried.append(f"{path}: not there")
+            continue
+        try:
+            _library = _load(path)
+            return _library
+        except (OSError, AttributeError) as why:
+            tried.append(f"{path}: {why}")
+    raise LibraryNotFoundError(
+        f"{_NAME} was not found. Build it with ./dev build in the checkout, or name it in the environment "
+        f"variable {LIBRARY_VARIABLE}. Tried:\n  " + "\n  ".join(tried)
+    )
+
+
+def _folder_of_library() -> pathlib.Path:
+    """Where the loaded library lies, as the process's memory map tells."""
+    address = ctypes.cast(library().DllGetClassObject, ctypes.c_void_p).value or 0
+    with open("/proc/self/maps", encoding="utf-8", errors="surrogateescape") as maps:
+        for line in maps:
+            fields = line.split(None, 5)
+            begins, ends = (int(number, 16) for number in fields[0].split("-"))
+            if begins <= address < ends and len(fields) > 5:
+                return pathlib.Path(fields[5].rstrip("\n")).parent
+    return pathlib.Path()
+
+
+def simulator() -> ctypes.CDLL:
+    """The simulated loggers' library, which lies beside the library.
+
+    Raises LibraryNotFoundError.
+    """
+    global _simulator
+    if _simulator is None:
+        path = _folder_of_library() / _SIMULATOR_NAME
+        try:
+            _simulator = ctypes.CDLL(str(path))
+        except OSError as why:
+            raise LibraryNotFoundError(
+                f"{_SIMULATOR_NAME} was not found beside the library; ./dev build makes it. {path}: {why}"
+            ) from None
+    return _simulator

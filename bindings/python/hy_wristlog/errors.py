@@ -1,0 +1,30 @@
+"""What the package raises."""
+
+from ._library import LibraryNotFoundError
+
+__all__ = ["ComponentError", "HyWristlogError", "LibraryNotFoundError"]
+
+
+class HyWristlogError(Exception):
+    """A failure of the library: its number, where it was first seen, and what it is in words.
+
+    `docs/contract.md` lists the numbers.
+    """
+
+    def __init__(self, number: int, source: str, description: str) -> None:
+        super().__init__(number, source, description)
+        self.number = number
+        self.source = source
+        self.description = description
+
+    def __str__(self) -> str:
+        return f"{self.description} ({self.number}, {self.source})"
+
+
+class ComponentError(RuntimeError):
+    """The component refused a call: it came from another thread, its object has ended, and the like."""
+
+    def __init__(self, result: int, words: str) -> None:
+        super().__init__(words)
+        self.result = result
+        """The call's result code, unsigned, as `component.h` writes it."""
