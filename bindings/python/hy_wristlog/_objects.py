@@ -1,0 +1,166 @@
+"""What the public objects have in common: life, events, and the way of a workflow."""
+
+import signal
+import threading
+from contextlib import contextmanager
+from typing import Any, Callable, ClassVar, Dict, Iterator, List, Optional, Type, TypeVar
+
+from . import _component
+from ._component import DIID_HOST_EVENTS, Dispatch
+from ._sinks import listen
+from ._values import Guid
+
+Self = TypeVar("Self", bound="Object")
+
+
+class Object:
+    """An object of the library. It belongs to the thread that made it: from another one every use raises
+    ComponentError, a RuntimeError. It ends with its last use, with `close()`, or with a `with` block."""
+
+    _class_id: ClassVar[Guid]
+    _numbers: ClassVar[Dict[str, int]]
+
+    def __init_subclass__(cls) -> None:
+        cls._numbers = {}
+
+    def __init__(self) -> None:
+        self._dispatch = _component.create(self._class_id, self._numbers)
+
+    @classmethod
+    def _of(cls: Type[Self], address: Optional[int]) -> Optional[Self]:
+        """The object at an address; its reference is taken over."""
+        if not address:
+            return None
+        made = cls.__new__(cls)
+        made._dispatch = Dispatch(address, cls._numbers)
+        return made
+
+    def close(self) -> None:
+        """Gives the object back. Afterwards it cannot be used."""
+        self._dispatch.close()
+
+    @property
+    def closed(self) -> bool:
+        return self._dispatch.closed
+
+    def __enter__(self: Self) -> Self:
+        return self
+
+    def __exit__(self, *_: Any) -> None:
+        self.close()
+
+    def __repr__(self) -> str:
+        return f"<{type(self).__module__}.{type(self).__name__}{' (closed)' if self.closed else ''}>"
+
+
+class EventSource(Object):
+    """An object that tells events. The callbacks run on the calling thread, while a workflow or a command is
+    under way. An exception of a callback does not get lost: it asks for an abort, no more callbacks are run,
+    and it is raised when the call is over."""
+
+    on_progress: Optional[Callable[[str], Any]] = None
+    """Called with each line about what is being done."""
+    on_error: Optional[Callable[[int, str], Any]] = None
+    """Called with the number and description of trouble on the link."""
+    on_abort: Optional[Callable[[], Any]] = None
+    """Called when the link has taken note of an abort."""
+
+    _events: ClassVar[Guid]
+    _raised: Optional[BaseException] = None
+    _listening = False
+
+    def _listen(self) -> None:
+        if not self._listening:
+            listen(self._dispatch, self._events, self)
+            self._listening = True
+
+    def hear(self, events: Guid, event: int, values: List[Any]) -> None:
+        """For the component: an event has come."""
+        try:
+            if self._raised is None:
+                self._tell(event, values)
+        except BaseException as raised:  # noqa: B902 - raised again behind the call
+            self._raised = raised
+            self._ask_for_abort()
+
+    def _tell(self, event: int, values: List[Any]) -> None:
+        callback = (None, self.on_error, self.on_progress, self.on_abort)[event] if 1 <= event <= 3 else None
+        if callback is not None:
+            callback(*values)
+
+    def _ask_for_abort(self) -> None:
+        pass
+
+    @contextmanager
+    def _working(self) -> Iterator[None]:
+        """A call during which events come. Within another one of the same object nothing is changed: the
+        component refuses it."""
+        self._listen()
+        former, self._raised = self._raised, None
+        try:
+            yield
+        finally:
+            raised, self._raised = self._raised, former
+            if raised is not None:
+                try:
+                    raise raised
+                finally:
+                    del raised
+
+
+class Workflows(EventSource):
+    """An object whose calls take long: they let the host live, and can be interrupted."""
+
+    on_wait: Optional[Callable[[], Any]] = None
+    """Called about every millisecond while the library waits for a logger."""
+
+    _interrupted = False
+    _host_events = bytes(DIID_HOST_EVENTS)
+
+    def _listen(self) -> None:
+        if not self._listening:
+            listen(self._dispatch, DIID_HOST_EVENTS, self)
+        super()._listen()
+
+    def hear(self, events: Guid, event: int, values: List[Any]) -> None:
+        if self._interrupted and self._raised is None:
+            self._raised = KeyboardInterrupt()
+            self._ask_for_abort()
+        super().hear(events, event if bytes(events) != self._host_events else 0, values)
+
+    def _tell(self, event: int, values: List[Any]) -> None:
+        if event != 0:
+            super()._tell(event, values)
+        elif self.on_wait is not None:
+            self.on_wait()
+
+    @contextmanager
+    def _working(self) -> Iterator[None]:
+        with _noting_interrupts(self), super()._working():
+            yield
+
+
+@contextmanager
+def _noting_interrupts(workflows: Workflows) -> Iterator[None]:
+    """Python's own answer to Ctrl-C is an exception between any two steps, so also where the library has just
+    called back, and where it would be lost. So it is noted, and raised when the call is over."""
+    replaces = (
+        threading.current_thread() is threading.main_thread()
+        and signal.getsignal(signal.SIGINT) is signal.default_int_handler
+    )
+
+    def note(*_: Any) -> None:
+        workflows._interrupted = True
+
+    if not replaces:
+        yield
+        return
+    workflows._interrupted = False
+    signal.signal(signal.SIGINT, note)
+    try:
+        yield
+    finally:
+        signal.signal(signal.SIGINT, signal.default_int_handler)
+        interrupted, workflows._interrupted = workflows._interrupted, False
+    if interrupted:
+        raise KeyboardInterrupt
