@@ -135,12 +135,12 @@ class VardenLogger(EventSource):
             self._dispatch.call("subVardenConfigCRCreset").clear()
 
 
-class Pendrel(EventSource):
+class Pendrel(Object):
     """Everything that is known about one logger of the older Pendrel family. Moments are in the logger's local
-    time, and naive; None where there is none. Series as those of VardenLogger; nothing stored: EMPTY_NUMBER."""
+    time, and naive; None where there is none. Series as those of VardenLogger; nothing stored: EMPTY_NUMBER. The workflows refuse this family: such
+    an object is a record that a host may fill."""
 
     _class_id = _component.CLSID_PENDREL
-    _events = _component.DIID_PENDREL_EVENTS
 
     SubjectHeight = Real("The subject's; -1 unknown.", writable=True)
     SubjectWeight = Real("The subject's; -1 unknown.", writable=True)
@@ -246,7 +246,8 @@ class Main(Workflows):
 
     The workflows run to their end on the calling thread and answer with a code: 0, or what
     `docs/contract.md` lists; they do not raise for it. Callbacks can be set before a workflow: `on_progress`,
-    `on_error`, `on_abort`, `on_wait`; `AbortComms` may be called there. Ctrl-C in the main thread, when Python
+    `on_error`, `on_abort`, `on_wait`; `AbortComms` may be called there. What is told by `on_progress` are the
+    steps of writing to a logger; a retrieval says nothing, but `on_wait` comes all along. Ctrl-C in the main thread, when Python
     handles it in its own way, asks for an abort, and KeyboardInterrupt is raised behind the workflow.
     """
 
