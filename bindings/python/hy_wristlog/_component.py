@@ -60,6 +60,7 @@ _NAMES = ctypes.CFUNCTYPE(
     ctypes.c_uint32,
     ctypes.POINTER(ctypes.c_int32),
 )
+_UNADVISE = ctypes.CFUNCTYPE(_RESULT, _Pointer, ctypes.c_uint32)
 _ADVISE = ctypes.CFUNCTYPE(_RESULT, _Pointer, _Pointer, ctypes.POINTER(ctypes.c_uint32))
 
 
@@ -182,24 +183,34 @@ class Interface:
             refuse(result, "QueryInterface")
         return found.value or 0
 
-    def connect(self, events: Guid, sink: int) -> int:
-        """Lets the sink at that address hear an event set as long as the object lives."""
+    def connect(self, events: Guid, sink: int) -> "Connection":
+        """Lets the sink at that address hear an event set until the connection is closed."""
         container = Interface(self.query(IID_CONNECTION_POINT_CONTAINER))
-        found, cookie = _Pointer(), ctypes.c_uint32()
+        found = _Pointer()
         try:
             result = container.method(4, _QUERY)(container.address, events, found)
-            if _failed(result):
-                refuse(result, "FindConnectionPoint")
-            point = Interface(found.value or 0)
-            try:
-                result = point.method(5, _ADVISE)(point.address, sink, cookie)
-                if _failed(result):
-                    refuse(result, "Advise")
-            finally:
-                point.close()
         finally:
             container.close()
-        return cookie.value
+        if _failed(result):
+            refuse(result, "FindConnectionPoint")
+        return Connection(found.value or 0, sink)
+
+
+class Connection(Interface):
+    """A connection point with a sink on it."""
+
+    def __init__(self, address: int, sink: int) -> None:
+        super().__init__(address)
+        cookie = ctypes.c_uint32()
+        result = self.method(5, _ADVISE)(self.address, sink, cookie)
+        if _failed(result):
+            refuse(result, "Advise")
+        self.cookie = cookie.value
+
+    def disconnect(self) -> None:
+        """On the thread of the object."""
+        self.method(6, _UNADVISE)(self.address, self.cookie)
+        self.close()
 
 
 class Dispatch(Interface):
@@ -234,10 +245,12 @@ class Dispatch(Interface):
         arguments = (Variant * count)()
         given = Given()
         # The last argument comes first, and the named ones stand before the others.
-        for place, (_, value) in enumerate(named):
-            given.set(arguments[place], value)
-        for place, value in enumerate(reversed(values), len(named)):
-            given.set(arguments[place], value)
+        in_order = [value for _, value in named] + list(reversed(values))
+        for place, value in enumerate(in_order):
+            try:
+                given.set(arguments[place], value)
+            except (TypeError, ValueError) as why:
+                raise type(why)(f"{name}: {why}") from None
         names = (ctypes.c_int32 * len(named))(*(number for number, _ in named))
         params = DispParams(arguments, names, count, len(named))
         answer, exception, at_fault = Variant(), ExcepInfo(), ctypes.c_uint32(count)

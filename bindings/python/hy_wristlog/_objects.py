@@ -1,16 +1,65 @@
 """What the public objects have in common: life, events, and the way of a workflow."""
 
+import atexit
 import signal
 import threading
+import time
 from contextlib import contextmanager
-from typing import Any, Callable, ClassVar, Dict, Iterator, List, Optional, Type, TypeVar
+from functools import lru_cache
+from typing import Any, Callable, ClassVar, Dict, Iterator, List, Optional, Set, Tuple, Type, TypeVar
 
 from . import _component
-from ._component import DIID_HOST_EVENTS, Dispatch
+from ._component import DIID_HOST_EVENTS, Connection, Dispatch
 from ._sinks import listen
 from ._values import Guid
 
 Self = TypeVar("Self", bound="Object")
+
+
+_MOST_PATIENCE = 2.0
+"""Seconds that the interpreter's end waits for the workflows of daemon threads."""
+
+_ending = threading.Event()
+_at_work: Set[int] = set()
+
+
+@contextmanager
+def _under_way() -> Iterator[None]:
+    """The thread is inside the library, which calls back."""
+    _watch_the_end()
+    thread = threading.get_ident()
+    outermost = thread not in _at_work
+    _at_work.add(thread)
+    try:
+        if _ending.is_set():
+            _park()
+        yield
+    finally:
+        if outermost:
+            _at_work.discard(thread)
+
+
+def _park() -> None:
+    """A daemon thread stays here for good: one that came back from the library into an interpreter that has
+    ended would take the whole process down."""
+    if threading.current_thread() is threading.main_thread():
+        return
+    _at_work.discard(threading.get_ident())
+    threading.Event().wait()
+
+
+@lru_cache(maxsize=None)
+def _watch_the_end() -> None:
+    # Not before the first object is there: its finalizer, which comes with it, must run behind this.
+    atexit.register(_stop_daemons)
+
+
+def _stop_daemons() -> None:
+    _at_work.discard(threading.get_ident())
+    _ending.set()
+    deadline = time.monotonic() + _MOST_PATIENCE
+    while _at_work and time.monotonic() < deadline:
+        time.sleep(0.001)
 
 
 class Object:
@@ -65,17 +114,13 @@ class EventSource(Object):
     on_abort: Optional[Callable[[], Any]] = None
     """Called when the link has taken note of an abort."""
 
-    _events: ClassVar[Guid]
+    _events: ClassVar[Tuple[Guid, ...]]
     _raised: Optional[BaseException] = None
-    _listening = False
-
-    def _listen(self) -> None:
-        if not self._listening:
-            listen(self._dispatch, self._events, self)
-            self._listening = True
 
     def hear(self, events: Guid, event: int, values: List[Any]) -> None:
         """For the component: an event has come."""
+        if _ending.is_set():
+            _park()
         try:
             if self._raised is None:
                 self._tell(event, values)
@@ -95,11 +140,17 @@ class EventSource(Object):
     def _working(self) -> Iterator[None]:
         """A call during which events come. Within another one of the same object nothing is changed: the
         component refuses it."""
-        self._listen()
         former, self._raised = self._raised, None
+        connections: List[Connection] = []
+        # Connected for the call alone: a sink that is left behind would be let go of when the thread or the
+        # interpreter is already ending, and no Python can run there.
         try:
-            yield
+            with _under_way():
+                connections.extend(listen(self._dispatch, events, self) for events in self._events)
+                yield
         finally:
+            for connection in connections:
+                connection.disconnect()
             raised, self._raised = self._raised, former
             if raised is not None:
                 try:
@@ -116,11 +167,6 @@ class Workflows(EventSource):
 
     _interrupted = False
     _host_events = bytes(DIID_HOST_EVENTS)
-
-    def _listen(self) -> None:
-        if not self._listening:
-            listen(self._dispatch, DIID_HOST_EVENTS, self)
-        super()._listen()
 
     def hear(self, events: Guid, event: int, values: List[Any]) -> None:
         if self._interrupted and self._raised is None:

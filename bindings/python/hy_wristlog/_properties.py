@@ -47,8 +47,10 @@ class Property(Generic[T]):
             raise AttributeError(f"{self.name} can only be read")
         try:
             given = self._take(value)
-        except (TypeError, ValueError, OverflowError) as why:
-            raise type(why)(f"{self.name}: {why}") from None
+        except TypeError as why:
+            raise TypeError(f"{self.name}: {why}") from None
+        except (ValueError, OverflowError) as why:
+            raise ValueError(f"{self.name}: {why}") from None
         instance._dispatch.put(self.name, given)
 
 

@@ -2,7 +2,6 @@
 
 import ctypes
 import threading
-import weakref
 from typing import Any, Dict, List, Protocol
 
 from ._component import (
@@ -13,6 +12,7 @@ from ._component import (
     IID_DISPATCH,
     IID_UNKNOWN,
     S_OK,
+    Connection,
     DispParams,
     Interface,
 )
@@ -37,8 +37,7 @@ class _Sink(ctypes.Structure):
     def __init__(self, events: Guid, hearer: Hearer) -> None:
         super().__init__(ctypes.addressof(_functions))
         self.events = events
-        # The library holds the sink, the sink must not hold the object: else neither would ever end.
-        self.hearer = weakref.ref(hearer)
+        self.hearer = hearer
         self.references = 1
 
 
@@ -129,11 +128,9 @@ def _invoke(
     sink = _living.get(address)
     if sink is None or not params:
         return E_INVALIDARG
-    hearer = sink.hearer()
-    if hearer is not None:
-        given = params[0]
-        values = [_value_of(given.rgvarg[place]) for place in reversed(range(given.cArgs))]
-        hearer.hear(sink.events, event, values)
+    given = params[0]
+    values = [_value_of(given.rgvarg[place]) for place in reversed(range(given.cArgs))]
+    sink.hearer.hear(sink.events, event, values)
     return S_OK
 
 
@@ -153,8 +150,8 @@ _slots = (
 _functions = _Functions(*(ctypes.cast(function, _Pointer).value for function in _slots))
 
 
-def listen(source: Interface, events: Guid, hearer: Hearer) -> int:
-    """Lets `hearer` hear an event set of an object as long as both live. Returns the connection's cookie."""
+def listen(source: Interface, events: Guid, hearer: Hearer) -> Connection:
+    """Lets `hearer` hear an event set of an object until the connection is broken or the object ends."""
     sink = _Sink(events, hearer)
     address = ctypes.addressof(sink)
     _living[address] = sink

@@ -66,7 +66,7 @@ class VardenLogger(EventSource):
     """
 
     _class_id = _component.CLSID_VARDEN_LOGGER
-    _events = _component.DIID_VARDEN_LOGGER_EVENTS
+    _events = (_component.DIID_VARDEN_LOGGER_EVENTS,)
 
     AcquisitionMode = Enumeration("What it records.", enmVardenLoggingMode, writable=True)
     SubjectHeight = Real("The subject's.", writable=True)
@@ -123,7 +123,9 @@ class VardenLogger(EventSource):
     GreenLightArray = Numbers("Microwatts per square centimetre: array of type \"f\".", "f")
     BlueLightArray = Numbers("Microwatts per square centimetre: array of type \"f\".", "f")
     BattLifeRemaining = Real("Days. Raises HyWristlogError 11502 for an unknown device type.")
-    BatteryPercent = Whole("Raises HyWristlogError 11502 for an unknown device type.")
+    BatteryPercent = Whole(
+        "Of a Kestrin Vivid. For others HyWristlogError 11502 is raised; within ten seconds of a failure it reads 0."
+    )
     CurrentGMTtime = Moment("The logger's clock now, worked out from its last reading.", utc=True)
 
     def subVardenConfigCRCreset(self) -> None:
@@ -252,7 +254,7 @@ class Main(Workflows):
     """
 
     _class_id = _component.CLSID_MAIN
-    _events = _component.DIID_VARDEN_LOGGER_EVENTS
+    _events = (_component.DIID_VARDEN_LOGGER_EVENTS, _component.DIID_HOST_EVENTS)
 
     MaxCommunicationRetries = Whole("How many attempts Configure and Retrieve may make.", writable=True)
     Version = Text("Of the library: \"major.minor.revision\".")

@@ -1,0 +1,162 @@
+"""The package as its users get it: the demo, the example, finding the library, installing, and ending."""
+
+import importlib.util
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+from typing import Any, Dict
+
+from hy_wristlog import _library
+
+PACKAGE = pathlib.Path(__file__).resolve().parents[1]
+CHECKOUT = PACKAGE.parents[1]
+
+
+def run(*arguments: str, **variables: str) -> "subprocess.CompletedProcess[str]":
+    """Runs Python in a process of its own, in an empty folder."""
+    environment: Dict[str, Any] = {**os.environ, "PYTHONPATH": str(PACKAGE), **variables}
+    with tempfile.TemporaryDirectory() as folder:
+        return subprocess.run(
+            [sys.executable, "-X", "faulthandler", "-W", "error", *arguments],
+            cwd=folder,
+            env={name: value for name, value in environment.items() if value},
+            capture_output=True,
+            encoding="utf-8",
+            timeout=250,
+        )
+
+
+class Programs(unittest.TestCase):
+    def test_demo(self) -> None:
+        shown = run("-m", "hy_wristlog", "demo", "--days", "2")
+        self.assertEqual((shown.returncode, shown.stderr), (0, ""))
+        self.assertIn("Status: Collecting Data\n", shown.stdout)
+        self.assertIn("The recording is sound.", shown.stdout)
+        self.assertRegex(shown.stdout, r"(?m)^2026-03-0[234]  .*[▁▂▃▄▅▆▇█]{5}")
+
+        told = run("-m", "hy_wristlog", "demo", "--json", "--model", "kestrin2", "--days", "1", LC_ALL="C")
+        self.assertEqual((told.returncode, told.stderr), (0, ""))
+        document = json.loads(told.stdout)
+        self.assertEqual(document["decode_result_name"], "Decode_OK")
+        self.assertEqual(document["samples"], len(document["activity"]))
+        self.assertEqual(document["marker"].count(True), document["marker_count"])
+        for wrong in (["nothing"], ["demo", "--days", "0"], ["demo", "--model", "pendrel13"], []):
+            self.assertEqual(run("-m", "hy_wristlog", *wrong).returncode, 2, wrong)
+
+    def test_example(self) -> None:
+        shown = run(str(CHECKOUT / "examples" / "python_host.py"))
+        self.assertEqual((shown.returncode, shown.stderr), (0, ""))
+        self.assertRegex(shown.stdout, r"14\d\d epochs from 2026-03-02 14:0\d UTC on, by Subject 17")
+        self.assertIn("sending EOT", shown.stdout)
+
+
+class Library(unittest.TestCase):
+    def test_what_is_not_found_is_told(self) -> None:
+        for named, words in (("/nowhere/x.so", "not there"), (__file__, "ELF"), ("libc.so.6", "DllGetClassObject")):
+            gone = run("-m", "hy_wristlog", "demo", HY_WRISTLOG_LIBRARY=named)
+            self.assertEqual(gone.returncode, 1)
+            self.assertIn("./dev build", gone.stderr)
+            self.assertIn(words, gone.stderr)
+            self.assertNotIn("Traceback", gone.stderr)
+        self.assertEqual(run("-c", "import hy_wristlog", HY_WRISTLOG_LIBRARY="/nowhere").returncode, 0)
+
+    @unittest.skipUnless(
+        all(map(importlib.util.find_spec, ("pip", "setuptools", "wheel"))), "needs pip, setuptools and wheel"
+    )
+    def test_pip_installs_it(self) -> None:
+        with tempfile.TemporaryDirectory() as folder:
+            source, target = os.path.join(folder, "source"), os.path.join(folder, "target")
+            # From a copy, since setuptools leaves its own files in the source.
+            subprocess.run(["cp", "-r", str(PACKAGE), source], check=True)
+            options = ["--no-build-isolation", "--no-deps", "--no-index", "--disable-pip-version-check", "-q"]
+            made = subprocess.run(
+                [sys.executable, "-m", "pip", "install", *options, "--root-user-action=ignore", "--target", target, source],
+                env={**os.environ, "LD_PRELOAD": "", "PYTHONPATH": ""},
+                capture_output=True,
+                encoding="utf-8",
+            )
+            self.assertEqual(made.returncode, 0, made.stderr)
+            self.assertTrue(os.path.exists(os.path.join(target, "hy_wristlog", "py.typed")))
+            library = str(_library._folder_of_library() / "libhy_wristlog.so")
+            program = "import hy_wristlog; print(hy_wristlog.__file__, hy_wristlog.Main().Version)"
+            shown = run("-c", program, PYTHONPATH=target, HY_WRISTLOG_LIBRARY=library)
+            self.assertEqual((shown.returncode, shown.stderr), (0, ""))
+            self.assertTrue(shown.stdout.startswith(target), shown.stdout)
+
+
+class Ends(unittest.TestCase):
+    """However a program ends, it ends cleanly: objects with callbacks in all sorts of places."""
+
+    PREPARED = """
+import atexit, os, signal, sys, threading
+from hy_wristlog import Main, Subject, VardenLogger
+from hy_wristlog.simulator import Bench
+bench = Bench()
+bench.set_up(1, 30)
+bench.wear(86400)
+main = Main()
+main.on_wait = lambda: main.AbortComms
+main.GetStatus(0)
+class Keeper:
+    held = main.GetStatus(0)
+    def __del__(self):
+        try: self.held.logger.SerialNumber
+        except Exception: pass
+keeper = Keeper()
+sys.modules["kept"] = keeper
+"""
+
+    def test_ends(self) -> None:
+        for name, code, status in (
+            ("falls off its end", "", 0),
+            ("exits", "sys.exit(3)", 3),
+            ("in a callback", "main.on_wait = lambda: sys.exit(4)\nmain.Retrieve(0)", 4),
+            ("at exit", "atexit.register(lambda: main.closed)", 0),
+            (
+                "threads have objects too",
+                "def work():\n"
+                "    with Bench('kestrin2'):\n"
+                "        kept.append(Main()); kept[-1].on_wait = lambda: None; kept[-1].GetStatus(1)\n"
+                "kept = []\n"
+                "threads = [threading.Thread(target=work) for _ in range(3)]\n"
+                "[t.start() for t in threads]; [t.join() for t in threads]",
+                0,
+            ),
+            (
+                "a daemon is at work",
+                "def work():\n"
+                "    started.set()\n"
+                "    with Bench():\n"
+                "        own = Main(); own.on_wait = lambda: None\n"
+                "        while True: own.GetStatus(0)\n"
+                "started = threading.Event()\n"
+                "for _ in range(4): threading.Thread(target=work, daemon=True).start()\n"
+                "started.wait()",
+                0,
+            ),
+        ):
+            with self.subTest(name):
+                ended = run("-c", self.PREPARED + code)
+                self.assertEqual((ended.returncode, ended.stderr), (status, ""))
+
+    def test_an_interrupt_from_outside(self) -> None:
+        program = self.PREPARED + (
+            "def once():\n"
+            "    main.on_wait = None\n"
+            "    threading.Thread(target=lambda: os.kill(os.getpid(), signal.SIGINT)).start()\n"
+            "main.on_wait = once\n"
+            "try:\n"
+            "    while True: main.Retrieve(0, IgnoreWarnings=True)\n"
+            "except KeyboardInterrupt:\n"
+            "    print('interrupted', main.GetStatus(0).code)\n"
+        )
+        ended = run("-c", program)
+        self.assertEqual((ended.returncode, ended.stdout, ended.stderr), (0, "interrupted 0\n", ""))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,323 @@
+"""Whole sessions with simulated loggers, through the component alone."""
+
+import os
+import signal
+import threading
+import unittest
+from datetime import datetime, timedelta, timezone
+from typing import Any, List, Tuple
+
+from hy_wristlog import (
+    HyWristlogError,
+    Main,
+    Subject,
+    VardenLogger,
+    enmDataAvailable,
+    enmDecodeResult,
+    enmDeviceType,
+    enmLoggerPointer,
+    enmVardenLoggingMode,
+)
+from hy_wristlog.demo import demo_subject
+from hy_wristlog.simulator import MODELS, Bench, SimulatorError
+from support import EVERY_FORMAT, KESTRIN2, VIVID, BenchCase
+
+ABORTED = 10013
+
+
+class Sessions(unittest.TestCase):
+    def test_configure_wear_status_retrieve(self) -> None:
+        light = enmVardenLoggingMode.VardenMode_ActivityAndStandardLight
+        for model, pointer, kind, colours in (
+            ("vivid", enmLoggerPointer.LggrPntr_KRVivid, enmDeviceType.KR_QUILLANDER, True),
+            ("kestrin2", enmLoggerPointer.LggrPntr_KRII, enmDeviceType.KR_TOLKA, False),
+        ):
+            begins = datetime(2027, 1, 5, 12, tzinfo=timezone.utc)
+            with self.subTest(model), Bench(model, begins=begins) as bench, Main() as main:
+                told: List[str] = []
+                waits: List[int] = []
+                main.on_progress = told.append
+                main.on_wait = lambda: waits.append(1)
+                self.assertEqual(bench.now, begins)
+                subject = Subject()
+                subject.Identity, subject.Gender, subject.DOB = "Zoë", "f", datetime(1984, 5, 6)
+                subject.Weight, subject.Height = 70.5, 168.0
+                configured = main.Configure(pointer, light, 30, subject, "EST", **EVERY_FORMAT)
+                self.assertEqual(configured.code, 0)
+                self.assertGreater(configured.battery_life_remaining, 1)
+                self.assertTrue(any("EOT" in text for text in told), told)
+                self.assertGreater(len(waits), 100)
+
+                bench.wear(timedelta(hours=6))
+                status = main.GetStatus(pointer)
+                self.assertEqual((status.code, status.simple_status), (0, "Collecting Data"))
+                self.assertEqual(status.logger.SerialNumber, configured.device_serial_number)
+                self.assertEqual(status.logger.DeviceType, kind)
+                self.assertEqual(status.subject.Identity, "Zoë")
+
+                own = Subject()
+                before = bench.elapsed
+                result = main.Retrieve(pointer, own)
+                self.assertEqual((result.code, result.decode_result), (0, enmDecodeResult.Decode_OK))
+                self.assertGreater(bench.elapsed, before)
+                self.assertFalse(result.low_battery_detected)
+                self.assertIs(result.subject, own)
+                self.assertEqual((own.Identity, own.Gender, own.DOB), ("Zoë", "F", datetime(1984, 5, 6)))
+                logger = result.logger
+                self.assertEqual((logger.EpochLength, logger.AcquisitionMode), (30, light))
+                self.assertLess(abs(logger.StartTimeGMT - begins), timedelta(minutes=5))
+                self.assertLess(abs(logger.LastLoggerTime - bench.now), timedelta(minutes=5))
+                self.assertEqual(logger.DataAvailable, enmDataAvailable.DataAvail_Yes)
+                self.assertAlmostEqual(logger.Samples, 6 * 120, delta=10)
+                names = ("RedLightArray", "GreenLightArray", "BlueLightArray") if colours else ("LightArray",)
+                lights = [getattr(logger, name) for name in names]
+                series = [logger.ActivityArray, logger.MarkerArray, *lights]
+                self.assertEqual({len(one) for one in series}, {logger.Samples})
+                self.assertEqual(len(logger.WristStatusArray), logger.Samples if colours else 0)
+                self.assertGreater(sum(logger.ActivityArray), 0)
+                self.assertGreater(max(lights[0]), 1)
+                self.assertEqual(logger.MarkerArray.count(True), logger.MarkerCount)
+                self.assertEqual(len(logger.LightArray) == 0, colours)
+                self.assertGreater(logger.BattLifeRemaining, 1)
+
+    def test_codes(self) -> None:
+        with Bench() as bench, Main() as main, demo_subject() as subject:
+            bench.act("pull out")
+            self.assertEqual(main.Configure(VIVID, 1, 60, subject, **EVERY_FORMAT)[:3], (10003, None, None))
+            missing = main.Retrieve(VIVID)
+            self.assertEqual((missing.code, missing.decode_result), (10003, None))
+            status = main.GetStatus(VIVID)
+            self.assertEqual(status.code, 0)
+            self.assertTrue(status.simple_status)
+            for pointer in (enmLoggerPointer.LggrPntr_None, enmLoggerPointer.LggrPntr_Pendreader, 7):
+                self.assertEqual(main.GetStatus(pointer), (10009, "", "", None, None, None))
+                self.assertEqual(main.Retrieve(pointer).code, 10009)
+            bench.act("insert")
+            early, late = datetime(2026, 3, 2, 10), datetime(2026, 3, 3, 10)
+            for times, code in (
+                ({"DataCollectionLocalStartTime": datetime(2020, 1, 1)}, 10007),
+                ({"DataCollectionLocalStartTime": late, "DataCollectionLocalEndTime": early}, 10023),
+                ({"DataCollectionLocalStartTime": early, "DataCollectionLocalEndTime": late}, 0),
+            ):
+                self.assertEqual(main.Configure(VIVID, 1, 60, subject, **times, **EVERY_FORMAT).code, code, times)
+            waiting = main.Retrieve(VIVID)
+            self.assertEqual(waiting.code, 10027)
+            for wrong in (None, "x", main):
+                with self.assertRaises(TypeError):
+                    main.Configure(VIVID, 1, 60, wrong)
+            for wrong in ("x", main):
+                with self.assertRaises(TypeError):
+                    main.Retrieve(VIVID, wrong)
+            with self.assertRaises(ValueError):
+                main.Configure(VIVID, 1, 60, subject, LoggerLocalSetTime=bench.now)
+
+
+class Faults(BenchCase):
+    def setUp(self) -> None:
+        super().setUp()
+        self.bench.set_up(1, 30)
+        self.bench.wear(timedelta(days=1))
+
+    def test_trouble_on_the_line(self) -> None:
+        with Main() as main:
+            sound = main.Retrieve(VIVID)
+            self.assertEqual(sound.code, 0)
+            main.MaxCommunicationRetries = 2
+            reference = sound.logger.ActivityArray
+            for name, skip, times in (("lose echo", 20, 1), ("bad line checksum", 2, 1), ("alter to pc", 900, 1)):
+                self.bench.set_fault(name, skip, times)
+                repeated = main.Retrieve(VIVID)
+                self.bench.advance(60)
+                self.assertEqual(repeated.code, 0, name)
+                self.assertEqual(repeated.logger.ActivityArray, reference, name)
+            main.MaxCommunicationRetries = 1
+            self.bench.after_bytes(2000, "cut")
+            cut = main.Retrieve(VIVID)
+            self.assertTrue(3001 <= cut.code <= 3013, cut.code)
+            self.assertIsNone(cut.decode_result)
+            self.bench.act("reconnect")
+            self.bench.advance(60)
+            main.MaxCommunicationRetries = 2
+            self.bench.after_bytes(1500, "unplug")
+            self.assertNotEqual(main.Retrieve(VIVID).code, 0)
+            self.bench.act("plug")
+            self.bench.advance(60)
+            self.assertEqual(main.Retrieve(VIVID).logger.ActivityArray, reference, "nothing was lost")
+
+
+class Events(BenchCase):
+    def setUp(self) -> None:
+        super().setUp()
+        self.bench.set_up(1, 30)
+        self.bench.wear(timedelta(days=1))
+
+    def after(self, waits: int, action: Any) -> Any:
+        """A callback that does something once."""
+        count = [0]
+
+        def callback() -> None:
+            count[0] += 1
+            if count[0] == waits:
+                action()
+
+        return callback
+
+    def test_abort(self) -> None:
+        with Main() as main:
+            acknowledged: List[bool] = []
+            main.on_abort = lambda: acknowledged.append(True)
+            main.AbortComms()  # between workflows it does nothing
+            for waits in (1, 10, 150, 300):
+                main.on_wait = self.after(waits, main.AbortComms)
+                aborted = main.Retrieve(VIVID)
+                self.assertEqual(aborted.code, ABORTED)
+                self.assertIsInstance(aborted.logger, VardenLogger)
+            self.assertTrue(acknowledged, "a transfer that is broken off says so")
+            main.on_wait = None
+            self.assertEqual(main.Retrieve(VIVID).code, 0)
+            main.on_progress = lambda text: main.AbortComms()
+            with Subject() as subject:
+                subject.Identity = "x"
+                configured = main.Configure(VIVID, 1, 60, subject, **EVERY_FORMAT)
+            self.assertIsNone(configured.device_serial_number)
+
+    def test_what_a_callback_raises_is_not_lost(self) -> None:
+        class Mine(BaseException):
+            pass
+
+        with Main() as main:
+            calls: List[int] = []
+
+            def fail() -> None:
+                calls.append(1)
+                raise Mine("stop")
+
+            before = self.bench.elapsed
+            main.on_wait = fail
+            with self.assertRaises(Mine) as caught:
+                main.Retrieve(VIVID)
+            self.assertEqual(len(calls), 1, "no callback behind the first that failed")
+            self.assertIsNone(caught.exception.__context__)
+            self.assertLess(self.bench.elapsed - before, 10, "it does not go on for long")
+            main.on_wait = None
+            self.assertEqual(main.Retrieve(VIVID).code, 0)
+
+    def test_a_workflow_inside_a_workflow(self) -> None:
+        with Main() as main, Main() as other:
+            seen: List[Any] = []
+
+            def nested() -> None:
+                for use in (lambda: main.GetStatus(VIVID), lambda: main.Version, self.bench.close):
+                    try:
+                        seen.append(use())
+                    except (HyWristlogError, SimulatorError) as failure:
+                        seen.append(failure)
+
+            main.on_wait = self.after(5, nested)
+            self.assertEqual(main.Retrieve(VIVID).code, 0)
+            self.assertEqual((type(seen[0]), seen[0].number), (HyWristlogError, 5))
+            self.assertEqual(seen[1], main.Version)
+            self.assertIsInstance(seen[2], SimulatorError)
+            self.assertEqual(other.GetStatus(VIVID).code, 0)
+
+    def test_an_object_may_be_closed_inside_its_event(self) -> None:
+        main = Main()
+        main.on_wait = self.after(50, main.close)
+        self.assertEqual(main.Retrieve(VIVID).code, 0)
+        self.assertTrue(main.closed)
+
+    def test_interrupt(self) -> None:
+        def interrupt() -> None:
+            os.kill(os.getpid(), signal.SIGINT)
+
+        handler = signal.getsignal(signal.SIGINT)
+        signal.signal(signal.SIGINT, signal.default_int_handler)
+        self.addCleanup(signal.signal, signal.SIGINT, handler)
+        with Main() as main:
+            for when in (1, 50, 150):
+                main.on_wait = self.after(when, interrupt)
+                before = self.bench.elapsed
+                with self.assertRaises(KeyboardInterrupt):
+                    main.Retrieve(VIVID)
+                self.assertLess(self.bench.elapsed - before, 10)
+                self.assertIs(signal.getsignal(signal.SIGINT), signal.default_int_handler)
+            # GetStatus cannot be stopped, and is interrupted all the same.
+            main.on_wait = self.after(5, interrupt)
+            with self.assertRaises(KeyboardInterrupt):
+                main.GetStatus(VIVID)
+            # Whoever has a handler of his own keeps it.
+            noted: List[int] = []
+            signal.signal(signal.SIGINT, lambda *_: noted.append(1))
+            main.on_wait = self.after(5, interrupt)
+            self.assertEqual(main.Retrieve(VIVID).code, 0)
+            self.assertEqual(noted, [1])
+
+
+class Simulator(unittest.TestCase):
+    def test_benches(self) -> None:
+        with self.assertRaises(ValueError):
+            Bench("vivid2")
+        with self.assertRaises(ValueError):
+            Bench(zone="Nowhere")
+        with self.assertRaises(ValueError):
+            Bench(begins=datetime(2026, 1, 1))
+        with self.assertRaises(ValueError):
+            Bench(begins=datetime(1900, 1, 1, tzinfo=timezone.utc))
+        for model in MODELS:
+            with Bench(model) as bench:
+                bench.set_up(1, 30)
+                bench.wear(3600)
+                bench.advance(timedelta(seconds=1.5))
+                self.assertAlmostEqual(bench.elapsed, 3601.5, 3)
+                for wrong in (
+                    lambda: bench.wear(-1),
+                    lambda: bench.wear(float("nan")),
+                    lambda: bench.advance(1e12),
+                    lambda: bench.act("dance"),
+                    lambda: bench.set_fault("none"),
+                    lambda: bench.set_fault("lose echo", -1),
+                    lambda: bench.set_fault("lose echo", 0, -2),
+                    lambda: bench.after_bytes(-1, "cut"),
+                    lambda: bench.after_bytes(2**50, "cut"),
+                    lambda: bench.set_up(1, 7),
+                ):
+                    if model.startswith("pendrel") or wrong.__code__.co_consts[-1] != 7:
+                        self.assertRaises(ValueError, wrong)
+                with self.assertRaises(SimulatorError):
+                    bench.act("insert")
+            with self.assertRaises(SimulatorError):
+                bench.wear(1)
+            bench.close()
+
+    def test_each_thread_has_its_own(self) -> None:
+        outer = Bench("vivid")
+        serials: List[Tuple[str, str]] = []
+        errors: List[type] = []
+
+        def work(model: str, pointer: int) -> None:
+            try:
+                outer.advance(1)
+            except SimulatorError as refused:
+                errors.append(type(refused))
+            with Bench(model), Main() as main:
+                for _ in range(3):
+                    serials.append((model, main.GetStatus(pointer).logger.SerialNumber))
+
+        threads = [threading.Thread(target=work, args=one) for one in (("vivid", VIVID), ("kestrin2", KESTRIN2))]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        self.assertEqual(sorted(serials), [("kestrin2", "K0054321")] * 3 + [("vivid", "V0012345")] * 3)
+        self.assertEqual(len(errors), 2)
+        # Benches may be closed in any order; the youngest that is open is the world.
+        inner = Bench("kestrin2")
+        with Main() as main:
+            self.assertEqual(main.GetStatus(KESTRIN2).logger.SerialNumber, "K0054321")
+            outer.close()
+            self.assertEqual(main.GetStatus(KESTRIN2).logger.SerialNumber, "K0054321")
+        inner.close()
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,43 @@
+"""A host in Python: configures a simulated Kestrin Vivid, lets it be worn for a day, and retrieves the recording.
+
+With a real logger in its dock, leave out the bench.
+"""
+
+from datetime import datetime, timedelta
+
+from hy_wristlog import Main, Subject, enmDateFormat, enmLoggerPointer, enmTimeFormat, enmVardenLoggingMode
+from hy_wristlog.simulator import Bench
+
+VIVID = enmLoggerPointer.LggrPntr_KRVivid
+
+with Bench("vivid") as bench, Main() as main:
+    main.on_progress = lambda text: print("  ", text)
+    main.on_error = lambda number, description: print("   trouble on the link:", number, description)
+
+    subject = Subject()
+    subject.Identity, subject.Gender, subject.DOB = "Subject 17", "F", datetime(1990, 6, 15)
+    configured = main.Configure(
+        VIVID,
+        enmVardenLoggingMode.VardenMode_ActivityAndSpecialLight,
+        60,
+        subject,
+        AutoDSTadjust=True,
+        DateFormat=enmDateFormat.DateFormat_MMDD,
+        TimeFormat=enmTimeFormat.TimeFormat_24hour,
+    )
+    if configured.code != 0:
+        raise SystemExit(f"Configure: code {configured.code}")
+    print(f"Configured {configured.device_serial_number}.")
+
+    bench.wear(timedelta(days=1))
+    print("Status:", main.GetStatus(VIVID).simple_status)
+
+    # Called about every millisecond of waiting; main.AbortComms() would end it here.
+    main.on_wait = lambda: print(f"\r   {bench.elapsed:8.1f} s", end="")
+    result = main.Retrieve(VIVID)
+    print()
+    if result.code != 0:
+        raise SystemExit(f"Retrieve: code {result.code}")
+    logger = result.logger
+    print(f"{logger.Samples} epochs from {logger.StartTimeGMT:%Y-%m-%d %H:%M} UTC on, by {result.subject.Identity}.")
+    print("Most active epoch:", max(logger.ActivityArray), "counts; brightest:", round(max(logger.LightArray)), "lux.")
