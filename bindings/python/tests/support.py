@@ -2,8 +2,9 @@
 
 import ctypes
 import gc
+import time
 import unittest
-from typing import Any, Dict, List, NamedTuple, Tuple
+from typing import Any, Callable, Dict, List, NamedTuple, Tuple
 
 from hy_wristlog import Subject, _library
 from hy_wristlog._component import Dispatch, Guid, Interface
@@ -15,6 +16,14 @@ Pointer = ctypes.c_void_p
 Result = ctypes.c_uint32
 VIVID, KESTRIN2 = 0, 1
 EVERY_FORMAT = {"DateFormat": 1, "TimeFormat": 3}
+
+
+def comes_true(condition: Callable[[], bool]) -> bool:
+    """What happens at the end of a thread happens a moment after its join."""
+    deadline = time.monotonic() + 30
+    while not condition() and time.monotonic() < deadline:
+        time.sleep(0.001)
+    return condition()
 
 
 def can_unload() -> bool:
@@ -33,7 +42,7 @@ class BenchCase(unittest.TestCase):
 
     def _end(self) -> None:
         self.bench.close()
-        self.assertTrue(can_unload(), "an object or a reference is left")
+        self.assertTrue(comes_true(can_unload), "an object or a reference is left")
 
     def subject(self) -> Subject:
         return demo_subject()
