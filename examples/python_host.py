@@ -1,4 +1,4 @@
-"""A host in Python: configures a simulated Kestrin Vivid, lets it be worn for a day, and retrieves the recording.
+"""A host in Python: a simulated Kestrin Vivid is configured, worn for a day, and retrieved.
 
 With a real logger in its dock, leave out the bench.
 """
@@ -39,5 +39,5 @@ with Bench("vivid") as bench, Main() as main:
     if result.code != 0:
         raise SystemExit(f"Retrieve: code {result.code}")
     logger = result.logger
-    print(f"{logger.Samples} epochs from {logger.StartTimeGMT:%Y-%m-%d %H:%M} UTC on, by {result.subject.Identity}.")
-    print("Most active epoch:", max(logger.ActivityArray), "counts; brightest:", round(max(logger.LightArray)), "lux.")
+    print(f"{logger.Samples} epochs from {logger.StartTimeGMT} on, by {result.subject.Identity}.")
+    print(f"At most {max(logger.ActivityArray)} counts in an epoch and {max(logger.LightArray):.0f} lux.")

@@ -9,9 +9,9 @@ retrieves and decodes what it recorded.
         if result.code == 0:
             print(result.logger.SerialNumber, result.logger.ActivityArray)
 
-Everything goes through the library's component interface. The shared library is found when the first object is
-made: the environment variable HY_WRISTLOG_LIBRARY names it, or it lies beside this package, in the build folder of
-its checkout, or where the system's loader looks. `hy_wristlog.simulator` has loggers to try it with.
+Everything goes through the library's component interface. The shared library is found when the first object
+is made: the environment variable HY_WRISTLOG_LIBRARY names it, or it lies beside this package, in the build
+folder of its checkout, or where the system's loader looks. `hy_wristlog.simulator` has loggers to try it with.
 """
 
 from . import enums as _enums

@@ -5,7 +5,17 @@ import weakref
 from typing import Any, Dict, List, NoReturn, Optional, Sequence, Tuple
 
 from . import _library
-from ._values import DISP_E_PARAMNOTFOUND, VT_BYREF, VT_VARIANT, Given, Guid, Variant, new_units, release, take_text
+from ._values import (
+    DISP_E_PARAMNOTFOUND,
+    VT_BYREF,
+    VT_VARIANT,
+    Given,
+    Guid,
+    Variant,
+    new_units,
+    release,
+    take_text,
+)
 from .errors import ComponentError, HyWristlogError
 
 S_OK = 0

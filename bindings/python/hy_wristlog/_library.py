@@ -1,7 +1,7 @@
 """Finds and loads the shared libraries."""
 
 import ctypes
-import ctypes.util
+import importlib
 import os
 import pathlib
 from typing import Iterator, Optional
@@ -20,13 +20,23 @@ class LibraryNotFoundError(OSError):
     """The shared library is not there, or cannot be loaded."""
 
 
+def _checkout() -> Optional[pathlib.Path]:
+    """The checkout that the package lies in, or that it was installed from."""
+    parents = pathlib.Path(__file__).resolve().parents
+    if len(parents) > 3 and (parents[3] / "include" / "hy_wristlog" / "component.h").is_file():
+        return parents[3]
+    try:
+        remembered = importlib.import_module("._checkout", __package__)
+    except ImportError:
+        return None
+    return pathlib.Path(remembered.CHECKOUT)
+
+
 def _places() -> Iterator[str]:
     """Where the library may lie, the best place first. Without a folder: where the system's loader looks."""
-    here = pathlib.Path(__file__).resolve()
-    yield str(here.parent / _NAME)
-    # bindings/python/hy_wristlog in a checkout
-    checkout = here.parents[3] if len(here.parents) > 3 else None
-    if checkout is not None and (checkout / "include" / "hy_wristlog" / "component.h").is_file():
+    yield str(pathlib.Path(__file__).resolve().parent / _NAME)
+    checkout = _checkout()
+    if checkout is not None:
         for folder in _BUILD_FOLDERS:
             yield str(checkout / folder / _NAME)
     yield _SONAME
@@ -40,7 +50,8 @@ def _load(path: str) -> ctypes.CDLL:
 
 def library() -> ctypes.CDLL:
     """The library: what the environment variable names, and nothing else if it is set; otherwise the one
-    beside this package, in a build folder of its checkout, or of the system.
+    beside this package, in a build folder of its checkout (of the one that it was installed from), or of the
+    system.
 
     Raises LibraryNotFoundError, which tells what was tried.
     """

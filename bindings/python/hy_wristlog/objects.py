@@ -124,7 +124,8 @@ class VardenLogger(EventSource):
     BlueLightArray = Numbers("Microwatts per square centimetre: array of type \"f\".", "f")
     BattLifeRemaining = Real("Days. Raises HyWristlogError 11502 for an unknown device type.")
     BatteryPercent = Whole(
-        "Of a Kestrin Vivid. For others HyWristlogError 11502 is raised; within ten seconds of a failure it reads 0."
+        "Of a Kestrin Vivid. For others HyWristlogError 11502 is raised; within ten seconds of a failure it "
+        "reads 0."
     )
     CurrentGMTtime = Moment("The logger's clock now, worked out from its last reading.", utc=True)
 
@@ -139,8 +140,8 @@ class VardenLogger(EventSource):
 
 class Pendrel(Object):
     """Everything that is known about one logger of the older Pendrel family. Moments are in the logger's local
-    time, and naive; None where there is none. Series as those of VardenLogger; nothing stored: EMPTY_NUMBER. The workflows refuse this family: such
-    an object is a record that a host may fill."""
+    time, and naive; None where there is none. Series as those of VardenLogger; nothing stored: EMPTY_NUMBER. The
+    workflows refuse this family: such an object is a record that a host may fill."""
 
     _class_id = _component.CLSID_PENDREL
 
@@ -249,8 +250,9 @@ class Main(Workflows):
     The workflows run to their end on the calling thread and answer with a code: 0, or what
     `docs/contract.md` lists; they do not raise for it. Callbacks can be set before a workflow: `on_progress`,
     `on_error`, `on_abort`, `on_wait`; `AbortComms` may be called there. What is told by `on_progress` are the
-    steps of writing to a logger; a retrieval says nothing, but `on_wait` comes all along. Ctrl-C in the main thread, when Python
-    handles it in its own way, asks for an abort, and KeyboardInterrupt is raised behind the workflow.
+    steps of writing to a logger; a retrieval says nothing, but `on_wait` comes all along. Ctrl-C in the main
+    thread, when Python handles it in its own way, asks for an abort, and KeyboardInterrupt is raised behind the
+    workflow.
     """
 
     _class_id = _component.CLSID_MAIN
@@ -361,9 +363,9 @@ class Main(Workflows):
         )
 
     def AbortComms(self) -> None:
-        """Asks the running workflow to stop; for callbacks. Between workflows it does nothing. Retrieve ends with
-        10013; Configure ends with 0 all the same, its result without a serial number, or with the failure of
-        what the abort broke off. GetStatus is not stopped."""
+        """Asks the running workflow to stop; for callbacks. Between workflows it does nothing. Retrieve ends
+        with 10013; Configure ends with 0 all the same, its result without a serial number, or with the failure
+        of what the abort broke off. GetStatus is not stopped."""
         self._dispatch.call("AbortComms").clear()
 
     def LoggerSecondsToDate(self, LoggerSeconds1970: int) -> Optional[datetime]:

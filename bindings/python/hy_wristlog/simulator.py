@@ -42,9 +42,9 @@ def _seconds(duration: Duration) -> ctypes.c_double:
 
 
 class Bench:
-    """A world of its own for the calling thread: simulated time, one dock, and a healthy logger in it. From here
-    until `close()`, or the end of a `with` block, everything that this thread does with the library happens
-    there; objects of the library should not be taken from one world to another.
+    """A world of its own for the calling thread: simulated time, one dock, and a healthy logger in it. From
+    here until `close()`, or the end of a `with` block, everything that this thread does with the library
+    happens there; objects of the library should not be taken from one world to another.
 
     `model` is one of MODELS; `zone` the machine's zone by its catalogue key, such as "Eastern Standard Time";
     `begins` the moment at which the world begins: aware, of the years 1971 to 2037.

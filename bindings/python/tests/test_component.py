@@ -24,6 +24,7 @@ from hy_wristlog._values import (
     Given,
     Guid,
     Variant,
+    release,
     taken,
     text_at,
 )
@@ -67,7 +68,8 @@ class Exports(unittest.TestCase):
     def get(self, class_id: Any, interface: Any, room: Any) -> int:
         function = _library.library().DllGetClassObject
         function.restype = Result
-        result: int = function(*(None if one is None else ctypes.byref(one) for one in (class_id, interface, room)))
+        given = (None if one is None else ctypes.byref(one) for one in (class_id, interface, room))
+        result: int = function(*given)
         return result
 
     def test_factories(self) -> None:
@@ -135,16 +137,13 @@ class Interfaces(BenchCase):
         self.assertEqual(add(address), 2)
         made.close()
         self.assertEqual(call(address, component.IID_UNKNOWN, Pointer()), 0)
-        for _ in range(2):
-            release = ctypes.CFUNCTYPE(ctypes.c_uint32, Pointer)(
-                Pointer.from_address((Pointer.from_address(address).value or 0) + 2 * ctypes.sizeof(Pointer)).value
-            )
-            release(address)
+        self.assertEqual([release(address), release(address)], [1, 0])
         self.assertEqual(call(address, component.IID_UNKNOWN, Pointer()), component.RPC_E_DISCONNECTED)
 
     def test_names_have_numbers(self) -> None:
         main = component.create(component.CLSID_MAIN)
-        self.assertEqual(main.numbers("Configure", "LoggerType", "EPOCHLENGTH", "deviceserialnumber")[1:], [0, 2, 12])
+        found = main.numbers("Configure", "LoggerType", "EPOCHLENGTH", "deviceserialnumber")
+        self.assertEqual(found[1:], [0, 2, 12])
         self.assertEqual(main.numbers("getstatus"), main.numbers("GetStatus"))
         for names in (("Nothing",), ("Configure", "Nothing"), ("",), ("Versionn",)):
             with self.assertRaises(AttributeError, msg=names):
@@ -181,7 +180,8 @@ class Invoke(BenchCase):
             (9999, METHOD, params, {}, component.DISP_E_MEMBERNOTFOUND),
         ):
             with self.subTest(member=member, kinds=kinds):
-                result = raw_invoke(self.main, member, kinds, given, exception=exception, at_fault=at_fault, **others)
+                others.update(exception=exception, at_fault=at_fault)
+                result = raw_invoke(self.main, member, kinds, given, **others)
                 self.assertEqual(result, expected)
                 self.assertEqual(at_fault.value, 77, "no argument is to blame")
                 self.assertEqual((exception.scode, exception.bstrSource), (0, None))
@@ -375,9 +375,14 @@ class Threads(BenchCase):
         with Pendrel() as source, self.assertRaises(component.ComponentError):
             listen(source._dispatch, component.DIID_HOST_EVENTS, Hearer())
         # One that a thread leaves behind, too.
-        made = self.elsewhere(lambda: [s := VardenLogger(), listen(s._dispatch, s._events[0], Hearer()).close()])
+        def leave() -> VardenLogger:
+            logger = VardenLogger()
+            listen(logger._dispatch, component.DIID_VARDEN_LOGGER_EVENTS, Hearer()).close()
+            return logger
+
+        left = self.elsewhere(leave)
         self.assertTrue(comes_true(lambda: len(_living) == before))
-        made[0].close()
+        left.close()
 
 
 if __name__ == "__main__":

@@ -157,7 +157,8 @@ class Series(BenchCase):
         elements = (Variant * 3)()
         elements[0].vt, elements[0].fltVal = 4, 1.5
         elements[2].vt, elements[2].fltVal = 4, -1.0
-        laid = Array(1, 0x800, ctypes.sizeof(Variant), 0, ctypes.addressof(elements), (ArrayBound * 1)(ArrayBound(3, 0)))
+        bound = (ArrayBound * 1)(ArrayBound(3, 0))
+        laid = Array(1, 0x800, ctypes.sizeof(Variant), 0, ctypes.addressof(elements), bound)
         value = Variant()
         value.vt, value.pointer = 0x2000 | 12, ctypes.addressof(laid)
         series = numbers(value, "f")

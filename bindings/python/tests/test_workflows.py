@@ -1,5 +1,6 @@
 """Whole sessions with simulated loggers, through the component alone."""
 
+import ctypes
 import os
 import signal
 import threading
@@ -18,6 +19,7 @@ from hy_wristlog import (
     enmLoggerPointer,
     enmVardenLoggingMode,
 )
+from hy_wristlog._library import simulator
 from hy_wristlog.demo import demo_subject
 from hy_wristlog.simulator import MODELS, Bench, SimulatorError
 from support import EVERY_FORMAT, KESTRIN2, VIVID, BenchCase
@@ -99,7 +101,8 @@ class Sessions(unittest.TestCase):
                 ({"DataCollectionLocalStartTime": late, "DataCollectionLocalEndTime": early}, 10023),
                 ({"DataCollectionLocalStartTime": early, "DataCollectionLocalEndTime": late}, 0),
             ):
-                self.assertEqual(main.Configure(VIVID, 1, 60, subject, **times, **EVERY_FORMAT).code, code, times)
+                configured = main.Configure(VIVID, 1, 60, subject, **times, **EVERY_FORMAT)
+                self.assertEqual(configured.code, code, times)
             waiting = main.Retrieve(VIVID)
             self.assertEqual(waiting.code, 10027)
             for wrong in (None, "x", main):
@@ -124,8 +127,8 @@ class Faults(BenchCase):
             self.assertEqual(sound.code, 0)
             main.MaxCommunicationRetries = 2
             reference = sound.logger.ActivityArray
-            for name, skip, times in (("lose echo", 20, 1), ("bad line checksum", 2, 1), ("alter to pc", 900, 1)):
-                self.bench.set_fault(name, skip, times)
+            for name, skip in (("lose echo", 20), ("bad line checksum", 2), ("alter to pc", 900)):
+                self.bench.set_fault(name, skip)
                 repeated = main.Retrieve(VIVID)
                 self.bench.advance(60)
                 self.assertEqual(repeated.code, 0, name)
@@ -289,6 +292,23 @@ class Simulator(unittest.TestCase):
                 bench.wear(1)
             bench.close()
 
+    def test_the_c_functions_check_what_they_get(self) -> None:
+        library = simulator()
+        ok, no_bench, argument = 0, -1, -2
+        number = ctypes.c_int32(7)
+        self.assertEqual(library.hySimulatorOpen(None, None, ctypes.c_int64(0), ctypes.byref(number)), argument)
+        self.assertEqual(number.value, 0)
+        self.assertEqual(library.hySimulatorOpen(b"vivid", None, ctypes.c_int64(0), None), argument)
+        self.assertEqual(library.hySimulatorOpen(b"vivid", None, ctypes.c_int64(0), ctypes.byref(number)), ok)
+        for name in ("Elapsed", "Now", "Do"):
+            self.assertEqual(library[f"hySimulator{name}"](number, None), argument, name)
+        self.assertEqual(library.hySimulatorSetFault(number, None, 0, 1), argument)
+        self.assertEqual(library.hySimulatorAfterBytes(number, ctypes.c_uint64(1), None), argument)
+        self.assertEqual(library.hySimulatorClose(number), ok)
+        for wrong in (number, 0, -1, 2**31 - 1):
+            self.assertEqual(library.hySimulatorClose(wrong), no_bench)
+        self.assertTrue(library.hySimulatorLastError())
+
     def test_each_thread_has_its_own(self) -> None:
         outer = Bench("vivid")
         serials: List[Tuple[str, str]] = []
@@ -299,11 +319,13 @@ class Simulator(unittest.TestCase):
                 outer.advance(1)
             except SimulatorError as refused:
                 errors.append(type(refused))
+            Bench("kestrin2")  # left open: it ends with the thread
             with Bench(model), Main() as main:
                 for _ in range(3):
                     serials.append((model, main.GetStatus(pointer).logger.SerialNumber))
 
-        threads = [threading.Thread(target=work, args=one) for one in (("vivid", VIVID), ("kestrin2", KESTRIN2))]
+        both = (("vivid", VIVID), ("kestrin2", KESTRIN2))
+        threads = [threading.Thread(target=work, args=one) for one in both]
         for thread in threads:
             thread.start()
         for thread in threads:
