@@ -10,7 +10,7 @@ LIBRARY_VARIABLE = "HY_WRISTLOG_LIBRARY"
 _NAME = "libhy_wristlog.so"
 _SONAME = "libhy_wristlog.so.5"
 _SIMULATOR_NAME = "libhy_wristlog_simulator.so"
-_BUILD_FOLDERS = ("build", "build-release", "build-asan")
+_BUILD_FOLDERS = ("build", "build-release")
 
 _library: Optional[ctypes.CDLL] = None
 _simulator: Optional[ctypes.CDLL] = None
