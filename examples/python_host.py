@@ -32,10 +32,9 @@ with Bench("vivid") as bench, Main() as main:
     bench.wear(timedelta(days=1))
     print("Status:", main.GetStatus(VIVID).simple_status)
 
-    # Called about every millisecond of waiting; main.AbortComms() would end it here.
-    main.on_wait = lambda: print(f"\r   {bench.elapsed:8.1f} s", end="")
+    # main.AbortComms() would end it here.
+    main.on_download = lambda so_far, expected: print("  ", so_far, "of", expected, "bytes")
     result = main.Retrieve(VIVID)
-    print()
     if result.code != 0:
         raise SystemExit(f"Retrieve: code {result.code}")
     logger = result.logger

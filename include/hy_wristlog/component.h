@@ -14,29 +14,29 @@
 ///
 /// An object belongs to the thread that made it, and so do its connection points and enumerators. `AddRef`
 /// and `Release` may come from any thread; every other call from another thread is answered with
-/// HY_RPC_E_WRONG_THREAD. When another thread releases the last reference, the object ends at the owner's next
-/// call into the library, or with the owner. Class factories and type information may be used by any thread.
-/// Null pointers are answered with HY_E_POINTER, calls on an object that has been released with
+/// HY_RPC_E_WRONG_THREAD. When another thread releases the last reference, the object ends at the owner's
+/// next call into the library, or with the owner. Class factories and type information may be used by any
+/// thread. Null pointers are answered with HY_E_POINTER, calls on an object that has been released with
 /// HY_RPC_E_DISCONNECTED as long as its memory has not become another object's.
 ///
-/// Values. Numbers are converted to the type of a property or argument (to the nearest whole number, halves to
-/// even; HY_DISP_E_OVERFLOW when they do not fit), numeric text and truth values too; dates come as HY_VT_DATE,
-/// enumerations as HY_VT_I4. Text keeps NULs inside it; an unpaired surrogate becomes U+FFFD. Arrays are of
-/// HyVariant, from 0, HY_VT_EMPTY where nothing was stored; an array that was never filled is HY_VT_EMPTY,
-/// one that the recording has no values for has one empty element with both bounds -1. Objects as arguments
-/// must be of this library (HY_DISP_E_TYPEMISMATCH).
+/// Values. Numbers are converted to the type of a property or argument (to the nearest whole number, halves
+/// to even; HY_DISP_E_OVERFLOW when they do not fit), numeric text and truth values too; dates come as
+/// HY_VT_DATE, enumerations as HY_VT_I4. Text keeps NULs inside it; an unpaired surrogate becomes U+FFFD.
+/// Arrays are of HyVariant, from 0, HY_VT_EMPTY where nothing was stored; an array that was never filled is
+/// HY_VT_EMPTY, one that the recording has no values for has one empty element with both bounds -1. Objects
+/// as arguments must be of this library (HY_DISP_E_TYPEMISMATCH).
 ///
 /// Variables for results are passed by reference: HY_VT_BYREF | HY_VT_VARIANT, or HY_VT_BYREF with the
 /// argument's own type. They must be initialised, since what they hold is freed. What is passed by value
-/// instead gets no result. An object of `Class_Main` or a logger that is asked for a second workflow inside an
-/// event of the first one refuses with failure 5.
+/// instead gets no result. An object of `Class_Main` or a logger that is asked for a second workflow inside
+/// an event of the first one refuses with failure 5.
 ///
 /// Events. `Class_VardenLogger` and `Class_Pendrel` tell their own. A workflow makes its own logger, so an
 /// object of `Class_Main` has a connection point for HY_DIID_VARDEN_LOGGER_EVENTS too: its sinks hear every
 /// logger that the object works with, from the first moment of a workflow. A second one, for
-/// HY_DIID_HOST_EVENTS, lets a host live while a workflow waits: it is told to serve its own events, and may ask
-/// for an abort there. Inside any event `AbortComms` may be called, sinks connected and disconnected, and objects
-/// released.
+/// HY_DIID_HOST_EVENTS, lets a host live while a workflow waits: it is told to serve its own events, where it
+/// may ask for an abort, and how far a download has come. Inside any event `AbortComms` may be called, sinks
+/// connected and disconnected, and objects released.
 #ifndef HY_WRISTLOG_COMPONENT_H
 #define HY_WRISTLOG_COMPONENT_H
 
@@ -134,10 +134,11 @@ static const HyGuid HY_DIID_VARDEN_LOGGER_EVENTS = {
     0x02832944, 0x44d6, 0x455e, {0xa5, 0xc1, 0x9f, 0x2b, 0xf8, 0x7a, 0xa1, 0x53}};
 static const HyGuid HY_DIID_PENDREL_EVENTS = {
     0xaa92b71c, 0xe9b7, 0x43f1, {0xbd, 0x99, 0x92, 0xb3, 0xe9, 0xd7, 0xc2, 0x3d}};
-/// What an object of `Class_Main` asks of its host during a workflow: ServeEvents().
+/// What an object of `Class_Main` asks of its host and tells it during a workflow: ServeEvents(),
+/// DownloadProgress(BytesSoFar, BytesExpected), where 0 expected bytes are an unknown number.
 static const HyGuid HY_DIID_HOST_EVENTS = {
     0x5d0f3c6e, 0x27b4, 0x4f0a, {0x93, 0x61, 0x8a, 0x4c, 0xe2, 0x15, 0x70, 0xbd}};
-enum { HY_EVENT_SERVE_EVENTS = 1 };
+enum { HY_EVENT_SERVE_EVENTS = 1, HY_EVENT_DOWNLOAD_PROGRESS = 2 };
 
 /// Members of a logger's event set. CommEventError(ErrorNum, ByRef ErrorDescription), CommProgress(ByRef
 /// ProgressText), AbortAcknowledged().

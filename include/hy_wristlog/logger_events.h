@@ -14,6 +14,8 @@ class HY_WRISTLOG_API LoggerEvents {
   virtual void CommEventError(std::int32_t /*ErrorNum*/, std::string& /*ErrorDescription*/) {}
   virtual void CommProgress(std::string& /*ProgressText*/) {}
   virtual void AbortAcknowledged() {}
+  /// As `Host::downloadProgress`.
+  virtual void DownloadProgress(std::int32_t /*BytesSoFar*/, std::int32_t /*BytesExpected*/) {}
 };
 
 }  // namespace hy_wristlog

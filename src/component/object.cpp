@@ -12,7 +12,7 @@ ObjectBody::ObjectBody(const ClassTable& table, std::shared_ptr<void> instance)
     : Table(table), Instance(std::move(instance)), Points(table.Points.size()) {
   for (Point& point : Points) point.Sinks = std::make_shared<SinkList>();
   if (Points.empty()) return;
-  listener_ = makeListener(Points[0].Sinks);
+  listener_ = makeListener(Points[0].Sinks, Points.size() > 1 ? Points[1].Sinks : nullptr);
   Table.Subscribe(Instance.get(), listener_);
 }
 

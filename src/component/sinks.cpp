@@ -40,14 +40,13 @@ class TextVariable {
 
 class Listener final : public LoggerEvents {
  public:
-  explicit Listener(std::shared_ptr<SinkList> sinks) : sinks_(std::move(sinks)) {}
+  Listener(std::shared_ptr<SinkList> sinks, std::shared_ptr<SinkList> hostSinks)
+      : sinks_(std::move(sinks)), hostSinks_(std::move(hostSinks)) {}
 
   void CommEventError(std::int32_t ErrorNum, std::string& ErrorDescription) override {
     guarded([&] {
       TextVariable text(ErrorDescription);
-      HyVariant arguments[] = {text.reference(), {}};
-      arguments[1].vt = HY_VT_I4;
-      arguments[1].lVal = ErrorNum;
+      HyVariant arguments[] = {text.reference(), number(ErrorNum)};
       sinks_->tell(HY_EVENT_COMM_EVENT_ERROR, arguments, 2);
       text.takeBack();
       return HY_S_OK;
@@ -68,9 +67,24 @@ class Listener final : public LoggerEvents {
       return HY_S_OK;
     });
   }
+  void DownloadProgress(std::int32_t BytesSoFar, std::int32_t BytesExpected) override {
+    if (!hostSinks_) return;
+    guarded([&] {
+      HyVariant arguments[] = {number(BytesExpected), number(BytesSoFar)};
+      hostSinks_->tell(HY_EVENT_DOWNLOAD_PROGRESS, arguments, 2);
+      return HY_S_OK;
+    });
+  }
 
  private:
-  std::shared_ptr<SinkList> sinks_;
+  static HyVariant number(std::int32_t value) {
+    HyVariant variant{};
+    variant.vt = HY_VT_I4;
+    variant.lVal = value;
+    return variant;
+  }
+
+  std::shared_ptr<SinkList> sinks_, hostSinks_;
 };
 
 }  // namespace
@@ -129,8 +143,9 @@ void SinkList::tell(std::int32_t event, HyVariant* arguments, std::uint32_t coun
   }
 }
 
-std::shared_ptr<LoggerEvents> makeListener(const std::shared_ptr<SinkList>& sinks) {
-  return std::make_shared<Listener>(sinks);
+std::shared_ptr<LoggerEvents> makeListener(const std::shared_ptr<SinkList>& sinks,
+                                           const std::shared_ptr<SinkList>& hostSinks) {
+  return std::make_shared<Listener>(sinks, hostSinks);
 }
 
 }  // namespace hy_wristlog::component

@@ -39,7 +39,8 @@ class SinkList {
   std::uint32_t lastCookie_ = 0;
 };
 
-/// Tells sinks what a logger tells.
-std::shared_ptr<LoggerEvents> makeListener(const std::shared_ptr<SinkList>& sinks);
+/// Tells sinks what a logger tells, and `hostSinks`, unless null, how far its downloads have come.
+std::shared_ptr<LoggerEvents> makeListener(const std::shared_ptr<SinkList>& sinks,
+                                           const std::shared_ptr<SinkList>& hostSinks);
 
 }  // namespace hy_wristlog::component

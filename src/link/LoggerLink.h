@@ -23,6 +23,9 @@ class LoggerLink : private CommEvents {
   std::vector<std::shared_ptr<LoggerEvents>> listeners;
 
  protected:
+  /// Tells the listeners and the host how many bytes of a recording have come; 0 expected: not known.
+  void tellDownload(std::int32_t BytesSoFar, std::int32_t BytesExpected);
+
   void CommEventError(std::int32_t ErrorNum, std::string& ErrorDescription) override;
   void CommProgress(std::string& ProgressText) override;
   void AbortAcknowledged() override;

@@ -42,6 +42,11 @@ void LoggerLink::CommProgress(std::string& ProgressText) {
   tellAll(listeners, [&](auto& listener) { listener.CommProgress(ProgressText); });
 }
 
+void LoggerLink::tellDownload(std::int32_t BytesSoFar, std::int32_t BytesExpected) {
+  tellAll(listeners, [&](auto& listener) { listener.DownloadProgress(BytesSoFar, BytesExpected); });
+  platform::current().host().downloadProgress(BytesSoFar, BytesExpected);
+}
+
 void LoggerLink::AbortAcknowledged() {
   tellAll(listeners, [](auto& listener) { listener.AbortAcknowledged(); });
 }

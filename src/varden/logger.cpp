@@ -2,7 +2,6 @@
 #include <utility>
 
 #include "errors/Procedure.h"
-#include "platform/platform.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "varden/VardenLogger.h"
 
@@ -76,7 +75,7 @@ void VardenLogger::AbortAcknowledged() {
 }
 
 void VardenLogger::XmodemPacketReceived(std::uint8_t, std::int32_t BytesSoFar) {
-  platform::current().host().downloadProgress(BytesSoFar, std::max(record.BytesUsed, 0));
+  tellDownload(BytesSoFar, std::max(record.BytesUsed, 0));
 }
 
 }  // namespace hy_wristlog

@@ -262,8 +262,14 @@ TEST(Events, AHostIsServedAndMayAbort) {
   connect(main, HY_DIID_VARDEN_LOGGER_EVENTS, sink);
   Value data, subject = newSubject(), verdict;
   Outcome nested;
+  int32_t expected = 0;
   host.Does = [&](int32_t event, HyDispParams& params) {
-    EXPECT_EQ(event, HY_EVENT_SERVE_EVENTS);
+    if (event == HY_EVENT_DOWNLOAD_PROGRESS) {
+      EXPECT_EQ(params.cArgs, 2U);
+      expected = params.rgvarg[0].lVal;
+      EXPECT_GT(params.rgvarg[1].lVal, 0);
+      return HY_S_OK;
+    }
     EXPECT_EQ(params.cArgs, 0U);
     if (host.Told[event] != 200) return HY_S_OK;
     Value status[4];
@@ -276,6 +282,7 @@ TEST(Events, AHostIsServedAndMayAbort) {
   EXPECT_EQ(nested.Code, HY_FAILURE_BASE + 5);
   EXPECT_EQ(desk.retrieve(data, subject, verdict).Answer.lVal, 0);
   EXPECT_GT(host.Told[HY_EVENT_SERVE_EVENTS], 300);
+  EXPECT_EQ(expected, static_cast<int32_t>(desk.bench.Logger->recordedBytes().size()));
   const int before = host.Told[HY_EVENT_SERVE_EVENTS];
   EXPECT_EQ(disconnect(main, HY_DIID_HOST_EVENTS, cookie), HY_S_OK);
   EXPECT_EQ(disconnect(main, HY_DIID_HOST_EVENTS, cookie), HY_CONNECT_E_NOCONNECTION);

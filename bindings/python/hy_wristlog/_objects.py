@@ -164,6 +164,8 @@ class Workflows(EventSource):
 
     on_wait: Optional[Callable[[], Any]] = None
     """Called about every millisecond while the library waits for a logger."""
+    on_download: Optional[Callable[[int, int], Any]] = None
+    """Called with the bytes of a recording that have come, and how many are expected (0: not known)."""
 
     _interrupted = False
     _host_events = bytes(DIID_HOST_EVENTS)
@@ -172,13 +174,15 @@ class Workflows(EventSource):
         if self._interrupted and self._raised is None:
             self._raised = KeyboardInterrupt()
             self._ask_for_abort()
-        super().hear(events, event if bytes(events) != self._host_events else 0, values)
+        super().hear(events, event if bytes(events) != self._host_events else -event, values)
 
     def _tell(self, event: int, values: List[Any]) -> None:
-        if event != 0:
+        if event > 0:
             super()._tell(event, values)
-        elif self.on_wait is not None:
-            self.on_wait()
+            return
+        callback = {-1: self.on_wait, -2: self.on_download}.get(event)
+        if callback is not None:
+            callback(*values)
 
     @contextmanager
     def _working(self) -> Iterator[None]:

@@ -249,8 +249,8 @@ class Main(Workflows):
 
     The workflows run to their end on the calling thread and answer with a code: 0, or what
     `docs/contract.md` lists; they do not raise for it. Callbacks can be set before a workflow: `on_progress`,
-    `on_error`, `on_abort`, `on_wait`; `AbortComms` may be called there. What is told by `on_progress` are the
-    steps of writing to a logger; a retrieval says nothing, but `on_wait` comes all along. Ctrl-C in the main
+    `on_error`, `on_abort`, `on_wait`, `on_download`; `AbortComms` may be called there. What is told by
+    `on_progress` are the steps of writing to a logger; `on_download` follows a retrieval. Ctrl-C in the main
     thread, when Python handles it in its own way, asks for an abort, and KeyboardInterrupt is raised behind the
     workflow.
     """

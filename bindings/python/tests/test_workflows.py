@@ -59,7 +59,11 @@ class Sessions(unittest.TestCase):
 
                 own = Subject()
                 before = bench.elapsed
+                bytes_told: List[Tuple[int, int]] = []
+                main.on_download = lambda so_far, expected: bytes_told.append((so_far, expected))
                 result = main.Retrieve(pointer, own)
+                self.assertEqual(bytes_told[-1][1], result.logger.BytesUsed)
+                self.assertGreaterEqual(bytes_told[-1][0], result.logger.BytesUsed)
                 self.assertEqual((result.code, result.decode_result), (0, enmDecodeResult.Decode_OK))
                 self.assertGreater(bench.elapsed, before)
                 self.assertFalse(result.low_battery_detected)
