@@ -126,12 +126,12 @@ void takeSetup(PendrelRecord& record, const SetupLines& lines) {
   const bool hasStart = lines[5].size() == StartLength;
   record.StartDate = hasStart ? startDate(lines[5]) : UnknownDate;
   record.StartTime = hasStart ? startTime(lines[5]) : UnknownDate;
-  record.BatteryDate = UnknownDate;
-  if (lines[6].size() == BatteryDateLength) record.BatteryDate = batteryDate(lines[6]);
-
   record.ActivityCalibration = byteField(lines[7], 5).value_or(0);
   const auto resets = byteField(lines[7], 16);
   record.Resets = resets ? std::int16_t{*resets} : std::int16_t{-1};
+
+  record.BatteryDate = UnknownDate;
+  if (lines[6].size() == BatteryDateLength) record.BatteryDate = batteryDate(lines[6]);
 }
 
 }  // namespace hy_wristlog

@@ -34,13 +34,13 @@ std::int32_t setupSum(const SetupLines& lines);
 /// the logger is. Of a line that is too short they get what there is.
 void takeDeviceRecord(PendrelRecord& record, std::string_view line7);
 
-/// Takes all else, in the order of the lines: the subject, which is decoded, EpochLength, SetupLine3Value,
-/// BytesUsed (at most Get_MaxBytesUsed), StartDate and StartTime, BatteryDate, ActivityCalibration (0
-/// unknown), Resets (-1 unknown). The device record must have been taken before. Days that a month does not
-/// have carry into the next one.
+/// Takes all else: the subject, which is decoded, EpochLength, SetupLine3Value, BytesUsed (at most
+/// Get_MaxBytesUsed), StartDate and StartTime, ActivityCalibration (0 unknown), Resets (-1 unknown), and
+/// BatteryDate last. The device record must have been taken before. Days that a month does not have carry
+/// into the next one.
 ///
 /// Raises 13 for a battery date with numbers for day and year and a month that is none; BatteryDate is then
-/// unknown, and what comes behind it is left as it was.
+/// unknown, and all else has been taken.
 void takeSetup(PendrelRecord& record, const SetupLines& lines);
 
 }  // namespace hy_wristlog

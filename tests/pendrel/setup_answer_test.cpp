@@ -67,11 +67,11 @@ TEST(PendrelSetupAnswer, AMonthThatIsNoNumberFails) {
     SetupLines lines = answer();
     lines[6] = date;
     PendrelRecord record;
-    record.BatteryDate = 5;
+    record.BatteryDate = record.ActivityCalibration = 5;
     takeDeviceRecord(record, lines[7]);
     EXPECT_EQ(raisedBy([&] { takeSetup(record, lines); }), "13 Type mismatch") << date;
     EXPECT_EQ(record.BatteryDate, -1);
-    EXPECT_EQ(record.StartDate, 40178);
+    EXPECT_EQ(fieldsOf(record, 7), "C9A12ab 154 64 100 3") << "no former logger's values";
   }
 }
 
