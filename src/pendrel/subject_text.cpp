@@ -110,13 +110,18 @@ void forgetPackedFields(PendrelRecord& record) {
 }  // namespace
 
 void encodeSubjectText(PendrelRecord& record) {
+  const std::string packed = Class_Base64Class::fncEncodeByteArray(packedBytes(record));
+  if (packed.empty()) {
+    record.SubjectInfo.clear();
+    return;
+  }
   std::string text(TextLength, ' ');
   put(text, Identity, record.SubjectIdentity);
   put(text, Initials, record.SubjectInitials);
   put(text, Gender, record.SubjectGender);
   text[Daylight.Offset] = record.AutoDSTadjust ? 'T' : 'F';
   put(text, Zone, record.TimeZoneAbbrev);
-  put(text, Packed, Class_Base64Class::fncEncodeByteArray(packedBytes(record)));
+  put(text, Packed, packed);
   text[Version.Offset] = WrittenVersion;
   record.SubjectInfo = text;
   record.SubjectInfoVersion = 2;
