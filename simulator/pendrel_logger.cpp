@@ -117,7 +117,7 @@ void SimulatedPendrel::powerReset() {
 }
 
 void SimulatedPendrel::attentionChanged() {
-  shell_.restart();
+  shell_.cutOff();
   if (!awake()) recorder_.released();
 }
 

@@ -141,6 +141,13 @@ PendrelShell::PendrelShell(Timeline& timeline, PendrelParts& parts, PendrelRecor
       alarm_(timeline, [this] { due(); }) {}
 
 void PendrelShell::restart() {
+  cutOff();
+  if (task_ != Task::Clear) return;
+  task_ = Task::None;
+  alarm_.cancel();
+}
+
+void PendrelShell::cutOff() {
   typed_.clear();
   if (task_ != Task::StartBlock && task_ != Task::EndBlock) return;
   task_ = Task::None;

@@ -52,7 +52,9 @@ class PendrelShell {
                Line line);
 
   void receive(std::uint8_t byte);
-  /// Drops the typed command and a block on its way, without a word.
+  /// Drops the typed command and a block on its way, without a word; a clear goes on.
+  void cutOff();
+  /// The same, and a clear is over too.
   void restart();
   /// The commands that came in whole, oldest first; the prompt is an empty one.
   const std::vector<std::string>& commands() const { return commands_; }

@@ -169,6 +169,9 @@ TEST(Pendrel, ForgetsHalfACommandAndListensOnlyWhenFree) {
   EXPECT_EQ(reader.exchange("\r"), "\r>");
   EXPECT_EQ(reader.inTwo("***GU\r", 580, "\r"), "***GU\r>");
   EXPECT_EQ(reader.logger().commands(), (std::vector<std::string>{"***X00", "***X00", "", "***GU", ""}));
+  EXPECT_EQ(reader.exchange("***X00", 1000), "***X00");
+  reader.logger().powerReset();
+  EXPECT_EQ(reader.exchange("\r", 1000), "\r>") << "a restart ends the clear";
 }
 
 TEST(Pendrel, StreamsItsBlocks) {
