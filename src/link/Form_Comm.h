@@ -77,7 +77,8 @@ class Form_Comm {
   void subSendChars(std::string_view Chars, std::int32_t SendBytes, std::int32_t CarraigeReturn,
                     std::int16_t NumEchoedChars, std::int32_t CharDelay, std::int32_t TXdelay,
                     std::int32_t CmdDelay);
-  /// The text before `CharToWaitFor`; `RXdelay` is a silence time. Raises 3001 and 3002.
+  /// The text before `CharToWaitFor`, at most 4096 characters; `RXdelay` is a silence time. Raises 3001 when
+  /// nothing comes, 3002 when the text has no end or is longer.
   std::string fncGetCharLine(char CharToWaitFor, std::int32_t RXdelay);
   /// `NumBytes` bytes at line settings of their own; `PageDelay` is the silence that ends the wait (4000 when
   /// negative), `CmdDelay` a pause behind it (500 when negative). With `IgnoreLength` all that comes until

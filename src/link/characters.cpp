@@ -6,6 +6,8 @@
 namespace hy_wristlog {
 namespace {
 
+constexpr std::size_t LongestLine = 4096;
+
 enum SendMode : std::int32_t { CharByChar = 1, WithEcho = 2 };
 
 /// Collects `expected` echoed characters, or those that came before the time was up.
@@ -85,7 +87,7 @@ std::string Form_Comm::fncGetCharLine(char CharToWaitFor, std::int32_t RXdelay) 
         if (state_->consoleInUse()) subShowCOM(read);
       }
       Tools().subDelay(5);
-    } while (state_->timer() <= deadline && read != final);
+    } while (state_->timer() <= deadline && read != final && line.size() <= LongestLine);
 
     if (read != final) {
       if (line.empty())

@@ -60,7 +60,8 @@ TEST(Exchange, ASitesActionRepeatsAStepOrGoesOnBehindIt) {
 }
 
 TEST(Exchange, ReadsLinesUntilSilence) {
-  const std::tuple<Arrivals, const char*, const char*, double> cases[] = {
+  const std::string full(4096, 'x');
+  const std::tuple<Arrivals, std::string, const char*, double> cases[] = {
       {{{0, "ab\rcd"}}, "ab", "", 15},
       {{{0, "\nab\r"}}, "\nab", "", 20},
       {{{0, "\r"}}, "", "", 5},
@@ -68,6 +69,8 @@ TEST(Exchange, ReadsLinesUntilSilence) {
       {{}, "", "3001 No characters received", 205},
       {{{210, "a\r"}}, "", "3001 No characters received", 205},
       {{{10, "ab"}}, "", "3002 No carriage return or final character received", 220},
+      {{{0, full + '\r'}}, full, "", 20485},
+      {{{0, full + "x\r"}}, "", "3002 No carriage return or final character received", 20485},
   };
   for (const auto& [arrivals, expected, why, time] : cases) {
     OpenLink o;
