@@ -81,16 +81,20 @@ class Scanner {
   std::string_view rest_;
 };
 
+std::optional<std::uint32_t> parseWhole(std::string_view digits, int base) {
+  std::uint32_t value = 0;
+  const auto end = digits.data() + digits.size();
+  const auto result = std::from_chars(digits.data(), end, value, base);
+  if (result.ec != std::errc{} || result.ptr != end) return std::nullopt;
+  return value;
+}
+
 std::optional<double> parsePrefixed(std::string_view text) {
   if (text.size() < 3 || text.front() != '&') return std::nullopt;
   const char kind = asciiUpper(text[1]);
   if (kind != 'H' && kind != 'O') return std::nullopt;
-  text.remove_prefix(2);
-  std::uint32_t value = 0;
-  const auto end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value, kind == 'H' ? 16 : 8);
-  if (result.ec != std::errc{} || result.ptr != end) return std::nullopt;
-  return static_cast<std::int32_t>(value);
+  const auto value = parseWhole(text.substr(2), kind == 'H' ? 16 : 8);
+  return value ? std::optional<double>(static_cast<std::int32_t>(*value)) : std::nullopt;
 }
 
 }  // namespace
@@ -142,6 +146,8 @@ double leadingNumber(std::string_view text) {
   if (const auto value = parseDecimal(number)) return *value;
   fault::raise(fault::Overflow);
 }
+
+std::optional<std::uint32_t> parseHexadecimal(std::string_view text) { return parseWhole(text, 16); }
 
 bool isDigits(std::string_view text) {
   return !text.empty() && std::all_of(text.begin(), text.end(), isDigit);

@@ -22,6 +22,10 @@ bool isNumeric(std::string_view text);
 /// none. Fault 6 when it is too great.
 double leadingNumber(std::string_view text);
 
+/// The value of up to 32 bits in hexadecimal digits; none when there are none, or other characters among
+/// them.
+std::optional<std::uint32_t> parseHexadecimal(std::string_view text);
+
 /// True when the text is one or more of 0 to 9 and nothing else.
 bool isDigits(std::string_view text);
 

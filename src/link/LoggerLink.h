@@ -22,6 +22,10 @@ class LoggerLink : private CommEvents {
   Form_Comm& link() { return *mfrmComm_; }
   std::vector<std::shared_ptr<LoggerEvents>> listeners;
 
+  /// Null is no listener.
+  void subscribe(std::shared_ptr<LoggerEvents> events);
+  void unsubscribe(const std::shared_ptr<LoggerEvents>& events);
+
  protected:
   /// Tells the listeners and the host how many bytes of a recording have come; 0 expected: not known.
   void tellDownload(std::int32_t BytesSoFar, std::int32_t BytesExpected);

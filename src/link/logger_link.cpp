@@ -1,4 +1,7 @@
 #include "link/LoggerLink.h"
+
+#include <utility>
+
 #include "platform/platform.h"
 
 namespace hy_wristlog {
@@ -33,6 +36,12 @@ LoggerLink::~LoggerLink() {
   } catch (...) {  // NOLINT(bugprone-empty-catch): a logger ends whatever its window says
   }
 }
+
+void LoggerLink::subscribe(std::shared_ptr<LoggerEvents> events) {
+  if (events) listeners.push_back(std::move(events));
+}
+
+void LoggerLink::unsubscribe(const std::shared_ptr<LoggerEvents>& events) { std::erase(listeners, events); }
 
 void LoggerLink::CommEventError(std::int32_t ErrorNum, std::string& ErrorDescription) {
   tellAll(listeners, [&](auto& listener) { listener.CommEventError(ErrorNum, ErrorDescription); });

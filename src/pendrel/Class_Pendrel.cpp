@@ -1,7 +1,6 @@
 #include "hy_wristlog/Class_Pendrel.h"
 
 #include <utility>
-#include <vector>
 
 #include "pendrel/Pendrel.h"
 
@@ -26,12 +25,8 @@ Class_Pendrel::~Class_Pendrel() = default;
 #undef HY_STORED
 #undef HY_COMPUTED
 
-void Class_Pendrel::subscribe(std::shared_ptr<LoggerEvents> events) {
-  if (events) inside_->listeners.push_back(std::move(events));
-}
+void Class_Pendrel::subscribe(std::shared_ptr<LoggerEvents> events) { inside_->subscribe(std::move(events)); }
 
-void Class_Pendrel::unsubscribe(const std::shared_ptr<LoggerEvents>& events) {
-  std::erase(inside_->listeners, events);
-}
+void Class_Pendrel::unsubscribe(const std::shared_ptr<LoggerEvents>& events) { inside_->unsubscribe(events); }
 
 }  // namespace hy_wristlog

@@ -15,6 +15,8 @@ namespace hy_wristlog {
 /// class "Class_Pendrel".
 class Pendrel : public LoggerLink {
  public:
+  static constexpr char Module[] = "Class_Pendrel";
+
   PendrelRecord record;
 
   // The record and its recording: logger.cpp, memory_image.cpp, decode_procedures.cpp

@@ -2,13 +2,9 @@
 #include "errors/Procedure.h"
 #include "pendrel/Pendrel.h"
 #include "pendrel/subject_text.h"
+#include "tools/logger_seconds.h"
 
 namespace hy_wristlog {
-namespace {
-
-constexpr char Module[] = "Class_Pendrel";
-
-}  // namespace
 
 void Pendrel::subEncodeSubjectInfo() {
   Procedure procedure{Module, "subEncodeSubjectInfo"};
@@ -21,12 +17,8 @@ void Pendrel::subDecodeSubjectInfo() {
 }
 
 std::int32_t Pendrel::fncDateToLoggerSeconds(double date) {
-  Procedure procedure{Module, "fncDateToLoggerSeconds"};
-  return procedure.run([&] {
-    if (date < EarliestSecondsDate)
-      throw Failure(10103, "Class_Pendrel.fncDateToLoggerSeconds", "Date is before 12/13/1901 8:45:52 PM");
-    return unixSecondsFromDate(date);
-  });
+  constexpr std::int32_t TooEarly = 10103;
+  return loggerSecondsFromDate(date, Module, TooEarly);
 }
 
 double Pendrel::fncLoggerSecondsToDate(std::int32_t seconds) { return dateFromUnixSeconds(seconds); }

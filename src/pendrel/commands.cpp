@@ -37,6 +37,14 @@ std::int32_t portStatus(std::int32_t failure) {
   }
 }
 
+/// Characters and carriage returns; that of the last line is no part of the sum.
+std::int32_t sumOf(const SetupLines& lines) {
+  constexpr std::int32_t CarriageReturn = '\r';
+  std::int32_t sum = -CarriageReturn;
+  for (const std::string& line : lines) sum += starred::checksumOf(line) + CarriageReturn;
+  return sum;
+}
+
 /// The steps model keeps its acquisition mode in its memory.
 void readMode(StarredProcedure& command, Pendrel& logger) {
   const std::uint8_t value =
@@ -94,7 +102,7 @@ void Pendrel::subCloseCOMport(bool busyPointer) {
 /// Only a carriage return that cannot be sent is sent again; an answer that stays away is no prompt.
 bool Pendrel::fncGetPrompt() {
   constexpr std::int32_t Silence = 1000, Pause = 500, ServeInterval = 50;
-  Procedure procedure{"Class_Pendrel", "fncGetPrompt"};
+  Procedure procedure{Module, "fncGetPrompt"};
   procedure.trap([](Failure& failure) {
     return starred::isLinkFailure(failure.Number) ? TrapAnswer::Leave : TrapAnswer::Dispatch;
   });
@@ -130,7 +138,7 @@ void Pendrel::fncReadSetup() {
       const std::string checksum = command.readLine();
       record.SetupText += checksum;
       command.readLine('>');
-      if (checksum.size() < 4 || !starred::tells(checksum, setupSum(lines)))
+      if (checksum.size() < 4 || !starred::standsFor(checksum, sumOf(lines)))
         command.fail(10108, "fncReadZBsetup", starred::WrongChecksum);
     } else {
       command.readLine('>');

@@ -5,7 +5,6 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr char Module[] = "Class_Pendrel";
 constexpr char Source[] = "Class_Pendrel.subDecodeDataArrays";
 
 void requireMode(const PendrelRecord& record) {

@@ -9,7 +9,6 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr std::int32_t HeaderBytes = 128;
 constexpr std::int32_t MostActivity = 32767;
 constexpr std::int32_t NominalCalibration = 128;
 constexpr std::uint8_t MarkerByte = 254;
@@ -49,7 +48,7 @@ class SampleWalk {
 
   void run() {
     record_.MarkerCount = 0;
-    end_ = fault::narrow<std::int32_t>(std::int64_t{record_.BytesUsed} + HeaderBytes);
+    end_ = fault::narrow<std::int32_t>(std::int64_t{record_.BytesUsed} + PendrelRecord::HeaderBytes);
     if (end_ < 1) fault::raise(fault::Subscript);
     startSeries();
     do takeSample();
@@ -90,7 +89,7 @@ class SampleWalk {
   ActivityScale scale_;
   std::span<const std::uint8_t> image_;
   bool countsSteps_, readsSteps_;
-  std::int32_t end_ = 0, position_ = HeaderBytes;
+  std::int32_t end_ = 0, position_ = PendrelRecord::HeaderBytes;
 };
 
 }  // namespace

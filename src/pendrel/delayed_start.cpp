@@ -29,7 +29,7 @@ std::int16_t epochsPerDay(std::int16_t epochLength) {
 std::string DelayedStart::epochWord() const { return starred::hexWord(WordOfNoEpochs - Epochs); }
 
 std::string DelayedStart::secondsWord() const {
-  return starred::hexWord(Less.QuarterMinutes * 256 + Less.Seconds);
+  return starred::hexWord(Shortened.QuarterMinutes * 256 + Shortened.Seconds);
 }
 
 Shortening shorteningFor(std::int32_t remainder) {
@@ -46,9 +46,10 @@ DelayedStart planDelayedStart(double start, double now, std::int16_t epochLength
   plan.Epochs = roundToInt32(Class_Tools::fncTrueCeiling(static_cast<double>(seconds) / epochLength));
   if (plan.Epochs < 1 || plan.Epochs > MostEpochs)
     refuse(10112, "Number of epochs to delay is out of bounds");
-  plan.Less = shorteningFor(seconds - plan.Epochs * epochLength);
+  plan.Shortened = shorteningFor(seconds - plan.Epochs * epochLength);
   plan.ReleaseTime = start - static_cast<double>(plan.Epochs) / perDay +
-                     plan.Less.QuarterMinutes / QuarterMinutesPerDay + plan.Less.Seconds / SecondsPerDay;
+                     plan.Shortened.QuarterMinutes / QuarterMinutesPerDay +
+                     plan.Shortened.Seconds / SecondsPerDay;
   return plan;
 }
 

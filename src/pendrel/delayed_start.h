@@ -14,7 +14,7 @@ struct Shortening {
 /// from the moment at which it is released.
 struct DelayedStart {
   std::int32_t Epochs = 0;  ///< 1 to 32896
-  Shortening Less;
+  Shortening Shortened;
   double ReleaseTime = 0;  ///< local date
 
   /// Four digits: the epochs, counted down from 128.

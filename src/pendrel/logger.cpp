@@ -2,25 +2,18 @@
 #include <limits>
 
 #include "base/dates.h"
+#include "errors/GlobalState.h"
 #include "errors/Procedure.h"
 #include "pendrel/Pendrel.h"
-#include "platform/platform.h"
 
 namespace hy_wristlog {
-namespace {
-
-constexpr char Module[] = "Class_Pendrel";
-constexpr double BatteryDays = 180;
-
-}  // namespace
 
 float Pendrel::fncBatteryLife(std::optional<double> date, std::optional<enmDeviceType> deviceType) const {
   switch (deviceType.value_or(record.Get_DeviceType())) {
     case KR_PENDREL:
     case KR_PENDREL_CRC:
     case KR_PENDREL_CRC_STEPS: {
-      const double today = datePart(dateFromCivil(platform::current().clock().local()));
-      const double days = date.value_or(record.BatteryDate) + BatteryDays - today;
+      const double days = date.value_or(record.BatteryDate) + PendrelRecord::BatteryDays - datePart(now());
       return static_cast<float>(std::clamp(days, 0.0, double{std::numeric_limits<float>::max()}));
     }
     default:

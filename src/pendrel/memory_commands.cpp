@@ -5,16 +5,15 @@
 #include <vector>
 
 #include "base/faults.h"
+#include "base/numbers.h"
 #include "pendrel/Pendrel.h"
-#include "pendrel/setup_answer.h"
 #include "pendrel/starred.h"
 #include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
 namespace {
 
-constexpr std::int32_t BlockBytes = 4096;
-constexpr std::int32_t BlockKilobytes = 4;
+constexpr std::int32_t BlockBytes = PendrelRecord::BlockBytes, BlockKilobytes = BlockBytes / 1024;
 constexpr std::int32_t HighestAddress = 65535;
 
 void checkAddress(StarredProcedure& command, std::int32_t address) {
@@ -30,7 +29,7 @@ bool checksumHolds(const std::vector<std::uint8_t>& block) {
 
 /// Fault 13 for what is not hexadecimal, fault 6 above 255.
 std::uint8_t byteOf(std::string_view digits) {
-  const auto value = hexadecimalField(digits);
+  const auto value = parseHexadecimal(digits);
   if (!value) fault::raise(fault::TypeMismatch);
   return fault::narrow<std::uint8_t>(*value);
 }
@@ -70,7 +69,7 @@ std::uint8_t Pendrel::fncReadMemoryLocation(std::int32_t address) {
     const std::string digits = starred::hexWord(address);
     const bool checked = record.Get_CTcompliant();
     const auto lines = command.ask(starred::ReadLocation, digits, checked);
-    if (checked && !starred::tells(lines[1], starred::checksumOf(digits + lines[0])))
+    if (checked && !starred::standsFor(lines[1], starred::checksumOf(digits + lines[0])))
       command.fail(10108, starred::WrongChecksum);
     return command.procedure.statement([&] { return byteOf(lines[0]); });
   });

@@ -6,14 +6,13 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr char Module[] = "Class_Pendrel";
 constexpr std::int16_t MostMemoryKB = 5000;
-constexpr std::int64_t HeaderBytes = 128;
 
 }  // namespace
 
 std::vector<std::uint8_t> Pendrel::Get_RawData(std::int32_t count) const {
-  const std::int64_t wanted = count == 0 ? record.BytesUsed + HeaderBytes : count;
+  const std::int64_t wanted =
+      count == 0 ? std::int64_t{record.BytesUsed} + PendrelRecord::HeaderBytes : count;
   const auto held = static_cast<std::int64_t>(record.RawData.size());
   return {record.RawData.begin(), record.RawData.begin() + std::clamp<std::int64_t>(wanted, 0, held)};
 }

@@ -6,9 +6,7 @@ namespace hy_wristlog {
 namespace {
 
 constexpr std::uint8_t FirstFirmwareWithChecksums = 0x90;
-constexpr std::int32_t HeaderBytes = 128, BlockBytes = 4096;
-constexpr std::int32_t MostBytes = 65536 - HeaderBytes;
-constexpr std::int16_t BatteryDays = 180;
+constexpr std::int32_t MostBytes = 65536 - PendrelRecord::HeaderBytes;
 constexpr float SecondsOfDay = 86400;
 
 }  // namespace

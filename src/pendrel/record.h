@@ -12,6 +12,9 @@ namespace hy_wristlog {
 /// The values of one Pendrel logger. Plain data: the parsers and the decoder read and write it, and know of
 /// no port.
 struct PendrelRecord {
+  static constexpr std::int32_t HeaderBytes = 128, BlockBytes = 4096;  ///< of the memory image
+  static constexpr std::int16_t BatteryDays = 180;                     ///< that a new battery lasts
+
 #define HY_STORED(Name, Type, Access) Type Name{};
 #define HY_COMPUTED(Name, Type)
 #include "hy_wristlog/pendrel_properties.inc"
@@ -37,7 +40,7 @@ struct PendrelRecord {
   std::int16_t Get_MaxBatteryLife() const;
   /// Days that the memory lasts in the present mode and epoch; 0 when they are not set.
   double Get_MaxRecordingTime() const;
-  /// How many blocks of 4096 bytes hold the header and the recorded bytes.
+  /// How many blocks hold the header and the recorded bytes.
   std::int16_t Get_BlocksToDownload() const;
 };
 

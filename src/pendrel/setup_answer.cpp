@@ -1,7 +1,8 @@
 #include "pendrel/setup_answer.h"
 
 #include <algorithm>
-#include <charconv>
+#include <optional>
+#include <string_view>
 
 #include "base/code_page.h"
 #include "base/dates.h"
@@ -12,7 +13,6 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr std::int32_t CarriageReturn = 13;
 constexpr std::size_t StartLength = 14, BatteryDateLength = 8;
 
 /// Characters counted from 1, as many as there are.
@@ -27,7 +27,7 @@ std::string_view lastCharacters(std::string_view line, std::size_t count) {
 
 std::optional<std::uint8_t> byteField(std::string_view line, std::size_t first) {
   const std::string_view digits = characters(line, first, first + 1);
-  const auto value = digits.size() == 2 ? hexadecimalField(digits) : std::nullopt;
+  const auto value = digits.size() == 2 ? parseHexadecimal(digits) : std::nullopt;
   return value ? std::optional(static_cast<std::uint8_t>(*value)) : std::nullopt;
 }
 
@@ -56,7 +56,7 @@ std::int16_t epochOfCode(std::uint8_t code) {
 /// recorded.
 std::int32_t bytesOfPointer(std::string_view digits) {
   constexpr std::uint32_t FirstInHeader = 0xFF80;
-  const auto pointer = hexadecimalField(digits);
+  const auto pointer = parseHexadecimal(digits);
   if (!pointer) return -1;
   return *pointer >= FirstInHeader ? 0 : static_cast<std::int32_t>(*pointer);
 }
@@ -92,25 +92,11 @@ double batteryDate(std::string_view line) {
 
 }  // namespace
 
-std::optional<std::uint32_t> hexadecimalField(std::string_view field) {
-  std::uint32_t value = 0;
-  const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), value, 16);
-  if (error != std::errc{} || end != field.data() + field.size()) return std::nullopt;
-  return value;
-}
-
-std::int32_t setupSum(const SetupLines& lines) {
-  std::int64_t sum = CarriageReturn * static_cast<std::int64_t>(lines.size() - 1);
-  for (const std::string& line : lines)
-    for (const char c : line) sum += static_cast<unsigned char>(c);
-  return fault::narrow<std::int32_t>(sum);
-}
-
 void takeDeviceRecord(PendrelRecord& record, std::string_view line7) {
   record.SerialNumber =
       utf8FromAnsiText(std::string(characters(line7, 1, 3)).append(characters(line7, 8, 11)));
   record.MemorySizeKB = memorySize(characters(line7, 13, 14));
-  record.FirmwareVersion = static_cast<std::uint8_t>(hexadecimalField(characters(line7, 2, 3)).value_or(0));
+  record.FirmwareVersion = static_cast<std::uint8_t>(parseHexadecimal(characters(line7, 2, 3)).value_or(0));
 }
 
 void takeSetup(PendrelRecord& record, const SetupLines& lines) {
@@ -119,7 +105,7 @@ void takeSetup(PendrelRecord& record, const SetupLines& lines) {
 
   const auto epochCode = byteField(lines[2], 1);
   record.EpochLength = epochCode ? epochOfCode(*epochCode) : std::int16_t{-1};
-  const auto line3 = hexadecimalField(lastCharacters(lines[3], 2));
+  const auto line3 = parseHexadecimal(lastCharacters(lines[3], 2));
   record.SetupLine3Value = line3 ? static_cast<std::int16_t>(*line3) : std::int16_t{-1};
   record.BytesUsed = std::min(bytesOfPointer(lastCharacters(lines[4], 4)), record.Get_MaxBytesUsed());
 

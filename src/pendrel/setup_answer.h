@@ -1,8 +1,6 @@
 #pragma once
 
 #include <array>
-#include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -22,13 +20,6 @@
 namespace hy_wristlog {
 
 using SetupLines = std::array<std::string, 8>;
-
-/// The value of up to eight hexadecimal digits; none when there are none, or other characters among them.
-std::optional<std::uint32_t> hexadecimalField(std::string_view field);
-
-/// The sum that a model with checksums sends behind the lines: their characters, and the carriage returns
-/// between them.
-std::int32_t setupSum(const SetupLines& lines);
 
 /// Takes SerialNumber, FirmwareVersion (0 unknown) and MemorySizeKB (-1 unknown) from line 7; they tell what
 /// the logger is. Of a line that is too short they get what there is.

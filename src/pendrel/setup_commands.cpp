@@ -86,7 +86,8 @@ std::int32_t Pendrel::fncSendDelayedStart(double startUtc) {
       if (echo.size() != words.size() + ChecksumDigits || !echo.starts_with(words))
         command.fail(10113, "Wrong echo received from delayed start command");
       const std::string_view checksum = std::string_view(echo).substr(std::min(echo.size(), words.size()));
-      if (!starred::tells(checksum, starred::checksumOf(words))) command.fail(10108, starred::WrongChecksum);
+      if (!starred::standsFor(checksum, starred::checksumOf(words)))
+        command.fail(10108, starred::WrongChecksum);
     } else {
       command.ask(starred::DelayEpochs, plan.epochWord());
       command.ask(starred::DelaySeconds, plan.secondsWord());

@@ -3,7 +3,8 @@
 #include <chrono>
 #include <numeric>
 
-#include "pendrel/setup_answer.h"
+#include "base/numbers.h"
+#include "pendrel/Pendrel.h"
 #include "platform/platform.h"
 #include "tools/Class_Tools.h"
 
@@ -16,8 +17,8 @@ std::string hexWord(std::int32_t value) {
          Tools().fncConvertByteToHexString(static_cast<std::uint8_t>(word & 0xFF));
 }
 
-bool tells(std::string_view line, std::int32_t sum) {
-  const auto told = hexadecimalField(line.substr(0, 4));
+bool standsFor(std::string_view line, std::int32_t sum) {
+  const auto told = parseHexadecimal(line.substr(0, 4));
   return told && static_cast<std::int32_t>(*told) == sum;
 }
 
@@ -29,7 +30,7 @@ std::int32_t checksumOf(std::string_view text) {
 }  // namespace starred
 
 StarredProcedure::StarredProcedure(Form_Comm& link, const char* name)
-    : procedure{"Class_Pendrel", name}, link_{link}, name_{name} {
+    : procedure{Pendrel::Module, name}, link_{link}, name_{name} {
   procedure.passesOn(3001, 3002, 3003);
 }
 
@@ -74,7 +75,8 @@ void StarredProcedure::rest() {
 void StarredProcedure::fail(std::int32_t number, const char* text) { fail(number, name_, text); }
 
 void StarredProcedure::fail(std::int32_t number, const char* sourceProcedure, const char* text) {
-  procedure.statement([&] { throw Failure(number, std::string("Class_Pendrel.") + sourceProcedure, text); });
+  procedure.statement(
+      [&] { throw Failure(number, std::string(Pendrel::Module) + '.' + sourceProcedure, text); });
 }
 
 }  // namespace hy_wristlog

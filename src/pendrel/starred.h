@@ -10,7 +10,7 @@
 
 namespace hy_wristlog {
 
-/// One of the Pendrel commands and the plain part of its answer.
+/// One of the Pendrel commands, which begin with three stars, and the plain part of its answer.
 struct StarredCommand {
   std::string_view Text;
   std::int32_t Wait;   ///< milliseconds behind the last character
@@ -58,7 +58,7 @@ std::int32_t failureToSend(Step&& step) {
 /// The last four digits of the two's complement form, upper case.
 std::string hexWord(std::int32_t value);
 /// Whether the first four characters of `line` stand for `sum`, in hexadecimal.
-bool tells(std::string_view line, std::int32_t sum);
+bool standsFor(std::string_view line, std::int32_t sum);
 /// The sum of the character codes.
 std::int32_t checksumOf(std::string_view text);
 }  // namespace starred

@@ -1,6 +1,5 @@
 #include "hy_wristlog/Class_VardenLogger.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "base/faults.h"
@@ -38,11 +37,11 @@ Class_VardenLogger::~Class_VardenLogger() = default;
 void Class_VardenLogger::subVardenConfigCRCreset() { inside_->subVardenConfigCRCreset(); }
 
 void Class_VardenLogger::subscribe(std::shared_ptr<LoggerEvents> events) {
-  if (events) inside_->listeners.push_back(std::move(events));
+  inside_->subscribe(std::move(events));
 }
 
 void Class_VardenLogger::unsubscribe(const std::shared_ptr<LoggerEvents>& events) {
-  std::erase(inside_->listeners, events);
+  inside_->unsubscribe(events);
 }
 
 }  // namespace hy_wristlog

@@ -8,6 +8,7 @@
 #include "base/formats.h"
 #include "base/numbers.h"
 #include "errors/Procedure.h"
+#include "tools/logger_seconds.h"
 #include "varden/VardenLogger.h"
 #include "varden/sample_decoder.h"
 
@@ -29,13 +30,8 @@ std::int32_t bytesPerEpoch(const VardenRecord& record) {
 double loggerSecondsToDate(std::int32_t seconds) { return dateFromUnixSeconds(seconds); }
 
 std::int32_t dateToLoggerSeconds(double date) {
-  Procedure procedure{Module, "fncDateToLoggerSeconds"};
-  return procedure.run([&] {
-    if (date < EarliestSecondsDate)
-      throw Failure(11503, "Class_VardenLogger.fncDateToLoggerSeconds",
-                    "Date is before 12/13/1901 8:45:52 PM");
-    return unixSecondsFromDate(date);
-  });
+  constexpr std::int32_t TooEarly = 11503;
+  return loggerSecondsFromDate(date, Module, TooEarly);
 }
 
 float vividBatteryPercent(float voltage, float loadedVoltage) {

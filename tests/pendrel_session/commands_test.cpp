@@ -19,8 +19,8 @@ std::string told(const std::string& value, const std::string& address = "006D") 
   return line(value) + line(sumOf(address + value)) + ">";
 }
 std::string setupAnswer(const std::string& device, std::string checksum = {}) {
-  const std::string lines =
-      "\r" + std::string(64, ' ') + "\r04\r00\r0102\r31 12 09 23 59\r01 02 26\r" + device + " 80 1234 FF 07";
+  const std::string lines = "\r" + std::string(64, '\xE9') + "\r04\r00\r0102\r31 12 09 23 59\r01 02 26\r" +
+                            device + " 80 1234 FF 07";
   if (device != "C8F" && checksum.empty()) checksum = sumOf(lines);
   return line(lines) + (checksum.empty() ? "" : line(checksum)) + ">";
 }
