@@ -1,8 +1,5 @@
 #include "pendrel/decoder.h"
 
-#include <algorithm>
-#include <random>
-
 #include "pendrel/Pendrel.h"
 #include "varden/varden_support.h"
 
@@ -87,17 +84,14 @@ TEST_F(PendrelDecoder, FailuresKeepTheSamplesBeforeThem) {
 }
 
 TEST_F(PendrelDecoder, TypesAndTheirModes) {
-  const std::string source = " Class_Pendrel.subDecodeDataArrays: ";
-  const std::string mode = "10114" + source + "Invalid Acquisition Mode",
-                    type = "10102" + source + "Incompatible Device Type";
-  const std::tuple<const char*, int, std::string> cases[] = {
-      {"C001234", 1, ""},   {"C001234", 2, mode}, {"C901234", 2, mode}, {"C001234", 0, mode},
-      {"B001234", 1, ""},   {"B001234", 2, ""},   {"B001234", 0, mode}, {"B001234", 3, mode},
-      {"X001234", 1, type}, {"X001234", 9, type}, {"", 1, type}};
+  const char *mode = "10114 Invalid Acquisition Mode", *type = "10102 Incompatible Device Type";
+  const std::tuple<const char*, int, const char*> cases[] = {
+      {"C001234", 2, mode}, {"C901234", 2, mode}, {"C001234", 0, mode}, {"B001234", 0, mode},
+      {"B001234", 3, mode}, {"X001234", 1, type}, {"X001234", 9, type}};
   for (const auto& [serial, acquisition, failure] : cases) {
     Pendrel logger;
     logger.record = recordOf("3", serial, acquisition);
-    EXPECT_EQ(raisedBy([&] { logger.subDecodeDataArrays(); }, true), failure) << serial << acquisition;
+    EXPECT_EQ(raisedBy([&] { logger.subDecodeDataArrays(); }), failure) << serial << acquisition;
   }
 }
 
@@ -124,34 +118,6 @@ TEST_F(PendrelDecoder, ActivityIsScaledAndRounded) {
     record.ActivityCalibration = static_cast<std::uint8_t>(calibration);
     decodeSamples(record);
     EXPECT_EQ(seriesText(record.ActivityArray), activity) << calibration;
-  }
-}
-
-TEST_F(PendrelDecoder, AnyImageAndParameters) {
-  std::mt19937 random(11);
-  const auto below = [&](int limit) {
-    return static_cast<std::int32_t>(random() % static_cast<unsigned>(limit));
-  };
-  for (int round = 0; round < 20000; ++round) {
-    PendrelRecord record = recordOf("", below(2) == 0 ? "B" : "C", 1 + below(2), below(500) - 140);
-    record.RawData.resize(static_cast<std::size_t>(below(500)));
-    for (std::uint8_t& byte : record.RawData)
-      byte = static_cast<std::uint8_t>(below(3) == 0 ? 254 : below(256));
-    record.EpochLength = static_cast<std::int16_t>(below(4) == 0 ? static_cast<int>(random()) : 15);
-    record.ActivityCalibration = static_cast<std::uint8_t>(below(256));
-    const std::int32_t failure = numberOf([&] { decodeSamples(record); });
-    const bool withSteps = record.SerialNumber == "B" && record.AcquisitionMode == 2;
-    const auto markers = std::count(record.MarkerArray.begin(), record.MarkerArray.end(), Tristate::True);
-    EXPECT_EQ(record.MarkerArray.size(), record.ActivityArray.size());
-    if (failure != 0) {
-      EXPECT_TRUE(failure == 6 || failure == 9 || failure == 11) << failure;
-      continue;
-    }
-    EXPECT_EQ(record.MarkerCount, markers);
-    EXPECT_EQ(record.ActivityArray.size(), static_cast<std::size_t>(record.Samples));
-    const std::int32_t bytes = record.Samples * (withSteps ? 2 : 1) + record.MarkerCount;
-    const std::int32_t recorded = std::max(record.BytesUsed, 1);
-    EXPECT_TRUE(bytes == recorded || (withSteps && bytes == recorded + 1)) << bytes << " of " << recorded;
   }
 }
 

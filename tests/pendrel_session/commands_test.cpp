@@ -125,42 +125,40 @@ TEST(Commands, AreTypedAtTheLoggersPaceAndFailUnheard) {
 }
 
 TEST(Commands, AnswersThatDoNotHold) {
-  const std::string o = "***O006D", c = "***C", w = "***W007B0007", words = "007B0007", sum = sumOf(words);
+  const std::string o = "***O006D", c = "***C", n = "***N20", block(4096, '\x02'), w = "***W007B0007",
+                    words = "007B0007", sum = sumOf(words);
   const auto echoed = [](const std::string& text) { return "\r" + line(text) + ">"; };
-  const std::map<std::string, std::string> texts = {
-      {"6 ", "Overflow"},
-      {"13 ", "Type mismatch"},
-      {"10108 ", "Error Verifying Communications Checksum"},
-      {"10113 ", "Wrong echo received from delayed start command"}};
+  const std::string wrong = "10108 Error Verifying Communications Checksum",
+                    other = "10113 Wrong echo received from delayed start command", type = "13 Type mismatch";
   const std::tuple<int, std::string, std::string, std::string> cases[] = {
       {Crc, o, "FF\r" + sumOf("006DFF") + "more\r>", ""},
-      {Crc, o, "FF\r" + sumOf("006DFE") + "\r>", "10108 "},
-      {Crc, o, "FF\r\r>", "10108 "},
-      {Crc, o, "ZZ\rZZZZ\r>", "10108 "},
-      {Crc, o, told("100"), "6 "},
-      {Crc, o, told("-1"), "13 "},
-      {Old, o, "\r>", "13 "},
-      {Old, o, "FFFFFFFFF\r>", "13 "},
-      {Old, c, setupAnswer("C90", "0000"), "10108 "},
-      {Old, c, setupAnswer("C90", "E3F"), "10108 "},
-      {Old, c, setupAnswer("C90", "none"), "10108 "},
+      {Crc, o, "FF\r" + sumOf("006DFE") + "\r>", wrong},
+      {Crc, o, "ZZ\rZZZZ\r>", wrong},
+      {Crc, o, told("100"), "6 Overflow"},
+      {Crc, o, told("-1"), type},
+      {Old, o, "\r>", type},
+      {Old, o, "FFFFFFFFF\r>", type},
+      {Old, c, setupAnswer("C90", "E3F"), wrong},
+      {Old, c, setupAnswer("C90", "none"), wrong},
       {Crc, c, setupAnswer("C8F", "0000"), ""},
-      {Crc, w, echoed(words + sum + "0"), "10113 "},
-      {Crc, w, echoed(words + sum.substr(1)), "10113 "},
-      {Crc, w, echoed("007B0008" + sum), "10113 "},
-      {Crc, w, echoed(""), "10113 "},
-      {Crc, w, echoed(words + "0000"), "10108 "},
-      {Crc, w, echoed(words + "ZZZZ"), "10108 "},
+      {Crc, w, echoed(words + sum + "0"), other},
+      {Crc, w, echoed(words + sum.substr(1)), other},
+      {Crc, w, echoed("007B0008" + sum), other},
+      {Crc, w, echoed(""), other},
+      {Crc, w, echoed(words + "0000"), wrong},
+      {Steps, n, block + std::string("\x20\0more", 6), ""},
+      {Crc, n, block + std::string("\x20\x01", 2), wrong},
+      {Crc, n, block + std::string("\0\x20", 2), wrong},
+      {Crc, n, block, "3005 Insufficient number of binary data bytes received"},
   };
-  for (const auto& [type, text, answer, number] : cases) {
-    ScriptedSession session{{{text, answer}}, {}, type};
-    const Call call = text == o ? readAt(0x6D) : text == c ? readSetup : sendDelay;
-    const char* name = text == o   ? "fncReadMemoryLocation"
-                       : text == c ? "fncReadSetup"
-                                   : "fncSendDelayedStart";
-    const std::string failure =
-        number.empty() ? "" : number + "Class_Pendrel." + name + ": " + texts.at(number);
-    EXPECT_EQ(outcome([&] { call(session.logger); }), failure) << testing::PrintToString(answer);
+  for (const auto& [model, text, answer, expected] : cases) {
+    ScriptedSession session{{{text, answer}}, {}, model};
+    const Call call = text == o ? readAt(0x6D) : text == c ? readSetup : text == n ? readBlock(2) : sendDelay;
+    const auto [number, description] = failureOf([&] { call(session.logger); });
+    EXPECT_EQ(number == 0 ? "" : std::to_string(number) + ' ' + description, expected)
+        << testing::PrintToString(answer);
+    const auto& image = session.logger.record.RawData;
+    EXPECT_EQ(std::ranges::count(image, 2), text == n && number == 0 ? 4096 : 0) << "kept when it is right";
   }
 }
 
@@ -195,27 +193,6 @@ TEST(Commands, BlocksAndAddressesThatAreNot) {
               "10110 Class_Pendrel.subSetMemorylocation: Invalid memory address");
   }
   EXPECT_EQ(session.world->Written, "");
-}
-
-TEST(Commands, ABlockIsStoredOnlyWhenItIsRight) {
-  const std::string bytes(4096, '\x02'), good = bytes + std::string("\x20\x00", 2);
-  const std::tuple<int, std::string, bool, std::int32_t> cases[] = {
-      {Steps, good, false, 0},
-      {Crc, good + "more", false, 0},
-      {Crc, bytes + std::string("\x20\x01", 2), false, 10108},
-      {Crc, bytes + std::string("\x00\x20", 2), false, 10108},
-      {Crc, bytes, false, 3005},
-      {Crc, good, true, 3006},
-      {Old, bytes, false, 0},
-  };
-  for (const auto& [type, stream, overrun, number] : cases) {
-    ScriptedSession session{{{"***N20", stream}}, {}, type};
-    if (overrun) session.world->after(1500, [&] { session.world->Errors.Overrun = 1; });
-    EXPECT_EQ(numberOf([&] { session.logger.fncReadMemoryBlock(2); }), number);
-    std::vector<std::uint8_t> image(65536);
-    if (number == 0) std::fill_n(image.begin() + 8192, 4096, 2);
-    EXPECT_EQ(session.logger.record.RawData, image) << number;
-  }
 }
 
 TEST(Commands, NonsenseFromTheWire) {

@@ -34,11 +34,9 @@ TEST(DelayedStart, Limits) {
                                                      {11, "Division by zero"},
                                                      {6, "Overflow"}};
   const std::tuple<double, std::int16_t, std::int32_t> cases[] = {
-      {-10.01, 60, 10111}, {-10.01, 0, 10111}, {-10, 60, 10112},
-      {-1, 60, 10112},     {0.4, 60, 10112},   {32896 * 15 + 1, 15, 10112},
-      {100, -15, 10112},   {100, 0, 11},       {100, 1, 6},
-      {100, 2, 6},         {100, -1, 6},       {1e10, 60, 6},
-      {INFINITY, 60, 6},   {NAN, 60, 6}};
+      {-10.01, 0, 10111}, {-10, 60, 10112}, {0.4, 60, 10112}, {32896 * 15 + 1, 15, 10112},
+      {100, -15, 10112},  {100, 0, 11},     {100, 2, 6},      {100, -1, 6},
+      {1e10, 60, 6},      {NAN, 60, 6}};
   for (const auto& [seconds, epoch, number] : cases)
     EXPECT_EQ(failureOf([&, s = seconds, e = epoch] { wordsFor(s, e); }), std::pair(number, texts.at(number)))
         << seconds << ' ' << epoch;
