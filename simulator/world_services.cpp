@@ -231,4 +231,9 @@ void FaultyCryptography::deleteContainer(const std::string& file) {
   promised_.erase(file);
 }
 
+void FaultyCryptography::deleteDamagedContainer(const std::string& file) {
+  strike(faults_.Cryptography);
+  inner_.deleteDamagedContainer(file);
+}
+
 }  // namespace hy_wristlog::simulator

@@ -126,6 +126,7 @@ class FaultyCryptography : public platform::CryptographicProvider {
   std::unique_ptr<platform::Sha1Hash> createSha1() override;
   std::unique_ptr<platform::KeyContainer> openContainer(const std::string& file) override;
   void deleteContainer(const std::string& file) override;
+  void deleteDamagedContainer(const std::string& file) override;
 
  private:
   platform::CryptographicProvider& inner_;

@@ -250,6 +250,8 @@ class HY_WRISTLOG_API CryptographicProvider {
   virtual std::unique_ptr<KeyContainer> openContainer(const std::string& file) = 0;
   /// Does nothing when there is no such file.
   virtual void deleteContainer(const std::string& file) = 0;
+  /// Deletes it only if its pair is still damaged: what another process has made anew meanwhile stays.
+  virtual void deleteDamagedContainer(const std::string& file) = 0;
 };
 
 /// Something that wants to run while events are served: a link with its line events and its timer.

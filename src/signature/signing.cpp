@@ -136,7 +136,8 @@ bool Class_Signature::fncCheckUserContainer(std::string_view containerName) {
     const KeyPairState state = operation.stateOf(*container);
     if (state == KeyPairState::Damaged) {
       const std::string file = keyFile(containerName);
-      operation.step("Error Deleting Corrupted Container (", [&] { cryptography().deleteContainer(file); });
+      operation.step("Error Deleting Corrupted Container (",
+                     [&] { cryptography().deleteDamagedContainer(file); });
       container = operation.step("Error Re-creating Corrupted Container (",
                                  [&] { return cryptography().openContainer(file); });
       operation.check(container != nullptr, "Invalid Crypto Provider Handle Input");

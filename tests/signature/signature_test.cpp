@@ -130,6 +130,7 @@ struct KeylessWorld final : simulator::SimulatedWorld, platform::CryptographicPr
   void randomBytes(std::span<std::uint8_t>) override {}
   std::unique_ptr<platform::Sha1Hash> createSha1() override { return nullptr; }
   void deleteContainer(const std::string&) override {}
+  void deleteDamagedContainer(const std::string&) override {}
   std::unique_ptr<platform::KeyContainer> openContainer(const std::string& file) override {
     Files.insert(file);
     return nullptr;

@@ -5,7 +5,6 @@
 
 #include <openssl/evp.h>
 #include <openssl/rand.h>
-#include <unistd.h>
 
 #include "platform/linux/linux_key_container.h"
 #include "platform/linux/openssl_support.h"
@@ -62,8 +61,10 @@ std::unique_ptr<KeyContainer> LinuxCryptography::openContainer(const std::string
   return std::make_unique<LinuxKeyContainer>(file);
 }
 
-void LinuxCryptography::deleteContainer(const std::string& file) {
-  if (::unlink(file.c_str()) != 0 && errno != ENOENT && errno != ENOTDIR) raiseSystemError();
+void LinuxCryptography::deleteContainer(const std::string& file) { LinuxKeyContainer::remove(file); }
+
+void LinuxCryptography::deleteDamagedContainer(const std::string& file) {
+  LinuxKeyContainer::removeDamaged(file);
 }
 
 }  // namespace hy_wristlog::platform

@@ -12,6 +12,7 @@ class LinuxCryptography final : public CryptographicProvider {
   std::unique_ptr<Sha1Hash> createSha1() override;
   std::unique_ptr<KeyContainer> openContainer(const std::string& file) override;
   void deleteContainer(const std::string& file) override;
+  void deleteDamagedContainer(const std::string& file) override;
 };
 
 }  // namespace hy_wristlog::platform

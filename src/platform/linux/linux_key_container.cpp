@@ -5,10 +5,13 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <openssl/crypto.h>
 #include <openssl/pem.h>
 #include <openssl/rsa.h>
 #include <openssl/x509.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "platform/linux/system_io.h"
 #include "platform/linux/temporary_file.h"
@@ -37,6 +40,31 @@ std::optional<std::string> readKeyFile(const std::string& file) {
   return readToEnd(descriptor.get(), LongestKeyFile);
 }
 
+std::string folderOf(const std::string& file) { return file.substr(0, file.rfind('/')); }
+
+/// Not open when the folder cannot be read.
+Descriptor openFolder(const std::string& folder) {
+  return Descriptor{::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+}
+
+void narrowOwnFolder(const std::string& folder) {
+  const Descriptor descriptor = openFolder(folder);
+  struct stat status {};
+  if (!descriptor || ::fstat(descriptor.get(), &status) != 0 || status.st_uid != ::geteuid()) return;
+  if ((status.st_mode & Others) != 0 && ::fchmod(descriptor.get(), OwnFolder) != 0) raiseSystemError();
+}
+
+/// Held as long as the descriptor. File systems without locks do without.
+Descriptor lockedFolder(const std::string& folder) {
+  Descriptor descriptor = openFolder(folder);
+  while (descriptor && ::flock(descriptor.get(), LOCK_EX) != 0 && errno == EINTR) continue;
+  return descriptor;
+}
+
+void unlinkFile(const std::string& file) {
+  if (::unlink(file.c_str()) != 0 && errno != ENOENT && errno != ENOTDIR) raiseSystemError();
+}
+
 /// Makes the folder and those above it that are missing.
 Descriptor ownFolder(const std::string& folder) {
   struct stat status {};
@@ -46,7 +74,7 @@ Descriptor ownFolder(const std::string& folder) {
     if (::stat(prefix.c_str(), &status) != 0 && ::mkdir(prefix.c_str(), OwnFolder) != 0 && errno != EEXIST)
       raiseSystemError();
   }
-  Descriptor descriptor{::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+  Descriptor descriptor = openFolder(folder);
   if (!descriptor || ::fstat(descriptor.get(), &status) != 0) raiseSystemError();
   if ((status.st_mode & Others) != 0 && ::fchmod(descriptor.get(), OwnFolder) != 0) raiseSystemError();
   return descriptor;
@@ -90,19 +118,41 @@ OpensslKey pairFromText(const std::string& text) {
   return key;
 }
 
-std::string textFromPair(EVP_PKEY* key) {
+void writePair(TemporaryFile& file, EVP_PKEY* key) {
+  // Its memory is wiped when it is freed.
   const Bio bio{BIO_new(BIO_s_mem())};
   if (!bio || PEM_write_bio_PKCS8PrivateKey(bio.get(), key, nullptr, nullptr, 0, nullptr, nullptr) != 1)
     raiseSystemError(EIO);
   char* text = nullptr;
   const long size = BIO_get_mem_data(bio.get(), &text);
-  return {text, static_cast<std::size_t>(size)};
+  file.write({text, static_cast<std::size_t>(size)});
 }
 
 }  // namespace
 
 LinuxKeyContainer::LinuxKeyContainer(std::string file)
-    : file_(std::move(file)), content_(readKeyFile(file_)) {}
+    : file_(std::move(file)), content_(readKeyFile(file_)) {
+  if (content_) narrowOwnFolder(folderOf(file_));
+}
+
+LinuxKeyContainer::~LinuxKeyContainer() { forgetContent(); }
+
+/// An empty text is a damaged pair too.
+void LinuxKeyContainer::forgetContent() {
+  if (!content_) return;
+  OPENSSL_cleanse(content_->data(), content_->size());
+  content_->clear();
+}
+
+void LinuxKeyContainer::remove(const std::string& file) {
+  const Descriptor lock = lockedFolder(folderOf(file));
+  unlinkFile(file);
+}
+
+void LinuxKeyContainer::removeDamaged(const std::string& file) {
+  const Descriptor lock = lockedFolder(folderOf(file));
+  if (LinuxKeyContainer(file).keyPairState() == KeyPairState::Damaged) unlinkFile(file);
+}
 
 KeyPairState LinuxKeyContainer::keyPairState() {
   if (pair_) return KeyPairState::Usable;
@@ -110,6 +160,7 @@ KeyPairState LinuxKeyContainer::keyPairState() {
   const OpensslErrorsForgotten forgotten;
   pair_ = pairFromText(*content_);
   if (!pair_ && ERR_GET_REASON(ERR_peek_last_error()) == ERR_R_MALLOC_FAILURE) raiseSystemError(ENOMEM);
+  forgetContent();
   return pair_ ? KeyPairState::Usable : KeyPairState::Damaged;
 }
 
@@ -121,12 +172,13 @@ void LinuxKeyContainer::generateKeyPair() {
   const OpensslErrorsForgotten forgotten;
   OpensslKey made{EVP_RSA_gen(Bits)};
   if (!made) raiseSystemError(EIO);
-  file.write(textFromPair(made.get()));
+  writePair(file, made.get());
   pair_.reset();
   if (file.renameUnlessTaken(file_.substr(slash + 1))) {
     pair_ = std::move(made);
     return;
   }
+  forgetContent();
   content_ = readKeyFile(file_);
   if (keyPairState() != KeyPairState::Usable) raiseSystemError(EEXIST);
 }

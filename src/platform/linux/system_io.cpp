@@ -15,15 +15,16 @@ void raiseSystemError() { raiseSystemError(errno); }
 void raiseSystemError(int number) { throw SystemError{number}; }
 
 std::string readToEnd(int fd, std::size_t limit) {
+  constexpr std::size_t Piece = 65536;
   std::string content;
   struct stat status {};
   if (::fstat(fd, &status) == 0 && status.st_size > 0) {
     if (static_cast<std::size_t>(status.st_size) > limit) raiseSystemError(EFBIG);
-    content.reserve(static_cast<std::size_t>(status.st_size) + 1);
+    content.reserve(static_cast<std::size_t>(status.st_size) + Piece);
   }
   std::size_t used = 0;
   for (;;) {
-    content.resize(used + 65536);
+    content.resize(used + Piece);
     const ssize_t count = ::read(fd, content.data() + used, content.size() - used);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) raiseSystemError();
