@@ -13,6 +13,7 @@
 #include <csignal>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <string_view>
 
 namespace wristlog {
@@ -21,7 +22,9 @@ namespace {
 constexpr int EscapeDelay = 25;  ///< milliseconds
 
 constexpr std::array Requests{SIGINT, SIGTERM, SIGHUP};
-constexpr std::array Endings{SIGQUIT, SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL};
+constexpr std::array Endings{SIGQUIT, SIGABRT,   SIGSEGV, SIGBUS,  SIGFPE,  SIGILL,
+                             SIGSYS,  SIGTRAP,   SIGUSR1, SIGUSR2, SIGALRM, SIGPROF,
+                             SIGXCPU, SIGVTALRM, SIGXFSZ, SIGPIPE, SIGPOLL, SIGPWR};
 
 /// What a signal handler needs to give the terminal back.
 struct Former {
@@ -64,14 +67,6 @@ std::string_view capability(const char* name) {
   return found == nullptr || reinterpret_cast<std::intptr_t>(found) == NoText ? std::string_view() : found;
 }
 
-bool canShowScreen() {
-  int answer = 0;
-  if (::setupterm(nullptr, STDOUT_FILENO, &answer) == ERR) return false;
-  const bool canAddress = !capability("cup").empty();
-  ::del_curterm(cur_term);
-  return canAddress;
-}
-
 void addCapability(const char* name) {
   const std::string_view text = capability(name);
   for (std::size_t at = 0; at < text.size() && former.Length < former.Sequence.size(); ++at) {
@@ -90,8 +85,20 @@ void addText(std::string_view text) {
 
 void rememberSequences() {
   former.Length = 0;
-  if (::has_mouse()) addText("\x1B[?1000l\x1B[?1006l");
+  // Ends a clipboard sequence that was cut off: it would swallow what follows.
+  addText("\x1B\\");
+  if (!capability("kmous").empty()) addText("\x1B[?1000l\x1B[?1006l");
   for (const char* name : {"sgr0", "rmkx", "cnorm", "rmcup"}) addCapability(name);
+}
+
+/// Whether it can show a screen; then how to leave that is remembered.
+bool learnTerminal() {
+  int answer = 0;
+  if (::setupterm(nullptr, STDOUT_FILENO, &answer) == ERR) return false;
+  const bool canAddress = !capability("cup").empty();
+  if (canAddress) rememberSequences();
+  ::del_curterm(cur_term);
+  return canAddress;
 }
 
 /// Keys that the line discipline would keep for itself (stop and start, take the next key as it is) become
@@ -105,12 +112,61 @@ void freeKeys() {
   ::def_prog_mode();
 }
 
+/// The handlers, from its making to its end. A stack of their own serves when the thread's is used up.
+class SignalsTaken {
+ public:
+  SignalsTaken() {
+    stack_t own{};
+    own.ss_sp = Stack.data();
+    own.ss_size = Stack.size();
+    ::sigaltstack(nullptr, &formerStack_);
+    ownStack_ = (formerStack_.ss_flags & SS_DISABLE) != 0 && ::sigaltstack(&own, nullptr) == 0;
+    take(Requests, onRequest, requestHandlers_);
+    take(Endings, onEnding, endingHandlers_);
+  }
+  ~SignalsTaken() {
+    giveBack(Requests, requestHandlers_);
+    giveBack(Endings, endingHandlers_);
+    if (ownStack_) ::sigaltstack(&formerStack_, nullptr);
+  }
+  SignalsTaken(const SignalsTaken&) = delete;
+  SignalsTaken& operator=(const SignalsTaken&) = delete;
+
+ private:
+  template <std::size_t Count>
+  using Handlers = std::array<struct sigaction, Count>;
+
+  template <std::size_t Count>
+  static void take(const std::array<int, Count>& numbers, void (*handler)(int), Handlers<Count>& formerly) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    action.sa_flags = SA_ONSTACK;
+    for (std::size_t i = 0; i < Count; ++i) {
+      ::sigaction(numbers[i], nullptr, &formerly[i]);
+      // What is ignored stays so; a handler of a sanitizer or a profiler has more to say than this one.
+      const bool set = formerly[i].sa_handler != SIG_DFL;
+      if (formerly[i].sa_handler == SIG_IGN || (set && handler == onEnding)) continue;
+      ::sigaction(numbers[i], &action, nullptr);
+    }
+  }
+  template <std::size_t Count>
+  static void giveBack(const std::array<int, Count>& numbers, const Handlers<Count>& formerly) {
+    for (std::size_t i = 0; i < Count; ++i) ::sigaction(numbers[i], &formerly[i], nullptr);
+  }
+
+  static inline std::array<char, 1 << 16> Stack;
+
+  stack_t formerStack_{};
+  bool ownStack_ = false;
+  Handlers<Requests.size()> requestHandlers_{};
+  Handlers<Endings.size()> endingHandlers_{};
+};
+
 }  // namespace
 
 struct TakenTerminal::Screen {
   SCREEN* Handle = nullptr;
-  std::array<struct sigaction, Requests.size()> RequestHandlers{};
-  std::array<struct sigaction, Endings.size()> EndingHandlers{};
+  std::optional<SignalsTaken> Signals;
 };
 
 TakenTerminal::TakenTerminal() : screen_(std::make_unique<Screen>()) {
@@ -119,7 +175,12 @@ TakenTerminal::TakenTerminal() : screen_(std::make_unique<Screen>()) {
   std::setlocale(LC_CTYPE, "");
   utf8_ = std::strcmp(::nl_langinfo(CODESET), "UTF-8") == 0;
   ::tcgetattr(STDIN_FILENO, &former.Settings);
-  if (canShowScreen()) screen_->Handle = ::newterm(nullptr, stdout, stdin);
+  if (learnTerminal()) {
+    forgetSignals();
+    // Before the screen is there: curses leaves signals alone that have a handler.
+    screen_->Signals.emplace();
+    screen_->Handle = ::newterm(nullptr, stdout, stdin);
+  }
   if (screen_->Handle == nullptr)
     throw NoTerminal{"This terminal cannot show a screen (TERM is not set, unknown, or too plain)"};
   ::cbreak();
@@ -132,30 +193,11 @@ TakenTerminal::TakenTerminal() : screen_(std::make_unique<Screen>()) {
   ::mousemask(BUTTON1_PRESSED | BUTTON1_RELEASED | BUTTON4_PRESSED | BUTTON5_PRESSED, nullptr);
   ::mouseinterval(0);
   freeKeys();
-  rememberSequences();
-
-  forgetSignals();
-  struct sigaction action {};
-  const auto take = [&](int number, struct sigaction& formerly) {
-    ::sigaction(number, nullptr, &formerly);
-    // What is ignored stays so; a handler of a sanitizer has more to say than this one.
-    const bool fatal = number == SIGSEGV || number == SIGBUS || number == SIGFPE || number == SIGILL;
-    if (formerly.sa_handler == SIG_IGN || (fatal && formerly.sa_handler != SIG_DFL)) return;
-    ::sigaction(number, &action, nullptr);
-  };
-  action.sa_handler = onRequest;
-  for (std::size_t i = 0; i < Requests.size(); ++i) take(Requests[i], screen_->RequestHandlers[i]);
-  action.sa_handler = onEnding;
-  for (std::size_t i = 0; i < Endings.size(); ++i) take(Endings[i], screen_->EndingHandlers[i]);
 }
 
 TakenTerminal::~TakenTerminal() {
   ::endwin();
   ::delscreen(screen_->Handle);
-  for (std::size_t i = 0; i < Requests.size(); ++i)
-    ::sigaction(Requests[i], &screen_->RequestHandlers[i], nullptr);
-  for (std::size_t i = 0; i < Endings.size(); ++i)
-    ::sigaction(Endings[i], &screen_->EndingHandlers[i], nullptr);
 }
 
 bool TakenTerminal::interrupted() { return interrupts != 0; }

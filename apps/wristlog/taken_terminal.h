@@ -14,7 +14,8 @@ struct NoTerminal {
 /// ordinary way, by an exception, by a signal or by abort.
 ///
 /// The first Ctrl-C (SIGINT) or request to terminate (SIGTERM, SIGHUP) only sets a mark; the second one ends
-/// the program at once. Signals that were ignored stay ignored. One object at a time.
+/// the program at once. Signals that were ignored stay ignored, and so do others' handlers of signals that
+/// end a program. When a stack has overflowed, this holds for the thread of the object. One object at a time.
 class TakenTerminal {
  public:
   /// Raises NoTerminal when standard input and output are not a terminal that can show a screen.
