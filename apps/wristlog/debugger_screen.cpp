@@ -19,6 +19,7 @@ constexpr double LookInterval = 0.02, PaintInterval = 0.05;  ///< seconds
 constexpr int LongestWait = 200;                             ///< milliseconds
 constexpr int Escape = 27, Redraw = 'L' - '@';
 constexpr std::ptrdiff_t WheelRows = 3;
+constexpr std::size_t UsuallyTaken = 75'000;  ///< bytes that most terminals' clipboards take
 
 constexpr struct {
   int Key;
@@ -210,13 +211,17 @@ void DebuggerScreen::onMouse() {
 
 void DebuggerScreen::copy(const std::string& text, const char* what) {
   if (text.empty()) return;
-  copyToClipboard(text);
-  note_ = "Copied " + std::string(what) + " to the clipboard.";
+  if (!copyToClipboard(text))
+    note_ = "Could not send " + std::string(what) + " to the terminal's clipboard.";
+  else if (text.size() > UsuallyTaken)
+    note_ = "Sent " + std::string(what) + " to the terminal's clipboard. Many drop more than 75 KB.";
+  else
+    note_ = "Sent " + std::string(what) + " to the terminal's clipboard.";
   changed_ = true;
 }
 
-void DebuggerScreen::copyToClipboard(std::string_view text) {
-  writeWhole(STDOUT_FILENO, clipboardSequence(text));
+bool DebuggerScreen::copyToClipboard(std::string_view text) {
+  return writeWhole(STDOUT_FILENO, clipboardSequence(text));
 }
 
 /// In a terminal too small for everything the text keeps a row, and the title and the buttons go first.

@@ -43,7 +43,8 @@ class DebuggerScreen {
   /// The user wants the workflow to stop.
   bool stopRequested() const { return stopRequested_; }
 
-  static void copyToClipboard(std::string_view text);
+  /// False when the terminal did not take it; whether it keeps it cannot be known.
+  static bool copyToClipboard(std::string_view text);
 
  private:
   struct Span {
