@@ -10,6 +10,20 @@ namespace wristlog {
 
 namespace engineering = hy_wristlog::engineering;
 
+namespace {
+
+/// What is no number ("nan") is not between two either.
+std::string validNumber(const std::string& text, double most, const char* words) {
+  double value = 0;
+  const char* const last = text.data() + text.size();
+  const auto [end, error] = std::from_chars(text.data(), last, value);
+  return error == std::errc{} && end == last && value >= 0 && value <= most
+             ? std::string()
+             : "\"" + text + "\" is no number from 0 to " + words;
+}
+
+}  // namespace
+
 std::string validDate(const std::string& text) {
   try {
     engineering::dateFromText(text);
@@ -38,14 +52,8 @@ std::string validPendrelDay(const std::string& text) {
   return {};
 }
 
-std::string validSize(const std::string& text) {
-  double value = 0;
-  const char* const last = text.data() + text.size();
-  const auto [end, error] = std::from_chars(text.data(), last, value);
-  return error == std::errc{} && end == last && value >= 0 && value <= 9999.9
-             ? std::string()
-             : "\"" + text + "\" is no number from 0 to 9999.9";
-}
+std::string validSize(const std::string& text) { return validNumber(text, 9999.9, "9999.9"); }
+std::string validSpeed(const std::string& text) { return validNumber(text, 1000, "1000"); }
 
 std::string validFile(const std::string& text) {
   return text.empty() || text.back() == '/' ? "\"" + text + "\" names no file" : "";

@@ -13,6 +13,8 @@ std::string validDate(const std::string& text);
 std::string validLoggerTime(const std::string& text);
 /// A height or a weight, 0 to 9999.9.
 std::string validSize(const std::string& text);
+/// How many times as fast as in life: 0 to 1000.
+std::string validSpeed(const std::string& text);
 /// A day that a Pendrel logger can keep, whose years have two digits: 1930 to 2029.
 std::string validPendrelDay(const std::string& text);
 std::string validFile(const std::string& text);

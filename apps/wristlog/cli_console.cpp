@@ -1,6 +1,7 @@
 #include <memory>
 
 #include "cli.h"
+#include "cli_checks.h"
 
 namespace wristlog {
 
@@ -19,7 +20,7 @@ void addConsoleCommand(CommandLine& cli) {
       ->check(CLI::IsMember({"vivid", "kestrin2"}));
   sub->add_option("--speed", options->Speed,
                   "How many times as fast as in life simulated time passes (else once); 0: as fast as it can")
-      ->check(CLI::Range(0.0, 1000.0));
+      ->check(validSpeed);
   sub->footer(
       "Example: wristlog console --model vivid --simulate vivid\n"
       "Arrows, PgUp, PgDn, Home, End and the mouse move; Space, Shift with arrows, and dragging select.\n"
