@@ -43,13 +43,13 @@ TEST(DebuggerScreen, ShowsTheTrafficAndItsButtons) {
   EXPECT_EQ(clipboard(run.All), "") << "without a selection";
 
   run.type(F4);
-  ASSERT_TRUE(run.shows("Copied all text"));
+  ASSERT_TRUE(run.shows("Sent all text to the terminal's clipboard."));
   const std::string all = clipboard(run.All);
   EXPECT_NE(all.find(">show ver\n"), std::string::npos) << all;
   EXPECT_EQ(all.find("abcXYZ"), std::string::npos);
 
   run.type("\x1BOH \x1BOB\x1BOC" + F3);
-  ASSERT_TRUE(run.shows("Copied the selection"));
+  ASSERT_TRUE(run.shows("Sent the selection"));
   const std::size_t firstLine = all.find('\n') + 1;
   EXPECT_EQ(clipboard(run.All), all.substr(0, firstLine + 1)) << "from the start a line down and one right";
   const std::size_t prompt = all.find(">show");
@@ -58,7 +58,7 @@ TEST(DebuggerScreen, ShowsTheTrafficAndItsButtons) {
   run.type("\x1B[<0;2;" + row + "M");
   ASSERT_TRUE(run.shows("F2 Clear"));
   run.type("\x1B[<0;5;" + row + "m" + F3);
-  ASSERT_TRUE(run.shows("Copied the selection"));
+  ASSERT_TRUE(run.shows("Sent the selection"));
   EXPECT_EQ(clipboard(run.All), "show") << "dragged over";
 
   for (const auto& [rows, columns] :
@@ -112,6 +112,7 @@ TEST(DebuggerScreen, RestoresTheTerminalHoweverItEnds) {
                {"hang-up signal", SlowRetrieval, send(SIGHUP), exited(1)},
                {"quit", SlowRetrieval, typing("\x1C"), SIGQUIT},
                {"abort", SlowRetrieval, send(SIGABRT), SIGABRT},
+               {"a signal of the user", SlowRetrieval, send(SIGUSR1), SIGUSR1},
                {"failure", SlowRetrieval + " --out file", typing(""), exited(1)}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.Name);
@@ -148,7 +149,7 @@ TEST(DebuggerScreen, TheOverrunButtonDamagesAPacket) {
   EXPECT_TRUE(whole || run.Last.find("Code 3011") != std::string::npos)
       << run.Last.substr(run.Last.find("Code "), 80);
   run.type(F4);
-  ASSERT_TRUE(run.shows("Copied all text"));
+  ASSERT_TRUE(run.shows("Sent all text to the terminal's clipboard."));
   EXPECT_NE(clipboard(run.All).find("[15]"), std::string::npos) << "no packet was refused";
   run.type("q");
   EXPECT_EQ(run.finish(), whole ? 0 : 1 << 8);
@@ -183,10 +184,12 @@ TEST(DebuggerScreen, KeysWorkWhileTheLineIsSilentAndBytesCommandNothing) {
 
 TEST(DebuggerScreen, SaysWhatItCannotDo) {
   const Sandbox box;
-  const std::pair<std::string, const char*> cases[] = {{Status, "needs a terminal"},
-                                                       {Status + " --json", "--json"},
-                                                       {Status + " --out x", "--workflow retrieve"},
-                                                       {Status + " --workflow erase", "--workflow"}};
+  const std::pair<std::string, const char*> cases[] = {
+      {Status, "needs a terminal"},
+      {Status + " --json", "--json"},
+      {Status + " --out x", "--workflow retrieve"},
+      {Status + " --workflow erase", "--workflow"},
+      {"console --model vivid --simulate vivid --speed nan", "--speed"}};
   for (const auto& [arguments, words] : cases) {
     const Outcome outcome = box.run(arguments);
     EXPECT_EQ(outcome.Status, 2) << arguments;
