@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "commands.h"
+#include "counted.h"
 #include "debugger_host.h"
 #include "json_output.h"
 #include "meanings.h"
@@ -56,9 +57,9 @@ Result retrieve(hw::Class_Main& main, const ConsoleOptions& options) {
       main.Retrieve(model, logger, subject, verdict, &lowBattery, nullptr, options.IgnoreWarnings);
   std::string details;
   if (verdict != NotDecoded)
-    details += " " + wordsFor(verdict) + " " + std::to_string(logger->Get_Samples()) + " epochs of " +
-               std::to_string(logger->Get_EpochLength()) + " seconds from logger " +
-               logger->Get_SerialNumber() + ".";
+    details += " " + wordsFor(verdict) + " " + counted(logger->Get_Samples(), "epoch") + " of " +
+               counted(logger->Get_EpochLength(), "second") + " from logger " + logger->Get_SerialNumber() +
+               ".";
   if (!options.Folder.empty() && !engineering::rawData(*logger).empty()) {
     const RecordingFiles files(options.Folder, options.Force);
     if (verdict != NotDecoded)

@@ -2,6 +2,7 @@
 #include <optional>
 
 #include "commands.h"
+#include "counted.h"
 #include "fixed_clock.h"
 #include "json_output.h"
 #include "meanings.h"
@@ -61,8 +62,8 @@ int runDecode(const CommonOptions& common, const DecodeOptions& options) {
     print(recordingJson(*logger, saved.Result, saved.LowBattery));
     return Good;
   }
-  std::cout << wordsFor(saved.Result) << ' ' << logger->Get_Samples() << " epochs of "
-            << logger->Get_EpochLength() << " seconds, from "
+  std::cout << wordsFor(saved.Result) << ' ' << counted(logger->Get_Samples(), "epoch") << " of "
+            << counted(logger->Get_EpochLength(), "second") << ", from "
             << engineering::isoDate(logger->Get_StartTimeGMT(), "Z") << ".\n";
   for (const std::string& event : engineering::events(*logger)) std::cout << event << '\n';
   if (!options.Folder.empty()) std::cout << "Written to " << options.Folder << ".\n";

@@ -2,6 +2,7 @@
 #include <optional>
 
 #include "commands.h"
+#include "counted.h"
 #include "json_output.h"
 #include "meanings.h"
 #include "process.h"
@@ -75,8 +76,9 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   std::ostream& out = code == 0 ? std::cout : std::cerr;
   if (code != 0) out << "Code " << code << ": " << meaning << '\n';
   if (verdict)
-    out << wordsFor(*verdict) << ' ' << logger->Get_Samples() << " epochs of " << logger->Get_EpochLength()
-        << " seconds from logger " << logger->Get_SerialNumber() << ".\n";
+    out << wordsFor(*verdict) << ' ' << counted(logger->Get_Samples(), "epoch") << " of "
+        << counted(logger->Get_EpochLength(), "second") << " from logger " << logger->Get_SerialNumber()
+        << ".\n";
   if (lowBattery) out << "The logger's battery is low.\n";
   if (hasRecording) out << "Written to " << options.Folder << ".\n";
   return status;

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <sstream>
 
+#include "counted.h"
 #include "workflows/engineering.h"
 
 namespace wristlog {
@@ -39,7 +40,8 @@ std::string recordingWords(const hw::Class_Pendrel& logger) {
   words << (mode == hw::PD_Mode_ActivityOnly       ? "Activity"
             : mode == hw::PD_Mode_ActivityAndSteps ? "Activity and steps"
                                                    : "An unknown mode");
-  if (logger.Get_EpochLength() > 0) words << ", a value every " << logger.Get_EpochLength() << " seconds";
+  if (logger.Get_EpochLength() > 0)
+    words << ", a value every " << counted(logger.Get_EpochLength(), "second");
   if (hasStart(logger)) {
     words << ", from " << engineering::isoDate(logger.Get_StartDate() + logger.Get_StartTime()).substr(0, 16);
     if (!logger.Get_TimeZoneAbbrev().empty()) words << ' ' << logger.Get_TimeZoneAbbrev();
@@ -50,9 +52,9 @@ std::string recordingWords(const hw::Class_Pendrel& logger) {
 std::string memoryWords(const hw::Class_Pendrel& logger, const hw::LegacyDetails& details) {
   std::ostringstream words;
   words << details.MemorySizeKB << " KB of memory";
-  if (logger.Get_BytesUsed() >= 0) words << ", " << logger.Get_BytesUsed() << " bytes recorded";
+  if (logger.Get_BytesUsed() >= 0) words << ", " << counted(logger.Get_BytesUsed(), "byte") << " recorded";
   if (details.MaxRecordingTime > 0)
-    words << "; all of it lasts " << std::lround(details.MaxRecordingTime) << " days";
+    words << "; all of it lasts " << counted(std::lround(details.MaxRecordingTime), "day");
   return words.str();
 }
 
@@ -87,7 +89,7 @@ std::string statusWords(const hw::Class_Pendrel& logger, const hw::LegacyDetails
         << memoryWords(logger, details) << '\n';
   if (logger.Get_BatteryDate() != UnknownDate)
     words << "Battery of " << dayOf(logger.Get_BatteryDate()) << ", about "
-          << std::lround(logger.Get_BattLifeRemaining()) << " days left\n";
+          << counted(std::lround(logger.Get_BattLifeRemaining()), "day") << " left\n";
   if (logger.Get_SubjectIdentity() > " ") words << "Worn by " << logger.Get_SubjectIdentity() << '\n';
   for (const std::string& problem : problemsOf(logger, details)) words << "! " << problem << '\n';
   return words.str();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "counted.h"
 #include "picture/day_drawing.h"
 #include "picture/legend.h"
 #include "picture/local_time.h"
@@ -85,7 +86,7 @@ class Actogram {
       sheet.text(classes, 20, sheet.y(), words);
     };
     line("", "Logger " + recording_.Logger + ", an epoch of " + std::to_string(recording_.Epoch) + " s, " +
-                 std::to_string(recording_.Epochs) + " epochs");
+                 counted(static_cast<std::int64_t>(recording_.Epochs), "epoch"));
     if (days_.Days.empty())
       line("a-warning", "The recording holds no epochs.");
     else

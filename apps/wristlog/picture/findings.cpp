@@ -24,7 +24,7 @@ std::vector<std::string> findingsOf(const PlottedRecording& recording, const Rec
                        shareText(totals.OffWrist, totals.Epochs) + " of the recording).");
   if (std::any_of(days.Days.begin(), days.Days.end(), [](const Day& day) { return !day.Changes.empty(); }))
     findings.emplace_back(
-        "The clocks were changed during the recording: one local day or more has 23 or 25 hours.");
+        "The clocks were changed during the recording: one local day or more is not 24 hours long.");
   if (days.Cut)
     findings.push_back("The recording is longer than pictures are drawn for: only its first " +
                        std::to_string(days.Days.size()) + " days are shown and counted here.");
