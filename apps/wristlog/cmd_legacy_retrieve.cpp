@@ -1,10 +1,13 @@
 #include <iostream>
 #include <sstream>
 
+#include "counted.h"
 #include "hy_wristlog/failure.h"
 #include "json_output.h"
 #include "legacy_session.h"
+#include "meanings.h"
 #include "platform/platform.h"
+#include "plotted_pendrel.h"
 #include "recording_files.h"
 #include "series_csv.h"
 #include "workflows/engineering.h"
@@ -64,11 +67,26 @@ void writeFiles(const RecordingFiles& files, LegacySession& session, const hw::L
   }
 }
 
+/// False, and said why, when the pictures of a recording whose other files are written could not be made.
+bool drawPictures(const RecordingFiles& files, const hw::Class_Pendrel& logger, const std::string& model) {
+  try {
+    files.writePictures(plottedRecording(logger, model));
+    return true;
+  } catch (const hw::Failure& failure) {
+    std::cerr << wordsFor({failure.Number, failure.Source,
+                           failure.Description +
+                               ". Only the pictures are missing: the recording's other files are written"})
+              << '\n';
+    return false;
+  }
+}
+
 std::string retrievedWords(const hw::Class_Pendrel& logger) {
   if (logger.Get_BytesUsed() < 1) return "The logger has recorded nothing yet; its one value is none.\n";
   std::ostringstream words;
-  words << logger.Get_Samples() << " epochs of " << logger.Get_EpochLength() << " seconds, "
-        << logger.Get_MarkerCount() << " markers, from logger " << logger.Get_SerialNumber() << ".\n";
+  words << counted(logger.Get_Samples(), "epoch") << " of " << counted(logger.Get_EpochLength(), "second")
+        << ", " << counted(logger.Get_MarkerCount(), "marker") << ", from logger "
+        << logger.Get_SerialNumber() << ".\n";
   return words.str();
 }
 
@@ -82,8 +100,9 @@ void refuseExisting(const LegacyExportOptions& options) {
 
 int runLegacyRetrieve(const CommonOptions& common, const ReaderOptions& reader,
                       const LegacyRetrieveOptions& options) {
-  const RecordingFiles files(options.Folder, options.Force,
-                             {"series.csv", "recording.json", "raw.bin", "setup.txt"});
+  const RecordingFiles files(
+      options.Folder, options.Force,
+      {"series.csv", "recording.json", "raw.bin", "setup.txt", "actogram.svg", "report.html"});
   files.prepare();
   constexpr bool KeepTraffic = true;
   LegacySession session(common, reader, KeepTraffic);
@@ -91,13 +110,14 @@ int runLegacyRetrieve(const CommonOptions& common, const ReaderOptions& reader,
   const hw::LegacyDetails details = session.workflows().Details();
   const bool good = result.Code == 0;
   writeFiles(files, session, details, result);
+  const bool drawn = !good || drawPictures(files, session.logger(), details.DeviceText);
   Json facts = good ? recordingJson(session.logger()) : Json::object();
   facts["battery_life_remaining"] = good ? Json(result.BatteryLife) : Json();
   facts["logger"] = good ? loggerJson(session.logger()) : Json();
   facts["subject"] = good ? subjectJson(result.Subject) : Json();
   const int status = session.end(result.Code, facts,
                                  retrievedWords(session.logger()) + "Written to " + options.Folder + ".\n");
-  if (good) return status;
+  if (good) return drawn ? status : Unsuccessful;
   if (!details.Memory.empty())
     std::cerr << "What was read of the memory, " << details.Memory.size() << " bytes, is in "
               << options.Folder << "/raw.bin.\n";

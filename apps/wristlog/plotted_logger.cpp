@@ -1,12 +1,10 @@
 #include "plotted_logger.h"
 
 #include <algorithm>
-#include <cmath>
 #include <string_view>
 
 #include "meanings.h"
-#include "picture/local_time.h"
-#include "picture/markup.h"
+#include "plotted_parts.h"
 #include "workflows/engineering.h"
 
 namespace wristlog {
@@ -15,24 +13,6 @@ namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
 
 namespace {
-
-constexpr double DayCountOf1970 = 25569, SecondsPerDay = 86400;
-constexpr double UnknownDate = -1;
-
-std::int64_t unixSeconds(double date) { return std::llround((date - DayCountOf1970) * SecondsPerDay); }
-double dateOf(std::int64_t unixSeconds) {
-  return DayCountOf1970 + static_cast<double>(unixSeconds) / SecondsPerDay;
-}
-
-float plotted(std::int32_t value) { return value >= 0 ? static_cast<float>(value) : picture::NoValue; }
-float plotted(float value) { return std::isfinite(value) && value >= 0 ? value : picture::NoValue; }
-
-template <class Values>
-picture::Series seriesOf(const Values& values) {
-  picture::Series series(values.size());
-  std::transform(values.begin(), values.end(), series.begin(), [](auto value) { return plotted(value); });
-  return series;
-}
 
 std::string modelWords(hw::enmDeviceType type) {
   return type == hw::KR_QUILLANDER ? "Kestrin Vivid" : type == hw::KR_TOLKA ? "Kestrin 2" : "Logger";
@@ -84,12 +64,6 @@ void addLight(picture::PlottedRecording& plot, const hw::Class_VardenLogger& log
   plot.LightAxis = lightScaleOf(logger);
 }
 
-void addMarkers(picture::PlottedRecording& plot, const hw::TristateSeries& series, int button) {
-  for (std::size_t i = 0; i < std::min(series.size(), plot.Epochs); ++i)
-    if (series[i] == hw::Tristate::True)
-      plot.Markers.push_back({plot.Start + static_cast<std::int64_t>(i) * plot.Epoch, button});
-}
-
 /// The second of an event's texts in quotes.
 std::string eventWords(std::string_view entry) {
   constexpr std::string_view Between = "\",\"";
@@ -120,30 +94,13 @@ void addEvents(picture::PlottedRecording& plot, const hw::Class_VardenLogger& lo
 }
 
 void addFacts(picture::PlottedRecording& plot, hw::Class_VardenLogger& logger, hw::enmDecodeResult result) {
-  const auto add = [&](const char* label, const std::string& value) {
-    if (!value.empty()) plot.Facts.push_back({label, value});
-  };
-  const auto size = [](float value) { return value > 0 ? picture::number(static_cast<double>(value)) : ""; };
-  add("Subject", logger.Get_SubjectIdentity());
-  add("Initials", logger.Get_SubjectInitials());
-  add("Gender", logger.Get_SubjectGender());
-  const double birth = logger.Get_SubjectDOB();
-  if (birth != UnknownDate && birth != 0) add("Date of birth", engineering::isoDate(birth).substr(0, 10));
-  add("Height", size(logger.Get_SubjectHeight()));
-  add("Weight", size(logger.Get_SubjectWeight()));
+  const auto add = [&](const char* label, const std::string& value) { addFact(plot, label, value); };
+  addSubjectFacts(plot, logger);
   add("Logger", modelWords(logger.Get_DeviceType()));
   add("Serial number", logger.Get_SerialNumber());
   add("Firmware", logger.Get_FirmwareVersion());
   add("Recorded", modeWords(logger));
-  add("Epoch", std::to_string(plot.Epoch) + " seconds");
-  add("Epochs", std::to_string(plot.Epochs));
-  if (plot.Epochs > 0) {
-    const picture::LocalClock clock(plot.Offsets);
-    add("Begins", picture::timeText(clock.at(plot.Start)) + " local time");
-    add("Ends", picture::timeText(clock.at(plot.end())) + " local time");
-    add("Lasts", picture::durationText(plot.end() - plot.Start));
-  }
-  add("Time zone", plot.Zone);
+  addPeriodFacts(plot);
   add("Markers", std::to_string(logger.Get_MarkerCount()) + " of button 1, " +
                      std::to_string(engineering::marker2Count(logger)) + " of button 2");
   // Decoded from files, a logger has no voltage.
@@ -157,10 +114,7 @@ void addWarnings(picture::PlottedRecording& plot, const hw::Class_VardenLogger& 
   if (lowBattery) plot.Warnings.emplace_back("The logger's battery was low during the recording.");
   if (logger.Get_LowPowerShutdownFlag() == hw::LowPower_ShutdownOccurred)
     plot.Warnings.emplace_back("The logger has shut down on a low battery.");
-  if (const int resets = logger.Get_Resets(); resets > 0)
-    plot.Warnings.push_back("The logger was reset " +
-                            (resets == 1 ? "once" : std::to_string(resets) + " times") +
-                            " since it was configured.");
+  addResets(plot, logger.Get_Resets());
 }
 
 }  // namespace

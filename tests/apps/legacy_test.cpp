@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "apps/markup_check.h"
 #include "apps/sandbox.h"
 
 namespace {
@@ -14,7 +15,7 @@ std::string linesBefore(const std::string& text, std::size_t count) {
   return text.substr(0, end);
 }
 
-TEST(Legacy, ARetrievedRecordingIsFourFilesAndOneDocument) {
+TEST(Legacy, ARetrievedRecordingIsSixFilesAndOneDocument) {
   const Sandbox box;
   const struct {
     std::string Model, Heading, FirstRow;
@@ -46,6 +47,15 @@ TEST(Legacy, ARetrievedRecordingIsFourFilesAndOneDocument) {
     const Json summary = Json::parse(box.content(each.Model + "/recording.json"));
     EXPECT_EQ(summary.at("samples"), samples);
     EXPECT_EQ(summary.at("start_local"), "2026-03-02T09:01:00");
+
+    const std::string picture = box.content(each.Model + "/actogram.svg");
+    const std::string report = box.content(each.Model + "/report.html");
+    for (const std::string& text : {picture, report}) {
+      EXPECT_EQ(MarkupCheck::problemOf(text), "");
+      EXPECT_NE(text.find("Mon 2 Mar"), std::string::npos) << "the first day";
+      EXPECT_EQ(text.find("steps an epoch") != text.npos, each.Model == "pendrel27");
+    }
+    EXPECT_NE(report.find("2026-03-02 09:01"), std::string::npos) << "in local time";
 
     const Outcome again = box.run(command);
     EXPECT_EQ(again.Status, 1);

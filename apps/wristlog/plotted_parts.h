@@ -1,0 +1,53 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "hy_wristlog/series.h"
+#include "picture/recording.h"
+
+/// What the pictures of every family of loggers have in common.
+namespace wristlog {
+
+constexpr double UnknownDate = -1;
+
+/// Between the library's dates and the pictures' moments.
+std::int64_t unixSeconds(double date);
+double dateOf(std::int64_t unixSeconds);
+
+inline float plotted(std::int32_t value) { return value >= 0 ? static_cast<float>(value) : picture::NoValue; }
+inline float plotted(float value) { return std::isfinite(value) && value >= 0 ? value : picture::NoValue; }
+
+template <class Values>
+picture::Series seriesOf(const Values& values) {
+  picture::Series series(values.size());
+  std::transform(values.begin(), values.end(), series.begin(), [](auto value) { return plotted(value); });
+  return series;
+}
+
+/// Nothing for an empty value.
+void addFact(picture::PlottedRecording& plot, const char* label, const std::string& value);
+/// The facts that come of the recording's epochs, begin and end.
+void addPeriodFacts(picture::PlottedRecording& plot);
+void addMarkers(picture::PlottedRecording& plot, const hy_wristlog::TristateSeries& series, int button);
+void addResets(picture::PlottedRecording& plot, int resets);
+
+/// A day of the library as "2026-03-02"; empty when it is not known.
+std::string dayWords(double date);
+/// A height or a weight; empty when it is not known.
+std::string sizeWords(float value);
+
+template <class Logger>
+void addSubjectFacts(picture::PlottedRecording& plot, const Logger& logger) {
+  addFact(plot, "Subject", logger.Get_SubjectIdentity());
+  addFact(plot, "Initials", logger.Get_SubjectInitials());
+  addFact(plot, "Gender", logger.Get_SubjectGender());
+  addFact(plot, "Date of birth", dayWords(logger.Get_SubjectDOB()));
+  addFact(plot, "Height", sizeWords(logger.Get_SubjectHeight()));
+  addFact(plot, "Weight", sizeWords(logger.Get_SubjectWeight()));
+}
+
+}  // namespace wristlog
