@@ -100,18 +100,18 @@ void CommandLine::addAttempts(CLI::App* sub, std::int16_t& attempts) {
       ->check(CLI::Range(1, 100));
 }
 
-void CommandLine::addSubject(CLI::App* sub, SubjectOptions& subject, std::size_t identityLength) {
-  sub->add_option("--identity", subject.Identity,
-                  "Who wears it, " + std::to_string(identityLength) + " characters; else the serial number")
-      ->check(storableIn(identityLength));
+void CommandLine::addSubject(CLI::App* sub, SubjectOptions& subject, const SubjectLimits& limits) {
+  sub->add_option(
+         "--identity", subject.Identity,
+         "Who wears it, " + std::to_string(limits.IdentityLength) + " characters; else the serial number")
+      ->check(storableIn(limits.IdentityLength));
   sub->add_option("--initials", subject.Initials, "Three letters")->check(storableIn(3));
-  sub->add_option("--gender", subject.Gender, "One letter; without one, retrieve warns")
-      ->check(storableIn(1));
-  sub->add_option("--dob", subject.BirthDate, "Date of birth, yyyy-mm-dd")->check(validDate);
-  sub->add_option("--height", subject.Height, "To one decimal, in a unit of your choice")->check(validSize);
-  sub->add_option("--weight", subject.Weight, "To one decimal, in a unit of your choice")->check(validSize);
+  sub->add_option("--gender", subject.Gender, limits.GenderHelp)->check(storableIn(1));
+  sub->add_option("--dob", subject.BirthDate, "Date of birth, yyyy-mm-dd")->check(limits.BirthDate);
+  sub->add_option("--height", subject.Height, "To one decimal, in a unit of your choice")->check(limits.Size);
+  sub->add_option("--weight", subject.Weight, "To one decimal, in a unit of your choice")->check(limits.Size);
   sub->add_option("--guid", subject.Guid, "Identifier of the subject, 32 characters; else a new one")
-      ->check(storableIn(32));
+      ->check(limits.Guid);
 }
 
 CLI::Option* CommandLine::addFolder(CLI::App* sub, std::string& folder, bool& force,

@@ -11,6 +11,15 @@
 
 namespace wristlog {
 
+/// What a family of loggers can keep of a subject.
+struct SubjectLimits {
+  std::size_t IdentityLength;
+  const char* GenderHelp;
+  std::string (*BirthDate)(const std::string&);
+  std::string (*Size)(const std::string&);
+  std::function<std::string(const std::string&)> Guid;
+};
+
 /// What the program understands. Groups of commands add themselves to it; the one that was asked for runs.
 class CommandLine {
  public:
@@ -31,7 +40,7 @@ class CommandLine {
   void addLink(CLI::App* sub, const std::set<std::string>& simulated = {"vivid", "kestrin2"});
   static void addModel(CLI::App* sub, std::string& model);
   static void addAttempts(CLI::App* sub, std::int16_t& attempts);
-  static void addSubject(CLI::App* sub, SubjectOptions& subject, std::size_t identityLength);
+  static void addSubject(CLI::App* sub, SubjectOptions& subject, const SubjectLimits& limits);
   /// "--out", the folder for a recording's files, and "--force".
   static CLI::Option* addFolder(CLI::App* sub, std::string& folder, bool& force,
                                 const char* description = "Folder for the recording's files");

@@ -22,6 +22,16 @@ std::string validNumber(const std::string& text, double most, const char* words)
              : "\"" + text + "\" is no number from 0 to " + words;
 }
 
+std::string validDay(const std::string& text, const char* first, const char* last) {
+  constexpr std::size_t DayLength = 10;
+  std::string problem = validDate(text);
+  if (!problem.empty()) return problem;
+  if (text.size() != DayLength) return "\"" + text + "\" is no day: write yyyy-mm-dd";
+  if (text < first || text > last)
+    return "\"" + text + "\" is outside what the logger can keep, " + first + " to " + last;
+  return {};
+}
+
 }  // namespace
 
 std::string validDate(const std::string& text) {
@@ -43,15 +53,19 @@ std::string validLoggerTime(const std::string& text) {
   return {};
 }
 
-std::string validPendrelDay(const std::string& text) {
-  std::string problem = validDate(text);
-  if (!problem.empty()) return problem;
-  const double date = engineering::dateFromText(text);
-  if (date < engineering::dateFromText("1930-01-01") || date >= engineering::dateFromText("2030-01-01"))
-    return "\"" + text + "\" is outside the logger's calendar, 1930 to 2029";
-  return {};
+std::string validPendrelDay(const std::string& text) { return validDay(text, "1930-01-01", "2029-12-31"); }
+std::string validPendrelBirthDate(const std::string& text) {
+  return validDay(text, "1899-12-30", "2079-06-05");
 }
 
+std::string validPendrelGuid(const std::string& text) {
+  constexpr std::size_t Digits = 32;
+  if (text.size() == Digits && text.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos)
+    return {};
+  return "\"" + text + "\" is not 32 hexadecimal digits";
+}
+
+std::string validPendrelSize(const std::string& text) { return validNumber(text, 6553.5, "6553.5"); }
 std::string validSize(const std::string& text) { return validNumber(text, 9999.9, "9999.9"); }
 std::string validSpeed(const std::string& text) { return validNumber(text, 1000, "1000"); }
 

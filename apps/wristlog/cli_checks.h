@@ -11,6 +11,12 @@ namespace wristlog {
 std::string validDate(const std::string& text);
 /// The same, within the loggers' calendar.
 std::string validLoggerTime(const std::string& text);
+/// A date of birth that a Pendrel logger can keep: 16 bits of days from 1899-12-30.
+std::string validPendrelBirthDate(const std::string& text);
+/// 32 hexadecimal digits.
+std::string validPendrelGuid(const std::string& text);
+/// A height or a weight that a Pendrel logger can keep: 16 bits of tenths.
+std::string validPendrelSize(const std::string& text);
 /// A height or a weight, 0 to 9999.9.
 std::string validSize(const std::string& text);
 /// How many times as fast as in life: 0 to 1000.

@@ -7,8 +7,6 @@
 namespace wristlog {
 namespace {
 
-constexpr std::size_t IdentityLength = 23;
-
 /// One command of the group, with what all of them understand.
 class LegacyCommand {
  public:
@@ -36,6 +34,7 @@ class LegacyCommand {
 };
 
 void addConfigure(CommandLine& cli, CLI::App* group) {
+  const SubjectLimits limits{23, "One letter", validPendrelBirthDate, validPendrelSize, validPendrelGuid};
   auto options = std::make_shared<LegacyConfigureOptions>();
   const LegacyCommand command(cli, group, "configure", "Prepare the logger for a recording; takes a minute",
                               [&cli, options](const ReaderOptions& reader) {
@@ -48,7 +47,7 @@ void addConfigure(CommandLine& cli, CLI::App* group) {
   command.app->add_option("--epoch", options->EpochLength, "Seconds a value: 15, 30 or 60")
       ->required()
       ->check(CLI::IsMember({15, 30, 60}));
-  CommandLine::addSubject(command.app, options->Subject, IdentityLength);
+  CommandLine::addSubject(command.app, options->Subject, limits);
   command.app->add_option("--zone", options->Zone,
                           "Three letters, see 'wristlog zones'; else the machine's zone");
   command.app->add_flag("--no-daylight", options->NoDaylight, "Do not adjust for daylight time");

@@ -31,7 +31,8 @@ void addStatus(CommandLine& cli) {
 }
 
 void addConfigure(CommandLine& cli) {
-  constexpr std::size_t IdentityLength = 64;
+  const SubjectLimits limits{64, "One letter; without one, retrieve warns", validDate, validSize,
+                             storableIn(32)};
   auto options = std::make_shared<ConfigureOptions>();
   CLI::App* sub = cli.add("configure", "Prepare the docked logger for a recording",
                           [&cli, options] { return runConfigure(cli.Common, *options); });
@@ -43,7 +44,7 @@ void addConfigure(CommandLine& cli) {
   sub->add_option("--epoch", options->EpochLength, "Seconds a value: 15, 30, 60, 120 or 300")
       ->required()
       ->check(CLI::IsMember({15, 30, 60, 120, 300}));
-  CommandLine::addSubject(sub, options->Subject, IdentityLength);
+  CommandLine::addSubject(sub, options->Subject, limits);
   sub->add_option("--zone", options->Zone, "Three letters, see 'wristlog zones'; else the machine's zone");
   sub->add_flag("--no-daylight", options->NoDaylight, "Do not adjust for daylight time");
   sub->add_option("--set-time", options->SetTime, "Local time for the logger's clock; else now")

@@ -51,7 +51,7 @@ int runConfigure(const CommonOptions& common, const ConfigureOptions& options) {
   if (session.asJson())
     print({{"return_code", code},
            {"return_code_meaning", meaning},
-           {"battery_life_remaining", code == 0 ? Json(std::round(double{battery} * 10) / 10) : Json()},
+           {"battery_life_remaining", code == 0 ? Json(roundedDays(battery)) : Json()},
            {"device_serial_number", code == 0 ? Json(serialNumber) : Json()}});
   else if (code == 0)
     std::cout << "Logger " << serialNumber << " is configured for " << subject.Get_Identity()

@@ -19,8 +19,6 @@ namespace {
 
 constexpr double UnixEpochDate = 25569, SecondsPerDay = 86400;
 
-double roundedDays(float days) { return std::round(double{days} * 10) / 10; }
-
 /// "02" of a number.
 std::string two(std::int32_t number) {
   const std::string digits = std::to_string(number % 100);
@@ -55,12 +53,14 @@ int runLegacyStatus(const CommonOptions& common, const ReaderOptions& reader) {
   const hw::LegacyDetails details = session.workflows().Details();
   const bool wasRead = !details.SetupText.empty();
   if (!session.asJson() && code != 0 && wasRead) std::cerr << details.SetupText;
-  Json facts{{"com_port", session.main().Get_LegacyCOMport()},
-             {"model", details.DeviceText},
-             {"device_type", static_cast<std::int32_t>(details.DeviceType)},
-             {"memory_size_kb", details.MemorySizeKB},
-             {"max_bytes_used", details.MaxBytesUsed},
-             {"max_recording_days", std::round(details.MaxRecordingTime * 10) / 10},
+  const std::int16_t port = session.main().Get_LegacyCOMport();
+  const auto ifRead = [&](const Json& fact) { return wasRead ? fact : Json(); };
+  Json facts{{"com_port", port > 0 ? Json(port) : Json()},
+             {"model", ifRead(details.DeviceText)},
+             {"device_type", ifRead(static_cast<std::int32_t>(details.DeviceType))},
+             {"memory_size_kb", ifRead(details.MemorySizeKB)},
+             {"max_bytes_used", ifRead(details.MaxBytesUsed)},
+             {"max_recording_days", ifRead(roundedDays(details.MaxRecordingTime))},
              {"problems", wasRead ? Json(problemsOf(session.logger(), details)) : Json::array()},
              {"logger", wasRead ? loggerJson(session.logger()) : Json()},
              {"setup_text", details.SetupText}};
@@ -89,11 +89,13 @@ int runLegacyConfigure(const CommonOptions& common, const ReaderOptions& reader,
   std::ostringstream words;
   words << "Logger " << serialNumber << " is configured for " << subject.Get_Identity() << " and starts at "
         << startText << ". Battery: about " << std::lround(battery) << " days.\n";
-  const int status = session.end(code,
-                                 {{"battery_life_remaining", good ? Json(roundedDays(battery)) : Json()},
-                                  {"device_serial_number", good ? Json(serialNumber) : Json()},
-                                  {"start_time_local", good ? Json(startText) : Json()}},
-                                 words.str());
+  const int status = session.end(
+      code,
+      {{"battery_life_remaining", good ? Json(roundedDays(battery)) : Json()},
+       {"device_serial_number", good ? Json(serialNumber) : Json()},
+       {"start_time_local", good ? Json(startText) : Json()},
+       {"records_steps", good ? Json(options.Mode == hw::PD_Mode_ActivityAndSteps && !countsNone) : Json()}},
+      words.str());
   if (countsNone) std::cerr << "This model counts no steps: it records activity alone.\n";
   return status;
 }

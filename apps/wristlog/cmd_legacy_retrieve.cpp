@@ -6,7 +6,6 @@
 #include "json_output.h"
 #include "legacy_session.h"
 #include "meanings.h"
-#include "platform/platform.h"
 #include "plotted_pendrel.h"
 #include "recording_files.h"
 #include "series_csv.h"
@@ -18,8 +17,6 @@ namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
 
 namespace {
-
-constexpr std::int32_t FileExists = 58;
 
 struct Retrieved {
   std::int32_t Code = 0;
@@ -90,12 +87,6 @@ std::string retrievedWords(const hw::Class_Pendrel& logger) {
   return words.str();
 }
 
-void refuseExisting(const LegacyExportOptions& options) {
-  const auto kind = hw::platform::current().files().state(options.File).Kind;
-  if (kind != hw::platform::FileKind::Missing && !options.Force)
-    throw hw::Failure(FileExists, "wristlog", options.File + " exists. Use --force to overwrite it.");
-}
-
 }  // namespace
 
 int runLegacyRetrieve(const CommonOptions& common, const ReaderOptions& reader,
@@ -112,7 +103,7 @@ int runLegacyRetrieve(const CommonOptions& common, const ReaderOptions& reader,
   writeFiles(files, session, details, result);
   const bool drawn = !good || drawPictures(files, session.logger(), details.DeviceText);
   Json facts = good ? recordingJson(session.logger()) : Json::object();
-  facts["battery_life_remaining"] = good ? Json(result.BatteryLife) : Json();
+  facts["battery_life_remaining"] = good ? Json(roundedDays(result.BatteryLife)) : Json();
   facts["logger"] = good ? loggerJson(session.logger()) : Json();
   facts["subject"] = good ? subjectJson(result.Subject) : Json();
   const int status = session.end(result.Code, facts,
@@ -133,7 +124,7 @@ int runLegacyRetrieve(const CommonOptions& common, const ReaderOptions& reader,
 
 int runLegacyExport(const CommonOptions& common, const ReaderOptions& reader,
                     const LegacyExportOptions& options) {
-  refuseExisting(options);
+  engineering::checkOutput(options.File, options.Force);
   LegacySession session(common, reader);
   std::int32_t code = retrieve(session, reader.Search, options.Repair).Code;
   if (code == 0) code = session.workflows().fncWriteKRCfile(options.File);

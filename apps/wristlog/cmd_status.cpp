@@ -36,7 +36,7 @@ bool wasRead(const Status& status) {
   return status.Logger && status.Subject && !engineering::rawConfigHex(*status.Logger).empty();
 }
 
-Json batteryJson(float days) { return std::isnan(days) ? Json() : Json(std::round(double{days} * 10) / 10); }
+Json batteryJson(float days) { return std::isnan(days) ? Json() : Json(roundedDays(days)); }
 
 void printDock(const engineering::DockView& dock, const std::string& state) {
   std::cout << dock.Words << ": ";

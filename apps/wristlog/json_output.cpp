@@ -168,6 +168,8 @@ Json recordingJson(const hw::Class_Pendrel& logger) {
   return object;
 }
 
+double roundedDays(double days) { return std::round(days * 10) / 10; }
+
 Json failureJson(const hw::Failure& failure) {
   return {{"failure",
            {{"number", failure.Number}, {"source", failure.Source}, {"description", failure.Description}}}};

@@ -18,6 +18,8 @@ Json subjectJson(const hy_wristlog::Class_Subject& subject);
 Json recordingJson(hy_wristlog::Class_VardenLogger& logger,
                    std::optional<hy_wristlog::enmDecodeResult> result, bool lowBattery);
 Json recordingJson(const hy_wristlog::Class_Pendrel& logger);
+/// Days as they are told: to one decimal.
+double roundedDays(double days);
 Json failureJson(const hy_wristlog::Failure& failure);
 
 /// The one JSON document on standard output.

@@ -92,29 +92,38 @@ constexpr std::array<Meaning, 27> LegacyMeanings{{
     {10002, "A folder cannot be written to: the file's, or the one of Settings.INI."},
     {10003, "No port has a logger in a Pendreader. Connect the reader and seat the logger in it."},
     {10005, "The recording mode is not one of activity (1) and activity and steps (2)."},
-    {10006, "The epoch length is not 15, 30 or 60 seconds. retrieve --repair takes 30."},
+    {10006, "The epoch length is not 15, 30 or 60 seconds. When retrieving, --repair takes 30."},
     {10007,
-     "The start lies outside what the logger can wait for, or cannot be read from it. retrieve --repair "
-     "takes "
-     "the present time."},
+     "The start lies outside what the logger can wait for, or cannot be read from it. When retrieving, "
+     "--repair takes the present time."},
     {10008, "The Pendreader's port could not be opened."},
     {10009, "What is in the reader is no Pendrel logger known here."},
     {10010, "The logger's firmware version cannot be read. It needs service."},
     {10012, "What the logger stored is not what was sent. Try again; its battery may have to be replaced."},
     {10013,
      "Aborted. A logger that was being configured must be configured again; otherwise nothing is lost."},
-    {10014, "The subject's details in the logger are incomplete. retrieve --repair takes them as they are."},
+    {10014,
+     "The subject's details in the logger are incomplete. When retrieving, --repair takes them as they are."},
     {10016,
-     "How much was recorded cannot be read from the logger. retrieve --repair reads its whole memory."},
+     "How much was recorded cannot be read from the logger. When retrieving, --repair reads 64 KB, all that "
+     "the largest "
+     "memory holds; of a smaller one raw.bin has the rest."},
     {10017, "A part of the memory could not be read in five attempts. Try another port or adapter."},
     {10018, "The date is no day of the calendar."},
     {10019,
-     "The time zone is unknown, or the logger has none. See 'wristlog zones'; retrieve --repair takes the "
-     "machine's."},
+     "The time zone is unknown, or the logger has none. See 'wristlog zones'; when retrieving, --repair "
+     "takes "
+     "the machine's."},
     {10101, "The size of the logger's memory is not known here. It needs service."},
     {10106, "The port's number is below 1. Name another with --port."},
-    {10107, "The logger tells of more than its memory holds. It needs service."},
-    {10108, "The logger's answers are damaged. Clean the contacts, try another cable, and try again."},
+    {10107,
+     "More was asked for than the logger's memory holds: its set-up tells a wrong length. What it holds is "
+     "in "
+     "raw.bin."},
+    {10108,
+     "The logger's answers are damaged. Clean the contacts, try another cable, and try again; a logger that "
+     "was "
+     "being configured must be configured again."},
     {10111, "The start had passed before the logger could be told. Try again."},
     {10112, "The start is too near, or too far, for the logger to wait for. Choose another."},
     {10113, "The logger did not repeat its waiting time as it was sent. Configure it again."},

@@ -83,7 +83,8 @@ class ConfigureLegacyWorkflow {
       return request_.TimeZoneAbbrev.empty() ? TimeZoneTools().fncLocalTimeZoneName().Zone
                                              : TimeZoneTools().fncGetTZIfromAbbrev(request_.TimeZoneAbbrev);
     });
-    if (!zone_) return run_.endWith(ReturnCode::UnknownZone);
+    // A logger keeps its zone by the abbreviation.
+    if (!zone_ || zone_->Abbreviation.empty()) return run_.endWith(ReturnCode::UnknownZone);
     if (request_.LocalStartTime == 0) return true;
     const bool ahead = run_.step([&] {
       return isBefore(Class_TimeZoneTools::fncGetGMTTime(),

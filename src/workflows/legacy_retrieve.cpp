@@ -12,9 +12,9 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr std::int32_t UnknownLength = -1;
+constexpr std::int32_t NoLength = -1;
 constexpr std::int16_t NoOffset = -32768, RepairedEpoch = 30;
-constexpr std::int32_t BlockBytes = 4096;
+constexpr std::int32_t BlockBytes = PendrelRecord::BlockBytes;
 constexpr std::int32_t DataLost = 3006;
 constexpr int MostFailuresOfABlock = 5;
 constexpr double ReadingPercent = 15;
@@ -72,7 +72,7 @@ class RetrieveLegacyWorkflow {
   }
 
   bool mendSetup() {
-    return mend(record().BytesUsed != UnknownLength, ReturnCode::UnknownLength,
+    return mend(record().BytesUsed != NoLength, ReturnCode::UnknownLength,
                 [&] { record().BytesUsed = record().Get_MaxBytesUsed(); }) &&
            mend(record().StartDate != UnknownDate, ReturnCode::WrongStart,
                 [&] { record().StartDate = datePart(now()); }) &&

@@ -68,6 +68,9 @@ bool reachLegacyLogger(LegacyRun& run, LegacyWorkflows& workflows, MainState& st
 
   if (!run.open(logger, state.LegacyCOMport) || run.aborted()) return false;
 
+  // A reading that ends without a failure must not go on with another logger's set-up.
+  logger.record.SerialNumber.clear();
+  logger.record.ActivityCalibration = 0;
   run.step([&] { logger.fncReadSetup(); });
   if (logger.record.Get_DeviceType() == Device_Unknown) return run.endWith(ReturnCode::WrongLogger);
   if (logger.record.FirmwareVersion == 0) return run.endWith(ReturnCode::WrongFirmware);
