@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <vector>
 
 #include "file_commands.h"
 #include "json_output.h"
@@ -75,7 +76,7 @@ int runConfigShow(const CommonOptions& common, const ConfigOptions& options) {
 
 int runConfigExport(const CommonOptions& common, const ConfigOptions& options) {
   Session session(common);
-  engineering::checkOutput(options.Output.File, options.Output.Force);
+  engineering::checkIniOutput(options.Output.File, options.Output.Force, options.Place.files());
   const auto logger = openConfig(session, options);
   {
     const SignalsHeld held;
@@ -87,7 +88,7 @@ int runConfigExport(const CommonOptions& common, const ConfigOptions& options) {
 
 int runConfigImage(const CommonOptions& common, const ConfigOptions& options) {
   Session session(common);
-  engineering::checkOutput(options.Output.File, options.Output.Force);
+  engineering::checkOutput(options.Output.File, options.Output.Force, options.Place.files());
   const auto logger = openConfig(session, options);
   {
     const SignalsHeld held;
@@ -99,14 +100,19 @@ int runConfigImage(const CommonOptions& common, const ConfigOptions& options) {
 
 int runConfigImport(const CommonOptions& common, const ConfigImportOptions& options) {
   const Session session(common);
-  for (const OutputOptions& output : {options.Output, options.Image})
-    if (!output.File.empty()) engineering::checkOutput(output.File, options.Output.Force);
+  std::vector<std::string> others = options.Place.files();
+  others.push_back(options.IniFile);
+  engineering::checkIniOutput(options.Output.File, options.Output.Force, others);
+  others.push_back(options.Output.File);
+  if (!options.Image.File.empty()) engineering::checkOutput(options.Image.File, options.Output.Force, others);
   const auto logger = engineering::loggerFromIni(options.Place.config());
   const auto edited = engineering::withEditedConfig(*logger, options.IniFile);
   {
     const SignalsHeld held;
-    engineering::saveConfigIni(*edited, options.Output.File);
-    if (!options.Image.File.empty()) engineering::saveConfigImage(*edited, options.Image.File);
+    if (options.Image.File.empty())
+      engineering::saveConfigIni(*edited, options.Output.File);
+    else
+      engineering::saveConfigIniAndImage(*edited, options.Output.File, options.Image.File);
   }
   const Json list = changes(*logger, *edited);
   if (session.asJson()) {

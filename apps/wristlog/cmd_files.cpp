@@ -18,7 +18,7 @@ namespace {
 template <class Save>
 int writeFile(const CommonOptions& common, const RecordingFileOptions& options, const Save& save) {
   const Session session(common);
-  engineering::checkOutput(options.Output.File, options.Output.Force);
+  engineering::checkOutput(options.Output.File, options.Output.Force, options.Place.files());
   const auto logger = openRecording(options.Place);
   Json document{{"file", options.Output.File},
                 {"recorded_bytes", logger->Get_BytesUsed()},
@@ -26,7 +26,7 @@ int writeFile(const CommonOptions& common, const RecordingFileOptions& options, 
   std::string words;
   {
     const SignalsHeld held;
-    naming(options.Place.raw(), [&] { words = save(*logger, document); });
+    engineering::naming(options.Place.raw(), [&] { words = save(*logger, document); });
   }
   if (session.asJson())
     print(document);
@@ -50,7 +50,7 @@ int runRawDump(const CommonOptions& common, const RecordingFileOptions& options)
 
 int runRawLoad(const CommonOptions& common, const RawLoadOptions& options) {
   const Session session(common);
-  engineering::checkOutput(options.Output.File, options.Output.Force);
+  engineering::checkOutput(options.Output.File, options.Output.Force, {options.DumpFile});
   const auto raw = engineering::rawFromDump(options.DumpFile);
   {
     const SignalsHeld held;

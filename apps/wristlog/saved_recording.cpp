@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <utility>
+#include <vector>
 
 #include "workflows/engineering.h"
 #include "workflows/engineering_files.h"
@@ -10,6 +11,12 @@ namespace wristlog {
 
 namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
+
+std::vector<std::string> RecordingPlace::files() const {
+  std::vector<std::string> names{config(), raw()};
+  std::erase(names, "");
+  return names;
+}
 
 std::shared_ptr<hw::Class_VardenLogger> openRecording(const RecordingPlace& place) {
   constexpr std::int32_t OutOfRange = 11503;
@@ -24,7 +31,7 @@ std::shared_ptr<hw::Class_VardenLogger> openRecording(const RecordingPlace& plac
 DecodedRecording decodeRecording(const RecordingPlace& place, bool diagnostic) {
   DecodedRecording recording;
   recording.Logger = openRecording(place);
-  recording.Result = naming(place.raw() + " does not fit " + place.config(), [&] {
+  recording.Result = engineering::naming(place.raw() + " does not fit " + place.config(), [&] {
     return engineering::decode(*recording.Logger, engineering::rawData(*recording.Logger), diagnostic,
                                recording.LowBattery);
   });

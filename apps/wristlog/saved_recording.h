@@ -2,10 +2,10 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "hy_wristlog/enumerations.h"
-#include "hy_wristlog/failure.h"
 
 namespace wristlog {
 
@@ -15,6 +15,8 @@ struct RecordingPlace {
 
   std::string config() const { return Folder.empty() ? ConfigFile : Folder + "/config.ini"; }
   std::string raw() const { return Folder.empty() ? RawFile : Folder + "/raw.bin"; }
+  /// None for a place without names.
+  std::vector<std::string> files() const;
 };
 
 /// The logger with its configuration and raw data, not decoded. Raises 53, 75 and what damaged files raise;
@@ -29,15 +31,5 @@ struct DecodedRecording {
 
 /// Raises the same and what decoding raises; failures name the files that they are about.
 DecodedRecording decodeRecording(const RecordingPlace& place, bool diagnostic);
-
-/// A failure of `step`, with the files that it is about in front of its words.
-template <class Step>
-auto naming(const std::string& files, const Step& step) {
-  try {
-    return step();
-  } catch (const hy_wristlog::Failure& failure) {
-    throw hy_wristlog::Failure(failure.Number, failure.Source, files + ": " + failure.Description);
-  }
-}
 
 }  // namespace wristlog

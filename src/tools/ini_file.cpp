@@ -52,6 +52,10 @@ std::optional<std::string_view> IniFile::value(std::string_view section, std::st
   return unquoted(trimmed(line.substr(line.find('=') + 1)));
 }
 
+bool IniFile::hasSections() const {
+  return std::any_of(lines_.begin(), lines_.end(), [](const auto& line) { return sectionName(line).has_value(); });
+}
+
 void IniFile::setValue(std::string_view section, std::string_view key, std::string_view value) {
   const std::string line = std::string(key) + "=" + std::string(value);
   Range range = findSection(section);

@@ -15,6 +15,7 @@ class IniFile {
   explicit IniFile(std::string_view content);
 
   std::optional<std::string_view> value(std::string_view section, std::string_view key) const;
+  bool hasSections() const;
   void setValue(std::string_view section, std::string_view key, std::string_view value);
   /// False when there was no such key, or section.
   bool removeKey(std::string_view section, std::string_view key);

@@ -19,7 +19,6 @@ namespace hy_wristlog {
 namespace {
 
 constexpr std::size_t VersionOffset = 2;
-constexpr std::size_t SentFrom = 64;
 
 // Offsets 28 to 62 differ with version and firmware.
 constexpr std::size_t VariableFrom = 28, FirmwareLength = 8, VariableTo = 63;
@@ -38,7 +37,7 @@ void visitFields(Block& block, const Visit& visit) {
   visit(26, 1, block.LowPowerShutdownFlag);
   visit(27, 1, block.Model);
   visit(VariableTo, 1, block.BootLoaderFlag);
-  visit(SentFrom, 128, block.SubjectIdentity);
+  visit(ConfigSentFrom, 128, block.SubjectIdentity);
   visit(192, 4, block.BatteryDate);
   visit(196, 2, block.LightCalibration);
   visit(198, 1, block.ActivityCalibration);
@@ -96,21 +95,21 @@ struct FieldWriter {
   std::span<std::uint8_t> Sent;
 
   void operator()(std::size_t offset, std::size_t size, const std::string& field) const {
-    if (offset < SentFrom) return;
+    if (offset < ConfigSentFrom) return;
     const auto bytes = ansiFromUtf8(field);
     const auto length = std::min(bytes.size(), size - 1);
-    std::copy_n(bytes.begin(), length, Sent.begin() + static_cast<std::ptrdiff_t>(offset - SentFrom));
+    std::copy_n(bytes.begin(), length, Sent.begin() + static_cast<std::ptrdiff_t>(offset - ConfigSentFrom));
   }
   void operator()(std::size_t offset, std::size_t, const std::array<std::uint8_t, 8>& field) const {
-    std::copy(field.begin(), field.end(), Sent.begin() + static_cast<std::ptrdiff_t>(offset - SentFrom));
+    std::copy(field.begin(), field.end(), Sent.begin() + static_cast<std::ptrdiff_t>(offset - ConfigSentFrom));
   }
   template <class Number>
   requires std::is_integral_v<Number>
   void operator()(std::size_t offset, std::size_t size, Number field) const {
-    if (offset < SentFrom) return;
+    if (offset < ConfigSentFrom) return;
     auto value = static_cast<std::uint32_t>(field);
     for (std::size_t i = 0; i < size; ++i, value >>= 8)
-      Sent[offset - SentFrom + i] = static_cast<std::uint8_t>(value);
+      Sent[offset - ConfigSentFrom + i] = static_cast<std::uint8_t>(value);
   }
 };
 

@@ -12,6 +12,8 @@
 namespace hy_wristlog {
 
 inline constexpr std::size_t ConfigBlockSize = 256;
+/// The part in front is the logger's own.
+inline constexpr std::size_t ConfigSentFrom = 64;
 
 /// Raises 11505 when the stored CRC is not that of the block, or the block is not complete.
 void checkConfigCrc(std::span<const std::uint8_t> block);

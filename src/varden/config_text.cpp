@@ -13,7 +13,6 @@
 #include "errors/Procedure.h"
 #include "platform/platform.h"
 #include "tools/Class_Tools.h"
-#include "tools/ini_file.h"
 #include "tools/paths.h"
 #include "varden/VardenLogger.h"
 #include "varden/friendly.h"
@@ -109,7 +108,8 @@ class ItemWriter {
   fault::raise(fault::TypeMismatch, std::string(label) + ": \"" + std::string(value) + "\" is no " + what);
 }
 
-/// A date by position: "MM-DD-YYYY", "Hh:Nn:Ss" behind a blank or nothing for midnight.
+/// A date by position: "MM-DD-YYYY", "Hh:Nn:Ss" behind a blank or nothing for midnight. Dates of any other
+/// length are refused, so months, days and hours have two digits.
 std::optional<double> parseDate(std::string_view text) {
   if (text.size() != DayPattern.size() && text.size() != MomentPattern.size()) return std::nullopt;
   const auto field = [&](std::size_t from, std::size_t length) -> std::int32_t {
@@ -117,14 +117,14 @@ std::optional<double> parseDate(std::string_view text) {
     return isDigits(digits) ? roundToInt32(leadingNumber(digits)) : -1;
   };
   const std::int32_t month = field(1, 2), day = field(4, 2), year = field(7, 4);
-  if (month < 1 || day < 1 || year < 0) return std::nullopt;
+  if (month < 1 || month > 12 || day < 1 || day > 31 || year < 100) return std::nullopt;
   double date = dateSerial(year, month, day);
   if (text.size() == MomentPattern.size()) {
     const std::int32_t hour = field(12, 2), minute = field(15, 2), second = field(18, 2);
-    if (hour < 0 || minute < 0 || second < 0) return std::nullopt;
+    if (hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 59) return std::nullopt;
     date = addTime(date, timeSerial(hour, minute, second));
   }
-  // A day or an hour that does not exist has become another one, and a separator may be any character.
+  // A day that does not exist has become another one, and a separator may be any character.
   const std::string back = formatDate(date, text.size() == DayPattern.size() ? DayPattern : MomentPattern);
   for (const std::size_t from : {0, 3, 6, 11, 14, 17})
     if (from < back.size() && back.substr(from, 2) != text.substr(from, 2)) return std::nullopt;
@@ -227,6 +227,11 @@ ConfigItems editableConfig(const VardenRecord& record) {
   return items;
 }
 
+void readEditableConfig(const IniFile& file, VardenRecord& record) {
+  FieldReader reader(file);
+  visitEditable(record, reader);
+}
+
 ConfigItems readOnlyConfig(const VardenRecord& record) {
   return {{"CRC", upperHex(static_cast<std::uint32_t>(record.ConfigCRC), 4)},
           {"Version", std::to_string(record.StructureVersion)},
@@ -275,8 +280,7 @@ void VardenLogger::subReadConfigFromINIfile(std::string_view path) {
         [&] { return withFileFaults(native, [&] { return platform::current().files().read(native); }); }));
     procedure.statement([&] {
       VardenRecord edited = record;
-      FieldReader reader(file);
-      visitEditable(edited, reader);
+      readEditableConfig(file, edited);
       record = std::move(edited);
     });
   });

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/ini_file.h"
 #include "varden/record.h"
 
 /// The configuration under the labels that engineers know it by.
@@ -25,5 +26,11 @@ ConfigItems configInWords(const VardenRecord& record);
 ConfigItems editableConfig(const VardenRecord& record);
 /// The keys that tell more of the logger and are not read back.
 ConfigItems readOnlyConfig(const VardenRecord& record);
+
+/// Takes the editable values of an INI file into the record. A missing number counts as 0 (the epoch as 1), a
+/// missing text as empty ("UNK" in the zone's abbreviations); a date that is missing or blank stays. Raises
+/// 13 for a value of the wrong form, dates of another length than their pattern among them, and 6 for a
+/// number that does not fit; the description names the key.
+void readEditableConfig(const IniFile& file, VardenRecord& record);
 
 }  // namespace hy_wristlog

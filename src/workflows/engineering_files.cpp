@@ -1,15 +1,22 @@
 #include "workflows/engineering_files.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <system_error>
 #include <utility>
+
+#include "base/ascii.h"
 
 #include "base/faults.h"
 #include "errors/GlobalState.h"
+#include "errors/Procedure.h"
 #include "platform/platform.h"
 #include "tools/Class_Tools.h"
 #include "tools/ini_file.h"
 #include "tools/paths.h"
 #include "varden/VardenLogger.h"
+#include "varden/config_check.h"
 #include "varden/config_codec.h"
 #include "varden/config_text.h"
 #include "varden/data_files.h"
@@ -21,7 +28,6 @@ namespace {
 
 constexpr std::int32_t FileExists = 58;
 constexpr std::size_t LongestFile = std::size_t{64} << 20;
-constexpr std::size_t SentFrom = 64;
 
 /// What stands in a file that the user named; every failure names it too.
 std::string contentOf(const std::string& named) {
@@ -49,16 +55,6 @@ std::string contentOf(const std::string& named) {
   }
 }
 
-/// Failures of `step` get the file's name in front of their words.
-template <class Step>
-auto naming(const std::string& path, Step&& step) {
-  try {
-    return step();
-  } catch (const Failure& failure) {
-    throw Failure(failure.Number, failure.Source, path + ": " + failure.Description);
-  }
-}
-
 ByteArray bytesOfDump(std::string_view content, const std::string& path) {
   return naming(path, [&] { return readRawDump(content, LongestFile); });
 }
@@ -81,10 +77,10 @@ std::string hexOf(const ByteArray& bytes) { return Class_Tools::fncConvertByteAr
 ByteArray storedBlock(const std::string& formerHex, const ByteArray& sent) {
   const auto former = Class_Tools::fncConvertHexStringToByteArray(formerHex);
   ByteArray block(former.begin(), former.end());
-  if (block.size() < ConfigBlockSize || sent.size() < ConfigBlockSize - SentFrom)
+  if (block.size() < ConfigBlockSize || sent.size() < ConfigBlockSize - ConfigSentFrom)
     fault::raise(fault::Subscript);
   block.resize(ConfigBlockSize);
-  std::copy_n(sent.begin(), ConfigBlockSize - SentFrom, block.begin() + SentFrom);
+  std::copy_n(sent.begin(), ConfigBlockSize - ConfigSentFrom, block.begin() + ConfigSentFrom);
   const auto checksum =
       static_cast<std::uint16_t>(Class_Tools::fncGetCRC16(std::span(block).subspan(sizeof(std::uint16_t))));
   block[0] = static_cast<std::uint8_t>(checksum & 255);
@@ -93,8 +89,7 @@ ByteArray storedBlock(const std::string& formerHex, const ByteArray& sent) {
 }
 
 /// A key that is not there would count as 0.
-void requireAllKeys(const VardenRecord& record, const std::string& path) {
-  const IniFile file(contentOf(path));
+void requireAllKeys(const IniFile& file, const VardenRecord& record, const std::string& path) {
   std::vector<std::string> missing;
   for (const auto& [label, value] : editableConfig(record))
     if (!file.value(ConfigDataSection, label)) missing.push_back(label);
@@ -103,6 +98,18 @@ void requireAllKeys(const VardenRecord& record, const std::string& path) {
   throw Failure(11503, "engineering.withEditedConfig",
                 path + " lacks \"" + missing.front() + "\"" + more + " in its section \"" +
                     std::string(ConfigDataSection) + "\". Export the configuration and edit that file");
+}
+
+bool isSameFile(const std::string& one, const std::string& other) {
+  std::error_code error;
+  if (std::filesystem::equivalent(one, other, error)) return true;
+  const auto place = [&](const std::string& path) { return std::filesystem::weakly_canonical(path, error); };
+  const auto first = place(one);
+  return !first.empty() && first == place(other);
+}
+
+bool isIniText(std::string_view text) {
+  return text.find('\0') == text.npos && (trimBlanks(text).empty() || IniFile(text).hasSections());
 }
 
 }  // namespace
@@ -145,17 +152,34 @@ void setRawData(Class_VardenLogger& logger, std::vector<std::uint8_t> raw) {
   record.RawData = std::move(raw);
 }
 
-void checkOutput(const std::string& named, bool overwrite) {
+void checkOutput(const std::string& named, bool overwrite, const std::vector<std::string>& inputs) {
   openLibrary();
   const std::string path = nativePath(named);
+  for (const std::string& input : inputs)
+    if (isSameFile(path, nativePath(input)))
+      throw Failure(fault::InvalidCall, "engineering.checkOutput",
+                    path + " cannot be written: it is " + input + ", which this command needs");
   const platform::FileKind kind =
       withFileFaults(path, [&] { return platform::current().files().state(path).Kind; });
-  if (kind == platform::FileKind::Missing) return;
-  if (kind != platform::FileKind::File)
+  if (kind != platform::FileKind::Missing && kind != platform::FileKind::File)
     throw Failure(fault::PathFileAccess, "engineering.checkOutput",
                   path + " is in the way: it is not a file");
-  if (!overwrite)
+  if (kind == platform::FileKind::File && !overwrite)
     throw Failure(FileExists, "engineering.checkOutput", path + " exists. Use --force to overwrite it.");
+  withFileFaults(path, [&] {
+    const std::string trial = path.substr(0, path.find_last_of('/') + 1) + ".wristlog-trial";
+    platform::current().files().write(trial, {});
+    platform::current().files().remove(trial);
+  });
+}
+
+void checkIniOutput(const std::string& named, bool overwrite, const std::vector<std::string>& inputs) {
+  checkOutput(named, overwrite, inputs);
+  const std::string path = nativePath(named);
+  if (platform::current().files().state(path).Kind == platform::FileKind::Missing) return;
+  if (!isIniText(contentOf(path)))
+    throw Failure(fault::PathFileAccess, "engineering.checkIniOutput",
+                  path + " is no INI file, so the configuration cannot be put into it");
 }
 
 void saveRawBytes(const std::vector<std::uint8_t>& raw, const std::string& named) {
@@ -194,12 +218,37 @@ void saveConfigImage(Class_VardenLogger& logger, const std::string& path) {
   anew([&] { logger.inside().subWriteConfigToBINfile(path); });
 }
 
+void saveConfigIniAndImage(Class_VardenLogger& logger, const std::string& ini, const std::string& image) {
+  const std::string path = nativePath(image);
+  platform::Files& files = platform::current().files();
+  std::optional<std::string> former;
+  withFileFaults(path, [&] {
+    if (files.state(path).Kind == platform::FileKind::File) former = files.read(path);
+  });
+  saveConfigImage(logger, image);
+  try {
+    saveConfigIni(logger, ini);
+  } catch (const Failure&) {
+    ignoringFailures([&] {
+      withFileFaults(path, [&] {
+        if (former)
+          files.write(path, *former);
+        else
+          files.remove(path);
+      });
+    });
+    throw;
+  }
+}
+
 std::shared_ptr<Class_VardenLogger> withEditedConfig(const Class_VardenLogger& logger,
                                                      const std::string& iniPath) {
   const std::string former = rawConfigHex(logger);
   const auto edited = loggerFromConfig(former);
-  requireAllKeys(edited->inside().record, iniPath);
+  const IniFile file(contentOf(iniPath));
+  requireAllKeys(file, edited->inside().record, iniPath);
   naming(iniPath, [&] {
+    anew([&] { checkEditedConfig(file); });
     anew([&] { edited->inside().subReadConfigFromINIfile(iniPath); });
     anew([&] { edited->inside().fncEncodeVardenLoggerConfig(); });
   });

@@ -10,11 +10,25 @@
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "hy_wristlog/api.h"
 #include "hy_wristlog/enumerations.h"
+#include "hy_wristlog/failure.h"
 
 /// The engineers' files of a recording and of a configuration. A file is written whole or not at all, unless
 /// said otherwise; what the system refuses is raised as 53, 61, 70, 75 or 76. "\" and "/" both separate
 /// folders.
 namespace hy_wristlog::engineering {
+
+/// A failure of `step`, with the files that it is about in front of its words. What the system refused (53,
+/// 61, 70, 75, 76) names its file already, which may be another one.
+template <class Step>
+auto naming(const std::string& files, const Step& step) {
+  try {
+    return step();
+  } catch (const Failure& failure) {
+    for (const std::int32_t refused : {53, 61, 70, 75, 76})
+      if (failure.Number == refused) throw;
+    throw Failure(failure.Number, failure.Source, files + ": " + failure.Description);
+  }
+}
 
 /// The config block kept in an INI file: the key "Raw Config Bytes" of its section "Configuration Bytes".
 /// Raises 53 when there is no such file, 75 when it cannot be read, 11503 when it holds no block.
@@ -34,8 +48,15 @@ HY_WRISTLOG_API std::vector<std::uint8_t> rawFromDump(const std::string& path);
 /// Makes the bytes of a saved recording the logger's raw data, as if they had just been read.
 HY_WRISTLOG_API void setRawData(Class_VardenLogger& logger, std::vector<std::uint8_t> raw);
 
-/// Raises 58 when there is a file and it may not be overwritten, 75 when something else has its name.
-HY_WRISTLOG_API void checkOutput(const std::string& path, bool overwrite);
+/// To be called before the work: raises 5 when the file is one of those that the command reads or writes
+/// besides, even if it may be overwritten; 58 when there is a file and it may not; 75 when something else has
+/// its name; 61, 70, 75 or 76 when nothing can be written to its folder.
+HY_WRISTLOG_API void checkOutput(const std::string& path, bool overwrite,
+                                 const std::vector<std::string>& inputs = {});
+/// The same for `saveConfigIni`, which keeps the lines of an existing file: raises 75 for one that holds
+/// something but no section, or a NUL.
+HY_WRISTLOG_API void checkIniOutput(const std::string& path, bool overwrite,
+                                    const std::vector<std::string>& inputs = {});
 
 HY_WRISTLOG_API void saveRawBytes(const std::vector<std::uint8_t>& raw, const std::string& path);
 /// One byte a line with its address, behind the facts of the configuration.
@@ -58,6 +79,9 @@ HY_WRISTLOG_API std::string configText(Class_VardenLogger& logger, std::string_v
 HY_WRISTLOG_API void saveConfigIni(Class_VardenLogger& logger, const std::string& path);
 /// The 256 bytes that would be sent to the logger. Raises 11503 and 6 for values that it cannot take.
 HY_WRISTLOG_API void saveConfigImage(Class_VardenLogger& logger, const std::string& path);
+/// Both; when one fails, neither is left.
+HY_WRISTLOG_API void saveConfigIniAndImage(Class_VardenLogger& logger, const std::string& ini,
+                                           const std::string& image);
 
 /// A logger with the configuration of `logger` and the edited values of an INI file, its config block as the
 /// logger would make it of them. Raises 53 and 75 for a file that cannot be read, 11503 for one that lacks
