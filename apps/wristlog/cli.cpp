@@ -6,6 +6,7 @@
 #include <new>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "cli_checks.h"
 #include "json_output.h"
@@ -39,11 +40,12 @@ int CommandLine::parseAndRun(int argc, char** argv) {
     app_.parse(argc, argv);
   } catch (const CLI::Success& answer) {
     return app_.exit(answer, std::cout, std::cerr);
+  } catch (const CLI::RequiredError& error) {
+    // A word that nobody knows is why the required one was not seen.
+    const std::vector<std::string> unknown = app_.remaining(true);
+    return unknown.empty() ? refuse(error, argc, argv) : refuse(CLI::ExtrasError(unknown), argc, argv);
   } catch (const CLI::ParseError& error) {
-    app_.exit(error, std::cerr, std::cerr);
-    if (std::find(argv, argv + argc, std::string_view("--json")) != argv + argc)
-      print(failureJson(hy_wristlog::Failure(InvalidCall, "wristlog", error.what())));
-    return WrongUsage;
+    return refuse(error, argc, argv);
   }
   try {
     return command_();
@@ -57,6 +59,13 @@ int CommandLine::parseAndRun(int argc, char** argv) {
   } catch (const std::exception& problem) {
     return fail({InvalidCall, "wristlog", problem.what()});
   }
+}
+
+int CommandLine::refuse(const CLI::ParseError& error, int argc, char** argv) const {
+  app_.exit(error, std::cerr, std::cerr);
+  if (std::find(argv, argv + argc, std::string_view("--json")) != argv + argc)
+    print(failureJson(hy_wristlog::Failure(InvalidCall, "wristlog", error.what())));
+  return WrongUsage;
 }
 
 int CommandLine::fail(const hy_wristlog::Failure& failure) const {

@@ -47,6 +47,7 @@ class CommandLine {
 
  private:
   int parseAndRun(int argc, char** argv);
+  int refuse(const CLI::ParseError& error, int argc, char** argv) const;
   int fail(const hy_wristlog::Failure& failure) const;
 
   CLI::App app_;

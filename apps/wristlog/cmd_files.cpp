@@ -1,4 +1,6 @@
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 
 #include "file_commands.h"
 #include "json_output.h"
@@ -13,12 +15,18 @@ namespace engineering = hy_wristlog::engineering;
 
 namespace {
 
+bool isThere(const std::string& file) {
+  std::error_code none;
+  return std::filesystem::exists(file, none);
+}
+
 /// Opens the recording and lets `save` write its file; the JSON document begins with the file and the size of
 /// the recording.
 template <class Save>
 int writeFile(const CommonOptions& common, const RecordingFileOptions& options, const Save& save) {
   const Session session(common);
   engineering::checkOutput(options.Output.File, options.Output.Force, options.Place.files());
+  const bool stoodBefore = isThere(options.Output.File);
   const auto logger = openRecording(options.Place);
   Json document{{"file", options.Output.File},
                 {"recorded_bytes", logger->Get_BytesUsed()},
@@ -26,7 +34,13 @@ int writeFile(const CommonOptions& common, const RecordingFileOptions& options, 
   std::string words;
   {
     const SignalsHeld held;
-    engineering::naming(options.Place.raw(), [&] { words = save(*logger, document); });
+    try {
+      engineering::naming(options.Place.raw(), [&] { words = save(*logger, document); });
+    } catch (const hw::Failure&) {
+      if (!stoodBefore && isThere(options.Output.File))
+        std::cerr << options.Output.File << " is not whole: it ends where the failure came.\n";
+      throw;
+    }
   }
   if (session.asJson())
     print(document);
@@ -76,8 +90,12 @@ int runReport(const CommonOptions& common, const RecordingFileOptions& options) 
 }
 
 int runLightTest(const CommonOptions& common, const RecordingFileOptions& options) {
-  return writeFile(common, options, [&](hw::Class_VardenLogger& logger, Json&) {
+  return writeFile(common, options, [&](hw::Class_VardenLogger& logger, Json& document) {
     engineering::saveLightTest(logger, options.Output.File);
+    const bool kestrin2 = logger.Get_DeviceType() == hw::KR_TOLKA;
+    document["kestrin2"] = kestrin2;
+    if (!kestrin2)
+      std::cerr << "The logger is no Kestrin 2, whose light test this is; the readings mean nothing.\n";
     return bytesOf(logger);
   });
 }
@@ -88,7 +106,9 @@ int runActivityOnly(const CommonOptions& common, const RecordingFileOptions& opt
     const bool activityOnly = logger.Get_AcquisitionMode() == hw::VardenMode_ActivityOnly;
     document["activity_only"] = activityOnly;
     if (!activityOnly)
-      std::cerr << "The recording holds more than activity; the file counts every byte of it as activity.\n";
+      std::cerr
+          << "The recording holds more than activity; the file counts every byte of it as activity. Its "
+             "start may be a false one found among the samples: what stands before it is missing.\n";
     return bytesOf(logger);
   });
 }

@@ -62,9 +62,22 @@ bool isRawDump(std::string_view content);
 /// As many bytes as `subReadRawDataFromFile` takes.
 inline constexpr std::size_t MostDumpedBytes = 300000;
 
+enum class Addresses : std::uint8_t { Ignored, Checked };
+
 /// The bytes of a raw data file: behind its line "Address" one a line, behind the line's first comma, quotes
 /// left out; lines that are empty hold none. Lines end with LF, CR LF or CR. Raises 13 for a line without a
 /// number and a file without that line, 6 for a number that is no byte, 9 for more than `mostBytes` bytes.
-ByteArray readRawDump(std::string_view content, std::size_t mostBytes = MostDumpedBytes);
+/// When addresses are checked, 13 also for a line whose decimal address, "00010 (16)", is not the byte's
+/// index; a line may have none. The description names the line.
+ByteArray readRawDump(std::string_view content, std::size_t mostBytes = MostDumpedBytes,
+                      Addresses addresses = Addresses::Ignored);
+
+/// The light test and the activity end so far from the last byte.
+inline constexpr std::int64_t UnreadTail = 8;
+
+/// A light test's start record is a byte shorter than an event record: its time follows the bits at once. A
+/// reading has two bytes.
+inline constexpr std::int64_t LightTestSamplesFrom = 6;
+inline constexpr std::size_t ShortestLightTest = LightTestSamplesFrom + UnreadTail + 1;
 
 }  // namespace hy_wristlog

@@ -17,11 +17,9 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr std::uint8_t AcquisitionStart = 1;
 constexpr std::int64_t TimeAt = 3;
 /// The reader steps over all of an event record but its last byte, which so counts as an activity code.
 constexpr std::int64_t EventStep = EventRecordLength - 1;
-constexpr std::int64_t Tail = 8;
 constexpr std::size_t SubjectLength = 19;
 constexpr std::int32_t SecondsPerUnit = 15;
 
@@ -49,8 +47,9 @@ std::array<std::string, 256> activityTexts(std::uint8_t calibration) {
   return texts;
 }
 
-/// Takes the start time of the last acquisition start, wherever in the stream its bytes stand, and gives the
-/// position to read from; without one the record keeps its start time and reading begins at 0.
+/// Takes the start time of the last acquisition start and gives the position to read from; without one the
+/// record keeps its start time and reading begins at 0. Bytes among the samples that look like a start count
+/// as one; a start in the last 6 bytes is passed over.
 std::int64_t findLastStart(VardenRecord& record, std::int64_t last) {
   const ByteArray& raw = *record.RawData;
   std::int64_t position = 0;
@@ -75,7 +74,7 @@ void addHeading(DataFile& file, const VardenRecord& record) {
 
 void addActivity(DataFile& file, const VardenRecord& record, std::int64_t position, std::int64_t last) {
   const auto texts = activityTexts(record.ActivityCalibration);
-  while (position <= last - Tail) {
+  while (position <= last - UnreadTail) {
     const std::uint8_t code = fault::at(*record.RawData, position);
     if (code == EventMark) {
       position += EventStep;

@@ -14,12 +14,7 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr std::uint8_t AcquisitionStart = 1;
-/// The start record of the light test is a byte shorter than an event record: its time follows the bits at
-/// once.
-constexpr std::int64_t TimeAt = 2, SamplesFrom = 6, SampleLength = 2;
-/// So far from the last byte the samples end.
-constexpr std::int64_t Tail = 8;
+constexpr std::int64_t TimeAt = 2, SampleLength = 2;
 
 constexpr std::array<const char*, 4> Resistors{"0 = 560 ohm", "1 = 8.2 kohm", "2 = 150 kohm", "3 = 2.2 Mohm"};
 
@@ -42,7 +37,8 @@ void addReadings(DataFile& file, const VardenRecord& record) {
   const DateFormat date(globals().ShortDateTimeFormat);
   const ByteArray& raw = *record.RawData;
   double second = 0;
-  for (std::int64_t at = SamplesFrom; at <= lastRawIndex(record) - Tail; at += SampleLength, ++second)
+  for (std::int64_t at = LightTestSamplesFrom; at <= lastRawIndex(record) - UnreadTail;
+       at += SampleLength, ++second)
     file.line(date(record.StartTimeGMT + second / SecondsPerDay), resistorText(fault::at(raw, at)),
               std::to_string(fault::at(raw, at + 1)));
 }

@@ -48,13 +48,29 @@ std::string withoutQuotes(std::string_view line) {
   return text;
 }
 
-std::uint8_t byteOfLine(std::string_view line) {
+std::string inLine(std::size_t number) { return " in line " + std::to_string(number); }
+
+/// Lines that are missing or stand elsewhere would shift or swap bytes unnoticed.
+void checkAddress(std::string_view line, std::size_t index, std::size_t number) {
+  const std::string_view address = line.substr(0, line.find(','));
+  const std::size_t from = address.find('('), to = address.find(')');
+  if (line.find(',') == line.npos || from == address.npos || to == address.npos || to < from) return;
+  const std::string_view digits = address.substr(from + 1, to - from - 1);
+  if (digits != std::to_string(index))
+    fault::raise(fault::TypeMismatch, "address " + std::string(digits.substr(0, Excerpt)) + " stands" +
+                                          inLine(number) + " where " + std::to_string(index) +
+                                          " belongs: lines are missing or not in their order");
+}
+
+std::uint8_t byteOfLine(std::string_view line, std::size_t number) {
   const std::size_t comma = line.find(',');
   const std::string field = withoutQuotes(line.substr(comma == line.npos ? 0 : comma + 1));
   const std::string_view digits = trimBlanks(field);
-  if (!isDigits(digits)) fault::raise(fault::TypeMismatch, "\"" + field.substr(0, Excerpt) + "\" is no byte");
+  if (!isDigits(digits))
+    fault::raise(fault::TypeMismatch, "\"" + field.substr(0, Excerpt) + "\" is no byte" + inLine(number));
   const double value = leadingNumber(digits.substr(0, Excerpt));
-  if (value > 255) fault::raise(fault::Overflow, "\"" + field.substr(0, Excerpt) + "\" is no byte");
+  if (value > 255)
+    fault::raise(fault::Overflow, "\"" + field.substr(0, Excerpt) + "\" is no byte" + inLine(number));
   return static_cast<std::uint8_t>(value);
 }
 
@@ -66,19 +82,23 @@ std::string readFile(const std::string& path) {
 
 bool isRawDump(std::string_view content) { return takeLine(content).find(Heading) != content.npos; }
 
-ByteArray readRawDump(std::string_view content, std::size_t mostBytes) {
+ByteArray readRawDump(std::string_view content, std::size_t mostBytes, Addresses addresses) {
   bool inData = false;
   // A subject may be called Address too: only the line that begins so ends the heading.
-  while (!inData && !content.empty()) inData = withoutQuotes(takeLine(content)).starts_with(AddressLabel);
+  std::size_t number = 0;
+  for (; !inData && !content.empty(); ++number)
+    inData = withoutQuotes(takeLine(content)).starts_with(AddressLabel);
   if (!inData) fault::raise(fault::TypeMismatch, "the raw data file ends before its line \"Address\"");
   ByteArray bytes;
   while (!content.empty()) {
     const std::string_view line = takeLine(content);
+    ++number;
     if (line.empty()) continue;
     if (bytes.size() == mostBytes)
       fault::raise(fault::Subscript,
                    "the raw data file holds more than " + std::to_string(mostBytes) + " bytes");
-    bytes.push_back(byteOfLine(line));
+    if (addresses == Addresses::Checked) checkAddress(line, bytes.size(), number);
+    bytes.push_back(byteOfLine(line, number));
   }
   return bytes;
 }

@@ -10,7 +10,6 @@ namespace hy_wristlog {
 namespace {
 
 enum EventBit : std::uint8_t {
-  AcquisitionStart = 1,
   AcquisitionStop = 2,
   MemoryFull = 4,
   DockBits = 32 | 64,

@@ -8,6 +8,7 @@ inline constexpr std::uint8_t EventMark = 253;
 inline constexpr std::uint8_t StatusMark = 254;
 inline constexpr std::int64_t EventRecordLength = 7;
 inline constexpr std::int64_t StatusRecordLength = 2;
+inline constexpr std::uint8_t AcquisitionStart = 1;
 inline constexpr std::uint8_t ResetEvent = 8;
 
 /// Handles the 7-byte event record at the walk's position and moves behind it.

@@ -56,19 +56,30 @@ std::string contentOf(const std::string& named) {
 }
 
 ByteArray bytesOfDump(std::string_view content, const std::string& path) {
-  return naming(path, [&] { return readRawDump(content, LongestFile); });
+  return naming(path, [&] { return readRawDump(content, LongestFile, Addresses::Checked); });
 }
 
 /// A step of its own: a failure of a former command does not hide its failures, and one that the site wants
-/// to be left quietly is raised all the same, since the user waits for a file.
+/// to be left quietly or passed over is raised all the same, since the user waits for the outcome.
 template <class Step>
 void anew(Step&& step) {
   auto& stack = globals().ErrorStack;
   globals().emptyErrorStack();
   step();
-  if (stack.empty() || !stack.front() || stack.front()->ErrorAction != errExit) return;
+  if (stack.empty() || !stack.front()) return;
+  const std::int32_t action = stack.front()->ErrorAction;
+  if (action != errExit && action != errResumeNext) return;
   throw Failure(stack.front()->ErrorNumber, stack.front()->ErrorOriginalSource,
                 stack.front()->ErrorDescription);
+}
+
+/// The same for a step that writes a file.
+template <class Step>
+void writtenAnew(const std::string& named, Step&& step) {
+  anew(step);
+  const std::string path = nativePath(named);
+  if (platform::current().files().state(path).Kind != platform::FileKind::File)
+    fault::raise(fault::FileNotFound, path + " was not written");
 }
 
 std::string hexOf(const ByteArray& bytes) { return Class_Tools::fncConvertByteArrayToHexString(bytes); }
@@ -103,7 +114,9 @@ void requireAllKeys(const IniFile& file, const VardenRecord& record, const std::
 bool isSameFile(const std::string& one, const std::string& other) {
   std::error_code error;
   if (std::filesystem::equivalent(one, other, error)) return true;
-  const auto place = [&](const std::string& path) { return std::filesystem::weakly_canonical(path, error); };
+  const auto place = [&](const std::string& path) {
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
+  };
   const auto first = place(one);
   return !first.empty() && first == place(other);
 }
@@ -158,7 +171,7 @@ void checkOutput(const std::string& named, bool overwrite, const std::vector<std
   for (const std::string& input : inputs)
     if (isSameFile(path, nativePath(input)))
       throw Failure(fault::InvalidCall, "engineering.checkOutput",
-                    path + " cannot be written: it is " + input + ", which this command needs");
+                    path + " cannot be written: this command needs " + input + ", the same file");
   const platform::FileKind kind =
       withFileFaults(path, [&] { return platform::current().files().state(path).Kind; });
   if (kind != platform::FileKind::Missing && kind != platform::FileKind::File)
@@ -188,34 +201,40 @@ void saveRawBytes(const std::vector<std::uint8_t>& raw, const std::string& named
 }
 
 void saveRawDump(Class_VardenLogger& logger, const std::string& path) {
-  anew([&] { logger.inside().subSaveRawDataToFile(path); });
+  writtenAnew(path, [&] { logger.inside().subSaveRawDataToFile(path); });
 }
 
 enmDecodeResult saveReport(Class_VardenLogger& logger, const std::string& path) {
-  anew([&] { logger.inside().subSaveDecodedDataToFile(path); });
+  writtenAnew(path, [&] { logger.inside().subSaveDecodedDataToFile(path); });
   return logger.inside().record.DecodeResult;
 }
 
 void saveLightTest(Class_VardenLogger& logger, const std::string& path) {
-  anew([&] { logger.inside().subSaveDecodedTolkaTestDataToFile(path); });
+  const auto& raw = logger.inside().record.RawData;
+  if (raw && raw->size() < ShortestLightTest)
+    throw Failure(11506, "engineering.saveLightTest",
+                  "too short for a light test: " + std::to_string(raw->size()) + " bytes hold no reading");
+  writtenAnew(path, [&] { logger.inside().subSaveDecodedTolkaTestDataToFile(path); });
 }
 
 void saveActivityOnly(Class_VardenLogger& logger, const std::string& path) {
-  anew([&] { logger.inside().subSaveActivityOnlyKRD(path); });
+  writtenAnew(path, [&] { logger.inside().subSaveActivityOnlyKRD(path); });
 }
 
 ConfigItems configItems(const Class_VardenLogger& logger) { return configInWords(logger.inside().record); }
 
 std::string configText(Class_VardenLogger& logger, std::string_view separator) {
-  return logger.inside().fncConfigToString(separator);
+  std::string text;
+  anew([&] { text = logger.inside().fncConfigToString(separator); });
+  return text;
 }
 
 void saveConfigIni(Class_VardenLogger& logger, const std::string& path) {
-  anew([&] { logger.inside().subWriteConfigToINIfile(path); });
+  writtenAnew(path, [&] { logger.inside().subWriteConfigToINIfile(path); });
 }
 
 void saveConfigImage(Class_VardenLogger& logger, const std::string& path) {
-  anew([&] { logger.inside().subWriteConfigToBINfile(path); });
+  writtenAnew(path, [&] { logger.inside().subWriteConfigToBINfile(path); });
 }
 
 void saveConfigIniAndImage(Class_VardenLogger& logger, const std::string& ini, const std::string& image) {

@@ -40,7 +40,8 @@ HY_WRISTLOG_API std::string configHexFromIni(const std::string& path);
 HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> loggerFromIni(const std::string& path);
 
 /// A raw recording from a file: a raw data CSV, or else the bytes themselves. Raises 53 when there is no such
-/// file, 75 when it cannot be read or has more than 64 MiB, 13 or 6 for a CSV with a line that holds no byte.
+/// file, 75 when it cannot be read or has more than 64 MiB, 13 or 6 for a CSV with a line that holds no byte
+/// or whose address is not the next one.
 HY_WRISTLOG_API std::vector<std::uint8_t> rawFromFile(const std::string& path);
 /// The same, but raises 13 for a file that is no raw data CSV.
 HY_WRISTLOG_API std::vector<std::uint8_t> rawFromDump(const std::string& path);
@@ -64,7 +65,7 @@ HY_WRISTLOG_API void saveRawDump(Class_VardenLogger& logger, const std::string& 
 /// Decodes diagnostically and writes a row an epoch; tells result and low battery in message boxes. A report
 /// that fails behind its heading leaves that where no file stood. Raises what decoding raises.
 HY_WRISTLOG_API enmDecodeResult saveReport(Class_VardenLogger& logger, const std::string& path);
-/// Raises 11506 for a recording that is no light test.
+/// Raises 11506 for a recording that is no light test or holds no reading.
 HY_WRISTLOG_API void saveLightTest(Class_VardenLogger& logger, const std::string& path);
 /// The activity-only file, kind KRD. Raises 11503 without an activity calibration.
 HY_WRISTLOG_API void saveActivityOnly(Class_VardenLogger& logger, const std::string& path);
@@ -85,7 +86,8 @@ HY_WRISTLOG_API void saveConfigIniAndImage(Class_VardenLogger& logger, const std
 
 /// A logger with the configuration of `logger` and the edited values of an INI file, its config block as the
 /// logger would make it of them. Raises 53 and 75 for a file that cannot be read, 11503 for one that lacks
-/// values, 13, 6 and 11503 for values that are none.
+/// values, 13, 6 and 11503 for values that are none or that a logger would keep as other ones; the
+/// description names the key.
 HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> withEditedConfig(const Class_VardenLogger& logger,
                                                                      const std::string& iniPath);
 
