@@ -43,6 +43,9 @@ TEST_F(Files, EachCommandWritesItsFile) {
   EXPECT_TRUE(box.content("activity.krd").starts_with("2"));
   EXPECT_EQ(box.run("light-test kestrin2 --out light.csv").Status, 0);
   EXPECT_TRUE(box.content("light.csv").starts_with("\"QV/HY Tolka Logger Light Test"));
+  const Outcome foreign = box.run("light-test vivid --json --out foreign.csv");
+  EXPECT_NE(foreign.Err.find("no Kestrin 2"), std::string::npos);
+  EXPECT_EQ(Json::parse(foreign.Out).at("kestrin2"), false);
 }
 
 TEST_F(Files, WhatTheLibraryTellsStandsOnStandardError) {
@@ -83,6 +86,13 @@ TEST_F(Files, ConfigurationsAreShownEditedAndTakenBack) {
   const Json after = json("decode --config new.ini --raw vivid/raw.bin");
   EXPECT_EQ(after.at("decode_result"), before.at("decode_result"));
   EXPECT_EQ(json("config show --config new.ini").at("config").at("Epoch Length"), "30");
+
+  edited.replace(edited.find("Acquisition Mode=5"), 18, "Acquisition Mode=9");
+  box.write("edit.ini", edited);
+  ASSERT_EQ(box.run("config import vivid --ini edit.ini --out fast.ini").Status, 0);
+  const std::string report = "report --config fast.ini --raw vivid/raw.bin --out fast.csv";
+  EXPECT_NE(box.run(report).Err.find("fast.csv is not whole"), std::string::npos);
+  EXPECT_EQ(box.run(report + " --force").Err.find("not whole"), std::string::npos) << "it stood before";
 }
 
 TEST_F(Files, WhatCannotBeDoneIsSaid) {
@@ -93,8 +103,12 @@ TEST_F(Files, WhatCannotBeDoneIsSaid) {
   box.write("wrong.ini", wrong);
   box.write("words", "none of it\n");
   box.write("empty", "");
+  box.write("empty.bin", std::string("\xFD\x01\0\0\0\0", 6));
   std::filesystem::create_directory(box.Folder / "folder");
   const std::string heading = "\"QV/HY Varden Logger Raw Data Output File\"\r\n\"Address\"\r\n\r\n";
+  ASSERT_EQ(box.run("config export vivid --out edited.ini").Status, 0);
+  std::filesystem::create_directory_symlink(box.Folder / "vivid", box.Folder / "link");
+  const std::string raw = box.content("vivid/raw.bin"), edited = box.content("edited.ini");
   box.write("damaged.csv", heading + "\"0\",\"1\"\r\n\"1\",\"\"\r\n");
   const struct {
     const char* Arguments;
@@ -104,8 +118,18 @@ TEST_F(Files, WhatCannotBeDoneIsSaid) {
                {"raw dump vivid --out wrong.ini", 58, "--force"},
                {"raw dump vivid --out folder --force", 75, "folder"},
                {"raw dump vivid --out no/where", 76, "no/where"},
+               {"report vivid --out words/below", 76, "words/below"},
+               {"raw dump vivid --out link/raw.bin --force", 5, "link/raw.bin"},
+               {"raw load words --out ./words --force", 5, "words"},
+               {"config export vivid --out vivid/config.ini --force", 5, "vivid/config.ini"},
+               {"config export kestrin2 --out vivid/raw.bin --force", 75, "no INI file"},
+               {"config export vivid --out words --force", 75, "no INI file"},
+               {"config import vivid --ini edited.ini --out edited.ini --force", 5, "edited.ini"},
+               {"config import vivid --ini edited.ini --out x --image ./x", 5, "x"},
+               {"config import vivid --ini edited.ini --out x --image no/y", 76, "no/y"},
                {"raw load words --out x", 13, "words"},
-               {"raw load damaged.csv --out x", 13, "damaged.csv"},
+               {"raw load damaged.csv --out x", 13, "damaged.csv: Type mismatch: \"\" is no byte in line 5"},
+               {"light-test --config kestrin2/config.ini --raw empty.bin --out x", 11506, "too short"},
                {"report --config vivid/config.ini --raw empty --out x", 11503, "empty"},
                {"light-test --config kestrin2/config.ini --raw words --out x", 11506, "words"},
                {"config import vivid --ini edit.ini --out x", 11503, "\"Subject Identity\" and 29 more"},
@@ -122,6 +146,8 @@ TEST_F(Files, WhatCannotBeDoneIsSaid) {
     EXPECT_FALSE(std::filesystem::exists(box.Folder / "x"));
   }
   EXPECT_EQ(box.content("wrong.ini"), wrong);
+  EXPECT_EQ(box.content("vivid/raw.bin"), raw);
+  EXPECT_EQ(box.content("edited.ini"), edited);
   for (const char* usage :
        {"raw", "config", "report --out x", "report vivid", "report --config a --out x",
         "report vivid --raw b --out x", "config show vivid --model vivid",
@@ -134,5 +160,12 @@ TEST_F(Files, AFullDiskLeavesTheFormerFile) {
   const Outcome full = box.run("report vivid --force --out report.csv", "", "ulimit -f 100;");
   EXPECT_EQ(full.Status, 1);
   EXPECT_NE(full.Err.find("report.csv"), std::string::npos) << full.Err;
+  EXPECT_EQ(full.Err.find("raw.bin"), std::string::npos) << full.Err;
   EXPECT_EQ(box.content("report.csv"), "former");
+
+  ASSERT_EQ(box.run("config export vivid --out edit.ini").Status, 0);
+  const Outcome image =
+      box.run("config import vivid --ini edit.ini --out i.ini --image i.bin", "", "ulimit -f 1;");
+  EXPECT_NE(image.Err.find("i.ini"), std::string::npos) << image.Err;
+  for (const char* name : {"i.ini", "i.bin"}) EXPECT_FALSE(std::filesystem::exists(box.Folder / name));
 }

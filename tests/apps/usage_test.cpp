@@ -9,6 +9,8 @@ TEST(Usage, EachCommandSaysWhatItCannotTake) {
   const struct {
     std::string Arguments, Word;
   } cases[] = {{"", "subcommand"},
+               {"bogus", "bogus"},
+               {"raw bogus", "bogus"},
                {"status", "--model is required"},
                {"retrieve --model vivid --out ''", "--out"},
                {"retrieve --model vivid --out x --retries 0", "--retries"},

@@ -2,7 +2,9 @@
 
 #include "support/surroundings.h"
 #include "varden/VardenLogger.h"
+#include "varden/config_check.h"
 #include "varden/config_codec.h"
+#include "varden/config_text.h"
 #include "varden_support.h"
 
 namespace hy_wristlog {
@@ -154,6 +156,45 @@ TEST_F(ConfigText, ValuesAreReadOrRefused) {
     VardenLogger untouched;
     untouched.record = fullRecord();
     EXPECT_EQ(logger.fncConfigToString("="), untouched.fncConfigToString("="));
+  }
+}
+
+TEST_F(ConfigText, WhatALoggerWouldKeepOtherwiseIsRefused) {
+  logger.subWriteConfigToINIfile(folder / "config.ini");
+  const std::string content = contentOf(folder / "config.ini");
+  const auto kept = [](const std::string& asked, const std::string& stored) {
+    return "11503 KEY: of \"" + asked + "\" a logger would keep \"" + stored + "\"";
+  };
+  const std::string form = " is no date of the form MM-DD-YYYY Hh:Nn:Ss", early = "01-01-1900";
+  const struct {
+    std::string Key, Value, Raised;
+  } cases[] = {
+      {"Resets", " +15.0 ", ""},
+      {"Resets", "16", kept("16", "0")},
+      {"Epoch Length", "-5", kept("-5", "32763")},
+      {"Epoch Length", "60.6", kept("60.6", "61")},
+      {"Epoch Length", "0", "11503 KEY: an epoch has at least one second"},
+      {"Off Wrist On Threshold", "-1", kept("-1", "255")},
+      {"Red Light Calibration", "65536", "6 KEY: \"65536\": Overflow"},
+      {"Subject Identity", std::string(127, 'x'), ""},
+      {"Subject Identity", std::string(128, 'x'), kept(std::string(128, 'x'), std::string(127, 'x'))},
+      {"Subject Identity", "\u65E5", kept("\u65E5", "?")},
+      {"Time Zone Daylight Abbreviation", "ABCDEFG", kept("ABCDEFG", "ABC")},
+      {"Unused 2", "", ""},
+      {"Unused 2", "1e99999999999999", ""},
+      {"Unused 2", "000102030405060708", kept("000102030405060708", "0001020304050607")},
+      {"Time Zone Bias", "32768", "11503 KEY: \"32768\": Out of Bounds Offset Value"},
+      {"Button 2 Map", "77", "11503 KEY: \"77\": Invalid Button 1 Map"},
+      {"Battery Installed/Charged Date", early,
+       "11503 KEY: \"" + early + "\": Date is before 12/13/1901 8:45:52 PM"},
+      {"Acquisition Start Time", "13-01-9999", "13 Type mismatch: KEY: \"13-01-9999\"" + form},
+      {"Time Zone DST End", "12-31-9999 99:00:00", "13 Type mismatch: KEY: \"12-31-9999 99:00:00\"" + form}};
+  for (const auto& c : cases) {
+    IniFile file(content);
+    file.setValue(ConfigDataSection, c.Key, IniFile::quotedIfNeeded(c.Value));
+    std::string expected = c.Raised;
+    if (const auto key = expected.find("KEY"); key != std::string::npos) expected.replace(key, 3, c.Key);
+    EXPECT_EQ(raisedBy([&] { checkEditedConfig(file); }), expected) << c.Key << '=' << c.Value;
   }
 }
 

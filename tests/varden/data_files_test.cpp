@@ -221,14 +221,14 @@ TEST_F(DataFiles, NonsenseFilesAreRefused) {
                {heading, "13 Type mismatch: the raw data file ends before its line \"Address\""},
                {start, ""},
                {heading + "Address,Raw\n\n0,1\n\n0,\" 255 \"\n2", "1 255 2"},
-               {start + "0,1,2\r\n", "13 Type mismatch: \"1,2\" is no byte"},
-               {start + "\"0\",\"\"\r\n", "13 Type mismatch: \"\" is no byte"},
+               {start + "0,1,2\r\n", "13 Type mismatch: \"1,2\" is no byte in line 4"},
+               {start + "\"0\",\"\"\r\n", "13 Type mismatch: \"\" is no byte in line 4"},
                {start + "0,x" + std::string(99, 'x') + "\n",
-                "13 Type mismatch: \"" + std::string(40, 'x') + "\" is no byte"},
-               {start + "0,256\n", "6 Overflow: \"256\" is no byte"},
-               {start + "0,-1\n", "13 Type mismatch: \"-1\" is no byte"},
+                "13 Type mismatch: \"" + std::string(40, 'x') + "\" is no byte in line 4"},
+               {start + "0,256\n", "6 Overflow: \"256\" is no byte in line 4"},
+               {start + "0,-1\n", "13 Type mismatch: \"-1\" is no byte in line 4"},
                {start + "0,1" + std::string(999, '0') + "\n",
-                "6 Overflow: \"1" + std::string(39, '0') + "\" is no byte"}};
+                "6 Overflow: \"1" + std::string(39, '0') + "\" is no byte in line 4"}};
   for (const auto& c : cases) {
     boxes->Shown.clear();
     logger.record.RawData.reset();
@@ -238,6 +238,13 @@ TEST_F(DataFiles, NonsenseFilesAreRefused) {
     if (outcome.empty()) outcome = seriesText(*logger.record.RawData);
     EXPECT_EQ(outcome, c.Outcome) << c.Content;
   }
+  const std::string swapped =
+      start + "\"00000 (0)\",7\r\n\r\n2\r\n,3\r\n\"00004 (4)\",5\r\n\"00003 (3)\",4\r\n";
+  EXPECT_EQ(seriesText(readRawDump(swapped)), "7 2 3 5 4");
+  EXPECT_EQ(raisedBy([&] { readRawDump(swapped, 99, Addresses::Checked); }),
+            "13 Type mismatch: address 4 stands in line 8 where 3 belongs: lines are missing or not in their "
+            "order");
+
   logger.subReadRawDataFromFile(folder.put("nonsense", "x"));
   EXPECT_EQ(boxes->Shown,
             "[Incorrect file format] Incorrect file format. Please insure you have a raw data .csv "
