@@ -53,7 +53,8 @@ std::optional<std::string_view> IniFile::value(std::string_view section, std::st
 }
 
 bool IniFile::hasSections() const {
-  return std::any_of(lines_.begin(), lines_.end(), [](const auto& line) { return sectionName(line).has_value(); });
+  return std::any_of(lines_.begin(), lines_.end(),
+                     [](const auto& line) { return sectionName(line).has_value(); });
 }
 
 void IniFile::setValue(std::string_view section, std::string_view key, std::string_view value) {

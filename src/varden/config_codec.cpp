@@ -101,7 +101,8 @@ struct FieldWriter {
     std::copy_n(bytes.begin(), length, Sent.begin() + static_cast<std::ptrdiff_t>(offset - ConfigSentFrom));
   }
   void operator()(std::size_t offset, std::size_t, const std::array<std::uint8_t, 8>& field) const {
-    std::copy(field.begin(), field.end(), Sent.begin() + static_cast<std::ptrdiff_t>(offset - ConfigSentFrom));
+    std::copy(field.begin(), field.end(),
+              Sent.begin() + static_cast<std::ptrdiff_t>(offset - ConfigSentFrom));
   }
   template <class Number>
   requires std::is_integral_v<Number>
