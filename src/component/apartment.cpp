@@ -54,6 +54,8 @@ void Apartment::forget(Shell& shell) noexcept {
 }
 
 void Apartment::end(Shell& shell) noexcept {
+  shell.EndWaits = shell.Running != 0;
+  if (shell.EndWaits) return;
   if (hasReleased_.load(std::memory_order_acquire)) {
     // It may stand in the list, when it was found again after another thread had released it.
     const std::lock_guard lock(mutex_);
@@ -120,6 +122,7 @@ Shell* Apartment::findObject(const void* instance) {
   if (found == objects_.end()) return nullptr;
   const std::lock_guard lock(mutex_);
   ++found->second->References;
+  found->second->EndWaits = false;
   return found->second;
 }
 

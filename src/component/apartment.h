@@ -20,7 +20,7 @@ class Apartment {
   static std::shared_ptr<Apartment> shareHere();
 
   void add(Shell& shell);
-  /// On the own thread: the last reference has gone.
+  /// On the own thread: the last reference has gone. Calls that are inside the component end first.
   void end(Shell& shell) noexcept;
   std::uint32_t releaseFromElsewhere(Shell& shell) noexcept;
   /// Ends what other threads have released.

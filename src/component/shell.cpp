@@ -26,6 +26,18 @@ std::uint32_t release(Shell& shell) noexcept {
   return references - 1;
 }
 
+Hold::Hold(Shell& shell) noexcept : shell_(shell), holds_(addReference(shell) != 0) {
+  if (holds_) ++shell_.Running;
+}
+
+Hold::~Hold() {
+  if (!holds_) return;
+  if (--shell_.Running == 0 && shell_.EndWaits)
+    shell_.Home->end(shell_);
+  else
+    release(shell_);
+}
+
 Shell& makeShell(std::unique_ptr<Body> body, std::initializer_list<const void*> vtables) {
   std::shared_ptr<Apartment> home = Apartment::shareHere();
   Shell& shell = takeShell();

@@ -44,6 +44,9 @@ struct Shell {
   std::unique_ptr<Body> Content;    ///< none once the component or its thread has ended
   std::size_t Position = 0;         ///< among the shells of its home
   Shell* Next = nullptr;            ///< in the list of released ones
+  // For the own thread alone:
+  std::uint32_t Running = 0;  ///< calls that are inside the component
+  bool EndWaits = false;      ///< for the outermost of them: all references have gone
 
   HyUnknown* identity() { return Facets.data(); }
 };
@@ -73,16 +76,20 @@ Interface* facetAs(Shell& shell, int facet) {
       static_cast<HyUnknown*>(&shell.Facets[static_cast<std::size_t>(facet)]));
 }
 
-/// Holds a component during a call.
+/// Holds a component during a call on its own thread, also when its users give back more references than they
+/// have.
 class Hold {
  public:
-  explicit Hold(Shell& shell) : shell_(shell) { addReference(shell); }
+  explicit Hold(Shell& shell) noexcept;
   Hold(const Hold&) = delete;
   Hold& operator=(const Hold&) = delete;
-  ~Hold() { release(shell_); }
+  ~Hold();
+  /// False when the last reference has gone meanwhile.
+  explicit operator bool() const { return holds_; }
 
  private:
   Shell& shell_;
+  const bool holds_;
 };
 
 /// Lets no exception out.
@@ -107,6 +114,7 @@ HyResult call(Interface* self, Action&& action) noexcept {
   return guarded([&] {
     if (const HyResult refused = enter(shell); refused != HY_S_OK) return refused;
     const Hold hold(shell);
+    if (!hold) return static_cast<HyResult>(HY_RPC_E_DISCONNECTED);
     return static_cast<HyResult>(action(static_cast<BodyType&>(*shell.Content)));
   });
 }
