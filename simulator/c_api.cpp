@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "hy_wristlog/failure.h"
+#include "platform/work_under_way.h"
 #include "simulator/bench.h"
 
 namespace hy_wristlog::simulator {
@@ -214,7 +215,14 @@ Fault& faultOf(OpenBench& open, std::string_view name) {
   return *found;
 }
 
+/// A call that waits would go on in another world.
+void requireIdle(platform::Platform& world) {
+  const auto* work = world.objects().find<platform::WorkUnderWay>();
+  if (work != nullptr && work->Count > 0) refuse(HY_SIMULATOR_REFUSED, "a workflow is under way");
+}
+
 void close(const OpenBench& bench) {
+  requireIdle(platform::current());
   if (bench.Bench.Dock->isOpen()) refuse(HY_SIMULATOR_REFUSED, "a workflow is using the dock");
   Desk& own = desk();
   const bool inUse = bench.Number == own.Open.back().Number;
@@ -238,6 +246,7 @@ HySimulatorResult hySimulatorOpen(const char* model, const char* zone, int64_t b
   return guarded([&] {
     require(bench != nullptr, "there is no room for the bench's number");
     *bench = 0;
+    requireIdle(platform::current());
     Desk& own = desk();
     OpenBench made = make(textOf(model), worldOptions(zone, begins));
     made.Number = own.LastNumber + 1;

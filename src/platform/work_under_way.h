@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstdint>
+
+namespace hy_wristlog::platform {
+
+/// Among the objects of a world: the calls that wait in it. While there are any, the thread keeps its world.
+struct WorkUnderWay {
+  std::int32_t Count = 0;
+};
+
+}  // namespace hy_wristlog::platform
