@@ -9,7 +9,7 @@ from functools import lru_cache
 from typing import Any, Callable, ClassVar, Dict, Iterator, List, Optional, Set, Tuple, Type, TypeVar
 
 from . import _component
-from ._component import DIID_HOST_EVENTS, Connection, Dispatch
+from ._component import DIID_HOST_EVENTS, IID_DISPATCH, Connection, Dispatch
 from ._sinks import listen
 from ._values import Guid
 
@@ -116,6 +116,8 @@ class EventSource(Object):
 
     _events: ClassVar[Tuple[Guid, ...]]
     _raised: Optional[BaseException] = None
+    _held: Optional[Dispatch] = None
+    """The object during a call, also when a callback closes it."""
 
     def hear(self, events: Guid, event: int, values: List[Any]) -> None:
         """For the component: an event has come."""
@@ -140,6 +142,8 @@ class EventSource(Object):
     def _working(self) -> Iterator[None]:
         """A call during which events come. Within another one of the same object nothing is changed: the
         component refuses it."""
+        held = Dispatch(self._dispatch.query(IID_DISPATCH), self._numbers)
+        outer, self._held = self._held, held
         former, self._raised = self._raised, None
         connections: List[Connection] = []
         # Connected for the call alone: a sink that is left behind would be let go of when the thread or the
@@ -151,6 +155,8 @@ class EventSource(Object):
         finally:
             for connection in connections:
                 connection.disconnect()
+            self._held = outer
+            held.close()
             raised, self._raised = self._raised, former
             if raised is not None:
                 try:

@@ -20,7 +20,7 @@ from ._values import VT_BSTR, VT_BYREF, VT_I4, Guid, Variant, text_at
 
 _Pointer = ctypes.c_void_p
 _RESULT = ctypes.c_uint32
-_lock = threading.Lock()
+_lock = threading.RLock()
 
 
 class Hearer(Protocol):

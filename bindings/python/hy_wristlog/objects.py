@@ -386,4 +386,5 @@ class Main(Workflows):
         return code
 
     def _ask_for_abort(self) -> None:
-        self.AbortComms()
+        if self._held is not None:
+            self._held.call("AbortComms").clear()

@@ -41,6 +41,20 @@ def _seconds(duration: Duration) -> ctypes.c_double:
     return ctypes.c_double(duration.total_seconds() if isinstance(duration, timedelta) else duration)
 
 
+def _whole(kind: Any, value: int, what: str) -> Any:
+    """A number in a C type, which by itself would keep the lowest bits of any."""
+    made = kind(value)
+    if made.value != value:
+        raise ValueError(f"{what}: {value} is out of range")
+    return made
+
+
+def _text(words: str) -> bytes:
+    if "\0" in words:
+        raise ValueError("a text has no NUL inside")
+    return words.encode()
+
+
 class Bench:
     """A world of its own for the calling thread: simulated time, one dock, and a healthy logger in it. From
     here until `close()`, or the end of a `with` block, everything that this thread does with the library
@@ -61,7 +75,7 @@ class Bench:
         number = ctypes.c_int32()
         since = ctypes.c_int64(0 if begins is None else int(begins.timestamp()))
         result = self._library.hySimulatorOpen(
-            model.encode(), None if zone is None else zone.encode(), since, ctypes.byref(number)
+            _text(model), None if zone is None else _text(zone), since, ctypes.byref(number)
         )
         _check(self._library, result)
         self.model = model
@@ -98,12 +112,12 @@ class Bench:
 
     def set_up(self, mode: int = 1, epoch: int = 30) -> None:
         """Sets the logger up for a recording without the dock; `mode` is the logger's own number of it."""
-        self._call("hySimulatorSetUp", ctypes.c_int32(mode), ctypes.c_int32(epoch))
+        self._call("hySimulatorSetUp", _whole(ctypes.c_int32, mode, "mode"), _whole(ctypes.c_int32, epoch, "epoch"))
 
     def wear(self, duration: Duration, seed: int = 1) -> None:
         """Somebody takes the logger out of its dock, wears it, and puts it back. The same seed gives the same
         days."""
-        self._call("hySimulatorWear", _seconds(duration), ctypes.c_uint32(seed))
+        self._call("hySimulatorWear", _seconds(duration), _whole(ctypes.c_uint32, seed, "seed"))
 
     def advance(self, duration: Duration) -> None:
         """Lets time pass."""
@@ -112,17 +126,16 @@ class Bench:
     def act(self, deed: str) -> None:
         """What happens to the hardware: "pull out", "insert", "unplug", "plug", "power reset", "hold port",
         "free port", "lock up", "reconnect"."""
-        self._call("hySimulatorDo", deed.encode())
+        self._call("hySimulatorDo", _text(deed))
 
     def set_fault(self, name: str, skip: int = 0, times: int = 1) -> None:
         """Lets `skip` occurrences pass and spoils `times` of them; -1: all that follow. Any model: "lose echo",
         "alter echo", "delay echo", "lose to pc", "lose to logger", "alter to pc", "alter to logger", "silent";
         Vivid and Kestrin 2: "bad line checksum", "ignore command", "refuse clock", "misstore config",
         "bad config checksum"."""
-        self._call("hySimulatorSetFault", name.encode(), ctypes.c_int32(skip), ctypes.c_int32(times))
+        skipped, struck = _whole(ctypes.c_int32, skip, "skip"), _whole(ctypes.c_int32, times, "times")
+        self._call("hySimulatorSetFault", _text(name), skipped, struck)
 
     def after_bytes(self, count: int, deed: str) -> None:
         """Once so many more bytes have passed the line: "cut", "pull out", "unplug"."""
-        if count < 0:
-            raise ValueError("a number of bytes is 0 or more")
-        self._call("hySimulatorAfterBytes", ctypes.c_uint64(count), deed.encode())
+        self._call("hySimulatorAfterBytes", _whole(ctypes.c_uint64, count, "count"), _text(deed))

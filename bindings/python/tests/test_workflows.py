@@ -214,7 +214,8 @@ class Events(BenchCase):
             seen: List[Any] = []
 
             def nested() -> None:
-                for use in (lambda: main.GetStatus(VIVID), lambda: main.Version, self.bench.close):
+                tries = (lambda: main.GetStatus(VIVID), lambda: main.Version, self.bench.close, Bench)
+                for use in tries:
                     try:
                         seen.append(use())
                     except (HyWristlogError, SimulatorError) as failure:
@@ -224,7 +225,7 @@ class Events(BenchCase):
             self.assertEqual(main.Retrieve(VIVID).code, 0)
             self.assertEqual((type(seen[0]), seen[0].number), (HyWristlogError, 5))
             self.assertEqual(seen[1], main.Version)
-            self.assertIsInstance(seen[2], SimulatorError)
+            self.assertEqual([type(refused) for refused in seen[2:]], [SimulatorError] * 2)
             self.assertEqual(other.GetStatus(VIVID).code, 0)
 
     def test_an_object_may_be_closed_inside_its_event(self) -> None:
@@ -232,6 +233,17 @@ class Events(BenchCase):
         main.on_wait = self.after(50, main.close)
         self.assertEqual(main.Retrieve(VIVID).code, 0)
         self.assertTrue(main.closed)
+
+        def close_and_fail() -> None:
+            main.close()
+            raise LookupError
+
+        main = Main()
+        main.on_wait = self.after(5, close_and_fail)
+        before = self.bench.elapsed
+        with self.assertRaises(LookupError):
+            main.Retrieve(VIVID)
+        self.assertLess(self.bench.elapsed - before, 10, "it is aborted all the same")
 
     def test_interrupt(self) -> None:
         def interrupt() -> None:
@@ -286,6 +298,13 @@ class Simulator(unittest.TestCase):
                     lambda: bench.set_fault("lose echo", 0, -2),
                     lambda: bench.after_bytes(-1, "cut"),
                     lambda: bench.after_bytes(2**50, "cut"),
+                    lambda: bench.after_bytes(2**64 + 1, "cut"),
+                    lambda: bench.set_fault("lose echo", 2**32),
+                    lambda: bench.set_fault("lose echo\0"),
+                    lambda: bench.set_up(2**32 + 1, 30),
+                    lambda: bench.wear(1, 2**32),
+                    lambda: bench.act("unplug\0"),
+                    lambda: Bench("vivid\0"),
                     lambda: bench.set_up(1, 7),
                 ):
                     if model.startswith("pendrel") or wrong.__code__.co_consts[-1] != 7:
