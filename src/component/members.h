@@ -52,7 +52,10 @@ struct Member {
   std::size_t Required = 0;
   bool Workflow = false;  ///< does not run inside another one of the same object
 
+  /// What changes nothing goes first when there is a choice.
   const Operation* find(std::uint16_t kinds) const {
+    if ((kinds & HY_DISPATCH_PROPERTYGET) && kinds != HY_DISPATCH_PROPERTYGET)
+      if (const Operation* reads = find(HY_DISPATCH_PROPERTYGET)) return reads;
     for (const Operation& operation : Operations)
       if (operation.Kind & kinds) return &operation;
     return nullptr;
