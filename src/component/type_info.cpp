@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "component/class_factory.h"
 #include "component/function_description.h"
@@ -28,9 +29,10 @@ struct Info : Permanent<HyTypeInfo> {
   const char* Prefix = "";  ///< to the name
   const char* Name = nullptr;
   HyGuid Id{};
-  std::span<const Member> Members;          ///< of an interface or event set
-  const ClassTable* Class = nullptr;        ///< of a class
-  std::uint32_t Parts[2]{}, PartCount = 0;  ///< of a class: references to its interface and event set
+  std::span<const Member> Members;    ///< of an interface or event set
+  const ClassTable* Class = nullptr;  ///< of a class
+  /// References: of a class to its interface and event set, of these to the plain dispatch interface.
+  std::uint32_t Parts[2]{}, PartCount = 0;
 };
 
 /// All there are; a reference to one is its place, from 1. Never taken down, since hosts may hold a
@@ -132,8 +134,13 @@ HyResult getNames(HyTypeInfo* self, std::int32_t number, HyString* names, std::u
   return withInfo(self, [&](const Info& info) {
     const Member* member = memberOf(info, number);
     if (member == nullptr) return HY_TYPE_E_ELEMENTNOTFOUND;
-    for (; *count < room && *count <= member->Parameters.size(); ++*count)
-      names[*count] = newString(*count == 0 ? member->Name : member->Parameters[*count - 1].Name);
+    try {
+      for (; *count < room && *count <= member->Parameters.size(); ++*count)
+        names[*count] = newString(*count == 0 ? member->Name : member->Parameters[*count - 1].Name);
+    } catch (...) {
+      while (*count > 0) hyStringFree(std::exchange(names[--*count], nullptr));
+      throw;
+    }
     return HY_S_OK;
   });
 }
@@ -153,7 +160,9 @@ HyResult getImplTypeFlags(HyTypeInfo* self, std::uint32_t index, std::int32_t* f
   *flags = 0;
   return withInfo(self, [&](const Info& info) {
     if (index >= info.PartCount) return HY_TYPE_E_ELEMENTNOTFOUND;
-    *flags = index == 0 ? HY_IMPLTYPEFLAG_FDEFAULT : HY_IMPLTYPEFLAG_FDEFAULT | HY_IMPLTYPEFLAG_FSOURCE;
+    *flags = info.Class == nullptr ? 0
+             : index == 0          ? HY_IMPLTYPEFLAG_FDEFAULT
+                                   : HY_IMPLTYPEFLAG_FDEFAULT | HY_IMPLTYPEFLAG_FSOURCE;
     return HY_S_OK;
   });
 }
@@ -273,6 +282,11 @@ Catalogue::Catalogue() {
     Info& info = All[2 * i + 1];
     info.Parts[info.PartCount++] = Count;
   }
+  Info& plain = All[Count++];
+  plain.Name = "HyDispatch";
+  plain.Id = HY_IID_DISPATCH;
+  for (Info& info : All)
+    if (!info.Members.empty()) info.Parts[info.PartCount++] = Count;
   for (Info& info : All) info.lpVtbl = &TypeInfoVtable;
 }
 

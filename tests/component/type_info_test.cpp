@@ -141,6 +141,13 @@ TEST(TypeInfo, LeadsFromAClassToItsInterfaceAndEvents) {
                                                "1 CommProgress(8* 3 ProgressText, ) 24",
                                                "1 AbortAcknowledged() 24"};
       EXPECT_EQ(functionsOf(described.get()) == events, part == 1);
+      Ref<HyTypeInfo> base;
+      EXPECT_EQ(described->GetImplTypeFlags(described.get(), 0, &flags), HY_S_OK);
+      EXPECT_EQ(flags, 0);
+      EXPECT_EQ(described->GetRefTypeOfImplType(described.get(), 0, &reference), HY_S_OK);
+      ASSERT_EQ(described->GetRefTypeInfo(described.get(), reference, base.receive()), HY_S_OK);
+      EXPECT_TRUE(same(idOfInfo(base.get()), HY_IID_DISPATCH));
+      EXPECT_EQ(base->GetRefTypeOfImplType(base.get(), 0, &reference), HY_TYPE_E_ELEMENTNOTFOUND);
     }
     uint32_t reference = 0;
     EXPECT_EQ(info->GetRefTypeOfImplType(info.get(), attributes->cImplTypes, &reference),
