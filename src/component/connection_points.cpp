@@ -105,7 +105,9 @@ HyResult enumConnections(HyConnectionPoint* self, HyEnumConnections** connection
   if (connections == nullptr) return HY_E_POINTER;
   *connections = nullptr;
   return call<PointBody>(self, [&](const PointBody& point) {
-    *connections = Connections::make(point.Sinks->connections());
+    auto listed = std::make_shared<Listed<ConnectionItems>>();
+    listed->All = point.Sinks->connections();
+    *connections = Connections::make(std::move(listed));
     return HY_S_OK;
   });
 }
@@ -133,9 +135,11 @@ HyResult enumConnectionPoints(HyConnectionPointContainer* self, HyEnumConnection
   if (points == nullptr) return HY_E_POINTER;
   *points = nullptr;
   return call<ObjectBody>(self, [&](ObjectBody& object) {
-    std::vector<HyConnectionPoint*> all(object.Points.size());
-    for (std::size_t i = 0; i < all.size(); ++i) all[i] = givePoint(shellOf(self), object, i);
-    *points = Points::make(std::move(all));
+    auto listed = std::make_shared<Listed<PointItems>>();
+    listed->All.reserve(object.Points.size());
+    for (std::size_t i = 0; i < object.Points.size(); ++i)
+      listed->All.push_back(givePoint(shellOf(self), object, i));
+    *points = Points::make(std::move(listed));
     return HY_S_OK;
   });
 }

@@ -11,6 +11,7 @@
 #include "component/vtables.h"
 #include "hy_wristlog/failure.h"
 #include "platform/platform.h"
+#include "platform/work_under_way.h"
 
 namespace hy_wristlog::component {
 namespace {
@@ -48,11 +49,13 @@ HyResult getIdsOfNames(HyDispatch* self, const HyGuid* reserved, std::uint16_t**
 
 void describe(const Failure& failure, HyExcepInfo* exception) {
   if (exception == nullptr) return;
+  const auto freeString = [](std::uint16_t* string) { hyStringFree(string); };
+  std::unique_ptr<std::uint16_t, decltype(freeString)> source(newString(failure.Source), freeString);
   exception->scode = failure.Number >= 1 && failure.Number <= MostFailureNumber
                          ? HY_FAILURE_BASE + failure.Number
                          : failure.Number;
-  exception->bstrSource = newString(failure.Source);
   exception->bstrDescription = newString(failure.Description);
+  exception->bstrSource = source.release();
 }
 
 /// An object inside a workflow; its host is asked to serve its events when others are served.
@@ -60,13 +63,16 @@ class Work final : platform::EventSource {
  public:
   explicit Work(ObjectBody& object) : object_(object) {
     if (object.Working) fault::raise(fault::InvalidCall);
+    std::int32_t& underWay = world_->objects().get<platform::WorkUnderWay>().Count;
     world_->addEventSource(*this);
     object.Working = true;
+    ++underWay;
   }
   Work(const Work&) = delete;
   Work& operator=(const Work&) = delete;
   ~Work() {
     object_.Working = false;
+    --world_->objects().get<platform::WorkUnderWay>().Count;
     world_->removeEventSource(*this);
   }
 

@@ -11,16 +11,16 @@
 
 namespace hy_wristlog::component {
 
-/// What an enumerator and its clones go through. Holds the items.
+/// What an enumerator and its clones go through. Has a reference to each item.
 template <class Items>
 struct Listed {
-  explicit Listed(std::vector<typename Items::Item> items) : All(std::move(items)) {}
+  Listed() = default;
   Listed(const Listed&) = delete;
   Listed& operator=(const Listed&) = delete;
   ~Listed() {
     for (const auto& item : All) Items::drop(item);
   }
-  const std::vector<typename Items::Item> All;
+  std::vector<typename Items::Item> All;
 };
 
 /// An enumerator over what there was when it was made.
@@ -29,9 +29,9 @@ class Enumerator final : public Body {
  public:
   using Item = typename Items::Item;
 
-  /// Takes over the items' references.
-  static Interface* make(std::vector<Item> items) {
-    return make(std::make_shared<Listed<Items>>(std::move(items)), 0);
+  static Interface* make(std::shared_ptr<Listed<Items>> listed, std::size_t next = 0) {
+    return facetAs<Interface>(makeShell(std::make_unique<Enumerator>(std::move(listed), next), {&Functions}),
+                              0);
   }
 
   Enumerator(std::shared_ptr<Listed<Items>> listed, std::size_t next)
@@ -42,11 +42,6 @@ class Enumerator final : public Body {
   }
 
  private:
-  static Interface* make(std::shared_ptr<Listed<Items>> listed, std::size_t next) {
-    return facetAs<Interface>(makeShell(std::make_unique<Enumerator>(std::move(listed), next), {&Functions}),
-                              0);
-  }
-
   static HyResult next(Interface* self, std::uint32_t count, Item* items, std::uint32_t* fetched) noexcept {
     if (fetched != nullptr) *fetched = 0;
     if (items == nullptr || (fetched == nullptr && count != 1)) return HY_E_POINTER;

@@ -128,10 +128,11 @@ std::vector<HyConnectData> SinkList::connections() const {
 
 void SinkList::tell(std::int32_t event, HyVariant* arguments, std::uint32_t count) {
   const std::vector<Connection> present = connections_;
+  std::vector<HyVariant> own(count);
   for (const auto& [cookie, sink] : present) sink->lpVtbl->AddRef(sink);
   for (const auto& [cookie, sink] : present) {
     if (isConnected(cookie)) {
-      std::vector<HyVariant> own(arguments, arguments + count);
+      std::copy_n(arguments, count, own.begin());
       HyDispParams params{own.data(), nullptr, count, 0};
       const auto tellOne = [&, target = sink] {
         return target->lpVtbl->Invoke(target, event, &HY_GUID_NULL, 0, HY_DISPATCH_METHOD, &params, nullptr,
