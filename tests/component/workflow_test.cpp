@@ -225,6 +225,9 @@ TEST(Workflows, BadArgumentsAreRefusedAndBlamed) {
   EXPECT_EQ(raw(id, &HY_GUID_NULL, 0, &params), HY_E_INVALIDARG);
   EXPECT_EQ(raw(id, &HY_GUID_NULL, 0x20, &params), HY_E_INVALIDARG);
   EXPECT_EQ(raw(id, &HY_GUID_NULL, HY_DISPATCH_PROPERTYPUTREF, &params), HY_DISP_E_MEMBERNOTFOUND);
+  const int32_t retries = idOf(main, "MaxCommunicationRetries");
+  const auto both = static_cast<uint16_t>(HY_DISPATCH_PROPERTYGET | HY_DISPATCH_PROPERTYPUT);
+  EXPECT_EQ(raw(retries, &HY_GUID_NULL, both, &params), HY_S_OK) << "reading goes before";
   HyVariant value = number(3);
   HyDispParams unnamed{&value, nullptr, 1, 0};
   EXPECT_EQ(raw(idOf(main, "MaxCommunicationRetries"), &HY_GUID_NULL, 4, &unnamed), HY_DISP_E_PARAMNOTFOUND);
@@ -289,6 +292,28 @@ TEST(Events, AHostIsServedAndMayAbort) {
   EXPECT_EQ(desk.retrieve(data, subject, verdict).Answer.lVal, 0);
   EXPECT_EQ(host.Told[HY_EVENT_SERVE_EVENTS], before);
   EXPECT_EQ(host.References, 1U);
+}
+
+TEST(Events, AnObjectThatIsReleasedTooOftenOutlivesItsWorkflow) {
+  Desk desk;
+  desk.record();
+  Sink host(HY_DIID_HOST_EVENTS);
+  connect(desk.main.get(), HY_DIID_HOST_EVENTS, host);
+  HyDispatch* const main = desk.main.leave();
+  host.Does = [&](int32_t event, HyDispParams&) {
+    if (event == HY_EVENT_SERVE_EVENTS && host.Told[event] == 20) {
+      for (int times = 0; times < 6; ++times) main->lpVtbl->Release(main);
+      EXPECT_EQ(invoke(main, 1, HY_DISPATCH_PROPERTYGET, {}).Result, HY_RPC_E_DISCONNECTED);
+    }
+    return HY_S_OK;
+  };
+  Value data, subject = newSubject(), verdict;
+  EXPECT_EQ(callMethod(main, "AbortComms").Result, HY_S_OK);
+  const int32_t retrieve = idOf(main, "Retrieve");
+  HyVariant reversed[] = {byRef(&verdict), byRef(&subject), byRef(&data), number(Vivid)};
+  EXPECT_EQ(invoke(main, retrieve, HY_DISPATCH_METHOD, {reversed, nullptr, 4, 0}).Answer.lVal, 0);
+  EXPECT_EQ(host.References, 1U) << "the object has ended with its workflow";
+  EXPECT_EQ(main->lpVtbl->AddRef(main), 0U);
 }
 
 /// What a sink does inside its first event must not keep the others from theirs, nor break the workflow.
