@@ -27,10 +27,11 @@ HY_SIMULATOR_API const char* hySimulatorLastError(void);
 /// Puts a new bench in the place of the calling thread's world. `model` is "vivid", "kestrin2", or a Pendrel
 /// logger: "pendrel13" (no checksums), "pendrel14" or "pendrel27" (steps). `zone` is the machine's zone by
 /// its catalogue key, null for "Eastern Standard Time"; `begins` the UTC time in seconds since 1970, 0 for 2
-/// March 2026, 14:00, otherwise a moment of the years 1971 to 2037.
+/// March 2026, 14:00, otherwise a moment of the years 1971 to 2037. Refused inside a workflow.
 HY_SIMULATOR_API HySimulatorResult hySimulatorOpen(const char* model, const char* zone, int64_t begins,
                                                    int32_t* bench);
-/// Ends a bench. The thread goes back to the bench that it opened before, or to the machine.
+/// Ends a bench. The thread goes back to the bench that it opened before, or to the machine. Refused inside a
+/// workflow.
 HY_SIMULATOR_API HySimulatorResult hySimulatorClose(int32_t bench);
 
 /// Sets the logger up as a PC would, without the dock: `mode` is the logger's own number of it (1 activity, 3

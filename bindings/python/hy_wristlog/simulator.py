@@ -63,7 +63,7 @@ class Bench:
     `model` is one of MODELS; `zone` the machine's zone by its catalogue key, such as "Eastern Standard Time";
     `begins` the moment at which the world begins: aware, of the years 1971 to 2037.
 
-    Raises ValueError for what is not known, LibraryNotFoundError.
+    Raises ValueError for what is not known, SimulatorError inside a workflow, LibraryNotFoundError.
     """
 
     def __init__(
