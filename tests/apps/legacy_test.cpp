@@ -87,7 +87,8 @@ TEST(Legacy, EachCommandSaysWhatCameOfIt) {
       {"export-krc --simulate pendrel27 out.krc", 0, "Written to out.krc.\n", ""},
       {"export-krc --simulate pendrel27 out.krc", 1, "", "out.krc exists"},
       {"export-krc --simulate pendrel27 --force out.krc", 0, "Written to out.krc.\n", ""},
-      {"export-krc --simulate pendrel27 .out/out.krc", 1, "", "Code 10002: "},
+      {"export-krc --simulate pendrel27 .out/out.krc", 1, "", "(failure 76)"},
+      {"export-krc --simulate pendrel27 --force .", 1, "", "(failure 75)"},
       {"status", 1, "", "Code 10001: No port is remembered"},
       {"find-port", 1, "", "Code 10003: "},
       {"retrieve --out none --port 50", 1, "", "Code 10008: There is no COM50"},
@@ -95,11 +96,15 @@ TEST(Legacy, EachCommandSaysWhatCameOfIt) {
       {"status --port 0", 2, "", ""},
       {"status --port 1 --search", 2, "", "excludes"},
       {"status --simulate vivid", 2, "", ""},
-      {"battery-date --simulate pendrel14 2031-01-01", 2, "", "1930 to 2029"},
+      {"battery-date --simulate pendrel14 2031-01-01", 2, "", "1930-01-01 to 2029-12-31"},
+      {"battery-date --simulate pendrel14 2026-02-01T10:00", 2, "", "is no day"},
       {"battery-date --simulate pendrel14 2026-02-30", 2, "", ""},
       {"configure --simulate pendrel14 --mode 3 --epoch 15", 2, "", ""},
       {"configure --simulate pendrel14 --mode 1 --epoch 120", 2, "", ""},
       {"configure --simulate pendrel14 --mode 1 --epoch 15 --identity 123456789012345678901234", 2, "", ""},
+      {"configure --simulate pendrel14 --mode 1 --epoch 15 --height 6553.6", 2, "", "from 0 to 6553.5"},
+      {"configure --simulate pendrel14 --mode 1 --epoch 15 --dob 1850-01-01", 2, "", "1899-12-30"},
+      {"configure --simulate pendrel14 --mode 1 --epoch 15 --guid 12", 2, "", "32 hexadecimal digits"},
       {"export-krc --simulate pendrel14 folder/", 2, "", "names no file"},
       {"", 2, "", ""}};
   for (const auto& each : cases) {
@@ -123,7 +128,8 @@ TEST(Legacy, JsonIsOneDocumentWhateverHappens) {
        "return_code return_code_meaning com_port model device_type memory_size_kb max_bytes_used "
        "max_recording_days problems logger setup_text "},
       {"configure --simulate pendrel27 --mode 2 --epoch 30",
-       "return_code return_code_meaning battery_life_remaining device_serial_number start_time_local "},
+       "return_code return_code_meaning battery_life_remaining device_serial_number start_time_local "
+       "records_steps "},
       {"battery-date --simulate pendrel27",
        "return_code return_code_meaning battery_date battery_life_remaining "},
       {"export-krc --simulate pendrel27 out.krc", "return_code return_code_meaning file "},
