@@ -276,6 +276,8 @@ std::int32_t Class_Main::Configure(enmLoggerPointer LoggerType, enmVardenLogging
                                    std::int32_t DataCollectionLocalEndTime, enmDateFormat DateFormat,
                                    enmTimeFormat TimeFormat, float* BatteryLifeRemaining,
                                    std::string* DeviceSerialNumber) {
+  const WorkMark mark(*state_);
+  if (!mark.mayBegin()) return fault::InvalidCall;
   const ConfigureRequest request{LoggerType,
                                  AcquisitionMode,
                                  EpochLength,

@@ -23,12 +23,29 @@ struct MainState {
   std::int16_t LegacyProgressPercent = 0;
   std::int32_t LegacyBytesRead = 0;  ///< of the memory, by the last retrieval
   std::int16_t MaxCommunicationRetries = 1;
+  bool AtWork = false;  ///< inside Configure, GetStatus or Retrieve
 
   VardenLogger& logger() { return ActiveLogger->inside(); }
   Pendrel& pendrel() { return LegacyLogger->inside(); }
   void follow(std::shared_ptr<LoggerEvents> follower);
   /// Puts a new logger in the place of the last one and shows it to the host.
   void makeActiveLogger();
+};
+
+/// Marks a workflow's time. A host that is served in it may ask for another one, which would put a new logger
+/// in the place of the one at work: that one must not begin.
+class WorkMark {
+ public:
+  explicit WorkMark(MainState& state) : state_(state), mayBegin_(!state.AtWork) { state.AtWork = true; }
+  WorkMark(const WorkMark&) = delete;
+  WorkMark& operator=(const WorkMark&) = delete;
+  ~WorkMark() { state_.AtWork = !mayBegin_; }
+
+  bool mayBegin() const { return mayBegin_; }
+
+ private:
+  MainState& state_;
+  bool mayBegin_;
 };
 
 /// A docked model as the workflows see it.

@@ -2,6 +2,7 @@
 #include <string>
 
 #include "base/dates.h"
+#include "base/faults.h"
 #include "base/formats.h"
 #include "errors/GlobalState.h"
 #include "errors/Procedure.h"
@@ -219,6 +220,8 @@ class Inquiry {
 std::int32_t Class_Main::GetStatus(enmLoggerPointer LoggerType, std::string& SimpleStatus,
                                    std::string& LongStatus, std::shared_ptr<Class_VardenLogger>& KestrinData,
                                    std::shared_ptr<Class_Subject>& Subject, float* BatteryLifeRemaining) {
+  const WorkMark mark(*state_);
+  if (!mark.mayBegin()) return fault::InvalidCall;
   std::int32_t code = ReturnCode::Success;
   Procedure procedure{"Class_Main", "GetStatus", ProcedureKind::Command};
   std::optional<Inquiry> inquiry;

@@ -157,5 +157,24 @@ TEST(Interruption, AnAbortAtAnyRound) {
   }
 }
 
+TEST(Interruption, AWorkflowInsideAWorkflowIsRefused) {
+  const Undisturbed good(LggrPntr_KRVivid);
+  const auto desk = shortRecording(LggrPntr_KRVivid);
+  std::shared_ptr<Class_VardenLogger> data;
+  auto subject = std::make_shared<Class_Subject>();
+  enmDecodeResult verdict = Decode_OK;
+  std::string simple, words;
+  desk->host->EachRound = [&] {
+    EXPECT_EQ(desk->main->GetStatus(LggrPntr_KRVivid, simple, words, data, subject), 5);
+    EXPECT_EQ(desk->main->Retrieve(LggrPntr_KRVivid, data, subject, verdict), 5);
+    EXPECT_EQ(desk->main->Configure(LggrPntr_KRVivid, VardenMode_ActivityOnly, 30, *subject), 5);
+  };
+  EXPECT_EQ(desk->retrieve(), 0);
+  EXPECT_GT(desk->host->Rounds, 10);
+  EXPECT_EQ(data, nullptr);
+  desk->host->EachRound = nullptr;
+  expectNothingLost(*desk, good);
+}
+
 }  // namespace
 }  // namespace hy_wristlog::workbench

@@ -35,9 +35,11 @@ inline BenchOptions optionsOf(enmLoggerPointer model, const char* firmware = nul
 struct WatchingHost : Host {
   Class_Main* Main = nullptr;
   std::int32_t Rounds = 0, AbortIn = -1, Downloaded = 0;
+  std::function<void()> EachRound;
   void downloadProgress(std::int32_t bytesSoFar, std::int32_t) override { Downloaded = bytesSoFar; }
   void serveEvents() override {
     if (++Rounds == AbortIn) Main->AbortComms();
+    if (EachRound) EachRound();
   }
 };
 
