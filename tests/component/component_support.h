@@ -5,14 +5,27 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "hy_wristlog/component.h"
+#include "platform/platform.h"
+#include "simulator/simulated_world.h"
 
 /// A host of the component, as one would write it over the C header.
 namespace hy_wristlog::host {
+
+/// The tests' thread works in a simulated world from first to last, so that no key, log or setting of the
+/// machine's user is touched.
+class SimulatedSurroundings : public testing::Environment {
+ public:
+  void SetUp() override { platform::use(std::make_shared<simulator::SimulatedWorld>()); }
+  void TearDown() override { platform::use(nullptr); }
+};
+[[maybe_unused]] inline testing::Environment* const surroundings =
+    testing::AddGlobalTestEnvironment(new SimulatedSurroundings);
 
 inline std::u16string wide(const std::string& ascii) { return {ascii.begin(), ascii.end()}; }
 inline HyString newString(const std::u16string& text) {
