@@ -99,15 +99,15 @@ class VardenLogger : public LoggerLink {
   enmDecodeResult fncDecodeDataArrays(bool& LowBatteryDetected, const std::optional<ByteArray>& RawBytes,
                                       bool DiagnosticDecode);
 
-  // Files for engineers: data_files_*.cpp. A file is replaced whole; it is left as it was, with a message box,
-  // when there are no raw data, and after a failure: 53 to 76 when the system refuses, and each one's own.
-  // A failed report leaves what was composed so far where no file stood. 75 is passed on: the library's usual
-  // answer to it is to leave quietly, as if the file had been written.
+  // Files for engineers: data_files_*.cpp. A file is replaced whole; it is left as it was, with a message
+  // box, when there are no raw data, and after a failure: 53 to 76 when the system refuses, and each one's
+  // own. A failed report leaves what was composed so far where no file stood. 75 is passed on: the library's
+  // usual answer to it is to leave quietly, as if the file had been written.
 
   /// One byte a line, behind the facts of the configuration.
   void subSaveRawDataToFile(std::string_view path);
-  /// The same back into RawData and BytesUsed; the configuration stays. A message box, and nothing read, for a
-  /// file without the heading. Raises 13, 6 and 9 as `readRawDump`, 53 to 76 when there is no reading it.
+  /// The same back into RawData and BytesUsed; the configuration stays. A message box, and nothing read, for
+  /// a file without the heading. Raises 13, 6 and 9 as `readRawDump`, 53 to 76 when there is no reading it.
   void subReadRawDataFromFile(std::string_view path);
   /// Decodes diagnostically, tells the result and a low battery in message boxes, and writes a row an epoch
   /// and the events. Raises what decoding raises; 11502 and 11503 for a device or mode without columns.
@@ -124,9 +124,10 @@ class VardenLogger : public LoggerLink {
   /// Every value under its label, and the block as it was read. Other lines of the file stay. Raises 5 for a
   /// text with line breaks and dates outside the years 100 to 9999, and 53 to 76.
   void subWriteConfigToINIfile(std::string_view path);
-  /// Takes the section "Config Data" into the record; what is derived from it (subject, zone) stays. A missing
-  /// key counts as 0, as 1 for the epoch, "UNK" for an abbreviation, and leaves a date. Raises 13 for a value
-  /// that is no number, date or hexadecimal text and 6 for one beyond its field, with the record unchanged.
+  /// Takes the section "Config Data" into the record; what is derived from it (subject, zone) stays. A
+  /// missing key counts as 0, as 1 for the epoch, "UNK" for an abbreviation, and leaves a date. Raises 13 for
+  /// a value that is no number, date or hexadecimal text and 6 for one beyond its field, with the record
+  /// unchanged.
   void subReadConfigFromINIfile(std::string_view path);
   /// The 256 bytes that would be sent. Raises what encoding raises, and 53 to 76.
   void subWriteConfigToBINfile(std::string_view path);

@@ -137,7 +137,7 @@ TEST(Recording, DamagedFilesAreNamed) {
       {"empty", "good/raw.bin", 11503, "empty"},       {"words.ini", "good/raw.bin", 11503, "words.ini"},
       {"cut.ini", "good/raw.bin", 11505, "cut.ini"},   {"flipped.ini", "good/raw.bin", 11505, "flipped.ini"},
       {"good/config.ini", "none.bin", 53, "none.bin"}, {"good/config.ini", "/dev/zero", 75, "/dev/zero"},
-      {"good/config.ini", "above.csv", 6, "256"},     {"good/config.ini", "short.csv", 13, "Address"}};
+      {"good/config.ini", "above.csv", 6, "256"},      {"good/config.ini", "short.csv", 13, "Address"}};
   for (const auto& each : cases) {
     SCOPED_TRACE(each.Config + " " + each.Raw);
     const Outcome outcome =

@@ -178,8 +178,7 @@ TEST(Commands, SettingsThatCannotBeReadAreTriedOnceMoreAfterAReset) {
   const std::tuple<void (*)(simulator::LoggerFaults&), std::string, Lines> cases[] = {
       {[](auto& faults) { faults.BadConfigChecksum = simulator::once(); }, "", all},
       {[](auto& faults) { faults.BadConfigChecksum = simulator::always(); },
-       "11505 Class_VardenLogger.fncReadVardenConfig: Logger configuration CRC verification failed",
-       reset},
+       "11505 Class_VardenLogger.fncReadVardenConfig: Logger configuration CRC verification failed", reset},
       {[](auto& faults) { faults.Transfer.CancelPacket = simulator::once(); }, "", all}};
   for (const auto& [spoil, expected, commands] : cases) {
     Session session{simulator::vividBenchOptions()};
