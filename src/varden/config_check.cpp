@@ -70,7 +70,9 @@ void checkEditedConfig(const IniFile& file) {
       checkValue(label, asked);
     } catch (const Failure& failure) {
       if (failure.Description.find(label + ": ") != std::string::npos) throw;
-      throw Failure(failure.Number, failure.Source, label + ": \"" + asked + "\": " + failure.Description);
+      throw Failure(
+          failure.Number, failure.Source,
+          std::string(label).append(": \"").append(asked).append("\": ").append(failure.Description));
     }
   }
 }

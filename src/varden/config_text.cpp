@@ -1,6 +1,7 @@
 #include "varden/config_text.h"
 
 #include <cstdint>
+#include <initializer_list>
 #include <limits>
 #include <optional>
 #include <type_traits>
@@ -126,7 +127,7 @@ std::optional<double> parseDate(std::string_view text) {
   }
   // A day that does not exist has become another one, and a separator may be any character.
   const std::string back = formatDate(date, text.size() == DayPattern.size() ? DayPattern : MomentPattern);
-  for (const std::size_t from : {0, 3, 6, 11, 14, 17})
+  for (const std::size_t from : std::initializer_list<std::size_t>{0, 3, 6, 11, 14, 17})
     if (from < back.size() && back.substr(from, 2) != text.substr(from, 2)) return std::nullopt;
   return date;
 }

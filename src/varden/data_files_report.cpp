@@ -171,6 +171,7 @@ void addRows(DataFile& file, const VardenRecord& record, const std::vector<Colum
   const DateFormat date(globals().ShortDateTimeFormat);
   const std::vector<Cells> cells = [&] {
     std::vector<Cells> made;
+    made.reserve(columns.size());
     for (const Column& column : columns) made.emplace_back(column, record);
     return made;
   }();

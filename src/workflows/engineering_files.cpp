@@ -171,7 +171,10 @@ void checkOutput(const std::string& named, bool overwrite, const std::vector<std
   for (const std::string& input : inputs)
     if (isSameFile(path, nativePath(input)))
       throw Failure(fault::InvalidCall, "engineering.checkOutput",
-                    path + " cannot be written: this command needs " + input + ", the same file");
+                    std::string(path)
+                        .append(" cannot be written: this command needs ")
+                        .append(input)
+                        .append(", the same file"));
   const platform::FileKind kind =
       withFileFaults(path, [&] { return platform::current().files().state(path).Kind; });
   if (kind != platform::FileKind::Missing && kind != platform::FileKind::File)

@@ -141,7 +141,7 @@ LinuxKeyContainer::~LinuxKeyContainer() { forgetContent(); }
 void LinuxKeyContainer::forgetContent() {
   if (!content_) return;
   OPENSSL_cleanse(content_->data(), content_->size());
-  content_->clear();
+  content_->clear();  // NOLINT(clang-analyzer-cplusplus.InnerPointer): its characters are not used behind it
 }
 
 void LinuxKeyContainer::remove(const std::string& file) {
