@@ -294,7 +294,7 @@ class Dispatch(Interface):
 def create(class_id: Guid, numbers: Optional[Dict[str, int]] = None) -> Dispatch:
     """A new object of a class, of the calling thread."""
     found = _Pointer()
-    get_class_object = _library.library().DllGetClassObject
+    get_class_object = _library.component().DllGetClassObject
     get_class_object.restype = _RESULT
     result = get_class_object(ctypes.byref(class_id), ctypes.byref(IID_CLASS_FACTORY), ctypes.byref(found))
     if _failed(result):

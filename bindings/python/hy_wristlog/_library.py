@@ -48,7 +48,7 @@ def _load(path: str) -> ctypes.CDLL:
     return library
 
 
-def library() -> ctypes.CDLL:
+def component() -> ctypes.CDLL:
     """The library: what the environment variable names, and nothing else if it is set; otherwise the one
     beside this package, in a build folder of its checkout (of the one that it was installed from), or of the
     system.
@@ -77,7 +77,7 @@ def library() -> ctypes.CDLL:
 
 def _folder_of_library() -> pathlib.Path:
     """Where the loaded library lies, as the process's memory map tells."""
-    address = ctypes.cast(library().DllGetClassObject, ctypes.c_void_p).value or 0
+    address = ctypes.cast(component().DllGetClassObject, ctypes.c_void_p).value or 0
     with open("/proc/self/maps", encoding="utf-8", errors="surrogateescape") as maps:
         for line in maps:
             fields = line.split(None, 5)

@@ -28,7 +28,7 @@ def comes_true(condition: Callable[[], bool]) -> bool:
 
 def can_unload() -> bool:
     gc.collect()
-    return bool(_library.library().DllCanUnloadNow() == 0)
+    return bool(_library.component().DllCanUnloadNow() == 0)
 
 
 class BenchCase(unittest.TestCase):

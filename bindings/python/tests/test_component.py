@@ -66,7 +66,7 @@ def variant(kind: int, **content: Any) -> Variant:
 
 class Exports(unittest.TestCase):
     def get(self, class_id: Any, interface: Any, room: Any) -> int:
-        function = _library.library().DllGetClassObject
+        function = _library.component().DllGetClassObject
         function.restype = Result
         given = (None if one is None else ctypes.byref(one) for one in (class_id, interface, room))
         result: int = function(*given)
