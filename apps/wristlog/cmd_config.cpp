@@ -59,6 +59,20 @@ Json changes(const hw::Class_VardenLogger& before, const hw::Class_VardenLogger&
   return list;
 }
 
+template <class Check, class Save>
+int saveConfig(const CommonOptions& common, const ConfigOptions& options, const Check& check,
+               const Save& save) {
+  Session session(common);
+  check(options.Output.File, options.Output.Force, options.Place.files());
+  const auto logger = openConfig(session, options);
+  {
+    const SignalsHeld held;
+    save(*logger, options.Output.File);
+  }
+  tellWritten(session.asJson(), options.Output.File, *logger);
+  return Good;
+}
+
 }  // namespace
 
 int runConfigShow(const CommonOptions& common, const ConfigOptions& options) {
@@ -75,27 +89,11 @@ int runConfigShow(const CommonOptions& common, const ConfigOptions& options) {
 }
 
 int runConfigExport(const CommonOptions& common, const ConfigOptions& options) {
-  Session session(common);
-  engineering::checkIniOutput(options.Output.File, options.Output.Force, options.Place.files());
-  const auto logger = openConfig(session, options);
-  {
-    const SignalsHeld held;
-    engineering::saveConfigIni(*logger, options.Output.File);
-  }
-  tellWritten(session.asJson(), options.Output.File, *logger);
-  return Good;
+  return saveConfig(common, options, engineering::checkIniOutput, engineering::saveConfigIni);
 }
 
 int runConfigImage(const CommonOptions& common, const ConfigOptions& options) {
-  Session session(common);
-  engineering::checkOutput(options.Output.File, options.Output.Force, options.Place.files());
-  const auto logger = openConfig(session, options);
-  {
-    const SignalsHeld held;
-    engineering::saveConfigImage(*logger, options.Output.File);
-  }
-  tellWritten(session.asJson(), options.Output.File, *logger);
-  return Good;
+  return saveConfig(common, options, engineering::checkOutput, engineering::saveConfigImage);
 }
 
 int runConfigImport(const CommonOptions& common, const ConfigImportOptions& options) {

@@ -16,15 +16,6 @@
 
 namespace hy_wristlog::pendrel_session {
 
-/// What came of a step, as "number module.procedure: description"; empty when it did not fail.
-inline std::string outcome(const std::function<void()>& step) {
-  const Failure failure = caught(step);
-  if (failure.Number == 0) return {};
-  const std::size_t from = failure.Source.find(':') + 1;
-  return std::to_string(failure.Number) + ' ' + failure.Source.substr(from, failure.Source.find('@') - from) +
-         ": " + failure.Description;
-}
-
 /// Four digits: the sum of the character codes.
 inline std::string sumOf(std::string_view text) {
   char digits[12];

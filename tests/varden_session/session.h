@@ -14,15 +14,6 @@
 
 namespace hy_wristlog::session {
 
-/// What came of a step, as "number module.procedure: description"; empty when it did not fail.
-inline std::string outcome(const std::function<void()>& step) {
-  const Failure failure = caught(step);
-  if (failure.Number == 0) return {};
-  const std::size_t from = failure.Source.find(':') + 1;
-  return std::to_string(failure.Number) + ' ' + failure.Source.substr(from, failure.Source.find('@') - from) +
-         ": " + failure.Description;
-}
-
 /// A logger object that works with a simulated logger in its dock.
 struct Session {
   explicit Session(const simulator::BenchOptions& options)
