@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "cli_checks.h"
+#include "errors/Procedure.h"
 #include "json_output.h"
 #include "meanings.h"
 #include "platform/platform.h"
@@ -48,6 +49,7 @@ int CommandLine::parseAndRun(int argc, char** argv) {
     return refuse(error, argc, argv);
   }
   try {
+    const hy_wristlog::CommandUnderWay underWay;
     return command_();
   } catch (const hy_wristlog::Failure& failure) {
     return fail(failure);

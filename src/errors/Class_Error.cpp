@@ -67,26 +67,28 @@ void Class_Error::handle(std::string_view ActiveMod, std::string_view ActiveProc
   CurrentError.ErrLogonID = userName();
   CurrentError.ErrorModule = ActiveMod;
   CurrentError.ErrorProcedure = ActiveProc;
+  if (state.ErrorStack.empty()) state.emptyErrorStack();
+  const bool climbs = isSilencedAlready();
   if (CurrentError.ErrorOriginalSource.find('@') == std::string::npos)
     CurrentError.ErrorOriginalSource = stamp(CurrentError);
 
   if (failures_ < INT16_MAX) ++failures_;
   if (CurrentErrorAction.ProcErrorCountLimit == -1) CurrentErrorAction.ProcErrorCountLimit = 2;
-  bool decided = false;
   shownMessages_.clear();
-  if (failures_ > CurrentErrorAction.ProcErrorCountLimit) {
+  const bool tooMany = failures_ > CurrentErrorAction.ProcErrorCountLimit;
+  CurrentError.Silenced = climbs || (!tooMany && followsLastCommandsFailure());
+  if (tooMany)
     CurrentError.ErrorAction = errRaiseAll;
-  } else {
-    if (state.ErrorStack.empty()) state.emptyErrorStack();
-    if (followsLastCommandsFailure()) {
-      CurrentErrorAction.ShowMessageBox = false;
-      CurrentErrorAction.ErrorAction = errExit;
-      CurrentErrorAction.LogError = false;
-      decided = true;
-    }
+  else
     countInStack();
+  if (CurrentError.Silenced && !CommandUnderWay::any())
+    CurrentErrorAction.ErrorAction = errExit;
+  else
+    lookUpAction();
+  if (CurrentError.Silenced) {
+    CurrentErrorAction.ShowMessageBox = false;
+    CurrentErrorAction.LogError = false;
   }
-  if (!decided) lookUpAction();
 
   if (CurrentError.ErrorAction == errRaiseAll) {
     endStorm();
@@ -106,8 +108,16 @@ void Class_Error::handle(std::string_view ActiveMod, std::string_view ActiveProc
                                     "please contact Halcyra Product Support.\r\n";
 }
 
-/// A command that begins within seconds of another command's failure takes its first failure as the echo of
-/// the former one and leaves quietly.
+/// On its way up to the command a failure stays silenced.
+bool Class_Error::isSilencedAlready() const {
+  const auto& last = globals().ErrorStack.back();
+  return CommandUnderWay::any() && last && last->Silenced &&
+         last->ErrorOriginalSource == CurrentError.ErrorOriginalSource;
+}
+
+/// The first failure within seconds of another command's failure is taken for the echo of the former one:
+/// nobody is told of it. A command that is under way still gets its action, so that it ends as it would have
+/// without the former failure; elsewhere the procedure is left quietly.
 bool Class_Error::followsLastCommandsFailure() const {
   const auto& stack = globals().ErrorStack;
   if (stack.size() != 1 || !stack[0]) return false;
@@ -181,7 +191,7 @@ void Class_Error::endStorm() {
   CurrentError.DisplayedMessage =
       "Application process stopped due to muliple errors\r\n"
       "Please view the error log to determine cause of errors";
-  if (globals().saveErrorRecords) globals().saveErrorRecords();
+  if (globals().saveErrorRecords && !CurrentError.Silenced) globals().saveErrorRecords();
 }
 
 void Class_Error::pushOnStack() {

@@ -26,6 +26,7 @@ class Class_Error {
 
  private:
   void handle(std::string_view ActiveMod, std::string_view ActiveProc);
+  bool isSilencedAlready() const;
   bool followsLastCommandsFailure() const;
   void countInStack();
   bool lookUp(bool (*matches)(const Class_ErrorAction&, const Class_ErrorRecord&));

@@ -31,6 +31,8 @@ struct Class_ErrorRecord {
   std::string ErrorProcedure;
   double ErrorTime = 0;  ///< local time
   std::string ErrorOriginalSource;
+  /// Neither shown nor logged, since it followed another command's failure within seconds.
+  bool Silenced = false;
 };
 
 }  // namespace hy_wristlog

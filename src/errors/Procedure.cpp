@@ -3,12 +3,30 @@
 #include <exception>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include "base/faults.h"
 #include "errors/GlobalState.h"
 #include "platform/platform.h"
 
 namespace hy_wristlog {
+namespace {
+
+thread_local std::int32_t commandsUnderWay = 0;
+
+}  // namespace
+
+CommandUnderWay::CommandUnderWay() { ++commandsUnderWay; }
+CommandUnderWay::~CommandUnderWay() { --commandsUnderWay; }
+bool CommandUnderWay::any() { return commandsUnderWay > 0; }
+
+ErrorStackKept::ErrorStackKept() {
+  if (CommandUnderWay::any()) stack_ = std::exchange(globals().ErrorStack, {});
+}
+
+ErrorStackKept::~ErrorStackKept() {
+  if (stack_) globals().ErrorStack = std::move(*stack_);
+}
 
 Failure currentFailure() {
   try {
@@ -24,6 +42,13 @@ Failure currentFailure() {
   } catch (const std::exception& problem) {
     return {fault::Internal, "HY_Wristlog", problem.what()};
   }
+}
+
+void Procedure::begin() {
+  if (kind_ != ProcedureKind::Command) return;
+  // What failed outside commands must not count in this one.
+  if (!CommandUnderWay::any()) globals().cutErrorStack();
+  underWay_.emplace();
 }
 
 Procedure::Next Procedure::answer() {
@@ -75,6 +100,7 @@ Procedure::Next Procedure::dispatch(const Failure& failure) {
 void Procedure::end() {
   if (cleanUp_) ignoringFailures(cleanUp_);
   if (kind_ == ProcedureKind::Command) globals().cutErrorStack();
+  underWay_.reset();
 }
 
 void Procedure::raiseAgain() const {

@@ -5,10 +5,13 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "errors/Class_Error.h"
+#include "hy_wristlog/api.h"
 #include "hy_wristlog/failure.h"
 
 namespace hy_wristlog {
@@ -25,6 +28,18 @@ enum class TrapAnswer : std::uint8_t {
 enum class ProcedureKind : std::uint8_t {
   Ordinary,
   Command,  ///< a public entry: ends the error stack and never raises again what it was told to raise
+};
+
+/// Marks the time of a command on its thread: a public workflow, or a command of a program. A failure in that
+/// time that the dispatcher would silence as the echo of an earlier command's still counts as a failure.
+class HY_WRISTLOG_API CommandUnderWay {
+ public:
+  CommandUnderWay();
+  CommandUnderWay(const CommandUnderWay&) = delete;
+  CommandUnderWay& operator=(const CommandUnderWay&) = delete;
+  ~CommandUnderWay();
+
+  static bool any();
 };
 
 /// The failure handling of one call of a procedure.
@@ -86,6 +101,7 @@ class Procedure {
   template <class Body>
   auto run(Body&& body) -> std::invoke_result_t<Body&> {
     using Result = std::invoke_result_t<Body&>;
+    begin();
     try {
       if constexpr (std::is_void_v<Result>) {
         statement(body);
@@ -112,6 +128,7 @@ class Procedure {
   static constexpr bool KeptWithoutAllocation =
       sizeof(Function) <= 2 * sizeof(void*) && std::is_trivially_copyable_v<Function>;
 
+  void begin();
   /// Decides about the exception being handled; throws Leave to end the procedure.
   Next answer();
   Next dispatch(const Failure& failure);
@@ -124,13 +141,27 @@ class Procedure {
   std::array<std::int32_t, MostPassedOn> passedOn_{};
   std::function<TrapAnswer(Failure&)> trap_;
   std::function<void()> cleanUp_;
+  std::optional<CommandUnderWay> underWay_;
   std::unique_ptr<Class_Error> error_;
   std::unique_ptr<Failure> raised_;
 };
 
-/// Runs `step` and forgets its failures.
+/// Keeps the error stack of a command as it is, whatever fails in its time.
+class ErrorStackKept {
+ public:
+  ErrorStackKept();
+  ErrorStackKept(const ErrorStackKept&) = delete;
+  ErrorStackKept& operator=(const ErrorStackKept&) = delete;
+  ~ErrorStackKept();
+
+ private:
+  std::optional<std::vector<std::optional<Class_ErrorRecord>>> stack_;
+};
+
+/// Runs `step` and forgets its failures: within a command they leave no trace in the error stack either.
 template <class Step>
 void ignoringFailures(Step&& step) {
+  const ErrorStackKept kept;
   try {
     step();
   } catch (const Failure&) {  // NOLINT(bugprone-empty-catch)

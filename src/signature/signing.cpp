@@ -142,9 +142,12 @@ bool Class_Signature::fncCheckUserContainer(std::string_view containerName) {
                                  [&] { return cryptography().openContainer(file); });
       operation.check(container != nullptr, "Invalid Crypto Provider Handle Input");
     }
-    if (state != KeyPairState::Usable)
-      operation.step("Error Generating New Signature Pair (", [&] { container->generateKeyPair(); });
-    return true;
+    try {
+      if (state != KeyPairState::Usable) container->generateKeyPair();
+      return true;
+    } catch (const platform::SystemError&) {
+      return false;
+    }
   });
 }
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <utility>
 
 #include "tools/Class_Tools.h"
 #include "varden/VardenLogger.h"
@@ -79,20 +80,22 @@ void VardenLogger::subSendVardenConfig() {
 }
 
 /// Configuration, firmware version, battery and clock. When the configuration cannot be read, the logger is
-/// told once to make its CRC anew.
+/// told once to make its CRC anew; an abort is not taken for that.
 void VardenLogger::fncReadVardenSetup() {
   Procedure procedure{"Class_VardenLogger", "fncReadVardenSetup"};
   procedure.passesOn(3001, 3002, 3003, 3011, 3013, 11504, 11505, 11507);
-  bool firstReading = true, reset = false;
+  enum class Reading : std::uint8_t { First, Failed, Settled } reading = Reading::First;
   procedure.trap([&](Failure& failure) {
-    if (!firstReading || !curedByReset(failure.Number)) return TrapAnswer::Dispatch;
-    reset = true;
+    if (reading != Reading::First || commsAborted_ || !curedByReset(failure.Number))
+      return TrapAnswer::Dispatch;
+    reading = Reading::Failed;
     return TrapAnswer::GoOn;
   });
   procedure.run([&] {
+    commsAborted_ = false;
     procedure.statement([&] { fncReadVardenConfig(false); });
-    firstReading = false;
-    if (reset) {
+    const bool again = std::exchange(reading, Reading::Settled) == Reading::Failed;
+    if (again) {
       procedure.statement([&] { subVardenConfigCRCreset(); });
       procedure.statement([&] { fncReadVardenConfig(false); });
     }

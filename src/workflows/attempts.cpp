@@ -56,9 +56,11 @@ void Attempts::serveEvents() {
 }
 
 TrapAnswer Attempts::trap(const Failure& failure) {
-  code = failure.Number;
+  const std::int32_t earlier = std::exchange(code, failure.Number);
   if (std::find(retrySet_.begin(), retrySet_.end(), failure.Number) != retrySet_.end()) {
     if (state_.AbortFlag) {
+      // What the abort broke is no failure of the logger's.
+      code = earlier;
       abort();
       return TrapAnswer::Leave;
     }

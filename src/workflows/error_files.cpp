@@ -53,6 +53,15 @@ bool isFolder(const std::string& path) {
   return platform::current().files().state(path).Kind == platform::FileKind::Folder;
 }
 
+/// A file that cannot be read is left to the reader, which tells of it.
+bool isBlank(const std::string& path) {
+  try {
+    return platform::current().files().read(path).find_first_not_of(" \t\r\n") == std::string::npos;
+  } catch (const platform::SystemError&) {
+    return false;
+  }
+}
+
 /// The log is written from within the dispatcher: a failure here must not come back to it, so neither this
 /// nor the writing goes through procedures.
 void makeFolders(const std::string& folder) {
@@ -70,7 +79,7 @@ void makeFolders(const std::string& folder) {
 
 std::vector<Class_ErrorAction> fncPopulateXMLErrorActions() {
   const std::string path = joinPath(platform::current().environment().libraryFolder(), "ErrorActions.XML");
-  if (!Tools().fncFilePathExists(path)) return {};
+  if (!Tools().fncFilePathExists(path) || isBlank(path)) return {};
   const GrowingArray<std::string> lines = Tools().fncReadFile2Array(path);
   return parseErrorActions({lines.begin(), lines.end()});
 }

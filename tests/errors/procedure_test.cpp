@@ -125,6 +125,24 @@ TEST_F(ProcedureTest, AStormBelowEndsEveryProcedureUpToTheCommand) {
   }
 }
 
+TEST_F(ProcedureTest, AnEchoIsSilentButCountsInACommand) {
+  for (const auto kind : {ProcedureKind::Command, ProcedureKind::Ordinary}) {
+    Class_ErrorRecord former;
+    former.ErrorTime = now();
+    globals().ErrorStack.assign(1, former);
+    std::string course;
+    Procedure outer{"M", "outer", kind}, procedure{"M", "p"};
+    outer.trap([&course](Failure& failure) {
+      course += std::to_string(failure.Number);
+      return TrapAnswer::Dispatch;
+    });
+    outer.run([&] { outer.statement([&] { call(procedure, 1, course); }), course += 'c'; });
+    EXPECT_EQ(course, kind == ProcedureKind::Command ? "abz42" : "abzc");
+    EXPECT_EQ(world.Saved.size(), 0U);
+    EXPECT_FALSE(globals().ErrorStack.back()->MsgboxWasDisplayed);
+  }
+}
+
 TEST_F(ProcedureTest, TheWayWithoutFailuresAllocatesNothing) {
   int calls = 0, cleanUps = 0;
   globals().emptyErrorStack();

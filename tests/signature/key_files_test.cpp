@@ -94,18 +94,17 @@ TEST(KeyFiles, AreMadeAnewOnlyWhenTheyAreDamaged) {
 
 TEST(KeyFiles, AreWrittenWholeOrNotAtAll) {
   const InWorld<KeyWorld> world;
-  const std::string problem = "Error Generating New Signature Pair (";
-  const auto check = [] { Signature::fncCheckUserContainer(Name); };
+  const auto check = [] { return Signature::fncCheckUserContainer(Name); };
   fs::create_directories(world->keys());
   const auto formerHandler = std::signal(SIGXFSZ, SIG_IGN);
   rlimit former{};
   ::getrlimit(RLIMIT_FSIZE, &former);
   const rlimit tight{500, former.rlim_max};
   ::setrlimit(RLIMIT_FSIZE, &tight);
-  const auto full = failureOf(check);
+  const bool storedWhereFull = check();
   ::setrlimit(RLIMIT_FSIZE, &former);
   std::signal(SIGXFSZ, formerHandler);
-  EXPECT_EQ(full, std::pair(EFBIG, problem + std::to_string(EFBIG) + ")"));
+  EXPECT_FALSE(storedWhereFull);
   EXPECT_EQ(entriesOf(world->keys()), "");
 
   // Root may write everywhere, so it steps down.
@@ -114,10 +113,10 @@ TEST(KeyFiles, AreWrittenWholeOrNotAtAll) {
   fs::permissions(config, static_cast<fs::perms>(0555));
   fs::permissions(world->rootFolder(), static_cast<fs::perms>(0755));
   const bool steppedDown = ::geteuid() == 0 && ::seteuid(65534) == 0;
-  const auto refused = failureOf(check);
+  const bool storedWhereRefused = check();
   if (steppedDown && ::seteuid(0) != 0) std::abort();
   fs::permissions(config, fs::perms::owner_all);
-  EXPECT_EQ(refused, std::pair(EACCES, problem + std::to_string(EACCES) + ")"));
+  EXPECT_FALSE(storedWhereRefused);
   EXPECT_EQ(entriesOf(config), "");
 }
 

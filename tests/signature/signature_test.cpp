@@ -86,18 +86,14 @@ TEST(Signatures, EachStepOfTheProviderFailsWithItsText) {
   };
   std::string key, signature;
   const std::string acquire = "Acquiring Provider Context", exists = "Verifying Container",
-                    generate = "Generating New Signature Pair", hash = "Acquiring Hash Handle",
-                    add = "Hashing Data";
+                    hash = "Acquiring Hash Handle", add = "Hashing Data";
   const auto check = [] { EXPECT_TRUE(Signature::fncCheckUserContainer(Name)); };
   const auto sign = [] { EXPECT_NE(Signature::fncGenerateSignature(Name, Data), ""); };
   const auto publish = [] { EXPECT_NE(Signature::fncGetPublicKey(Name), ""); };
   const auto verify = [&] { EXPECT_TRUE(Signature::fncVerifySignature(key, Data, signature)); };
   const auto remove = [] { Signature::fncDeleteContainer(Name); };
   const Case cases[] = {
-      {check, Missing, {acquire, exists, generate}},
-      {check,
-       Damaged,
-       {acquire, exists, "Deleting Corrupted Container", "Re-creating Corrupted Container", generate}},
+      {check, Damaged, {acquire, exists, "Deleting Corrupted Container", "Re-creating Corrupted Container"}},
       {sign, Usable, {acquire, exists, hash, add, "Getting Size of Signature", "Getting Signature"}},
       {publish, Usable, {acquire, exists, "Getting Size of Public Key", "Getting Public Key"}},
       // A scratch container that cannot be had is replaced by the second one.

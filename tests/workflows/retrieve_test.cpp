@@ -232,19 +232,6 @@ TEST(Retrieve, Attempts) {
     unplugged ? desk->bench.Dock->unplugAfterBytes(500) : openFails(8005, once())(*desk);
     EXPECT_EQ(desk->retrieve(), unplugged ? 10003 : 0);
   }
-  // A command that begins within ten seconds of another one's failure takes its first failure for the echo of
-  // that: here a configuration with a bad checksum passes as one that says nothing, where it is read again
-  // otherwise.
-  for (const std::int32_t seconds : {1, 20}) {
-    Workbench desk(LggrPntr_KRVivid);
-    desk.logger().Faults.RefuseClock = once();
-    desk.logger().clock().set(0);
-    EXPECT_EQ(desk.configure(), 10025);
-    desk.wait(std::chrono::seconds(seconds));
-    desk.logger().Faults.BadConfigChecksum = once();
-    EXPECT_EQ(desk.configure(), seconds < 10 ? 10009 : 0);
-    EXPECT_EQ(desk.configure(), 0);
-  }
 }
 
 }  // namespace
