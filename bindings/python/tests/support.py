@@ -6,10 +6,9 @@ import time
 import unittest
 from typing import Any, Callable, Dict, List, NamedTuple, Tuple
 
-from hy_wristlog import Subject, _library
-from hy_wristlog._component import Dispatch, Guid, Interface
+from hy_wristlog import _library
+from hy_wristlog._component import Dispatch, Interface
 from hy_wristlog._values import take_text
-from hy_wristlog.demo import demo_subject
 from hy_wristlog.simulator import Bench
 
 Pointer = ctypes.c_void_p
@@ -43,9 +42,6 @@ class BenchCase(unittest.TestCase):
     def _end(self) -> None:
         self.bench.close()
         self.assertTrue(comes_true(can_unload), "an object or a reference is left")
-
-    def subject(self) -> Subject:
-        return demo_subject()
 
 
 class TypeDesc(ctypes.Structure):
@@ -127,7 +123,3 @@ def members_of(dispatch: Dispatch) -> Dict[str, Member]:
         index += 1
     info.close()
     return members
-
-
-def same(one: Guid, other: Guid) -> bool:
-    return bytes(one) == bytes(other)

@@ -1,6 +1,5 @@
 """Whole sessions with simulated loggers, through the component alone."""
 
-import ctypes
 import os
 import signal
 import threading
@@ -19,7 +18,6 @@ from hy_wristlog import (
     enmLoggerPointer,
     enmVardenLoggingMode,
 )
-from hy_wristlog._library import simulator
 from hy_wristlog.demo import demo_subject
 from hy_wristlog.simulator import MODELS, Bench, SimulatorError
 from support import EVERY_FORMAT, KESTRIN2, VIVID, BenchCase
@@ -92,64 +90,33 @@ class Sessions(unittest.TestCase):
             self.assertEqual(main.Configure(VIVID, 1, 60, subject, **EVERY_FORMAT)[:3], (10003, None, None))
             missing = main.Retrieve(VIVID)
             self.assertEqual((missing.code, missing.decode_result), (10003, None))
-            status = main.GetStatus(VIVID)
-            self.assertEqual(status.code, 0)
-            self.assertTrue(status.simple_status)
-            for pointer in (enmLoggerPointer.LggrPntr_None, enmLoggerPointer.LggrPntr_Pendreader, 7):
-                self.assertEqual(main.GetStatus(pointer), (10009, "", "", None, None, None))
-                self.assertEqual(main.Retrieve(pointer).code, 10009)
+            self.assertEqual(main.GetStatus(7), (10009, "", "", None, None, None))
             bench.act("insert")
             early, late = datetime(2026, 3, 2, 10), datetime(2026, 3, 3, 10)
-            for times, code in (
-                ({"DataCollectionLocalStartTime": datetime(2020, 1, 1)}, 10007),
-                ({"DataCollectionLocalStartTime": late, "DataCollectionLocalEndTime": early}, 10023),
-                ({"DataCollectionLocalStartTime": early, "DataCollectionLocalEndTime": late}, 0),
-            ):
+            for start, end, code in ((late, early, 10023), (early, late, 0)):
+                times = {"DataCollectionLocalStartTime": start, "DataCollectionLocalEndTime": end}
                 configured = main.Configure(VIVID, 1, 60, subject, **times, **EVERY_FORMAT)
-                self.assertEqual(configured.code, code, times)
-            waiting = main.Retrieve(VIVID)
-            self.assertEqual(waiting.code, 10027)
-            for wrong in (None, "x", main):
-                with self.assertRaises(TypeError):
-                    main.Configure(VIVID, 1, 60, wrong)
+                self.assertEqual(configured.code, code)
             for wrong in ("x", main):
-                with self.assertRaises(TypeError):
-                    main.Retrieve(VIVID, wrong)
+                self.assertRaises(TypeError, main.Configure, VIVID, 1, 60, wrong)
+                self.assertRaises(TypeError, main.Retrieve, VIVID, wrong)
             with self.assertRaises(ValueError):
                 main.Configure(VIVID, 1, 60, subject, LoggerLocalSetTime=bench.now)
 
-
-class Faults(BenchCase):
-    def setUp(self) -> None:
-        super().setUp()
-        self.bench.set_up(1, 30)
-        self.bench.wear(timedelta(days=1))
-
-    def test_trouble_on_the_line(self) -> None:
-        with Main() as main:
-            sound = main.Retrieve(VIVID)
-            self.assertEqual(sound.code, 0)
-            main.MaxCommunicationRetries = 2
-            reference = sound.logger.ActivityArray
-            for name, skip in (("lose echo", 20), ("bad line checksum", 2), ("alter to pc", 900)):
-                self.bench.set_fault(name, skip)
-                repeated = main.Retrieve(VIVID)
-                self.bench.advance(60)
-                self.assertEqual(repeated.code, 0, name)
-                self.assertEqual(repeated.logger.ActivityArray, reference, name)
+    def test_faults(self) -> None:
+        with Bench() as bench, Main() as main:
+            bench.set_up(1, 30)
+            bench.wear(timedelta(days=1))
             main.MaxCommunicationRetries = 1
-            self.bench.after_bytes(2000, "cut")
-            cut = main.Retrieve(VIVID)
-            self.assertTrue(3001 <= cut.code <= 3013, cut.code)
-            self.assertIsNone(cut.decode_result)
-            self.bench.act("reconnect")
-            self.bench.advance(60)
-            main.MaxCommunicationRetries = 2
-            self.bench.after_bytes(1500, "unplug")
-            self.assertNotEqual(main.Retrieve(VIVID).code, 0)
-            self.bench.act("plug")
-            self.bench.advance(60)
-            self.assertEqual(main.Retrieve(VIVID).logger.ActivityArray, reference, "nothing was lost")
+            bench.after_bytes(2000, "cut")
+            self.assertIn(main.Retrieve(VIVID).code, range(3001, 3014))
+            bench.act("reconnect")
+            bench.advance(60)
+            for times, code in ((-1, 10003), (1, 0)):
+                bench.set_fault("lose echo", 20, times)
+                main.MaxCommunicationRetries = 2
+                self.assertEqual(main.Retrieve(VIVID).code, code)
+                bench.advance(60)
 
 
 class Events(BenchCase):
@@ -274,14 +241,8 @@ class Events(BenchCase):
 
 class Simulator(unittest.TestCase):
     def test_benches(self) -> None:
-        with self.assertRaises(ValueError):
-            Bench("vivid2")
-        with self.assertRaises(ValueError):
-            Bench(zone="Nowhere")
-        with self.assertRaises(ValueError):
-            Bench(begins=datetime(2026, 1, 1))
-        with self.assertRaises(ValueError):
-            Bench(begins=datetime(1900, 1, 1, tzinfo=timezone.utc))
+        for wrong in ({"model": "vivid2"}, {"zone": "Nowhere"}, {"begins": datetime(2026, 1, 1)}):
+            self.assertRaises(ValueError, Bench, **wrong)
         for model in MODELS:
             with Bench(model) as bench:
                 bench.set_up(1, 30)
@@ -289,79 +250,37 @@ class Simulator(unittest.TestCase):
                 bench.advance(timedelta(seconds=1.5))
                 self.assertAlmostEqual(bench.elapsed, 3601.5, 3)
                 for wrong in (
-                    lambda: bench.wear(-1),
                     lambda: bench.wear(float("nan")),
-                    lambda: bench.advance(1e12),
                     lambda: bench.act("dance"),
-                    lambda: bench.set_fault("none"),
                     lambda: bench.set_fault("lose echo", -1),
-                    lambda: bench.set_fault("lose echo", 0, -2),
-                    lambda: bench.after_bytes(-1, "cut"),
-                    lambda: bench.after_bytes(2**50, "cut"),
                     lambda: bench.after_bytes(2**64 + 1, "cut"),
-                    lambda: bench.set_fault("lose echo", 2**32),
-                    lambda: bench.set_fault("lose echo\0"),
-                    lambda: bench.set_up(2**32 + 1, 30),
-                    lambda: bench.wear(1, 2**32),
                     lambda: bench.act("unplug\0"),
-                    lambda: Bench("vivid\0"),
-                    lambda: bench.set_up(1, 7),
                 ):
-                    if model.startswith("pendrel") or wrong.__code__.co_consts[-1] != 7:
-                        self.assertRaises(ValueError, wrong)
-                with self.assertRaises(SimulatorError):
-                    bench.act("insert")
-            with self.assertRaises(SimulatorError):
-                bench.wear(1)
+                    self.assertRaises(ValueError, wrong)
+                self.assertRaises(SimulatorError, bench.act, "insert")
+            self.assertRaises(SimulatorError, bench.wear, 1)
             bench.close()
-
-    def test_the_c_functions_check_what_they_get(self) -> None:
-        library = simulator()
-        ok, no_bench, argument = 0, -1, -2
-        number = ctypes.c_int32(7)
-        self.assertEqual(library.hySimulatorOpen(None, None, ctypes.c_int64(0), ctypes.byref(number)), argument)
-        self.assertEqual(number.value, 0)
-        self.assertEqual(library.hySimulatorOpen(b"vivid", None, ctypes.c_int64(0), None), argument)
-        self.assertEqual(library.hySimulatorOpen(b"vivid", None, ctypes.c_int64(0), ctypes.byref(number)), ok)
-        for name in ("Elapsed", "Now", "Do"):
-            self.assertEqual(library[f"hySimulator{name}"](number, None), argument, name)
-        self.assertEqual(library.hySimulatorSetFault(number, None, 0, 1), argument)
-        self.assertEqual(library.hySimulatorAfterBytes(number, ctypes.c_uint64(1), None), argument)
-        self.assertEqual(library.hySimulatorClose(number), ok)
-        for wrong in (number, 0, -1, 2**31 - 1):
-            self.assertEqual(library.hySimulatorClose(wrong), no_bench)
-        self.assertTrue(library.hySimulatorLastError())
 
     def test_each_thread_has_its_own(self) -> None:
         outer = Bench("vivid")
-        serials: List[Tuple[str, str]] = []
-        errors: List[type] = []
+        serials: List[str] = []
 
         def work(model: str, pointer: int) -> None:
-            try:
-                outer.advance(1)
-            except SimulatorError as refused:
-                errors.append(type(refused))
+            self.assertRaises(SimulatorError, outer.advance, 1)
             Bench("kestrin2")  # left open: it ends with the thread
             with Bench(model), Main() as main:
-                for _ in range(3):
-                    serials.append((model, main.GetStatus(pointer).logger.SerialNumber))
+                serials.append(main.GetStatus(pointer).logger.SerialNumber)
 
-        both = (("vivid", VIVID), ("kestrin2", KESTRIN2))
-        threads = [threading.Thread(target=work, args=one) for one in both]
+        threads = [threading.Thread(target=work, args=one) for one in (("vivid", VIVID), ("kestrin2", KESTRIN2))]
         for thread in threads:
             thread.start()
         for thread in threads:
             thread.join()
-        self.assertEqual(sorted(serials), [("kestrin2", "K0054321")] * 3 + [("vivid", "V0012345")] * 3)
-        self.assertEqual(len(errors), 2)
+        self.assertEqual(sorted(serials), ["K0054321", "V0012345"])
         # Benches may be closed in any order; the youngest that is open is the world.
-        inner = Bench("kestrin2")
-        with Main() as main:
-            self.assertEqual(main.GetStatus(KESTRIN2).logger.SerialNumber, "K0054321")
+        with Bench("kestrin2"), Main() as main:
             outer.close()
             self.assertEqual(main.GetStatus(KESTRIN2).logger.SerialNumber, "K0054321")
-        inner.close()
 
 
 if __name__ == "__main__":
