@@ -45,17 +45,14 @@ inline std::string imageOf(SimulatedLogger& logger) { return textOf(logger.block
 
 /// Somebody at the PC's end of the line of a bench, with the logger awake.
 struct Wire {
-  explicit Wire(const BenchOptions& options = vividBenchOptions()) : Lab(makeBench(options)) { connect(); }
-
-  void connect(int pulse = 100, int rest = 200) {
-    Port.reset();
-    Port = Lab.World->serialPorts().open(Lab.Dock->comPort());
+  explicit Wire(const BenchOptions& options = vividBenchOptions())
+      : Lab(makeBench(options)), Port(Lab.World->serialPorts().open(Lab.Dock->comPort())) {
     Port->configure(LoggerLine);
     Port->setDtr(true);
-    Port->setRts(pulse > 0);
-    wait(pulse);
+    Port->setRts(true);
+    wait(100);
     Port->setRts(false);
-    wait(rest);
+    wait(200);
   }
   void wait(int milliseconds) { Lab.World->clock().sleep(std::chrono::milliseconds{milliseconds}); }
   /// Sends, waits, and returns what has come by then.
@@ -67,27 +64,8 @@ struct Wire {
     return text;
   }
 
-  /// The joined data of an XMODEM download behind its command; a frame that is not sound is refused.
-  std::string download(const std::string& command) {
-    exchange(command + "\r");
-    Frames.clear();
-    std::string data, answer = "C";
-    for (;;) {
-      const std::string frame = exchange(answer, 400);
-      if (frame == "\x04") End = exchange("\x06");
-      if (frame.size() < 133) return data;
-      Frames.push_back(frame);
-      const std::string payload = frame.substr(3, frame.size() - 5);
-      const bool good = frame == frameOf(static_cast<std::uint8_t>(frame[1]), payload);
-      if (good) data += payload;
-      answer = good ? "\x06" : "\x15";
-    }
-  }
-
   Bench Lab;
   std::unique_ptr<platform::SerialPort> Port;
-  std::vector<std::string> Frames;  ///< of the last download
-  std::string End;                  ///< what followed the ACK of its end
 };
 
 }  // namespace hy_wristlog::simulator
