@@ -174,10 +174,13 @@ inline Value get(HyDispatch* object, const std::string& name) {
   EXPECT_EQ(outcome.Result, HY_S_OK) << name << outcome.Description;
   return std::move(outcome.Answer);
 }
-inline Outcome put(HyDispatch* object, const std::string& name, const Value& value) {
+inline Outcome put(HyDispatch* object, int32_t id, const Value& value) {
   int32_t named = HY_DISPID_PROPERTYPUT;
   HyVariant given = value;
-  return invoke(object, idOf(object, name), HY_DISPATCH_PROPERTYPUT, {&given, &named, 1, 1});
+  return invoke(object, id, HY_DISPATCH_PROPERTYPUT, {&given, &named, 1, 1});
+}
+inline Outcome put(HyDispatch* object, const std::string& name, const Value& value) {
+  return put(object, idOf(object, name), value);
 }
 inline Value objectValue(HyDispatch* object) {
   Value value = ofType(HY_VT_DISPATCH);
