@@ -13,8 +13,8 @@ namespace {
 
 using simulator::PendrelModel;
 
-/// The values of a set-up that starts `seconds` from now, cut to its minute; returns the start in UTC.
-double prepare(Pendrel& logger, std::int16_t epoch, double seconds) {
+/// The values of a set-up that starts `seconds` from now, cut to its minute.
+void prepare(Pendrel& logger, std::int16_t epoch, double seconds) {
   PendrelRecord& record = logger.record;
   record.SubjectIdentity = "Subject 17";
   record.EpochLength = epoch;
@@ -26,50 +26,6 @@ double prepare(Pendrel& logger, std::int16_t epoch, double seconds) {
   const double local = start + Class_TimeZoneTools::fncGetGMTOffset() / MinutesPerDay;
   record.StartDate = std::floor(local);
   record.StartTime = local - std::floor(local);
-  return start;
-}
-
-TEST(Simulated, StartsInTimeAndIsReadOut) {
-  for (const auto model : {PendrelModel::Plain, PendrelModel::Checksums, PendrelModel::Steps}) {
-    SCOPED_TRACE(static_cast<int>(model));
-    Session session{model};
-    Pendrel& logger = session.logger;
-    simulator::SimulatedPendrel& device = *session.bench.Logger;
-    simulator::SimulatedWorld& world = *session.bench.World;
-    PendrelRecord& record = logger.record;
-    EXPECT_TRUE(logger.fncGetPrompt());
-    logger.fncReadSetup();
-    logger.subClearMemory(0);
-    const double start = prepare(logger, 30, 600);
-    logger.subSendSetup(false);
-    logger.subResetDevice();
-    const double before = world.elapsed();
-    const std::int32_t release = logger.fncSendDelayedStart(start);
-    EXPECT_NEAR(release / 1000.0 + world.elapsed() - before, 10, 0.501);
-    world.advance(std::chrono::milliseconds{release});
-    logger.subCloseCOMport();
-    const auto untilStart = [&](double seconds) {
-      const double left =
-          (start - UnixEpochDate) * SecondsPerDay + seconds - static_cast<double>(world.now());
-      world.advance(std::chrono::milliseconds{std::llround(left * 1000)});
-    };
-    untilStart(-2);
-    EXPECT_TRUE(device.waiting());
-    untilStart(2);
-    EXPECT_TRUE(device.recording());
-
-    device.wear(std::chrono::hours{20});
-    ASSERT_EQ(logger.fncOpenCOMport(1, true), 0);
-    logger.fncReadSetup();
-    EXPECT_NEAR(record.BytesUsed, 20 * 120 * (model == PendrelModel::Steps ? 2 : 1), 100);
-    logger.subInitRawData();
-    for (std::int16_t block = 0; block < record.Get_BlocksToDownload(); ++block)
-      logger.fncReadMemoryBlock(block);
-    for (std::size_t at = 0; at < static_cast<std::size_t>(record.BytesUsed) + 128; ++at)
-      ASSERT_EQ(record.RawData.at(at), device.memory().read(at)) << at;
-    logger.subSetMemorylocation(0xFF, 7);
-    EXPECT_EQ(logger.fncReadMemoryLocation(0xFF), 7);
-  }
 }
 
 TEST(Simulated, SetupStopsWhereItFails) {
