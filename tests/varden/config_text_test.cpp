@@ -1,4 +1,5 @@
 #include <functional>
+#include <map>
 
 #include "support/surroundings.h"
 #include "varden/VardenLogger.h"
@@ -66,7 +67,23 @@ struct ConfigText : InSimulatedWorld {
 TEST_F(ConfigText, IniFileAndWords) {
   logger.subWriteConfigToINIfile(folder / "config.ini");
   EXPECT_EQ(contentOf(folder / "config.ini"), golden("config.ini"));
-  EXPECT_EQ(logger.fncConfigToString(": "), golden("config.txt"));
+  // The words are the INI's lines, without the quotes of its texts and with a name beside each code.
+  std::map<std::string, std::string> named{
+      {"Acquisition Mode", "Activity & Special Light (Quillander Only=lux) (7)"},
+      {"Displayed Time Format", "24 hour (24)"},
+      {"Displayed Date Format", "DDMM (1)"},
+      {"Button 1 Map", "Marker 1, Backlight, and Date/Time (0xD)"},
+      {"Button 2 Map", "Backlight and Date/Time (0xC)"},
+      {"Data Available", "Data available (1)"}};
+  std::string words;
+  std::istringstream lines(golden("config.ini"));
+  for (std::string key, value; std::getline(lines, key, '=') && std::getline(lines, value);) {
+    if (key.starts_with('[')) key = key.substr(key.find('\n') + 1);
+    if (key == "Raw Config Bytes") break;
+    if (value.starts_with('"')) value = value.substr(1, value.size() - 3) + '\r';
+    words += key + ": " + (named.contains(key) ? named[key] + '\r' : value) + '\n';
+  }
+  EXPECT_EQ(logger.fncConfigToString(": "), words);
 
   logger.subWriteConfigToINIfile(
       folder.put("other.ini", "; mine\r\n[CONFIG DATA]\r\nresets=9\r\n[Own]\r\nkey=1\r\n"));
