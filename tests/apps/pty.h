@@ -34,6 +34,7 @@ class TerminalRun {
       ::close(user_);
       ::login_tty(::dup(program_));
       ::close(program_);
+      ::signal(SIGINT, SIG_DFL);  // who runs the tests may have it ignored
       ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
       ::_exit(127);
     }
