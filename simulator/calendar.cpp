@@ -17,7 +17,7 @@ seconds localMoment(const platform::ZoneTransition& change, std::int32_t yearNum
   const month inMonth{static_cast<unsigned>(change.Month)};
   sys_days date;
   if (change.Year != 0) {
-    date = year{change.Year} / inMonth / day{static_cast<unsigned>(change.Day)};
+    date = year{yearNumber} / inMonth / day{static_cast<unsigned>(change.Day)};
   } else {
     const std::chrono::weekday onDay{static_cast<unsigned>(change.DayOfWeek)};
     date = change.Day >= 5 ? sys_days{year{yearNumber} / inMonth / onDay[last]}

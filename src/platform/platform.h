@@ -131,8 +131,8 @@ class HY_WRISTLOG_API SettingsStore {
   virtual std::vector<std::string> subkeys(std::int32_t root, std::string_view key) = 0;
 };
 
-/// A moment at which a zone changes its clocks. Year 0: the `Day`-th (5: last) `DayOfWeek` (Sunday 0) of
-/// `Month`, every year; otherwise that fixed date. Month 0: no change.
+/// When a zone changes its clocks, every year. Year 0: on the `Day`-th (5: last) `DayOfWeek` (Sunday 0) of
+/// `Month`, otherwise on the day `Day` of it; `Hour` -167 to 167, in the days around it. Month 0: no change.
 struct ZoneTransition {
   std::int16_t Year = 0, Month = 0, DayOfWeek = 0, Day = 0, Hour = 0, Minute = 0, Second = 0,
                Milliseconds = 0;

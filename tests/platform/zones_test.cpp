@@ -36,25 +36,21 @@ TEST(Zones, NamesSayTheOffsetOfTheRule) {
 
 TEST(Zones, RulesOfEveryFormBecomeRecords) {
   const ZoneTransition never{};
-  const std::tuple<const char*, std::int32_t, std::int32_t, std::int32_t, ZoneTransition, ZoneTransition>
-      cases[] = {
-          {"IST-5:30", 2025, -330, 0, never, never},
-          {"EST5EDT", 2025, 300, -60, {0, 11, 0, 1, 2}, {0, 3, 0, 2, 2}},
-          {"<+1030>-10:30<+11>-11,M10.1.0,M4.1.0", 2025, -630, -30, {0, 4, 0, 1, 2}, {0, 10, 0, 1, 2}},
-          {"EET-2EEST,M4.5.5/0,M10.5.4/24", 2025, -120, -60, {2025, 10, 5, 31, 0}, {0, 4, 5, 5, 0}},
-          {"EET-2EEST,M4.5.5/0,M10.5.4/24", 2026, -120, -60, {2026, 10, 5, 30, 0}, {0, 4, 5, 5, 0}},
-          {"<-02>2<-01>,M3.5.0/-1,M10.5.0/0", 2025, 120, -60, {0, 10, 0, 5, 0}, {2025, 3, 6, 29, 23}},
-          {"<-02>2<-01>,M3.5.0/-1:30,M10.5.0/0", 2025, 120, -60, {0, 10, 0, 5, 0}, {2025, 3, 6, 29, 22, 30}},
-          {"EET-2EEST,M3.4.4/50,M10.4.4/50", 2025, -120, -60, {2025, 10, 6, 25, 2}, {2025, 3, 6, 29, 2}},
-          {"AAA3BBB,J60/2,J300/2:30:15", 2024, 180, -60, {2024, 10, 0, 27, 2, 30, 15}, {2024, 3, 5, 1, 2}},
-          {"AAA3BBB,59,299", 2024, 180, -60, {2024, 10, 6, 26, 2}, {2024, 2, 4, 29, 2}},
-          {"AAA3BBB,59,299", 2025, 180, -60, {2025, 10, 1, 27, 2}, {2025, 3, 6, 1, 2}},
-          {"IST-1GMT0,M10.5.0,M3.5.0/1", 2025, 0, -60, {0, 10, 0, 5, 2}, {0, 3, 0, 5, 1}},
-          {"EST5EDT,0/0,J365/25", 2024, 240, 0, never, never}};
-  for (const auto& [text, year, bias, daylightBias, standard, daylight] : cases) {
+  const std::tuple<const char*, std::int32_t, std::int32_t, ZoneTransition, ZoneTransition> cases[] = {
+      {"IST-5:30", -330, 0, never, never},
+      {"EST5EDT", 300, -60, {0, 11, 0, 1, 2}, {0, 3, 0, 2, 2}},
+      {"<+1030>-10:30<+11>-11,M10.1.0,M4.1.0", -630, -30, {0, 4, 0, 1, 2}, {0, 10, 0, 1, 2}},
+      {"EET-2EEST,M4.5.5/0,M10.5.4/24", -120, -60, {0, 10, 4, 5, 24}, {0, 4, 5, 5, 0}},
+      {"<-02>2<-01>,M3.5.0/-1,M10.5.0/0", 120, -60, {0, 10, 0, 5, 0}, {0, 3, 0, 5, -1}},
+      {"<-02>2<-01>,M3.5.0/-1:30:10,M10.5.0/0", 120, -60, {0, 10, 0, 5, 0}, {0, 3, 0, 5, -2, 29, 50}},
+      {"AAA3BBB,J60/2,J300/26:30:15", 180, -60, {1, 10, 0, 27, 26, 30, 15}, {1, 3, 0, 1, 2}},
+      {"AAA3BBB,59,365", 180, -60, {1, 12, 0, 31, 2}, {1, 3, 0, 1, 2}},
+      {"IST-1GMT0,M10.5.0,M3.5.0/1", 0, -60, {0, 10, 0, 5, 2}, {0, 3, 0, 5, 1}},
+      {"EST5EDT,0/0,J365/25", 240, 0, never, never}};
+  for (const auto& [text, bias, daylightBias, standard, daylight] : cases) {
     const auto tz = parsePosixTz(text);
     ASSERT_TRUE(tz) << text;
-    EXPECT_EQ(zoneRuleFromTz(*tz, year), (ZoneRule{bias, 0, daylightBias, standard, daylight})) << text;
+    EXPECT_EQ(zoneRuleFromTz(*tz), (ZoneRule{bias, 0, daylightBias, standard, daylight})) << text;
   }
   for (const char* text : {"", "E5", "EST", "EST5EDT,", "EST5EDT,M3.2.0", "EST5EDT,M13.2.0,M11.1.0", "<+05-5",
                            "EST5EDT,M3.2.0,M11.1.0x", "EST5EDT,M3.0.0,M11.1.0", "EST168", "EST5EDT,J0,J9",
@@ -132,11 +128,11 @@ TEST(Zones, DamagedFilesGiveARuleOrNone) {
     const auto tz = footer ? parsePosixTz(*footer) : std::nullopt;
     refused += !tz;
     if (!tz) continue;
-    const ZoneRule rule = zoneRuleFromTz(*tz, 2024);
+    const ZoneRule rule = zoneRuleFromTz(*tz);
     EXPECT_LE(std::abs(rule.Bias), 1440);
     for (const ZoneTransition& change : {rule.StandardDate, rule.DaylightDate}) {
-      EXPECT_GE(change.Hour, 0);
-      EXPECT_LT(change.Hour, 24);
+      EXPECT_LE(std::abs(change.Hour), 168);
+      EXPECT_TRUE(change.Month == 0 || (change.Day >= 1 && change.Day <= 31));
     }
   }
   EXPECT_GT(refused, 1000);

@@ -29,8 +29,7 @@ std::string zoneFile(std::string_view name) {
 
 std::optional<ZoneRule> ruleOfText(std::string_view text) {
   const auto tz = parsePosixTz(text);
-  if (!tz) return std::nullopt;
-  return zoneRuleFromTz(*tz, current().clock().utc().Year);
+  return tz ? std::optional(zoneRuleFromTz(*tz)) : std::nullopt;
 }
 
 std::optional<ZoneRule> ruleOfFile(std::string_view file) {

@@ -10,8 +10,7 @@
 namespace hy_wristlog::platform {
 
 /// Zone records made from the rules in the system's tz database (/usr/share/zoneinfo, or the folder that
-/// TZDIR names). A rule with changes that only a date can express holds for the present year, and the
-/// thread's clock says which that is.
+/// TZDIR names): for every year the rule that its last years go by, whatever the clock says.
 ///
 /// The machine's own zone is what TZ says, else /etc/localtime, else /etc/timezone. It is found under its
 /// name, under another name of the same zone, then by a rule that is the same. A machine that runs on UTC

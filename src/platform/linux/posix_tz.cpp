@@ -1,12 +1,15 @@
 #include "platform/linux/posix_tz.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
 namespace hy_wristlog::platform {
 namespace {
 
-constexpr std::int32_t SecondsADay = 86400;
+constexpr std::int32_t SecondsADay = 86400, SecondsAnHour = 3600;
+/// Any year of 365 days: days of the year become the dates that they are in such years.
+constexpr std::int32_t CommonYear = 2001, LastDayOfYear = 364;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
@@ -59,7 +62,7 @@ class TzReader {
       if (!number(0, 59, minutes)) return false;
       if (take(':') && !number(0, 59, rest)) return false;
     }
-    seconds = hours * 3600 + minutes * 60 + rest;
+    seconds = hours * SecondsAnHour + minutes * 60 + rest;
     if (negative) seconds = -seconds;
     return true;
   }
@@ -107,14 +110,12 @@ sys_days dayOfChange(const TzChange& change, std::int32_t year) {
       if (change.Week == 5) return month / weekday[ch::last];
       return month / weekday[static_cast<unsigned>(change.Week)];
     }
-    case TzChange::Form::DayWithoutLeap: {
-      const bool behindLeapDay = ch::year{year}.is_leap() && change.Day >= 60;
-      return firstOfYear(year) + days{change.Day - (behindLeapDay ? 0 : 1)};
-    }
+    case TzChange::Form::DayWithoutLeap:
+      return firstOfYear(year) + days{change.Day - 1};
     case TzChange::Form::DayOfYear:
       break;
   }
-  return firstOfYear(year) + days{change.Day};
+  return firstOfYear(year) + days{std::min(change.Day, LastDayOfYear)};
 }
 
 std::int64_t secondsUtc(const TzChange& change, std::int32_t year, std::int32_t offset) {
@@ -123,32 +124,31 @@ std::int64_t secondsUtc(const TzChange& change, std::int32_t year, std::int32_t 
 }
 
 /// RFC 9636 writes daylight time all year round as a period that ends when the next one starts.
-bool lastsAllYear(const PosixTz& tz, std::int32_t year) {
-  return secondsUtc(tz.DaylightEnd, year, tz.DaylightOffset) >=
-         secondsUtc(tz.DaylightStart, year + 1, tz.StandardOffset);
+bool lastsAllYear(const PosixTz& tz) {
+  return secondsUtc(tz.DaylightEnd, CommonYear, tz.DaylightOffset) >=
+         secondsUtc(tz.DaylightStart, CommonYear + 1, tz.StandardOffset);
 }
 
-ZoneTransition transition(const TzChange& change, std::int32_t year) {
+ZoneTransition transition(const TzChange& change) {
   ZoneTransition result;
-  std::int32_t seconds = change.Seconds;
-  if (change.DateForm == TzChange::Form::WeekdayOfMonth && seconds >= 0 && seconds < SecondsADay) {
+  if (change.DateForm == TzChange::Form::WeekdayOfMonth) {
     result.Month = static_cast<std::int16_t>(change.Month);
     result.DayOfWeek = static_cast<std::int16_t>(change.Day);
     result.Day = static_cast<std::int16_t>(change.Week);
   } else {
-    const std::int32_t wholeDays =
-        seconds >= 0 ? seconds / SecondsADay : -((-seconds + SecondsADay - 1) / SecondsADay);
-    seconds -= wholeDays * SecondsADay;
-    const sys_days day = dayOfChange(change, year) + days{wholeDays};
-    const std::chrono::year_month_day date{day};
-    result.Year = static_cast<std::int16_t>(static_cast<int>(date.year()));
+    constexpr std::int16_t FixedDate = 1;
+    const std::chrono::year_month_day date{dayOfChange(change, CommonYear)};
+    result.Year = FixedDate;
     result.Month = static_cast<std::int16_t>(static_cast<unsigned>(date.month()));
     result.Day = static_cast<std::int16_t>(static_cast<unsigned>(date.day()));
-    result.DayOfWeek = static_cast<std::int16_t>(std::chrono::weekday{day}.c_encoding());
   }
-  result.Hour = static_cast<std::int16_t>(seconds / 3600);
-  result.Minute = static_cast<std::int16_t>(seconds / 60 % 60);
-  result.Second = static_cast<std::int16_t>(seconds % 60);
+  // The hour alone takes the sign, and the hours of other days: "the day after the fourth Thursday, at 2:00"
+  // is hour 26 of a Thursday, and no weekday of the month in every year.
+  const std::int32_t hour = (change.Seconds - (change.Seconds < 0 ? SecondsAnHour - 1 : 0)) / SecondsAnHour;
+  const std::int32_t rest = change.Seconds - hour * SecondsAnHour;
+  result.Hour = static_cast<std::int16_t>(hour);
+  result.Minute = static_cast<std::int16_t>(rest / 60);
+  result.Second = static_cast<std::int16_t>(rest % 60);
   return result;
 }
 
@@ -174,16 +174,16 @@ std::optional<PosixTz> parsePosixTz(std::string_view text) {
   return tz;
 }
 
-ZoneRule zoneRuleFromTz(const PosixTz& tz, std::int32_t year) {
+ZoneRule zoneRuleFromTz(const PosixTz& tz) {
   ZoneRule rule;
   rule.Bias = -tz.StandardOffset / 60;
   if (!tz.HasDaylight || tz.DaylightOffset == tz.StandardOffset) return rule;
-  if (lastsAllYear(tz, year)) {
+  if (lastsAllYear(tz)) {
     rule.Bias = -tz.DaylightOffset / 60;
     return rule;
   }
-  rule.DaylightDate = transition(tz.DaylightStart, year);
-  rule.StandardDate = transition(tz.DaylightEnd, year);
+  rule.DaylightDate = transition(tz.DaylightStart);
+  rule.StandardDate = transition(tz.DaylightEnd);
   std::int32_t daylightOffset = tz.DaylightOffset;
   if (daylightOffset < tz.StandardOffset) {
     rule.Bias = -daylightOffset / 60;

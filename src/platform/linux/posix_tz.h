@@ -28,9 +28,10 @@ struct PosixTz {
 /// None when the text is not a rule. A daylight name without changes has those of the United States.
 std::optional<PosixTz> parsePosixTz(std::string_view text);
 
-/// The rule as a zone record keeps it. Changes that a recurring weekday of a month cannot express (days of
-/// the year, hours outside 0 to 23) become the dates that they mean in `year`. A rule whose "daylight" time
-/// is the earlier one is turned round, so that DaylightBias is never positive.
-ZoneRule zoneRuleFromTz(const PosixTz& tz, std::int32_t year);
+/// The rule as a zone record keeps it, the same for every year. Days of the year become the dates that they
+/// are in years without a leap day, so that in leap years those counted with it come a day late from March
+/// on. A rule whose "daylight" time is the earlier one is turned round, so that DaylightBias is never
+/// positive.
+ZoneRule zoneRuleFromTz(const PosixTz& tz);
 
 }  // namespace hy_wristlog::platform
