@@ -32,6 +32,24 @@ std::string temporaryFolder() {
   }
 }
 
+/// Strikes each piece of the file: the disk may be full in the middle.
+class FaultyNewFile : public platform::NewFile {
+ public:
+  FaultyNewFile(std::unique_ptr<platform::NewFile> inner, SystemFault& fault)
+      : inner_(std::move(inner)), fault_(fault) {}
+
+ protected:
+  void write(std::string_view piece) override {
+    strike(fault_);
+    inner_->add(piece);
+  }
+  void takePlace() override { inner_->finish(); }
+
+ private:
+  std::unique_ptr<platform::NewFile> inner_;
+  SystemFault& fault_;
+};
+
 class SimulatedDeviceList : public platform::DeviceList {
  public:
   SimulatedDeviceList(Docks docks, WorldFaults& faults) : docks_(std::move(docks)), faults_(faults) {}
@@ -193,9 +211,8 @@ std::string FaultyFiles::read(const std::string& path) {
   return files_.read(path);
 }
 
-void FaultyFiles::write(const std::string& path, std::string_view content) {
-  strike(faults_.FileWrite);
-  files_.write(path, content);
+std::unique_ptr<platform::NewFile> FaultyFiles::create(const std::string& path) {
+  return std::make_unique<FaultyNewFile>(files_.create(path), faults_.FileWrite);
 }
 
 void FaultyFiles::makeFolder(const std::string& path, bool forEveryone) {

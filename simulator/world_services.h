@@ -103,7 +103,7 @@ class FaultyFiles : public platform::Files {
   FaultyFiles(platform::Platform& inner, WorldFaults& faults) : files_(inner.files()), faults_(faults) {}
   platform::FileState state(const std::string& path) override { return files_.state(path); }
   std::string read(const std::string& path) override;
-  void write(const std::string& path, std::string_view content) override;
+  std::unique_ptr<platform::NewFile> create(const std::string& path) override;
   bool remove(const std::string& path) override { return files_.remove(path); }
   void makeFolder(const std::string& path, bool forEveryone) override;
 

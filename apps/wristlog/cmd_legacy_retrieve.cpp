@@ -53,7 +53,7 @@ void writeFiles(const RecordingFiles& files, LegacySession& session, const hw::L
     if (!details.Memory.empty()) files.writeFile("raw.bin", bytesAsText(details.Memory));
     if (!details.SetupText.empty()) files.writeFile("setup.txt", details.SetupText);
     if (result.Code != 0) return;
-    files.writeFile("series.csv", seriesCsv(session.logger()));
+    files.writeFile("series.csv", [&](hw::platform::NewFile& file) { addSeriesCsv(file, session.logger()); });
     files.writeFile("recording.json", summaryOf(session.logger(), details, result.Subject)
                                               .dump(2, ' ', false, Json::error_handler_t::replace) +
                                           "\n");

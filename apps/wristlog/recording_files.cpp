@@ -41,10 +41,9 @@ auto onFiles(const std::string& path, const Operation& operation) {
   }
 }
 
-std::string eventsCsv(const hw::Class_VardenLogger& logger) {
-  std::string text = "\"Time\",\"Event\",\"Record\"\n";
-  for (const std::string& event : engineering::events(logger)) text += event + "\n";
-  return text;
+void addEventsCsv(platform::NewFile& file, const hw::Class_VardenLogger& logger) {
+  file.add("\"Time\",\"Event\",\"Record\"\n");
+  for (const std::string& event : engineering::events(logger)) file.add(event + "\n");
 }
 
 }  // namespace
@@ -114,8 +113,8 @@ bool RecordingFiles::isFromDemo() const {
 
 void RecordingFiles::write(hw::Class_VardenLogger& logger, const Json& summary) const {
   writeRaw(logger);
-  writeFile("series.csv", seriesCsv(logger));
-  writeFile("events.csv", eventsCsv(logger));
+  writeFile("series.csv", [&](platform::NewFile& file) { addSeriesCsv(file, logger); });
+  writeFile("events.csv", [&](platform::NewFile& file) { addEventsCsv(file, logger); });
   writeFile("recording.json", summary.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
 }
 
@@ -160,9 +159,16 @@ std::vector<std::string> RecordingFiles::paths() const {
 }
 
 void RecordingFiles::writeFile(const std::string& name, const std::string& content) const {
+  writeFile(name, [&](platform::NewFile& file) { file.add(content); });
+}
+
+void RecordingFiles::writeFile(const std::string& name,
+                               const std::function<void(platform::NewFile&)>& addContent) const {
   onFiles(path(name), [&](platform::Files& files) {
     const SignalsHeld held;
-    files.write(path(name), content);
+    const auto file = files.create(path(name));
+    addContent(*file);
+    file->finish();
   });
 }
 

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "picture/recording.h"
+#include "platform/platform.h"
 #include "session.h"
 
 namespace wristlog {
@@ -37,6 +39,9 @@ class RecordingFiles {
   /// Only what decoding again needs, for a recording that could not be decoded.
   void writeRaw(hy_wristlog::Class_VardenLogger& logger) const;
   void writeFile(const std::string& name, const std::string& content) const;
+  /// The same with a content that is made while it is written.
+  void writeFile(const std::string& name,
+                 const std::function<void(hy_wristlog::platform::NewFile&)>& addContent) const;
   /// Writes session.log, session-2.log, ..., the first that does not exist, and returns its path.
   std::string writeSessionLog(const std::string& text) const;
   std::vector<std::string> paths() const;

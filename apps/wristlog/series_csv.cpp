@@ -14,12 +14,12 @@ namespace wristlog {
 
 namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
+namespace platform = hy_wristlog::platform;
 
 namespace {
 
 constexpr double SecondsPerDay = 86400;
 constexpr std::int64_t DayCountOf1970 = 25569;
-constexpr std::size_t UsualRow = 80;
 
 template <class Number>
 void append(std::string& text, Number value) {
@@ -98,10 +98,10 @@ class Columns {
 
 /// The heading and a row for each of the logger's samples, the first of them at `startDate` (UTC).
 template <class Logger>
-std::string csvOf(const Columns& columns, const Logger& logger, double startDate) {
-  std::string text = columns.heading() + "\n";
+void addRows(platform::NewFile& file, const Columns& columns, const Logger& logger, double startDate) {
+  file.add(columns.heading() + "\n");
   const auto samples = static_cast<std::size_t>(std::max(0, logger.Get_Samples()));
-  if (samples == 0) return text;
+  if (samples == 0) return;
 
   const std::int64_t start = secondsOf(startDate);
   const auto timeOf = [&](std::size_t row) {
@@ -111,8 +111,7 @@ std::string csvOf(const Columns& columns, const Logger& logger, double startDate
       engineering::offsetPeriods(logger, startDate, static_cast<double>(timeOf(samples)) / SecondsPerDay);
   auto next = periods.begin();
   std::int32_t offset = 0;
-  std::string suffix;
-  text.reserve(samples * UsualRow);
+  std::string suffix, text;
   for (std::size_t row = 0; row < samples; ++row) {
     const std::int64_t utc = timeOf(row);
     for (; next != periods.end() && secondsOf(next->FromUtc) <= utc; ++next) {
@@ -126,13 +125,14 @@ std::string csvOf(const Columns& columns, const Logger& logger, double startDate
     text += 'Z';
     columns.appendRow(text, row);
     text += '\n';
+    file.add(text);
+    text.clear();
   }
-  return text;
 }
 
 }  // namespace
 
-std::string seriesCsv(const hw::Class_VardenLogger& logger) {
+void addSeriesCsv(platform::NewFile& file, const hw::Class_VardenLogger& logger) {
   Columns columns;
   columns.add("activity", logger.Get_ActivityArray());
   columns.add("light_lux", logger.Get_LightArray());
@@ -142,16 +142,16 @@ std::string seriesCsv(const hw::Class_VardenLogger& logger) {
   columns.add("marker", logger.Get_MarkerArray());
   columns.add("marker2", engineering::marker2(logger));
   columns.add("off_wrist", logger.Get_WristStatusArray());
-  return csvOf(columns, logger, logger.Get_StartTimeGMT());
+  addRows(file, columns, logger, logger.Get_StartTimeGMT());
 }
 
-std::string seriesCsv(const hw::Class_Pendrel& logger) {
+void addSeriesCsv(platform::NewFile& file, const hw::Class_Pendrel& logger) {
   Columns columns;
   columns.add("activity", logger.Get_ActivityArray());
   if (logger.Get_AcquisitionMode() == hw::PD_Mode_ActivityAndSteps)
     columns.add("steps", logger.Get_StepsArray());
   columns.add("marker", logger.Get_MarkerArray());
-  return csvOf(columns, logger, engineering::startUtc(logger));
+  addRows(file, columns, logger, engineering::startUtc(logger));
 }
 
 }  // namespace wristlog

@@ -40,6 +40,36 @@ std::shared_ptr<Platform> use(std::shared_ptr<Platform> world) {
   return std::exchange(threadWorld(), std::move(world));
 }
 
+void NewFile::pass(std::string_view piece) {
+  begun_ = true;
+  write(piece);
+}
+
+void NewFile::add(std::string_view text) {
+  constexpr std::size_t Piece = 65536;
+  if (waiting_.size() + text.size() < Piece) {
+    waiting_ += text;
+    return;
+  }
+  if (!waiting_.empty()) pass(waiting_);
+  waiting_.clear();
+  if (text.size() < Piece)
+    waiting_ += text;
+  else
+    pass(text);
+}
+
+void NewFile::finish() {
+  if (!waiting_.empty() || !begun_) pass(waiting_);
+  takePlace();
+}
+
+void Files::write(const std::string& path, std::string_view content) {
+  const std::unique_ptr<NewFile> file = create(path);
+  file->add(content);
+  file->finish();
+}
+
 Host& Platform::host() {
   if (!host_) host_ = std::make_shared<Host>();
   return *host_;

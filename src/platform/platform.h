@@ -192,14 +192,39 @@ struct FileState {
   bool Hidden = false;
 };
 
+/// A file in the making. It takes its place whole when it is finished; without that nothing has happened, and
+/// a former file stands unharmed. Members raise SystemError, and are of no use behind that.
+class HY_WRISTLOG_API NewFile {
+ public:
+  NewFile() = default;
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+  virtual ~NewFile() = default;
+  void add(std::string_view text);
+  void finish();
+
+ protected:
+  /// Called once at least.
+  virtual void write(std::string_view piece) = 0;
+  virtual void takePlace() = 0;
+
+ private:
+  void pass(std::string_view piece);
+
+  std::string waiting_;
+  bool begun_ = false;
+};
+
 /// Whole files. Paths are absolute or relative Linux paths. Members raise SystemError.
 class HY_WRISTLOG_API Files {
  public:
   virtual ~Files() = default;
   virtual FileState state(const std::string& path) = 0;
   virtual std::string read(const std::string& path) = 0;
+  /// Replaces the file when it is finished.
+  virtual std::unique_ptr<NewFile> create(const std::string& path) = 0;
   /// Replaces the file whole: after a failure the former file stands unharmed.
-  virtual void write(const std::string& path, std::string_view content) = 0;
+  void write(const std::string& path, std::string_view content);
   /// False when there was no file.
   virtual bool remove(const std::string& path) = 0;
   /// One folder level; `forEveryone` gives it mode 1777. An existing folder is left as it is.

@@ -61,6 +61,23 @@ mode_t modeOfTarget(int folder, const std::string& name) {
   return status.st_mode & 0777;
 }
 
+class LinuxNewFile final : public NewFile {
+ public:
+  explicit LinuxNewFile(const SplitPath& path)
+      : name_(path.Name),
+        folder_(openFolder(path.Folder)),
+        file_(folder_.get(), modeOfTarget(folder_.get(), name_)) {}
+
+ protected:
+  void write(std::string_view piece) override { file_.write(piece); }
+  void takePlace() override { file_.rename(name_); }
+
+ private:
+  std::string name_;
+  Descriptor folder_;
+  TemporaryFile file_;
+};
+
 }  // namespace
 
 FileState LinuxFiles::state(const std::string& path) {
@@ -93,13 +110,10 @@ std::string LinuxFiles::read(const std::string& path) {
   return readToEnd(file.get(), LongestFile);
 }
 
-void LinuxFiles::write(const std::string& path, std::string_view content) {
+std::unique_ptr<NewFile> LinuxFiles::create(const std::string& path) {
   const SplitPath parts = split(path);
   if (parts.Name.empty() || parts.Name == "." || parts.Name == "..") raiseSystemError(EISDIR);
-  const Descriptor folder = openFolder(parts.Folder);
-  TemporaryFile file{folder.get(), modeOfTarget(folder.get(), parts.Name)};
-  file.write(content);
-  file.rename(parts.Name);
+  return std::make_unique<LinuxNewFile>(parts);
 }
 
 bool LinuxFiles::remove(const std::string& path) {

@@ -11,7 +11,7 @@ class LinuxFiles final : public Files {
  public:
   FileState state(const std::string& path) override;
   std::string read(const std::string& path) override;
-  void write(const std::string& path, std::string_view content) override;
+  std::unique_ptr<NewFile> create(const std::string& path) override;
   bool remove(const std::string& path) override;
   void makeFolder(const std::string& path, bool forEveryone) override;
 };

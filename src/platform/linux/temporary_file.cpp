@@ -44,16 +44,21 @@ void TemporaryFile::write(std::string_view content) {
     if (count < 0) raiseSystemError();
     content.remove_prefix(static_cast<std::size_t>(count));
   }
+}
+
+void TemporaryFile::settle() {
   if (::fsync(file_.get()) != 0) raiseSystemError();
 }
 
 void TemporaryFile::rename(const std::string& name) {
+  settle();
   if (::renameat(folder_, name_.c_str(), folder_, name.c_str()) != 0) raiseSystemError();
   name_.clear();
   ::fsync(folder_);
 }
 
 bool TemporaryFile::renameUnlessTaken(const std::string& name) {
+  settle();
   if (::renameat2(folder_, name_.c_str(), folder_, name.c_str(), RENAME_NOREPLACE) != 0) {
     if (errno == EEXIST) return false;
     // A file system that cannot tell: the last one wins.

@@ -18,13 +18,16 @@ class TemporaryFile {
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   ~TemporaryFile();
 
-  /// All of it, down to the disk.
+  /// Adds all of it.
   void write(std::string_view content);
+  /// Once everything is on the disk.
   void rename(const std::string& name);
   /// False when the name is taken.
   bool renameUnlessTaken(const std::string& name);
 
  private:
+  void settle();
+
   int folder_;
   std::string name_;
   Descriptor file_;
