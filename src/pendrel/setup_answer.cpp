@@ -6,7 +6,6 @@
 
 #include "base/code_page.h"
 #include "base/dates.h"
-#include "base/faults.h"
 #include "base/numbers.h"
 #include "pendrel/subject_text.h"
 
@@ -69,7 +68,8 @@ double dateOf(double day, double month, double year) {
   return dateSerial(roundToInt32(year), roundToInt32(month), roundToInt32(day));
 }
 
-double startDate(std::string_view line) {
+/// Of the first eight characters.
+double dateOf(std::string_view line) {
   const auto day = parseNumber(characters(line, 1, 2)), month = parseNumber(characters(line, 4, 5)),
              year = parseNumber(characters(line, 7, 8));
   return day && month && year ? dateOf(*day, *month, *year) : UnknownDate;
@@ -81,16 +81,13 @@ double startTime(std::string_view line) {
   return timeSerial(roundToInt32(*hour), roundToInt32(*minute), 0);
 }
 
-/// Day and year are looked at before they are read, the month is not.
-double batteryDate(std::string_view line) {
-  const auto day = parseNumber(characters(line, 1, 2)), month = parseNumber(characters(line, 4, 5)),
-             year = parseNumber(characters(line, 7, 8));
-  if (!day || !year) return UnknownDate;
-  if (!month) fault::raise(fault::TypeMismatch);
-  return dateOf(*day, *month, *year);
-}
-
 }  // namespace
+
+bool hasTwoDigitYear(double date) {
+  constexpr std::int32_t Century = 100;
+  const std::int32_t year = civilFromDate(date).Year;
+  return civilFromDate(dateSerial(year % Century, 1, 1)).Year == year;
+}
 
 void takeDeviceRecord(PendrelRecord& record, std::string_view line7) {
   record.SerialNumber =
@@ -110,14 +107,12 @@ void takeSetup(PendrelRecord& record, const SetupLines& lines) {
   record.BytesUsed = std::min(bytesOfPointer(lastCharacters(lines[4], 4)), record.Get_MaxBytesUsed());
 
   const bool hasStart = lines[5].size() == StartLength;
-  record.StartDate = hasStart ? startDate(lines[5]) : UnknownDate;
+  record.StartDate = hasStart ? dateOf(lines[5]) : UnknownDate;
   record.StartTime = hasStart ? startTime(lines[5]) : UnknownDate;
   record.ActivityCalibration = byteField(lines[7], 5).value_or(0);
   const auto resets = byteField(lines[7], 16);
   record.Resets = resets ? std::int16_t{*resets} : std::int16_t{-1};
-
-  record.BatteryDate = UnknownDate;
-  if (lines[6].size() == BatteryDateLength) record.BatteryDate = batteryDate(lines[6]);
+  record.BatteryDate = lines[6].size() == BatteryDateLength ? dateOf(lines[6]) : UnknownDate;
 }
 
 }  // namespace hy_wristlog

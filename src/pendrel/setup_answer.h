@@ -26,12 +26,12 @@ using SetupLines = std::array<std::string, 8>;
 void takeDeviceRecord(PendrelRecord& record, std::string_view line7);
 
 /// Takes all else: the subject, which is decoded, EpochLength, SetupLine3Value, BytesUsed (at most
-/// Get_MaxBytesUsed), StartDate and StartTime, ActivityCalibration (0 unknown), Resets (-1 unknown), and
-/// BatteryDate last. The device record must have been taken before. Days that a month does not have carry
-/// into the next one.
-///
-/// Raises 13 for a battery date with numbers for day and year and a month that is none; BatteryDate is then
-/// unknown, and all else has been taken.
+/// Get_MaxBytesUsed), StartDate and StartTime, BatteryDate, ActivityCalibration (0 unknown) and Resets (-1
+/// unknown). The device record must have been taken before. Days that a month does not have carry into the
+/// next one.
 void takeSetup(PendrelRecord& record, const SetupLines& lines);
+
+/// Whether the two digits of a year that a logger keeps are read back as the year of `date`: 1930 to 2029.
+bool hasTwoDigitYear(double date);
 
 }  // namespace hy_wristlog

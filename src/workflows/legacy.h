@@ -23,6 +23,7 @@ struct LegacyDetails {
   double MaxRecordingTime = 0;       ///< days that the memory lasts in the present mode and epoch
   std::string SetupText;             ///< the lines of the set-up as they came, CR LF behind each
   std::vector<std::uint8_t> Memory;  ///< what the last retrieval read of the memory, whatever its code
+  bool SetupTouched = false;  ///< the last ConfigureLegacy began to change the logger, whatever its code
 };
 
 /// The workflows of a Class_Main for a Pendrel logger in a Pendreader. The public interface refuses the
@@ -52,9 +53,10 @@ class HY_WRISTLOG_API LegacyWorkflows {
   /// `TimeZoneAbbrev` is one of the zone catalogue's three letters; empty takes the machine's zone.
   /// `DataCollectionLocalStartTime` are local logger seconds, cut to the minute, 0: as soon as possible. The
   /// start lies from the next full minute on (the next but one when the minute has begun) within 32896
-  /// epochs, else 10007. An empty Identity or GUID of the subject is filled in. The memory of a logger with
-  /// steps is cleared unless LegacyClearMemoryOnConfigure is false. The outputs,
-  /// `DataCollectionLocalStartTime` among them, are set on success.
+  /// epochs, else 10007, and not behind 2029, else 10018: a logger keeps two digits of the year. An empty
+  /// Identity or GUID of the subject is filled in. The memory of a logger with steps is cleared unless
+  /// LegacyClearMemoryOnConfigure is false. The outputs, `DataCollectionLocalStartTime` among them, are set
+  /// on success.
   std::int32_t ConfigureLegacy(enmPDLoggingMode AcquisitionMode, std::int32_t EpochLength,
                                Class_Subject& Subject, const std::string& TimeZoneAbbrev, bool AutoDSTadjust,
                                std::int32_t& DataCollectionLocalStartTime, bool SearchCOMport,
@@ -65,7 +67,7 @@ class HY_WRISTLOG_API LegacyWorkflows {
   /// `Unread` is read by nothing.
   std::int32_t RetrieveLegacy(Class_Subject& Subject, bool Unread, float& BatteryLifeRemaining,
                               bool SearchCOMport, bool RepairSetup);
-  /// `DateText` is six digits: day, month, year. 10018 for a day that there is not.
+  /// `DateText` is six digits: day, month, year (30 to 99: 1930 to 1999). 10018 for a day that there is not.
   std::int32_t UpdateBatteryDate(const std::string& DateText, bool SearchCOMport);
   /// Tries ports 1 to 64, some three seconds each; the first with a prompt goes to Settings.INI. A port that
   /// fails in whatever way is passed over. The outputs are set when a port was found, even if Settings.INI

@@ -3,6 +3,7 @@
 #include "base/dates.h"
 #include "base/faults.h"
 #include "pendrel/Pendrel.h"
+#include "pendrel/setup_answer.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "tools/Class_Tools.h"
 #include "workflows/configure_times.h"
@@ -59,10 +60,14 @@ class ConfigureLegacyWorkflow {
 
   std::int32_t run() {
     using Step = bool (ConfigureLegacyWorkflow::*)();
-    constexpr Step Steps[] = {&ConfigureLegacyWorkflow::clearMemory, &ConfigureLegacyWorkflow::settleStart,
-                              &ConfigureLegacyWorkflow::fillLogger,  &ConfigureLegacyWorkflow::sendSetup,
-                              &ConfigureLegacyWorkflow::verify,      &ConfigureLegacyWorkflow::sendStart};
+    // The start is settled again behind the clearing, which takes its time; a start that cannot be had is
+    // refused while the recording is still there.
+    constexpr Step Steps[] = {&ConfigureLegacyWorkflow::settleStart, &ConfigureLegacyWorkflow::clearMemory,
+                              &ConfigureLegacyWorkflow::settleStart, &ConfigureLegacyWorkflow::fillLogger,
+                              &ConfigureLegacyWorkflow::sendSetup,   &ConfigureLegacyWorkflow::verify,
+                              &ConfigureLegacyWorkflow::sendStart};
     return run_.run([&] {
+      state_.LegacySetupTouched = false;
       if (!checkArguments() || !reachLegacyLogger(run_, workflows_, state_, request_.SearchCOMport)) return;
       for (const Step step : Steps)
         if (!(this->*step)() || run_.aborted()) return;
@@ -102,7 +107,9 @@ class ConfigureLegacyWorkflow {
     const enmDeviceType type = record().Get_DeviceType();
     const bool clears = type == KR_PENDREL_CRC_STEPS ||
                         (type == KR_PENDREL && record().FirmwareVersion >= FirstFirmwareThatClears);
-    if (state_.LegacyClearMemoryOnConfigure && clears) run_.step([&] { logger().subClearMemory(0); });
+    if (!state_.LegacyClearMemoryOnConfigure || !clears) return true;
+    state_.LegacySetupTouched = true;
+    run_.step([&] { logger().subClearMemory(0); });
     return true;
   }
 
@@ -122,7 +129,9 @@ class ConfigureLegacyWorkflow {
       }
       return !isBefore(startUtc_, earliest) && !isBefore(latest, startUtc_);
     });
-    return within || run_.endWith(ReturnCode::WrongStart);
+    if (!within) return run_.endWith(ReturnCode::WrongStart);
+    // Another year would be read back as one of another century, now and whenever the recording is retrieved.
+    return run_.step([&] { return hasTwoDigitYear(startLocal_); }) || run_.endWith(ReturnCode::WrongDate);
   }
 
   bool fillLogger() {
@@ -148,6 +157,7 @@ class ConfigureLegacyWorkflow {
   }
 
   bool sendSetup() {
+    state_.LegacySetupTouched = true;
     run_.step([&] { logger().subSendSetup(false); });
     run_.step([&] { logger().subCloseCOMport(); });
     return true;

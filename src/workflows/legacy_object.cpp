@@ -25,6 +25,7 @@ LegacyDetails LegacyWorkflows::Details() const {
       record.Get_MaxRecordingTime() * std::max<std::int16_t>(record.MemorySizeKB, 0) / LargestMemoryKB;
   details.SetupText = utf8FromAnsiText(record.SetupText);
   const auto read = std::min(record.RawData.size(), static_cast<std::size_t>(state_.LegacyBytesRead));
+  details.SetupTouched = state_.LegacySetupTouched;
   details.Memory.assign(record.RawData.begin(), record.RawData.begin() + static_cast<std::ptrdiff_t>(read));
   return details;
 }

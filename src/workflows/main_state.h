@@ -22,6 +22,7 @@ struct MainState {
   bool LegacyClearMemoryOnConfigure = true;
   std::int16_t LegacyProgressPercent = 0;
   std::int32_t LegacyBytesRead = 0;  ///< of the memory, by the last retrieval
+  bool LegacySetupTouched = false;   ///< the last ConfigureLegacy began to change the logger
   std::int16_t MaxCommunicationRetries = 1;
   bool AtWork = false;  ///< inside Configure, GetStatus or Retrieve
 

@@ -46,7 +46,7 @@ TEST(PendrelSetupAnswer, ReadsEachLine) {
       {5, "32 01 09 12 30=-1 750|00 01 09 12 30=-1 750|.9 01 09 12 30=-1 750|01 xx 09 12 30=-1 750"},
       {5, "01 13 09 12 -1=-1 -1440|01 00 09 xx 30=-1 -1440|01 01 -9 1  +2=-1 62"},
       {5, "31 12 09 23 5=-1 -1440|31 12 09 23 590=-1 -1440"},
-      {6, "01 06 30=11110|01 06 3=-1|xx xx 09=-1|01 xx -x=-1|01 13 09=-1"},  // the day is looked at first
+      {6, "01 06 30=11110|01 06 3=-1|xx xx 09=-1|01 xx 09=-1|99 -- 09=-1|01    09=-1|01 13 09=-1"},
       {7, "C9A.64.12ab.FF.03=C9A12ab 154 64 100 3|B00.ff.0000.1F.FFrest=B000000 0 8 255 255"},
       {7, "Cxx.y0.0000.3F.-1=Cxx0000 0 16 0 -1|C9A.8=C9A 154 -1 0 -1|C9=C9 9 -1 0 -1|= 0 -1 0 -1"},
       {7, "\xEB\x39\x30.80.1234.7F.0=\xC3\xAB\x39\x30\x31\x32\x33\x34 144 32 128 -1"}};
@@ -57,19 +57,6 @@ TEST(PendrelSetupAnswer, ReadsEachLine) {
       changed[line] = text;
       EXPECT_EQ(fieldsOf(read(changed), line), fields) << line << ": " << text;
     }
-  }
-}
-
-TEST(PendrelSetupAnswer, AMonthThatIsNoNumberFails) {
-  for (const char* date : {"01 xx 09", "99 -- 09", "01    09"}) {
-    SetupLines lines = answer();
-    lines[6] = date;
-    PendrelRecord record;
-    record.BatteryDate = record.ActivityCalibration = 5;
-    takeDeviceRecord(record, lines[7]);
-    EXPECT_EQ(raisedBy([&] { takeSetup(record, lines); }), "13 Type mismatch") << date;
-    EXPECT_EQ(record.BatteryDate, -1);
-    EXPECT_EQ(fieldsOf(record, 7), "C9A12ab 154 64 100 3") << "no former logger's values";
   }
 }
 

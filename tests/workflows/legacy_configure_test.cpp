@@ -84,12 +84,29 @@ TEST(LegacyConfigure, HoldsTheStartWithinItsLimits) {
       {22 * Day, 60, 0}, {23 * Day, 60, 10007}, {150, 30, 10007, "GMT"},  {150 + 5 * 3600, 30, 0, "GMT"}};
   for (const auto& each : cases) {
     SCOPED_TRACE(std::to_string(each.In) + " " + each.Zone);
-    Desk desk(PendrelModel::Checksums);
+    Desk desk(PendrelModel::Steps);
     desk.start = desk.localIn(each.In);
     const std::int32_t wanted = desk.start;
     EXPECT_EQ(desk.configure(1, each.Epoch, each.Zone), each.Code);
     EXPECT_EQ(desk.start, each.Code == 0 ? wanted / 60 * 60 : wanted);
+    EXPECT_EQ(desk.heard().find('X') != std::string::npos, each.Code == 0)
+        << "refused with its recording kept";
     EXPECT_TRUE(desk.portClosed());
+  }
+}
+
+/// The year is told in two digits, and 30 means 1930.
+TEST(LegacyConfigure, AYearThatTwoDigitsCannotSayIsRefusedBeforeAnythingIsLost) {
+  constexpr std::int32_t TwelveHours = 12 * 3600;
+  const std::tuple<int, std::int32_t, std::int32_t> cases[] = {
+      {2029, 0, 0}, {2029, TwelveHours, 0}, {2029, 2 * TwelveHours, 10018}, {2030, 0, 10018}};
+  for (const auto& [year, in, code] : cases) {
+    auto options = optionsOf(PendrelModel::Steps);
+    options.World.Begins = std::chrono::sys_days{std::chrono::year{year} / 12 / 31} + 14h;
+    Desk desk(options);
+    desk.start = in == 0 ? 0 : desk.localIn(in);
+    EXPECT_EQ(desk.configure(), code) << year << ' ' << in;
+    EXPECT_EQ(desk.heard(), code == 0 ? "COXBADEPCOGW" : "CO");
   }
 }
 
@@ -113,15 +130,12 @@ TEST(LegacyConfigure, EveryStateHasItsCode) {
     std::string Zone = "EST";
   } cases[] = {
       {"mode 0", PendrelModel::Steps, Nothing, 10005, 0},
-      {"mode 3", PendrelModel::Steps, Nothing, 10005, 3},
       {"mode before epoch", PendrelModel::Steps, Nothing, 10005, 3, 7},
       {"epoch 120", PendrelModel::Steps, Nothing, 10006, 1, 120},
-      {"epoch 0", PendrelModel::Steps, Nothing, 10006, 1, 0},
       {"zone", PendrelModel::Plain, Nothing, 10019, 1, 30, "est"},
       {"the machine's zone", PendrelModel::Plain, Nothing, 0, 1, 30, ""},
       {"no settings", PendrelModel::Plain, NoSettings, 10001},
       {"no folder", PendrelModel::Plain, NoFolder, 10002},
-      {"no number", PendrelModel::Plain, settings("[Communications]\r\nCOMport=one\r\n"), 10001},
       {"port 0", PendrelModel::Plain, settings("[Communications]\nCOMport=0\n"), 10106},
       {"no such port", PendrelModel::Plain, NoPort, 10008},
       {"held", PendrelModel::Plain, HeldPort, 10008},
@@ -131,8 +145,6 @@ TEST(LegacyConfigure, EveryStateHasItsCode) {
       {"unknown family", PendrelModel::Plain, line(7, "Z90 80 1234 FF 00"), 10009},
       {"no firmware", PendrelModel::Steps, line(7, "B00 80 1234 FF 00"), 10010},
       {"no calibration", PendrelModel::Checksums, line(7, "C90 00 1234 FF 00"), 10011},
-      {"set-up sum", PendrelModel::Checksums, onCommand(&Faults::BadChecksum, 'C'), 10108},
-      {"mode sum", PendrelModel::Steps, onCommand(&Faults::BadChecksum, 'O'), 10108},
       {"read-back sum", PendrelModel::Checksums, onCommand(&Faults::BadChecksum, 'C', once(1)), 10108},
       {"epoch not taken", PendrelModel::Plain, onCommand(&Faults::Feigned, 'A'), 10012, 1, 60},
       {"mode not taken", PendrelModel::Steps, onCommand(&Faults::Feigned, 'P'), 10012, 2},
@@ -148,6 +160,8 @@ TEST(LegacyConfigure, EveryStateHasItsCode) {
     each.Before(desk);
     EXPECT_EQ(desk.configure(each.Mode, each.Epoch, each.Zone), each.Code);
     EXPECT_TRUE(desk.portClosed());
+    const bool touched = desk.heard().find_first_of("XB") != std::string::npos;
+    EXPECT_EQ(desk.workflows.Details().SetupTouched, touched) << desk.heard();
     // A logger whose echo was wrong waits all the same.
     EXPECT_EQ(desk.logger().waiting(), each.Code == 0 || std::string(each.What).starts_with("delay "));
     if (each.Code == 0) continue;
@@ -175,41 +189,6 @@ TEST(LegacyConfigure, APortThatDoesNotOpenAgainIsToldAsSuch) {
     desk.bench.Dock->Faults.Open = {8005, {opening, simulator::Fault::Always}};
     EXPECT_EQ(desk.configure(), 10008) << opening;
     EXPECT_TRUE(desk.portClosed());
-  }
-}
-
-TEST(LegacyConfigure, AnAbortEndsItAtTheNextStepWhereverItComes) {
-  Desk whole(PendrelModel::Steps);
-  ASSERT_EQ(whole.configure(), 0);
-  const std::int32_t rounds = whole.host->Rounds;
-  ASSERT_GT(rounds, 100);
-  for (const std::int32_t part : {0, 1, 10, 30, 60, 90, 99}) {
-    Desk desk(PendrelModel::Steps);
-    desk.host->AbortIn = 1 + rounds * part / 100;
-    EXPECT_EQ(desk.configure(), 10013) << part;
-    EXPECT_TRUE(desk.portClosed());
-    EXPECT_EQ(desk.serialNumber, "none");
-    EXPECT_EQ(desk.configure(), 0) << "the request is spent";
-  }
-  Desk desk(PendrelModel::Steps);
-  desk.main->AbortComms();
-  EXPECT_EQ(desk.configure(), 0) << "a request between two workflows";
-}
-
-TEST(LegacyConfigure, ALineThatIsCutAnywhereNeitherHangsItNorEndsItInSilence) {
-  for (const PendrelModel model : Models) {
-    Desk whole(model);
-    ASSERT_EQ(whole.configure(), 0);
-    const std::uint64_t bytes = whole.bench.line().traffic().total();
-    for (std::uint64_t at = 1; at < bytes; at += bytes / 23) {
-      Desk desk(model);
-      desk.bench.line().Faults.CutAfterTotal = at;
-      const double began = desk.bench.World->elapsed();
-      const std::int32_t code = desk.configure();
-      EXPECT_TRUE(code >= 3001 && code <= 3003) << code << " at " << at;
-      EXPECT_LT(desk.bench.World->elapsed() - began, 90) << at;
-      EXPECT_TRUE(desk.portClosed());
-    }
   }
 }
 

@@ -10,9 +10,11 @@ namespace {
 using namespace legacy_desk;
 using Faults = simulator::PendrelFaults;
 
+constexpr std::int16_t LastPort = 64;
+
 TEST(LegacyPort, IsSearchedPastEverythingElseAndRemembered) {
   auto options = optionsOf(PendrelModel::Checksums);
-  options.Dock.ComPort = 9;
+  options.Dock.ComPort = LastPort;
   Desk desk(options);
   simulator::SimulatedWorld& world = *desk.bench.World;
   world.addDock({simulator::DockKind::Quillander, 1, {}});
@@ -24,33 +26,34 @@ TEST(LegacyPort, IsSearchedPastEverythingElseAndRemembered) {
   desk.workflows.TryingPort = [&](std::int16_t tried) { lastTried = tried; };
 
   ASSERT_EQ(desk.workflows.SearchAndSetLegacyCOMport(port, text), 0);
-  EXPECT_EQ(port, 9);
-  EXPECT_EQ(text, "9");
-  EXPECT_EQ(lastTried, 9) << "the search ends there";
-  EXPECT_EQ(desk.main->Get_LegacyCOMport(), 9);
-  EXPECT_NE(contentOf(desk.settingsFile()).find("COMport=9"), std::string::npos);
+  EXPECT_EQ(port, LastPort);
+  EXPECT_EQ(text, "64");
+  EXPECT_EQ(lastTried, LastPort);
+  EXPECT_EQ(desk.main->Get_LegacyCOMport(), LastPort);
+  EXPECT_NE(contentOf(desk.settingsFile()).find("COMport=64"), std::string::npos);
   for (const auto& dock : world.docks()) EXPECT_FALSE(dock->isOpen());
 
   port = 0;
   EXPECT_EQ(desk.workflows.fncReadCOMportFromINI(port, text), 0);
-  EXPECT_EQ(port, 9);
+  EXPECT_EQ(port, LastPort);
   NoSettings(desk);
   EXPECT_EQ(desk.configure(1, 30, "EST", true), 0) << "searches before it configures";
 
   world.Faults.FileWrite.When = always();
   port = 0;
   EXPECT_EQ(desk.workflows.SearchAndSetLegacyCOMport(port, text), 10002) << "found, but not remembered";
-  EXPECT_EQ(port, 9);
+  EXPECT_EQ(port, LastPort);
   EXPECT_EQ(desk.configure(1, 30, "EST", true), 10002);
 }
 
 TEST(LegacyPort, IsNotFoundWithoutALogger) {
   Desk desk(PendrelModel::Plain);
   NoLogger(desk);
-  std::int16_t port = 7;
+  std::int16_t port = 7, lastTried = 0;
   std::string text;
+  desk.workflows.TryingPort = [&](std::int16_t tried) { lastTried = tried; };
   EXPECT_EQ(desk.workflows.SearchAndSetLegacyCOMport(port, text), 10003);
-  EXPECT_EQ(port, 7);
+  EXPECT_TRUE(port == 7 && lastTried == LastPort);
   // What the ports failed with does not swallow what fails next.
   EXPECT_EQ(desk.workflows.UpdateBatteryDate("010126", false), 3001);
 
@@ -84,38 +87,24 @@ TEST(LegacyPort, SettingsThatHoldNoPortAreRefused) {
 }
 
 TEST(LegacyBattery, TakesADateThatThereIs) {
-  const struct {
-    std::string Text;
-    std::int32_t Code;
-    Arrange Before = Nothing;
-  } cases[] = {{"280226", 0},
-               {"290224", 0},
-               {"310199", 0},
-               {"310299", 10018},
-               {"290226", 10018},
-               {"000126", 10018},
-               {"320126", 10018},
-               {"010026", 10018},
-               {"011326", 10018},
-               {"", 10018},
-               {"01012", 10018},
-               {"0101266", 10018},
-               {"0a0126", 10018},
-               {"0101-1", 10018},
-               {"010126", 10012, onCommand(&Faults::Feigned, 'L')},
-               {"010126", 3001, onCommand(&Faults::Unheeded, 'L')},
-               {"010126", 10008, HeldPort},
-               {"010126", 10001, NoSettings},
-               {"010126", 10009, line(7, "")}};
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.Text);
-    Desk desk(PendrelModel::Checksums);
-    each.Before(desk);
-    EXPECT_EQ(desk.workflows.UpdateBatteryDate(each.Text, false), each.Code);
-    EXPECT_TRUE(desk.portClosed());
-    EXPECT_EQ(desk.logger().parts().Texts.BatteryDate == each.Text, each.Code == 0);
-    EXPECT_EQ(desk.heard().empty(), isOneOf(each.Code, {10018, 10008, 10001})) << "then it is left alone";
-  }
+  const Arrange noMonth = [](Desk& desk) { desk.logger().parts().Texts.BatteryDate = "02xx26"; };
+  const std::tuple<std::int32_t, std::vector<std::string>, Arrange> cases[] = {
+      {0, {"280226", "290224", "310199"}, noMonth},
+      {10018, {"310299", "290226", "000126", "320126", "010026", "011326", ""}, Nothing},
+      {10018, {"01012", "0101266", "0a0126", "0101-1"}, Nothing},
+      {10012, {"010126"}, onCommand(&Faults::Feigned, 'L')},
+      {3001, {"010126"}, onCommand(&Faults::Unheeded, 'L')},
+      {10008, {"010126"}, HeldPort}};
+  for (const auto& [code, texts, arrange] : cases)
+    for (const std::string& text : texts) {
+      SCOPED_TRACE(text);
+      Desk desk(PendrelModel::Checksums);
+      arrange(desk);
+      EXPECT_EQ(desk.workflows.UpdateBatteryDate(text, false), code);
+      EXPECT_TRUE(desk.portClosed());
+      EXPECT_EQ(desk.logger().parts().Texts.BatteryDate == text, code == 0);
+      EXPECT_EQ(desk.heard().empty(), isOneOf(code, {10018, 10008})) << "then it is left alone";
+    }
 }
 
 TEST(LegacyStatus, ReadsTheSetupAndChangesNothing) {
@@ -131,6 +120,59 @@ TEST(LegacyStatus, ReadsTheSetupAndChangesNothing) {
   EXPECT_NE(details.SetupText.find("Subject 17"), std::string::npos);
   NoLogger(desk);
   EXPECT_EQ(desk.workflows.ReadLegacySetup(false), 3001);
+}
+
+using Work = std::function<std::int32_t(Desk&)>;
+const Work Configuring = [](Desk&desk) { return desk.configure(); },
+           Retrieving = [](Desk&desk) { return desk.retrieve(); };
+
+TEST(LegacyWorkflow, AnAbortEndsItAtTheNextStepWhereverItComes) {
+  for (const auto& [work, worn, last] : {std::tuple{Configuring, 0h, 99}, {Retrieving, 80h, 80}}) {
+    Desk whole(PendrelModel::Steps);
+    whole.record(worn);
+    ASSERT_EQ(work(whole), 0);
+    const std::int32_t rounds = whole.host->Rounds;
+    ASSERT_GT(rounds, 100);
+    for (const std::int32_t part : {0, 1, 10, 30, 60, last}) {
+      Desk desk(PendrelModel::Steps);
+      desk.record(worn);
+      desk.host->AbortIn = 1 + rounds * part / 100;
+      EXPECT_EQ(work(desk), 10013) << part;
+      EXPECT_TRUE(desk.portClosed());
+      EXPECT_EQ(desk.serialNumber, "none");
+      EXPECT_TRUE(worn == 0h || desk.host->Downloaded < whole.host->Downloaded);
+      EXPECT_EQ(work(desk), 0) << "the request is spent";
+    }
+    Desk desk(PendrelModel::Steps);
+    desk.record(worn);
+    desk.main->AbortComms();
+    EXPECT_EQ(work(desk), 0) << "a request between two workflows";
+  }
+}
+
+TEST(LegacyWorkflow, WhateverTheLineDoesItEndsWithACodeThatIsTold) {
+  for (const PendrelModel model : Models)
+    for (const auto& [work, worn] : {std::pair{Configuring, 0h}, {Retrieving, 20h}}) {
+      Desk whole(model);
+      whole.record(worn);
+      ASSERT_EQ(work(whole), 0);
+      const auto bytes = static_cast<std::int32_t>(whole.bench.line().traffic().BytesToPc);
+      for (std::int32_t at = 0; at < bytes; at += bytes / 25)
+        for (const bool cut : {true, false}) {
+          Desk desk(model);
+          desk.record(worn);
+          if (cut)
+            desk.bench.line().Faults.CutAfterToPc = static_cast<std::uint64_t>(at);
+          else
+            desk.bench.line().Faults.AlterToPc = {at, 3};
+          const double began = desk.bench.World->elapsed();
+          const std::int32_t code = work(desk);
+          EXPECT_EQ(Told.count(code), 1U) << code << " at " << at;
+          EXPECT_FALSE(cut && code == 0);
+          EXPECT_LT(desk.bench.World->elapsed() - began, 90) << at;
+          EXPECT_TRUE(desk.portClosed());
+        }
+    }
 }
 
 std::string krc(Desk& desk, const std::string& name = "out.krc") {

