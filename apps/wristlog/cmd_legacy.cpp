@@ -2,6 +2,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "counted.h"
 #include "hy_wristlog/host.h"
 #include "json_output.h"
 #include "legacy_session.h"
@@ -19,16 +20,24 @@ namespace {
 
 constexpr double UnixEpochDate = 25569, SecondsPerDay = 86400;
 
+constexpr const char* HalfConfigured =
+    " The logger may hold part of the new set-up, and what it had recorded can no longer be relied on. "
+    "Configure it again.";
+constexpr const char* DateUnsure = " 'wristlog legacy status' tells which battery date the logger has now.";
+
 /// "02" of a number.
 std::string two(std::int32_t number) {
   const std::string digits = std::to_string(number % 100);
   return digits.size() == 1 ? "0" + digits : digits;
 }
 
-/// Day, month and year as the logger takes them, of "yyyy-mm-dd" or of the machine's day.
+/// Day, month and year as the logger takes them, of "yyyy-mm-dd" or of the machine's day; empty for a day
+/// whose year two digits cannot say.
 std::string sixDigits(const std::string& date) {
   if (date.empty()) {
+    constexpr std::int32_t FirstYear = 1930, LastYear = 2029;
     const hw::CivilTime today = hw::platform::current().clock().local();
+    if (today.Year < FirstYear || today.Year > LastYear) return {};
     return two(today.Day) + two(today.Month) + two(today.Year);
   }
   const std::string iso = engineering::isoDate(engineering::dateFromText(date));
@@ -51,16 +60,16 @@ int runLegacyStatus(const CommonOptions& common, const ReaderOptions& reader) {
   LegacySession session(common, reader);
   const std::int32_t code = session.workflows().ReadLegacySetup(reader.Search);
   const hw::LegacyDetails details = session.workflows().Details();
-  const bool wasRead = !details.SetupText.empty();
+  const bool wasRead = !details.SetupText.empty(), hasSize = details.MemorySizeKB > 0;
   if (!session.asJson() && code != 0 && wasRead) std::cerr << details.SetupText;
   const std::int16_t port = session.main().Get_LegacyCOMport();
   const auto ifRead = [&](const Json& fact) { return wasRead ? fact : Json(); };
   Json facts{{"com_port", port > 0 ? Json(port) : Json()},
              {"model", ifRead(details.DeviceText)},
              {"device_type", ifRead(static_cast<std::int32_t>(details.DeviceType))},
-             {"memory_size_kb", ifRead(details.MemorySizeKB)},
+             {"memory_size_kb", ifRead(hasSize ? Json(details.MemorySizeKB) : Json())},
              {"max_bytes_used", ifRead(details.MaxBytesUsed)},
-             {"max_recording_days", ifRead(roundedDays(details.MaxRecordingTime))},
+             {"max_recording_days", ifRead(hasSize ? Json(roundedDays(details.MaxRecordingTime)) : Json())},
              {"problems", wasRead ? Json(problemsOf(session.logger(), details)) : Json::array()},
              {"logger", wasRead ? loggerJson(session.logger()) : Json()},
              {"setup_text", details.SetupText}};
@@ -84,18 +93,21 @@ int runLegacyConfigure(const CommonOptions& common, const ReaderOptions& reader,
   const bool good = code == 0;
   const std::string startText =
       good ? engineering::isoDate(UnixEpochDate + start / SecondsPerDay) : std::string();
+  const bool hasBattery = good && hasBatteryDate(session.logger());
   const bool countsNone = good && options.Mode == hw::PD_Mode_ActivityAndSteps &&
                           session.workflows().Details().DeviceType != hw::KR_PENDREL_CRC_STEPS;
   std::ostringstream words;
   words << "Logger " << serialNumber << " is configured for " << subject.Get_Identity() << " and starts at "
-        << startText << ". Battery: about " << std::lround(battery) << " days.\n";
+        << startText << ". "
+        << (hasBattery ? "Battery: about " + counted(std::lround(battery), "day") + ".\n"
+                       : "The date of its battery is unknown: see battery-date.\n");
   const int status = session.end(
       code,
-      {{"battery_life_remaining", good ? Json(roundedDays(battery)) : Json()},
+      {{"battery_life_remaining", hasBattery ? Json(roundedDays(battery)) : Json()},
        {"device_serial_number", good ? Json(serialNumber) : Json()},
        {"start_time_local", good ? Json(startText) : Json()},
        {"records_steps", good ? Json(options.Mode == hw::PD_Mode_ActivityAndSteps && !countsNone) : Json()}},
-      words.str());
+      words.str(), session.workflows().Details().SetupTouched ? HalfConfigured : Unchanged);
   if (countsNone) std::cerr << "This model counts no steps: it records activity alone.\n";
   return status;
 }
@@ -110,7 +122,8 @@ int runLegacyBatteryDate(const CommonOptions& common, const ReaderOptions& reade
                      {{"battery_date", code == 0 ? Json(day) : Json()},
                       {"battery_life_remaining", code == 0 ? Json(roundedDays(days)) : Json()}},
                      "Logger " + session.logger().Get_SerialNumber() + " has a battery of " + day +
-                         ": about " + std::to_string(std::lround(days)) + " days left.\n");
+                         ": about " + counted(std::lround(days), "day") + " left.\n",
+                     session.logger().Get_SerialNumber().empty() ? "" : DateUnsure);
 }
 
 }  // namespace wristlog

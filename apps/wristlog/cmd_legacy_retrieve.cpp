@@ -5,6 +5,7 @@
 #include "hy_wristlog/failure.h"
 #include "json_output.h"
 #include "legacy_session.h"
+#include "legacy_words.h"
 #include "meanings.h"
 #include "plotted_pendrel.h"
 #include "recording_files.h"
@@ -103,11 +104,13 @@ int runLegacyRetrieve(const CommonOptions& common, const ReaderOptions& reader,
   writeFiles(files, session, details, result);
   const bool drawn = !good || drawPictures(files, session.logger(), details.DeviceText);
   Json facts = good ? recordingJson(session.logger()) : Json::object();
-  facts["battery_life_remaining"] = good ? Json(roundedDays(result.BatteryLife)) : Json();
+  facts["battery_life_remaining"] =
+      good && hasBatteryDate(session.logger()) ? Json(roundedDays(result.BatteryLife)) : Json();
   facts["logger"] = good ? loggerJson(session.logger()) : Json();
   facts["subject"] = good ? subjectJson(result.Subject) : Json();
-  const int status = session.end(result.Code, facts,
-                                 retrievedWords(session.logger()) + "Written to " + options.Folder + ".\n");
+  const int status =
+      session.end(result.Code, facts,
+                  retrievedWords(session.logger()) + "Written to " + options.Folder + ".\n", Unchanged);
   if (good) return drawn ? status : Unsuccessful;
   if (!details.Memory.empty())
     std::cerr << "What was read of the memory, " << details.Memory.size() << " bytes, is in "
@@ -129,7 +132,7 @@ int runLegacyExport(const CommonOptions& common, const ReaderOptions& reader,
   std::int32_t code = retrieve(session, reader.Search, options.Repair).Code;
   if (code == 0) code = session.workflows().fncWriteKRCfile(options.File);
   return session.end(code, {{"file", code == 0 ? Json(options.File) : Json()}},
-                     retrievedWords(session.logger()) + "Written to " + options.File + ".\n");
+                     retrievedWords(session.logger()) + "Written to " + options.File + ".\n", Unchanged);
 }
 
 }  // namespace wristlog

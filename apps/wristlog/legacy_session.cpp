@@ -22,16 +22,18 @@ std::string LegacySession::meaningOf(std::int32_t code) {
   return legacyExplanationOf(code, session_.main().Get_LegacyCOMport());
 }
 
-int LegacySession::end(std::int32_t code, const Json& facts, const std::string& words) {
+int LegacySession::end(std::int32_t code, const Json& facts, const std::string& words,
+                       const char* whenFailed) {
   session_.endProgress();
+  const std::string meaning = meaningOf(code) + (code == 0 ? "" : whenFailed);
   if (asJson()) {
-    Json document{{"return_code", code}, {"return_code_meaning", meaningOf(code)}};
+    Json document{{"return_code", code}, {"return_code_meaning", meaning}};
     document.update(facts);
     print(document);
   } else if (code == 0) {
     std::cout << words;
   } else {
-    std::cerr << "Code " << code << ": " << meaningOf(code) << '\n';
+    std::cerr << "Code " << code << ": " << meaning << '\n';
   }
   return code == 0 ? Good : Unsuccessful;
 }

@@ -8,6 +8,9 @@
 
 namespace wristlog {
 
+/// How a command that failed left the logger, behind what it failed with.
+inline constexpr const char* Unchanged = " No logger was changed.";
+
 /// One run of a command with the Pendreader.
 class LegacySession {
  public:
@@ -24,8 +27,8 @@ class LegacySession {
 
   std::string meaningOf(std::int32_t code);
   /// Prints the code with its meaning, and the facts as JSON or, when it is good, the words. Returns the exit
-  /// status.
-  int end(std::int32_t code, const Json& facts, const std::string& words);
+  /// status. `whenFailed` goes on behind the meaning of another code: what became of the logger.
+  int end(std::int32_t code, const Json& facts, const std::string& words, const char* whenFailed = "");
 
  private:
   Session session_;

@@ -51,7 +51,10 @@ std::string recordingWords(const hw::Class_Pendrel& logger) {
 
 std::string memoryWords(const hw::Class_Pendrel& logger, const hw::LegacyDetails& details) {
   std::ostringstream words;
-  words << details.MemorySizeKB << " KB of memory";
+  if (details.MemorySizeKB > 0)
+    words << details.MemorySizeKB << " KB of memory";
+  else
+    words << "Memory of unknown size";
   if (logger.Get_BytesUsed() >= 0) words << ", " << counted(logger.Get_BytesUsed(), "byte") << " recorded";
   if (details.MaxRecordingTime > 0)
     words << "; all of it lasts " << counted(std::lround(details.MaxRecordingTime), "day");
@@ -59,6 +62,8 @@ std::string memoryWords(const hw::Class_Pendrel& logger, const hw::LegacyDetails
 }
 
 }  // namespace
+
+bool hasBatteryDate(const hw::Class_Pendrel& logger) { return logger.Get_BatteryDate() != UnknownDate; }
 
 std::vector<std::string> problemsOf(const hw::Class_Pendrel& logger, const hw::LegacyDetails& details) {
   std::vector<std::string> problems;
@@ -75,8 +80,8 @@ std::vector<std::string> problemsOf(const hw::Class_Pendrel& logger, const hw::L
        "The time zone is unknown: retrieve with --repair (10019).");
   when(!hasSubject(logger), "The subject's details are incomplete: retrieve with --repair (10014).");
   when(logger.Get_Resets() > 0, "The logger has been reset.");
-  when(logger.Get_BatteryDate() == UnknownDate, "The date of its battery is unknown: see battery-date.");
-  when(logger.Get_BatteryDate() != UnknownDate && logger.Get_BattLifeRemaining() < FewDays,
+  when(!hasBatteryDate(logger), "The date of its battery is unknown: see battery-date.");
+  when(hasBatteryDate(logger) && logger.Get_BattLifeRemaining() < FewDays,
        "The battery is old: replace it, then see battery-date.");
   return problems;
 }
@@ -87,7 +92,7 @@ std::string statusWords(const hw::Class_Pendrel& logger, const hw::LegacyDetails
         << std::to_string(logger.Get_FirmwareVersion()) << '\n'
         << recordingWords(logger) << '\n'
         << memoryWords(logger, details) << '\n';
-  if (logger.Get_BatteryDate() != UnknownDate)
+  if (hasBatteryDate(logger))
     words << "Battery of " << dayOf(logger.Get_BatteryDate()) << ", about "
           << counted(std::lround(logger.Get_BattLifeRemaining()), "day") << " left\n";
   if (logger.Get_SubjectIdentity() > " ") words << "Worn by " << logger.Get_SubjectIdentity() << '\n';

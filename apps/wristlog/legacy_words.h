@@ -8,6 +8,9 @@
 
 namespace wristlog {
 
+/// Without one its remaining days are unknown, and read as 0.
+bool hasBatteryDate(const hy_wristlog::Class_Pendrel& logger);
+
 /// What a logger is, what it holds and what is wrong with it, in lines.
 std::string statusWords(const hy_wristlog::Class_Pendrel& logger, const hy_wristlog::LegacyDetails& details);
 

@@ -100,8 +100,7 @@ constexpr std::array<Meaning, 27> LegacyMeanings{{
     {10009, "What is in the reader is no Pendrel logger known here."},
     {10010, "The logger's firmware version cannot be read. It needs service."},
     {10012, "What the logger stored is not what was sent. Try again; its battery may have to be replaced."},
-    {10013,
-     "Aborted. A logger that was being configured must be configured again; otherwise nothing is lost."},
+    {10013, "Aborted."},
     {10014,
      "The subject's details in the logger are incomplete. When retrieving, --repair takes them as they are."},
     {10016,
@@ -109,7 +108,9 @@ constexpr std::array<Meaning, 27> LegacyMeanings{{
      "the largest "
      "memory holds; of a smaller one raw.bin has the rest."},
     {10017, "A part of the memory could not be read in five attempts. Try another port or adapter."},
-    {10018, "The date is no day of the calendar."},
+    {10018,
+     "The logger cannot be told this date. It is no day of the calendar, or lies outside 1930 to 2029, which "
+     "is all that the logger's two digits of the year can mean."},
     {10019,
      "The time zone is unknown, or the logger has none. See 'wristlog zones'; when retrieving, --repair "
      "takes "
@@ -120,13 +121,10 @@ constexpr std::array<Meaning, 27> LegacyMeanings{{
      "More was asked for than the logger's memory holds: its set-up tells a wrong length. What it holds is "
      "in "
      "raw.bin."},
-    {10108,
-     "The logger's answers are damaged. Clean the contacts, try another cable, and try again; a logger that "
-     "was "
-     "being configured must be configured again."},
+    {10108, "The logger's answers are damaged. Clean the contacts, try another cable, and try again."},
     {10111, "The start had passed before the logger could be told. Try again."},
     {10112, "The start is too near, or too far, for the logger to wait for. Choose another."},
-    {10113, "The logger did not repeat its waiting time as it was sent. Configure it again."},
+    {10113, "The logger did not repeat its waiting time as it was sent."},
 }};
 
 struct Verdict {

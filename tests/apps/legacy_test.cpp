@@ -6,6 +6,7 @@
 
 #include "apps/markup_check.h"
 #include "apps/sandbox.h"
+#include "legacy_words.h"
 
 namespace {
 
@@ -116,6 +117,21 @@ TEST(Legacy, EachCommandSaysWhatCameOfIt) {
     EXPECT_EQ(outcome.Status == 0, !outcome.Out.empty());
   }
   EXPECT_EQ(box.content("out.krc").find("Subject 17 "), 0U);
+}
+
+TEST(Legacy, StatusNamesWhatIsUnknownAsSuch) {
+  hy_wristlog::LegacyDetails details;
+  details.MemorySizeKB = -1;
+  hy_wristlog::Class_Pendrel logger;
+  for (const auto unknown :
+       {&hy_wristlog::Class_Pendrel::Let_StartDate, &hy_wristlog::Class_Pendrel::Let_StartTime,
+        &hy_wristlog::Class_Pendrel::Let_BatteryDate})
+    (logger.*unknown)(-1);
+  const std::string words = wristlog::statusWords(logger, details);
+  for (const char* told : {"Memory of unknown size", "! The size of the memory is not known",
+                           "! The start is unknown", "! The date of its battery is unknown"})
+    EXPECT_NE(words.find(told), std::string::npos) << told;
+  EXPECT_EQ(words.find("-1"), std::string::npos) << words;
 }
 
 TEST(Legacy, JsonIsOneDocumentWhateverHappens) {
