@@ -129,6 +129,10 @@ std::optional<double> parseNumber(std::string_view text) {
 
 bool isNumeric(std::string_view text) { return parseNumber(text).has_value(); }
 
+std::optional<double> parseUngroupedNumber(std::string_view text) {
+  return text.find(',') == std::string_view::npos ? parseNumber(text) : std::nullopt;
+}
+
 double leadingNumber(std::string_view text) {
   std::string dense;
   std::copy_if(text.begin(), text.end(), std::back_inserter(dense), [](char c) { return !isBlank(c); });

@@ -17,6 +17,8 @@ std::int64_t roundToInt64(double value);
 /// to 32 bits, in two's complement.
 std::optional<double> parseNumber(std::string_view text);
 bool isNumeric(std::string_view text);
+/// The same without thousands separators: in a file that people edit, a comma may be meant as a decimal one.
+std::optional<double> parseUngroupedNumber(std::string_view text);
 
 /// The decimal number at the start of the text, blanks skipped, also those among its digits; 0 when there is
 /// none. Fault 6 when it is too great.

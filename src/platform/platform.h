@@ -215,6 +215,15 @@ class HY_WRISTLOG_API NewFile {
   bool begun_ = false;
 };
 
+/// Held as long as it lives.
+class HY_WRISTLOG_API FolderLock {
+ public:
+  FolderLock() = default;
+  FolderLock(const FolderLock&) = delete;
+  FolderLock& operator=(const FolderLock&) = delete;
+  virtual ~FolderLock() = default;
+};
+
 /// Whole files. Paths are absolute or relative Linux paths. Members raise SystemError.
 class HY_WRISTLOG_API Files {
  public:
@@ -229,6 +238,11 @@ class HY_WRISTLOG_API Files {
   virtual bool remove(const std::string& path) = 0;
   /// One folder level; `forEveryone` gives it mode 1777. An existing folder is left as it is.
   virtual void makeFolder(const std::string& path, bool forEveryone) = 0;
+  /// For whoever reads a file of the folder, changes it and writes it back; null while somebody else holds
+  /// it. Where nobody else can be, there is nothing to hold.
+  virtual std::unique_ptr<FolderLock> tryLockFolder(const std::string& /*path*/) {
+    return std::make_unique<FolderLock>();
+  }
 };
 
 using Sha1Digest = std::array<std::uint8_t, 20>;

@@ -1,6 +1,7 @@
 #include <cerrno>
 #include <string>
 
+#include "platform/folder_lock.h"
 #include "platform/platform.h"
 #include "tools/Class_Tools.h"
 #include "tools/ini_file.h"
@@ -35,8 +36,12 @@ template <class Change>
 bool changeFile(std::string_view file, Change change) {
   try {
     const std::string native = nativePath(file);
-    IniFile ini(readOrNothing(native));
-    if (change(ini)) platform::current().files().write(native, ini.content());
+    platform::Files& files = platform::current().files();
+    const auto lock = platform::lockFolder(files, platform::folderOf(native));
+    const std::string content = readOrNothing(native);
+    if (IniFile::isUtf16(content)) return false;
+    IniFile ini(content);
+    if (change(ini)) files.write(native, ini.content());
     return true;
   } catch (const SystemError&) {
     return false;

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "base/ascii.h"
+#include "base/code_page.h"
+#include "base/faults.h"
 
 namespace hy_wristlog {
 namespace {
@@ -43,6 +45,22 @@ IniFile::IniFile(std::string_view content) {
     lines_.emplace_back(line);
     content.remove_prefix(std::min(end + 1, content.size()));
   }
+}
+
+void IniFile::requireUtf8(std::string_view content, const std::string& path) {
+  const auto refuse = [&](const char* encoding) {
+    fault::raise(fault::TypeMismatch, path + " is in " + encoding + ", not in UTF-8: save it as UTF-8");
+  };
+  if (isUtf16(content)) refuse("UTF-16");
+  if (!utf16FromUtf8(content)) refuse("another encoding, such as code page 1252");
+}
+
+bool IniFile::isUtf16(std::string_view content) {
+  if (content.starts_with("\xFF\xFE") || content.starts_with("\xFE\xFF")) return true;
+  const auto isAscii = [&](std::size_t i) { return content[i] != 0 && (content[i] & 0x80) == 0; };
+  if (content.size() < 4) return false;
+  return (isAscii(0) && content[1] == 0 && isAscii(2) && content[3] == 0) ||
+         (content[0] == 0 && isAscii(1) && content[2] == 0 && isAscii(3));
 }
 
 std::optional<std::string_view> IniFile::value(std::string_view section, std::string_view key) const {

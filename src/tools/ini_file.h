@@ -13,6 +13,10 @@ namespace hy_wristlog {
 class IniFile {
  public:
   explicit IniFile(std::string_view content);
+  /// Raises fault 13 for a content of `path` that is not UTF-8, with words on what it seems to be.
+  static void requireUtf8(std::string_view content, const std::string& path);
+  /// Whether it is, or begins as, text of two bytes a character.
+  static bool isUtf16(std::string_view content);
 
   std::optional<std::string_view> value(std::string_view section, std::string_view key) const;
   bool hasSections() const;

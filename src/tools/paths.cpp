@@ -38,9 +38,17 @@ std::int32_t faultNumber(std::int32_t error, const std::string& path) {
       const bool usable = kind == platform::FileKind::File || kind == platform::FileKind::Missing;
       return usable ? fault::PermissionDenied : fault::PathFileAccess;
     }
+    case EBUSY:
+      return fault::PermissionDenied;
     default:
       return fault::PathFileAccess;
   }
+}
+
+std::string reasonOf(std::int32_t error) {
+  if (error == ELOOP) return "a symbolic link that is not followed here";
+  if (error == EBUSY) return "another program keeps its folder locked";
+  return platform::current().environment().errorText(error);
 }
 
 }  // namespace
@@ -70,7 +78,7 @@ bool belongsToUser(std::string_view folder) {
 
 void raiseFileFault(const platform::SystemError& error, const std::string& path) {
   std::string detail = path;
-  const std::string reason = platform::current().environment().errorText(error.Number);
+  const std::string reason = reasonOf(error.Number);
   if (!reason.empty()) detail += " (" + reason + ")";
   fault::raise(faultNumber(error.Number, path), detail);
 }

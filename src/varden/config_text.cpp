@@ -12,6 +12,7 @@
 #include "base/formats.h"
 #include "base/numbers.h"
 #include "errors/Procedure.h"
+#include "platform/folder_lock.h"
 #include "platform/platform.h"
 #include "tools/Class_Tools.h"
 #include "tools/paths.h"
@@ -176,7 +177,7 @@ class FieldReader {
   requires std::is_integral_v<Number>
   void read(const char* label, Number& field, Value value, const char* byDefault) const {
     const std::string_view text = value.value_or(byDefault);
-    const auto number = parseNumber(text);
+    const auto number = parseUngroupedNumber(text);
     if (!number) refuse(label, text, "number");
     if (!(*number > std::numeric_limits<Number>::min() - 0.5 &&
           *number < std::numeric_limits<Number>::max() + 0.5))
@@ -262,7 +263,14 @@ void VardenLogger::subWriteConfigToINIfile(std::string_view path) {
   procedure.passesOn(fault::PathFileAccess);
   procedure.run([&] {
     const std::string native = nativePath(path);
-    IniFile file(procedure.statement([&] { return readIfThere(native); }));
+    const auto lock = procedure.statement([&] {
+      return withFileFaults(native, [&] {
+        return platform::lockFolder(platform::current().files(), platform::folderOf(native));
+      });
+    });
+    const std::string former = procedure.statement([&] { return readIfThere(native); });
+    procedure.statement([&] { IniFile::requireUtf8(former, native); });
+    IniFile file(former);
     procedure.statement([&] {
       setValues(file, ConfigDataSection, editableConfig(record));
       setValues(file, ReadOnlyConfigSection, readOnlyConfig(record));
@@ -277,8 +285,10 @@ void VardenLogger::subReadConfigFromINIfile(std::string_view path) {
   procedure.passesOn(fault::PathFileAccess);
   procedure.run([&] {
     const std::string native = nativePath(path);
-    const IniFile file(procedure.statement(
-        [&] { return withFileFaults(native, [&] { return platform::current().files().read(native); }); }));
+    const std::string content = procedure.statement(
+        [&] { return withFileFaults(native, [&] { return platform::current().files().read(native); }); });
+    procedure.statement([&] { IniFile::requireUtf8(content, native); });
+    const IniFile file(content);
     procedure.statement([&] {
       VardenRecord edited = record;
       readEditableConfig(file, edited);

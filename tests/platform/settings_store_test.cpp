@@ -1,10 +1,17 @@
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <random>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/settings_table.h"
+#include "simulator/simulated_world.h"
+#include "support/in_world.h"
 #include "support/surroundings.h"
+#include "tools/Class_Tools.h"
 
 namespace hy_wristlog::platform {
 namespace {
@@ -42,6 +49,51 @@ TEST(SettingsStore, KeepsWhatWasWritten) {
   EXPECT_TRUE(store.keyExists(Machine, "Software\\Wards") && store.keyExists(User, "Software"));
 }
 
+TEST(SettingsStore, ProcessesThatWriteAtOnceLoseNothing) {
+  constexpr int Processes = 8, Writes = 10;
+  const TemporaryFolder home;
+  const Variable config{"XDG_CONFIG_HOME", home.path()};
+  const std::string ini = home / "shared.ini";
+  std::vector<pid_t> children;
+  for (int process = 0; process < Processes; ++process) {
+    children.push_back(::fork());
+    if (children.back() != 0) continue;
+    const auto world = makeLinuxPlatform();
+    bool written = true;
+    for (int i = 0; i < Writes; ++i) {
+      const std::string key = std::to_string(process * Writes + i);
+      world->settings().write(Machine, "A", key, {1, {}});
+      written = Class_Tools::fncINIwrite("A", key, "1", ini) && written;
+    }
+    ::_exit(written ? 0 : 1);
+  }
+  for (const pid_t child : children) {
+    int status = -1;
+    EXPECT_TRUE(::waitpid(child, &status, 0) == child && status == 0);
+  }
+  const auto world = makeLinuxPlatform();
+  EXPECT_EQ(world->settings().valueNames(Machine, "A").size(), std::size_t{Processes * Writes});
+  for (int i = 0; i < Processes * Writes; ++i)
+    EXPECT_EQ(Class_Tools::fncINIread("A", std::to_string(i), "", ini), "1") << i;
+}
+
+TEST(SettingsStore, WaitsForAnotherHolderButNotForEver) {
+  const TemporaryFolder home;
+  const Variable config{"XDG_CONFIG_HOME", home.path()};
+  const auto world = makeLinuxPlatform();
+  world->settings().createKey(Machine, "A");
+  const auto held = world->files().tryLockFolder(home / "HY_Wristlog");
+  const InWorld<simulator::SimulatedWorld> inSimulatedTime;
+  EXPECT_TRUE(world->settings().keyExists(Machine, "A"));
+  try {
+    world->settings().createKey(Machine, "B");
+    ADD_FAILURE() << "it was changed all the same";
+  } catch (const SystemError& error) {
+    EXPECT_EQ(error.Number, EBUSY);
+  }
+  EXPECT_NEAR(inSimulatedTime->elapsed(), 5, 0.5);
+}
+
 TEST(SettingsStore, DamagedLinesAreLeftOut) {
   const TemporaryFolder home;
   const Variable config{"XDG_CONFIG_HOME", home.path()};
@@ -59,20 +111,18 @@ TEST(SettingsStore, DamagedLinesAreLeftOut) {
 
 TEST(SettingsStore, TextReadsBackTheSame) {
   std::mt19937 random{7};
-  for (int round = 0; round < 300; ++round) {
-    const auto text = [&](std::size_t longest) {
-      std::string result(random() % (longest + 1), ' ');
-      for (char& c : result) c = static_cast<char>(random() % 256);
-      return result;
-    };
-    SettingsTable table;
-    for (int i = 0; i < 8; ++i) {
-      const std::string data = text(20);
-      table.write(static_cast<std::int32_t>(random()), text(6) + "\\" + text(3), text(8),
-                  {static_cast<std::int32_t>(random() % 8), {data.begin(), data.end()}});
-    }
-    EXPECT_EQ(SettingsTable::parse(table.text()).text(), table.text());
+  const auto text = [&](std::size_t longest) {
+    std::string result(random() % (longest + 1), ' ');
+    for (char& c : result) c = static_cast<char>(random() % 256);
+    return result;
+  };
+  SettingsTable table;
+  for (int i = 0; i < 2000; ++i) {
+    const std::string data = text(20);
+    table.write(static_cast<std::int32_t>(random()), text(6) + "\\" + text(3), text(8),
+                {static_cast<std::int32_t>(random() % 8), {data.begin(), data.end()}});
   }
+  EXPECT_EQ(SettingsTable::parse(table.text()).text(), table.text());
 }
 
 }  // namespace

@@ -58,6 +58,7 @@ TEST(Environment, KnowsTheMachineAndItsWords) {
   Environment& environment = world->environment();
   EXPECT_EQ(environment.libraryFolder(), std::filesystem::read_symlink("/proc/self/exe").parent_path());
   EXPECT_FALSE(environment.userName().empty() || environment.computerName().empty());
+  EXPECT_EQ(environment.fullName().find(','), std::string::npos);
   EXPECT_FALSE(environment.domainName().empty() || environment.domainName() == "(none)");
   EXPECT_EQ(environment.errorText(EACCES) + environment.errorText(259) + environment.errorText(-5),
             "Permission denied");
@@ -85,6 +86,7 @@ TEST(Locale, FormatsBecomePatterns) {
       {"%Y年%m月%d日 %H時%M分%S秒", "yyyy年MM月dd日", "Hh時Nn分Ss秒"},
       {"%A %e de %B de %Y, %R", "dddd d \\d\\e MMMM \\d\\e yyyy", "Hh:Nn"},
       {"%Ey/%Om/%02d", "yy/MM/dd", ""},
+      {"%d\u00A0%m %H", "dd MM", "Hh"},
       {"%-", "", ""},
       {"%q%%100", "", ""}};
   for (const auto& [format, date, time] : cases) {
@@ -196,7 +198,12 @@ TEST_F(FilesTest, FoldersForEveryoneAreOpenAndFollowNoLinks) {
   files_.makeFolder(shared, true);
   files_.makeFolder(own, false);
   files_.makeFolder(own, true);
+  ::umask(0);
+  files_.makeFolder(folder_ / "open mask", false);
+  files_.write(folder_ / "open mask/file", "");
   ::umask(mask);
+  EXPECT_EQ(std::filesystem::status(folder_ / "open mask").permissions(), std::filesystem::perms{0755});
+  EXPECT_EQ(std::filesystem::status(folder_ / "open mask/file").permissions(), std::filesystem::perms{0644});
   EXPECT_EQ(std::filesystem::status(shared).permissions(), std::filesystem::perms{01777});
   EXPECT_EQ(std::filesystem::status(own).permissions(), std::filesystem::perms{0700});
   folder_.put("own/secret", "secret");
@@ -204,6 +211,15 @@ TEST_F(FilesTest, FoldersForEveryoneAreOpenAndFollowNoLinks) {
   EXPECT_EQ(errorOf([&] { files_.read(shared + "/trap"); }), ELOOP);
   EXPECT_EQ(errorOf([&] { files_.write(shared + "/trap", "x"); }), ELOOP);
   EXPECT_EQ(files_.state(shared + "/trap").Kind, FileKind::Other);
+  folder_.link("shared/below", own);
+  EXPECT_EQ(errorOf([&] { files_.write(shared + "/below/secret", "x"); }), ELOOP);
+  EXPECT_EQ(errorOf([&] { files_.remove(shared + "/below/secret"); }), ELOOP);
+  EXPECT_EQ(errorOf([&] { files_.makeFolder(shared + "/below/new", false); }), ELOOP);
+  EXPECT_EQ(errorOf([&] { files_.makeFolder(shared + "/below", true); }), ELOOP);
+  EXPECT_EQ(files_.read(own + "/secret"), "secret");
+  ASSERT_EQ(::chmod(shared.c_str(), 0777), 0);
+  EXPECT_EQ(files_.read(shared + "/trap"), "secret") << "a folder whose owner guards no entries";
+  ASSERT_EQ(::chmod(shared.c_str(), 01777), 0);
   EXPECT_EQ(errorOf([&] { files_.makeFolder(own + "/secret", true); }), EEXIST);
   EXPECT_EQ(errorOf([&] { files_.makeFolder(folder_ / "no/such", true); }), ENOENT);
 }

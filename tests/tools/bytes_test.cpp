@@ -119,16 +119,11 @@ TEST_F(ToolsTest, CeilingAndAge) {
 TEST_F(ToolsTest, GrowingArrays) {
   GrowingArray<int> array;
   const auto refuses = [](auto action) { return numberOf(action) == fault::Subscript; };
-  EXPECT_TRUE(refuses([&] { array.UBound(); }));
   for (int expected : {1, 2, 3}) EXPECT_EQ(Tools().fncRedimArray(array), expected);
   EXPECT_TRUE(refuses([&] { array[0] = 1; }) && refuses([&] { array[4] = 1; }));
   EXPECT_TRUE(refuses([&] { fncRedimArray(array, 0); }));
-  EXPECT_TRUE(fncRedimArray(array, 5) == 5 && array.LBound() == 5);
-
   array.erase();
   EXPECT_TRUE(fncRedimArray(array, -1) == 1 && array.LBound() == 0);
-  array[0] = 9;
-  EXPECT_TRUE(fncRedimArray(array, -1) == 2 && array[0] == 9);
   array.redim(-1, -1);
   EXPECT_TRUE(refuses([&] { fncRedimArray(array, -1); }));
 }

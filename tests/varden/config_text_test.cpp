@@ -140,6 +140,7 @@ TEST_F(ConfigText, ValuesAreReadOrRefused) {
       {"Resets=-1", {}, "6 Overflow: Resets: \"-1\""},
       {"Resets=many", {}, "13 Type mismatch: Resets: \"many\" is no number"},
       {"Resets=", {}, "13 Type mismatch: Resets: \"\" is no number"},
+      {"Epoch Length=60,5", {}, "13 Type mismatch: Epoch Length: \"60,5\" is no number"},
       {"Epoch Length=32767", number(&VardenRecord::EpochLength), "32767"},
       {"Epoch Length=32768", {}, "6 Overflow: Epoch Length: \"32768\""},
       {"Light Calibration Factor=1E99", {}, "6 Overflow: Light Calibration Factor: \"1E99\""},

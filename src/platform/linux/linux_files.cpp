@@ -1,10 +1,14 @@
 #include "platform/linux/linux_files.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
+#include "platform/folder_lock.h"
 #include "platform/linux/system_io.h"
 #include "platform/linux/temporary_file.h"
 
@@ -21,9 +25,7 @@ struct SplitPath {
 SplitPath split(const std::string& path) {
   if (path.empty()) raiseSystemError(ENOENT);
   if (path.find('\0') != std::string::npos) raiseSystemError(EINVAL);
-  const auto slash = path.rfind('/');
-  if (slash == std::string::npos) return {".", path};
-  return {slash == 0 ? "/" : path.substr(0, slash), path.substr(slash + 1)};
+  return {folderOf(path), path.substr(path.rfind('/') + 1)};
 }
 
 bool isForEveryone(const struct stat& folder) {
@@ -39,13 +41,39 @@ bool isReadOnly(int folder, const char* name, const struct stat& status) {
   return (status.st_mode & AnyWriteBit) == 0 || ::faccessat(folder, name, W_OK, AT_EACCESS) != 0;
 }
 
-Descriptor openFolder(const std::string& path) {
-  Descriptor folder{::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
-  // A folder that may be written to but not listed.
-  if (!folder && errno == EACCES) folder = Descriptor{::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
-  if (!folder) raiseSystemError();
-  return folder;
+/// What `name` is in the folder; raises ELOOP for a link in one for everyone, ENOTDIR for what is no folder.
+Descriptor enterFolder(const Descriptor& folder, const std::string& name) {
+  struct stat status {};
+  if (::fstat(folder.get(), &status) != 0) raiseSystemError();
+  const int links = isForEveryone(status) ? O_NOFOLLOW : 0;
+  Descriptor entered{::openat(folder.get(), name.c_str(), O_PATH | O_CLOEXEC | links)};
+  if (!entered || ::fstat(entered.get(), &status) != 0) raiseSystemError();
+  if (S_ISLNK(status.st_mode)) raiseSystemError(ELOOP);
+  if (!S_ISDIR(status.st_mode)) raiseSystemError(ENOTDIR);
+  return entered;
 }
+
+/// The folder, reached level by level, for changing what is in it.
+Descriptor openFolder(const std::string& path) {
+  Descriptor folder{::open(path.starts_with('/') ? "/" : ".", O_PATH | O_DIRECTORY | O_CLOEXEC)};
+  if (!folder) raiseSystemError();
+  for (std::size_t begin = 0; begin < path.size();) {
+    const auto end = std::min(path.find('/', begin), path.size());
+    if (end > begin) folder = enterFolder(folder, path.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  // A folder that may be written to but not listed stays as it is.
+  Descriptor listed{::openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+  return listed ? std::move(listed) : std::move(folder);
+}
+
+class HeldFolder final : public FolderLock {
+ public:
+  explicit HeldFolder(Descriptor folder) : folder_(std::move(folder)) {}
+
+ private:
+  Descriptor folder_;
+};
 
 /// The mode for the new file; raises when it must not be written.
 mode_t modeOfTarget(int folder, const std::string& name) {
@@ -117,23 +145,44 @@ std::unique_ptr<NewFile> LinuxFiles::create(const std::string& path) {
 }
 
 bool LinuxFiles::remove(const std::string& path) {
-  split(path);
-  if (::unlink(path.c_str()) == 0) return true;
-  if (errno != ENOENT && errno != ENOTDIR) raiseSystemError();
-  return false;
+  const SplitPath parts = split(path);
+  try {
+    const Descriptor folder = openFolder(parts.Folder);
+    if (::unlinkat(folder.get(), parts.Name.c_str(), 0) != 0) raiseSystemError();
+    return true;
+  } catch (const SystemError& error) {
+    if (error.Number != ENOENT && error.Number != ENOTDIR) throw;
+    return false;
+  }
 }
 
 void LinuxFiles::makeFolder(const std::string& path, bool forEveryone) {
-  split(path);
-  if (::mkdir(path.c_str(), forEveryone ? 0700 : 0777) != 0) {
-    struct stat status {};
-    const int error = errno;
-    if (error == EEXIST && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) return;
-    raiseSystemError(error);
+  constexpr mode_t Own = 0700, Readable = 0755, Everyones = S_ISVTX | 0777;
+  const std::string named = path.substr(0, path.find_last_not_of('/') + 1);
+  const SplitPath parts = split(named);
+  const Descriptor folder = openFolder(parts.Folder);
+  if (::mkdirat(folder.get(), parts.Name.c_str(), forEveryone ? Own : Readable) != 0) {
+    if (errno != EEXIST) raiseSystemError();
+    try {
+      enterFolder(folder, parts.Name);
+      return;
+    } catch (const SystemError& error) {
+      raiseSystemError(error.Number == ENOTDIR ? EEXIST : error.Number);
+    }
   }
   if (!forEveryone) return;
-  const Descriptor folder{::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)};
-  if (!folder || ::fchmod(folder.get(), S_ISVTX | 0777) != 0) raiseSystemError();
+  const Descriptor made{
+      ::openat(folder.get(), parts.Name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)};
+  if (!made || ::fchmod(made.get(), Everyones) != 0) raiseSystemError();
+}
+
+std::unique_ptr<FolderLock> LinuxFiles::tryLockFolder(const std::string& path) {
+  Descriptor folder{::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+  while (folder && ::flock(folder.get(), LOCK_EX | LOCK_NB) != 0) {
+    if (errno == EWOULDBLOCK) return nullptr;
+    if (errno != EINTR) folder.close();
+  }
+  return std::make_unique<HeldFolder>(std::move(folder));
 }
 
 }  // namespace hy_wristlog::platform

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 
+#include "platform/folder_lock.h"
 #include "platform/linux/linux_environment.h"
 #include "platform/linux/system_io.h"
 
@@ -19,10 +20,10 @@ void makeFolders(Files& files, const std::string& folder) {
 
 }  // namespace
 
-std::string FileSettingsStore::file() {
-  const std::string folder = userDataFolder(environment_);
+std::string FileSettingsStore::folder() {
+  std::string folder = userDataFolder(environment_);
   if (folder.empty()) raiseSystemError(ENOENT);
-  return folder + "/settings";
+  return folder;
 }
 
 SettingsTable FileSettingsStore::load() {
@@ -31,9 +32,16 @@ SettingsTable FileSettingsStore::load() {
   return SettingsTable::parse(files_.read(path));
 }
 
-void FileSettingsStore::save(const SettingsTable& table) {
-  makeFolders(files_, userDataFolder(environment_));
+template <class Edit>
+bool FileSettingsStore::change(const Edit& edit) {
+  SettingsTable asItStands = load();
+  if (!edit(asItStands)) return false;
+  makeFolders(files_, folder());
+  const auto lock = lockFolder(files_, folder());
+  SettingsTable table = load();
+  if (!edit(table)) return false;
   files_.write(file(), table.text());
+  return true;
 }
 
 bool FileSettingsStore::keyExists(std::int32_t root, std::string_view key) {
@@ -41,24 +49,19 @@ bool FileSettingsStore::keyExists(std::int32_t root, std::string_view key) {
 }
 
 void FileSettingsStore::createKey(std::int32_t root, std::string_view key) {
-  SettingsTable table = load();
-  if (table.keyExists(root, key)) return;
-  table.createKey(root, key);
-  save(table);
+  change([&](SettingsTable& table) {
+    if (table.keyExists(root, key)) return false;
+    table.createKey(root, key);
+    return true;
+  });
 }
 
 bool FileSettingsStore::deleteKey(std::int32_t root, std::string_view key) {
-  SettingsTable table = load();
-  if (!table.deleteKey(root, key)) return false;
-  save(table);
-  return true;
+  return change([&](SettingsTable& table) { return table.deleteKey(root, key); });
 }
 
 bool FileSettingsStore::deleteValue(std::int32_t root, std::string_view key, std::string_view name) {
-  SettingsTable table = load();
-  if (!table.deleteValue(root, key, name)) return false;
-  save(table);
-  return true;
+  return change([&](SettingsTable& table) { return table.deleteValue(root, key, name); });
 }
 
 std::optional<SettingValue> FileSettingsStore::read(std::int32_t root, std::string_view key,
@@ -68,9 +71,10 @@ std::optional<SettingValue> FileSettingsStore::read(std::int32_t root, std::stri
 
 void FileSettingsStore::write(std::int32_t root, std::string_view key, std::string_view name,
                               const SettingValue& value) {
-  SettingsTable table = load();
-  table.write(root, key, name, value);
-  save(table);
+  change([&](SettingsTable& table) {
+    table.write(root, key, name, value);
+    return true;
+  });
 }
 
 std::vector<std::string> FileSettingsStore::valueNames(std::int32_t root, std::string_view key) {

@@ -6,7 +6,8 @@
 namespace hy_wristlog::platform {
 
 /// Settings in the file "settings" of the user's data folder. Every member reads the file anew, and a
-/// change replaces it whole, so programs see each other's changes; of two at the same moment one wins.
+/// change replaces it whole, one after another, so programs see each other's changes. A change that cannot
+/// have its turn within some seconds raises EBUSY.
 /// A missing file is an empty store. Deleting a key takes the keys below with it; the names in a key that is
 /// not there raise ENOENT.
 class FileSettingsStore final : public SettingsStore {
@@ -25,8 +26,11 @@ class FileSettingsStore final : public SettingsStore {
 
  private:
   SettingsTable load();
-  void save(const SettingsTable& table);
-  std::string file();
+  /// Saves the table when `edit` says that it has changed it; the answer is that of `edit`.
+  template <class Edit>
+  bool change(const Edit& edit);
+  std::string folder();
+  std::string file() { return folder() + "/settings"; }
 
   Environment& environment_;
   Files& files_;

@@ -26,7 +26,7 @@ std::string randomName() {
 }  // namespace
 
 TemporaryFile::TemporaryFile(int folder, mode_t mode) : folder_(folder), name_(randomName()) {
-  constexpr mode_t UsualMode = 0666;
+  constexpr mode_t UsualMode = 0644;
   file_ = Descriptor{::openat(folder, name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                               mode != 0 ? mode : UsualMode)};
   if (!file_) raiseSystemError();

@@ -10,7 +10,7 @@
 namespace hy_wristlog::platform {
 
 /// A new file that disappears again unless it is given its final name in its folder. Mode 0: what the user's
-/// mask leaves of 0666; other modes hold whatever the mask. Members raise SystemError.
+/// mask leaves of 0644; other modes hold whatever the mask. Members raise SystemError.
 class TemporaryFile {
  public:
   TemporaryFile(int folder, mode_t mode);
