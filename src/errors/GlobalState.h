@@ -22,14 +22,22 @@ struct GlobalState {
   /// The failures of the running command. Element 0 holds the last failure, also between commands; no
   /// element at all means that the stack has not been made yet.
   std::vector<std::optional<Class_ErrorRecord>> ErrorStack;
+  /// The file that this stack has been logged to; empty before that.
+  std::string ErrorLogPath;
   std::vector<Class_ErrorAction> ErrorActions;
   /// Writes ErrorStack to the error log. Installed by start-up; may raise.
   std::function<void()> saveErrorRecords;
 
   /// Leaves an empty element 0.
-  void emptyErrorStack() { ErrorStack.assign(1, std::nullopt); }
+  void emptyErrorStack() {
+    ErrorStack.assign(1, std::nullopt);
+    ErrorLogPath.clear();
+  }
   /// Leaves element 0 as it is.
-  void cutErrorStack() { ErrorStack.resize(1); }
+  void cutErrorStack() {
+    ErrorStack.resize(1);
+    ErrorLogPath.clear();
+  }
 };
 
 /// The calling thread's global state. The first call runs start-up.

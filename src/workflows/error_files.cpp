@@ -8,6 +8,7 @@
 #include "base/formats.h"
 #include "errors/GlobalState.h"
 #include "errors/error_xml.h"
+#include "platform/folder_lock.h"
 #include "platform/platform.h"
 #include "tools/Class_Tools.h"
 #include "tools/paths.h"
@@ -75,6 +76,15 @@ void makeFolders(const std::string& folder) {
   });
 }
 
+/// Another command, or another process, may have logged in the same second.
+std::string freeLogPath(const std::string& folder, double time) {
+  const std::string start = folder + "/" + formatDate(time, "yyyy-mm-dd_Hh-Nn-Ss") + " ErrorLog";
+  std::string path = start + ".XML";
+  for (int number = 2; platform::current().files().state(path).Kind != platform::FileKind::Missing; ++number)
+    path = start + " (" + std::to_string(number) + ").XML";
+  return path;
+}
+
 }  // namespace
 
 std::vector<Class_ErrorAction> fncPopulateXMLErrorActions() {
@@ -106,7 +116,7 @@ void fncLoadGlobalErrors() {
 }
 
 void fncSaveXMLErrorRecords() {
-  const GlobalState& state = globals();
+  GlobalState& state = globals();
   if (state.ErrorStack.size() < 2 || !state.ErrorStack[1]) return;
   if (state.CommonDataFolder.empty()) fault::raise(fault::PathNotFound);
   std::string text;
@@ -114,9 +124,14 @@ void fncSaveXMLErrorRecords() {
     text.append(line).append("\r\n");
   const std::string folder = nativePath(joinPath(state.CommonDataFolder, "Errors"));
   makeFolders(folder);
-  const std::string path =
-      folder + "/" + formatDate(state.ErrorStack[1]->ErrorTime, "yyyy-mm-dd_Hh-Nn-Ss") + " ErrorLog.XML";
-  withFileFaults(path, [&] { platform::current().files().write(path, text); });
+  withFileFaults(folder, [&] {
+    platform::Files& files = platform::current().files();
+    if (!state.ErrorLogPath.empty()) return files.write(state.ErrorLogPath, text);
+    const auto lock = platform::lockFolder(files, folder);
+    const std::string path = freeLogPath(folder, state.ErrorStack[1]->ErrorTime);
+    files.write(path, text);
+    state.ErrorLogPath = path;
+  });
 }
 
 }  // namespace hy_wristlog

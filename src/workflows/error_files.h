@@ -13,7 +13,7 @@ std::vector<Class_ErrorAction> fncPopulateXMLErrorActions();
 void fncLoadGlobalErrors();
 
 /// Writes the thread's error stack to its log in the common data folder, replacing an earlier save of the
-/// same stack. Raises the faults of writing files.
+/// same stack and no other log. Raises the faults of writing files.
 void fncSaveXMLErrorRecords();
 
 }  // namespace hy_wristlog

@@ -11,6 +11,7 @@
 #include "signature/Class_Signature.h"
 #include "support/failures.h"
 #include "support/surroundings.h"
+#include "tools/Class_Tools.h"
 #include "workflows/error_files.h"
 
 namespace hy_wristlog {
@@ -157,11 +158,25 @@ TEST(StartUp, TheLogOfACommandIsRewrittenWithEachOfItsFailures) {
   EXPECT_EQ(world.logs(), first) << "the echo of the first command's failure";
   world->advance(std::chrono::seconds{10});
   Started::failingCommand(2);
-  EXPECT_EQ(world.logs(), first + "2026-03-02_09-00-19 ErrorLog.XML 2; ");
+  const std::string second = "2026-03-02_09-00-19 ErrorLog.XML 2; ";
+  EXPECT_EQ(world.logs(), first + second);
+  globals().emptyErrorStack();
+  Started::failingCommand(2);
+  EXPECT_EQ(world.logs(), first + "2026-03-02_09-00-19 ErrorLog (2).XML 2; " + second);
   const std::string text =
       contentOf(world->rootFolder() + "/CommonData/HY_Wristlog/Errors/2026-03-02_09-00-00 ErrorLog.XML");
   EXPECT_NE(text.find("\r\n <Error>\r\n"), std::string::npos);
   EXPECT_NE(text.find("HY_Wristlog Version " + globals().VersionFull), std::string::npos);
+}
+
+TEST(StartUp, ALogFollowsNoLinkInTheSharedFolder) {
+  Started world;
+  const std::string shared = world->rootFolder() + "/CommonData/HY_Wristlog";
+  Tools().fncMakeDirectorys(shared + "/");
+  fs::create_directory(world->rootFolder() + "/elsewhere");
+  fs::create_directory_symlink(world->rootFolder() + "/elsewhere", shared + "/Errors");
+  Started::failingCommand();
+  EXPECT_TRUE(fs::is_empty(world->rootFolder() + "/elsewhere"));
 }
 
 TEST(StartUp, ALogThatCannotBeWrittenIsToldInABox) {
