@@ -15,7 +15,11 @@ constexpr std::int16_t LastPort = 64;
 constexpr const char* Section = "Communications";
 constexpr const char* Key = "COMport";
 
-std::string settingsFile() { return joinPath(globals().UserDataFolder, "Settings.INI"); }
+/// Empty where there is no home.
+std::string settingsFile() {
+  const std::string& folder = globals().UserDataFolder;
+  return folder.empty() ? folder : joinPath(folder, "Settings.INI");
+}
 
 /// A port that is not there, held, locked up, or silent is no Pendreader, and what it failed with is
 /// forgotten: neither may it end the search, nor pass for the failure of what comes next.
@@ -50,10 +54,10 @@ std::int32_t LegacyWorkflows::SearchAndSetLegacyCOMport(std::int16_t& FoundPort,
 std::int32_t LegacyWorkflows::fncReadCOMportFromINI(std::int16_t& Port, std::string& Text) {
   return codeOf("fncReadCOMportFromINI", [&] {
     const std::string file = settingsFile();
-    if (!Tools().fncCheckPathforReadWrite(file)) return ReturnCode::NotWritable;
+    if (file.empty() || !Tools().fncCheckPathforReadWrite(file)) return ReturnCode::NotWritable;
     if (!Tools().fncFilePathExists(file)) return ReturnCode::NoPortSetting;
     const std::string value = Tools().fncINIread(Section, Key, "", file);
-    const auto number = parseNumber(value);
+    const auto number = parseUngroupedNumber(value);
     if (!number) return ReturnCode::NoPortSetting;
     Port = roundToInt16(*number);
     Text = value;
@@ -64,7 +68,7 @@ std::int32_t LegacyWorkflows::fncReadCOMportFromINI(std::int16_t& Port, std::str
 std::int32_t LegacyWorkflows::fncWriteCOMportToINI(std::int16_t Port) {
   return codeOf("fncWriteCOMportToINI", [&] {
     const std::string file = settingsFile();
-    const bool written = Tools().fncCheckPathforReadWrite(file) &&
+    const bool written = !file.empty() && Tools().fncCheckPathforReadWrite(file) &&
                          Tools().fncINIwrite(Section, Key, std::to_string(Port), file);
     return written ? ReturnCode::Success : ReturnCode::NotWritable;
   });

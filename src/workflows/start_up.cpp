@@ -64,15 +64,14 @@ void subMain() {
     step([&] { state.TimeOfDayFormat = Tools().fncGetLocaleTimeFormat(true); });
     state.ShortDateTimeFormat = state.ShortDateFormat + " " + state.TimeOfDayFormat;
     state.LongDateTimeFormat = state.LongDateFormat + " " + state.TimeOfDayFormat;
-    step([&] {
-      state.UserDataFolder =
-          joinPath(Tools().fncGetSpecialFolderLocation(0, UserDataFolderCode), state.AppName);
-    });
+    // None where there is no home: a relative one would lie wherever the program happens to run.
+    const auto ownFolderIn = [&](std::int32_t code) {
+      const std::string folder = Tools().fncGetSpecialFolderLocation(0, code);
+      return folder.empty() ? folder : joinPath(folder, state.AppName);
+    };
+    step([&] { state.UserDataFolder = ownFolderIn(UserDataFolderCode); });
     step([&] { state.DocumentsFolder = Tools().fncGetSpecialFolderLocation(0, DocumentsFolderCode); });
-    step([&] {
-      state.CommonDataFolder =
-          joinPath(Tools().fncGetSpecialFolderLocation(0, CommonDataFolderCode), state.AppName);
-    });
+    step([&] { state.CommonDataFolder = ownFolderIn(CommonDataFolderCode); });
     state.VersionShort =
         std::to_string(WRISTLOG_VERSION_MAJOR) + "." + std::to_string(WRISTLOG_VERSION_MINOR);
     state.VersionFull = state.VersionShort + "." + std::to_string(WRISTLOG_VERSION_REVISION);

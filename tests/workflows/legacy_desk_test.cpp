@@ -71,6 +71,7 @@ TEST(LegacyPort, SettingsThatHoldNoPortAreRefused) {
                {settings("[communications]\r\ncomport=\"33\"\r\n"), 0, 33},
                {settings("[Communications]\nCOMport=\n"), 10001},
                {settings("[Communications]\nCOMport=COM1\n"), 10001},
+               {settings("[Communications]\nCOMport=1,5\n"), 10001},
                {settings("[Other]\nCOMport=1\n"), 10001},
                {settings(""), 10001},
                {settings("[Communications]\nCOMport=70000\n"), 6},
