@@ -6,6 +6,7 @@
 #include "base/formats.h"
 #include "errors/GlobalState.h"
 #include "errors/Procedure.h"
+#include "platform/platform.h"
 #include "workflows/main_state.h"
 #include "workflows/return_codes.h"
 
@@ -135,13 +136,22 @@ std::shared_ptr<Class_Subject> subjectOf(const VardenRecord& record) {
   return subject;
 }
 
+StatusTexts abortedTexts() { return {"Aborted", "The inquiry was aborted; the logger is as it was."}; }
+
 /// One inquiry. The flags stay set from the first pass to the second, so a second pass never makes a failure
 /// of the first one good.
-class Inquiry {
+class Inquiry : private platform::EventSource {
  public:
-  Inquiry(Procedure& procedure, VardenLogger& logger) : procedure_(procedure), logger_(logger) {}
+  Inquiry(Procedure& procedure, MainState& state)
+      : procedure_(procedure), state_(state), logger_(state.logger()) {
+    world_->addEventSource(*this);
+  }
+  ~Inquiry() { world_->removeEventSource(*this); }
+  Inquiry(const Inquiry&) = delete;
+  Inquiry& operator=(const Inquiry&) = delete;
 
   TrapAnswer trap(const Failure& failure) {
+    if (state_.AbortFlag) return TrapAnswer::Leave;
     if (isOneOf(failure.Number, {3001, 3002, 3003, 3011, 3013, 11504, 11505, 11507}))
       readFailed_ = true;
     else if (isOneOf(failure.Number, {8015, 8018, 8021, 11508}))
@@ -165,6 +175,14 @@ class Inquiry {
 
  private:
   enum class Pass : std::uint8_t { Done, TooManyDocks, Again };
+
+  /// An abort cancels a transfer; any other waiting ends when the port is closed.
+  void serveEvents() override {
+    if (!state_.AbortFlag || !logger_.link().Get_PortReady()) return;
+    const bool transfers = logger_.link().Get_DoingXMODEM();
+    ignoringFailures([&] { logger_.subAbortLoggerComms(); });
+    if (!transfers) ignoringFailures([&] { logger_.subCloseDevicePort(); });
+  }
 
   Pass tryModel(const DockedModel& model, StatusTexts& texts) {
     std::int16_t docks = 0;
@@ -211,7 +229,9 @@ class Inquiry {
   }
 
   Procedure& procedure_;
+  MainState& state_;
   VardenLogger& logger_;
+  std::shared_ptr<platform::Platform> world_ = platform::shareCurrent();
   bool readFailed_ = false, portProblem_ = false, retried_ = false;
 };
 
@@ -240,18 +260,26 @@ std::int32_t Class_Main::GetStatus(enmLoggerPointer LoggerType, std::string& Sim
     }
     state_->AbortFlag = false;
     VardenLogger& logger = state_->logger();
-    inquiry.emplace(procedure, logger);
+    inquiry.emplace(procedure, *state_);
     StatusTexts texts;
     const bool oneLogger = inquiry->ask(*model, texts);
     SimpleStatus = texts.Simple;
     LongStatus = texts.Long;
-    if (!oneLogger) return;
+    if (!oneLogger || state_->AbortFlag) return;
     KestrinData = state_->ActiveLogger;
     if (BatteryLifeRemaining != nullptr && logger.Get_CTcompliant())
       *BatteryLifeRemaining = logger.Get_BattLifeRemaining();
     Subject = subjectOf(logger.record);
     code = ReturnCode::Success;
   });
+  if (state_->AbortFlag) {
+    state_->AbortFlag = false;
+    globals().emptyErrorStack();
+    const StatusTexts texts = abortedTexts();
+    SimpleStatus = texts.Simple;
+    LongStatus = texts.Long;
+    code = ReturnCode::Aborted;
+  }
   return code;
 }
 

@@ -190,5 +190,33 @@ TEST(Status, CodesAndOutputs) {
   }
 }
 
+TEST(Status, AnAbortEndsTheWaiting) {
+  for (const enmLoggerPointer model : Models)
+    for (const bool silent : {false, true}) {
+      Workbench trial(model);
+      if (silent) Silent(trial);
+      trial.status();
+      for (std::int32_t round = 1; round < trial.host->Rounds; round += 97) {
+        SCOPED_TRACE("round " + std::to_string(round));
+        Workbench desk(model);
+        if (silent) Silent(desk);
+        double asked = 0;
+        desk.host->EachRound = [&] {
+          if (desk.host->Rounds == round) asked = desk.bench.World->elapsed();
+        };
+        desk.host->AbortIn = round;
+        EXPECT_EQ(desk.status(), 10013);
+        EXPECT_EQ(desk.simple, "Aborted");
+        EXPECT_EQ(desk.data, nullptr);
+        EXPECT_LT(desk.bench.World->elapsed() - asked, 1.5);
+        EXPECT_TRUE(desk.portClosed());
+        desk.host->AbortIn = -1;
+        desk.logger().Faults.Silent = false;
+        EXPECT_EQ(desk.status(), 0);
+        EXPECT_EQ(desk.simple, Ready.Simple);
+      }
+    }
+}
+
 }  // namespace
 }  // namespace hy_wristlog::workbench
