@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <functional>
 #include <limits>
-#include <set>
 
 #include "base/dates.h"
 #include "signature/key_world.h"
@@ -59,13 +58,10 @@ TEST(Signatures, WrongArgumentsAreNamed) {
   const std::string key = Signature::fncGetPublicKey(Name);
   const std::pair<std::function<void()>, std::string> cases[] = {
       {[] { Signature::fncCheckUserContainer(""); }, noName},
-      {[] { Signature::fncGenerateSignature("", Data); }, noName},
-      {[] { Signature::fncGetPublicKey(""); }, noName},
       {[] { Signature::fncDeleteContainer(""); }, noName},
       {[] { Signature::fncGenerateSignature("nobody's", Data); }, noPair},
       {[] { Signature::fncGetPublicKey("nobody's"); }, noPair},
       {[] { Signature::fncVerifySignature("", Data, "00"); }, noKey},
-      {[] { Signature::fncVerifySignature("30820", Data, "00"); }, noKey},
       {[] { Signature::fncVerifySignature("no key", Data, "00"); }, noKey},
       {[] { Signature::fncGenerateSignature(Name, "\xC0\xAF"); }, noText},
       {[&] { Signature::fncVerifySignature(key, "\xED\xA0\x80", "00"); }, noText}};
@@ -116,40 +112,6 @@ TEST(Signatures, EachStepOfTheProviderFailsWithItsText) {
     }
   world->Faults.Cryptography = {EACCES, {0, 2}};
   EXPECT_EQ(failureOf(verify), std::pair(13, "Error " + acquire + " (13)"));
-}
-
-/// A machine that keeps no keys.
-struct KeylessWorld final : simulator::SimulatedWorld, platform::CryptographicProvider {
-  std::set<std::string> Files;
-  CryptographicProvider& cryptography() override { return *this; }
-  std::array<std::uint8_t, 16> md5(std::span<const std::uint8_t>) override { return {}; }
-  void randomBytes(std::span<std::uint8_t>) override {}
-  std::unique_ptr<platform::Sha1Hash> createSha1() override { return nullptr; }
-  void deleteContainer(const std::string&) override {}
-  void deleteDamagedContainer(const std::string&) override {}
-  std::unique_ptr<platform::KeyContainer> openContainer(const std::string& file) override {
-    Files.insert(file);
-    return nullptr;
-  }
-};
-
-TEST(Signatures, ContainersOfAnyNameStayInTheirFolder) {
-  const InWorld<KeylessWorld> world;
-  const std::string names[] = {Name,   "..",   ".", "../../x", "/etc/x", "a/b",   "a%2Fb",
-                               "a\\b", "A",    "a", ".a",      "é",      "a.pem", std::string("a\0b", 3),
-                               "a b",  "a\nb", "~", "-a"};
-  for (const std::string& name : names)
-    EXPECT_EQ(failureOf([&] { Signature::fncCheckUserContainer(name); }),
-              std::pair(5, std::string("Invalid Crypto Provider Handle Input")));
-  EXPECT_EQ(world->Files.size(), std::size(names)) << "each its own";
-  const std::string folder = world->rootFolder() + "/AppData/HY_Wristlog/Keys/";
-  EXPECT_TRUE(world->Files.contains(folder + Name + ".pem"));
-  for (const std::string& file : world->Files) {
-    ASSERT_TRUE(file.starts_with(folder) && file.ends_with(".pem")) << file;
-    const std::string name = file.substr(folder.size());
-    EXPECT_TRUE(name[0] != '.' && name.find_first_of(std::string("/\\\0\n ", 5)) == std::string::npos)
-        << file;
-  }
 }
 
 TEST(SignatureProperties, TellWhoAndWhen) {
