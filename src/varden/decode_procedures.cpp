@@ -32,6 +32,7 @@ void VardenLogger::subSetRawDataFromPackets(const PacketArray& packets) {
   procedure.run([&] {
     requirePackets(packets, "Class_VardenLogger.subSetRawDataFromPackets");
     record.RawData = joinPackets(*packets);
+    record.CutOffData.clear();
   });
 }
 
@@ -48,6 +49,7 @@ enmDecodeResult VardenLogger::fncDecodeDataArrays(bool& LowBatteryDetected,
     procedure.statement([&] {
       if (!RawBytes) return;
       record.RawData = *RawBytes;
+      record.CutOffData.clear();
       record.BytesUsed = fault::narrow<std::int32_t>(RawBytes->size());
     });
     procedure.statement([&] { options = optionsOfThisWorld(DiagnosticDecode); });
