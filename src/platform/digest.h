@@ -1,0 +1,16 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "hy_wristlog/api.h"
+
+namespace hy_wristlog::platform {
+
+using Sha256Digest = std::array<std::uint8_t, 32>;
+
+/// SHA-256 (FIPS 180-4): the same in every world, so no world has a part in it. Raises SystemError.
+HY_WRISTLOG_API Sha256Digest sha256(std::span<const std::uint8_t> bytes);
+
+}  // namespace hy_wristlog::platform
