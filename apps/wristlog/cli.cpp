@@ -131,4 +131,9 @@ CLI::Option* CommandLine::addFolder(CLI::App* sub, std::string& folder, bool& fo
   return sub->add_option("--out", folder, description)->check(validFolder);
 }
 
+void CommandLine::addUnchecked(CLI::App* sub, bool& unchecked) {
+  sub->add_flag("--unchecked", unchecked,
+                "Take the bytes as they are, though they are not those that the configuration tells of");
+}
+
 }  // namespace wristlog

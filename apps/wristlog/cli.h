@@ -44,6 +44,8 @@ class CommandLine {
   /// "--out", the folder for a recording's files, and "--force".
   static CLI::Option* addFolder(CLI::App* sub, std::string& folder, bool& force,
                                 const char* description = "Folder for the recording's files");
+  /// "--unchecked", for what reads a saved recording.
+  static void addUnchecked(CLI::App* sub, bool& unchecked);
 
  private:
   int parseAndRun(int argc, char** argv);

@@ -56,6 +56,7 @@ void addRecordingFile(CommandLine& cli, CLI::App* parent, const char* name, cons
   CLI::App* sub = cli.add(
       name, description, [&cli, options, command] { return command(cli.Common, *options); }, parent);
   addRecordingPlace(sub, options->Place);
+  CommandLine::addUnchecked(sub, options->Place.Unchecked);
   addOutput(sub, options->Output, outDescription);
   sub->footer(example);
 }

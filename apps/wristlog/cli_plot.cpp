@@ -15,6 +15,7 @@ void addPlotCommand(CommandLine& cli) {
   CommandLine::addFolder(sub, options->Folder, options->Force,
                          "Folder for the pictures; else the recording's own");
   sub->add_flag("--diagnostic", options->Diagnostic, "Go on where the data are questionable");
+  CommandLine::addUnchecked(sub, options->Unchecked);
   sub->footer("Example: wristlog plot subject-17 --out pictures-17");
 }
 

@@ -89,7 +89,11 @@ int runConfigShow(const CommonOptions& common, const ConfigOptions& options) {
 }
 
 int runConfigExport(const CommonOptions& common, const ConfigOptions& options) {
-  return saveConfig(common, options, engineering::checkIniOutput, engineering::saveConfigIni);
+  const std::string recordingIni = options.Model.empty() ? options.Place.config() : "";
+  return saveConfig(common, options, engineering::checkIniOutput,
+                    [&](hw::Class_VardenLogger& logger, const std::string& file) {
+                      engineering::saveConfigIni(logger, file, recordingIni);
+                    });
 }
 
 int runConfigImage(const CommonOptions& common, const ConfigOptions& options) {
@@ -108,9 +112,10 @@ int runConfigImport(const CommonOptions& common, const ConfigImportOptions& opti
   {
     const SignalsHeld held;
     if (options.Image.File.empty())
-      engineering::saveConfigIni(*edited, options.Output.File);
+      engineering::saveConfigIni(*edited, options.Output.File, options.Place.config());
     else
-      engineering::saveConfigIniAndImage(*edited, options.Output.File, options.Image.File);
+      engineering::saveConfigIniAndImage(*edited, options.Output.File, options.Image.File,
+                                         options.Place.config());
   }
   const Json list = changes(*logger, *edited);
   if (session.asJson()) {

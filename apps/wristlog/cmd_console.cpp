@@ -10,6 +10,7 @@
 #include "json_output.h"
 #include "meanings.h"
 #include "recording_files.h"
+#include "retrieved_recording.h"
 #include "watched_world.h"
 #include "workflows/engineering.h"
 
@@ -60,15 +61,16 @@ Result retrieve(hw::Class_Main& main, const ConsoleOptions& options) {
     details += " " + wordsFor(verdict) + " " + counted(logger->Get_Samples(), "epoch") + " of " +
                counted(logger->Get_EpochLength(), "second") + " from logger " + logger->Get_SerialNumber() +
                ".";
-  if (!options.Folder.empty() && !engineering::rawData(*logger).empty()) {
-    const RecordingFiles files(options.Folder, options.Force);
-    if (verdict != NotDecoded)
-      files.write(*logger, summaryJson(*logger, *subject, verdict, lowBattery));
-    else
-      files.writeRaw(*logger);
-    details += " Written to " + options.Folder + ".";
+  RetrievedRecording recording(*logger, verdict != NotDecoded ? std::optional(verdict) : std::nullopt,
+                               lowBattery);
+  Result result = resultOf(code, model, details);
+  if (const std::string trouble = recording.trouble(); !trouble.empty())
+    result = {NotWhole, "Code " + std::to_string(NotWhole) + ": " + trouble};
+  if (!options.Folder.empty() && recording.isThere()) {
+    recording.write(RecordingFiles(options.Folder, options.Force));
+    result.Words += " Written to " + options.Folder + ".";
   }
-  return resultOf(code, model, details);
+  return result;
 }
 
 const std::map<std::string, Workflow>& workflows() {

@@ -10,6 +10,7 @@
 #include "meanings.h"
 #include "process.h"
 #include "recording_files.h"
+#include "retrieved_recording.h"
 #include "workflows/engineering.h"
 
 namespace wristlog {
@@ -136,16 +137,17 @@ class Demo {
     const std::int32_t code =
         session_.main().Retrieve(hw::LggrPntr_KRVivid, logger, subject, result, &lowBattery);
     require("Retrieve", code);
-    Json summary = summaryJson(*logger, *subject, result, lowBattery);
-    summary["made_by"] = MadeByDemo;
-    files_.write(*logger, summary);
-    files_.writePictures(*logger, result, lowBattery);
+    const double elapsed = bench_.World->elapsed() - before;
+    RetrievedRecording recording(*logger, result, lowBattery);
+    if (!recording.isSound()) throw hw::Failure(NotWhole, "Class_Main.Retrieve", recording.trouble());
+    const Json summary = recording.write(files_, MadeByDemo);
+    files_.writePictures(recording.decode());
     if (session_.asJson()) {
       print(summary);
       return Good;
     }
-    say("Retrieved " + std::to_string(engineering::rawData(*logger).size()) + " bytes in " +
-        std::to_string(std::lround(bench_.World->elapsed() - before)) +
+    say("Retrieved " + std::to_string(recording.bytes()) + " bytes in " +
+        std::to_string(std::lround(elapsed)) +
         " simulated seconds: " + std::to_string(logger->Get_Samples()) + " epochs, " +
         std::to_string(logger->Get_MarkerCount()) + " markers. " + wordsFor(result));
     drawDays(std::cout, *logger);

@@ -6,6 +6,7 @@
 #include "json_output.h"
 #include "meanings.h"
 #include "process.h"
+#include "recording_world.h"
 #include "workflows/engineering_files.h"
 
 namespace wristlog {
@@ -24,10 +25,12 @@ bool isThere(const std::string& file) {
 /// the recording.
 template <class Save>
 int writeFile(const CommonOptions& common, const RecordingFileOptions& options, const Save& save) {
-  const Session session(common);
   engineering::checkOutput(options.Output.File, options.Output.Force, options.Place.files());
   const bool stoodBefore = isThere(options.Output.File);
-  const auto logger = openRecording(options.Place);
+  const auto recording = readRecording(options.Place);
+  const RecordingWorld world(momentOf(recording), RecordingWorld::Texts::Users);
+  const Session session(common);
+  const auto logger = engineering::openRecording(recording);
   Json document{{"file", options.Output.File},
                 {"recorded_bytes", logger->Get_BytesUsed()},
                 {"device_serial_number", logger->Get_SerialNumber()}};

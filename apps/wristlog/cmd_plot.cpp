@@ -8,6 +8,7 @@
 #include "platform/platform.h"
 #include "plotted_logger.h"
 #include "recording_files.h"
+#include "recording_world.h"
 #include "saved_recording.h"
 
 namespace wristlog {
@@ -44,7 +45,11 @@ int runPlot(const CommonOptions& common, const PlotOptions& options) {
   const RecordingFiles files(options.Folder.empty() ? options.Recording : options.Folder, options.Force,
                              RecordingFiles::Part::Pictures);
   files.prepare();
-  const DecodedRecording saved = decodeRecording({options.Recording, {}, {}}, options.Diagnostic);
+  const RecordingPlace place{options.Recording, {}, {}, options.Unchecked};
+  const auto recording = readRecording(place);
+  const RecordingWorld world(momentOf(recording));
+  const DecodedRecording saved = decoded(recording, place, options.Diagnostic);
+  files.requireEpochs(*saved.Logger);
   const picture::PlottedRecording plot = plottedRecording(*saved.Logger, saved.Result, saved.LowBattery);
   files.writePictures(plot);
 

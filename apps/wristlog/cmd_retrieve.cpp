@@ -7,12 +7,11 @@
 #include "meanings.h"
 #include "process.h"
 #include "recording_files.h"
-#include "workflows/engineering.h"
+#include "retrieved_recording.h"
 
 namespace wristlog {
 
 namespace hw = hy_wristlog;
-namespace engineering = hy_wristlog::engineering;
 
 int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   const RecordingFiles files(options.Folder, options.Force);
@@ -34,27 +33,27 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   std::optional<hw::enmDecodeResult> verdict;
   if (result != NotDecoded) verdict = result;
 
-  const bool hasRecording = !engineering::rawData(*logger).empty();
+  RetrievedRecording recording(*logger, verdict, lowBattery);
   // A request that came before there was a logger to abort.
-  if (interruptRequested() && code != 0 && !hasRecording) code = Aborted;
-  const std::string meaning = explanationOf(code, model);
-  try {
-    if (hasRecording && verdict)
-      files.write(*logger, summaryJson(*logger, *subject, verdict, lowBattery));
-    else if (hasRecording)
-      files.writeRaw(*logger);
-  } catch (const hw::Failure& failure) {
-    throw hw::Failure(failure.Number, failure.Source,
-                      failure.Description +
-                          ". The logger still holds the recording: retrieve it again, into another folder");
+  if (interruptRequested() && code != 0 && !recording.isThere()) code = Aborted;
+  std::string meaning = explanationOf(code, model);
+  if (const std::string trouble = recording.trouble(); !trouble.empty()) {
+    meaning = code == 0 || code == NotWhole ? trouble : meaning + " " + trouble;
+    if (code == 0) code = NotWhole;
+    verdict.reset();
   }
   bool drawn = true;
-  try {
-    if (hasRecording && verdict) files.writePictures(*logger, *verdict, lowBattery);
-  } catch (const hw::Failure& failure) {
-    drawn = false;
-    std::cerr << wordsFor(failure) << '\n';
+  if (recording.isThere()) recording.write(files);
+  if (recording.isSound()) {
+    verdict = recording.decode().Result;
+    try {
+      files.writePictures(recording.decode());
+    } catch (const hw::Failure& failure) {
+      drawn = false;
+      std::cerr << wordsFor(failure) << '\n';
+    }
   }
+  hw::Class_VardenLogger& shown = recording.isSound() ? *recording.decode().Logger : *logger;
   const int status = code == 0 && drawn ? Good : Unsuccessful;
   if (code != 0 && !session.traffic().empty())
     std::cerr << "What passed on the link is in "
@@ -64,11 +63,13 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
               << "; send it along when you ask for help.\n";
 
   if (session.asJson()) {
-    Json document = recordingJson(*logger, verdict, lowBattery);
+    Json document = recordingJson(shown, verdict, lowBattery);
+    document["bytes_received"] = recording.bytes();
+    document["bytes_in_logger"] = recording.bytesInLogger();
     document["return_code"] = code;
     document["return_code_meaning"] = meaning;
     document["low_battery_detected"] = lowBattery;
-    document["logger"] = loggerJson(*logger);
+    document["logger"] = loggerJson(shown);
     document["subject"] = subjectJson(*subject);
     print(document);
     return status;
@@ -76,11 +77,10 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   std::ostream& out = code == 0 ? std::cout : std::cerr;
   if (code != 0) out << "Code " << code << ": " << meaning << '\n';
   if (verdict)
-    out << wordsFor(*verdict) << ' ' << counted(logger->Get_Samples(), "epoch") << " of "
-        << counted(logger->Get_EpochLength(), "second") << " from logger " << logger->Get_SerialNumber()
-        << ".\n";
+    out << wordsFor(*verdict) << ' ' << counted(shown.Get_Samples(), "epoch") << " of "
+        << counted(shown.Get_EpochLength(), "second") << " from logger " << shown.Get_SerialNumber() << ".\n";
   if (lowBattery) out << "The logger's battery is low.\n";
-  if (hasRecording) out << "Written to " << options.Folder << ".\n";
+  if (recording.isThere()) out << "Written to " << options.Folder << ".\n";
   return status;
 }
 

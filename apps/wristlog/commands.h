@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "saved_recording.h"
 #include "session.h"
 
 namespace wristlog {
@@ -37,13 +38,14 @@ struct RetrieveOptions {
 };
 
 struct DecodeOptions {
-  std::string ConfigFile, RawFile, Folder, Now;
+  RecordingPlace Place;
+  std::string Folder, Now;
   bool Diagnostic = false, Force = false;
 };
 
 struct PlotOptions {
   std::string Recording, Folder;
-  bool Diagnostic = false, Force = false;
+  bool Diagnostic = false, Force = false, Unchecked = false;
 };
 
 struct ConsoleOptions {

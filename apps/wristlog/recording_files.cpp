@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <system_error>
 
 #include "hy_wristlog/failure.h"
 #include "json_output.h"
@@ -46,6 +47,18 @@ void addEventsCsv(platform::NewFile& file, const hw::Class_VardenLogger& logger)
   for (const std::string& event : engineering::events(logger)) file.add(event + "\n");
 }
 
+hw::Class_Subject subjectOf(const hw::Class_VardenLogger& logger) {
+  hw::Class_Subject subject;
+  subject.Let_Identity(logger.Get_SubjectIdentity());
+  subject.Let_Initials(logger.Get_SubjectInitials());
+  subject.Let_Gender(logger.Get_SubjectGender());
+  subject.Let_DOB(logger.Get_SubjectDOB());
+  subject.Let_GUID(logger.Get_SubjectGUID());
+  subject.Let_Height(logger.Get_SubjectHeight());
+  subject.Let_Weight(logger.Get_SubjectWeight());
+  return subject;
+}
+
 }  // namespace
 
 RecordingFiles::RecordingFiles(std::string folder, bool overwrite, Part part)
@@ -56,27 +69,44 @@ RecordingFiles::RecordingFiles(std::string folder, bool overwrite, Part part)
     names_.assign(Names.begin(), Names.end());
 }
 
+std::vector<std::string> RecordingFiles::missingFolders() const {
+  std::vector<std::string> missing;
+  for (std::size_t at = folder_.find('/', 1);; at = folder_.find('/', at + 1)) {
+    const std::string part = folder_.substr(0, at);
+    onFiles(folder_, [&](platform::Files& files) {
+      if (files.state(part).Kind == platform::FileKind::Missing) missing.push_back(part);
+    });
+    if (at == std::string::npos) return missing;
+  }
+}
+
 void RecordingFiles::prepare() const {
+  const auto missing = missingFolders();
+  const std::string inside =
+      missing.empty() ? folder_ : std::filesystem::path(missing.front()).parent_path().string();
+  const std::string present = inside.empty() ? "." : inside;
+  const auto refuse = [](std::int32_t number, const std::string& words) {
+    throw hw::Failure(number, Source, words);
+  };
   onFiles(folder_, [&](platform::Files& files) {
-    for (std::size_t at = folder_.find('/', 1);; at = folder_.find('/', at + 1)) {
-      const std::string part = folder_.substr(0, at);
-      if (files.state(part).Kind == platform::FileKind::Missing) files.makeFolder(part, false);
-      if (at == std::string::npos) break;
-    }
-    if (files.state(folder_).Kind != platform::FileKind::Folder)
-      throw hw::Failure(PathFileAccess, Source, folder_ + " is not a folder");
+    if (files.state(present).Kind != platform::FileKind::Folder)
+      refuse(PathFileAccess, present + " is not a folder");
   });
   for (const std::string& path : paths())
     onFiles(path, [&](platform::Files& files) {
-      const platform::FileKind kind = files.state(path).Kind;
-      if (kind != platform::FileKind::Missing && !overwrite_)
-        throw hw::Failure(FileExists, Source, path + " exists. Use --force to overwrite it.");
-      if (kind != platform::FileKind::Missing && kind != platform::FileKind::File)
-        throw hw::Failure(PathFileAccess, Source, path + " is in the way: it is not a file");
+      const platform::FileState state = files.state(path);
+      std::error_code none;
+      if (std::filesystem::is_symlink(path, none))
+        refuse(PathFileAccess, path + " is in the way: it is a link");
+      if (state.Kind == platform::FileKind::Missing) return;
+      if (!overwrite_) refuse(FileExists, path + " exists. Use --force to overwrite it.");
+      if (state.Kind != platform::FileKind::File)
+        refuse(PathFileAccess, path + " is in the way: it is not a file");
+      if (state.ReadOnly) refuse(PathFileAccess, path + " may not be overwritten: it is read-only");
     });
   onFiles(folder_, [&](platform::Files& files) {
     const SignalsHeld held;
-    const std::string trial = path(".wristlog-trial");
+    const std::string trial = present + "/.wristlog-trial";
     if (files.state(trial).Kind != platform::FileKind::Missing) return;
     files.write(trial, "");
     files.remove(trial);
@@ -111,19 +141,24 @@ bool RecordingFiles::isFromDemo() const {
   }
 }
 
-void RecordingFiles::write(hw::Class_VardenLogger& logger, const Json& summary) const {
-  writeRaw(logger);
+void RecordingFiles::writeRaw(const engineering::SavedRecording& recording) const {
+  writeFile("raw.bin", {recording.Raw.begin(), recording.Raw.end()});
+  writeFile("config.ini", recording.Ini);
+}
+
+void RecordingFiles::writeDecoded(const hw::Class_VardenLogger& logger, const Json& summary) const {
   writeFile("series.csv", [&](platform::NewFile& file) { addSeriesCsv(file, logger); });
   writeFile("events.csv", [&](platform::NewFile& file) { addEventsCsv(file, logger); });
   writeFile("recording.json", summary.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
 }
 
-void RecordingFiles::writeRaw(hw::Class_VardenLogger& logger) const {
-  const std::vector<std::uint8_t> raw = engineering::rawData(logger);
-  if (raw.empty()) return;
-  writeFile("raw.bin", {raw.begin(), raw.end()});
-  writeFile("config.ini",
-            "[Configuration Bytes]\r\nRaw Config Bytes=" + engineering::rawConfigHex(logger) + "\r\n");
+void RecordingFiles::requireEpochs(const hw::Class_VardenLogger& logger) const {
+  constexpr std::int32_t OutOfRange = 11503;
+  if (logger.Get_Samples() > 0) return;
+  for (const std::string& path : paths())
+    if (std::filesystem::exists(path))
+      throw hw::Failure(OutOfRange, Source,
+                        "The recording holds no epochs, so " + path + " is left as it is");
 }
 
 void RecordingFiles::writePictures(const picture::PlottedRecording& plot) const {
@@ -132,10 +167,9 @@ void RecordingFiles::writePictures(const picture::PlottedRecording& plot) const 
   writeFile("report.html", picture::reportHtml(plot, days));
 }
 
-void RecordingFiles::writePictures(hw::Class_VardenLogger& logger, hw::enmDecodeResult result,
-                                   bool lowBattery) const {
+void RecordingFiles::writePictures(const DecodedRecording& recording) const {
   try {
-    writePictures(plottedRecording(logger, result, lowBattery));
+    writePictures(plottedRecording(*recording.Logger, recording.Result, recording.LowBattery));
   } catch (const hw::Failure& failure) {
     throw hw::Failure(failure.Number, failure.Source,
                       failure.Description + ". Only the pictures are missing: 'wristlog plot " + folder_ +
@@ -164,27 +198,35 @@ void RecordingFiles::writeFile(const std::string& name, const std::string& conte
 
 void RecordingFiles::writeFile(const std::string& name,
                                const std::function<void(platform::NewFile&)>& addContent) const {
-  onFiles(path(name), [&](platform::Files& files) {
-    const SignalsHeld held;
-    const auto file = files.create(path(name));
-    addContent(*file);
-    file->finish();
-  });
+  const auto made = missingFolders();
+  try {
+    onFiles(path(name), [&](platform::Files& files) {
+      const SignalsHeld held;
+      for (const std::string& folder : made) files.makeFolder(folder, false);
+      const auto file = files.create(path(name));
+      addContent(*file);
+      file->finish();
+    });
+  } catch (const hw::Failure&) {
+    std::error_code none;
+    for (auto folder = made.rbegin(); folder != made.rend(); ++folder) std::filesystem::remove(*folder, none);
+    throw;
+  }
 }
 
-Json summaryJson(hw::Class_VardenLogger& logger, const hw::Class_Subject& subject,
-                 std::optional<hw::enmDecodeResult> result, bool lowBattery) {
+Json summaryJson(const DecodedRecording& recording) {
+  hw::Class_VardenLogger& logger = *recording.Logger;
   Json summary = Json::object();
-  summary["subject"] = subjectJson(subject);
+  summary["subject"] = subjectJson(subjectOf(logger));
   summary["time_zone"] = engineering::zoneName(logger);
   summary["start_utc"] = engineering::isoDate(logger.Get_StartTimeGMT(), "Z");
   summary["epoch_seconds"] = logger.Get_EpochLength();
   summary["samples"] = logger.Get_Samples();
   summary["markers"] = logger.Get_MarkerCount() + engineering::marker2Count(logger);
   summary["battery"] = engineering::batteryWords(logger);
-  summary["low_battery_detected"] = lowBattery;
-  summary["result"] = result ? nameOf(*result) : "";
-  summary["result_in_words"] = result ? wordsFor(*result) : "";
+  summary["low_battery_detected"] = recording.LowBattery;
+  summary["result"] = nameOf(recording.Result);
+  summary["result_in_words"] = wordsFor(recording.Result);
   summary["configuration"] = loggerJson(logger);
   return summary;
 }

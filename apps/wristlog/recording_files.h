@@ -2,12 +2,12 @@
 
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "picture/recording.h"
 #include "platform/platform.h"
+#include "saved_recording.h"
 #include "session.h"
 
 namespace wristlog {
@@ -25,19 +25,21 @@ class RecordingFiles {
   RecordingFiles(std::string folder, bool overwrite, std::vector<std::string> names)
       : folder_(std::move(folder)), overwrite_(overwrite), names_(std::move(names)) {}
 
-  /// Makes the folder and tries whether it can be written to. Raises fault 58 when a file that would be
-  /// written exists and may not be overwritten, 75 when the folder is of no use.
+  /// To be called before the work: tries whether all can be written. Raises fault 58 when a file that would
+  /// be written exists and may not be overwritten, 75 when the folder is of no use or something else, a link
+  /// too, has the name of a file. The folder is made with its first file.
   void prepare() const;
   /// The same for a folder whose files may be overwritten when a demo wrote them and nothing else lies there.
   void prepareForDemo();
-  /// Everything but the pictures; what decoding again needs comes first.
-  void write(hy_wristlog::Class_VardenLogger& logger, const Json& summary) const;
+  /// What decoding again needs: raw.bin and config.ini.
+  void writeRaw(const hy_wristlog::engineering::SavedRecording& recording) const;
+  /// Series, events and facts.
+  void writeDecoded(const hy_wristlog::Class_VardenLogger& logger, const Json& summary) const;
   void writePictures(const picture::PlottedRecording& plot) const;
   /// The pictures of a recording whose other files are written: a failure says that these are safe.
-  void writePictures(hy_wristlog::Class_VardenLogger& logger, hy_wristlog::enmDecodeResult result,
-                     bool lowBattery) const;
-  /// Only what decoding again needs, for a recording that could not be decoded.
-  void writeRaw(hy_wristlog::Class_VardenLogger& logger) const;
+  void writePictures(const DecodedRecording& recording) const;
+  /// Raises 11503 when nothing at all would take the place of one of the files.
+  void requireEpochs(const hy_wristlog::Class_VardenLogger& logger) const;
   void writeFile(const std::string& name, const std::string& content) const;
   /// The same with a content that is made while it is written.
   void writeFile(const std::string& name,
@@ -48,6 +50,8 @@ class RecordingFiles {
 
  private:
   bool isFromDemo() const;
+  /// The folder, and those above it, that do not exist, the uppermost first.
+  std::vector<std::string> missingFolders() const;
   std::string path(const std::string& name) const { return folder_ + "/" + name; }
 
   std::string folder_;
@@ -59,7 +63,6 @@ class RecordingFiles {
 inline constexpr const char* MadeByDemo = "wristlog demo";
 
 /// The facts of a recording in words: subject, configuration, battery, result.
-Json summaryJson(hy_wristlog::Class_VardenLogger& logger, const hy_wristlog::Class_Subject& subject,
-                 std::optional<hy_wristlog::enmDecodeResult> result, bool lowBattery);
+Json summaryJson(const DecodedRecording& recording);
 
 }  // namespace wristlog

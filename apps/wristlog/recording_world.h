@@ -6,7 +6,23 @@
 
 namespace wristlog {
 
-/// The machine, except that its clock stands at one moment (UTC; a date), and local time is UTC.
-std::shared_ptr<hy_wristlog::platform::Platform> machineAt(double utc);
+/// The thread's world as long as this lives, but that its clock stands at one moment (UTC; a date) and local
+/// time is UTC; so what is made of a recording does not depend on when it is made. Message boxes are shown on
+/// standard error.
+class RecordingWorld {
+ public:
+  /// How dates and numbers are written: the same everywhere ("2026-03-02 09:02:00"), or as the user's locale
+  /// has them.
+  enum class Texts : std::uint8_t { Neutral, Users };
+
+  /// Raises 5 for a moment outside the years 100 to 9999.
+  explicit RecordingWorld(double utc, Texts texts = Texts::Neutral);
+  RecordingWorld(const RecordingWorld&) = delete;
+  RecordingWorld& operator=(const RecordingWorld&) = delete;
+  ~RecordingWorld();
+
+ private:
+  std::shared_ptr<hy_wristlog::platform::Platform> former_;
+};
 
 }  // namespace wristlog

@@ -1,10 +1,9 @@
 #include "saved_recording.h"
 
-#include <cstdint>
-#include <utility>
-#include <vector>
+#include <iostream>
 
-#include "workflows/engineering.h"
+#include "hy_wristlog/failure.h"
+#include "recording_world.h"
 #include "workflows/engineering_files.h"
 
 namespace wristlog {
@@ -12,30 +11,63 @@ namespace wristlog {
 namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
 
+namespace {
+
+constexpr std::int32_t OutOfRange = 11503;
+constexpr double SecondsPerDay = 86400;
+
+}  // namespace
+
 std::vector<std::string> RecordingPlace::files() const {
   std::vector<std::string> names{config(), raw()};
   std::erase(names, "");
   return names;
 }
 
-std::shared_ptr<hw::Class_VardenLogger> openRecording(const RecordingPlace& place) {
-  constexpr std::int32_t OutOfRange = 11503;
-  auto logger = engineering::loggerFromIni(place.config());
-  auto raw = engineering::rawFromFile(place.raw());
-  if (raw.empty())
-    throw hw::Failure(OutOfRange, "wristlog", place.raw() + " holds no recording: it is empty");
-  engineering::setRawData(*logger, std::move(raw));
-  return logger;
+engineering::SavedRecording readRecording(const RecordingPlace& place) {
+  auto recording = engineering::savedRecording(place.config(), place.raw());
+  const std::string mismatch = recording.mismatch();
+  if (mismatch.empty()) return recording;
+  const std::string words = place.raw() + " is not the recording that " + place.config() +
+                            " belongs to, or not all of it: " + mismatch;
+  if (!place.Unchecked)
+    throw hw::Failure(OutOfRange, "wristlog",
+                      words +
+                          ". A transfer that ended early is retrieved again; --unchecked takes the bytes as "
+                          "they are");
+  std::cerr << "Warning: " << words << ". The bytes are taken as they are.\n";
+  return recording;
 }
 
-DecodedRecording decodeRecording(const RecordingPlace& place, bool diagnostic) {
-  DecodedRecording recording;
-  recording.Logger = openRecording(place);
-  recording.Result = engineering::naming(place.raw() + " does not fit " + place.config(), [&] {
-    return engineering::decode(*recording.Logger, engineering::rawData(*recording.Logger), diagnostic,
-                               recording.LowBattery);
-  });
-  return recording;
+double momentOf(const engineering::SavedRecording& recording) {
+  if (const auto retrieved = recording.retrievedAt()) return *retrieved;
+  const double start = engineering::openRecording(recording)->Get_StartTimeGMT();
+  const RecordingWorld world(start);
+  try {
+    const auto logger = decoded(recording, false).Logger;
+    return logger->Get_StartTimeGMT() +
+           static_cast<double>(logger->Get_Samples()) * logger->Get_EpochLength() / SecondsPerDay;
+  } catch (const hw::Failure&) {
+    // Whoever decodes it will meet it again.
+    return start;
+  }
+}
+
+DecodedRecording decoded(const engineering::SavedRecording& recording, bool diagnostic) {
+  DecodedRecording result;
+  result.Logger = engineering::openRecording(recording);
+  result.Result = engineering::decode(*result.Logger, diagnostic, result.LowBattery);
+  result.LowBattery = result.LowBattery || recording.lowBattery();
+  return result;
+}
+
+DecodedRecording decoded(const engineering::SavedRecording& recording, const RecordingPlace& place,
+                         bool diagnostic) {
+  const std::string files = place.raw() + " does not fit " + place.config();
+  auto result = engineering::naming(files, [&] { return decoded(recording, diagnostic); });
+  if (result.Result == hw::Decode_InputError)
+    throw hw::Failure(OutOfRange, "wristlog", files + ": nothing of it can be decoded");
+  return result;
 }
 
 }  // namespace wristlog

@@ -137,11 +137,6 @@ std::shared_ptr<Class_VardenLogger> loggerFromConfig(std::string_view configHex)
   return logger;
 }
 
-enmDecodeResult decode(Class_VardenLogger& logger, std::vector<std::uint8_t> raw, bool diagnostic,
-                       bool& lowBatteryDetected) {
-  return logger.inside().fncDecodeDataArrays(lowBatteryDetected, std::move(raw), diagnostic);
-}
-
 void generateDataOverrun(Class_VardenLogger& logger) { logger.inside().link().cmdDataOverrun(); }
 void clearConsole(Class_VardenLogger& logger) { logger.inside().link().cmdClear(); }
 
@@ -155,10 +150,6 @@ const TristateSeries& marker2(const Class_VardenLogger& logger) {
   return logger.inside().record.Marker2Array;
 }
 std::int32_t marker2Count(const Class_VardenLogger& logger) { return logger.inside().record.Marker2Count; }
-
-std::vector<std::uint8_t> rawData(const Class_VardenLogger& logger) {
-  return logger.inside().record.RawData.value_or(ByteArray{});
-}
 
 std::string rawConfigHex(const Class_VardenLogger& logger) { return logger.inside().record.RawConfigHex; }
 

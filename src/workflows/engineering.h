@@ -50,10 +50,6 @@ HY_WRISTLOG_API std::vector<ZoneView> zones();
 /// 11503 for text that is no hexadecimal block, 11504 and 11505 for a block that cannot be read.
 HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> loggerFromConfig(std::string_view configHex);
 
-/// Decodes `raw` into the logger's series. Raises what decoding raises: 11502, 11503, 9.
-HY_WRISTLOG_API enmDecodeResult decode(Class_VardenLogger& logger, std::vector<std::uint8_t> raw,
-                                       bool diagnostic, bool& lowBatteryDetected);
-
 /// Presses the button "Generate Data Overrun" of the logger's diagnostic console: a packet that is on its way
 /// counts as damaged, as if the port had lost data.
 HY_WRISTLOG_API void generateDataOverrun(Class_VardenLogger& logger);
@@ -67,8 +63,6 @@ HY_WRISTLOG_API const std::vector<double>& eventTimes(const Class_VardenLogger& 
 HY_WRISTLOG_API const TristateSeries& marker2(const Class_VardenLogger& logger);
 HY_WRISTLOG_API std::int32_t marker2Count(const Class_VardenLogger& logger);
 
-/// The recording as it was read; empty when nothing was.
-HY_WRISTLOG_API std::vector<std::uint8_t> rawData(const Class_VardenLogger& logger);
 /// The config block as it was read, hexadecimal.
 HY_WRISTLOG_API std::string rawConfigHex(const Class_VardenLogger& logger);
 

@@ -21,6 +21,7 @@
 #include "varden/config_text.h"
 #include "varden/data_files.h"
 #include "workflows/engineering.h"
+#include "workflows/saved_recording.h"
 #include "workflows/start_up.h"
 
 namespace hy_wristlog::engineering {
@@ -28,32 +29,6 @@ namespace {
 
 constexpr std::int32_t FileExists = 58;
 constexpr std::size_t LongestFile = std::size_t{64} << 20;
-
-/// What stands in a file that the user named; every failure names it too.
-std::string contentOf(const std::string& named) {
-  openLibrary();
-  const std::string path = nativePath(named);
-  platform::Platform& world = platform::current();
-  try {
-    switch (world.files().state(path).Kind) {
-      case platform::FileKind::Missing:
-        fault::raise(fault::FileNotFound, path);
-      case platform::FileKind::Folder:
-        fault::raise(fault::PathFileAccess, path + " is a folder, not a file");
-      case platform::FileKind::Other:
-        fault::raise(fault::PathFileAccess, path + " is not an ordinary file");
-      case platform::FileKind::File:
-        break;
-    }
-    std::string content = world.files().read(path);
-    if (content.size() > LongestFile)
-      fault::raise(fault::PathFileAccess, path + " is too long for a recording");
-    return content;
-  } catch (const platform::SystemError& error) {
-    fault::raise(fault::PathFileAccess,
-                 path + " cannot be read: " + world.environment().errorText(error.Number));
-  }
-}
 
 ByteArray bytesOfDump(std::string_view content, const std::string& path) {
   return naming(path, [&] { return readRawDump(content, LongestFile, Addresses::Checked); });
@@ -80,6 +55,30 @@ void writtenAnew(const std::string& named, Step&& step) {
   const std::string path = nativePath(named);
   if (platform::current().files().state(path).Kind != platform::FileKind::File)
     fault::raise(fault::FileNotFound, path + " was not written");
+}
+
+/// Lets a step write the file; after a failure what stood there stands again.
+template <class Step>
+void restoring(const std::string& named, Step&& step) {
+  const std::string path = nativePath(named);
+  platform::Files& files = platform::current().files();
+  std::optional<std::string> former;
+  withFileFaults(path, [&] {
+    if (files.state(path).Kind == platform::FileKind::File) former = files.read(path);
+  });
+  try {
+    step();
+  } catch (const Failure&) {
+    ignoringFailures([&] {
+      withFileFaults(path, [&] {
+        if (former)
+          files.write(path, *former);
+        else
+          files.remove(path);
+      });
+    });
+    throw;
+  }
 }
 
 std::string hexOf(const ByteArray& bytes) { return Class_Tools::fncConvertByteArrayToHexString(bytes); }
@@ -126,6 +125,31 @@ bool isIniText(std::string_view text) {
 }
 
 }  // namespace
+
+std::string contentOf(const std::string& named) {
+  openLibrary();
+  const std::string path = nativePath(named);
+  platform::Platform& world = platform::current();
+  try {
+    switch (world.files().state(path).Kind) {
+      case platform::FileKind::Missing:
+        fault::raise(fault::FileNotFound, path);
+      case platform::FileKind::Folder:
+        fault::raise(fault::PathFileAccess, path + " is a folder, not a file");
+      case platform::FileKind::Other:
+        fault::raise(fault::PathFileAccess, path + " is not an ordinary file");
+      case platform::FileKind::File:
+        break;
+    }
+    std::string content = world.files().read(path);
+    if (content.size() > LongestFile)
+      fault::raise(fault::PathFileAccess, path + " is too long for a recording");
+    return content;
+  } catch (const platform::SystemError& error) {
+    fault::raise(fault::PathFileAccess,
+                 path + " cannot be read: " + world.environment().errorText(error.Number));
+  }
+}
 
 std::string configHexFromIni(const std::string& path) {
   const IniFile file(contentOf(path));
@@ -177,6 +201,9 @@ void checkOutput(const std::string& named, bool overwrite, const std::vector<std
                         .append(", the same file"));
   const platform::FileKind kind =
       withFileFaults(path, [&] { return platform::current().files().state(path).Kind; });
+  std::error_code none;
+  if (std::filesystem::is_symlink(path, none))
+    throw Failure(fault::PathFileAccess, "engineering.checkOutput", path + " is in the way: it is a link");
   if (kind != platform::FileKind::Missing && kind != platform::FileKind::File)
     throw Failure(fault::PathFileAccess, "engineering.checkOutput",
                   path + " is in the way: it is not a file");
@@ -232,35 +259,26 @@ std::string configText(Class_VardenLogger& logger, std::string_view separator) {
   return text;
 }
 
-void saveConfigIni(Class_VardenLogger& logger, const std::string& path) {
-  writtenAnew(path, [&] { logger.inside().subWriteConfigToINIfile(path); });
+void saveConfigIni(Class_VardenLogger& logger, const std::string& path, const std::string& recordingIni) {
+  const std::string recording = recordingIni.empty() ? std::string() : contentOf(recordingIni);
+  restoring(path, [&] {
+    writtenAnew(path, [&] { logger.inside().subWriteConfigToINIfile(path); });
+    const std::string written = contentOf(path), native = nativePath(path);
+    const std::string whole = withRecordingOf(recording, written);
+    if (whole != written) withFileFaults(native, [&] { platform::current().files().write(native, whole); });
+  });
 }
 
 void saveConfigImage(Class_VardenLogger& logger, const std::string& path) {
   writtenAnew(path, [&] { logger.inside().subWriteConfigToBINfile(path); });
 }
 
-void saveConfigIniAndImage(Class_VardenLogger& logger, const std::string& ini, const std::string& image) {
-  const std::string path = nativePath(image);
-  platform::Files& files = platform::current().files();
-  std::optional<std::string> former;
-  withFileFaults(path, [&] {
-    if (files.state(path).Kind == platform::FileKind::File) former = files.read(path);
+void saveConfigIniAndImage(Class_VardenLogger& logger, const std::string& ini, const std::string& image,
+                           const std::string& recordingIni) {
+  restoring(image, [&] {
+    saveConfigImage(logger, image);
+    saveConfigIni(logger, ini, recordingIni);
   });
-  saveConfigImage(logger, image);
-  try {
-    saveConfigIni(logger, ini);
-  } catch (const Failure&) {
-    ignoringFailures([&] {
-      withFileFaults(path, [&] {
-        if (former)
-          files.write(path, *former);
-        else
-          files.remove(path);
-      });
-    });
-    throw;
-  }
 }
 
 std::shared_ptr<Class_VardenLogger> withEditedConfig(const Class_VardenLogger& logger,
@@ -275,7 +293,10 @@ std::shared_ptr<Class_VardenLogger> withEditedConfig(const Class_VardenLogger& l
     anew([&] { edited->inside().fncEncodeVardenLoggerConfig(); });
   });
   const auto& sent = edited->inside().record.EncodedConfigBytes;
-  return loggerFromConfig(hexOf(storedBlock(former, sent ? *sent : ByteArray())));
+  auto result = loggerFromConfig(hexOf(storedBlock(former, sent ? *sent : ByteArray())));
+  std::string& firmware = result->inside().record.FirmwareVersion;
+  if (firmware.empty()) firmware = logger.Get_FirmwareVersion();
+  return result;
 }
 
 }  // namespace hy_wristlog::engineering

@@ -30,6 +30,10 @@ auto naming(const std::string& files, const Step& step) {
   }
 }
 
+/// What stands in a file that the user named. Raises 53 when there is none, 75 when it cannot be read or has
+/// more than 64 MiB.
+std::string contentOf(const std::string& path);
+
 /// The config block kept in an INI file: the key "Raw Config Bytes" of its section "Configuration Bytes".
 /// Raises 53 when there is no such file, 75 when it cannot be read, 11503 when it holds no block.
 HY_WRISTLOG_API std::string configHexFromIni(const std::string& path);
@@ -50,8 +54,8 @@ HY_WRISTLOG_API std::vector<std::uint8_t> rawFromDump(const std::string& path);
 HY_WRISTLOG_API void setRawData(Class_VardenLogger& logger, std::vector<std::uint8_t> raw);
 
 /// To be called before the work: raises 5 when the file is one of those that the command reads or writes
-/// besides, even if it may be overwritten; 58 when there is a file and it may not; 75 when something else has
-/// its name; 61, 70, 75 or 76 when nothing can be written to its folder.
+/// besides, even if it may be overwritten; 58 when there is a file and it may not; 75 when something else, a
+/// link too, has its name; 61, 70, 75 or 76 when nothing can be written to its folder.
 HY_WRISTLOG_API void checkOutput(const std::string& path, bool overwrite,
                                  const std::vector<std::string>& inputs = {});
 /// The same for `saveConfigIni`, which keeps the lines of an existing file: raises 75 for one that holds
@@ -76,13 +80,15 @@ HY_WRISTLOG_API std::vector<std::pair<std::string, std::string>> configItems(
 /// A line an item: label, separator, value, CR LF.
 HY_WRISTLOG_API std::string configText(Class_VardenLogger& logger, std::string_view separator);
 /// The configuration as an INI file that can be edited, with the block as it was read. Other lines of an
-/// existing file stay.
-HY_WRISTLOG_API void saveConfigIni(Class_VardenLogger& logger, const std::string& path);
+/// existing file stay, but for what it tells of a recording: that is taken from the file `recordingIni`, none
+/// for an empty name.
+HY_WRISTLOG_API void saveConfigIni(Class_VardenLogger& logger, const std::string& path,
+                                   const std::string& recordingIni = {});
 /// The 256 bytes that would be sent to the logger. Raises 11503 and 6 for values that it cannot take.
 HY_WRISTLOG_API void saveConfigImage(Class_VardenLogger& logger, const std::string& path);
 /// Both; when one fails, neither is left.
 HY_WRISTLOG_API void saveConfigIniAndImage(Class_VardenLogger& logger, const std::string& ini,
-                                           const std::string& image);
+                                           const std::string& image, const std::string& recordingIni = {});
 
 /// A logger with the configuration of `logger` and the edited values of an INI file, its config block as the
 /// logger would make it of them. Raises 53 and 75 for a file that cannot be read, 11503 for one that lacks

@@ -37,6 +37,20 @@ TEST_F(Files, EachCommandWritesItsFile) {
   const Json events = json("decode --config vivid/config.ini --raw vivid/raw.bin").at("events");
   EXPECT_EQ(linesOf(box.content("report.csv")), report.at("samples").get<std::size_t>() + events.size() + 12);
 
+  box.write("half.bin", raw.substr(0, 2048));
+  for (const std::string command : {"raw dump", "report", "krd", "light-test", "decode"}) {
+    SCOPED_TRACE(command);
+    const std::string half =
+        command + " --config vivid/config.ini --raw half.bin --out half-" + command.substr(0, 3);
+    const Outcome refused = box.run(half);
+    EXPECT_EQ(refused.Status, 1);
+    EXPECT_NE(refused.Err.find("2048 bytes"), std::string::npos) << refused.Err;
+    EXPECT_FALSE(box.has("half-" + command.substr(0, 3)));
+    const Outcome unchecked = box.run(half + " --unchecked");
+    EXPECT_EQ(unchecked.Status, 0) << unchecked.Err;
+    EXPECT_TRUE(unchecked.Err.starts_with("Warning: half.bin")) << unchecked.Err;
+  }
+
   const Outcome krd = box.run("krd kestrin2 --out activity.krd");
   EXPECT_EQ(krd.Status, 0);
   EXPECT_NE(krd.Err.find("more than activity"), std::string::npos);
@@ -51,7 +65,8 @@ TEST_F(Files, EachCommandWritesItsFile) {
 TEST_F(Files, WhatTheLibraryTellsStandsOnStandardError) {
   std::string raw = box.content("vivid/raw.bin");
   box.write("odd.bin", raw + std::string("\xFD\x04\0\0\0\0\0", 7));
-  const Outcome report = box.run("report --json --config vivid/config.ini --raw odd.bin --out report.csv");
+  const Outcome report =
+      box.run("report --json --unchecked --config vivid/config.ini --raw odd.bin --out report.csv");
   EXPECT_EQ(report.Status, 0);
   EXPECT_NE(report.Err.find("Logger memory is full. Proceeding with decode...\n"), std::string::npos);
   EXPECT_EQ(Json::parse(report.Out).at("decode_result"), 4);
@@ -114,28 +129,26 @@ TEST_F(Files, WhatCannotBeDoneIsSaid) {
     const char* Arguments;
     int Number;
     const char* Named;
-  } cases[] = {{"raw dump none --out x", 53, "none/config.ini"},
-               {"raw dump vivid --out wrong.ini", 58, "--force"},
-               {"raw dump vivid --out folder --force", 75, "folder"},
-               {"raw dump vivid --out no/where", 76, "no/where"},
-               {"report vivid --out words/below", 76, "words/below"},
-               {"raw dump vivid --out link/raw.bin --force", 5, "link/raw.bin"},
-               {"raw load words --out ./words --force", 5, "words"},
-               {"config export vivid --out vivid/config.ini --force", 5, "vivid/config.ini"},
-               {"config export kestrin2 --out vivid/raw.bin --force", 75, "no INI file"},
-               {"config export vivid --out words --force", 75, "no INI file"},
-               {"config import vivid --ini edited.ini --out edited.ini --force", 5, "edited.ini"},
-               {"config import vivid --ini edited.ini --out x --image ./x", 5, "x"},
-               {"config import vivid --ini edited.ini --out x --image no/y", 76, "no/y"},
-               {"raw load words --out x", 13, "words"},
-               {"raw load damaged.csv --out x", 13, "damaged.csv: Type mismatch: \"\" is no byte in line 5"},
-               {"light-test --config kestrin2/config.ini --raw empty.bin --out x", 11506, "too short"},
-               {"report --config vivid/config.ini --raw empty --out x", 11503, "empty"},
-               {"light-test --config kestrin2/config.ini --raw words --out x", 11506, "words"},
-               {"config import vivid --ini edit.ini --out x", 11503, "\"Subject Identity\" and 29 more"},
-               {"config import vivid --ini wrong.ini --out x", 13, "Resets: \"x\""},
-               {"config import vivid --ini none --out x", 53, "none"},
-               {"config show --model vivid", 10003, "Docking Station Not Found"}};
+  } cases[] = {
+      {"raw dump none --out x", 53, "none/config.ini"},
+      {"raw dump vivid --out wrong.ini", 58, "--force"},
+      {"raw dump vivid --out folder --force", 75, "folder"},
+      {"raw dump vivid --out no/where", 76, "no/where"},
+      {"raw dump vivid --out link/raw.bin --force", 5, "link/raw.bin"},
+      {"raw load words --out ./words --force", 5, "words"},
+      {"config export vivid --out vivid/config.ini --force", 5, "vivid/config.ini"},
+      {"config export kestrin2 --out vivid/raw.bin --force", 75, "no INI file"},
+      {"config export vivid --out words --force", 75, "no INI file"},
+      {"config import vivid --ini edited.ini --out edited.ini --force", 5, "edited.ini"},
+      {"config import vivid --ini edited.ini --out x --image ./x", 5, "x"},
+      {"config import vivid --ini edited.ini --out x --image no/y", 76, "no/y"},
+      {"raw load words --out x", 13, "words"},
+      {"raw load damaged.csv --out x", 13, "damaged.csv: Type mismatch: \"\" is no byte in line 5"},
+      {"light-test --config kestrin2/config.ini --raw empty.bin --unchecked --out x", 11506, "too short"},
+      {"report --config vivid/config.ini --raw empty --out x", 11503, "empty"},
+      {"config import vivid --ini edit.ini --out x", 11503, "\"Subject Identity\" and 29 more"},
+      {"config import vivid --ini wrong.ini --out x", 13, "Resets: \"x\""},
+      {"config show --model vivid", 10003, "Docking Station Not Found"}};
   for (const auto& each : cases) {
     SCOPED_TRACE(each.Arguments);
     const Outcome outcome = box.run(std::string(each.Arguments) + " --json");
@@ -153,19 +166,4 @@ TEST_F(Files, WhatCannotBeDoneIsSaid) {
         "report vivid --raw b --out x", "config show vivid --model vivid",
         "config show vivid --simulate vivid", "config import vivid --out x", "krd vivid --out ''"})
     EXPECT_EQ(box.run(usage).Status, 2) << usage;
-}
-
-TEST_F(Files, AFullDiskLeavesTheFormerFile) {
-  box.write("report.csv", "former");
-  const Outcome full = box.run("report vivid --force --out report.csv", "", "ulimit -f 100;");
-  EXPECT_EQ(full.Status, 1);
-  EXPECT_NE(full.Err.find("report.csv"), std::string::npos) << full.Err;
-  EXPECT_EQ(full.Err.find("raw.bin"), std::string::npos) << full.Err;
-  EXPECT_EQ(box.content("report.csv"), "former");
-
-  ASSERT_EQ(box.run("config export vivid --out edit.ini").Status, 0);
-  const Outcome image =
-      box.run("config import vivid --ini edit.ini --out i.ini --image i.bin", "", "ulimit -f 1;");
-  EXPECT_NE(image.Err.find("i.ini"), std::string::npos) << image.Err;
-  for (const char* name : {"i.ini", "i.bin"}) EXPECT_FALSE(std::filesystem::exists(box.Folder / name));
 }

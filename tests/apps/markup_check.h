@@ -18,7 +18,9 @@ class MarkupCheck {
     for (const std::string_view prolog : {"<?xml version=\"1.0\" encoding=\"UTF-8\"?>", "<!DOCTYPE html>"})
       if (text_.starts_with(prolog)) text_.remove_prefix(prolog.size());
     while (problem_.empty() && !text_.empty()) text_.front() == '<' ? tag() : data();
-    if (problem_.empty() && !open_.empty()) problem_ = open_.back() + " is not closed";
+    if (problem_.empty() && !open_.empty()) fail(open_.back() + " is not closed");
+    for (const std::string& id : named_)
+      if (problem_.empty() && !ids_.contains(id)) fail("no id " + id);
     return problem_;
   }
 
@@ -57,8 +59,8 @@ class MarkupCheck {
       if (!names.insert(name).second) return fail("twice " + name);
       const std::string_view value = rest.substr(equals + 2, end - equals - 2);
       checkText(value);
-      if (name == "id" && !ids_.insert(std::string(value)).second)
-        return fail("twice id " + std::string(value));
+      if (name == "id" && !ids_.emplace(value).second) return fail("twice id " + std::string(value));
+      if (name == "href" && value.starts_with('#')) named_.emplace(value.substr(1));
       rest.remove_prefix(end + 1);
     }
   }
@@ -78,6 +80,6 @@ class MarkupCheck {
 
   std::string_view text_;
   std::vector<std::string> open_;
-  std::set<std::string> ids_;
+  std::set<std::string> ids_, named_;
   std::string problem_;
 };

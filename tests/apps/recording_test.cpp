@@ -82,71 +82,95 @@ TEST(Recording, SeriesHoldsEveryEpochOnceAcrossAChangeOfTheClocks) {
   }
 }
 
-TEST(Recording, WhatWasRetrievedDecodesToTheSame) {
-  const Sandbox box;
+TEST(Recording, WhatWasRetrievedDecodesToTheSameEverywhere) {
+  Sandbox box;
+  const std::string elsewhere = box.Folder.string() + "/sys";
   for (const std::string model : {"vivid", "kestrin2"}) {
     SCOPED_TRACE(model);
     const Outcome retrieved =
         box.run("retrieve --json --model " + model + " --simulate " + model + " --out " + model);
     ASSERT_EQ(retrieved.Status, 0) << retrieved.Err;
     EXPECT_EQ(retrieved.Err, "");
-    Json document = Json::parse(retrieved.Out);
-    EXPECT_EQ(keysOf(document),
-              DecodeKeys + "return_code return_code_meaning low_battery_detected logger subject ");
+    const Json document = Json::parse(retrieved.Out);
+    EXPECT_EQ(keysOf(document), DecodeKeys +
+                                    "bytes_received bytes_in_logger return_code return_code_meaning "
+                                    "low_battery_detected logger subject ");
     EXPECT_EQ(document.at("logger").at("subject_identity"), document.at("subject").at("identity"));
-
-    const std::string raw = box.content(model + "/raw.bin");
+    const std::string raw = box.content(model + "/raw.bin"), config = box.content(model + "/config.ini");
+    EXPECT_EQ(document.at("bytes_received"), raw.size());
     box.write("crlf.csv", rawCsvOf(raw, "\r\n"));
     box.write("lf.csv", rawCsvOf(raw, "\n"));
-    for (const std::string& from : {model + "/raw.bin", std::string("crlf.csv"), std::string("lf.csv")}) {
+    for (const auto& [from, environment] :
+         {std::pair{model + "/raw.bin", std::string("TZ=Asia/Tokyo LC_ALL=C")},
+          {"crlf.csv", "TZ=UTC HOME=" + elsewhere + " XDG_CONFIG_HOME=" + elsewhere},
+          {"lf.csv", ""}}) {
+      box.Environment = environment;
       const std::string into = "again-" + model + from.substr(0, 2);
-      const Outcome decoded = box.run("decode --json --now 2026-03-06 --config " + model +
-                                      "/config.ini --raw " + from + " --out " + into);
+      const Outcome decoded =
+          box.run("decode --json --config " + model + "/config.ini --raw " + from + " --out " + into);
       ASSERT_EQ(decoded.Status, 0) << decoded.Out;
       const Json again = Json::parse(decoded.Out);
-      for (const char* key :
-           {"decode_result", "samples", "start_time_gmt", "activity", "light", "marker", "wrist"})
-        EXPECT_EQ(again.at(key), document.at(key)) << key;
-      for (const char* name : {"/series.csv", "/raw.bin", "/config.ini"})
-        EXPECT_EQ(box.content(into + name), box.content(model + name)) << name;
+      for (const auto& [key, value] : again.items()) EXPECT_EQ(value, document.at(key)) << key;
+      for (const char* name : {"/series.csv", "/events.csv", "/recording.json", "/raw.bin", "/config.ini",
+                               "/actogram.svg", "/report.html"})
+        EXPECT_TRUE(!box.content(into + name).empty() &&
+                    box.content(into + name) == box.content(model + name))
+            << name;
     }
+    box.write("old.ini", config.substr(0, config.find("[Read Only")));
+    const std::string old = "decode --json --config old.ini --raw " + model + "/raw.bin";
+    EXPECT_EQ(Json::parse(box.run(old).Out).at("decode_result"), 0);
+    EXPECT_EQ(Json::parse(box.run(old + " --now 2027-01-01").Out).at("decode_result"),
+              model == "vivid" ? 16 : 0);
   }
-  const Outcome refused = box.run("decode --config vivid/config.ini --raw vivid/raw.bin --out kestrin2");
-  EXPECT_EQ(refused.Status, 1);
-  EXPECT_NE(refused.Err.find("--force"), std::string::npos);
 }
 
 TEST(Recording, DamagedFilesAreNamed) {
   const Sandbox box;
   ASSERT_EQ(box.run("retrieve --model vivid --simulate vivid --out good").Status, 0);
-  std::string config = box.content("good/config.ini");
+  std::string config = box.content("good/config.ini"), raw = box.content("good/raw.bin");
+  const std::string held = std::to_string(raw.size());
   box.write("cut.ini", config.substr(0, config.find("Bytes=") + 206));
   config[config.find("Bytes=") + 20] ^= 1;
   box.write("flipped.ini", config);
   box.write("words.ini", "[Configuration Bytes]\nRaw Config Bytes=none\n");
   box.write("empty", "");
+  box.write("half.bin", raw.substr(0, 2048));
+  raw[3000] ^= 1;
+  box.write("other.bin", raw);
   const std::string heading = rawCsvOf("", "\r\n");
   box.write("above.csv", heading + "\"0\",\"256\"\r\n");
   box.write("short.csv", heading.substr(0, 60));
+  std::filesystem::create_directory(box.Folder / "links");
+  std::filesystem::create_symlink("../good/series.csv", box.Folder / "links/series.csv");
   const struct {
     std::string Config, Raw;
     int Failure;
-    std::string Named;
+    std::string Named, Out = "--out new/folder";
   } cases[] = {
-      {"none.ini", "good/raw.bin", 53, "none.ini"},    {"good", "good/raw.bin", 75, "good"},
-      {"empty", "good/raw.bin", 11503, "empty"},       {"words.ini", "good/raw.bin", 11503, "words.ini"},
-      {"cut.ini", "good/raw.bin", 11505, "cut.ini"},   {"flipped.ini", "good/raw.bin", 11505, "flipped.ini"},
-      {"good/config.ini", "none.bin", 53, "none.bin"}, {"good/config.ini", "/dev/zero", 75, "/dev/zero"},
-      {"good/config.ini", "above.csv", 6, "256"},      {"good/config.ini", "short.csv", 13, "Address"}};
+      {"none.ini", "good/raw.bin", 53, "none.ini"},
+      {"good", "good/raw.bin", 75, "good"},
+      {"empty", "good/raw.bin", 11503, "empty"},
+      {"words.ini", "good/raw.bin", 11503, "words.ini"},
+      {"cut.ini", "good/raw.bin", 11505, "cut.ini"},
+      {"flipped.ini", "good/raw.bin", 11505, "flipped.ini"},
+      {"good/config.ini", "none.bin", 53, "none.bin"},
+      {"good/config.ini", "/dev/zero", 75, "/dev/zero"},
+      {"good/config.ini", "above.csv", 6, "256"},
+      {"good/config.ini", "short.csv", 13, "Address"},
+      {"good/config.ini", "half.bin", 11503, "2048 bytes are there, and the logger held " + held},
+      {"good/config.ini", "other.bin", 11503, "SHA-256"},
+      {"good/config.ini", "good/raw.bin", 58, "--force", "--out good"},
+      {"good/config.ini", "good/raw.bin", 75, "links/series.csv is in the way", "--force --out links"}};
   for (const auto& each : cases) {
     SCOPED_TRACE(each.Config + " " + each.Raw);
     const Outcome outcome =
-        box.run("decode --json --config " + each.Config + " --raw " + each.Raw + " --out new");
+        box.run("decode --json --config " + each.Config + " --raw " + each.Raw + " " + each.Out);
     EXPECT_EQ(outcome.Status, 1);
     const Json failure = Json::parse(outcome.Out).at("failure");
     EXPECT_EQ(failure.at("number"), each.Failure) << failure;
     EXPECT_NE(failure.at("description").get<std::string>().find(each.Named), std::string::npos) << failure;
-    EXPECT_EQ(box.content("new/series.csv"), "");
+    EXPECT_FALSE(box.has("new") || box.has("links/raw.bin"));
   }
 }
 

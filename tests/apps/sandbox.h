@@ -40,8 +40,8 @@ class Sandbox {
     const std::string command = "cd " + home + " && " + before + " env -i HOME=" + home +
                                 " XDG_CONFIG_HOME=" + home + "/config XDG_STATE_HOME=" + home +
                                 "/state HY_WRISTLOG_SYS=" + home + "/sys HY_WRISTLOG_DOCKS=" + home +
-                                "/Docks.INI TZ=America/New_York LC_ALL=de_DE.UTF-8 " WRISTLOG_PROGRAM " " +
-                                arguments + " </dev/null >.out 2>.err " + behind;
+                                "/Docks.INI TZ=America/New_York LC_ALL=de_DE.UTF-8 " + Environment +
+                                " " WRISTLOG_PROGRAM " " + arguments + " </dev/null >.out 2>.err " + behind;
     const int status = std::system(command.c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, content(".out"), content(".err")};
   }
@@ -56,7 +56,10 @@ class Sandbox {
     std::ofstream(Folder / name, std::ios::binary) << text;
   }
 
+  bool has(const std::string& name) const { return std::filesystem::exists(Folder / name); }
+
   std::filesystem::path Folder;
+  std::string Environment;  ///< more variables, in the place of the usual ones
 };
 
 /// The keys in their order, a blank behind each.

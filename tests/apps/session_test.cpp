@@ -8,29 +8,21 @@
 TEST(Session, ConfigureTellsWhatBecameOfIt) {
   const Sandbox box;
   const std::string simulated = "configure --json --model vivid --simulate vivid --mode 5 --epoch 60 ";
-  const struct {
-    std::string Options;
-    int Code;
-  } cases[] = {{"--gender F --identity 'Zoë Ünal' --initials ÅÄÖ --weight 72.25 --dob 1950-02-28", 0},
-               {"--gender ' ' --identity ' blanks around '", 0},
-               {"--start '2026-03-06 10:00' --end 2026-03-20", 0},
-               {"--start 2020-01-01", 10007},
-               {"--start 2026-03-20 --end 2026-03-06", 10023},
-               {"--zone est", 0},
-               {"--zone XYZ", 10019}};
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.Options);
-    const Outcome outcome = box.run(simulated + each.Options);
-    EXPECT_EQ(outcome.Status, each.Code == 0 ? 0 : 1);
+  const std::pair<const char*, int> cases[] = {
+      {"--gender F --identity 'Zoë Ünal' --initials ÅÄÖ --weight 72.25 --dob 1950-02-28 --zone est", 0},
+      {"--gender ' ' --identity ' blanks around ' --start '2026-03-06 10:00' --end 2026-03-20 --console", 0},
+      {"--start 2026-03-20 --end 2026-03-06", 10023}};
+  for (const auto& [options, code] : cases) {
+    SCOPED_TRACE(options);
+    const Outcome outcome = box.run(simulated + options);
+    EXPECT_EQ(outcome.Status, code == 0 ? 0 : 1);
     const Json document = Json::parse(outcome.Out);
     EXPECT_EQ(keysOf(document),
               "return_code return_code_meaning battery_life_remaining device_serial_number ");
-    EXPECT_EQ(document.at("return_code"), each.Code);
-    EXPECT_EQ(document.at("device_serial_number").is_null(), each.Code != 0);
+    EXPECT_EQ(document.at("return_code"), code);
+    EXPECT_EQ(document.at("device_serial_number").is_null(), code != 0);
+    EXPECT_EQ(outcome.Err.find("acq stop 0") != std::string::npos, outcome.Err != "");
   }
-  const Outcome shown = box.run(simulated + "--console");
-  EXPECT_NE(shown.Err.find("acq stop 0"), std::string::npos);
-  EXPECT_EQ(Json::parse(shown.Out).at("return_code"), 0);
 }
 
 /// The waits of a silent logger are real here: a process of its own has no simulated time.

@@ -1,0 +1,84 @@
+#include "workflows/saved_recording.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "workflows/engineering.h"
+#include "workflows/workbench.h"
+
+namespace hy_wristlog::workbench {
+namespace {
+
+void wear(Workbench& desk) {
+  desk.logger().setUp(ordinarySetup(*desk.bench.World, simulator::Mode::Activity, 30));
+  desk.logger().wear(10h);
+}
+
+constexpr std::array<std::uint8_t, 7> ResetMark{253, 8, 0, 1, 0, 0, 0};
+
+TEST(SavedRecording, HasEveryByteThatCameAndTellsWhenTheyAreNotTheLoggers) {
+  const struct {
+    std::int64_t More;  ///< bytes than the logger holds are sent
+    bool Resets, Whole;
+  } cases[] = {{0, false, true}, {0, true, true}, {-600, false, false}, {2048, false, false}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(std::to_string(each.More) + (each.Resets ? ", resets" : ""));
+    Workbench desk(LggrPntr_KRVivid);
+    wear(desk);
+    if (each.Resets) desk.stored().set(block::Counters, 1);
+    for (std::size_t i = 0; each.Resets && i < ResetMark.size(); ++i)
+      for (const std::size_t mark : {100U, 200U}) desk.logger().memory().write(mark + i, ResetMark[i]);
+    std::int64_t held = 0;
+    desk.host->EachRound = [&] {
+      if (held != 0 || desk.heard("show battery") < 2) return;
+      held = desk.stored().number(block::NextAddress);
+      desk.stored().set(block::NextAddress, held + each.More);
+    };
+    const std::int32_t code = desk.retrieve(true);
+    const auto saved = engineering::savedRecording(*desk.data, false);
+    ASSERT_GT(held, 1200);
+    EXPECT_EQ(saved.bytesInLogger(), held);
+    EXPECT_EQ(std::ssize(saved.Raw) == held, each.Whole);
+    EXPECT_EQ(saved.mismatch().empty(), each.Whole) << saved.mismatch();
+    EXPECT_TRUE(each.More >= 0 || code == 9) << code;
+    EXPECT_EQ(saved.mismatch().find(std::to_string(held)) == std::string::npos, each.Whole);
+    const auto kept = desk.logger().memory().first(static_cast<std::size_t>(held));
+    EXPECT_TRUE(!each.Whole || std::ranges::equal(saved.Raw, kept));
+  }
+}
+
+TEST(SavedRecording, KeepsWhatAnOlderBlockLacks) {
+  const auto folder = std::filesystem::path(testing::TempDir()) / "older-structure";
+  std::filesystem::create_directory(folder);
+  const auto file = [&](const char* name) { return (folder / name).string(); };
+  Workbench desk(LggrPntr_KRVivid, optionsOf(LggrPntr_KRVivid, "00.01.0029"));
+  wear(desk);
+  ASSERT_EQ(desk.stored().number(block::Version), 1);
+  ASSERT_EQ(desk.retrieve(), 0);
+  const auto saved = engineering::savedRecording(*desk.data, false);
+  std::ofstream(file("raw.bin"), std::ios::binary)
+      .write(reinterpret_cast<const char*>(saved.Raw.data()), std::ssize(saved.Raw));
+  std::ofstream(file("config.ini"), std::ios::binary) << saved.Ini;
+  const auto logger = engineering::loggerFromIni(file("config.ini"));
+  engineering::saveConfigIni(*logger, file("exported.ini"), file("config.ini"));
+  const auto edited = engineering::withEditedConfig(*logger, file("exported.ini"));
+  engineering::saveConfigIni(*edited, file("imported.ini"), file("config.ini"));
+  for (const char* config : {"config.ini", "exported.ini", "imported.ini"}) {
+    SCOPED_TRACE(config);
+    const auto again = engineering::savedRecording(file(config), file("raw.bin"));
+    EXPECT_EQ(again.Ini, saved.Ini);
+    EXPECT_EQ(again.mismatch(), "");
+    const auto opened = engineering::openRecording(again);
+    EXPECT_EQ(opened->Get_FirmwareVersion(), "00.01.0029");
+    EXPECT_EQ(opened->Get_BatteryVoltage(), desk.data->Get_BatteryVoltage());
+    bool low = false;
+    EXPECT_EQ(engineering::decode(*opened, false, low), Decode_OK);
+    EXPECT_EQ(opened->Get_ActivityArray(), desk.data->Get_ActivityArray());
+  }
+  std::filesystem::remove_all(folder);
+}
+
+}  // namespace
+}  // namespace hy_wristlog::workbench
