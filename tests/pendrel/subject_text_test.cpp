@@ -63,11 +63,8 @@ TEST_F(PendrelSubjectText, OddValuesAreWrittenAsTheyFit) {
   EXPECT_EQ(fieldsOf(record),
             "2 " + std::string(23, 'i') + "|| |F|UNK|" + std::string(32, '0') + " 255 -32768 6552.6 6552.6");
 
-  const std::pair<std::string, const char*> guids[] = {{"A", "0A00"},
-                                                       {"ABC", "AB0C"},
-                                                       {"G15z", "0005"},
-                                                       {"-1+2", "0000"},
-                                                       {std::string("\xC3\xAB") + "112", "0012"}};
+  const std::pair<std::string, const char*> guids[] = {
+      {"A", "0A00"}, {"ABC", "AB0C"}, {"G15z", "0005"}, {"-1+2", "0000"}, {"\xC3\xAB\x31\x31\x32", "0012"}};
   for (const auto& [guid, begin] : guids) {
     record.SubjectGUID = guid;
     encodeSubjectText(record);

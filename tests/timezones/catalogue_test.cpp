@@ -94,14 +94,12 @@ TEST(Catalogue, ReadsAZoneRecord) {
   EXPECT_EQ(east->DisplayName + "/" + east->StandardName + "/" + east->DaylightName + "/" + east->MapID,
             "(GMT-05:00) East/Std/Dlt/12,13");
   EXPECT_EQ(east->KeyName + "/" + east->Abbreviation, "Eastern Standard Time/EST");
-  const auto text = [](const CLass_SystemTime& time) {
-    std::string fields;
+  std::string fields;
+  for (const CLass_SystemTime& time : {east->StandardDate, east->DaylightDate})
     for (const int field : {time.wYear, time.wMonth, time.wDayOfWeek, time.wDay, time.wHour, time.wMinute,
                             time.wSecond, time.wMilliseconds})
       fields += std::to_string(field) + " ";
-    return fields;
-  };
-  EXPECT_EQ(text(east->StandardDate) + text(east->DaylightDate), "0 11 0 1 2 3 4 5 2026 3 1 2 6 7 8 9 ");
+  EXPECT_EQ(fields, "0 11 0 1 2 3 4 5 2026 3 1 2 6 7 8 9 ");
   EXPECT_EQ(std::tie(east->Bias, east->StandardBias, east->DaylightBias), std::tuple(300, 1, -60));
   EXPECT_EQ(Tools::fncGetRegValueStr(path + "\\Eastern Standard Time", "MapID"), "12,13");
   EXPECT_EQ(Tools::fncGetRegValueStr(path + "\\Eastern Standard Time", "TZI"), "");
