@@ -11,12 +11,6 @@
 namespace hy_wristlog::platform {
 namespace {
 
-TEST(Zones, ThereAreNoneWithoutADatabase) {
-  const TemporaryFolder database;
-  const Variable folder{"TZDIR", database.path()};
-  EXPECT_TRUE(LinuxZones().keys().empty());
-}
-
 TEST(Zones, NamesSayTheOffsetOfTheRule) {
   LinuxZones zones;
   ASSERT_EQ(zones.keys().size(), 85U);
@@ -101,6 +95,7 @@ TEST(Zones, AMissingDatabaseGivesRecordsWithoutRules) {
   const TemporaryFolder database;
   const Variable folder{"TZDIR", database.path()};
   LinuxZones zones;
+  EXPECT_TRUE(zones.keys().empty());
   EXPECT_FALSE(zones.read("Tokyo Standard Time").Rule);
   EXPECT_EQ(zones.read("Tokyo Standard Time").Display, "(?) Osaka, Sapporo, Tokyo");
   database.put("Asia/Tokyo", contentOf("/usr/share/zoneinfo/Asia/Kolkata"));
@@ -117,11 +112,10 @@ TEST(Zones, DamagedFilesGiveARuleOrNone) {
   int refused = 0;
   for (int round = 0; round < 20000; ++round) {
     std::string file = good;
-    if (round % 3 == 0) file.resize(below(file.size()));
-    for (std::size_t i = below(8) + 1; i > 0 && !file.empty(); --i) {
-      // Most of the damage in the counts of the headers and in the footer, where it matters.
-      const std::size_t edge = std::min<std::size_t>(44, file.size());
-      const std::size_t places[] = {below(file.size()), below(edge), file.size() - 1 - below(edge)};
+    if (round % 3 == 0) file.resize(44 + below(file.size() - 44));
+    // Most of the damage in the counts of the header and in the footer, where it matters.
+    for (std::size_t i = below(8) + 1; i > 0; --i) {
+      const std::size_t places[] = {below(file.size()), below(44), file.size() - 1 - below(44)};
       file[places[below(3)]] = static_cast<char>(below(256));
     }
     const auto footer = tzifFooter(file);

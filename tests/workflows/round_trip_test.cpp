@@ -76,5 +76,23 @@ TEST(RoundTrip, WhatWasWornIsWhatComesBack) {
       }
 }
 
+/// The stored changes are those of a coming year, and so must be the ones that they are compared with.
+TEST(RoundTrip, AZoneIsKnownAgainInTheNextYear) {
+  for (const char* zone : {"EGY", "ISR", "GRE", "PSA"}) {
+    auto options = optionsOf(LggrPntr_KRVivid);
+    options.World.Begins = std::chrono::sys_days{std::chrono::year{2026} / 11 / 20};
+    const auto stored = [&] {
+      Workbench november(LggrPntr_KRVivid, options);
+      EXPECT_EQ(november.configure({.Zone = zone}), 0);
+      return november.stored();
+    }();
+    options.World.Begins += std::chrono::days{90};
+    Workbench february(LggrPntr_KRVivid, options);
+    february.stored() = stored;
+    EXPECT_EQ(february.status(), 0);
+    EXPECT_EQ(february.data->inside().record.TimeZone->Abbreviation, zone);
+  }
+}
+
 }  // namespace
 }  // namespace hy_wristlog::workbench
