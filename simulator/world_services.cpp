@@ -206,9 +206,9 @@ std::optional<std::string> SimulatedEnvironment::variable(std::string_view name)
   return found->second;
 }
 
-std::string FaultyFiles::read(const std::string& path) {
+std::string FaultyFiles::readUpTo(std::size_t most, const std::string& path) {
   strike(faults_.FileRead);
-  return files_.read(path);
+  return files_.readUpTo(most, path);
 }
 
 std::unique_ptr<platform::NewFile> FaultyFiles::create(const std::string& path) {

@@ -102,7 +102,7 @@ class FaultyFiles : public platform::Files {
  public:
   FaultyFiles(platform::Platform& inner, WorldFaults& faults) : files_(inner.files()), faults_(faults) {}
   platform::FileState state(const std::string& path) override { return files_.state(path); }
-  std::string read(const std::string& path) override;
+  std::string readUpTo(std::size_t most, const std::string& path) override;
   std::unique_ptr<platform::NewFile> create(const std::string& path) override;
   bool remove(const std::string& path) override { return files_.remove(path); }
   void makeFolder(const std::string& path, bool forEveryone) override;

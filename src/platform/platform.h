@@ -227,9 +227,15 @@ class HY_WRISTLOG_API FolderLock {
 /// Whole files. Paths are absolute or relative Linux paths. Members raise SystemError.
 class HY_WRISTLOG_API Files {
  public:
+  static constexpr std::size_t LongestFile = std::size_t{512} << 20;
+  /// Settings, error actions and configurations are shorter.
+  static constexpr std::size_t LongestText = std::size_t{4} << 20;
+
   virtual ~Files() = default;
   virtual FileState state(const std::string& path) = 0;
-  virtual std::string read(const std::string& path) = 0;
+  std::string read(const std::string& path) { return readUpTo(LongestFile, path); }
+  /// The same for a file that has no business to be longer: EFBIG when it is.
+  virtual std::string readUpTo(std::size_t most, const std::string& path) = 0;
   /// Replaces the file when it is finished.
   virtual std::unique_ptr<NewFile> create(const std::string& path) = 0;
   /// Replaces the file whole: after a failure the former file stands unharmed.

@@ -118,7 +118,8 @@ bool canWriteIn(const std::string& folder) {
 GrowingArray<std::string> Class_Tools::fncReadFile2Array(std::string_view path) {
   return guarded("fncReadFile2Array", [&] {
     const std::string native = nativePath(path);
-    const std::string content = withFileFaults(native, [&] { return files().read(native); });
+    const std::string content =
+        withFileFaults(native, [&] { return files().readUpTo(platform::Files::LongestText, native); });
     const auto mostLines = static_cast<std::size_t>(roundToInt32(static_cast<double>(content.size()) / 3.0));
     std::vector<std::string> found;
     for (std::string_view rest = content; !rest.empty();) {

@@ -24,7 +24,7 @@ std::string_view limited(std::string_view text) {
 
 std::string readOrNothing(const std::string& native) {
   try {
-    return platform::current().files().read(native);
+    return platform::current().files().readUpTo(platform::Files::LongestText, native);
   } catch (const SystemError& error) {
     if (error.Number == ENOENT) return {};
     throw;
@@ -53,7 +53,7 @@ bool changeFile(std::string_view file, Change change) {
 std::string Class_Tools::fncINIread(std::string_view section, std::string_view key,
                                     std::string_view defaultValue, std::string_view file) {
   try {
-    const IniFile ini(platform::current().files().read(nativePath(file)));
+    const IniFile ini(platform::current().files().readUpTo(platform::Files::LongestText, nativePath(file)));
     return std::string(limited(ini.value(section, key).value_or(defaultValue)));
   } catch (const SystemError&) {
     return std::string(limited(defaultValue));

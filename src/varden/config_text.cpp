@@ -285,8 +285,10 @@ void VardenLogger::subReadConfigFromINIfile(std::string_view path) {
   procedure.passesOn(fault::PathFileAccess);
   procedure.run([&] {
     const std::string native = nativePath(path);
-    const std::string content = procedure.statement(
-        [&] { return withFileFaults(native, [&] { return platform::current().files().read(native); }); });
+    const std::string content = procedure.statement([&] {
+      return withFileFaults(
+          native, [&] { return platform::current().files().readUpTo(platform::Files::LongestText, native); });
+    });
     procedure.statement([&] { IniFile::requireUtf8(content, native); });
     const IniFile file(content);
     procedure.statement([&] {

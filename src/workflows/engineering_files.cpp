@@ -28,10 +28,9 @@ namespace hy_wristlog::engineering {
 namespace {
 
 constexpr std::int32_t FileExists = 58;
-constexpr std::size_t LongestFile = std::size_t{64} << 20;
 
 ByteArray bytesOfDump(std::string_view content, const std::string& path) {
-  return naming(path, [&] { return readRawDump(content, LongestFile, Addresses::Checked); });
+  return naming(path, [&] { return readRawDump(content, LongestRecordingFile, Addresses::Checked); });
 }
 
 /// A step of its own: a failure of a former command does not hide its failures, and one that the site wants
@@ -126,7 +125,7 @@ bool isIniText(std::string_view text) {
 
 }  // namespace
 
-std::string contentOf(const std::string& named) {
+std::string contentOf(const std::string& named, std::size_t most) {
   openLibrary();
   const std::string path = nativePath(named);
   platform::Platform& world = platform::current();
@@ -141,18 +140,17 @@ std::string contentOf(const std::string& named) {
       case platform::FileKind::File:
         break;
     }
-    std::string content = world.files().read(path);
-    if (content.size() > LongestFile)
-      fault::raise(fault::PathFileAccess, path + " is too long for a recording");
-    return content;
+    return world.files().readUpTo(most, path);
   } catch (const platform::SystemError& error) {
     fault::raise(fault::PathFileAccess,
                  path + " cannot be read: " + world.environment().errorText(error.Number));
   }
 }
 
+std::string iniTextOf(const std::string& path) { return contentOf(path, platform::Files::LongestText); }
+
 std::string configHexFromIni(const std::string& path) {
-  const IniFile file(contentOf(path));
+  const IniFile file(iniTextOf(path));
   const auto hex = file.value(ConfigBytesSection, RawConfigBytesKey);
   if (!hex || hex->empty())
     throw Failure(11503, "engineering.configHexFromIni",
@@ -165,7 +163,7 @@ std::shared_ptr<Class_VardenLogger> loggerFromIni(const std::string& path) {
   auto logger = naming(path, [&] { return loggerFromConfig(hex); });
   std::string& firmware = logger->inside().record.FirmwareVersion;
   if (firmware.empty())
-    firmware = IniFile(contentOf(path)).value(ReadOnlyConfigSection, "Firmware Version").value_or("");
+    firmware = IniFile(iniTextOf(path)).value(ReadOnlyConfigSection, "Firmware Version").value_or("");
   return logger;
 }
 
@@ -220,7 +218,7 @@ void checkIniOutput(const std::string& named, bool overwrite, const std::vector<
   checkOutput(named, overwrite, inputs);
   const std::string path = nativePath(named);
   if (platform::current().files().state(path).Kind == platform::FileKind::Missing) return;
-  if (!isIniText(contentOf(path)))
+  if (!isIniText(iniTextOf(path)))
     throw Failure(fault::PathFileAccess, "engineering.checkIniOutput",
                   path + " is no INI file, so the configuration cannot be put into it");
 }
@@ -260,10 +258,10 @@ std::string configText(Class_VardenLogger& logger, std::string_view separator) {
 }
 
 void saveConfigIni(Class_VardenLogger& logger, const std::string& path, const std::string& recordingIni) {
-  const std::string recording = recordingIni.empty() ? std::string() : contentOf(recordingIni);
+  const std::string recording = recordingIni.empty() ? std::string() : iniTextOf(recordingIni);
   restoring(path, [&] {
     writtenAnew(path, [&] { logger.inside().subWriteConfigToINIfile(path); });
-    const std::string written = contentOf(path), native = nativePath(path);
+    const std::string written = iniTextOf(path), native = nativePath(path);
     const std::string whole = withRecordingOf(recording, written);
     if (whole != written) withFileFaults(native, [&] { platform::current().files().write(native, whole); });
   });
@@ -285,7 +283,7 @@ std::shared_ptr<Class_VardenLogger> withEditedConfig(const Class_VardenLogger& l
                                                      const std::string& iniPath) {
   const std::string former = rawConfigHex(logger);
   const auto edited = loggerFromConfig(former);
-  const IniFile file(contentOf(iniPath));
+  const IniFile file(iniTextOf(iniPath));
   requireAllKeys(file, edited->inside().record, iniPath);
   naming(iniPath, [&] {
     anew([&] { checkEditedConfig(file); });

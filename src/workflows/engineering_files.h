@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -30,9 +31,14 @@ auto naming(const std::string& files, const Step& step) {
   }
 }
 
+/// More bytes than any recording, or dump of one, has.
+inline constexpr std::size_t LongestRecordingFile = std::size_t{64} << 20;
+
 /// What stands in a file that the user named. Raises 53 when there is none, 75 when it cannot be read or has
-/// more than 64 MiB.
-std::string contentOf(const std::string& path);
+/// more than `most` bytes.
+std::string contentOf(const std::string& path, std::size_t most = LongestRecordingFile);
+/// The same for an INI file, of at most 4 MiB.
+std::string iniTextOf(const std::string& path);
 
 /// The config block kept in an INI file: the key "Raw Config Bytes" of its section "Configuration Bytes".
 /// Raises 53 when there is no such file, 75 when it cannot be read, 11503 when it holds no block.

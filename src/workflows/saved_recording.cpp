@@ -143,7 +143,7 @@ SavedRecording savedRecording(const std::string& iniFile, const std::string& raw
   constexpr std::int32_t OutOfRange = 11503;
   SavedRecording saved;
   loggerFromIni(iniFile);
-  const IniFile source(contentOf(iniFile));
+  const IniFile source(iniTextOf(iniFile));
   IniFile file = blockAlone(blockOf(source));
   copyFacts(source, file);
   saved.Ini = file.content();

@@ -15,7 +15,6 @@
 namespace hy_wristlog::platform {
 namespace {
 
-constexpr std::size_t LongestFile = std::size_t{512} << 20;
 constexpr mode_t AnyWriteBit = S_IWUSR | S_IWGRP | S_IWOTH;
 
 struct SplitPath {
@@ -127,7 +126,7 @@ FileState LinuxFiles::state(const std::string& path) {
   return result;
 }
 
-std::string LinuxFiles::read(const std::string& path) {
+std::string LinuxFiles::readUpTo(std::size_t most, const std::string& path) {
   const int links = liesInFolderForEveryone(path) ? O_NOFOLLOW : 0;
   const Descriptor file{::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | links)};
   if (!file) raiseSystemError();
@@ -135,7 +134,7 @@ std::string LinuxFiles::read(const std::string& path) {
   if (::fstat(file.get(), &status) != 0) raiseSystemError();
   if (S_ISDIR(status.st_mode)) raiseSystemError(EISDIR);
   if (!S_ISREG(status.st_mode)) raiseSystemError(EINVAL);
-  return readToEnd(file.get(), LongestFile);
+  return readToEnd(file.get(), most);
 }
 
 std::unique_ptr<NewFile> LinuxFiles::create(const std::string& path) {

@@ -7,11 +7,11 @@ namespace hy_wristlog::platform {
 /// Files of the machine. In folders that everybody may write to (mode 1777) links to files are not followed,
 /// nor links to folders where something is written, made or removed (ELOOP). Writing puts a new file in the
 /// old one's place and refuses links (ELOOP), folders (EISDIR), read-only files (EACCES) and what is no plain
-/// file (EINVAL). Reading takes up to 512 MiB (EFBIG). What is new can be written to by its user alone.
+/// file (EINVAL). Longer files than wanted are EFBIG. What is new can be written to by its user alone.
 class LinuxFiles final : public Files {
  public:
   FileState state(const std::string& path) override;
-  std::string read(const std::string& path) override;
+  std::string readUpTo(std::size_t most, const std::string& path) override;
   std::unique_ptr<NewFile> create(const std::string& path) override;
   bool remove(const std::string& path) override;
   void makeFolder(const std::string& path, bool forEveryone) override;
