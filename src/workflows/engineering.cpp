@@ -216,10 +216,12 @@ double dateFromText(std::string_view text) {
     if (!isNumeric(text) || isoDate(leadingNumber(text)).empty()) raiseNoDate(asked);
     return leadingNumber(text);
   }
-  const bool separated = text.size() > 7 && text[4] == '-' && text[7] == '-';
+  const auto separatedBy = [&](std::size_t at, std::string_view separators) {
+    return text.size() <= at || separators.find(text[at]) != separators.npos;
+  };
   const bool lengthFits = text.size() == 10 || text.size() == 16 || text.size() == 19;
-  const bool timeSeparated = text.size() <= 10 || ((text[10] == 'T' || text[10] == ' ') && text[13] == ':');
-  if (!separated || !lengthFits || !timeSeparated || (text.size() == 19 && text[16] != ':'))
+  if (!lengthFits || !separatedBy(4, "-") || !separatedBy(7, "-") || !separatedBy(10, "T ") ||
+      !separatedBy(13, ":") || !separatedBy(16, ":"))
     raiseNoDate(asked);
   double date = dateSerial(field(0, 4, 9999), field(5, 2, 12), field(8, 2, 31));
   // A day that its month does not have has moved on to another date.

@@ -15,6 +15,7 @@ TEST(Usage, EachCommandSaysWhatItCannotTake) {
                {"retrieve --model vivid --out ''", "--out"},
                {"retrieve --model vivid --out x --retries 0", "--retries"},
                {"decode --config a --raw b --now 2026-02-29", "2026-02-29"},
+               {"decode --config a --raw b --now '      2020-01-01T1'", "2020-01-01T1"},
                {simulated + "--epoch 17", "--epoch"},
                {simulated + "--start 2039-01-01", "calendar"},
                {simulated + "--end 1969-12-31", "calendar"},
