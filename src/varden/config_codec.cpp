@@ -248,7 +248,8 @@ void applyConfigBlock(const VardenConfigBlock& block, VardenRecord& record) {
   record.LightScaleCalibration = block.LightCalibration;
   record.ActivityCalibration = block.ActivityCalibration;
   record.AcquisitionMode = rowOfWire<enmVardenLoggingMode>(block.AcquisitionMode);
-  record.EpochLength = fault::narrow<std::int16_t>(block.EpochLength);
+  // A damaged length must not lock the logger out: it comes back negative, which nobody records with.
+  record.EpochLength = static_cast<std::int16_t>(block.EpochLength);
   record.StartTimeGMT = loggerSecondsToDate(block.StartTime);
   record.EndTimeGMT = loggerSecondsToDate(block.StopTime);
   record.TZbias = block.TimeZoneBias;
