@@ -23,21 +23,36 @@ DataFile& DataFile::plain(std::string_view text) {
   return *this;
 }
 
+platform::NewFile& DataFile::file() {
+  if (!file_) file_ = platform::current().files().create(path_);
+  return *file_;
+}
+
 void DataFile::endLine() {
+  constexpr std::size_t Piece = 65536;
   text_ += "\r\n";
   inLine_ = false;
+  if (text_.size() < Piece) return;
+  settled_ = true;  // Behind a failure here nothing is kept.
+  withFileFaults(path_, [&] { file().add(text_); });
+  settled_ = false;
+  text_.clear();
+}
+
+void DataFile::finish() {
+  file().add(text_);
+  file().finish();
 }
 
 void DataFile::save() {
   settled_ = true;
-  withFileFaults(path_, [&] { platform::current().files().write(path_, text_); });
+  withFileFaults(path_, [&] { finish(); });
 }
 
 void DataFile::leave() {
-  if (settled_ || text_.empty()) return;
-  platform::Files& files = platform::current().files();
+  if (settled_ || (text_.empty() && !file_)) return;
   withFileFaults(path_, [&] {
-    if (files.state(path_).Kind == platform::FileKind::Missing) files.write(path_, text_);
+    if (platform::current().files().state(path_).Kind == platform::FileKind::Missing) finish();
   });
 }
 

@@ -2,18 +2,20 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
+#include "platform/platform.h"
 #include "varden/record.h"
 
 /// What the engineers' files have in common. Their lines end with CR LF; a comma-separated field stands in
 /// double quotes as it is, quotes in it are not doubled. Text is UTF-8.
 namespace hy_wristlog {
 
-/// A text file, composed in memory and put to the disk whole, so that what stood there before is replaced by
-/// a whole file or not at all. A report that fails half-way leaves the lines it came to, unless they would
-/// take a former file's place.
+/// A text file that is written while it is composed and takes its place when it is saved, so that what stood
+/// there before is replaced by a whole file or not at all. A report that fails half-way leaves the lines it
+/// came to, unless they would take a former file's place.
 class DataFile {
  public:
   /// "\" and "/" both separate folders.
@@ -23,6 +25,7 @@ class DataFile {
   DataFile& field(std::string_view value);
   /// Adds text as it stands to the line.
   DataFile& plain(std::string_view text);
+  /// Raises what `save` raises.
   void endLine();
   /// A line of fields; without any, an empty line.
   template <class... Values>
@@ -37,8 +40,12 @@ class DataFile {
   void leave();
 
  private:
+  platform::NewFile& file();
+  void finish();
+
   std::string path_;
-  std::string text_;
+  std::string text_;  ///< not yet handed to the file
+  std::unique_ptr<platform::NewFile> file_;
   bool inLine_ = false;
   bool settled_ = false;
 };

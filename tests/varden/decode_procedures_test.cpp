@@ -6,14 +6,6 @@
 namespace hy_wristlog {
 namespace {
 
-struct Boxes : Host {
-  std::string Shown;
-  MessageBoxButton showMessageBox(std::string_view title, std::string_view text, std::int32_t) override {
-    ((Shown += title) += ": ") += text;
-    return MessageBoxButton::Ok;
-  }
-};
-
 struct DecodeProcedures : InSimulatedWorld {
   VardenLogger logger;
   bool lowBattery = true;
@@ -51,8 +43,6 @@ TEST_F(DecodeProcedures, DecodeGivenBytesByTheWorldsFormatAndClock) {
 }
 
 TEST_F(DecodeProcedures, FailuresKeepTheEpochsBeforeThem) {
-  const auto boxes = std::make_shared<Boxes>();
-  world->setHost(boxes);
   logger.record = loggerRecord(KR_TOLKA, 1);
   logger.record.RawData = Stream("start@0 status2 7 8").Bytes;
   logger.record.BytesUsed = 1000;
@@ -61,14 +51,16 @@ TEST_F(DecodeProcedures, FailuresKeepTheEpochsBeforeThem) {
             "9 Subscript out of range");
   EXPECT_TRUE(lowBattery);
   EXPECT_EQ(seriesText(logger.record.ActivityArray), "7 8");
+}
 
-  logger.record.FirmwareVersion = "09.00.0000";
-  EXPECT_EQ(raisedBy([&] { logger.fncDecodeDataArrays(lowBattery, std::nullopt, false); }, true),
-            "11503 Class_VardenLogger.fncDecodeDataArrays: Invalid Firmware Version");
-  EXPECT_EQ(logger.fncDecodeDataArrays(lowBattery, std::nullopt, true), Decode_InputError);
+TEST_F(DecodeProcedures, UnknownFirmwareIsToldWhenDiagnosing) {
+  const auto boxes = std::make_shared<Boxes>();
+  world->setHost(boxes);
+  logger.record = loggerRecord(KR_TOLKA, 1, "09.00.0000");
+  EXPECT_EQ(logger.fncDecodeDataArrays(lowBattery, Stream("start@0").Bytes, true), Decode_InputError);
   EXPECT_EQ(boxes->Shown,
-            "Unknown FW version: Firmware version is unknown. Do a 'show version' before 'show data'\r\n"
-            "(or, for 00.02.xxxx+ firmware, do a 'show config' before 'show data').");
+            "[Unknown FW version] Firmware version is unknown. Do a 'show version' before 'show data'\r\n"
+            "(or, for 00.02.xxxx+ firmware, do a 'show config' before 'show data').\n");
 }
 
 }  // namespace
