@@ -118,6 +118,21 @@ TEST(Configure, FieldsThatAreReadBack) {
   EXPECT_EQ(desk.configure(), 10012);
 }
 
+/// Whatever number stands in the block, the logger can be asked and set up anew. Without its calibrations it
+/// cannot.
+TEST(Configure, RepairsADamagedConfiguration) {
+  for (std::size_t offset = block::Subject.Offset; offset < simulator::ConfigBlock::Size; ++offset)
+    for (const std::int64_t value : {0x00, 0x7F, 0x80, 0xFF}) {
+      SCOPED_TRACE("offset " + std::to_string(offset) + ", " + std::to_string(value));
+      Workbench desk(LggrPntr_KRVivid);
+      for (std::size_t end = std::min(offset + 4, simulator::ConfigBlock::Size), at = offset; at < end; ++at)
+        desk.stored().set({at, 1}, value);
+      EXPECT_EQ(desk.status(), 0);
+      const std::int32_t code = desk.configure();
+      EXPECT_TRUE(code == 0 || code == 10011) << code;
+    }
+}
+
 TEST(Configure, Attempts) {
   const std::tuple<std::int16_t, simulator::Fault, std::int32_t, std::size_t> cases[] = {
       {3, always(), 10012, 3}, {0, always(), 10012, 1}, {-5, always(), 10012, 1},
