@@ -36,7 +36,7 @@ int runDecode(const CommonOptions& common, const DecodeOptions& options) {
   std::cout << wordsFor(result.Result) << ' ' << counted(logger->Get_Samples(), "epoch") << " of "
             << counted(logger->Get_EpochLength(), "second") << ", from "
             << engineering::isoDate(logger->Get_StartTimeGMT(), "Z") << ".\n";
-  for (const std::string& event : engineering::events(*logger)) std::cout << event << '\n';
+  for (const std::string& event : engineering::events(*logger).texts()) std::cout << event << '\n';
   if (!options.Folder.empty()) std::cout << "Written to " << options.Folder << ".\n";
   return Good;
 }

@@ -151,7 +151,8 @@ Json recordingJson(hw::Class_VardenLogger& logger, std::optional<hw::enmDecodeRe
   object["marker"] = seriesJson(logger.Get_MarkerArray());
   object["marker2"] = seriesJson(engineering::marker2(logger));
   object["wrist"] = seriesJson(logger.Get_WristStatusArray());
-  object["events"] = engineering::events(logger);
+  Json& events = object["events"] = Json::array();
+  for (std::string event : engineering::events(logger).texts()) events.push_back(std::move(event));
   return object;
 }
 

@@ -64,15 +64,6 @@ void addLight(picture::PlottedRecording& plot, const hw::Class_VardenLogger& log
   plot.LightAxis = lightScaleOf(logger);
 }
 
-/// The second of an event's texts in quotes.
-std::string eventWords(std::string_view entry) {
-  constexpr std::string_view Between = "\",\"";
-  const std::size_t from = entry.find(Between);
-  if (from == entry.npos) return std::string(entry);
-  entry.remove_prefix(from + Between.size());
-  return std::string(entry.substr(0, entry.find(Between)));
-}
-
 picture::Sign signOf(std::string_view words) {
   if (words.starts_with("Self Test")) return picture::Sign::Reset;
   if (words.starts_with("Low Battery")) return picture::Sign::LowBattery;
@@ -82,14 +73,16 @@ picture::Sign signOf(std::string_view words) {
 }
 
 void addEvents(picture::PlottedRecording& plot, const hw::Class_VardenLogger& logger) {
-  const auto& entries = engineering::events(logger);
-  const auto& times = engineering::eventTimes(logger);
-  for (std::size_t i = 0; i < entries.size(); ++i) {
+  const hw::EventLog& events = engineering::events(logger);
+  for (std::size_t i = 0; i < events.size(); ++i) {
     picture::Event event;
-    event.Words = eventWords(entries[i]);
+    event.Words = events.words(i);
     event.Shown = signOf(event.Words);
-    if (i < times.size() && times[i] != UnknownDate) event.Time = unixSeconds(times[i]);
-    plot.Events.push_back(std::move(event));
+    if (events.time(i) != UnknownDate) event.Time = unixSeconds(events.time(i));
+    if (plot.Events.size() < picture::MostListedEvents || event.Shown != picture::Sign::None)
+      plot.Events.push_back(std::move(event));
+    else
+      ++plot.EventsLeftOut;
   }
 }
 

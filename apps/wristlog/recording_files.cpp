@@ -44,7 +44,7 @@ auto onFiles(const std::string& path, const Operation& operation) {
 
 void addEventsCsv(platform::NewFile& file, const hw::Class_VardenLogger& logger) {
   file.add("\"Time\",\"Event\",\"Record\"\n");
-  for (const std::string& event : engineering::events(logger)) file.add(event + "\n");
+  for (const std::string& event : engineering::events(logger).texts()) file.add(event + "\n");
 }
 
 hw::Class_Subject subjectOf(const hw::Class_VardenLogger& logger) {
@@ -134,7 +134,9 @@ bool RecordingFiles::isFromDemo() const {
   for (const auto& entry : entries)
     if (std::find(Names.begin(), Names.end(), entry.path().filename()) == Names.end()) return false;
   try {
-    const Json found = Json::parse(platform::current().files().read(path("recording.json")), nullptr, false);
+    const Json found = Json::parse(
+        platform::current().files().readUpTo(platform::Files::LongestText, path("recording.json")), nullptr,
+        false);
     return found.is_object() && found.value("made_by", Json()) == MadeByDemo;
   } catch (const platform::SystemError&) {
     return false;

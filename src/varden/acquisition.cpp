@@ -1,6 +1,7 @@
 #include "varden/acquisition.h"
 
 #include <cmath>
+#include <string>
 
 #include "base/dates.h"
 #include "base/numbers.h"
@@ -11,19 +12,30 @@ namespace {
 
 constexpr std::int64_t LongestGapSeconds = std::int64_t{30} * 86400;
 
+/// The epochs without a value that all gaps of a recording add: those of two years in steps of 15 seconds. A
+/// logger's clock and its recording live on one battery, which carries it for a year at the most.
+constexpr std::int64_t MostFilledEpochs = std::int64_t{2} * 365 * 5760;
+
 /// The second a date lies in. Sums of days carry a noise of about a microsecond, which must not move a date
 /// on a whole second into the one before.
 double wholeSecond(double date) { return std::trunc(date * SecondsPerDay + 0.001); }
 
-/// Ends the walk with 15 when the gap is too long to be true; else makes room for its epochs.
+/// Ends the walk with 15 when the gap is too long to be true; else makes room for its epochs. Fault 7 when
+/// the gaps add more than a recording can mean.
 bool prepareFill(DecodeWalk& walk, double from) {
   if (!walk.Options.Diagnostic && secondsBetween(from, walk.EventTime) > LongestGapSeconds) {
     walk.stop(Decode_BigDiffBetweenAcqTimes);
     return false;
   }
-  const double bound =
-      static_cast<double>(walk.Arrays.upperBound()) + (walk.EventTime - from) * walk.EpochsPerDay;
-  walk.Arrays.redimension(roundToInt32(bound));
+  const double gap = (walk.EventTime - from) * walk.EpochsPerDay;
+  const std::int32_t bound = roundToInt32(static_cast<double>(walk.Arrays.upperBound()) + gap);
+  if (gap > 0) walk.Filled += static_cast<std::int64_t>(gap);
+  if (walk.Filled > MostFilledEpochs)
+    fault::raise(fault::OutOfMemory,
+                 "the gaps between the recording's starts and stops add up to more than " +
+                     std::to_string(MostFilledEpochs) +
+                     " epochs, longer than a battery lasts: its times are damaged");
+  walk.Arrays.redimension(bound);
   return true;
 }
 

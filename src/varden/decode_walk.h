@@ -47,6 +47,8 @@ struct DecodeWalk {
   double LastStop = 0;    ///< 0 when none counts
   double LastSample = 0;  ///< of the latest sample or filled epoch
 
+  std::int64_t Filled = 0;  ///< epochs that gaps have added
+
   bool Docked = false;
   bool UndockSkip = false;  ///< the next sample counts as docked
   bool OffWrist = false;

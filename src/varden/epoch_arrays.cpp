@@ -57,8 +57,10 @@ void EpochArrays::redimension(std::int64_t upperBound) {
 void EpochArrays::settle(std::int64_t elements) {
   requireAffordable(elements);
   upperBound_ = elements - 1;
-  forHeld(
-      [size = static_cast<std::size_t>(elements)](auto& array) { array.resize(size, emptyElement(array)); });
+  forHeld([size = static_cast<std::size_t>(elements)](auto& array) {
+    array.resize(size, emptyElement(array));
+    if (array.capacity() - size > size / 8) array.shrink_to_fit();
+  });
 }
 
 void EpochArrays::storeNoValue(SeriesSet set, std::int64_t index) {
@@ -73,7 +75,9 @@ template <class Array>
 void EpochArrays::extend(Array& array, SeriesSet which, std::int64_t index) {
   if (!(held_ & which) || index < 0 || index > upperBound_) fault::raise(fault::Subscript);
   const auto size = static_cast<std::int64_t>(array.size());
-  const std::int64_t grown = std::min(upperBound_ + 1, std::max(index + 1, 2 * size));
+  // Some room beyond, so that growing by single elements does not copy each time.
+  const std::int64_t grown = std::min(upperBound_ + 1, std::max(index + 1, size + size / 4));
+  array.reserve(static_cast<std::size_t>(grown));
   array.resize(static_cast<std::size_t>(grown), emptyElement(array));
 }
 

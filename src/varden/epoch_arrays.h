@@ -21,7 +21,7 @@ inline constexpr SeriesSet Colours = Red | Green | Blue;
 /// bound costs nothing; `settle` brings both together.
 class EpochArrays {
  public:
-  /// More epochs than any logger records or any believable gap holds (30 years of 15 s). Beyond it: fault 7.
+  /// More than any logger records, gaps included. Beyond it: fault 7.
   static constexpr std::int64_t MostElements = std::int64_t{1} << 26;
 
   explicit EpochArrays(VardenRecord& record) : record_(record) {}

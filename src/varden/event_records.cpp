@@ -87,28 +87,16 @@ const DockEvent& dockEvent(bool newFormat, std::uint8_t bits) {
 }
 
 /// `time` is `UnknownDate` when the record does not tell it.
-void addEvent(DecodeWalk& walk, double time, std::string_view text, std::int64_t recordLength) {
-  const std::string timeText = time == UnknownDate ? "Time Unknown" : walk.Options.DateText(time);
-  constexpr char Digits[] = "0123456789ABCDEF";
-  std::string entry;
-  entry.reserve(timeText.size() + text.size() + 22);
-  entry.append("\"").append(timeText).append("\",\"").append(text).append("\",\"");
-  for (std::int64_t i = 0; i < recordLength; ++i) {
-    const std::uint8_t byte = walk.byteAt(walk.Position + i);
-    entry += Digits[byte >> 4];
-    entry += Digits[byte & 15];
-  }
-  entry += '"';
-  walk.Record.EventArray.push_back(std::move(entry));
-  walk.Record.EventTimeArray.push_back(time);
+void addEvent(DecodeWalk& walk, double time, const char* text, const char* suffix = "",
+              std::int64_t length = EventRecordLength) {
+  walk.byteAt(walk.Position + length - 1);
+  walk.Record.EventArray.add(
+      time, text, suffix,
+      walk.Raw.subspan(static_cast<std::size_t>(walk.Position), static_cast<std::size_t>(length)));
 }
 
-void addEvent(DecodeWalk& walk, double time, std::string_view text) {
-  addEvent(walk, time, text, EventRecordLength);
-}
-
-void addStatus(DecodeWalk& walk, std::string_view text) {
-  addEvent(walk, walk.timeOf(walk.Index), text, StatusRecordLength);
+void addStatus(DecodeWalk& walk, const char* text) {
+  addEvent(walk, walk.timeOf(walk.Index), text, "", StatusRecordLength);
 }
 
 /// Bytes 3 to 6 of the record at the position.
@@ -148,7 +136,7 @@ void handleAcquisition(DecodeWalk& walk, std::uint8_t bits) {
   if (walk.NewEventFormat) walk.UndockSkip = false;
   const bool start = bits & AcquisitionStart;
   const double time = eventTime(walk);
-  addEvent(walk, time, std::string(start ? "Acquisition Start" : "Acquisition Stop") + dock.Suffix);
+  addEvent(walk, time, start ? "Acquisition Start" : "Acquisition Stop", dock.Suffix);
   if (start)
     startAcquisition(walk, time);
   else

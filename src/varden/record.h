@@ -10,6 +10,7 @@
 #include "hy_wristlog/enumerations.h"
 #include "timezones/Class_TimeZoneInfo.h"
 #include "varden/config_block.h"
+#include "varden/event_log.h"
 
 namespace hy_wristlog {
 

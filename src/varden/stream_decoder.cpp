@@ -65,8 +65,7 @@ void StreamDecoder::prepare() {
   record.Marker2Count = 0;
   if (record.EpochLength == 0) fault::raise(fault::DivisionByZero);
   walk_.EpochsPerDay = roundToInt32(SecondsPerDay / record.EpochLength);
-  record.EventArray.clear();
-  record.EventTimeArray.clear();
+  record.EventArray.restart(walk_.Options.DateText);
   samples_.emplace(walk_, hasNewLightScaleFactors(record));
   walk_.Result = Decode_OK;
 }

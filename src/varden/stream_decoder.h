@@ -26,8 +26,8 @@ class StreamDecoder {
   ///    calibrations, and "Incompatible Logging Mode", which mode 9 of the Quillander meets at its first
   ///    sample;
   ///  - 11502 "Incompatible Device Type";
-  ///  - fault 5 for an impossible start time, 6 and 7 for a recording or a gap beyond all bounds, 11 for an
-  ///    epoch length of 0 in a diagnostic decode;
+  ///  - fault 5 for an impossible start time, 6 and 7 for a recording beyond all bounds, 7 for gaps that add
+  ///    up to more epochs of 15 s than two years have, 11 for an epoch length of 0 in a diagnostic decode;
   ///  - fault 9 when `BytesUsed` reaches beyond the raw bytes, when a start that runs back has shrunk the
   ///    arrays below what is to be stored, and at a gap before a start while acquiring in mode 2 of the
   ///    Quillander.

@@ -140,12 +140,7 @@ std::shared_ptr<Class_VardenLogger> loggerFromConfig(std::string_view configHex)
 void generateDataOverrun(Class_VardenLogger& logger) { logger.inside().link().cmdDataOverrun(); }
 void clearConsole(Class_VardenLogger& logger) { logger.inside().link().cmdClear(); }
 
-const std::vector<std::string>& events(const Class_VardenLogger& logger) {
-  return logger.inside().record.EventArray;
-}
-const std::vector<double>& eventTimes(const Class_VardenLogger& logger) {
-  return logger.inside().record.EventTimeArray;
-}
+const EventLog& events(const Class_VardenLogger& logger) { return logger.inside().record.EventArray; }
 const TristateSeries& marker2(const Class_VardenLogger& logger) {
   return logger.inside().record.Marker2Array;
 }

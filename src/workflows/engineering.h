@@ -10,6 +10,7 @@
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "hy_wristlog/api.h"
 #include "hy_wristlog/enumerations.h"
+#include "varden/event_log.h"
 #include "workflows/engineering_files.h"
 
 /// What a service engineer's tools need beside the public classes: the raw recording, saved recordings, docks
@@ -56,10 +57,8 @@ HY_WRISTLOG_API void generateDataOverrun(Class_VardenLogger& logger);
 /// Presses "Clear": the text of the console and that of its sink are emptied.
 HY_WRISTLOG_API void clearConsole(Class_VardenLogger& logger);
 
-/// The decoded events: time, text and record in hexadecimal, each in double quotes, commas between.
-HY_WRISTLOG_API const std::vector<std::string>& events(const Class_VardenLogger& logger);
-/// When each of them was, UTC; -1 where that is not known.
-HY_WRISTLOG_API const std::vector<double>& eventTimes(const Class_VardenLogger& logger);
+/// The decoded events.
+HY_WRISTLOG_API const EventLog& events(const Class_VardenLogger& logger);
 HY_WRISTLOG_API const TristateSeries& marker2(const Class_VardenLogger& logger);
 HY_WRISTLOG_API std::int32_t marker2Count(const Class_VardenLogger& logger);
 

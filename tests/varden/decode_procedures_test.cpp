@@ -34,7 +34,7 @@ TEST_F(DecodeProcedures, DecodeGivenBytesByTheWorldsFormatAndClock) {
   EXPECT_EQ(logger.record.RawData, Stream("start@0 7").Bytes);
   EXPECT_EQ(logger.record.BytesUsed, 8);
   EXPECT_EQ(seriesText(logger.record.ActivityArray), "7");
-  EXPECT_EQ(logger.record.EventArray.at(0).substr(0, 19), "\"2020-01-01 00:00\",");
+  EXPECT_EQ(logger.record.EventArray.text(0).substr(0, 19), "\"2020-01-01 00:00\",");
 
   const auto stop = static_cast<std::int32_t>(world->now() - StartSeconds) - 31 * Day;
   logger.record.StartTimeGMT = dateAt(stop - 60);

@@ -113,8 +113,8 @@ TEST(Recordings, NeverLosesItsBearings) {
     ASSERT_EQ(record.WristStatusArray.size(), record.DeviceType == KR_TOLKA ? 0 : size);
     const auto marked = std::count(record.MarkerArray.begin(), record.MarkerArray.end(), Tristate::True);
     ASSERT_LE(marked, record.MarkerCount);
-    ASSERT_EQ(std::count_if(record.EventArray.begin(), record.EventArray.end(),
-                            [](const std::string& e) { return e.find("Marker Button 1") != e.npos; }),
+    const auto texts = record.EventArray.texts();
+    ASSERT_EQ(std::ranges::count_if(texts, [](const auto& e) { return e.find("Marker Button 1") != e.npos; }),
               record.MarkerCount);
     ASSERT_LE(record.RawData->size(), static_cast<std::size_t>(std::max(record.BytesUsed, 0)));
   }

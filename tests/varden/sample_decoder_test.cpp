@@ -108,7 +108,7 @@ TEST(SampleDecoder, WristStaysOffForTheEpochOfComingBack) {
     VardenRecord record = loggerRecord(KR_QUILLANDER, 1, firmware);
     Decoding()(record, ("start@0 " + bytes).c_str());
     EXPECT_EQ(seriesText(record.WristStatusArray), wrist) << bytes;
-    EXPECT_NE(record.EventArray.back().find(lastText), std::string::npos) << record.EventArray.back();
+    EXPECT_NE(record.EventArray.text(record.EventArray.size() - 1).find(lastText), std::string::npos);
   }
 }
 

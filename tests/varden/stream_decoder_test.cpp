@@ -7,7 +7,7 @@ namespace {
 
 std::string eventTexts(const VardenRecord& record) {
   std::string texts;
-  for (const std::string& entry : record.EventArray) {
+  for (const std::string& entry : record.EventArray.texts()) {
     const auto begin = entry.find("\",\"") + 3;
     texts += (texts.empty() ? "" : "|") + entry.substr(begin, entry.find("\",\"", begin) - begin);
   }
@@ -73,6 +73,7 @@ TEST(StreamDecoder, EndsEachWalk) {
       {"gap of 30 days", "start@0 5 stop@60 start@2592060 5", "0: 5 -1x43200 5; 3"},
       {"gap of 30 days and a second", "start@0 5 stop@60 start@2592061 5", "15: 5; 3"},
       {"such a gap, diagnostic", "start@0 5 stop@60 start@2592061 5", "0: 5 -1x43201 5; 3", diagnostic},
+      {"two years", "start@0 5 stop@60 start@63072060 5", "0: 5 -1x1051200 5; 3", diagnostic},
       {"barrier", "start@0 5x70000", "14: 5x65529; 1", {"00.01.0028"}},
       {"barrier replaces the full memory", "start@0 5x65528 event4@0", "14: 5x65528; 2", {"00.01.0028"}},
       {"no barrier", "start@0 5x70000", "0: 5x70000; 1", {"00.01.0029"}},
@@ -143,10 +144,13 @@ TEST(StreamDecoder, WritesEventEntriesOfTheComingEpoch) {
       R"("01-01 01:01:00","Low Battery","FE17")",
       R"("01-01 01:01:00","Off-Wrist Status Changed and Currently On-Wrist","FE17")",
       R"x("Time Unknown","Self Test Failed: (Reset Occurred)","FD085A00000001")x"};
-  EXPECT_EQ(record.EventArray, expected);
+  ASSERT_EQ(record.EventArray.size(), expected.size());
   std::vector<std::int64_t> times;
-  for (const double time : record.EventTimeArray)
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_EQ(record.EventArray.text(i), expected[i]);
+    const double time = record.EventArray.time(i);
     times.push_back(time == UnknownDate ? -1 : std::lround((time - dateAt(0)) * Day));
+  }
   EXPECT_EQ(times, (std::vector<std::int64_t>{3600, 3660, 3660, 3660, 3660, -1}));
   EXPECT_TRUE(decode.LowBattery);
   EXPECT_EQ(record.Samples + record.MarkerCount * 1000 + record.Marker2Count * 10000, 11062);
@@ -172,7 +176,12 @@ TEST(StreamDecoder, StopsOnWholeSecondsWhateverTheNoiseOfDates) {
 TEST(StreamDecoder, FailsAndKeepsWhatItHas) {
   constexpr bool Diagnostic = true;
   const char *subscript = "9 Subscript out of range", *memory = "7 Out of memory",
-             *call = "5 Invalid procedure call or argument";
+             *call = "5 Invalid procedure call or argument",
+             *gaps =
+                 "7 Out of memory: the gaps between the recording's starts and stops add up to more than "
+                 "4204800 epochs, longer than a battery lasts: its times are damaged";
+  std::string months = "start@0 1";
+  for (int month = 1; month <= 25; ++month) months += " start@" + std::to_string(month * 30 * Day) + " 1";
   using Change = void (*)(VardenRecord&);
   const Change none = [](auto&) {}, mode2 = [](auto&r) { r.AcquisitionMode = VardenMode_StandardLightOnly; },
                mode9 = [](auto&r) { r.AcquisitionMode = VardenMode_InternalActivity32Hz; };
@@ -196,7 +205,8 @@ TEST(StreamDecoder, FailsAndKeepsWhatItHas) {
       {"start@0 1x4 start@300", subscript, 1, mode2},
       {"start@9000 1x3 start@7620 1x12", subscript, 3, none, Diagnostic},
       {"start@9000 1x3 start@-9000", subscript, 3, none, Diagnostic},
-      {"event1=0 1 event1=2147483647", memory, 1, [](auto& r) { r.EpochLength = 15; }, Diagnostic},
+      {"event1=0 1 event1=2147483647", gaps, 1, [](auto& r) { r.EpochLength = 15; }, Diagnostic},
+      {months.c_str(), gaps, 24 * 172800 + 1, [](auto& r) { r.EpochLength = 15; }},
       {"event1=-2147483648 1 event1=2147483647", "6 Overflow", 1, [](auto& r) { r.EpochLength = 1; }, true},
       {"start@0 1x2 start@0", subscript, 14, [](auto& r) { r.EpochLength = -15; }, Diagnostic}};
   for (const auto& row : cases) {

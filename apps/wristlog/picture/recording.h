@@ -50,6 +50,9 @@ struct Event {
   Sign Shown = Sign::None;
 };
 
+/// So many events are told in words, the first ones.
+inline constexpr std::size_t MostListedEvents = 2000;
+
 struct Fact {
   std::string Label, Value;
 };
@@ -72,6 +75,7 @@ struct PlottedRecording {
 
   std::vector<Marker> Markers;
   std::vector<Event> Events;
+  std::size_t EventsLeftOut = 0;  ///< behind the listed ones, without a sign
   std::vector<Fact> Facts;
   std::vector<std::string> Warnings;
 

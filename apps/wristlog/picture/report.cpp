@@ -13,8 +13,6 @@
 namespace wristlog::picture {
 namespace {
 
-constexpr std::size_t MostEventRows = 2000;
-
 constexpr const char* PageStyle = R"(:root{color-scheme:light dark}
 body{margin:0 auto;max-width:1080px;padding:24px;background:#fff;color:#1d2733;
 font:15px/1.5 system-ui,"Segoe UI","Liberation Sans","DejaVu Sans",sans-serif}
@@ -166,13 +164,14 @@ std::string eventsSection(const PlottedRecording& recording) {
   if (recording.Events.empty()) return html + "<p>The logger wrote no events.</p></section>\n";
   const LocalClock clock(recording.Offsets);
   html += "<div class=\"scroll\"><table>\n" + tableHead({{"Local time"}, {"Event"}});
-  for (std::size_t i = 0; i < std::min(recording.Events.size(), MostEventRows); ++i) {
+  for (std::size_t i = 0; i < std::min(recording.Events.size(), MostListedEvents); ++i) {
     const Event& event = recording.Events[i];
     html += Row().text(event.Time ? timeText(clock.at(*event.Time)) : "unknown").text(event.Words).html();
   }
   html += "</tbody></table></div>\n";
-  if (recording.Events.size() > MostEventRows)
-    html += "<p class=\"note\">" + std::to_string(recording.Events.size() - MostEventRows) +
+  const std::size_t all = recording.Events.size() + recording.EventsLeftOut;
+  if (all > MostListedEvents)
+    html += "<p class=\"note\">" + std::to_string(all - MostListedEvents) +
             " more events are not listed here.</p>\n";
   return html + "</section>\n";
 }

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <ranges>
+#include <span>
+#include <string>
+
+#include "hy_wristlog/api.h"
+
+namespace hy_wristlog {
+
+/// What a logger wrote between its samples, in order. There can be more than a million entries, so their
+/// texts are made when they are asked for.
+class HY_WRISTLOG_API EventLog {
+ public:
+  using DateText = std::function<std::string(double)>;
+
+  /// Empties the log; `dateText` writes the dates of the entries to come.
+  void restart(DateText dateText);
+  /// `time` is `UnknownDate` when the record does not tell it. The words are those of `text` and `suffix`,
+  /// which must outlive the log. Fault 5 for a date outside the years 100 to 9999.
+  void add(double time, const char* text, const char* suffix, std::span<const std::uint8_t> record);
+
+  std::size_t size() const { return entries_.size(); }
+  double time(std::size_t index) const { return entries_[index].Time; }
+  std::string words(std::size_t index) const;
+  /// Time, words and record, hexadecimal: three fields in quotes, commas between them.
+  std::string text(std::size_t index) const;
+  auto texts() const {
+    return std::views::iota(std::size_t{0}, size()) |
+           std::views::transform([this](std::size_t index) { return text(index); });
+  }
+
+ private:
+  static constexpr std::size_t LongestRecord = 7;
+
+  struct Entry {
+    double Time;
+    const char *Text, *Suffix;
+    std::array<std::uint8_t, LongestRecord> Record;
+    std::uint8_t Length;
+  };
+
+  DateText dateText_;
+  std::deque<Entry> entries_;
+};
+
+}  // namespace hy_wristlog
