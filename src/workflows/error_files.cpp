@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "base/faults.h"
@@ -124,14 +125,16 @@ void fncSaveXMLErrorRecords() {
     text.append(line).append("\r\n");
   const std::string folder = nativePath(joinPath(state.CommonDataFolder, "Errors"));
   makeFolders(folder);
-  withFileFaults(folder, [&] {
-    platform::Files& files = platform::current().files();
-    if (!state.ErrorLogPath.empty()) return files.write(state.ErrorLogPath, text);
-    const auto lock = platform::lockFolder(files, folder);
-    const std::string path = freeLogPath(folder, state.ErrorStack[1]->ErrorTime);
-    files.write(path, text);
-    state.ErrorLogPath = path;
-  });
+  platform::Files& files = platform::current().files();
+  std::unique_ptr<platform::FolderLock> lock;
+  std::string path = state.ErrorLogPath;
+  if (path.empty())
+    withFileFaults(folder, [&] {
+      lock = platform::lockFolder(files, folder);
+      path = freeLogPath(folder, state.ErrorStack[1]->ErrorTime);
+    });
+  withFileFaults(path, [&] { files.write(path, text); });
+  state.ErrorLogPath = path;
 }
 
 }  // namespace hy_wristlog
