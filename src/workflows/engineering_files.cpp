@@ -150,8 +150,10 @@ std::string contentOf(const std::string& named, std::size_t most) {
 std::string iniTextOf(const std::string& path) { return contentOf(path, platform::Files::LongestText); }
 
 std::string configHexFromIni(const std::string& path) {
-  const IniFile file(iniTextOf(path));
+  const std::string content = iniTextOf(path);
+  const IniFile file(content);
   const auto hex = file.value(ConfigBytesSection, RawConfigBytesKey);
+  if (!hex || hex->empty()) IniFile::requireUtf8(content, path);
   if (!hex || hex->empty())
     throw Failure(11503, "engineering.configHexFromIni",
                   path + " has no key \"Raw Config Bytes\" in a section \"Configuration Bytes\"");
@@ -218,7 +220,10 @@ void checkIniOutput(const std::string& named, bool overwrite, const std::vector<
   checkOutput(named, overwrite, inputs);
   const std::string path = nativePath(named);
   if (platform::current().files().state(path).Kind == platform::FileKind::Missing) return;
-  if (!isIniText(iniTextOf(path)))
+  const std::string content = iniTextOf(path);
+  if (isIniText(content) || IniFile::isUtf16(content))
+    IniFile::requireUtf8(content, path);
+  else
     throw Failure(fault::PathFileAccess, "engineering.checkIniOutput",
                   path + " is no INI file, so the configuration cannot be put into it");
 }
@@ -283,7 +288,9 @@ std::shared_ptr<Class_VardenLogger> withEditedConfig(const Class_VardenLogger& l
                                                      const std::string& iniPath) {
   const std::string former = rawConfigHex(logger);
   const auto edited = loggerFromConfig(former);
-  const IniFile file(iniTextOf(iniPath));
+  const std::string content = iniTextOf(iniPath);
+  IniFile::requireUtf8(content, iniPath);
+  const IniFile file(content);
   requireAllKeys(file, edited->inside().record, iniPath);
   naming(iniPath, [&] {
     anew([&] { checkEditedConfig(file); });
