@@ -15,7 +15,9 @@ struct Meaning {
 
 constexpr std::array<Meaning, 52> Meanings{{
     {0, "Success."},
-    {6, "A value is out of range. The logger's configuration may be damaged."},
+    {6,
+     "A number came that does not fit its place: damaged on the way, or by the logger. Try again; if it comes "
+     "again, see 'wristlog config show' for a value that cannot be."},
     {9,
      "The recording does not fit the logger's configuration. Try 'decode --diagnostic' on the saved bytes."},
     {70, "A file or folder could not be written: permission denied."},
