@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <exception>
-#include <iostream>
 #include <new>
+#include <sstream>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -14,6 +14,7 @@
 #include "meanings.h"
 #include "platform/platform.h"
 #include "process.h"
+#include "safe_text.h"
 
 namespace wristlog {
 namespace {
@@ -26,6 +27,10 @@ CommandLine::CommandLine() : app_("Talks to wrist-worn activity loggers in their
   app_.require_subcommand(1);
   app_.set_version_flag(
       "--version", [] { return "wristlog " + hy_wristlog::Class_Main().Get_Version(); }, "Show the version");
+  app_.failure_message([](const CLI::App* app, const CLI::Error& error) {
+    const std::string words = error.what();
+    return safeLine(words) + CLI::FailureMessage::simple(app, error).substr(words.size());
+  });
   app_.footer(
       "Try 'wristlog demo' first: it needs no hardware. 'wristlog COMMAND --help' explains a command.\n"
       "Exit status: 0 good; 1 the logger or the data gave trouble, as the message says; 2 wrong usage.");
@@ -40,7 +45,7 @@ int CommandLine::parseAndRun(int argc, char** argv) {
   try {
     app_.parse(argc, argv);
   } catch (const CLI::Success& answer) {
-    return app_.exit(answer, std::cout, std::cerr);
+    return show(answer);
   } catch (const CLI::RequiredError& error) {
     // A word that nobody knows is why the required one was not seen.
     const std::vector<std::string> unknown = app_.remaining(true);
@@ -63,8 +68,16 @@ int CommandLine::parseAndRun(int argc, char** argv) {
   }
 }
 
+int CommandLine::show(const CLI::Error& answer) const {
+  std::ostringstream good, bad;
+  const int status = app_.exit(answer, good, bad);
+  if (!good.str().empty()) say().lines(good.str(), "");
+  if (!bad.str().empty()) complain().lines(bad.str(), "");
+  return status;
+}
+
 int CommandLine::refuse(const CLI::ParseError& error, int argc, char** argv) const {
-  app_.exit(error, std::cerr, std::cerr);
+  show(error);
   if (std::find(argv, argv + argc, std::string_view("--json")) != argv + argc)
     print(failureJson(hy_wristlog::Failure(InvalidCall, "wristlog", error.what())));
   return WrongUsage;
@@ -74,7 +87,7 @@ int CommandLine::fail(const hy_wristlog::Failure& failure) const {
   if (Common.AsJson)
     print(failureJson(failure));
   else
-    std::cerr << wordsFor(failure) << '\n';
+    complain() << wordsFor(failure) << '\n';
   return Unsuccessful;
 }
 

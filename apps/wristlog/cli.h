@@ -49,6 +49,7 @@ class CommandLine {
 
  private:
   int parseAndRun(int argc, char** argv);
+  int show(const CLI::Error& answer) const;
   int refuse(const CLI::ParseError& error, int argc, char** argv) const;
   int fail(const hy_wristlog::Failure& failure) const;
 

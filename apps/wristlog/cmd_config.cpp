@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <iostream>
 #include <memory>
 #include <vector>
 
@@ -25,6 +24,7 @@ std::shared_ptr<hw::Class_VardenLogger> readDocked(Session& session, const std::
   std::string simple, full;
   const std::int32_t code = session.main().GetStatus(model, simple, full, logger, subject, nullptr);
   session.endProgress();
+  requireNotStopped();
   if (code != 0) throw hw::Failure(code, "wristlog", explanationOf(code, model));
   if (!logger || engineering::rawConfigHex(*logger).empty()) throw hw::Failure(NoLogger, "wristlog", full);
   return logger;
@@ -45,8 +45,7 @@ void tellWritten(bool asJson, const std::string& file, const hw::Class_VardenLog
   if (asJson)
     print({{"file", file}, {"device_serial_number", logger.Get_SerialNumber()}});
   else
-    std::cout << "The configuration of logger " << logger.Get_SerialNumber() << ". Written to " << file
-              << ".\n";
+    say() << "The configuration of logger " << logger.Get_SerialNumber() << ". Written to " << file << ".\n";
 }
 
 /// What was edited, as label, former and new value; the checksum follows from the rest.
@@ -82,9 +81,8 @@ int runConfigShow(const CommonOptions& common, const ConfigOptions& options) {
     print({{"config", itemsJson(*logger)}});
     return Good;
   }
-  std::string text = engineering::configText(*logger, ": ");
-  std::erase(text, '\r');
-  std::cout << text;
+  for (const auto& [label, value] : engineering::configItems(*logger))
+    say() << label << ": " << value << '\n';
   return Good;
 }
 
@@ -125,12 +123,12 @@ int runConfigImport(const CommonOptions& common, const ConfigImportOptions& opti
     return Good;
   }
   for (const Json& change : list)
-    std::cout << change.at("item").get<std::string>() << ": " << change.at("from").get<std::string>()
-              << " -> " << change.at("to").get<std::string>() << '\n';
-  if (list.empty()) std::cout << "Nothing differs from the recording's own configuration.\n";
-  std::cout << "Written to " << options.Output.File;
-  if (!options.Image.File.empty()) std::cout << " and " << options.Image.File;
-  std::cout << "; no logger was changed.\n";
+    say() << change.at("item").get<std::string>() << ": " << change.at("from").get<std::string>() << " -> "
+          << change.at("to").get<std::string>() << '\n';
+  if (list.empty()) say() << "Nothing differs from the recording's own configuration.\n";
+  say() << "Written to " << options.Output.File;
+  if (!options.Image.File.empty()) say() << " and " << options.Image.File;
+  say() << "; no logger was changed.\n";
   return Good;
 }
 

@@ -1,5 +1,4 @@
 #include <cmath>
-#include <iostream>
 
 #include "commands.h"
 #include "json_output.h"
@@ -54,12 +53,12 @@ int runConfigure(const CommonOptions& common, const ConfigureOptions& options) {
            {"battery_life_remaining", code == 0 ? Json(roundedDays(battery)) : Json()},
            {"device_serial_number", code == 0 ? Json(serialNumber) : Json()}});
   else if (code == 0)
-    std::cout << "Logger " << serialNumber << " is configured for " << subject.Get_Identity()
-              << ". Battery: about " << std::lround(battery) << " days.\n";
+    say() << "Logger " << serialNumber << " is configured for " << subject.Get_Identity()
+          << ". Battery: about " << std::lround(battery) << " days.\n";
   else
-    std::cerr << "Code " << code << ": " << meaning << '\n';
+    complain() << "Code " << code << ": " << meaning << '\n';
   if (code == 0 && subject.Get_Gender().empty())
-    std::cerr << "Without a gender, retrieving ends with warning 10014 unless --ignore-warnings is given.\n";
+    complain() << "Without a gender, retrieving ends with warning 10014 unless --ignore-warnings is given.\n";
   return code == 0 ? Good : Unsuccessful;
 }
 

@@ -1,5 +1,4 @@
 #include <functional>
-#include <iostream>
 #include <map>
 #include <optional>
 #include <utility>
@@ -127,7 +126,7 @@ int refuse(const CommonOptions& common, const std::string& words) {
   if (common.AsJson)
     print(failureJson(hw::Failure(InvalidCall, "wristlog", words)));
   else
-    std::cerr << words << ".\n";
+    complain() << words << ".\n";
   return WrongUsage;
 }
 
@@ -139,7 +138,7 @@ int runConsole(const CommonOptions& common, const ConsoleOptions& options) {
     return refuse(common, "--out goes with --workflow retrieve");
   try {
     const Result result = watch(common, options);
-    (result.Code == 0 ? std::cout : std::cerr) << result.Words << '\n';
+    (result.Code == 0 ? say() : complain()) << result.Words << '\n';
     return result.Code == 0 ? Good : Unsuccessful;
   } catch (const NoTerminal& reason) {
     return refuse(common, reason.Words);

@@ -1,5 +1,3 @@
-#include <iostream>
-
 #include "commands.h"
 #include "counted.h"
 #include "json_output.h"
@@ -7,6 +5,7 @@
 #include "recording_files.h"
 #include "recording_world.h"
 #include "saved_recording.h"
+#include "say.h"
 #include "workflows/engineering.h"
 
 namespace wristlog {
@@ -33,11 +32,11 @@ int runDecode(const CommonOptions& common, const DecodeOptions& options) {
     print(recordingJson(*logger, result.Result, result.LowBattery));
     return Good;
   }
-  std::cout << wordsFor(result.Result) << ' ' << counted(logger->Get_Samples(), "epoch") << " of "
-            << counted(logger->Get_EpochLength(), "second") << ", from "
-            << engineering::isoDate(logger->Get_StartTimeGMT(), "Z") << ".\n";
-  for (const std::string& event : engineering::events(*logger).texts()) std::cout << event << '\n';
-  if (!options.Folder.empty()) std::cout << "Written to " << options.Folder << ".\n";
+  say() << wordsFor(result.Result) << ' ' << counted(logger->Get_Samples(), "epoch") << " of "
+        << counted(logger->Get_EpochLength(), "second") << ", from "
+        << engineering::isoDate(logger->Get_StartTimeGMT(), "Z") << ".\n";
+  for (const std::string& event : engineering::events(*logger).texts()) say() << event << '\n';
+  if (!options.Folder.empty()) say() << "Written to " << options.Folder << ".\n";
   return Good;
 }
 

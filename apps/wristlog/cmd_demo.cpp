@@ -2,7 +2,6 @@
 #include <array>
 #include <chrono>
 #include <cmath>
-#include <iostream>
 #include <vector>
 
 #include "commands.h"
@@ -39,7 +38,7 @@ hw::Class_Subject demoSubject() {
 }
 
 /// A line a local day, half an hour a column; the height of a block is the logarithm of the activity.
-void drawDays(std::ostream& out, const hw::Class_VardenLogger& logger) {
+void drawDays(const Speech& out, const hw::Class_VardenLogger& logger) {
   constexpr std::array Blocks{" ", "▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
   struct Column {
     double Sum = 0;
@@ -96,7 +95,7 @@ class Demo {
  private:
   void say(const std::string& text) {
     session_.endProgress();
-    if (!session_.asJson()) std::cout << text << '\n';
+    if (!session_.asJson()) wristlog::say() << text << '\n';
   }
 
   /// Raises what ends the demo: a step's code other than 0.
@@ -150,7 +149,7 @@ class Demo {
         std::to_string(std::lround(elapsed)) +
         " simulated seconds: " + std::to_string(logger->Get_Samples()) + " epochs, " +
         std::to_string(logger->Get_MarkerCount()) + " markers. " + wordsFor(result));
-    drawDays(std::cout, *logger);
+    drawDays(wristlog::say(), *logger);
     say("Written:");
     for (const std::string& path : files_.paths()) say("  " + path);
     say("Look at it: " + folder_ + "/report.html in a browser, or " + folder_ + "/actogram.svg");

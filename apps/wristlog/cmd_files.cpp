@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <iostream>
 #include <system_error>
 
 #include "file_commands.h"
@@ -41,14 +40,14 @@ int writeFile(const CommonOptions& common, const RecordingFileOptions& options, 
       engineering::naming(options.Place.raw(), [&] { words = save(*logger, document); });
     } catch (const hw::Failure&) {
       if (!stoodBefore && isThere(options.Output.File))
-        std::cerr << options.Output.File << " is not whole: it ends where the failure came.\n";
+        complain() << options.Output.File << " is not whole: it ends where the failure came.\n";
       throw;
     }
   }
   if (session.asJson())
     print(document);
   else
-    std::cout << words << "Written to " << options.Output.File << ".\n";
+    say() << words << "Written to " << options.Output.File << ".\n";
   return Good;
 }
 
@@ -76,9 +75,9 @@ int runRawLoad(const CommonOptions& common, const RawLoadOptions& options) {
   if (session.asJson())
     print({{"file", options.Output.File}, {"recorded_bytes", raw.size()}});
   else
-    std::cout << raw.size() << " bytes. Written to " << options.Output.File
-              << ". Decoding them needs the configuration too: 'wristlog decode --config CONFIG.ini --raw "
-              << options.Output.File << "'.\n";
+    say() << raw.size() << " bytes. Written to " << options.Output.File
+          << ". Decoding them needs the configuration too: 'wristlog decode --config CONFIG.ini --raw "
+          << options.Output.File << "'.\n";
   return Good;
 }
 
@@ -98,7 +97,7 @@ int runLightTest(const CommonOptions& common, const RecordingFileOptions& option
     const bool kestrin2 = logger.Get_DeviceType() == hw::KR_TOLKA;
     document["kestrin2"] = kestrin2;
     if (!kestrin2)
-      std::cerr << "The logger is no Kestrin 2, whose light test this is; the readings mean nothing.\n";
+      complain() << "The logger is no Kestrin 2, whose light test this is; the readings mean nothing.\n";
     return bytesOf(logger);
   });
 }
@@ -109,7 +108,7 @@ int runActivityOnly(const CommonOptions& common, const RecordingFileOptions& opt
     const bool activityOnly = logger.Get_AcquisitionMode() == hw::VardenMode_ActivityOnly;
     document["activity_only"] = activityOnly;
     if (!activityOnly)
-      std::cerr
+      complain()
           << "The recording holds more than activity; the file counts every byte of it as activity. Its "
              "start may be a false one found among the samples: what stands before it is missing.\n";
     return bytesOf(logger);

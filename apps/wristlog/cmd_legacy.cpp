@@ -1,6 +1,4 @@
 #include <cmath>
-#include <iostream>
-#include <sstream>
 
 #include "counted.h"
 #include "hy_wristlog/host.h"
@@ -52,8 +50,9 @@ int runLegacyFindPort(const CommonOptions& common) {
   std::int16_t port = 0;
   std::string text;
   const std::int32_t code = session.workflows().SearchAndSetLegacyCOMport(port, text);
-  return session.end(code, {{"com_port", port > 0 ? Json(port) : Json()}},
-                     "The Pendreader is on COM" + text + ", which is remembered.\n");
+  return session.end(code, {{"com_port", port > 0 ? Json(port) : Json()}}, [&](const Speech& out) {
+    out << "The Pendreader is on COM" << text << ", which is remembered.\n";
+  });
 }
 
 int runLegacyStatus(const CommonOptions& common, const ReaderOptions& reader) {
@@ -61,7 +60,7 @@ int runLegacyStatus(const CommonOptions& common, const ReaderOptions& reader) {
   const std::int32_t code = session.workflows().ReadLegacySetup(reader.Search);
   const hw::LegacyDetails details = session.workflows().Details();
   const bool wasRead = !details.SetupText.empty(), hasSize = details.MemorySizeKB > 0;
-  if (!session.asJson() && code != 0 && wasRead) std::cerr << details.SetupText;
+  if (!session.asJson() && code != 0 && wasRead) (complain() << "  ").lines(details.SetupText, "  ");
   const std::int16_t port = session.main().Get_LegacyCOMport();
   const auto ifRead = [&](const Json& fact) { return wasRead ? fact : Json(); };
   Json facts{{"com_port", port > 0 ? Json(port) : Json()},
@@ -73,7 +72,7 @@ int runLegacyStatus(const CommonOptions& common, const ReaderOptions& reader) {
              {"problems", wasRead ? Json(problemsOf(session.logger(), details)) : Json::array()},
              {"logger", wasRead ? loggerJson(session.logger()) : Json()},
              {"setup_text", details.SetupText}};
-  return session.end(code, facts, code == 0 ? statusWords(session.logger(), details) : "");
+  return session.end(code, facts, [&](const Speech& out) { tellStatus(out, session.logger(), details); });
 }
 
 int runLegacyConfigure(const CommonOptions& common, const ReaderOptions& reader,
@@ -96,19 +95,22 @@ int runLegacyConfigure(const CommonOptions& common, const ReaderOptions& reader,
   const bool hasBattery = good && hasBatteryDate(session.logger());
   const bool countsNone = good && options.Mode == hw::PD_Mode_ActivityAndSteps &&
                           session.workflows().Details().DeviceType != hw::KR_PENDREL_CRC_STEPS;
-  std::ostringstream words;
-  words << "Logger " << serialNumber << " is configured for " << subject.Get_Identity() << " and starts at "
-        << startText << ". "
-        << (hasBattery ? "Battery: about " + counted(std::lround(battery), "day") + ".\n"
-                       : "The date of its battery is unknown: see battery-date.\n");
+  const auto words = [&](const Speech& out) {
+    out << "Logger " << serialNumber << " is configured for " << subject.Get_Identity() << " and starts at "
+        << startText << ". ";
+    if (hasBattery)
+      out << "Battery: about " << counted(std::lround(battery), "day") << ".\n";
+    else
+      out << "The date of its battery is unknown: see battery-date.\n";
+  };
   const int status = session.end(
       code,
       {{"battery_life_remaining", hasBattery ? Json(roundedDays(battery)) : Json()},
        {"device_serial_number", good ? Json(serialNumber) : Json()},
        {"start_time_local", good ? Json(startText) : Json()},
        {"records_steps", good ? Json(options.Mode == hw::PD_Mode_ActivityAndSteps && !countsNone) : Json()}},
-      words.str(), session.workflows().Details().SetupTouched ? HalfConfigured : Unchanged);
-  if (countsNone) std::cerr << "This model counts no steps: it records activity alone.\n";
+      words, session.workflows().Details().SetupTouched ? HalfConfigured : Unchanged);
+  if (countsNone) complain() << "This model counts no steps: it records activity alone.\n";
   return status;
 }
 
@@ -118,12 +120,15 @@ int runLegacyBatteryDate(const CommonOptions& common, const ReaderOptions& reade
   const std::int32_t code = session.workflows().UpdateBatteryDate(digits, reader.Search);
   const std::string day = engineering::isoDate(session.logger().Get_BatteryDate()).substr(0, 10);
   const float days = session.logger().Get_BattLifeRemaining();
-  return session.end(code,
-                     {{"battery_date", code == 0 ? Json(day) : Json()},
-                      {"battery_life_remaining", code == 0 ? Json(roundedDays(days)) : Json()}},
-                     "Logger " + session.logger().Get_SerialNumber() + " has a battery of " + day +
-                         ": about " + counted(std::lround(days), "day") + " left.\n",
-                     session.logger().Get_SerialNumber().empty() ? "" : DateUnsure);
+  return session.end(
+      code,
+      {{"battery_date", code == 0 ? Json(day) : Json()},
+       {"battery_life_remaining", code == 0 ? Json(roundedDays(days)) : Json()}},
+      [&](const Speech& out) {
+        out << "Logger " << session.logger().Get_SerialNumber() << " has a battery of " << day << ": about "
+            << counted(std::lround(days), "day") << " left.\n";
+      },
+      session.logger().Get_SerialNumber().empty() ? "" : DateUnsure);
 }
 
 }  // namespace wristlog

@@ -1,5 +1,3 @@
-#include <iostream>
-#include <sstream>
 
 #include "counted.h"
 #include "hy_wristlog/failure.h"
@@ -71,21 +69,22 @@ bool drawPictures(const RecordingFiles& files, const hw::Class_Pendrel& logger, 
     files.writePictures(plottedRecording(logger, model));
     return true;
   } catch (const hw::Failure& failure) {
-    std::cerr << wordsFor({failure.Number, failure.Source,
-                           failure.Description +
-                               ". Only the pictures are missing: the recording's other files are written"})
-              << '\n';
+    complain() << wordsFor({failure.Number, failure.Source,
+                            failure.Description +
+                                ". Only the pictures are missing: the recording's other files are written"})
+               << '\n';
     return false;
   }
 }
 
-std::string retrievedWords(const hw::Class_Pendrel& logger) {
-  if (logger.Get_BytesUsed() < 1) return "The logger has recorded nothing yet; its one value is none.\n";
-  std::ostringstream words;
-  words << counted(logger.Get_Samples(), "epoch") << " of " << counted(logger.Get_EpochLength(), "second")
+void tellRetrieved(const Speech& out, const hw::Class_Pendrel& logger, const std::string& place) {
+  if (logger.Get_BytesUsed() < 1)
+    out << "The logger has recorded nothing yet; its one value is none.\n";
+  else
+    out << counted(logger.Get_Samples(), "epoch") << " of " << counted(logger.Get_EpochLength(), "second")
         << ", " << counted(logger.Get_MarkerCount(), "marker") << ", from logger "
         << logger.Get_SerialNumber() << ".\n";
-  return words.str();
+  out << "Written to " << place << ".\n";
 }
 
 }  // namespace
@@ -108,20 +107,20 @@ int runLegacyRetrieve(const CommonOptions& common, const ReaderOptions& reader,
       good && hasBatteryDate(session.logger()) ? Json(roundedDays(result.BatteryLife)) : Json();
   facts["logger"] = good ? loggerJson(session.logger()) : Json();
   facts["subject"] = good ? subjectJson(result.Subject) : Json();
-  const int status =
-      session.end(result.Code, facts,
-                  retrievedWords(session.logger()) + "Written to " + options.Folder + ".\n", Unchanged);
+  const int status = session.end(
+      result.Code, facts, [&](const Speech& out) { tellRetrieved(out, session.logger(), options.Folder); },
+      Unchanged);
   if (good) return drawn ? status : Unsuccessful;
   if (!details.Memory.empty())
-    std::cerr << "What was read of the memory, " << details.Memory.size() << " bytes, is in "
-              << options.Folder << "/raw.bin.\n";
+    complain() << "What was read of the memory, " << details.Memory.size() << " bytes, is in "
+               << options.Folder << "/raw.bin.\n";
   const std::string traffic =
       session.traffic().empty() ? "Nothing came from the logger.\n" : session.traffic();
-  std::cerr << "What passed on the link is in "
-            << files.writeSessionLog("wristlog " + session.main().Get_Version() + ", legacy retrieve, code " +
-                                     std::to_string(result.Code) + ": " + session.meaningOf(result.Code) +
-                                     "\n\n" + traffic)
-            << "; send it along when you ask for help.\n";
+  complain() << "What passed on the link is in "
+             << files.writeSessionLog("wristlog " + session.main().Get_Version() +
+                                      ", legacy retrieve, code " + std::to_string(result.Code) + ": " +
+                                      session.meaningOf(result.Code) + "\n\n" + traffic)
+             << "; send it along when you ask for help.\n";
   return status;
 }
 
@@ -131,8 +130,9 @@ int runLegacyExport(const CommonOptions& common, const ReaderOptions& reader,
   LegacySession session(common, reader);
   std::int32_t code = retrieve(session, reader.Search, options.Repair).Code;
   if (code == 0) code = session.workflows().fncWriteKRCfile(options.File);
-  return session.end(code, {{"file", code == 0 ? Json(options.File) : Json()}},
-                     retrievedWords(session.logger()) + "Written to " + options.File + ".\n", Unchanged);
+  return session.end(
+      code, {{"file", code == 0 ? Json(options.File) : Json()}},
+      [&](const Speech& out) { tellRetrieved(out, session.logger(), options.File); }, Unchanged);
 }
 
 }  // namespace wristlog

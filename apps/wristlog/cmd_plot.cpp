@@ -1,5 +1,4 @@
 #include <array>
-#include <iostream>
 
 #include "commands.h"
 #include "hy_wristlog/failure.h"
@@ -61,9 +60,9 @@ int runPlot(const CommonOptions& common, const PlotOptions& options) {
     print({{"written", files.paths()}, {"facts", facts}, {"findings", findings}});
     return Good;
   }
-  for (const std::string& finding : findings) std::cout << finding << '\n';
-  std::cout << "Written:\n";
-  for (const std::string& path : files.paths()) std::cout << "  " << path << '\n';
+  for (const std::string& finding : findings) say() << finding << '\n';
+  say() << "Written:\n";
+  for (const std::string& path : files.paths()) say() << "  " << path << '\n';
   return Good;
 }
 

@@ -1,4 +1,3 @@
-#include <iostream>
 #include <optional>
 
 #include "commands.h"
@@ -8,6 +7,7 @@
 #include "process.h"
 #include "recording_files.h"
 #include "retrieved_recording.h"
+#include "say.h"
 
 namespace wristlog {
 
@@ -50,17 +50,17 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
       files.writePictures(recording.decode());
     } catch (const hw::Failure& failure) {
       drawn = false;
-      std::cerr << wordsFor(failure) << '\n';
+      complain() << wordsFor(failure) << '\n';
     }
   }
   hw::Class_VardenLogger& shown = recording.isSound() ? *recording.decode().Logger : *logger;
   const int status = code == 0 && drawn ? Good : Unsuccessful;
   if (code != 0 && !session.traffic().empty())
-    std::cerr << "What passed on the link is in "
-              << files.writeSessionLog("wristlog " + session.main().Get_Version() + ", retrieve --model " +
-                                       options.Model + ", code " + std::to_string(code) + ": " + meaning +
-                                       "\n\n" + session.traffic())
-              << "; send it along when you ask for help.\n";
+    complain() << "What passed on the link is in "
+               << files.writeSessionLog("wristlog " + session.main().Get_Version() + ", retrieve --model " +
+                                        options.Model + ", code " + std::to_string(code) + ": " + meaning +
+                                        "\n\n" + session.traffic())
+               << "; send it along when you ask for help.\n";
 
   if (session.asJson()) {
     Json document = recordingJson(shown, verdict, lowBattery);
@@ -74,7 +74,7 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
     print(document);
     return status;
   }
-  std::ostream& out = code == 0 ? std::cout : std::cerr;
+  const Speech out = code == 0 ? say() : complain();
   if (code != 0) out << "Code " << code << ": " << meaning << '\n';
   if (verdict)
     out << wordsFor(*verdict) << ' ' << counted(shown.Get_Samples(), "epoch") << " of "

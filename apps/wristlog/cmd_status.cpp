@@ -1,5 +1,4 @@
 #include <cmath>
-#include <iostream>
 #include <limits>
 
 #include "commands.h"
@@ -15,6 +14,8 @@ namespace engineering = hy_wristlog::engineering;
 
 namespace {
 
+constexpr std::int32_t Aborted = 10013;
+
 struct Status {
   std::int32_t Code = 0;
   std::string Simple, Long;
@@ -28,6 +29,7 @@ Status askStatus(Session& session, hw::enmLoggerPointer model) {
   status.Code = session.main().GetStatus(model, status.Simple, status.Long, status.Logger, status.Subject,
                                          &status.BatteryLife);
   session.endProgress();
+  if (interruptRequested()) status.Code = Aborted;
   return status;
 }
 
@@ -39,17 +41,17 @@ bool wasRead(const Status& status) {
 Json batteryJson(float days) { return std::isnan(days) ? Json() : Json(roundedDays(days)); }
 
 void printDock(const engineering::DockView& dock, const std::string& state) {
-  std::cout << dock.Words << ": ";
+  say() << dock.Words << ": ";
   if (dock.Connected == 0)
-    std::cout << "no dock\n";
+    say() << "no dock\n";
   else if (dock.Connected > 1)
-    std::cout << dock.Connected << " docks; leave one connected\n";
+    say() << dock.Connected << " docks; leave one connected\n";
   else if (dock.Port == 0)
-    std::cout << "a dock without a COM port\n";
+    say() << "a dock without a COM port\n";
   else
-    std::cout << "dock on COM" << dock.Port << ", " << state << '\n';
+    say() << "dock on COM" << dock.Port << ", " << state << '\n';
   const std::string trouble = portTroubleOf(dock.Model);
-  if (!trouble.empty()) std::cout << "  " << trouble << '\n';
+  if (!trouble.empty()) say() << "  " << trouble << '\n';
 }
 
 }  // namespace
@@ -67,21 +69,22 @@ int runStatus(const CommonOptions& common, const std::string& model) {
     print(document);
     return status.Code == 0 ? Good : Unsuccessful;
   }
+  requireNotStopped();
   if (status.Code != 0) {
-    std::cerr << "Code " << status.Code << ": " << explanationOf(status.Code, modelFromName(model)) << '\n';
+    complain() << "Code " << status.Code << ": " << explanationOf(status.Code, modelFromName(model)) << '\n';
     return Unsuccessful;
   }
-  std::cout << status.Simple << '\n';
-  if (status.Long != status.Simple) std::cout << status.Long << '\n';
+  say() << status.Simple << '\n';
+  if (status.Long != status.Simple) say() << status.Long << '\n';
   const std::string trouble = wasRead(status) ? std::string() : portTroubleOf(modelFromName(model));
-  if (!trouble.empty()) std::cout << trouble << '\n';
+  if (!trouble.empty()) say() << trouble << '\n';
   if (wasRead(status)) {
-    std::cout << "Logger " << status.Logger->Get_SerialNumber() << ", firmware "
-              << status.Logger->Get_FirmwareVersion() << ", " << status.Logger->Get_BytesUsed()
-              << " bytes recorded\n"
-              << engineering::batteryWords(*status.Logger) << '\n';
+    say() << "Logger " << status.Logger->Get_SerialNumber() << ", firmware "
+          << status.Logger->Get_FirmwareVersion() << ", " << status.Logger->Get_BytesUsed()
+          << " bytes recorded\n"
+          << engineering::batteryWords(*status.Logger) << '\n';
     if (!status.Subject->Get_Identity().empty())
-      std::cout << "Worn by " << status.Subject->Get_Identity() << '\n';
+      say() << "Worn by " << status.Subject->Get_Identity() << '\n';
   }
   return Good;
 }
@@ -93,8 +96,8 @@ int runDocks(const CommonOptions& common) {
   for (const engineering::DockView& dock : engineering::docks()) {
     std::string state;
     anyDock = anyDock || dock.Connected > 0;
-    if (interruptRequested()) return Unsuccessful;
     if (dock.Connected == 1 && dock.Port > 0) state = askStatus(session, dock.Model).Simple;
+    requireNotStopped();
     if (session.asJson())
       list.push_back({{"model", dock.Words},
                       {"connected", dock.Connected},
@@ -106,8 +109,8 @@ int runDocks(const CommonOptions& common) {
   if (session.asJson())
     print({{"docks", list}});
   else if (!anyDock)
-    std::cout << "Connect a dock by USB. A device that is no USB dock can be declared in "
-              << engineering::declaredDocksFile() << ".\n";
+    say() << "Connect a dock by USB. A device that is no USB dock can be declared in "
+          << engineering::declaredDocksFile() << ".\n";
   return Good;
 }
 

@@ -1,5 +1,3 @@
-#include <iostream>
-
 #include "commands.h"
 #include "json_output.h"
 #include "workflows/engineering.h"
@@ -26,8 +24,8 @@ int runZones(const CommonOptions& common) {
     return Good;
   }
   for (const auto& zone : zones)
-    std::cout << (zone.Local ? "* " : "  ") << zone.Abbreviation << "  " << zone.DisplayName
-              << (zone.DaylightNow ? " (daylight time now)" : "") << '\n';
+    say() << (zone.Local ? "* " : "  ") << zone.Abbreviation << "  " << zone.DisplayName
+          << (zone.DaylightNow ? " (daylight time now)" : "") << '\n';
   return Good;
 }
 

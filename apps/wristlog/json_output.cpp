@@ -3,7 +3,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
-#include <iostream>
 #include <type_traits>
 
 #include "meanings.h"
@@ -177,7 +176,7 @@ Json failureJson(const hw::Failure& failure) {
 }
 
 void print(const Json& document) {
-  std::cout << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n' << std::flush;
+  printDocument(document.dump(2, ' ', false, Json::error_handler_t::replace));
 }
 
 }  // namespace wristlog

@@ -1,7 +1,5 @@
 #include "legacy_session.h"
 
-#include <iostream>
-
 #include "hy_wristlog/failure.h"
 #include "json_output.h"
 #include "meanings.h"
@@ -22,8 +20,7 @@ std::string LegacySession::meaningOf(std::int32_t code) {
   return legacyExplanationOf(code, session_.main().Get_LegacyCOMport());
 }
 
-int LegacySession::end(std::int32_t code, const Json& facts, const std::string& words,
-                       const char* whenFailed) {
+int LegacySession::end(std::int32_t code, const Json& facts, const Words& words, const char* whenFailed) {
   session_.endProgress();
   const std::string meaning = meaningOf(code) + (code == 0 ? "" : whenFailed);
   if (asJson()) {
@@ -31,9 +28,9 @@ int LegacySession::end(std::int32_t code, const Json& facts, const std::string& 
     document.update(facts);
     print(document);
   } else if (code == 0) {
-    std::cout << words;
+    words(say());
   } else {
-    std::cerr << "Code " << code << ": " << meaning << '\n';
+    complain() << "Code " << code << ": " << meaning << '\n';
   }
   return code == 0 ? Good : Unsuccessful;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "legacy_commands.h"
@@ -26,9 +27,11 @@ class LegacySession {
   void showProgress(const std::string& text) { session_.showProgress(text); }
 
   std::string meaningOf(std::int32_t code);
+  /// What a good run says in words.
+  using Words = std::function<void(const Speech&)>;
   /// Prints the code with its meaning, and the facts as JSON or, when it is good, the words. Returns the exit
   /// status. `whenFailed` goes on behind the meaning of another code: what became of the logger.
-  int end(std::int32_t code, const Json& facts, const std::string& words, const char* whenFailed = "");
+  int end(std::int32_t code, const Json& facts, const Words& words, const char* whenFailed = "");
 
  private:
   Session session_;

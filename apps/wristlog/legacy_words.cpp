@@ -86,18 +86,16 @@ std::vector<std::string> problemsOf(const hw::Class_Pendrel& logger, const hw::L
   return problems;
 }
 
-std::string statusWords(const hw::Class_Pendrel& logger, const hw::LegacyDetails& details) {
-  std::ostringstream words;
-  words << details.DeviceText << ' ' << logger.Get_SerialNumber() << ", firmware "
-        << std::to_string(logger.Get_FirmwareVersion()) << '\n'
-        << recordingWords(logger) << '\n'
-        << memoryWords(logger, details) << '\n';
+void tellStatus(const Speech& out, const hw::Class_Pendrel& logger, const hw::LegacyDetails& details) {
+  out << details.DeviceText << ' ' << logger.Get_SerialNumber() << ", firmware "
+      << std::to_string(logger.Get_FirmwareVersion()) << '\n'
+      << recordingWords(logger) << '\n'
+      << memoryWords(logger, details) << '\n';
   if (hasBatteryDate(logger))
-    words << "Battery of " << dayOf(logger.Get_BatteryDate()) << ", about "
-          << counted(std::lround(logger.Get_BattLifeRemaining()), "day") << " left\n";
-  if (logger.Get_SubjectIdentity() > " ") words << "Worn by " << logger.Get_SubjectIdentity() << '\n';
-  for (const std::string& problem : problemsOf(logger, details)) words << "! " << problem << '\n';
-  return words.str();
+    out << "Battery of " << dayOf(logger.Get_BatteryDate()) << ", about "
+        << counted(std::lround(logger.Get_BattLifeRemaining()), "day") << " left\n";
+  if (logger.Get_SubjectIdentity() > " ") out << "Worn by " << logger.Get_SubjectIdentity() << '\n';
+  for (const std::string& problem : problemsOf(logger, details)) out << "! " << problem << '\n';
 }
 
 }  // namespace wristlog

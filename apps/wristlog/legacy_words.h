@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "hy_wristlog/Class_Pendrel.h"
+#include "say.h"
 #include "workflows/legacy.h"
 
 namespace wristlog {
@@ -12,7 +13,8 @@ namespace wristlog {
 bool hasBatteryDate(const hy_wristlog::Class_Pendrel& logger);
 
 /// What a logger is, what it holds and what is wrong with it, in lines.
-std::string statusWords(const hy_wristlog::Class_Pendrel& logger, const hy_wristlog::LegacyDetails& details);
+void tellStatus(const Speech& out, const hy_wristlog::Class_Pendrel& logger,
+                const hy_wristlog::LegacyDetails& details);
 
 /// What stands in the way of a good recording or of retrieving it, a sentence each.
 std::vector<std::string> problemsOf(const hy_wristlog::Class_Pendrel& logger,

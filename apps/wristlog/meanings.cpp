@@ -16,7 +16,8 @@ struct Meaning {
 constexpr std::array<Meaning, 52> Meanings{{
     {0, "Success."},
     {6,
-     "A number came that does not fit its place: damaged on the way, or by the logger. Try again; if it comes "
+     "A number came that does not fit its place: damaged on the way, or by the logger. Try again; if it "
+     "comes "
      "again, see 'wristlog config show' for a value that cannot be."},
     {9,
      "The recording does not fit the logger's configuration. Try 'decode --diagnostic' on the saved bytes."},

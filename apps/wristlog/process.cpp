@@ -5,7 +5,8 @@
 #include <unistd.h>
 
 #include <initializer_list>
-#include <iostream>
+
+#include "say.h"
 
 namespace wristlog {
 namespace {
@@ -35,9 +36,8 @@ void prepareStandardStreams() {
 }
 
 bool standardOutputIsWhole() {
-  std::cout.flush();
-  if (std::cout) return true;
-  if (!isPipe(STDOUT_FILENO)) std::cerr << "Standard output could not be written to the end.\n";
+  if (flushStandardOutput()) return true;
+  if (!isPipe(STDOUT_FILENO)) complain() << "Standard output could not be written to the end.\n";
   return false;
 }
 

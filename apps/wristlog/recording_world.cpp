@@ -1,13 +1,12 @@
 #include "recording_world.h"
 
 #include <charconv>
-#include <iostream>
 #include <utility>
 
 #include "hy_wristlog/failure.h"
 #include "hy_wristlog/host.h"
 #include "platform/wrapped_platform.h"
-#include "safe_text.h"
+#include "say.h"
 #include "workflows/engineering.h"
 
 namespace wristlog {
@@ -81,7 +80,7 @@ class BoxesOnStandardError : public hy_wristlog::Host {
  public:
   hy_wristlog::MessageBoxButton showMessageBox(std::string_view title, std::string_view text,
                                                std::int32_t buttons) override {
-    std::cerr << safeText(text) << '\n';
+    complain().lines(text, "  ");
     return Host::showMessageBox(title, text, buttons);
   }
 };

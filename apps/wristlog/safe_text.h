@@ -15,4 +15,8 @@ std::string utf8Of(std::u16string_view characters);
 /// The same as UTF-8.
 inline std::string safeText(std::string_view utf8) { return utf8Of(visibleCharacters(utf8)); }
 
+/// Text in a line of words, of any script. What could command a terminal, begin a line or turn the writing
+/// direction is shown as above, line ends too.
+std::string safeLine(std::string_view utf8);
+
 }  // namespace wristlog

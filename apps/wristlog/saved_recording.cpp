@@ -1,9 +1,8 @@
 #include "saved_recording.h"
 
-#include <iostream>
-
 #include "hy_wristlog/failure.h"
 #include "recording_world.h"
+#include "say.h"
 #include "workflows/engineering_files.h"
 
 namespace wristlog {
@@ -35,7 +34,7 @@ engineering::SavedRecording readRecording(const RecordingPlace& place) {
                       words +
                           ". A transfer that ended early is retrieved again; --unchecked takes the bytes as "
                           "they are");
-  std::cerr << "Warning: " << words << ". The bytes are taken as they are.\n";
+  complain() << "Warning: " << words << ". The bytes are taken as they are.\n";
   return recording;
 }
 

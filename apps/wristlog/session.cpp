@@ -2,6 +2,8 @@
 
 #include <chrono>
 
+#include "hy_wristlog/failure.h"
+#include "process.h"
 #include "terminal_host.h"
 
 namespace wristlog {
@@ -75,6 +77,11 @@ std::optional<std::int16_t> Session::simulatedPort() const {
 void Session::showProgress(const std::string& text) { host_->showProgress(text); }
 
 void Session::endProgress() { host_->endProgress(); }
+
+void requireNotStopped() {
+  constexpr std::int32_t Aborted = 10013;
+  if (interruptRequested()) throw hy_wristlog::Failure(Aborted, "wristlog", "Stopped. Nothing was changed");
+}
 
 hy_wristlog::enmLoggerPointer modelFromName(const std::string& name) {
   return name == "vivid" ? hy_wristlog::LggrPntr_KRVivid : hy_wristlog::LggrPntr_KRII;

@@ -8,6 +8,7 @@
 
 #include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/enumerations.h"
+#include "say.h"
 #include "simulator/bench.h"
 
 namespace wristlog {
@@ -54,6 +55,9 @@ class Session {
   std::shared_ptr<TerminalHost> host_;
   std::unique_ptr<hy_wristlog::Class_Main> main_;
 };
+
+/// Raises 10013 when the user has asked to stop an inquiry, which leaves a logger as it was.
+void requireNotStopped();
 
 /// The bench of `--simulate`: a docked logger that has been worn for some days.
 hy_wristlog::simulator::DockBench makeWornBench(const std::string& model);

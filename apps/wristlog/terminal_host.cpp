@@ -3,11 +3,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <iostream>
 
 #include "clipboard.h"
 #include "process.h"
 #include "safe_text.h"
+#include "say.h"
 
 namespace wristlog {
 namespace {
@@ -38,16 +38,14 @@ void TerminalHost::serveEvents() {
   if (stopAnnounced_) return;
   stopAnnounced_ = true;
   endProgress();
-  std::cerr << "Stopping, and leaving the logger in order. Ctrl-C again ends at once.\n";
+  complain() << "Stopping, and leaving the logger in order. Ctrl-C again ends at once.\n";
 }
 
 hy_wristlog::MessageBoxButton TerminalHost::showMessageBox(std::string_view title, std::string_view text,
                                                            std::int32_t buttons) {
   if (buttons == static_cast<std::int32_t>(hy_wristlog::MessageBoxButton::Ok)) {
     endProgress();
-    std::string shown(text);
-    std::erase(shown, '\r');
-    std::cerr << shown << '\n';
+    complain().lines(text, "  ");
   }
   return Host::showMessageBox(title, text, buttons);
 }
@@ -67,25 +65,25 @@ void TerminalHost::downloadProgress(std::int32_t bytesSoFar, std::int32_t bytesE
 void TerminalHost::showProgress(const std::string& text) {
   if (options_.KeepTraffic) keep("\n-- " + text + "\n");
   if (!showProgress_ || stopAnnounced_) return;
-  std::cerr << "\r\033[K" << text << std::flush;
+  complain() << "\r\033[K" << text;
+  complain().flush();
   progressShown_ = true;
 }
 
 void TerminalHost::endProgress() {
-  if (progressShown_) std::cerr << "\r\033[K" << std::flush;
+  if (progressShown_) complain() << "\r\033[K";
+  complain().flush();
   progressShown_ = false;
 }
 
 void TerminalHost::append(std::string_view text) {
-  const std::string shown = safeText(text);
-  if (options_.ShowConsole) std::cerr << shown << std::flush;
-  if (options_.KeepTraffic) keep(shown);
+  if (options_.ShowConsole) complain().traffic(text).flush();
+  if (options_.KeepTraffic) keep(safeText(text));
 }
 
 void TerminalHost::showLastError(std::string_view text) {
-  const std::string shown = "\nLast error: " + safeText(text) + "\n";
-  if (options_.ShowConsole) std::cerr << shown;
-  if (options_.KeepTraffic) keep(shown);
+  if (options_.ShowConsole) complain() << "\nLast error: " << text << "\n";
+  if (options_.KeepTraffic) keep("\nLast error: " + safeLine(text) + "\n");
 }
 
 void TerminalHost::copyToClipboard(std::string_view text) {

@@ -256,12 +256,6 @@ void saveActivityOnly(Class_VardenLogger& logger, const std::string& path) {
 
 ConfigItems configItems(const Class_VardenLogger& logger) { return configInWords(logger.inside().record); }
 
-std::string configText(Class_VardenLogger& logger, std::string_view separator) {
-  std::string text;
-  anew([&] { text = logger.inside().fncConfigToString(separator); });
-  return text;
-}
-
 void saveConfigIni(Class_VardenLogger& logger, const std::string& path, const std::string& recordingIni) {
   const std::string recording = recordingIni.empty() ? std::string() : iniTextOf(recordingIni);
   restoring(path, [&] {

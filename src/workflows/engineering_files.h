@@ -83,8 +83,6 @@ HY_WRISTLOG_API void saveActivityOnly(Class_VardenLogger& logger, const std::str
 /// Labels and values of the configuration, enumerations in words.
 HY_WRISTLOG_API std::vector<std::pair<std::string, std::string>> configItems(
     const Class_VardenLogger& logger);
-/// A line an item: label, separator, value, CR LF.
-HY_WRISTLOG_API std::string configText(Class_VardenLogger& logger, std::string_view separator);
 /// The configuration as an INI file that can be edited, with the block as it was read. Other lines of an
 /// existing file stay, but for what it tells of a recording: that is taken from the file `recordingIni`, none
 /// for an empty name.

@@ -3,6 +3,8 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <chrono>
+
 #include "apps/sandbox.h"
 
 TEST(Session, ConfigureTellsWhatBecameOfIt) {
@@ -11,7 +13,8 @@ TEST(Session, ConfigureTellsWhatBecameOfIt) {
   const std::pair<const char*, int> cases[] = {
       {"--gender F --identity 'Zoë Ünal' --initials ÅÄÖ --weight 72.25 --dob 1950-02-28 --zone est", 0},
       {"--gender ' ' --identity ' blanks around ' --start '2026-03-06 10:00' --end 2026-03-20 --console", 0},
-      {"--start 2026-03-20 --end 2026-03-06", 10023}};
+      {"--start 2026-03-20 --end 2026-03-06", 10023},
+      {"--zone XYZ", 10019}};
   for (const auto& [options, code] : cases) {
     SCOPED_TRACE(options);
     const Outcome outcome = box.run(simulated + options);
@@ -40,6 +43,16 @@ TEST(Session, ASilentLoggerAndARequestToStopEndInWords) {
   EXPECT_EQ(Json::parse(stopped.Out).at("return_code"), 10013);
   EXPECT_NE(stopped.Err.find("stopped/session.log"), std::string::npos) << stopped.Err;
   EXPECT_NE(box.content("stopped/session.log").find("10013"), std::string::npos);
+
+  const auto before = std::chrono::steady_clock::now();
+  for (const std::string command : {"status", "config show"}) {
+    const Outcome outcome =
+        box.run(command + " --model vivid", "& program=$!; sleep 1; kill -TERM $program; wait $program");
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_NE(outcome.Err.find("Stopped. Nothing was changed. (failure 10013)"), std::string::npos)
+        << outcome.Err;
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(10));
 
   const Outcome twice = box.run("retrieve --model vivid --out twice",
                                 "& program=$!; sleep 1; kill -TERM $program; sleep 0.3; kill -TERM $program; "
