@@ -140,7 +140,7 @@ StatusTexts abortedTexts() { return {"Aborted", "The inquiry was aborted; the lo
 
 /// One inquiry. The flags stay set from the first pass to the second, so a second pass never makes a failure
 /// of the first one good.
-class Inquiry : private platform::EventSource {
+class Inquiry final : private platform::EventSource {
  public:
   Inquiry(Procedure& procedure, MainState& state)
       : procedure_(procedure), state_(state), logger_(state.logger()) {

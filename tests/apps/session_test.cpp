@@ -52,7 +52,7 @@ TEST(Session, ASilentLoggerAndARequestToStopEndInWords) {
     EXPECT_NE(outcome.Err.find("Stopped. Nothing was changed. (failure 10013)"), std::string::npos)
         << outcome.Err;
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(10));
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(25));
 
   const Outcome twice = box.run("retrieve --model vivid --out twice",
                                 "& program=$!; sleep 1; kill -TERM $program; sleep 0.3; kill -TERM $program; "

@@ -60,7 +60,6 @@ TEST(DeviceTree, ListsTheDevicesOfBothClasses) {
   tree.addTerminal("ttyUSB10", "1-10");
   tree.addTerminal("ttyUSB9", "1-10");
   tree.addTerminal("ttyXYZ0", "1-10");
-  tree.files_.put("devices/platform/serial8250/driver_override", "");
   tree.files_.link("class/tty/ttyS0", "../../devices/platform/serial8250");
   tree.files_.link("devices/platform/serial8250/device", "../serial8250");
   const std::string dock = "USB\\VID_5245&PID_4000&REV_0600|Communications Dock (COM33)",

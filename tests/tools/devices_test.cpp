@@ -134,7 +134,7 @@ TEST(Registry, TellsWhatTheStoreRefuses) {
 
   const std::string denied = "Access denied when accessing Windows registry";
   const std::tuple<int, std::string, std::string> refusals[] = {
-      {EACCES, denied, denied},
+      {EPERM, denied, denied},
       {EIO, "Call to RegCreateKeyEx failed, returning error number: 5", "Input/output error"}};
   for (const auto& [error, creating, writing] : refusals) {
     world->memorySettings().WriteErrorNumber = error;

@@ -125,14 +125,6 @@ TEST_F(FilesTest, FoldersAreMadeForEveryoneButNotAtHome) {
   EXPECT_FALSE(Tools().fncMakeDirectorys(put("file", "x")));
   EXPECT_EQ(numberOf([&] { Tools().fncMakeDirectorys(at("file/x")); }), fault::PathNotFound);
   EXPECT_TRUE(host_->Boxes.empty());
-  {
-    const TemporaryFolder home;
-    simulator::WorldOptions options;
-    options.Variables = {{"HOME", home.path() + "/"}};
-    const InWorld<simulator::SimulatedWorld> atHome{options};
-    EXPECT_TRUE(Tools().fncMakeDirectorys(home / "own"));
-    EXPECT_EQ(fs::status(home / "own").permissions() & fs::perms::sticky_bit, fs::perms::none);
-  }
   world_->Faults.MakeFolder = {EACCES, once()};
   EXPECT_EQ(numberOf([&] { Tools().fncMakeDirectorys(at("d/")); }), fault::PermissionDenied);
   world_->Faults.ShareFolder = {EPERM, once()};
