@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <charconv>
 #include <string_view>
+#include <system_error>
 
 #include "base/ascii.h"
+#include "base/faults.h"
 #include "platform/digest.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "tools/Class_Tools.h"
@@ -53,9 +55,14 @@ std::optional<double> dateOf(const IniFile& file, const Key& key) {
 void take(const IniFile& file, const Key& key, std::string& value) {
   if (const auto text = file.value(key.Section, key.Name)) value = *text;
 }
+/// Raises 13 for a text that is no number.
 void take(const IniFile& file, const Key& key, float& value) {
   const auto text = file.value(key.Section, key.Name);
-  if (text) std::from_chars(text->data(), text->data() + text->size(), value);
+  if (!text) return;
+  const char* const end = text->data() + text->size();
+  if (const auto read = std::from_chars(text->data(), end, value); read.ec != std::errc() || read.ptr != end)
+    fault::raise(fault::TypeMismatch,
+                 std::string(key.Name) + ": \"" + std::string(*text) + "\" is no number");
 }
 
 IniFile blockAlone(const std::string& hex) {

@@ -34,11 +34,12 @@ struct HY_WRISTLOG_API SavedRecording {
 /// when nothing came.
 HY_WRISTLOG_API SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBattery);
 
-/// From files; `rawFile` may be a raw data CSV. Raises what `loggerFromIni` and `rawFromFile` raise, and
-/// 11503 for a recording without bytes.
+/// From files; `rawFile` may be a raw data CSV. Raises what `loggerFromIni`, `rawFromFile` and
+/// `openRecording` raise, and 11503 for a recording without bytes.
 HY_WRISTLOG_API SavedRecording savedRecording(const std::string& iniFile, const std::string& rawFile);
 
-/// The logger with its configuration and raw data, not decoded. Raises what `loggerFromConfig` raises.
+/// The logger with its configuration and raw data, not decoded. Raises what `loggerFromConfig` raises, and 13
+/// for a voltage or a time that is none.
 HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> openRecording(const SavedRecording& recording);
 
 /// Decodes the logger's raw data. Raises what decoding raises: 11502, 11503, 9.

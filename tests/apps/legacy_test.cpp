@@ -132,23 +132,21 @@ TEST(Legacy, StatusNamesWhatIsUnknownAsSuch) {
 
 TEST(Legacy, JsonIsOneDocumentWhateverHappens) {
   const Sandbox box;
-  const struct {
-    std::string Command, Keys;
-  } cases[] = {
-      {"status --simulate pendrel27",
-       "return_code return_code_meaning com_port model device_type memory_size_kb max_bytes_used "
-       "max_recording_days problems logger setup_text "},
+  const std::string status =
+      "com_port model device_type memory_size_kb max_bytes_used max_recording_days problems logger "
+      "setup_text ";
+  const std::pair<std::string, std::string> cases[] = {
+      {"find-port --simulate pendrel13", "com_port "},
+      {"status --simulate pendrel27", status},
       {"configure --simulate pendrel27 --mode 2 --epoch 30",
-       "return_code return_code_meaning battery_life_remaining device_serial_number start_time_local "
-       "records_steps "},
-      {"status",
-       "return_code return_code_meaning com_port model device_type memory_size_kb max_bytes_used "
-       "max_recording_days problems logger setup_text "}};
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.Command);
-    const Outcome outcome = box.run("legacy " + each.Command + " --json");
-    EXPECT_EQ(keysOf(Json::parse(outcome.Out)), each.Keys);
-  }
+       "battery_life_remaining device_serial_number start_time_local records_steps "},
+      {"battery-date --simulate pendrel27", "battery_date battery_life_remaining "},
+      {"export-krc --simulate pendrel27 out.krc", "file "},
+      {"status", status}};
+  for (const auto& [command, keys] : cases)
+    EXPECT_EQ(keysOf(Json::parse(box.run("legacy " + command + " --json").Out)),
+              "return_code return_code_meaning " + keys)
+        << command;
 }
 
 /// The wait for a logger to wake up is real here.

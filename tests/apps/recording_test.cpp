@@ -131,6 +131,8 @@ TEST(Recording, DamagedFilesAreNamed) {
   std::string config = box.content("good/config.ini"), raw = box.content("good/raw.bin");
   const std::string held = std::to_string(raw.size());
   box.write("cut.ini", config.substr(0, config.find("Bytes=") + 206));
+  std::string volts = config;
+  box.write("volts.ini", volts.replace(volts.find("Voltage=") + 8, 1, "x"));
   config[config.find("Bytes=") + 20] ^= 1;
   box.write("flipped.ini", config);
   box.write("words.ini", "[Configuration Bytes]\nRaw Config Bytes=none\n");
@@ -154,6 +156,7 @@ TEST(Recording, DamagedFilesAreNamed) {
       {"words.ini", "good/raw.bin", 11503, "words.ini"},
       {"cut.ini", "good/raw.bin", 11505, "cut.ini"},
       {"flipped.ini", "good/raw.bin", 11505, "flipped.ini"},
+      {"volts.ini", "good/raw.bin", 13, "volts.ini: Type mismatch: Battery Voltage: \"x."},
       {"good/config.ini", "none.bin", 53, "none.bin"},
       {"good/config.ini", "/dev/zero", 75, "/dev/zero"},
       {"good/config.ini", "above.csv", 6, "256"},
