@@ -91,7 +91,7 @@ class TerminalRun {
       child_ = -1;
       return true;
     });
-    if (user_ >= 0) read(0);
+    if (user_ >= 0) read(10);
     return status_;
   }
   /// The settings of the line are those from before the program.
@@ -117,11 +117,11 @@ class TerminalRun {
     char bytes[4096];
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(5 * milliseconds);
     for (pollfd ready{user_, POLLIN, 0}; ::poll(&ready, 1, milliseconds) > 0;) {
-      if (std::chrono::steady_clock::now() > end) return;
       const ssize_t count = ::read(user_, bytes, sizeof bytes);
       if (count <= 0) return;
       All.append(bytes, static_cast<std::size_t>(count));
       Last.append(bytes, static_cast<std::size_t>(count));
+      if (std::chrono::steady_clock::now() > end) return;
     }
   }
 
