@@ -10,6 +10,7 @@ namespace {
 
 const std::string Status = "console --model vivid --simulate vivid --speed 0";
 const std::string SlowRetrieval = "console --model vivid --simulate vivid --workflow retrieve --speed 5";
+const std::string SlowestRetrieval = "console --model vivid --simulate vivid --workflow retrieve --speed 0.5";
 const std::string F2 = "\x1BOQ", F3 = "\x1BOR", F4 = "\x1BOS", F5 = "\x1B[15~", CtrlC = "\x03";
 constexpr const char* LeavesScreen = "\x1B[?1049l";
 
@@ -105,7 +106,7 @@ TEST(DebuggerScreen, RestoresTheTerminalHoweverItEnds) {
                {"Ctrl-C at its end", Status, then({typing("")}, "Code 0", CtrlC), 0},
                {"q in the middle", SlowRetrieval, typing("q"), exited(1)},
                {"Ctrl-C, then q", SlowRetrieval, then(typing(CtrlC), "Code 10013", "q"), exited(1)},
-               {"terminate twice", SlowRetrieval, twice(send(SIGTERM)), SIGTERM},
+               {"terminate twice", SlowestRetrieval, twice(send(SIGTERM)), SIGTERM},
                {"quit", SlowRetrieval, typing("\x1C"), SIGQUIT},
                {"failure", SlowRetrieval + " --out file", typing(""), exited(1)}};
   for (const auto& c : cases) {
