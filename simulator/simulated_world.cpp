@@ -24,7 +24,7 @@ struct SimulatedWorld::Services {
         Rule(readRule(*Inner, options.Zone)),
         Time(std::chrono::duration_cast<Moment>(options.Begins.time_since_epoch())),
         Root(options.RootFolder),
-        Clock(Time, Rule),
+        Clock(Time, Rule, faults),
         Ports(Docks),
         Devices(Docks, faults),
         Zones(*Inner, options.Zone),

@@ -41,7 +41,14 @@ struct SystemFault {
   Fault When{};
 };
 
+/// The process is not scheduled for a while: at a call of the clock time passes, and the line goes on.
+struct PauseFault {
+  nanoseconds For{};
+  Fault When{};
+};
+
 struct WorldFaults {
+  PauseFault Pause{};
   SystemFault FileRead{}, FileWrite{}, MakeFolder{};
   SystemFault ShareFolder{};  ///< the folder is made, but not opened to everyone
   SystemFault DevicesOfClass{}, HasInterface{}, ReadInfo{}, HardwareId{}, FriendlyName{};

@@ -146,11 +146,21 @@ class SimulatedContainer : public platform::KeyContainer {
 
 CivilTime SimulatedClock::utc() { return civilTime(timeline_.now()); }
 CivilTime SimulatedClock::local() { return civilTime(timeline_.now(), zoneOffset(rule_, timeline_.now())); }
-double SimulatedClock::timer() { return std::chrono::duration<double>{timeline_.elapsed()}.count(); }
+double SimulatedClock::timer() {
+  pauseWhenDue();
+  return std::chrono::duration<double>{timeline_.elapsed()}.count();
+}
 void SimulatedClock::sleep(std::chrono::milliseconds duration) {
+  pauseWhenDue();
   if (duration.count() > 0) timeline_.advance(duration);
 }
-void SimulatedClock::idle() { timeline_.advance(std::chrono::milliseconds{1}); }
+void SimulatedClock::idle() {
+  pauseWhenDue();
+  timeline_.advance(std::chrono::milliseconds{1});
+}
+void SimulatedClock::pauseWhenDue() {
+  if (faults_.Pause.When.strikes()) timeline_.advance(faults_.Pause.For);
+}
 
 std::unique_ptr<platform::SerialPort> SimulatedPorts::open(std::int32_t number) {
   for (const auto& dock : docks_)

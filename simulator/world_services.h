@@ -15,7 +15,8 @@ namespace hy_wristlog::simulator {
 
 class SimulatedClock : public platform::Clock {
  public:
-  SimulatedClock(Timeline& timeline, const platform::ZoneRule& rule) : timeline_(timeline), rule_(rule) {}
+  SimulatedClock(Timeline& timeline, const platform::ZoneRule& rule, WorldFaults& faults)
+      : timeline_(timeline), rule_(rule), faults_(faults) {}
   CivilTime utc() override;
   CivilTime local() override;
   double timer() override;
@@ -23,8 +24,11 @@ class SimulatedClock : public platform::Clock {
   void idle() override;
 
  private:
+  void pauseWhenDue();
+
   Timeline& timeline_;
   const platform::ZoneRule& rule_;
+  WorldFaults& faults_;
 };
 
 using Docks = std::vector<std::shared_ptr<SimulatedDock>>;
