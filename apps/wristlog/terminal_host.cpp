@@ -12,8 +12,6 @@
 namespace wristlog {
 namespace {
 
-constexpr std::size_t MostTraffic = std::size_t{8} << 20;
-
 class ProgressEvents : public hy_wristlog::LoggerEvents {
  public:
   explicit ProgressEvents(TerminalHost& host) : host_(host) {}
@@ -63,7 +61,7 @@ void TerminalHost::downloadProgress(std::int32_t bytesSoFar, std::int32_t bytesE
 }
 
 void TerminalHost::showProgress(const std::string& text) {
-  if (options_.KeepTraffic) keep("\n-- " + text + "\n");
+  if (options_.KeepTraffic) traffic_.append("\n-- " + text + "\n");
   if (!showProgress_ || stopAnnounced_) return;
   complain() << "\r\033[K" << text;
   complain().flush();
@@ -78,12 +76,12 @@ void TerminalHost::endProgress() {
 
 void TerminalHost::append(std::string_view text) {
   if (options_.ShowConsole) complain().traffic(text).flush();
-  if (options_.KeepTraffic) keep(safeText(text));
+  if (options_.KeepTraffic) traffic_.append(safeText(text));
 }
 
 void TerminalHost::showLastError(std::string_view text) {
   if (options_.ShowConsole) complain() << "\nLast error: " << text << "\n";
-  if (options_.KeepTraffic) keep("\nLast error: " + safeLine(text) + "\n");
+  if (options_.KeepTraffic) traffic_.append("\nLast error: " + safeLine(text) + "\n");
 }
 
 void TerminalHost::copyToClipboard(std::string_view text) {
@@ -92,11 +90,6 @@ void TerminalHost::copyToClipboard(std::string_view text) {
       writeWhole(file, clipboardSequence(text));
       return;
     }
-}
-
-void TerminalHost::keep(std::string_view text) {
-  traffic_ += text;
-  if (traffic_.size() > MostTraffic) traffic_.erase(0, MostTraffic / 2);
 }
 
 }  // namespace wristlog

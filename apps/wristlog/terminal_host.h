@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/kept_text.h"
 #include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/host.h"
 
@@ -22,8 +23,9 @@ class TerminalHost : public hy_wristlog::Host, private hy_wristlog::ConsoleSink 
   /// Whom Ctrl-C aborts; null for nobody.
   void attach(hy_wristlog::Class_Main* main) { main_ = main; }
   void endProgress();
-  /// The session's last megabytes of traffic with the library's remarks between.
-  const std::string& traffic() const { return traffic_; }
+  /// The session's traffic with the library's remarks between; of more than some megabytes the beginning and
+  /// the end.
+  const std::string& traffic() const { return traffic_.text(); }
 
   void serveEvents() override;
   /// Shows what there is to know; a question nobody hears is answered as by default.
@@ -44,14 +46,13 @@ class TerminalHost : public hy_wristlog::Host, private hy_wristlog::ConsoleSink 
   void clear() override {}
   void showLastError(std::string_view text) override;
   void showReceiveCount(std::int32_t) override {}
-  void keep(std::string_view text);
 
   hy_wristlog::Class_Main* main_ = nullptr;
   HostOptions options_;
   bool showProgress_;
   bool progressShown_ = false;
   bool stopAnnounced_ = false;
-  std::string traffic_;
+  hy_wristlog::KeptText traffic_{std::size_t{8} << 20};
 };
 
 }  // namespace wristlog

@@ -6,11 +6,17 @@
 #include <string>
 #include <string_view>
 
+#include "base/kept_text.h"
 #include "link/Form_Comm.h"
 #include "link/PortSteps.h"
 #include "link/SerialControl.h"
 
 namespace hy_wristlog {
+
+inline constexpr std::size_t ReceiveBufferSize = 17000;
+
+/// Bytes; all that passes when a megabyte is retrieved, three times over.
+inline constexpr std::size_t MostConsoleText = std::size_t{16} << 20;
 
 inline constexpr std::int32_t NoCharacters = 3001, NoFinalCharacter = 3002, WrongCharacters = 3003,
                               InvalidSettings = 3004, TooFewBytes = 3005, DataOverrun = 3006;
@@ -28,7 +34,7 @@ struct CommState final : platform::EventSource {
   double deadline(std::int32_t milliseconds) const { return timer() + milliseconds / 1000.0; }
   bool consoleInUse() const { return consoleVisible || form.RaiseEventOnChar; }
   void progress(std::string text) const;
-  /// Throws what waits away, or shows it when the console is in use.
+  /// Throws what waits away, and shows it first when the console is in use.
   void flush(const PortSteps& port);
   /// Shows bytes as "[" hexadecimal digits "]", when the console is in use.
   void showHex(std::string_view bytes, std::string_view lineEnd = {});
@@ -53,7 +59,7 @@ struct CommState final : platform::EventSource {
 
   ConsoleSink* sink = nullptr;
   bool consoleVisible = false;
-  std::string consoleText;  ///< UTF-8
+  KeptText consoleText{MostConsoleText};
   std::size_t selectionStart = 0, selectionLength = 0;
 
  private:

@@ -77,8 +77,9 @@ class Form_Comm {
   void subSendChars(std::string_view Chars, std::int32_t SendBytes, std::int32_t CarraigeReturn,
                     std::int16_t NumEchoedChars, std::int32_t CharDelay, std::int32_t TXdelay,
                     std::int32_t CmdDelay);
-  /// The text before `CharToWaitFor`, at most 4096 characters; `RXdelay` is a silence time. Raises 3001 when
-  /// nothing comes, 3002 when the text has no end or is longer.
+  /// The text before `CharToWaitFor`, at most 4096 characters; `RXdelay` is a silence time, and bytes that
+  /// wait are no silence. Raises 3001 when nothing comes, 3002 when the text has no end, is longer, or goes
+  /// on slowly for more than two seconds beside its silence time.
   std::string fncGetCharLine(char CharToWaitFor, std::int32_t RXdelay);
   /// `NumBytes` bytes at line settings of their own; `PageDelay` is the silence that ends the wait (4000 when
   /// negative), `CmdDelay` a pause behind it (500 when negative). With `IgnoreLength` all that comes until
@@ -96,7 +97,8 @@ class Form_Comm {
   void subSendXmodemPackets(const PacketArray& Packets, std::int32_t vBaudRate, std::int32_t vDataBits,
                             std::int32_t vParity, std::int32_t vStopBits, std::int32_t CmdTimeout,
                             bool ByteByByte, std::int32_t ByteByByteDelay);
-  /// No array when nothing came or the transfer was aborted. Raises 3004, 3011, 3013.
+  /// No array when nothing came or the transfer was aborted. A packet that came again stands twice in it.
+  /// Raises 3004, 3011, 3013, and fault 6 when a packet other than 0 follows packet 255.
   PacketArray fncReceiveXmodemPackets(std::int32_t vBaudRate, std::int32_t vDataBits, std::int32_t vParity,
                                       std::int32_t vStopBits, std::int32_t CmdTimeout);
   void subSendXmodemAbort();
@@ -110,7 +112,7 @@ class Form_Comm {
   void show();
   void hide();
   void subShowCOM(std::string_view text);
-  /// Everything shown so far while visible, UTF-8. Without limit.
+  /// What was shown so far while visible, UTF-8: all of it, or of more than 16 MiB the beginning and the end.
   const std::string& consoleText() const;
   /// Selects a part of the console's text, in bytes; what exceeds the text is left out, and a character is
   /// selected whole. Text that is shown later puts the caret behind itself, and nothing is selected any more.

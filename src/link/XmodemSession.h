@@ -41,7 +41,7 @@ class XmodemSession {
   /// Cancels the transfer at the logger and fails.
   Step giveUp(std::int32_t number, const char* text);
   Step failWith(std::int32_t number, const char* text);
-  /// Waits until no more bytes have come for a second.
+  /// Waits until no more bytes have come for a second, or five seconds of a peer that never stops.
   void awaitSilence();
 
   CommState& link_;

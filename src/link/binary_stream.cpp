@@ -3,6 +3,7 @@
 
 #include "base/faults.h"
 #include "link/CommState.h"
+#include "link/line_settings.h"
 #include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
@@ -15,17 +16,30 @@ struct Arrival {
   bool Overrun = false;
 };
 
+/// How many turns of about a millisecond a stream may take: its waits, and four times what the line needs.
+double mostTurns(std::string_view settings, std::size_t bytes, double waits) {
+  constexpr double BitsOfCharacter = 12, Leisure = 4, MillisecondsPerSecond = 1000, SlowestBaud = 110;
+  const auto line = parseLineSettings(settings);
+  const double baud = line ? line->Baud : SlowestBaud;
+  const auto count = static_cast<double>(std::min(bytes, ReceiveBufferSize));
+  return waits + Leisure * MillisecondsPerSecond * count * BitsOfCharacter / baud;
+}
+
 /// Watches the receive buffer until it holds `enough` or has not grown for a while: `firstWait` before the
-/// first growth, `nextWait` behind each.
+/// first growth, `nextWait` behind each. Turns are counted, since a pause of the process is none of the
+/// stream.
 Arrival watchArrival(CommState& state, const PortSteps& port, std::size_t enough, std::int32_t firstWait,
                      std::int32_t nextWait) {
   Arrival arrival;
+  double turns = mostTurns(port.Settings(), enough, double{1} * firstWait + nextWait);
   double deadline = state.deadline(firstWait);
   for (;;) {
+    bool late = state.timer() > deadline;
     const std::size_t waiting = port.InBufferCount();
     if (waiting > arrival.Count) {
       arrival.Count = waiting;
       deadline = state.deadline(nextWait);
+      late = false;
     }
     if (state.lastCOMerrorNum == comm_event::Overrun) {
       arrival.Overrun = true;
@@ -34,7 +48,7 @@ Arrival watchArrival(CommState& state, const PortSteps& port, std::size_t enough
     if (state.consoleInUse() && state.sink != nullptr)
       state.sink->showReceiveCount(static_cast<std::int32_t>(arrival.Count));
     state.world->serveEvents();
-    if (state.timer() > deadline || arrival.Count >= enough) return arrival;
+    if (late || arrival.Count >= enough || --turns < 0) return arrival;
     state.world->clock().idle();
   }
 }

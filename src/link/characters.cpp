@@ -6,7 +6,11 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr std::size_t LongestLine = 4096;
+// The longest line of a logger has some seventy characters. What is longer is a babble: it is taken without
+// pauses, and a slow one is broken off.
+constexpr std::size_t LongestLine = 4096, LongestOwnLine = 128;
+constexpr std::int32_t TurnTime = 5;              ///< milliseconds
+constexpr std::int32_t TurnsBesideSilence = 400;  ///< turns, since a pause of the process is none of the line
 
 enum SendMode : std::int32_t { CharByChar = 1, WithEcho = 2 };
 
@@ -15,13 +19,14 @@ std::string collectEcho(CommState& state, const PortSteps& port, std::size_t exp
   std::string echo;
   const double deadline = state.deadline(TXdelay);
   for (;;) {
+    const bool late = state.timer() > deadline;
     if (port.InBufferCount() >= 1) {
       const std::string read = port.Input();
       echo += read;
       if (state.consoleInUse()) state.form.subShowCOM(read);
     }
     state.world->serveEvents();
-    if (state.timer() > deadline || echo.size() == expected) return echo;
+    if (late || echo.size() == expected) return echo;
     state.world->clock().idle();
   }
 }
@@ -79,15 +84,22 @@ std::string Form_Comm::fncGetCharLine(char CharToWaitFor, std::int32_t RXdelay) 
   return procedure.run([&] {
     std::string line, read;
     double deadline = state_->deadline(RXdelay);
-    do {
-      if (port.InBufferCount() >= 1) {
+    std::int32_t turns = RXdelay / TurnTime + TurnsBesideSilence;
+    while (read != final && line.size() <= LongestLine && turns > 0) {
+      const bool late = state_->timer() > deadline;
+      const bool arrived = port.InBufferCount() >= 1;
+      if (arrived) {
         deadline = state_->deadline(RXdelay);
         read = port.Input();
         if (read != final) line += read;
         if (state_->consoleInUse()) subShowCOM(read);
+      } else if (late) {
+        break;
       }
-      Tools().subDelay(5);
-    } while (state_->timer() <= deadline && read != final && line.size() <= LongestLine);
+      if (arrived && read != final && line.size() > LongestOwnLine) continue;
+      Tools().subDelay(TurnTime);
+      --turns;
+    }
 
     if (read != final) {
       if (line.empty())

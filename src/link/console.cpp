@@ -20,8 +20,8 @@ void Form_Comm::subShowCOM(std::string_view text) {
   if (text == "\r") text = "\r\n";
   if (state_->consoleVisible) {
     const std::string shown = utf8FromAnsiText(text);
-    state_->consoleText += shown;
-    select(state_->consoleText.size(), 0);
+    state_->consoleText.append(shown);
+    select(SIZE_MAX, 0);
     if (state_->sink != nullptr) state_->sink->append(shown);
   }
   if (RaiseEventOnChar) {
@@ -39,10 +39,10 @@ void CommState::showHex(std::string_view bytes, std::string_view lineEnd) {
   form.subShowCOM(text);
 }
 
-const std::string& Form_Comm::consoleText() const { return state_->consoleText; }
+const std::string& Form_Comm::consoleText() const { return state_->consoleText.text(); }
 
 void Form_Comm::select(std::size_t start, std::size_t length) {
-  const std::string& text = state_->consoleText;
+  const std::string& text = consoleText();
   const auto insideCharacter = [&](std::size_t at) {
     return at < text.size() && (static_cast<std::uint8_t>(text[at]) & 0xC0U) == 0x80;
   };
@@ -55,7 +55,7 @@ void Form_Comm::select(std::size_t start, std::size_t length) {
 }
 
 std::string_view Form_Comm::selectedText() const {
-  return std::string_view(state_->consoleText).substr(state_->selectionStart, state_->selectionLength);
+  return std::string_view(consoleText()).substr(state_->selectionStart, state_->selectionLength);
 }
 
 void Form_Comm::cmdClear() {
@@ -70,7 +70,7 @@ void Form_Comm::cmdCopySelection() {
 }
 
 void Form_Comm::cmdCopyAll() {
-  if (!state_->consoleText.empty()) state_->world->host().copyToClipboard(state_->consoleText);
+  if (!consoleText().empty()) state_->world->host().copyToClipboard(consoleText());
 }
 
 void Form_Comm::cmdDataOverrun() { state_->lastCOMerrorNum = comm_event::Overrun; }

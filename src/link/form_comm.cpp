@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <utility>
 
 #include "base/dates.h"
@@ -9,8 +10,6 @@
 
 namespace hy_wristlog {
 namespace {
-
-constexpr std::size_t ReceiveBufferSize = 17000;
 
 const char* eventText(std::int32_t event) {
   switch (event) {
@@ -91,9 +90,22 @@ void CommState::comSerial_OnComm() {
 
 void CommState::progress(std::string text) const { owner->CommProgress(text); }
 
+/// Shows no more than what waits at its beginning: a device that never stops would hold the caller here.
 void CommState::flush(const PortSteps& port) {
-  if (!consoleInUse()) return port.discardInput();
-  while (port.InBufferCount() >= 1) form.subShowCOM(port.Input());
+  constexpr std::size_t ServedEvery = 1024;
+  constexpr std::int32_t LongestShow = 500;  ///< milliseconds
+  if (consoleInUse()) {
+    const double end = deadline(LongestShow);
+    std::size_t shown = 0;
+    for (std::size_t left = port.InBufferCount(); left > 0 && timer() <= end;) {
+      const std::string read = port.Input();
+      if (read.empty()) break;
+      left -= std::min(left, read.size());
+      form.subShowCOM(read);
+      if (++shown % ServedEvery == 0) world->serveEvents();
+    }
+  }
+  port.discardInput();
 }
 
 std::string CommState::transferSettings(Procedure& procedure, std::int32_t baudRate, std::int32_t dataBits,

@@ -9,6 +9,8 @@ namespace hy_wristlog {
 namespace {
 
 constexpr std::int32_t MostInvitations = 5, MostBadPackets = 3, MostDuplicates = 3;
+/// More than any logger's memory holds, with room for packets that come again.
+constexpr std::size_t MostBytes = std::size_t{20} << 20;
 constexpr std::size_t FrameOverhead = 5, ShortFrame = 128 + FrameOverhead, LongFrame = 1024 + FrameOverhead;
 
 class XmodemReceiver : public XmodemSession {
@@ -42,11 +44,12 @@ class XmodemReceiver : public XmodemSession {
       port_.Output({&xmodem::WantCrc, 1});
       link_.showHex({&xmodem::WantCrc, 1});
       const double deadline = link_.deadline(timeout_);
-      do {
+      for (bool late = false; !late;) {
         Tools().subDelay(PollInterval);
         if (abortRequested()) return Step::Aborted;
+        late = link_.timer() > deadline;
         if (port_.InBufferCount() >= 1) return Step::GoOn;
-      } while (link_.timer() <= deadline);
+      }
       if (attempts >= MostInvitations) return giveUp(NoPacket, "No packet received, retries exceeded");
       link_.tellLost(attempts, MostInvitations - 1, -1);
     }
@@ -69,18 +72,18 @@ class XmodemReceiver : public XmodemSession {
     if (step != Step::GoOn) return step;
     procedure().statement([&] { packet_.Let_Packet(asBytes(bytes_)); });
     if (!packet_.Get_IsValidPacket()) return refuse();
-    accept(number);
-    return Step::GoOn;
+    return accept(number);
   }
 
   Arrival collectFrame() {
     double deadline = link_.deadline(timeout_);
     std::size_t waiting = 0;
-    do {
+    for (bool late = false; waiting == 0 && !late;) {
       Tools().subDelay(PollInterval);
+      late = link_.timer() > deadline;
       waiting = port_.InBufferCount();
       if (waiting == 0 && abortRequested()) return Arrival::Aborted;
-    } while (waiting == 0 && link_.timer() <= deadline);
+    }
     bytes_.clear();
     if (waiting == 0 || readMore() == 0) return Arrival::Bad;
 
@@ -90,8 +93,10 @@ class XmodemReceiver : public XmodemSession {
     bool bad = bytes_.size() > expected;
 
     deadline = link_.deadline(timeout_);
-    while (!bad && bytes_.size() < expected && link_.timer() <= deadline) {
+    while (!bad && bytes_.size() < expected) {
+      const bool late = link_.timer() > deadline;
       if (port_.InBufferCount() >= 1) readMore();
+      if (late && bytes_.size() < expected) break;
       bad = bytes_.size() > expected;
       Tools().subDelay(PollInterval);
       if (link_.lastCOMerrorNum == comm_event::Overrun) {
@@ -123,22 +128,26 @@ class XmodemReceiver : public XmodemSession {
     return Step::GoOn;
   }
 
-  /// Counted in a byte: at 0 this is an overflow, so behind packet 255 only packet 0 will do.
+  /// Counted in a byte: at 0 this is an overflow, so behind packet 255 only packet 0 will do. The caller may
+  /// begin the transfer anew.
   std::uint8_t numberBefore() {
     return procedure().statement([&] { return fault::narrow<std::uint8_t>(expected_ - 1); });
   }
 
-  void accept(std::uint8_t number) {
+  Step accept(std::uint8_t number) {
     if (link_.consoleInUse())
       link_.form.subShowCOM(procedure().statement([&] { return packet_.Get_FriendlyPacketText(); }));
     if (number == expected_)
       bytesSoFar_ =
           fault::narrow<std::int32_t>(bytesSoFar_ + static_cast<std::int64_t>(bytes_.size() - FrameOverhead));
+    storedBytes_ += packet_.BinData.size();
+    if (storedBytes_ > MostBytes) return giveUp(RetriesExceeded, "More data than a logger can hold");
     packets_.push_back(std::exchange(packet_, {}));
     procedure().statement([&] { link_.form.subSendXmodemACK(); });
     link_.owner->XmodemPacketReceived(expected_, bytesSoFar_);
     errors_ = 1;
     ++expected_;
+    return Step::GoOn;
   }
 
   Step refuse() {
@@ -161,6 +170,7 @@ class XmodemReceiver : public XmodemSession {
   /// Starts at 0 but begins again at 1, so the first packet may be bad three times and later ones twice.
   std::int32_t errors_ = 0;
   std::int32_t bytesSoFar_ = 0;
+  std::size_t storedBytes_ = 0;
 };
 
 }  // namespace
@@ -169,7 +179,7 @@ PacketArray Form_Comm::fncReceiveXmodemPackets(std::int32_t vBaudRate, std::int3
                                                std::int32_t vParity, std::int32_t vStopBits,
                                                std::int32_t CmdTimeout) {
   XmodemReceiver receiver{*state_, CmdTimeout};
-  receiver.procedure().passesOn(InvalidSettings, RetriesExceeded, NoPacket);
+  receiver.procedure().passesOn(InvalidSettings, RetriesExceeded, NoPacket, fault::Overflow);
   return receiver.procedure().run([&] { return receiver.run(vBaudRate, vDataBits, vParity, vStopBits); });
 }
 

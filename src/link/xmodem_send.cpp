@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -131,9 +132,10 @@ class XmodemSender : public XmodemSession {
 
   Step awaitSent(double deadline) {
     for (;;) {
+      const bool late = link_.timer() >= deadline;
       link_.world->serveEvents();
       if (port_.OutBufferCount() == 0) return Step::GoOn;
-      if (link_.timer() >= deadline) return failWith(TransmitTooSlow, "Packet took too long to transmit");
+      if (late) return failWith(TransmitTooSlow, "Packet took too long to transmit");
       link_.world->clock().idle();
     }
   }
@@ -157,20 +159,25 @@ class XmodemSender : public XmodemSession {
     return failWith(NoEndAcknowledgement, "Failure to receive acknowledgement of end of transmission");
   }
 
-  /// The last byte that came until `final` knew one or the time was up.
+  /// The last byte that came until `final` knew one or the time was up. What waits then is still looked
+  /// through.
   template <class Final>
   Answer awaitAnswer(Final final, std::string_view lineEnd) {
     Answer answer;
     const double deadline = link_.deadline(timeout_);
-    do {
-      if (port_.InBufferCount() >= 1) {
+    const auto known = [&] { return answer.Byte && final(*answer.Byte); };
+    for (bool late = false; !answer.Aborted && !late && !known();) {
+      late = link_.timer() > deadline;
+      std::size_t waiting = port_.InBufferCount();
+      if (!late) waiting = std::min<std::size_t>(waiting, 1);
+      for (; waiting > 0 && !known(); --waiting) {
         const std::string read = port_.Input();
         if (!read.empty()) answer.Byte = read.front();
         link_.showHex(read, lineEnd);
       }
-      Tools().subDelay(PollInterval);
+      if (!late) Tools().subDelay(PollInterval);
       answer.Aborted = abortRequested();
-    } while (!answer.Aborted && link_.timer() <= deadline && !(answer.Byte && final(*answer.Byte)));
+    }
     return answer;
   }
 

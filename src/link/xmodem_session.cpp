@@ -4,7 +4,7 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr std::int32_t DefaultTimeout = 3000, SilenceTime = 1000;
+constexpr std::int32_t DefaultTimeout = 3000, SilenceTime = 1000, MostTurnsForSilence = 100;
 
 void sendControl(CommState& state, const char* name, std::string_view bytes) {
   Procedure procedure{"Form_Comm", name};
@@ -62,14 +62,17 @@ XmodemSession::Step XmodemSession::failWith(std::int32_t number, const char* tex
 void XmodemSession::awaitSilence() {
   std::size_t count = 0;
   double deadline = link_.deadline(SilenceTime);
-  do {
+  for (std::int32_t turn = 0; turn < MostTurnsForSilence; ++turn) {
+    const bool late = link_.timer() > deadline;
     const std::size_t waiting = port_.InBufferCount();
     if (waiting > count) {
       count = waiting;
       deadline = link_.deadline(SilenceTime);
+    } else if (late) {
+      return;
     }
     Tools().subDelay(PollInterval);
-  } while (link_.timer() <= deadline);
+  }
 }
 
 void Form_Comm::subSendXmodemAbort() {

@@ -67,9 +67,11 @@ void fail(Procedure& procedure, std::int32_t number, const char* source, const s
 void awaitDsr(Procedure& procedure, Form_Comm& link, bool wanted, std::int32_t wait) {
   platform::Clock& clock = platform::current().clock();
   const double deadline = clock.timer() + wait / 1000.0;
-  do {
+  for (bool late = false, asWanted = false; !asWanted && !late;) {
     procedure.statement([] { Tools().subDelay(5); });
-  } while (procedure.statement([&] { return link.DSRHolding(); }) != wanted && clock.timer() < deadline);
+    late = clock.timer() >= deadline;
+    asWanted = procedure.statement([&] { return link.DSRHolding(); }) == wanted;
+  }
 }
 
 void openDockPort(Procedure& procedure, Form_Comm& link, std::int16_t port, bool delayAfterOpen) {

@@ -34,6 +34,24 @@ TEST(DiagnosticConsole, CopiesWhatIsSelectedInWholeCharacters) {
   }
 }
 
+TEST(DiagnosticConsole, KeepsTheBeginningAndTheEndOfEndlessText) {
+  ShownLink o{"first\r\n"};
+  std::size_t shown = o.link->consoleText().size();
+  const std::string part(1 << 20, '\xE9');
+  for (int i = 0; i < 12; ++i, shown += 2 * part.size()) o.link->subShowCOM(part);
+  o.link->subShowCOM("last");
+  const std::string& text = o.link->consoleText();
+  EXPECT_LE(text.size(), 16U << 20);
+  EXPECT_TRUE(text.starts_with("first\r\n\u00E9") && text.ends_with("\u00E9last"));
+  const std::size_t word = text.find("\n-- "), end = text.find(" bytes of this text were left out here --\n");
+  ASSERT_NE(end, std::string::npos);
+  const std::string count = text.substr(word + 4, end - word - 4);
+  EXPECT_EQ(std::stoul(count) + text.size() -
+                std::string("\n--  bytes of this text were left out here --\n").size() - count.size(),
+            shown + 4);
+  EXPECT_EQ(static_cast<unsigned char>(text[word - 1]), 0xA9U) << "cut between characters";
+}
+
 TEST(DiagnosticConsole, ClearReachesTheSinkAndNothingElse) {
   ShownLink o{"passed"};
   Form_Comm second;
@@ -48,23 +66,6 @@ TEST(DiagnosticConsole, ClearReachesTheSinkAndNothingElse) {
   EXPECT_EQ(o.host->Clipboard, "");
   o.link->subShowCOM("again");
   EXPECT_EQ(o.host->TheConsole.Text, "again");
-}
-
-TEST(DiagnosticConsole, HiddenAndUnwatchedItReadsNothing) {
-  for (const bool watched : {false, true}) {
-    OpenLink o;
-    o.link->RaiseEventOnChar = watched;
-    o.world->Incoming = "stale";
-    o.link->subSendChars("x", 3, 0, 0, 0, 0, 0);
-    EXPECT_EQ(o.told.Characters, watched ? "stalex" : "");
-    EXPECT_EQ(o.link->consoleText(), "");
-  }
-  ShownLink o{"a"};
-  o.link->hide();
-  o.link->subShowCOM("b");
-  o.link->show();
-  o.link->subShowCOM("c");
-  EXPECT_EQ(o.host->TheConsole.Text, "ac");
 }
 
 TEST(DiagnosticConsole, ShowsFaultsAndTheOverrunOfItsButton) {

@@ -6,6 +6,10 @@ namespace {
 
 using Arrivals = std::vector<std::pair<std::int64_t, std::string>>;
 
+void stream(Form_Comm& link, std::int32_t count, bool openEnded) {
+  link.fncGetBinaryStream(count, 6, 0, 0, 0, 100, 0, openEnded, 100);
+}
+
 TEST(Exchange, SendsWithAndWithoutEcho) {
   struct Times {
     std::int32_t Char, Timeout, Command;
@@ -61,6 +65,8 @@ TEST(Exchange, ASitesActionRepeatsAStepOrGoesOnBehindIt) {
 
 TEST(Exchange, ReadsLinesUntilSilence) {
   const std::string full(4096, 'x');
+  Arrivals trickle;
+  for (std::int64_t at = 0; at < 10000; at += 190) trickle.emplace_back(at, "x");
   const std::tuple<Arrivals, std::string, const char*, double> cases[] = {
       {{{0, "ab\rcd"}}, "ab", "", 15},
       {{{0, "\nab\r"}}, "\nab", "", 20},
@@ -69,8 +75,9 @@ TEST(Exchange, ReadsLinesUntilSilence) {
       {{}, "", "3001 No characters received", 205},
       {{{210, "a\r"}}, "", "3001 No characters received", 205},
       {{{10, "ab"}}, "", "3002 No carriage return or final character received", 220},
-      {{{0, full + '\r'}}, full, "", 20485},
-      {{{0, full + "x\r"}}, "", "3002 No carriage return or final character received", 20485},
+      {{{0, full + '\r'}}, full, "", 645},
+      {{{0, full + "x\r"}}, "", "3002 No carriage return or final character received", 640},
+      {trickle, "", "3002 No carriage return or final character received", 2200},
   };
   for (const auto& [arrivals, expected, why, time] : cases) {
     OpenLink o;
@@ -82,6 +89,39 @@ TEST(Exchange, ReadsLinesUntilSilence) {
     EXPECT_EQ(failure.Number == 0 ? "" : number + ' ' + failure.Description, why);
     EXPECT_EQ(failure.Source.starts_with(number + ":Form_Comm.fncGetCharLine@"), failure.Number != 0);
     EXPECT_NEAR(static_cast<double>(o.world->Now), time, 5) << why;
+  }
+}
+
+/// Whatever waits when a call begins to look, more waits when it looks again.
+TEST(Exchange, ADeviceThatNeverStopsIsBrokenOff) {
+  const std::tuple<std::function<void(Form_Comm&)>, std::int32_t, std::int64_t> calls[] = {
+      {[](auto& link) { link.subSendChars("a", 2, 1, 1, 0, 1000, 0); }, 3003, 10},
+      {[](auto& link) { link.subSendChars("", 3, 1, 1, 0, 0, 0); }, 0, 0},
+      {[](auto& link) { link.subResetDevice(0, 0, 0, 0); }, 0, 10},
+      {[](auto& link) { link.fncGetCharLine('\r', 3000); }, 3002, 700},
+      {[](auto& link) { stream(link, 17000, false); }, 0, 1000},
+      {[](auto& link) { stream(link, 1, true); }, 0, 1000},
+      {[](auto& link) { link.fncReceiveXmodemPackets(13, 8, 3, 3, 3000); }, 3011, 20000},
+      {[](auto& link) { link.subSendXmodemPackets({{Class_Packet{}}}, 13, 8, 3, 3, 3000, true, 1); }, 3008,
+       4000}};
+  for (const bool watched : {false, true})
+    for (const auto& [call, number, most] : calls) {
+      OpenLink o{true, watched};
+      o.world->Before = [&, more = false](const std::string& name) mutable {
+        if (name == "read" && (more = !more)) o.world->Incoming.append(300, 'x');
+      };
+      EXPECT_EQ(numberOf([&, make = call] { make(*o.link); }), number);
+      EXPECT_LE(o.world->Now, most) << number;
+    }
+}
+
+/// A byte now and then, always before the silence would have ended the wait.
+TEST(Exchange, ATrickleDoesNotHoldAStream) {
+  for (const bool openEnded : {false, true}) {
+    OpenLink o;
+    for (std::int64_t at = 0; at < 1000000; at += 90) o.world->deliver("x", at);
+    EXPECT_EQ(numberOf([&] { stream(*o.link, 4098, openEnded); }), openEnded ? 0 : 3005);
+    EXPECT_LT(o.world->Now, 200000);
   }
 }
 

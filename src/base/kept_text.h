@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "hy_wristlog/api.h"
+
+namespace hy_wristlog {
+
+/// UTF-8 text that may go on without end: beyond `most` bytes its beginning and its end are kept, and a line
+/// between them says how much was left out.
+class HY_WRISTLOG_API KeptText {
+ public:
+  explicit KeptText(std::size_t most) : most_(most) {}
+
+  void append(std::string_view text);
+  void clear();
+  const std::string& text() const { return text_; }
+
+ private:
+  /// The first place from `at` on where a character begins.
+  std::size_t characterAt(std::size_t at) const;
+
+  std::size_t most_;
+  std::string text_;
+  std::size_t head_ = 0, word_ = 0, leftOut_ = 0;  ///< the word on what was left out stands behind the head
+};
+
+}  // namespace hy_wristlog
