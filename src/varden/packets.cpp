@@ -1,11 +1,22 @@
 #include "varden/packets.h"
 
+#include <algorithm>
+
 #include "base/faults.h"
 
 namespace hy_wristlog {
 
 void requirePackets(const PacketArray& packets, const char* source) {
   if (!packets) throw Failure(11503, source, "Invalid packet array input");
+}
+
+void dropRepeatedPackets(PacketArray& packets) {
+  if (!packets) return;
+  const auto repeats =
+      std::ranges::unique(*packets, [](const Class_Packet& before, const Class_Packet& after) {
+        return before.PacketNum == after.PacketNum && before.BinData == after.BinData;
+      });
+  packets->erase(repeats.begin(), repeats.end());
 }
 
 ByteArray joinPackets(const std::vector<Class_Packet>& packets) {

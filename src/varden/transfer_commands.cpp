@@ -3,17 +3,27 @@
 #include <cstdint>
 #include <utility>
 
+#include "base/faults.h"
 #include "tools/Class_Tools.h"
 #include "varden/VardenLogger.h"
+#include "varden/packets.h"
 #include "varden/shell.h"
 
 namespace hy_wristlog {
 namespace {
 
+/// The link's count of packets overflows when the logger repeats packet 255. Another attempt mends that like
+/// any other failure of a transfer.
 PacketArray receivePackets(ShellProcedure& shell, Form_Comm& link) {
-  return shell.procedure.statement([&] {
-    return link.fncReceiveXmodemPackets(shell::Baud57600, shell::EightDataBits, shell::NoParity,
-                                        shell::TwoStopBits, shell::TransferTimeout);
+  return shell.procedure.statement([&]() -> PacketArray {
+    try {
+      return link.fncReceiveXmodemPackets(shell::Baud57600, shell::EightDataBits, shell::NoParity,
+                                          shell::TwoStopBits, shell::TransferTimeout);
+    } catch (const Failure& failure) {
+      if (failure.Number != fault::Overflow) throw;
+    }
+    shell.fail(3011, "Packet 255 was repeated");
+    return {};
   });
 }
 
@@ -52,8 +62,9 @@ void VardenLogger::fncReadVardenData() {
   shell.procedure.run([&] {
     commsAborted_ = false;
     shell.ask(shell::ShowData);
-    const PacketArray packets = receivePackets(shell, link());
+    PacketArray packets = receivePackets(shell, link());
     if (commsAborted_) return;
+    dropRepeatedPackets(packets);
     shell.procedure.statement([&] { subSetRawDataFromPackets(packets); });
     letLoggerSettle(shell);
   });
