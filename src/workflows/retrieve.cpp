@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::int16_t LowVividPercent = 10;
 constexpr float LowKestrin2Voltage = 2.9F;
+constexpr std::int64_t LongestPacket = 1024;  // bytes
 
 bool hasUsableSubject(const VardenRecord& record) {
   return record.SubjectInfoVersion != -1 && !record.SubjectIdentity.empty() &&
@@ -158,7 +159,18 @@ class RetrieveWorkflow {
   }
 
   bool readData() {
-    return attempts_.step([&] { logger().fncReadVardenData(); });
+    return attempts_.step([&] { logger().fncReadVardenData(); }) && attempts_.step([&] { requireAllBytes(); });
+  }
+
+  /// Series may be made of exactly the bytes that the logger holds. What fills the last packet is none of
+  /// them.
+  void requireAllBytes() {
+    if (state_.AbortFlag) return;
+    const std::int64_t held = record().BytesUsed;
+    const auto came = record().RawData ? std::ssize(*record().RawData) : 0;
+    if (came < held || came >= held + LongestPacket)
+      fault::raise(fault::Subscript,
+                   std::to_string(came) + " bytes came, the logger holds " + std::to_string(held));
   }
 
   bool decode() {
