@@ -10,6 +10,7 @@
 
 namespace wristlog {
 
+namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
 
 int runDecode(const CommonOptions& common, const DecodeOptions& options) {
@@ -35,7 +36,8 @@ int runDecode(const CommonOptions& common, const DecodeOptions& options) {
   say() << wordsFor(result.Result) << ' ' << counted(logger->Get_Samples(), "epoch") << " of "
         << counted(logger->Get_EpochLength(), "second") << ", from "
         << engineering::isoDate(logger->Get_StartTimeGMT(), "Z") << ".\n";
-  for (const std::string& event : engineering::events(*logger).texts()) say() << event << '\n';
+  const hw::EventLog& events = engineering::events(*logger);
+  for (std::size_t i = 0; i < events.size(); ++i) say() << events.text(i) << '\n';
   if (!options.Folder.empty()) say() << "Written to " << options.Folder << ".\n";
   return Good;
 }

@@ -150,8 +150,9 @@ Json recordingJson(hw::Class_VardenLogger& logger, std::optional<hw::enmDecodeRe
   object["marker"] = seriesJson(logger.Get_MarkerArray());
   object["marker2"] = seriesJson(engineering::marker2(logger));
   object["wrist"] = seriesJson(logger.Get_WristStatusArray());
+  const hw::EventLog& log = engineering::events(logger);
   Json& events = object["events"] = Json::array();
-  for (std::string event : engineering::events(logger).texts()) events.push_back(std::move(event));
+  for (std::size_t i = 0; i < log.size(); ++i) events.push_back(log.text(i));
   return object;
 }
 

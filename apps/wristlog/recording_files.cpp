@@ -44,7 +44,8 @@ auto onFiles(const std::string& path, const Operation& operation) {
 
 void addEventsCsv(platform::NewFile& file, const hw::Class_VardenLogger& logger) {
   file.add("\"Time\",\"Event\",\"Record\"\n");
-  for (const std::string& event : engineering::events(logger).texts()) file.add(event + "\n");
+  const hw::EventLog& events = engineering::events(logger);
+  for (std::size_t i = 0; i < events.size(); ++i) file.add(events.text(i) + "\n");
 }
 
 hw::Class_Subject subjectOf(const hw::Class_VardenLogger& logger) {

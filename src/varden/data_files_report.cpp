@@ -186,7 +186,7 @@ void addRows(DataFile& file, const VardenRecord& record, const std::vector<Colum
 void addEvents(DataFile& file, const VardenRecord& record) {
   file.line();
   file.line("----------- EVENT ARRAY -------------");
-  for (const std::string& event : record.EventArray.texts()) file.plain(event).endLine();
+  for (std::size_t i = 0; i < record.EventArray.size(); ++i) file.plain(record.EventArray.text(i)).endLine();
 }
 
 }  // namespace

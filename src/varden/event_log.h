@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <ranges>
 #include <span>
 #include <string>
 
@@ -30,10 +29,6 @@ class HY_WRISTLOG_API EventLog {
   std::string words(std::size_t index) const;
   /// Time, words and record, hexadecimal: three fields in quotes, commas between them.
   std::string text(std::size_t index) const;
-  auto texts() const {
-    return std::views::iota(std::size_t{0}, size()) |
-           std::views::transform([this](std::size_t index) { return text(index); });
-  }
 
  private:
   static constexpr std::size_t LongestRecord = 7;

@@ -7,10 +7,8 @@ namespace {
 
 std::string eventTexts(const VardenRecord& record) {
   std::string texts;
-  for (const std::string& entry : record.EventArray.texts()) {
-    const auto begin = entry.find("\",\"") + 3;
-    texts += (texts.empty() ? "" : "|") + entry.substr(begin, entry.find("\",\"", begin) - begin);
-  }
+  for (std::size_t i = 0; i < record.EventArray.size(); ++i)
+    texts += (texts.empty() ? "" : "|") + record.EventArray.words(i);
   return texts;
 }
 
