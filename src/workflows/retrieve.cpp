@@ -159,7 +159,8 @@ class RetrieveWorkflow {
   }
 
   bool readData() {
-    return attempts_.step([&] { logger().fncReadVardenData(); }) && attempts_.step([&] { requireAllBytes(); });
+    return attempts_.step([&] { logger().fncReadVardenData(); }) &&
+           attempts_.step([&] { requireAllBytes(); });
   }
 
   /// Series may be made of exactly the bytes that the logger holds. What fills the last packet is none of
