@@ -16,7 +16,6 @@ namespace {
 
 /// The end that goes with a start when none is asked for: the logger takes no start without one.
 constexpr const char* LatestEnd = "2038-01-01";
-constexpr std::int32_t Aborted = 10013;
 
 std::int32_t secondsFromText(Session& session, const std::string& text) {
   return text.empty() ? 0 : session.main().DateToLoggerSeconds(engineering::dateFromText(text));

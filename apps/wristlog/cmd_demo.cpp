@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "base/dates.h"
 #include "commands.h"
 #include "json_output.h"
 #include "meanings.h"
@@ -22,8 +23,6 @@ namespace {
 
 constexpr std::chrono::hours Week{7 * 24};
 constexpr std::int32_t DemoEpoch = 60;
-constexpr std::int32_t Aborted = 10013;
-constexpr double SecondsPerDay = 86400;
 constexpr std::size_t ColumnsPerDay = 48;
 
 hw::Class_Subject demoSubject() {
@@ -49,9 +48,9 @@ void drawDays(const Speech& out, const hw::Class_VardenLogger& logger) {
   const auto& activity = logger.Get_ActivityArray();
   for (std::size_t i = 0; i < activity.size(); ++i) {
     if (activity[i] < 0) continue;
-    const double local =
-        engineering::localTime(logger, logger.Get_StartTimeGMT() +
-                                           static_cast<double>(i) * logger.Get_EpochLength() / SecondsPerDay);
+    const double local = engineering::localTime(
+        logger,
+        logger.Get_StartTimeGMT() + static_cast<double>(i) * logger.Get_EpochLength() / hw::SecondsPerDay);
     const auto day = static_cast<std::int64_t>(std::floor(local));
     if (days.empty() || days.back().first != day) days.emplace_back(day, std::array<Column, ColumnsPerDay>{});
     const auto at = static_cast<std::size_t>((local - std::floor(local)) * ColumnsPerDay);

@@ -1,5 +1,6 @@
 #include <cmath>
 
+#include "base/dates.h"
 #include "counted.h"
 #include "hy_wristlog/host.h"
 #include "json_output.h"
@@ -15,8 +16,6 @@ namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
 
 namespace {
-
-constexpr double UnixEpochDate = 25569, SecondsPerDay = 86400;
 
 constexpr const char* HalfConfigured =
     " The logger may hold part of the new set-up, and what it had recorded can no longer be relied on. "
@@ -91,7 +90,7 @@ int runLegacyConfigure(const CommonOptions& common, const ReaderOptions& reader,
       !options.NoDaylight, start, reader.Search, battery, serialNumber);
   const bool good = code == 0;
   const std::string startText =
-      good ? engineering::isoDate(UnixEpochDate + start / SecondsPerDay) : std::string();
+      good ? engineering::isoDate(hw::UnixEpochDate + start / hw::SecondsPerDay) : std::string();
   const bool hasBattery = good && hasBatteryDate(session.logger());
   const bool countsNone = good && options.Mode == hw::PD_Mode_ActivityAndSteps &&
                           session.workflows().Details().DeviceType != hw::KR_PENDREL_CRC_STEPS;

@@ -20,7 +20,6 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   Session session(common, KeepTraffic);
   const hw::enmLoggerPointer model = modelFromName(options.Model);
 
-  constexpr std::int32_t Aborted = 10013;
   constexpr auto NotDecoded = static_cast<hw::enmDecodeResult>(-1);
   std::shared_ptr<hw::Class_VardenLogger> logger;
   auto subject = std::make_shared<hw::Class_Subject>();

@@ -14,8 +14,6 @@ namespace engineering = hy_wristlog::engineering;
 
 namespace {
 
-constexpr std::int32_t Aborted = 10013;
-
 struct Status {
   std::int32_t Code = 0;
   std::string Simple, Long;

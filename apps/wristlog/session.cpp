@@ -79,7 +79,6 @@ void Session::showProgress(const std::string& text) { host_->showProgress(text);
 void Session::endProgress() { host_->endProgress(); }
 
 void requireNotStopped() {
-  constexpr std::int32_t Aborted = 10013;
   if (interruptRequested()) throw hy_wristlog::Failure(Aborted, "wristlog", "Stopped. Nothing was changed");
 }
 

@@ -22,6 +22,9 @@ struct CommonOptions {
   std::string Simulate;  ///< whom `--simulate` names, or empty for the machine's docks
 };
 
+/// The return code of a workflow that was aborted.
+inline constexpr std::int32_t Aborted = 10013;
+
 enum ExitStatus : int { Good = 0, Unsuccessful = 1, WrongUsage = 2 };
 
 class TerminalHost;

@@ -21,11 +21,15 @@ CommandUnderWay::~CommandUnderWay() { --commandsUnderWay; }
 bool CommandUnderWay::any() { return commandsUnderWay > 0; }
 
 ErrorStackKept::ErrorStackKept() {
-  if (CommandUnderWay::any()) stack_ = std::exchange(globals().ErrorStack, {});
+  if (!CommandUnderWay::any()) return;
+  stack_ = std::exchange(globals().ErrorStack, {});
+  logPath_ = std::exchange(globals().ErrorLogPath, {});
 }
 
 ErrorStackKept::~ErrorStackKept() {
-  if (stack_) globals().ErrorStack = std::move(*stack_);
+  if (!stack_) return;
+  globals().ErrorStack = std::move(*stack_);
+  globals().ErrorLogPath = std::move(logPath_);
 }
 
 Failure currentFailure() {

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -156,6 +157,7 @@ class ErrorStackKept {
 
  private:
   std::optional<std::vector<std::optional<Class_ErrorRecord>>> stack_;
+  std::string logPath_;
 };
 
 /// Runs `step` and forgets its failures: within a command they leave no trace in the error stack either.

@@ -29,7 +29,7 @@ std::string FileSettingsStore::folder() {
 SettingsTable FileSettingsStore::load() {
   const std::string path = file();
   if (files_.state(path).Kind == FileKind::Missing) return {};
-  return SettingsTable::parse(files_.read(path));
+  return SettingsTable::parse(files_.readUpTo(Files::LongestText, path));
 }
 
 template <class Edit>
