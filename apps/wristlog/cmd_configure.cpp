@@ -44,8 +44,9 @@ int runConfigure(const CommonOptions& common, const ConfigureOptions& options) {
   // An aborted configuration ends with whatever code it had come to.
   if (interruptRequested() && serialNumber.empty()) code = Aborted;
   const std::string meaning =
-      code == Aborted ? "Aborted. The logger may be left without a configuration: configure it again."
-                      : explanationOf(code, model);
+      code == Aborted
+          ? "Aborted. A recording that the logger still holds can be retrieved; otherwise configure it again."
+          : explanationOf(code, model);
   if (session.asJson())
     print({{"return_code", code},
            {"return_code_meaning", meaning},

@@ -65,8 +65,9 @@ Result retrieve(hw::Class_Main& main, const ConsoleOptions& options) {
   Result result = resultOf(code, model, details);
   if (const std::string trouble = recording.trouble(); !trouble.empty())
     result = {NotWhole, "Code " + std::to_string(NotWhole) + ": " + trouble};
-  if (!options.Folder.empty() && recording.isThere()) {
-    recording.write(RecordingFiles(options.Folder, options.Force));
+  if (const RecordingFiles files(options.Folder, options.Force);
+      !options.Folder.empty() && recording.mayBeWritten(files)) {
+    recording.write(files);
     result.Words += " Written to " + options.Folder + ".";
   }
   return result;

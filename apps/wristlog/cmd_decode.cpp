@@ -33,7 +33,7 @@ int runDecode(const CommonOptions& common, const DecodeOptions& options) {
     print(recordingJson(*logger, result.Result, result.LowBattery));
     return Good;
   }
-  say() << wordsFor(result.Result) << ' ' << counted(logger->Get_Samples(), "epoch") << " of "
+  say() << verdictOf(result) << ' ' << counted(logger->Get_Samples(), "epoch") << " of "
         << counted(logger->Get_EpochLength(), "second") << ", from "
         << engineering::isoDate(logger->Get_StartTimeGMT(), "Z") << ".\n";
   const hw::EventLog& events = engineering::events(*logger);

@@ -49,7 +49,7 @@ int runPlot(const CommonOptions& common, const PlotOptions& options) {
   const RecordingWorld world(momentOf(recording));
   const DecodedRecording saved = decoded(recording, place, options.Diagnostic);
   files.requireEpochs(*saved.Logger);
-  const picture::PlottedRecording plot = plottedRecording(*saved.Logger, saved.Result, saved.LowBattery);
+  const picture::PlottedRecording plot = plottedRecording(saved);
   files.writePictures(plot);
 
   const auto findings = picture::findingsOf(plot, picture::daysOf(plot));

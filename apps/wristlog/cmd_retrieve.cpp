@@ -42,7 +42,8 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
     verdict.reset();
   }
   bool drawn = true;
-  if (recording.isThere()) recording.write(files);
+  const bool kept = recording.mayBeWritten(files);
+  if (kept) recording.write(files);
   if (recording.isSound()) {
     verdict = recording.decode().Result;
     try {
@@ -79,7 +80,8 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
     out << wordsFor(*verdict) << ' ' << counted(shown.Get_Samples(), "epoch") << " of "
         << counted(shown.Get_EpochLength(), "second") << " from logger " << shown.Get_SerialNumber() << ".\n";
   if (lowBattery) out << "The logger's battery is low.\n";
-  if (recording.isThere()) out << "Written to " << options.Folder << ".\n";
+  if (kept) out << "Written to " << options.Folder << ".\n";
+  if (!kept && recording.isThere()) out << "The recording in " << options.Folder << " was left as it is.\n";
   return status;
 }
 

@@ -86,7 +86,8 @@ void addEvents(picture::PlottedRecording& plot, const hw::Class_VardenLogger& lo
   }
 }
 
-void addFacts(picture::PlottedRecording& plot, hw::Class_VardenLogger& logger, hw::enmDecodeResult result) {
+void addFacts(picture::PlottedRecording& plot, const DecodedRecording& recording) {
+  hw::Class_VardenLogger& logger = *recording.Logger;
   const auto add = [&](const char* label, const std::string& value) { addFact(plot, label, value); };
   addSubjectFacts(plot, logger);
   add("Logger", modelWords(logger.Get_DeviceType()));
@@ -98,13 +99,13 @@ void addFacts(picture::PlottedRecording& plot, hw::Class_VardenLogger& logger, h
                      std::to_string(engineering::marker2Count(logger)) + " of button 2");
   // Decoded from files, a logger has no voltage.
   if (logger.Get_BatteryVoltage() > 0) add("Battery", engineering::batteryWords(logger));
-  add("Result", wordsFor(result));
+  add("Result", verdictOf(recording));
 }
 
-void addWarnings(picture::PlottedRecording& plot, const hw::Class_VardenLogger& logger,
-                 hw::enmDecodeResult result, bool lowBattery) {
-  if (result != hw::Decode_OK) plot.Warnings.push_back(wordsFor(result));
-  if (lowBattery) plot.Warnings.emplace_back("The logger's battery was low during the recording.");
+void addWarnings(picture::PlottedRecording& plot, const DecodedRecording& recording) {
+  const hw::Class_VardenLogger& logger = *recording.Logger;
+  if (recording.Result != hw::Decode_OK || recording.Unchecked) plot.Warnings.push_back(verdictOf(recording));
+  if (recording.LowBattery) plot.Warnings.emplace_back("The logger's battery was low during the recording.");
   if (logger.Get_LowPowerShutdownFlag() == hw::LowPower_ShutdownOccurred)
     plot.Warnings.emplace_back("The logger has shut down on a low battery.");
   addResets(plot, logger.Get_Resets());
@@ -112,10 +113,10 @@ void addWarnings(picture::PlottedRecording& plot, const hw::Class_VardenLogger& 
 
 }  // namespace
 
-picture::PlottedRecording plottedRecording(hw::Class_VardenLogger& logger, hw::enmDecodeResult result,
-                                           bool lowBattery) {
+picture::PlottedRecording plottedRecording(DecodedRecording recording) {
   // How long ago a sound recording ended is no matter for its pictures, which stay the same.
-  if (result == hw::Decode_TooLongSinceLastAcqStop) result = hw::Decode_OK;
+  if (recording.Result == hw::Decode_TooLongSinceLastAcqStop) recording.Result = hw::Decode_OK;
+  hw::Class_VardenLogger& logger = *recording.Logger;
   picture::PlottedRecording plot;
   plot.Subject = logger.Get_SubjectIdentity();
   plot.Logger = modelWords(logger.Get_DeviceType()) + " " + logger.Get_SerialNumber();
@@ -133,8 +134,8 @@ picture::PlottedRecording plottedRecording(hw::Class_VardenLogger& logger, hw::e
   addMarkers(plot, logger.Get_MarkerArray(), 1);
   addMarkers(plot, engineering::marker2(logger), 2);
   addEvents(plot, logger);
-  addFacts(plot, logger, result);
-  addWarnings(plot, logger, result, lowBattery);
+  addFacts(plot, recording);
+  addWarnings(plot, recording);
   return plot;
 }
 

@@ -1,13 +1,11 @@
 #pragma once
 
-#include "hy_wristlog/Class_VardenLogger.h"
-#include "hy_wristlog/enumerations.h"
 #include "picture/recording.h"
+#include "saved_recording.h"
 
 namespace wristlog {
 
 /// What the pictures show of a decoded recording.
-picture::PlottedRecording plottedRecording(hy_wristlog::Class_VardenLogger& logger,
-                                           hy_wristlog::enmDecodeResult result, bool lowBattery);
+picture::PlottedRecording plottedRecording(DecodedRecording recording);
 
 }  // namespace wristlog

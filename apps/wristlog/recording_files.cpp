@@ -11,6 +11,7 @@
 #include "meanings.h"
 #include "picture/actogram.h"
 #include "picture/report.h"
+#include "platform/folder_lock.h"
 #include "platform/platform.h"
 #include "plotted_logger.h"
 #include "process.h"
@@ -144,7 +145,27 @@ bool RecordingFiles::isFromDemo() const {
   }
 }
 
+bool RecordingFiles::holdAny() const {
+  const auto all = paths();
+  return std::any_of(all.begin(), all.end(),
+                     [](const std::string& path) { return std::filesystem::exists(path); });
+}
+
+void RecordingFiles::claim() const {
+  if (claim_) return;
+  onFiles(folder_, [&](platform::Files& files) { claim_ = platform::lockFolder(files, folder_); });
+  if (!overwrite_ && holdAny())
+    throw hw::Failure(FileExists, Source, "Another recording has been written to " + folder_ + " meanwhile");
+}
+
+/// What was made of a former recording goes first, so that it never stands beside another one's bytes.
 void RecordingFiles::writeRaw(const engineering::SavedRecording& recording) const {
+  if (missingFolders().empty()) {
+    claim();
+    for (const std::string& name : names_)
+      if (name != "raw.bin" && name != "config.ini")
+        onFiles(path(name), [&](platform::Files& files) { files.remove(path(name)); });
+  }
   writeFile("raw.bin", {recording.Raw.begin(), recording.Raw.end()});
   writeFile("config.ini", recording.Ini);
 }
@@ -172,7 +193,7 @@ void RecordingFiles::writePictures(const picture::PlottedRecording& plot) const 
 
 void RecordingFiles::writePictures(const DecodedRecording& recording) const {
   try {
-    writePictures(plottedRecording(*recording.Logger, recording.Result, recording.LowBattery));
+    writePictures(plottedRecording(recording));
   } catch (const hw::Failure& failure) {
     throw hw::Failure(failure.Number, failure.Source,
                       failure.Description + ". Only the pictures are missing: 'wristlog plot " + folder_ +
@@ -206,6 +227,7 @@ void RecordingFiles::writeFile(const std::string& name,
     onFiles(path(name), [&](platform::Files& files) {
       const SignalsHeld held;
       for (const std::string& folder : made) files.makeFolder(folder, false);
+      claim();
       const auto file = files.create(path(name));
       addContent(*file);
       file->finish();
@@ -229,7 +251,8 @@ Json summaryJson(const DecodedRecording& recording) {
   summary["battery"] = engineering::batteryWords(logger);
   summary["low_battery_detected"] = recording.LowBattery;
   summary["result"] = nameOf(recording.Result);
-  summary["result_in_words"] = wordsFor(recording.Result);
+  summary["result_in_words"] = verdictOf(recording);
+  if (recording.Unchecked) summary["unchecked"] = true;
   summary["configuration"] = loggerJson(logger);
   return summary;
 }

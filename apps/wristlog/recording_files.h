@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,8 @@ class RecordingFiles {
   void writePictures(const DecodedRecording& recording) const;
   /// Raises 11503 when nothing at all would take the place of one of the files.
   void requireEpochs(const hy_wristlog::Class_VardenLogger& logger) const;
+  /// Whether one of the files exists.
+  bool holdAny() const;
   void writeFile(const std::string& name, const std::string& content) const;
   /// The same with a content that is made while it is written.
   void writeFile(const std::string& name,
@@ -50,6 +53,9 @@ class RecordingFiles {
 
  private:
   bool isFromDemo() const;
+  /// Keeps other programs' recordings out of the folder from the first file on. Raises fault 58 when one has
+  /// come since `prepare`.
+  void claim() const;
   /// The folder, and those above it, that do not exist, the uppermost first.
   std::vector<std::string> missingFolders() const;
   std::string path(const std::string& name) const { return folder_ + "/" + name; }
@@ -57,6 +63,7 @@ class RecordingFiles {
   std::string folder_;
   bool overwrite_;
   std::vector<std::string> names_;
+  mutable std::shared_ptr<hy_wristlog::platform::FolderLock> claim_;
 };
 
 /// In the key "made_by" of a demo's recording.json.

@@ -27,6 +27,11 @@ class RetrievedRecording {
   /// In words why these are not the bytes that the logger holds; empty when they are, or nothing came.
   std::string trouble() const;
 
+  /// A part of a recording is kept only where it takes no other recording's place.
+  bool mayBeWritten(const RecordingFiles& files) const {
+    return isThere() && (isSound() || !files.holdAny());
+  }
+
   /// Enters the recording's world, which stays until this goes, and decodes it there. Only for a sound one.
   const DecodedRecording& decode();
   /// Raw data and configuration first, and of a sound recording all but the pictures, `made_by` in its facts

@@ -1,6 +1,7 @@
 #include "saved_recording.h"
 
 #include "hy_wristlog/failure.h"
+#include "meanings.h"
 #include "recording_world.h"
 #include "say.h"
 #include "workflows/engineering_files.h"
@@ -52,8 +53,15 @@ double momentOf(const engineering::SavedRecording& recording) {
   }
 }
 
+std::string verdictOf(const DecodedRecording& recording) {
+  if (!recording.Unchecked) return wordsFor(recording.Result);
+  const std::string words = "Unchecked: the bytes are not those that the configuration tells of.";
+  return recording.Result == hw::Decode_OK ? words : words + " " + wordsFor(recording.Result);
+}
+
 DecodedRecording decoded(const engineering::SavedRecording& recording, bool diagnostic) {
   DecodedRecording result;
+  result.Unchecked = !recording.mismatch().empty();
   result.Logger = engineering::openRecording(recording);
   result.Result = engineering::decode(*result.Logger, diagnostic, result.LowBattery);
   result.LowBattery = result.LowBattery || recording.lowBattery();

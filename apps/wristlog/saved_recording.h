@@ -34,7 +34,11 @@ struct DecodedRecording {
   std::shared_ptr<hy_wristlog::Class_VardenLogger> Logger;
   hy_wristlog::enmDecodeResult Result = hy_wristlog::Decode_InputError;
   bool LowBattery = false;
+  bool Unchecked = false;  ///< the bytes are not those that the configuration tells of
 };
+
+/// What decoding made of the bytes; of unchecked ones no more than that nothing vouches for it.
+std::string verdictOf(const DecodedRecording& recording);
 
 /// Belongs into the recording's world. Raises what decoding raises.
 DecodedRecording decoded(const hy_wristlog::engineering::SavedRecording& recording, bool diagnostic);

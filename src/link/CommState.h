@@ -15,6 +15,9 @@ namespace hy_wristlog {
 
 inline constexpr std::size_t ReceiveBufferSize = 17000;
 
+/// More than any logger's memory holds, with room for packets that come again.
+inline constexpr std::size_t MostTransferBytes = std::size_t{20} << 20;
+
 /// Bytes; all that passes when a megabyte is retrieved, three times over.
 inline constexpr std::size_t MostConsoleText = std::size_t{16} << 20;
 
@@ -52,6 +55,7 @@ struct CommState final : platform::EventSource {
   SerialControl control;
   std::int32_t lastCOMerrorNum = 0;
   bool doingXMODEM = false, abortRequested = false;
+  std::size_t mostTransferBytes = MostTransferBytes;
 
   bool toggling = false;
   std::int16_t toggleInterval = 0;  ///< milliseconds

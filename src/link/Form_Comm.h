@@ -101,6 +101,8 @@ class Form_Comm {
   /// Raises 3004, 3011, 3013, and fault 6 when a packet other than 0 follows packet 255.
   PacketArray fncReceiveXmodemPackets(std::int32_t vBaudRate, std::int32_t vDataBits, std::int32_t vParity,
                                       std::int32_t vStopBits, std::int32_t CmdTimeout);
+  /// Transfers that bring more than so many bytes end with 3011 from now on; 20 MiB at first.
+  void boundTransfers(std::size_t bytes);
   void subSendXmodemAbort();
   void subSendCTRLCabort();
   void subSendXmodemACK();

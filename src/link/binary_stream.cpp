@@ -17,12 +17,12 @@ struct Arrival {
 };
 
 /// How many turns of about a millisecond a stream may take: its waits, and four times what the line needs.
-double mostTurns(std::string_view settings, std::size_t bytes, double waits) {
+std::int64_t mostTurns(std::string_view settings, std::size_t bytes, std::int64_t waits) {
   constexpr double BitsOfCharacter = 12, Leisure = 4, MillisecondsPerSecond = 1000, SlowestBaud = 110;
   const auto line = parseLineSettings(settings);
   const double baud = line ? line->Baud : SlowestBaud;
   const auto count = static_cast<double>(std::min(bytes, ReceiveBufferSize));
-  return waits + Leisure * MillisecondsPerSecond * count * BitsOfCharacter / baud;
+  return waits + static_cast<std::int64_t>(Leisure * MillisecondsPerSecond * count * BitsOfCharacter / baud);
 }
 
 /// Watches the receive buffer until it holds `enough` or has not grown for a while: `firstWait` before the
@@ -31,7 +31,7 @@ double mostTurns(std::string_view settings, std::size_t bytes, double waits) {
 Arrival watchArrival(CommState& state, const PortSteps& port, std::size_t enough, std::int32_t firstWait,
                      std::int32_t nextWait) {
   Arrival arrival;
-  double turns = mostTurns(port.Settings(), enough, double{1} * firstWait + nextWait);
+  std::int64_t turns = mostTurns(port.Settings(), enough, std::int64_t{firstWait} + nextWait);
   double deadline = state.deadline(firstWait);
   for (;;) {
     bool late = state.timer() > deadline;

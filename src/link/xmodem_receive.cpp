@@ -9,8 +9,6 @@ namespace hy_wristlog {
 namespace {
 
 constexpr std::int32_t MostInvitations = 5, MostBadPackets = 3, MostDuplicates = 3;
-/// More than any logger's memory holds, with room for packets that come again.
-constexpr std::size_t MostBytes = std::size_t{20} << 20;
 constexpr std::size_t FrameOverhead = 5, ShortFrame = 128 + FrameOverhead, LongFrame = 1024 + FrameOverhead;
 
 class XmodemReceiver : public XmodemSession {
@@ -141,7 +139,8 @@ class XmodemReceiver : public XmodemSession {
       bytesSoFar_ =
           fault::narrow<std::int32_t>(bytesSoFar_ + static_cast<std::int64_t>(bytes_.size() - FrameOverhead));
     storedBytes_ += packet_.BinData.size();
-    if (storedBytes_ > MostBytes) return giveUp(RetriesExceeded, "More data than a logger can hold");
+    if (storedBytes_ > link_.mostTransferBytes)
+      return giveUp(RetriesExceeded, "More data than a logger can hold");
     packets_.push_back(std::exchange(packet_, {}));
     procedure().statement([&] { link_.form.subSendXmodemACK(); });
     link_.owner->XmodemPacketReceived(expected_, bytesSoFar_);
@@ -174,6 +173,8 @@ class XmodemReceiver : public XmodemSession {
 };
 
 }  // namespace
+
+void Form_Comm::boundTransfers(std::size_t bytes) { state_->mostTransferBytes = bytes; }
 
 PacketArray Form_Comm::fncReceiveXmodemPackets(std::int32_t vBaudRate, std::int32_t vDataBits,
                                                std::int32_t vParity, std::int32_t vStopBits,

@@ -143,6 +143,8 @@ class VardenLogger : public LoggerLink {
   std::int16_t Get_BatteryPercent();
   std::string fncFriendlyBatteryStatus();
   double Get_MaxRecordingTimeAvailable(bool fromPresentFill) const;
+  /// The size of the last packet that fncReadVardenData has read: fewer bytes than that may fill it up.
+  std::size_t lastPacketBytes() const { return lastPacketBytes_; }
 
  private:
   void AbortAcknowledged() override;
@@ -151,6 +153,7 @@ class VardenLogger : public LoggerLink {
   std::int16_t dockCOMport_ = 0;
   bool abortMark_ = false;
   bool commsAborted_ = false;
+  std::size_t lastPacketBytes_ = 0;
 };
 
 }  // namespace hy_wristlog

@@ -12,9 +12,19 @@
 namespace hy_wristlog {
 namespace {
 
+/// A configuration has 256 bytes.
+constexpr std::size_t MostConfigBytes = 16384;
+
+/// Room for packets that come again.
+std::size_t mostDataBytes(std::int32_t bytesUsed) {
+  constexpr std::size_t Any = std::size_t{20} << 20, Least = 65536;
+  return bytesUsed > 0 ? std::min(Any, Least + 4 * static_cast<std::size_t>(bytesUsed)) : Any;
+}
+
 /// The link's count of packets overflows when the logger repeats packet 255. Another attempt mends that like
 /// any other failure of a transfer.
-PacketArray receivePackets(ShellProcedure& shell, Form_Comm& link) {
+PacketArray receivePackets(ShellProcedure& shell, Form_Comm& link, std::size_t most) {
+  link.boundTransfers(most);
   return shell.procedure.statement([&]() -> PacketArray {
     try {
       return link.fncReceiveXmodemPackets(shell::Baud57600, shell::EightDataBits, shell::NoParity,
@@ -47,7 +57,7 @@ std::unique_ptr<VardenLogger> VardenLogger::fncReadVardenConfig(bool NewLogger) 
     if (NewLogger) fresh = std::make_unique<VardenLogger>();
     shell.procedure.statement([&] { subErase(); });
     shell.ask(shell::ShowConfig);
-    const PacketArray packets = receivePackets(shell, link());
+    const PacketArray packets = receivePackets(shell, link(), MostConfigBytes);
     if (!packets) shell.fail(3013, "No packets received");
     shell.procedure.statement([&] { (fresh ? *fresh : *this).Let_ConfigPackets(packets); });
     letLoggerSettle(shell);
@@ -62,9 +72,10 @@ void VardenLogger::fncReadVardenData() {
   shell.procedure.run([&] {
     commsAborted_ = false;
     shell.ask(shell::ShowData);
-    PacketArray packets = receivePackets(shell, link());
+    PacketArray packets = receivePackets(shell, link(), mostDataBytes(record.BytesUsed));
     if (commsAborted_) return;
     dropRepeatedPackets(packets);
+    lastPacketBytes_ = packets && !packets->empty() ? packets->back().BinData.size() : 0;
     shell.procedure.statement([&] { subSetRawDataFromPackets(packets); });
     letLoggerSettle(shell);
   });

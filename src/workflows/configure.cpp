@@ -138,14 +138,14 @@ class ConfigureWorkflow {
     if (attempts_.aborted() || !setClock()) return;
     if (attempts_.aborted() || !fitTimes()) return;
     if (!attempts_.step([&] { buildConfiguration(); })) return;
-    if (!attempts_.step([&] { logger().subSendVardenConfig(); })) return;
+    if (attempts_.aborted() || !attempts_.step([&] { logger().subSendVardenConfig(); })) return;
     if (attempts_.aborted() || !verify()) return;
     finish();
   }
 
   bool stopLogger() {
-    return attempts_.step([&] { logger().subSetVardenAcqStop(0); }) &&
-           attempts_.step([&] { logger().subSetVardenMemoryPointer(0); }) &&
+    return attempts_.step([&] { logger().subSetVardenAcqStop(0); }) && !attempts_.aborted() &&
+           attempts_.step([&] { logger().subSetVardenMemoryPointer(0); }) && !attempts_.aborted() &&
            (!logger().fncHasSleepMode() || attempts_.step([&] { logger().subSetVardenSleep(false); }));
   }
 

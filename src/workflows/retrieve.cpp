@@ -14,7 +14,6 @@ namespace {
 
 constexpr std::int16_t LowVividPercent = 10;
 constexpr float LowKestrin2Voltage = 2.9F;
-constexpr std::int64_t LongestPacket = 1024;  // bytes
 
 bool hasUsableSubject(const VardenRecord& record) {
   return record.SubjectInfoVersion != -1 && !record.SubjectIdentity.empty() &&
@@ -169,7 +168,7 @@ class RetrieveWorkflow {
     if (state_.AbortFlag) return;
     const std::int64_t held = record().BytesUsed;
     const auto came = record().RawData ? std::ssize(*record().RawData) : 0;
-    if (came < held || came >= held + LongestPacket)
+    if (came < held || came >= held + static_cast<std::int64_t>(logger().lastPacketBytes()))
       fault::raise(fault::Subscript,
                    std::to_string(came) + " bytes came, the logger holds " + std::to_string(held));
   }

@@ -19,8 +19,6 @@ namespace hy_wristlog::engineering {
 namespace {
 
 constexpr std::string_view RecordingSection = "Recording";
-/// A transfer fills its last packet up, so that less than one packet may be more than the logger held.
-constexpr std::size_t LongestPacket = 1024;
 
 struct Key {
   std::string_view Section, Name;
@@ -127,7 +125,9 @@ SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBatte
   saved.Raw.insert(saved.Raw.end(), record.CutOffData.begin(), record.CutOffData.end());
   if (saved.Raw.empty()) return saved;
   const std::size_t held = record.ConfigBlock.NextMemoryAddress;
-  if (saved.Raw.size() > held && saved.Raw.size() - held < LongestPacket) saved.Raw.resize(held);
+  // What fills the last packet up is none of the logger's.
+  if (saved.Raw.size() > held && saved.Raw.size() - held < retrieved.inside().lastPacketBytes())
+    saved.Raw.resize(held);
 
   IniFile file = blockAlone(record.RawConfigHex);
   put(file, Firmware, record.FirmwareVersion);

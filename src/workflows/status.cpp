@@ -179,9 +179,9 @@ class Inquiry final : private platform::EventSource {
   /// An abort cancels a transfer; any other waiting ends when the port is closed.
   void serveEvents() override {
     if (!state_.AbortFlag || !logger_.link().Get_PortReady()) return;
-    const bool transfers = logger_.link().Get_DoingXMODEM();
+    if (logger_.link().Get_DoingXMODEM()) return logger_.link().subAbortProcess();
     ignoringFailures([&] { logger_.subAbortLoggerComms(); });
-    if (!transfers) ignoringFailures([&] { logger_.subCloseDevicePort(); });
+    ignoringFailures([&] { logger_.subCloseDevicePort(); });
   }
 
   Pass tryModel(const DockedModel& model, StatusTexts& texts) {
