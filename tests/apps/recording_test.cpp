@@ -179,8 +179,11 @@ TEST(Recording, DamagedFilesAreNamed) {
 
 TEST(Recording, AFileIsWholeOrNotThere) {
   const Sandbox box;
-  // 100 blocks of 512 bytes: enough for the raw recording, not for the series.
-  const Outcome full = box.run("retrieve --model vivid --simulate vivid --out full", "", "ulimit -f 100;");
+  const std::string retrieve = "retrieve --model vivid --simulate vivid --out full";
+  ASSERT_EQ(box.run(retrieve).Status, 0);
+  // 100 blocks of 512 bytes: enough for the raw recording, not for the series. Those of the former one are
+  // gone.
+  const Outcome full = box.run(retrieve + " --force", "", "ulimit -f 100;");
   EXPECT_EQ(full.Status, 1);
   EXPECT_NE(full.Err.find("still holds"), std::string::npos) << full.Err;
   for (const auto& entry : std::filesystem::directory_iterator(box.Folder / "full")) {

@@ -22,7 +22,8 @@ TEST(SavedRecording, HasEveryByteThatCameAndTellsWhenTheyAreNotTheLoggers) {
   const struct {
     std::int64_t More;  ///< bytes than the logger holds are sent
     bool Resets, Whole;
-  } cases[] = {{0, false, true}, {0, true, true}, {-600, false, false}, {500, false, false}, {2048, false, false}};
+  } cases[] = {
+      {0, false, true}, {0, true, true}, {-600, false, false}, {500, false, false}, {2048, false, false}};
   for (const auto& each : cases) {
     SCOPED_TRACE(std::to_string(each.More) + (each.Resets ? ", resets" : ""));
     Workbench desk(LggrPntr_KRVivid);
