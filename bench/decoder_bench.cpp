@@ -4,8 +4,8 @@
 
 #include "base/formats.h"
 #include "heap_peak.h"
-#include "varden/sample_decoder.h"
-#include "varden/stream_decoder.h"
+#include "varden/decode/sample_decoder.h"
+#include "varden/decode/stream_decoder.h"
 
 namespace hy_wristlog {
 namespace {

@@ -8,7 +8,7 @@
 
 #include "simulator/dockable.h"
 #include "simulator/recorder.h"
-#include "simulator/shell.h"
+#include "simulator/varden_shell.h"
 #include "simulator/wearer.h"
 
 namespace hy_wristlog::simulator {

@@ -1,5 +1,5 @@
-#include "cli.h"
-#include "process.h"
+#include "cli/cli.h"
+#include "session/process.h"
 
 int main(int argc, char** argv) {
   wristlog::prepareStandardStreams();

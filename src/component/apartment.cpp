@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "component/shell_pool.h"
+#include "component/handle_pool.h"
 #include "platform/platform.h"
 
 namespace hy_wristlog::component {

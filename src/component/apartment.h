@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "component/shell.h"
+#include "component/handle.h"
 
 namespace hy_wristlog::component {
 

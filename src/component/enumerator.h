@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "component/guid.h"
-#include "component/shell.h"
+#include "component/handle.h"
 
 namespace hy_wristlog::component {
 

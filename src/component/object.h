@@ -3,8 +3,8 @@
 #include <memory>
 #include <vector>
 
+#include "component/handle.h"
 #include "component/members.h"
-#include "component/shell.h"
 #include "component/sinks.h"
 
 namespace hy_wristlog::component {

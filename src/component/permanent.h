@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "component/guid.h"
-#include "component/shell.h"
+#include "component/handle.h"
 
 namespace hy_wristlog::component {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "component/shell.h"
+#include "component/handle.h"
 #include "component/strings.h"
 
 namespace hy_wristlog::component {

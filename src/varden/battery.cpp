@@ -10,7 +10,7 @@
 #include "errors/Procedure.h"
 #include "tools/logger_seconds.h"
 #include "varden/VardenLogger.h"
-#include "varden/sample_decoder.h"
+#include "varden/decode/sample_decoder.h"
 
 namespace hy_wristlog {
 namespace {

@@ -1,6 +1,6 @@
 #include "varden/friendly.h"
 
-#include "varden/wire_codes.h"
+#include "varden/config/wire_codes.h"
 
 namespace hy_wristlog {
 

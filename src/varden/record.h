@@ -9,8 +9,8 @@
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "hy_wristlog/enumerations.h"
 #include "timezones/Class_TimeZoneInfo.h"
-#include "varden/config_block.h"
-#include "varden/event_log.h"
+#include "varden/config/config_block.h"
+#include "varden/decode/event_log.h"
 
 namespace hy_wristlog {
 

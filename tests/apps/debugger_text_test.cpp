@@ -1,9 +1,9 @@
-#include "debugger_text.h"
+#include "debugger/debugger_text.h"
 
 #include <gtest/gtest.h>
 
-#include "clipboard.h"
-#include "safe_text.h"
+#include "debugger/clipboard.h"
+#include "words/safe_text.h"
 
 namespace wristlog {
 namespace {

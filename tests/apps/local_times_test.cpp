@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "base/dates.h"
+#include "engineering/recording.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "varden/VardenLogger.h"
-#include "workflows/engineering.h"
 
 namespace hy_wristlog {
 namespace {

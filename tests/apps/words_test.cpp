@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "cli.h"
+#include "cli/cli.h"
 #include "simulator/bench.h"
 #include "support/surroundings.h"
 

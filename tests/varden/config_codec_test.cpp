@@ -1,4 +1,4 @@
-#include "varden/config_codec.h"
+#include "varden/config/config_codec.h"
 
 #include <algorithm>
 #include <random>
@@ -6,9 +6,9 @@
 #include "simulator/checksum.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "varden/VardenLogger.h"
+#include "varden/config/packets.h"
+#include "varden/config/wire_codes.h"
 #include "varden/friendly.h"
-#include "varden/packets.h"
-#include "varden/wire_codes.h"
 #include "varden_support.h"
 
 namespace hy_wristlog {

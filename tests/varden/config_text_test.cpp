@@ -3,9 +3,9 @@
 
 #include "support/surroundings.h"
 #include "varden/VardenLogger.h"
-#include "varden/config_check.h"
-#include "varden/config_codec.h"
-#include "varden/config_text.h"
+#include "varden/config/config_check.h"
+#include "varden/config/config_codec.h"
+#include "varden/config/config_text.h"
 #include "varden_support.h"
 
 namespace hy_wristlog {

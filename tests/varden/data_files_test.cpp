@@ -4,11 +4,11 @@
 #include <random>
 
 #include "errors/GlobalState.h"
+#include "start_up/error_files.h"
 #include "support/surroundings.h"
 #include "varden/VardenLogger.h"
-#include "varden/data_files.h"
+#include "varden/files/data_files.h"
 #include "varden_support.h"
-#include "workflows/error_files.h"
 
 namespace hy_wristlog {
 namespace {

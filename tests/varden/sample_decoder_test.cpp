@@ -1,4 +1,4 @@
-#include "varden/sample_decoder.h"
+#include "varden/decode/sample_decoder.h"
 
 #include <cstring>
 

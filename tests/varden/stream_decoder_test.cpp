@@ -1,4 +1,4 @@
-#include "varden/stream_decoder.h"
+#include "varden/decode/stream_decoder.h"
 
 #include "varden_support.h"
 

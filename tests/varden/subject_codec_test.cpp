@@ -1,4 +1,4 @@
-#include "varden/subject_codec.h"
+#include "varden/config/subject_codec.h"
 
 #include <limits>
 

@@ -13,7 +13,7 @@
 #include "simulator/simulated_world.h"
 #include "support/failures.h"
 #include "support/in_world.h"
-#include "varden/stream_decoder.h"
+#include "varden/decode/stream_decoder.h"
 
 namespace hy_wristlog {
 

@@ -1,11 +1,11 @@
-#include "workflows/saved_recording.h"
+#include "engineering/saved_recording.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
 
-#include "workflows/engineering.h"
+#include "engineering/recording.h"
 #include "workflows/workbench.h"
 
 namespace hy_wristlog::workbench {

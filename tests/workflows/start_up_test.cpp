@@ -1,4 +1,4 @@
-#include "workflows/start_up.h"
+#include "start_up/start_up.h"
 
 #include <gtest/gtest.h>
 
@@ -9,10 +9,10 @@
 #include "errors/failing_world.h"
 #include "hy_wristlog/Class_Subject.h"
 #include "signature/Class_Signature.h"
+#include "start_up/error_files.h"
 #include "support/failures.h"
 #include "support/surroundings.h"
 #include "tools/Class_Tools.h"
-#include "workflows/error_files.h"
 
 namespace hy_wristlog {
 namespace {

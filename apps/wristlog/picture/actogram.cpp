@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "counted.h"
 #include "picture/day_drawing.h"
 #include "picture/legend.h"
 #include "picture/local_time.h"
 #include "picture/markup.h"
 #include "picture/scales.h"
 #include "picture/sheet.h"
+#include "words/counted.h"
 
 namespace wristlog::picture {
 namespace {

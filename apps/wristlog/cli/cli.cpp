@@ -1,0 +1,152 @@
+#include "cli/cli.h"
+
+#include <algorithm>
+#include <exception>
+#include <new>
+#include <sstream>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "cli/cli_checks.h"
+#include "errors/Procedure.h"
+#include "platform/platform.h"
+#include "recording/json_output.h"
+#include "session/process.h"
+#include "words/meanings.h"
+#include "words/safe_text.h"
+
+namespace wristlog {
+namespace {
+
+constexpr std::int32_t InvalidCall = 5, OutOfMemory = 7, PathFileAccess = 75;
+
+}  // namespace
+
+CommandLine::CommandLine() : app_("Talks to wrist-worn activity loggers in their docks", "wristlog") {
+  app_.require_subcommand(1);
+  app_.set_version_flag(
+      "--version", [] { return "wristlog " + hy_wristlog::Class_Main().Get_Version(); }, "Show the version");
+  app_.failure_message([](const CLI::App* app, const CLI::Error& error) {
+    const std::string words = error.what();
+    return safeLine(words) + CLI::FailureMessage::simple(app, error).substr(words.size());
+  });
+  app_.footer(
+      "Try 'wristlog demo' first: it needs no hardware. 'wristlog COMMAND --help' explains a command.\n"
+      "Exit status: 0 good; 1 the logger or the data gave trouble, as the message says; 2 wrong usage.");
+}
+
+int CommandLine::run(int argc, char** argv) {
+  const int status = parseAndRun(argc, argv);
+  return standardOutputIsWhole() ? status : std::max<int>(status, Unsuccessful);
+}
+
+int CommandLine::parseAndRun(int argc, char** argv) {
+  try {
+    app_.parse(argc, argv);
+  } catch (const CLI::Success& answer) {
+    return show(answer);
+  } catch (const CLI::RequiredError& error) {
+    // A word that nobody knows is why the required one was not seen.
+    const std::vector<std::string> unknown = app_.remaining(true);
+    return unknown.empty() ? refuse(error, argc, argv) : refuse(CLI::ExtrasError(unknown), argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return refuse(error, argc, argv);
+  }
+  try {
+    const hy_wristlog::CommandUnderWay underWay;
+    return command_();
+  } catch (const hy_wristlog::Failure& failure) {
+    return fail(failure);
+  } catch (const hy_wristlog::platform::SystemError& error) {
+    return fail(
+        {PathFileAccess, "wristlog", hy_wristlog::platform::current().environment().errorText(error.Number)});
+  } catch (const std::bad_alloc&) {
+    return fail({OutOfMemory, "wristlog", "There is not enough memory"});
+  } catch (const std::exception& problem) {
+    return fail({InvalidCall, "wristlog", problem.what()});
+  }
+}
+
+int CommandLine::show(const CLI::Error& answer) const {
+  std::ostringstream good, bad;
+  const int status = app_.exit(answer, good, bad);
+  if (!good.str().empty()) say().lines(good.str(), "");
+  if (!bad.str().empty()) complain().lines(bad.str(), "");
+  return status;
+}
+
+int CommandLine::refuse(const CLI::ParseError& error, int argc, char** argv) const {
+  show(error);
+  if (std::find(argv, argv + argc, std::string_view("--json")) != argv + argc)
+    print(failureJson(hy_wristlog::Failure(InvalidCall, "wristlog", error.what())));
+  return WrongUsage;
+}
+
+int CommandLine::fail(const hy_wristlog::Failure& failure) const {
+  if (Common.AsJson)
+    print(failureJson(failure));
+  else
+    complain() << wordsFor(failure) << '\n';
+  return Unsuccessful;
+}
+
+CLI::App* CommandLine::add(const char* name, const char* description, std::function<int()> command,
+                           CLI::App* parent) {
+  CLI::App* sub = (parent != nullptr ? parent : &app_)->add_subcommand(name, description);
+  sub->callback([this, command = std::move(command)] { command_ = command; });
+  sub->footer("");
+  sub->add_flag("--json", Common.AsJson, "One JSON document on standard output, nothing else");
+  return sub;
+}
+
+CLI::App* CommandLine::addGroup(const char* name, const char* description) {
+  CLI::App* group = app_.add_subcommand(name, description);
+  group->require_subcommand(1);
+  group->footer("");
+  return group;
+}
+
+void CommandLine::addLink(CLI::App* sub, const std::set<std::string>& simulated) {
+  sub->add_option("--simulate", Common.Simulate, "A simulated dock with a worn logger, in simulated time")
+      ->check(CLI::IsMember(simulated));
+  sub->add_flag("--console", Common.Console, "Show what passes on the link on standard error");
+}
+
+void CommandLine::addModel(CLI::App* sub, std::string& model) {
+  sub->add_option("--model", model, "The logger's model: vivid (Kestrin Vivid) or kestrin2 (Kestrin 2)")
+      ->required()
+      ->check(CLI::IsMember({"vivid", "kestrin2"}));
+}
+
+void CommandLine::addAttempts(CLI::App* sub, std::int16_t& attempts) {
+  sub->add_option("--retries", attempts, "How often to try in all when the link fails (else once)")
+      ->check(CLI::Range(1, 100));
+}
+
+void CommandLine::addSubject(CLI::App* sub, SubjectOptions& subject, const SubjectLimits& limits) {
+  sub->add_option(
+         "--identity", subject.Identity,
+         "Who wears it, " + std::to_string(limits.IdentityLength) + " characters; else the serial number")
+      ->check(storableIn(limits.IdentityLength));
+  sub->add_option("--initials", subject.Initials, "Three letters")->check(storableIn(3));
+  sub->add_option("--gender", subject.Gender, limits.GenderHelp)->check(storableIn(1));
+  sub->add_option("--dob", subject.BirthDate, "Date of birth, yyyy-mm-dd")->check(limits.BirthDate);
+  sub->add_option("--height", subject.Height, "To one decimal, in a unit of your choice")->check(limits.Size);
+  sub->add_option("--weight", subject.Weight, "To one decimal, in a unit of your choice")->check(limits.Size);
+  sub->add_option("--guid", subject.Guid, "Identifier of the subject, 32 characters; else a new one")
+      ->check(limits.Guid);
+}
+
+CLI::Option* CommandLine::addFolder(CLI::App* sub, std::string& folder, bool& force,
+                                    const char* description) {
+  sub->add_flag("--force", force, "Overwrite files in the folder");
+  return sub->add_option("--out", folder, description)->check(validFolder);
+}
+
+void CommandLine::addUnchecked(CLI::App* sub, bool& unchecked) {
+  sub->add_flag("--unchecked", unchecked,
+                "Take the bytes as they are, though they are not those that the configuration tells of");
+}
+
+}  // namespace wristlog

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <functional>
+#include <set>
+#include <string>
+
+#include "commands/commands.h"
+#include "hy_wristlog/failure.h"
+
+namespace wristlog {
+
+/// What a family of loggers can keep of a subject.
+struct SubjectLimits {
+  std::size_t IdentityLength;
+  const char* GenderHelp;
+  std::string (*BirthDate)(const std::string&);
+  std::string (*Size)(const std::string&);
+  std::function<std::string(const std::string&)> Guid;
+};
+
+/// What the program understands. Groups of commands add themselves to it; the one that was asked for runs.
+class CommandLine {
+ public:
+  CommandLine();
+
+  /// The exit status.
+  int run(int argc, char** argv);
+
+  CommonOptions Common;
+
+  /// A command of the program, or of the group of commands `parent`.
+  CLI::App* add(const char* name, const char* description, std::function<int()> command,
+                CLI::App* parent = nullptr);
+  /// A name in front of commands: "wristlog legacy status".
+  CLI::App* addGroup(const char* name, const char* description);
+
+  /// The options of a command that talks to a logger.
+  void addLink(CLI::App* sub, const std::set<std::string>& simulated = {"vivid", "kestrin2"});
+  static void addModel(CLI::App* sub, std::string& model);
+  static void addAttempts(CLI::App* sub, std::int16_t& attempts);
+  static void addSubject(CLI::App* sub, SubjectOptions& subject, const SubjectLimits& limits);
+  /// "--out", the folder for a recording's files, and "--force".
+  static CLI::Option* addFolder(CLI::App* sub, std::string& folder, bool& force,
+                                const char* description = "Folder for the recording's files");
+  /// "--unchecked", for what reads a saved recording.
+  static void addUnchecked(CLI::App* sub, bool& unchecked);
+
+ private:
+  int parseAndRun(int argc, char** argv);
+  int show(const CLI::Error& answer) const;
+  int refuse(const CLI::ParseError& error, int argc, char** argv) const;
+  int fail(const hy_wristlog::Failure& failure) const;
+
+  CLI::App app_;
+  std::function<int()> command_;
+};
+
+void addWorkflowCommands(CommandLine& cli);
+void addFileCommands(CommandLine& cli);
+void addPlotCommand(CommandLine& cli);
+void addConsoleCommand(CommandLine& cli);
+void addLegacyCommands(CommandLine& cli);
+
+}  // namespace wristlog

@@ -1,0 +1,86 @@
+#include "cli/cli_checks.h"
+
+#include <charconv>
+#include <system_error>
+
+#include "engineering/recording.h"
+#include "hy_wristlog/failure.h"
+
+namespace wristlog {
+
+namespace engineering = hy_wristlog::engineering;
+
+namespace {
+
+/// What is no number ("nan") is not between two either.
+std::string validNumber(const std::string& text, double most, const char* words) {
+  double value = 0;
+  const char* const last = text.data() + text.size();
+  const auto [end, error] = std::from_chars(text.data(), last, value);
+  return error == std::errc{} && end == last && value >= 0 && value <= most
+             ? std::string()
+             : "\"" + text + "\" is no number from 0 to " + words;
+}
+
+std::string validDay(const std::string& text, const char* first, const char* last) {
+  constexpr std::size_t DayLength = 10;
+  std::string problem = validDate(text);
+  if (!problem.empty()) return problem;
+  if (text.size() != DayLength) return "\"" + text + "\" is no day: write yyyy-mm-dd";
+  if (text < first || text > last)
+    return "\"" + text + "\" is outside what the logger can keep, " + first + " to " + last;
+  return {};
+}
+
+}  // namespace
+
+std::string validDate(const std::string& text) {
+  try {
+    engineering::dateFromText(text);
+    return {};
+  } catch (const hy_wristlog::Failure& failure) {
+    return failure.Description;
+  }
+}
+
+/// Loggers count seconds from 1970 in 32 bits; a moment outside would become "none" unnoticed.
+std::string validLoggerTime(const std::string& text) {
+  std::string problem = validDate(text);
+  if (!problem.empty()) return problem;
+  const double date = engineering::dateFromText(text);
+  if (date < engineering::dateFromText("1970-01-02") || date > engineering::dateFromText("2038-01-18"))
+    return "\"" + text + "\" is outside the logger's calendar, 1970-01-02 to 2038-01-18";
+  return {};
+}
+
+std::string validPendrelDay(const std::string& text) { return validDay(text, "1930-01-01", "2029-12-31"); }
+std::string validPendrelBirthDate(const std::string& text) {
+  return validDay(text, "1899-12-30", "2079-06-05");
+}
+
+std::string validPendrelGuid(const std::string& text) {
+  constexpr std::size_t Digits = 32;
+  if (text.size() == Digits && text.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos)
+    return {};
+  return "\"" + text + "\" is not 32 hexadecimal digits";
+}
+
+std::string validPendrelSize(const std::string& text) { return validNumber(text, 6553.5, "6553.5"); }
+std::string validSize(const std::string& text) { return validNumber(text, 9999.9, "9999.9"); }
+std::string validSpeed(const std::string& text) { return validNumber(text, 1000, "1000"); }
+
+std::string validFile(const std::string& text) {
+  return text.empty() || text.back() == '/' ? "\"" + text + "\" names no file" : "";
+}
+
+std::string validFolder(const std::string& text) { return text.empty() ? "the folder has no name" : ""; }
+
+std::function<std::string(const std::string&)> storableIn(std::size_t length) {
+  return [length](const std::string& text) -> std::string {
+    if (engineering::isStorable(text, length)) return {};
+    return "\"" + text + "\" does not fit: at most " + std::to_string(length) +
+           " characters of the Western European set";
+  };
+}
+
+}  // namespace wristlog

@@ -1,0 +1,131 @@
+#include <memory>
+
+#include "cli/cli.h"
+#include "commands/file_commands.h"
+
+namespace wristlog {
+namespace {
+
+std::string validFile(const std::string& text) { return text.empty() ? "the file has no name" : ""; }
+
+void addOutput(CLI::App* sub, OutputOptions& output, const char* description) {
+  sub->add_option("--out", output.File, description)->required()->check(validFile);
+  sub->add_flag("--force", output.Force, "Overwrite what there is");
+}
+
+/// A folder or the file config.ini; both are found in the group that is returned.
+CLI::Option_group* addConfigPlace(CLI::App* sub, RecordingPlace& place) {
+  CLI::Option_group* group = sub->add_option_group("recording");
+  CLI::Option* folder =
+      group->add_option("RECORDING", place.Folder, "Folder of a recording, as 'wristlog retrieve' makes it")
+          ->check(validFile);
+  group->add_option("--config", place.ConfigFile, "config.ini of the recording")
+      ->excludes(folder)
+      ->check(validFile);
+  return group;
+}
+
+void addRecordingPlace(CLI::App* sub, RecordingPlace& place) {
+  CLI::Option_group* group = addConfigPlace(sub, place);
+  CLI::Option* config = group->get_option("--config");
+  CLI::Option* raw =
+      group->add_option("--raw", place.RawFile, "raw.bin, or a raw data CSV")->check(validFile);
+  raw->excludes(group->get_option("RECORDING"))->needs(config);
+  config->needs(raw);
+  group->require_option(1, 2);
+}
+
+/// A saved configuration or that of a docked logger.
+void addConfigSource(CommandLine& cli, CLI::App* sub, ConfigOptions& options) {
+  CLI::Option_group* group = addConfigPlace(sub, options.Place);
+  CLI::Option* model =
+      group
+          ->add_option("--model", options.Model,
+                       "Read the docked logger instead: vivid (Kestrin Vivid) or kestrin2 (Kestrin 2)")
+          ->check(CLI::IsMember({"vivid", "kestrin2"}));
+  group->require_option(1);
+  cli.addLink(sub);
+  for (const char* name : {"--simulate", "--console"}) sub->get_option(name)->needs(model);
+}
+
+using RecordingCommand = int (*)(const CommonOptions&, const RecordingFileOptions&);
+
+void addRecordingFile(CommandLine& cli, CLI::App* parent, const char* name, const char* description,
+                      const char* outDescription, const char* example, RecordingCommand command) {
+  auto options = std::make_shared<RecordingFileOptions>();
+  CLI::App* sub = cli.add(
+      name, description, [&cli, options, command] { return command(cli.Common, *options); }, parent);
+  addRecordingPlace(sub, options->Place);
+  CommandLine::addUnchecked(sub, options->Place.Unchecked);
+  addOutput(sub, options->Output, outDescription);
+  sub->footer(example);
+}
+
+void addRaw(CommandLine& cli) {
+  CLI::App* group = cli.addGroup("raw", "A recording's bytes as a readable file, and back");
+  addRecordingFile(cli, group, "dump", "Write the bytes as a raw data CSV, one a line with its address",
+                   "The CSV to write", "Example: wristlog raw dump subject-17 --out bytes.csv", runRawDump);
+  auto options = std::make_shared<RawLoadOptions>();
+  CLI::App* load = cli.add(
+      "load", "Turn a raw data CSV back into the bytes",
+      [&cli, options] { return runRawLoad(cli.Common, *options); }, group);
+  load->add_option("DUMP", options->DumpFile, "The CSV")->required()->check(validFile);
+  addOutput(load, options->Output, "The file for the bytes");
+  load->footer("Example: wristlog raw load bytes.csv --out raw.bin");
+}
+
+using ConfigCommand = int (*)(const CommonOptions&, const ConfigOptions&);
+
+void addConfigFile(CommandLine& cli, CLI::App* group, const char* name, const char* description,
+                   const char* outDescription, const char* example, ConfigCommand command) {
+  auto options = std::make_shared<ConfigOptions>();
+  CLI::App* sub = cli.add(
+      name, description, [&cli, options, command] { return command(cli.Common, *options); }, group);
+  addConfigSource(cli, sub, *options);
+  if (outDescription != nullptr) addOutput(sub, options->Output, outDescription);
+  sub->footer(example);
+}
+
+void addConfigImport(CommandLine& cli, CLI::App* group) {
+  auto options = std::make_shared<ConfigImportOptions>();
+  CLI::App* sub = cli.add(
+      "import", "Take the edited values of an INI file into a recording's configuration",
+      [&cli, options] { return runConfigImport(cli.Common, *options); }, group);
+  addConfigPlace(sub, options->Place)->require_option(1);
+  sub->add_option("--ini", options->IniFile, "The edited file of 'wristlog config export'")
+      ->required()
+      ->check(validFile);
+  addOutput(sub, options->Output, "The INI file to write, for 'wristlog decode --config'");
+  sub->add_option("--image", options->Image.File, "Write the 256 bytes for the logger too")->check(validFile);
+  sub->footer(
+      "Example: wristlog config import subject-17 --ini edited.ini --out corrected.ini\n"
+      "No logger is changed: 'wristlog configure' prepares one.");
+}
+
+void addConfig(CommandLine& cli) {
+  CLI::App* group = cli.addGroup("config", "A configuration as text, to read, to edit and to take back");
+  addConfigFile(cli, group, "show", "Show the configuration of a recording or a docked logger", nullptr,
+                "Example: wristlog config show subject-17", runConfigShow);
+  addConfigFile(cli, group, "export", "Write the configuration as an INI file that can be edited",
+                "The INI file to write; in an existing one other lines stay",
+                "Example: wristlog config export subject-17 --out edited.ini", runConfigExport);
+  addConfigImport(cli, group);
+  addConfigFile(cli, group, "image", "Write the 256 bytes that would be sent to the logger",
+                "The file to write", "Example: wristlog config image --model vivid --out image.bin",
+                runConfigImage);
+}
+
+}  // namespace
+
+void addFileCommands(CommandLine& cli) {
+  addRaw(cli);
+  addRecordingFile(cli, nullptr, "report", "Write the decoded recording as a report for engineers",
+                   "The CSV to write", "Example: wristlog report subject-17 --out report.csv", runReport);
+  addRecordingFile(cli, nullptr, "light-test", "Write a Kestrin 2's light test readings", "The CSV to write",
+                   "Example: wristlog light-test bench --out test.csv", runLightTest);
+  addRecordingFile(cli, nullptr, "krd", "Write the activity alone, kind KRD", "The file to write",
+                   "Example: wristlog krd subject-17 --out subject-17.krd", runActivityOnly);
+  addConfig(cli);
+}
+
+}  // namespace wristlog

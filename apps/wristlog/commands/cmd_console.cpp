@@ -1,0 +1,149 @@
+#include <functional>
+#include <map>
+#include <optional>
+#include <utility>
+
+#include "commands/commands.h"
+#include "debugger/debugger_host.h"
+#include "debugger/watched_world.h"
+#include "engineering/recording.h"
+#include "recording/json_output.h"
+#include "recording/recording_files.h"
+#include "recording/retrieved_recording.h"
+#include "words/counted.h"
+#include "words/meanings.h"
+
+namespace wristlog {
+
+namespace hw = hy_wristlog;
+namespace engineering = hy_wristlog::engineering;
+namespace platform = hy_wristlog::platform;
+
+namespace {
+
+constexpr std::int32_t InvalidCall = 5;
+
+struct Result {
+  std::int32_t Code = 0;
+  std::string Words;
+};
+
+/// What makes the traffic: runs to its end, or to an abort, while the screen shows what passes.
+using Workflow = std::function<Result(hw::Class_Main&, const ConsoleOptions&)>;
+
+Result resultOf(std::int32_t code, hw::enmLoggerPointer model, const std::string& details) {
+  return {code, "Code " + std::to_string(code) + ": " + explanationOf(code, model) + details};
+}
+
+Result askStatus(hw::Class_Main& main, const ConsoleOptions& options) {
+  const hw::enmLoggerPointer model = modelFromName(options.Model);
+  std::string simple;
+  std::string words;
+  std::shared_ptr<hw::Class_VardenLogger> logger;
+  std::shared_ptr<hw::Class_Subject> subject;
+  const std::int32_t code = main.GetStatus(model, simple, words, logger, subject);
+  if (code != 0) return resultOf(code, model, "");
+  return resultOf(code, model, " " + simple + (words == simple ? "" : ". " + words));
+}
+
+Result retrieve(hw::Class_Main& main, const ConsoleOptions& options) {
+  const hw::enmLoggerPointer model = modelFromName(options.Model);
+  constexpr auto NotDecoded = static_cast<hw::enmDecodeResult>(-1);
+  std::shared_ptr<hw::Class_VardenLogger> logger;
+  auto subject = std::make_shared<hw::Class_Subject>();
+  hw::enmDecodeResult verdict = NotDecoded;
+  bool lowBattery = false;
+  const std::int32_t code =
+      main.Retrieve(model, logger, subject, verdict, &lowBattery, nullptr, options.IgnoreWarnings);
+  std::string details;
+  if (verdict != NotDecoded)
+    details += " " + wordsFor(verdict) + " " + counted(logger->Get_Samples(), "epoch") + " of " +
+               counted(logger->Get_EpochLength(), "second") + " from logger " + logger->Get_SerialNumber() +
+               ".";
+  RetrievedRecording recording(*logger, verdict != NotDecoded ? std::optional(verdict) : std::nullopt,
+                               lowBattery);
+  Result result = resultOf(code, model, details);
+  if (const std::string trouble = recording.trouble(); !trouble.empty())
+    result = {NotWhole, "Code " + std::to_string(NotWhole) + ": " + trouble};
+  if (const RecordingFiles files(options.Folder, options.Force);
+      !options.Folder.empty() && recording.mayBeWritten(files)) {
+    recording.write(files);
+    result.Words += " Written to " + options.Folder + ".";
+  }
+  return result;
+}
+
+const std::map<std::string, Workflow>& workflows() {
+  static const std::map<std::string, Workflow> known{{"status", askStatus}, {"retrieve", retrieve}};
+  return known;
+}
+
+/// The calling thread works in a world, with a host, as long as this lives.
+class Surroundings {
+ public:
+  Surroundings(std::shared_ptr<platform::Platform> world, std::shared_ptr<hw::Host> host)
+      : former_(platform::use(std::move(world))) {
+    hw::setHost(std::move(host));
+  }
+  ~Surroundings() {
+    hw::setHost(nullptr);
+    platform::use(std::move(former_));
+  }
+  Surroundings(const Surroundings&) = delete;
+  Surroundings& operator=(const Surroundings&) = delete;
+
+ private:
+  std::shared_ptr<platform::Platform> former_;
+};
+
+Result watch(const CommonOptions& common, const ConsoleOptions& options) {
+  std::optional<hw::simulator::DockBench> bench;
+  if (!common.Simulate.empty()) bench = makeWornBench(common.Simulate);
+  const std::shared_ptr<platform::Platform> machine = platform::shareCurrent();
+  const std::string model = options.Model == "vivid" ? "Kestrin Vivid" : "Kestrin 2";
+  DebuggerScreen screen(
+      "Communications Debugger: " + options.Workflow + ", " + model + (bench ? ", simulated" : ""),
+      machine->clock());
+  const auto host = std::make_shared<DebuggerHost>(screen);
+  const Surroundings here(makeWatchedWorld(bench ? bench->World : machine, machine->clock(), options.Speed,
+                                           [&screen] { screen.attend(); }),
+                          host);
+  if (!options.Folder.empty()) RecordingFiles(options.Folder, options.Force).prepare();
+  Result result;
+  hw::Class_Main main;
+  host->Abort = [&main] { main.AbortComms(); };
+  try {
+    result = workflows().at(options.Workflow)(main, options);
+  } catch (const hw::Failure& failure) {
+    result = {failure.Number, wordsFor(failure)};
+  }
+  host->Abort = nullptr;
+  screen.finish(result.Words);
+  screen.stayUntilLeft();
+  return result;
+}
+
+int refuse(const CommonOptions& common, const std::string& words) {
+  if (common.AsJson)
+    print(failureJson(hw::Failure(InvalidCall, "wristlog", words)));
+  else
+    complain() << words << ".\n";
+  return WrongUsage;
+}
+
+}  // namespace
+
+int runConsole(const CommonOptions& common, const ConsoleOptions& options) {
+  if (common.AsJson) return refuse(common, "The console is a screen; --json goes with the other commands");
+  if (!options.Folder.empty() && options.Workflow != "retrieve")
+    return refuse(common, "--out goes with --workflow retrieve");
+  try {
+    const Result result = watch(common, options);
+    (result.Code == 0 ? say() : complain()) << result.Words << '\n';
+    return result.Code == 0 ? Good : Unsuccessful;
+  } catch (const NoTerminal& reason) {
+    return refuse(common, reason.Words);
+  }
+}
+
+}  // namespace wristlog

@@ -1,0 +1,118 @@
+#include <filesystem>
+#include <system_error>
+
+#include "commands/file_commands.h"
+#include "engineering/files.h"
+#include "recording/json_output.h"
+#include "recording/recording_world.h"
+#include "session/process.h"
+#include "words/meanings.h"
+
+namespace wristlog {
+
+namespace hw = hy_wristlog;
+namespace engineering = hy_wristlog::engineering;
+
+namespace {
+
+bool isThere(const std::string& file) {
+  std::error_code none;
+  return std::filesystem::exists(file, none);
+}
+
+/// Opens the recording and lets `save` write its file; the JSON document begins with the file and the size of
+/// the recording.
+template <class Save>
+int writeFile(const CommonOptions& common, const RecordingFileOptions& options, const Save& save) {
+  engineering::checkOutput(options.Output.File, options.Output.Force, options.Place.files());
+  const bool stoodBefore = isThere(options.Output.File);
+  const auto recording = readRecording(options.Place);
+  const RecordingWorld world(momentOf(recording), RecordingWorld::Texts::Users);
+  const Session session(common);
+  const auto logger = engineering::openRecording(recording);
+  Json document{{"file", options.Output.File},
+                {"recorded_bytes", logger->Get_BytesUsed()},
+                {"device_serial_number", logger->Get_SerialNumber()}};
+  std::string words;
+  {
+    const SignalsHeld held;
+    try {
+      engineering::naming(options.Place.raw(), [&] { words = save(*logger, document); });
+    } catch (const hw::Failure&) {
+      if (!stoodBefore && isThere(options.Output.File))
+        complain() << options.Output.File << " is not whole: it ends where the failure came.\n";
+      throw;
+    }
+  }
+  if (session.asJson())
+    print(document);
+  else
+    say() << words << "Written to " << options.Output.File << ".\n";
+  return Good;
+}
+
+std::string bytesOf(const hw::Class_VardenLogger& logger) {
+  return std::to_string(logger.Get_BytesUsed()) + " bytes of logger " + logger.Get_SerialNumber() + ". ";
+}
+
+}  // namespace
+
+int runRawDump(const CommonOptions& common, const RecordingFileOptions& options) {
+  return writeFile(common, options, [&](hw::Class_VardenLogger& logger, Json&) {
+    engineering::saveRawDump(logger, options.Output.File);
+    return bytesOf(logger);
+  });
+}
+
+int runRawLoad(const CommonOptions& common, const RawLoadOptions& options) {
+  const Session session(common);
+  engineering::checkOutput(options.Output.File, options.Output.Force, {options.DumpFile});
+  const auto raw = engineering::rawFromDump(options.DumpFile);
+  {
+    const SignalsHeld held;
+    engineering::saveRawBytes(raw, options.Output.File);
+  }
+  if (session.asJson())
+    print({{"file", options.Output.File}, {"recorded_bytes", raw.size()}});
+  else
+    say() << raw.size() << " bytes. Written to " << options.Output.File
+          << ". Decoding them needs the configuration too: 'wristlog decode --config CONFIG.ini --raw "
+          << options.Output.File << "'.\n";
+  return Good;
+}
+
+int runReport(const CommonOptions& common, const RecordingFileOptions& options) {
+  return writeFile(common, options, [&](hw::Class_VardenLogger& logger, Json& document) {
+    const hw::enmDecodeResult result = engineering::saveReport(logger, options.Output.File);
+    document["decode_result"] = static_cast<std::int32_t>(result);
+    document["decode_result_name"] = nameOf(result);
+    document["samples"] = logger.Get_Samples();
+    return wordsFor(result) + ' ' + std::to_string(logger.Get_Samples()) + " epochs. ";
+  });
+}
+
+int runLightTest(const CommonOptions& common, const RecordingFileOptions& options) {
+  return writeFile(common, options, [&](hw::Class_VardenLogger& logger, Json& document) {
+    engineering::saveLightTest(logger, options.Output.File);
+    const bool kestrin2 = logger.Get_DeviceType() == hw::KR_TOLKA;
+    document["kestrin2"] = kestrin2;
+    if (!kestrin2)
+      complain() << "The logger is no Kestrin 2, whose light test this is; the readings mean nothing.\n";
+    return bytesOf(logger);
+  });
+}
+
+int runActivityOnly(const CommonOptions& common, const RecordingFileOptions& options) {
+  return writeFile(common, options, [&](hw::Class_VardenLogger& logger, Json& document) {
+    engineering::saveActivityOnly(logger, options.Output.File);
+    const bool activityOnly = logger.Get_AcquisitionMode() == hw::VardenMode_ActivityOnly;
+    document["activity_only"] = activityOnly;
+    if (!activityOnly)
+      complain()
+          << "The recording holds more than activity; the file counts every byte of it as activity. Its "
+             "start may be a false one found among the samples: what stands before it is missing.\n";
+    return bytesOf(logger);
+  });
+}
+
+}  // namespace wristlog

@@ -1,0 +1,138 @@
+
+#include "engineering/recording.h"
+#include "hy_wristlog/failure.h"
+#include "recording/json_output.h"
+#include "recording/plotted_pendrel.h"
+#include "recording/recording_files.h"
+#include "recording/series_csv.h"
+#include "session/pendrel_session.h"
+#include "words/counted.h"
+#include "words/meanings.h"
+#include "words/pendrel_words.h"
+
+namespace wristlog {
+
+namespace hw = hy_wristlog;
+namespace engineering = hy_wristlog::engineering;
+
+namespace {
+
+struct Retrieved {
+  std::int32_t Code = 0;
+  hw::Class_Subject Subject;
+  float BatteryLife = 0;
+};
+
+Retrieved retrieve(LegacySession& session, bool search, bool repair) {
+  Retrieved result;
+  result.Code = session.workflows().RetrieveLegacy(result.Subject, false, result.BatteryLife, search, repair);
+  return result;
+}
+
+Json summaryOf(hw::Class_Pendrel& logger, const hw::LegacyDetails& details,
+               const hw::Class_Subject& subject) {
+  Json summary = Json::object();
+  summary["model"] = details.DeviceText;
+  summary["subject"] = subjectJson(subject);
+  summary["time_zone"] = logger.Get_TimeZoneAbbrev();
+  summary["start_local"] = engineering::isoDate(logger.Get_StartDate() + logger.Get_StartTime());
+  summary["start_utc"] = engineering::isoDate(engineering::startUtc(logger), "Z");
+  summary["epoch_seconds"] = logger.Get_EpochLength();
+  summary["samples"] = logger.Get_Samples();
+  summary["markers"] = logger.Get_MarkerCount();
+  summary["configuration"] = loggerJson(logger);
+  return summary;
+}
+
+std::string bytesAsText(const std::vector<std::uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
+
+void writeFiles(const RecordingFiles& files, LegacySession& session, const hw::LegacyDetails& details,
+                const Retrieved& result) {
+  try {
+    if (!details.Memory.empty()) files.writeFile("raw.bin", bytesAsText(details.Memory));
+    if (!details.SetupText.empty()) files.writeFile("setup.txt", details.SetupText);
+    if (result.Code != 0) return;
+    files.writeFile("series.csv", [&](hw::platform::NewFile& file) { addSeriesCsv(file, session.logger()); });
+    files.writeFile("recording.json", summaryOf(session.logger(), details, result.Subject)
+                                              .dump(2, ' ', false, Json::error_handler_t::replace) +
+                                          "\n");
+  } catch (const hw::Failure& failure) {
+    throw hw::Failure(failure.Number, failure.Source,
+                      failure.Description +
+                          ". The logger still holds the recording: retrieve it again, into another folder");
+  }
+}
+
+/// False, and said why, when the pictures of a recording whose other files are written could not be made.
+bool drawPictures(const RecordingFiles& files, const hw::Class_Pendrel& logger, const std::string& model) {
+  try {
+    files.writePictures(plottedRecording(logger, model));
+    return true;
+  } catch (const hw::Failure& failure) {
+    complain() << wordsFor({failure.Number, failure.Source,
+                            failure.Description +
+                                ". Only the pictures are missing: the recording's other files are written"})
+               << '\n';
+    return false;
+  }
+}
+
+void tellRetrieved(const Speech& out, const hw::Class_Pendrel& logger, const std::string& place) {
+  if (logger.Get_BytesUsed() < 1)
+    out << "The logger has recorded nothing yet; its one value is none.\n";
+  else
+    out << counted(logger.Get_Samples(), "epoch") << " of " << counted(logger.Get_EpochLength(), "second")
+        << ", " << counted(logger.Get_MarkerCount(), "marker") << ", from logger "
+        << logger.Get_SerialNumber() << ".\n";
+  out << "Written to " << place << ".\n";
+}
+
+}  // namespace
+
+int runLegacyRetrieve(const CommonOptions& common, const ReaderOptions& reader,
+                      const LegacyRetrieveOptions& options) {
+  const RecordingFiles files(
+      options.Folder, options.Force,
+      {"series.csv", "recording.json", "raw.bin", "setup.txt", "actogram.svg", "report.html"});
+  files.prepare();
+  constexpr bool KeepTraffic = true;
+  LegacySession session(common, reader, KeepTraffic);
+  const Retrieved result = retrieve(session, reader.Search, options.Repair);
+  const hw::LegacyDetails details = session.workflows().Details();
+  const bool good = result.Code == 0;
+  writeFiles(files, session, details, result);
+  const bool drawn = !good || drawPictures(files, session.logger(), details.DeviceText);
+  Json facts = good ? recordingJson(session.logger()) : Json::object();
+  facts["battery_life_remaining"] =
+      good && hasBatteryDate(session.logger()) ? Json(roundedDays(result.BatteryLife)) : Json();
+  facts["logger"] = good ? loggerJson(session.logger()) : Json();
+  facts["subject"] = good ? subjectJson(result.Subject) : Json();
+  const int status = session.end(
+      result.Code, facts, [&](const Speech& out) { tellRetrieved(out, session.logger(), options.Folder); },
+      Unchanged);
+  if (good) return drawn ? status : Unsuccessful;
+  if (!details.Memory.empty())
+    complain() << "What was read of the memory, " << details.Memory.size() << " bytes, is in "
+               << options.Folder << "/raw.bin.\n";
+  const std::string traffic =
+      session.traffic().empty() ? "Nothing came from the logger.\n" : session.traffic();
+  complain() << "What passed on the link is in "
+             << files.writeSessionLog("wristlog " + session.main().Get_Version() +
+                                      ", legacy retrieve, code " + std::to_string(result.Code) + ": " +
+                                      session.meaningOf(result.Code) + "\n\n" + traffic)
+             << "; send it along when you ask for help.\n";
+  return status;
+}
+
+int runLegacyExport(const CommonOptions& common, const ReaderOptions& reader,
+                    const LegacyExportOptions& options) {
+  engineering::checkOutput(options.File, options.Force);
+  LegacySession session(common, reader);
+  std::int32_t code = retrieve(session, reader.Search, options.Repair).Code;
+  if (code == 0) code = session.workflows().fncWriteKRCfile(options.File);
+  return session.end(
+      code, {{"file", code == 0 ? Json(options.File) : Json()}},
+      [&](const Speech& out) { tellRetrieved(out, session.logger(), options.File); }, Unchanged);
+}
+
+}  // namespace wristlog

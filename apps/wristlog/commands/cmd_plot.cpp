@@ -1,0 +1,69 @@
+#include <array>
+
+#include "commands/commands.h"
+#include "hy_wristlog/failure.h"
+#include "picture/findings.h"
+#include "platform/platform.h"
+#include "recording/json_output.h"
+#include "recording/plotted_logger.h"
+#include "recording/recording_files.h"
+#include "recording/recording_world.h"
+#include "recording/saved_recording.h"
+
+namespace wristlog {
+
+namespace hw = hy_wristlog;
+namespace platform = hy_wristlog::platform;
+
+namespace {
+
+/// Raises fault 53 for a folder that is none, or has no recording in it.
+void requireRecording(const std::string& folder) {
+  constexpr std::int32_t FileNotFound = 53;
+  const auto kindOf = [](const std::string& path) {
+    try {
+      return platform::current().files().state(path).Kind;
+    } catch (const platform::SystemError&) {
+      return platform::FileKind::Missing;
+    }
+  };
+  if (kindOf(folder) != platform::FileKind::Folder)
+    throw hw::Failure(FileNotFound, "wristlog", folder + " is not a folder");
+  for (const std::string name : {"config.ini", "raw.bin"})
+    if (kindOf(folder + "/" + name) == platform::FileKind::Missing)
+      throw hw::Failure(
+          FileNotFound, "wristlog",
+          folder + " holds no recording: " + name +
+              " is missing. Name a folder that 'wristlog retrieve' or 'wristlog decode' has written");
+}
+
+}  // namespace
+
+int runPlot(const CommonOptions& common, const PlotOptions& options) {
+  requireRecording(options.Recording);
+  const RecordingFiles files(options.Folder.empty() ? options.Recording : options.Folder, options.Force,
+                             RecordingFiles::Part::Pictures);
+  files.prepare();
+  const RecordingPlace place{options.Recording, {}, {}, options.Unchecked};
+  const auto recording = readRecording(place);
+  const RecordingWorld world(momentOf(recording));
+  const DecodedRecording saved = decoded(recording, place, options.Diagnostic);
+  files.requireEpochs(*saved.Logger);
+  const picture::PlottedRecording plot = plottedRecording(saved);
+  files.writePictures(plot);
+
+  const auto findings = picture::findingsOf(plot, picture::daysOf(plot));
+  if (common.AsJson) {
+    Json facts = Json::array();
+    for (const picture::Fact& fact : plot.Facts)
+      facts.push_back({{"label", fact.Label}, {"value", fact.Value}});
+    print({{"written", files.paths()}, {"facts", facts}, {"findings", findings}});
+    return Good;
+  }
+  for (const std::string& finding : findings) say() << finding << '\n';
+  say() << "Written:\n";
+  for (const std::string& path : files.paths()) say() << "  " << path << '\n';
+  return Good;
+}
+
+}  // namespace wristlog

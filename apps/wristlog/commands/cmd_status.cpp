@@ -1,0 +1,115 @@
+#include <cmath>
+#include <limits>
+
+#include "commands/commands.h"
+#include "engineering/recording.h"
+#include "recording/json_output.h"
+#include "session/process.h"
+#include "words/meanings.h"
+
+namespace wristlog {
+
+namespace hw = hy_wristlog;
+namespace engineering = hy_wristlog::engineering;
+
+namespace {
+
+struct Status {
+  std::int32_t Code = 0;
+  std::string Simple, Long;
+  std::shared_ptr<hw::Class_VardenLogger> Logger;
+  std::shared_ptr<hw::Class_Subject> Subject;
+  float BatteryLife = std::numeric_limits<float>::quiet_NaN();
+};
+
+Status askStatus(Session& session, hw::enmLoggerPointer model) {
+  Status status;
+  status.Code = session.main().GetStatus(model, status.Simple, status.Long, status.Logger, status.Subject,
+                                         &status.BatteryLife);
+  session.endProgress();
+  if (interruptRequested()) status.Code = Aborted;
+  return status;
+}
+
+/// Without a logger the record holds nothing but zeros.
+bool wasRead(const Status& status) {
+  return status.Logger && status.Subject && !engineering::rawConfigHex(*status.Logger).empty();
+}
+
+Json batteryJson(float days) { return std::isnan(days) ? Json() : Json(roundedDays(days)); }
+
+void printDock(const engineering::DockView& dock, const std::string& state) {
+  say() << dock.Words << ": ";
+  if (dock.Connected == 0)
+    say() << "no dock\n";
+  else if (dock.Connected > 1)
+    say() << dock.Connected << " docks; leave one connected\n";
+  else if (dock.Port == 0)
+    say() << "a dock without a COM port\n";
+  else
+    say() << "dock on COM" << dock.Port << ", " << state << '\n';
+  const std::string trouble = portTroubleOf(dock.Model);
+  if (!trouble.empty()) say() << "  " << trouble << '\n';
+}
+
+}  // namespace
+
+int runStatus(const CommonOptions& common, const std::string& model) {
+  Session session(common);
+  const Status status = askStatus(session, modelFromName(model));
+  if (session.asJson()) {
+    Json document{{"return_code", status.Code},
+                  {"simple_status", status.Simple},
+                  {"long_status", status.Long},
+                  {"battery_life_remaining", batteryJson(status.BatteryLife)},
+                  {"logger", wasRead(status) ? loggerJson(*status.Logger) : Json()},
+                  {"subject", wasRead(status) ? subjectJson(*status.Subject) : Json()}};
+    print(document);
+    return status.Code == 0 ? Good : Unsuccessful;
+  }
+  requireNotStopped();
+  if (status.Code != 0) {
+    complain() << "Code " << status.Code << ": " << explanationOf(status.Code, modelFromName(model)) << '\n';
+    return Unsuccessful;
+  }
+  say() << status.Simple << '\n';
+  if (status.Long != status.Simple) say() << status.Long << '\n';
+  const std::string trouble = wasRead(status) ? std::string() : portTroubleOf(modelFromName(model));
+  if (!trouble.empty()) say() << trouble << '\n';
+  if (wasRead(status)) {
+    say() << "Logger " << status.Logger->Get_SerialNumber() << ", firmware "
+          << status.Logger->Get_FirmwareVersion() << ", " << status.Logger->Get_BytesUsed()
+          << " bytes recorded\n"
+          << engineering::batteryWords(*status.Logger) << '\n';
+    if (!status.Subject->Get_Identity().empty())
+      say() << "Worn by " << status.Subject->Get_Identity() << '\n';
+  }
+  return Good;
+}
+
+int runDocks(const CommonOptions& common) {
+  Session session(common);
+  Json list = Json::array();
+  bool anyDock = false;
+  for (const engineering::DockView& dock : engineering::docks()) {
+    std::string state;
+    anyDock = anyDock || dock.Connected > 0;
+    if (dock.Connected == 1 && dock.Port > 0) state = askStatus(session, dock.Model).Simple;
+    requireNotStopped();
+    if (session.asJson())
+      list.push_back({{"model", dock.Words},
+                      {"connected", dock.Connected},
+                      {"com_port", dock.Port > 0 ? Json(dock.Port) : Json()},
+                      {"simple_status", state.empty() ? Json() : Json(state)}});
+    else
+      printDock(dock, state);
+  }
+  if (session.asJson())
+    print({{"docks", list}});
+  else if (!anyDock)
+    say() << "Connect a dock by USB. A device that is no USB dock can be declared in "
+          << engineering::declaredDocksFile() << ".\n";
+  return Good;
+}
+
+}  // namespace wristlog

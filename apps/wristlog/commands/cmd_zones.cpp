@@ -1,0 +1,32 @@
+#include "commands/commands.h"
+#include "engineering/recording.h"
+#include "recording/json_output.h"
+
+namespace wristlog {
+
+namespace engineering = hy_wristlog::engineering;
+
+int runZones(const CommonOptions& common) {
+  Session session(common);
+  const auto zones = engineering::zones();
+  if (session.asJson()) {
+    Json list = Json::array();
+    for (const auto& zone : zones)
+      list.push_back({{"abbreviation", zone.Abbreviation},
+                      {"key", zone.Key},
+                      {"display_name", zone.DisplayName},
+                      {"bias_minutes", zone.Bias},
+                      {"daylight_bias_minutes", zone.DaylightBias},
+                      {"has_daylight_time", zone.HasDaylight},
+                      {"offset_now_minutes", zone.OffsetNow},
+                      {"local", zone.Local}});
+    print({{"zones", list}});
+    return Good;
+  }
+  for (const auto& zone : zones)
+    say() << (zone.Local ? "* " : "  ") << zone.Abbreviation << "  " << zone.DisplayName
+          << (zone.DaylightNow ? " (daylight time now)" : "") << '\n';
+  return Good;
+}
+
+}  // namespace wristlog

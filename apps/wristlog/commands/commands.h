@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "recording/saved_recording.h"
+#include "session/session.h"
+
+namespace wristlog {
+
+struct DemoOptions {
+  std::string Folder;
+  bool OwnFolder = false;  ///< the folder is the demo's own, of which a former demo's files may go
+  bool Force = false;
+};
+
+struct SubjectOptions {
+  std::string Identity, Initials, Gender, BirthDate, Guid;
+  float Height = 0, Weight = 0;
+};
+
+struct ConfigureOptions {
+  std::string Model;
+  std::int32_t Mode = 0, EpochLength = 0;
+  SubjectOptions Subject;
+  std::string Zone;
+  bool NoDaylight = false;
+  std::string SetTime, Start, End;
+  std::string DateFormat = "mmdd", TimeFormat = "24";
+  std::int16_t Attempts = 1;
+};
+
+struct RetrieveOptions {
+  std::string Model;
+  std::string Folder;
+  bool Force = false, IgnoreWarnings = false;
+  std::int16_t Attempts = 1;
+};
+
+struct DecodeOptions {
+  RecordingPlace Place;
+  std::string Folder, Now;
+  bool Diagnostic = false, Force = false;
+};
+
+struct PlotOptions {
+  std::string Recording, Folder;
+  bool Diagnostic = false, Force = false, Unchecked = false;
+};
+
+struct ConsoleOptions {
+  std::string Model, Workflow = "status";
+  std::string Folder;  ///< for a retrieved recording; empty: it is not kept
+  bool Force = false, IgnoreWarnings = false;
+  double Speed = 1;  ///< of simulated time
+};
+
+int runDemo(const CommonOptions& common, const DemoOptions& options);
+int runDocks(const CommonOptions& common);
+int runStatus(const CommonOptions& common, const std::string& model);
+int runConfigure(const CommonOptions& common, const ConfigureOptions& options);
+int runRetrieve(const CommonOptions& common, const RetrieveOptions& options);
+int runDecode(const CommonOptions& common, const DecodeOptions& options);
+int runPlot(const CommonOptions& common, const PlotOptions& options);
+int runConsole(const CommonOptions& common, const ConsoleOptions& options);
+int runZones(const CommonOptions& common);
+
+}  // namespace wristlog

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+
+#include "recording/saved_recording.h"
+#include "session/session.h"
+
+namespace wristlog {
+
+struct OutputOptions {
+  std::string File;
+  bool Force = false;
+};
+
+struct RecordingFileOptions {
+  RecordingPlace Place;
+  OutputOptions Output;
+};
+
+struct RawLoadOptions {
+  std::string DumpFile;
+  OutputOptions Output;
+};
+
+struct ConfigOptions {
+  RecordingPlace Place;
+  std::string Model;  ///< of the docked logger whose configuration is meant; empty for a saved one
+  OutputOptions Output;
+};
+
+struct ConfigImportOptions {
+  RecordingPlace Place;
+  std::string IniFile;
+  OutputOptions Output, Image;
+};
+
+int runRawDump(const CommonOptions& common, const RecordingFileOptions& options);
+int runRawLoad(const CommonOptions& common, const RawLoadOptions& options);
+int runReport(const CommonOptions& common, const RecordingFileOptions& options);
+int runLightTest(const CommonOptions& common, const RecordingFileOptions& options);
+int runActivityOnly(const CommonOptions& common, const RecordingFileOptions& options);
+int runConfigShow(const CommonOptions& common, const ConfigOptions& options);
+int runConfigExport(const CommonOptions& common, const ConfigOptions& options);
+int runConfigImport(const CommonOptions& common, const ConfigImportOptions& options);
+int runConfigImage(const CommonOptions& common, const ConfigOptions& options);
+
+}  // namespace wristlog

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "debugger/debugger_text.h"
+#include "debugger/taken_terminal.h"
+#include "platform/platform.h"
+
+namespace wristlog {
+
+/// The "Communications Debugger": the console's text over the whole terminal, with its buttons, its "Last
+/// error:" and its "Chars in RX buffer:" below. Watch-only: what is typed goes nowhere.
+class DebuggerScreen {
+ public:
+  /// What the buttons of the link's console do; the screen itself copies.
+  struct Buttons {
+    std::function<void()> Clear, DataOverrun;
+  };
+
+  /// `machine` paces the painting. Raises what TakenTerminal raises.
+  DebuggerScreen(std::string title, hy_wristlog::platform::Clock& machine);
+
+  DebuggerText Text;
+  Buttons Pressed;
+
+  void showLastError(std::string_view text);
+  void showReceiveCount(std::int32_t count);
+  /// The line above the buttons.
+  void showState(std::string_view text);
+  /// Something in `Text` has changed.
+  void textChanged() { changed_ = true; }
+
+  /// Takes keys and paints, as often as a person can see it. Cheap to call at any rate.
+  void attend();
+  /// The workflow has ended. The screen stays until the user leaves.
+  void finish(std::string_view result);
+  void stayUntilLeft();
+
+  /// The user wants the workflow to stop.
+  bool stopRequested() const { return stopRequested_; }
+
+  /// False when the terminal did not take it; whether it keeps it cannot be known.
+  static bool copyToClipboard(std::string_view text);
+
+ private:
+  struct Span {
+    int From, To;
+    int Key;
+  };
+
+  void takeKeys();
+  void takeSignals();
+  void onKey(int key);
+  void onMouse();
+  void leave();
+  void escape();
+  void copy(const std::string& text, const char* what);
+  void paint();
+  void paintText(int top, int height, int width);
+  void paintLine(int row, int width, std::string_view text, bool reverse);
+  std::string buttonLine();
+  void layOut();
+
+  TakenTerminal terminal_;
+  hy_wristlog::platform::Clock& machine_;
+  std::string title_, state_, note_, lastError_, receiveCount_;
+  std::vector<Span> buttons_;
+  int textTop_ = 0, buttonRow_ = -1;
+  double nextLook_ = 0, nextPaint_ = 0;
+  bool changed_ = true;
+  bool running_ = true, leaving_ = false, stopRequested_ = false;
+};
+
+}  // namespace wristlog

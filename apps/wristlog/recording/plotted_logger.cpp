@@ -1,0 +1,142 @@
+#include "recording/plotted_logger.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "engineering/recording.h"
+#include "recording/plotted_parts.h"
+#include "words/meanings.h"
+
+namespace wristlog {
+
+namespace hw = hy_wristlog;
+namespace engineering = hy_wristlog::engineering;
+
+namespace {
+
+std::string modelWords(hw::enmDeviceType type) {
+  return type == hw::KR_QUILLANDER ? "Kestrin Vivid" : type == hw::KR_TOLKA ? "Kestrin 2" : "Logger";
+}
+
+std::string modeWords(const hw::Class_VardenLogger& logger) {
+  const bool vivid = logger.Get_DeviceType() == hw::KR_QUILLANDER;
+  switch (logger.Get_AcquisitionMode()) {
+    case hw::VardenMode_ActivityOnly:
+      return "activity";
+    case hw::VardenMode_StandardLightOnly:
+      return vivid ? "light in three colours" : "light";
+    case hw::VardenMode_ActivityAndStandardLight:
+      return vivid ? "activity and light in three colours" : "activity and light";
+    case hw::VardenMode_SpecialLightOnly:
+      return "light";
+    case hw::VardenMode_ActivityAndSpecialLight:
+      return "activity and light";
+    case hw::VardenMode_InternalOffWristFrequency:
+      return "off-wrist frequency, an internal mode";
+    case hw::VardenMode_InternalLightCalibration:
+      return "light calibration, an internal mode";
+    case hw::VardenMode_InternalActivity32Hz:
+      return "activity at 32 Hz, an internal mode";
+    default:
+      return "mode " + std::to_string(logger.Get_AcquisitionMode());
+  }
+}
+
+picture::LightScale lightScaleOf(const hw::Class_VardenLogger& logger) {
+  const bool vivid = logger.Get_DeviceType() == hw::KR_QUILLANDER;
+  if (logger.Get_AcquisitionMode() == hw::VardenMode_InternalOffWristFrequency) return {"(frequency)", 0, 5};
+  if (vivid && logger.Get_AcquisitionMode() == hw::VardenMode_InternalLightCalibration)
+    return {"(current)", -12, 0};
+  if (!logger.Get_RedLightArray().empty()) return {"µW/cm²", -2, 4};
+  return {"lux", -1, 5};
+}
+
+void addLight(picture::PlottedRecording& plot, const hw::Class_VardenLogger& logger) {
+  using enum picture::LightColour;
+  const auto add = [&](picture::LightColour colour, const hw::LightSeries& values) {
+    if (!values.empty()) plot.Light.push_back({colour, seriesOf(values)});
+  };
+  add(Red, logger.Get_RedLightArray());
+  add(Green, logger.Get_GreenLightArray());
+  add(Blue, logger.Get_BlueLightArray());
+  // Some gaps of a recording of colours leave a light series without a value.
+  if (plot.Light.empty()) add(Lux, logger.Get_LightArray());
+  plot.LightAxis = lightScaleOf(logger);
+}
+
+picture::Sign signOf(std::string_view words) {
+  if (words.starts_with("Self Test")) return picture::Sign::Reset;
+  if (words.starts_with("Low Battery")) return picture::Sign::LowBattery;
+  if (words == "Memory Full") return picture::Sign::MemoryFull;
+  if (words == "Event Decoding Error") return picture::Sign::Damage;
+  return picture::Sign::None;
+}
+
+void addEvents(picture::PlottedRecording& plot, const hw::Class_VardenLogger& logger) {
+  const hw::EventLog& events = engineering::events(logger);
+  for (std::size_t i = 0; i < events.size(); ++i) {
+    picture::Event event;
+    event.Words = events.words(i);
+    event.Shown = signOf(event.Words);
+    if (events.time(i) != UnknownDate) event.Time = unixSeconds(events.time(i));
+    if (plot.Events.size() < picture::MostListedEvents || event.Shown != picture::Sign::None)
+      plot.Events.push_back(std::move(event));
+    else
+      ++plot.EventsLeftOut;
+  }
+}
+
+void addFacts(picture::PlottedRecording& plot, const DecodedRecording& recording) {
+  hw::Class_VardenLogger& logger = *recording.Logger;
+  const auto add = [&](const char* label, const std::string& value) { addFact(plot, label, value); };
+  addSubjectFacts(plot, logger);
+  add("Logger", modelWords(logger.Get_DeviceType()));
+  add("Serial number", logger.Get_SerialNumber());
+  add("Firmware", logger.Get_FirmwareVersion());
+  add("Recorded", modeWords(logger));
+  addPeriodFacts(plot);
+  add("Markers", std::to_string(logger.Get_MarkerCount()) + " of button 1, " +
+                     std::to_string(engineering::marker2Count(logger)) + " of button 2");
+  // Decoded from files, a logger has no voltage.
+  if (logger.Get_BatteryVoltage() > 0) add("Battery", engineering::batteryWords(logger));
+  add("Result", verdictOf(recording));
+}
+
+void addWarnings(picture::PlottedRecording& plot, const DecodedRecording& recording) {
+  const hw::Class_VardenLogger& logger = *recording.Logger;
+  if (recording.Result != hw::Decode_OK || recording.Unchecked) plot.Warnings.push_back(verdictOf(recording));
+  if (recording.LowBattery) plot.Warnings.emplace_back("The logger's battery was low during the recording.");
+  if (logger.Get_LowPowerShutdownFlag() == hw::LowPower_ShutdownOccurred)
+    plot.Warnings.emplace_back("The logger has shut down on a low battery.");
+  addResets(plot, logger.Get_Resets());
+}
+
+}  // namespace
+
+picture::PlottedRecording plottedRecording(DecodedRecording recording) {
+  // How long ago a sound recording ended is no matter for its pictures, which stay the same.
+  if (recording.Result == hw::Decode_TooLongSinceLastAcqStop) recording.Result = hw::Decode_OK;
+  hw::Class_VardenLogger& logger = *recording.Logger;
+  picture::PlottedRecording plot;
+  plot.Subject = logger.Get_SubjectIdentity();
+  plot.Logger = modelWords(logger.Get_DeviceType()) + " " + logger.Get_SerialNumber();
+  plot.Zone = engineering::zoneName(logger);
+  plot.Epoch = logger.Get_EpochLength();
+  if (plot.Epoch > 0) plot.Epochs = static_cast<std::size_t>(std::max(0, logger.Get_Samples()));
+  plot.Start = unixSeconds(logger.Get_StartTimeGMT());
+  if (plot.Epochs > 0)
+    for (const auto& period : engineering::offsetPeriods(logger, dateOf(plot.Start), dateOf(plot.end())))
+      plot.Offsets.push_back({unixSeconds(period.FromUtc), period.Minutes});
+  plot.Activity = seriesOf(logger.Get_ActivityArray());
+  addLight(plot, logger);
+  for (const hw::Tristate off : logger.Get_WristStatusArray())
+    plot.OffWrist.push_back(off == hw::Tristate::True);
+  addMarkers(plot, logger.Get_MarkerArray(), 1);
+  addMarkers(plot, engineering::marker2(logger), 2);
+  addEvents(plot, logger);
+  addFacts(plot, recording);
+  addWarnings(plot, recording);
+  return plot;
+}
+
+}  // namespace wristlog

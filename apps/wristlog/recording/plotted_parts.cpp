@@ -1,0 +1,56 @@
+#include "recording/plotted_parts.h"
+
+#include "engineering/recording.h"
+#include "picture/local_time.h"
+#include "picture/markup.h"
+#include "words/counted.h"
+
+namespace wristlog {
+namespace {
+
+constexpr double DayCountOf1970 = 25569, SecondsPerDay = 86400;
+
+}  // namespace
+
+std::int64_t unixSeconds(double date) { return std::llround((date - DayCountOf1970) * SecondsPerDay); }
+double dateOf(std::int64_t unixSeconds) {
+  return DayCountOf1970 + static_cast<double>(unixSeconds) / SecondsPerDay;
+}
+
+std::string dayWords(double date) {
+  if (date == UnknownDate || date == 0) return {};
+  return hy_wristlog::engineering::isoDate(date).substr(0, 10);
+}
+
+std::string sizeWords(float value) { return value > 0 ? picture::number(static_cast<double>(value)) : ""; }
+
+void addFact(picture::PlottedRecording& plot, const char* label, const std::string& value) {
+  if (!value.empty()) plot.Facts.push_back({label, value});
+}
+
+void addPeriodFacts(picture::PlottedRecording& plot) {
+  addFact(plot, "Epoch", counted(plot.Epoch, "second"));
+  addFact(plot, "Epochs", std::to_string(plot.Epochs));
+  if (plot.Epochs > 0) {
+    const picture::LocalClock clock(plot.Offsets);
+    addFact(plot, "Begins", picture::timeText(clock.at(plot.Start)) + " local time");
+    addFact(plot, "Ends", picture::timeText(clock.at(plot.end())) + " local time");
+    addFact(plot, "Lasts", picture::durationText(plot.end() - plot.Start));
+  }
+  addFact(plot, "Time zone", plot.Zone);
+}
+
+void addMarkers(picture::PlottedRecording& plot, const hy_wristlog::TristateSeries& series, int button) {
+  for (std::size_t i = 0; i < std::min(series.size(), plot.Epochs); ++i)
+    if (series[i] == hy_wristlog::Tristate::True)
+      plot.Markers.push_back({plot.Start + static_cast<std::int64_t>(i) * plot.Epoch, button});
+}
+
+void addResets(picture::PlottedRecording& plot, int resets) {
+  if (resets > 0)
+    plot.Warnings.push_back("The logger was reset " +
+                            (resets == 1 ? "once" : std::to_string(resets) + " times") +
+                            " since it was configured.");
+}
+
+}  // namespace wristlog

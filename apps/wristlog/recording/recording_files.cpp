@@ -1,0 +1,260 @@
+#include "recording/recording_files.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <system_error>
+
+#include "engineering/recording.h"
+#include "hy_wristlog/failure.h"
+#include "picture/actogram.h"
+#include "picture/report.h"
+#include "platform/folder_lock.h"
+#include "platform/platform.h"
+#include "recording/json_output.h"
+#include "recording/plotted_logger.h"
+#include "recording/series_csv.h"
+#include "session/process.h"
+#include "words/meanings.h"
+
+namespace wristlog {
+
+namespace hw = hy_wristlog;
+namespace engineering = hy_wristlog::engineering;
+namespace platform = hy_wristlog::platform;
+
+namespace {
+
+constexpr const char* Source = "wristlog";
+constexpr std::int32_t FileExists = 58;
+constexpr std::int32_t PathFileAccess = 75;
+constexpr std::array PictureNames{"actogram.svg", "report.html"};
+constexpr std::array Names{"series.csv", "events.csv",   "recording.json", "raw.bin",
+                           "config.ini", "actogram.svg", "report.html"};
+
+template <class Operation>
+auto onFiles(const std::string& path, const Operation& operation) {
+  try {
+    return operation(platform::current().files());
+  } catch (const platform::SystemError& error) {
+    throw hw::Failure(PathFileAccess, Source,
+                      path + ": " + platform::current().environment().errorText(error.Number));
+  }
+}
+
+void addEventsCsv(platform::NewFile& file, const hw::Class_VardenLogger& logger) {
+  file.add("\"Time\",\"Event\",\"Record\"\n");
+  const hw::EventLog& events = engineering::events(logger);
+  for (std::size_t i = 0; i < events.size(); ++i) file.add(events.text(i) + "\n");
+}
+
+hw::Class_Subject subjectOf(const hw::Class_VardenLogger& logger) {
+  hw::Class_Subject subject;
+  subject.Let_Identity(logger.Get_SubjectIdentity());
+  subject.Let_Initials(logger.Get_SubjectInitials());
+  subject.Let_Gender(logger.Get_SubjectGender());
+  subject.Let_DOB(logger.Get_SubjectDOB());
+  subject.Let_GUID(logger.Get_SubjectGUID());
+  subject.Let_Height(logger.Get_SubjectHeight());
+  subject.Let_Weight(logger.Get_SubjectWeight());
+  return subject;
+}
+
+}  // namespace
+
+RecordingFiles::RecordingFiles(std::string folder, bool overwrite, Part part)
+    : folder_(std::move(folder)), overwrite_(overwrite) {
+  if (part == Part::Pictures)
+    names_.assign(PictureNames.begin(), PictureNames.end());
+  else
+    names_.assign(Names.begin(), Names.end());
+}
+
+std::vector<std::string> RecordingFiles::missingFolders() const {
+  std::vector<std::string> missing;
+  for (std::size_t at = folder_.find('/', 1);; at = folder_.find('/', at + 1)) {
+    const std::string part = folder_.substr(0, at);
+    onFiles(folder_, [&](platform::Files& files) {
+      if (files.state(part).Kind == platform::FileKind::Missing) missing.push_back(part);
+    });
+    if (at == std::string::npos) return missing;
+  }
+}
+
+void RecordingFiles::prepare() const {
+  const auto missing = missingFolders();
+  const std::string inside =
+      missing.empty() ? folder_ : std::filesystem::path(missing.front()).parent_path().string();
+  const std::string present = inside.empty() ? "." : inside;
+  const auto refuse = [](std::int32_t number, const std::string& words) {
+    throw hw::Failure(number, Source, words);
+  };
+  onFiles(folder_, [&](platform::Files& files) {
+    if (files.state(present).Kind != platform::FileKind::Folder)
+      refuse(PathFileAccess, present + " is not a folder");
+  });
+  for (const std::string& path : paths())
+    onFiles(path, [&](platform::Files& files) {
+      const platform::FileState state = files.state(path);
+      std::error_code none;
+      if (std::filesystem::is_symlink(path, none))
+        refuse(PathFileAccess, path + " is in the way: it is a link");
+      if (state.Kind == platform::FileKind::Missing) return;
+      if (!overwrite_) refuse(FileExists, path + " exists. Use --force to overwrite it.");
+      if (state.Kind != platform::FileKind::File)
+        refuse(PathFileAccess, path + " is in the way: it is not a file");
+      if (state.ReadOnly) refuse(PathFileAccess, path + " may not be overwritten: it is read-only");
+    });
+  onFiles(folder_, [&](platform::Files& files) {
+    const SignalsHeld held;
+    const std::string trial = present + "/.wristlog-trial";
+    if (files.state(trial).Kind != platform::FileKind::Missing) return;
+    files.write(trial, "");
+    files.remove(trial);
+  });
+}
+
+void RecordingFiles::prepareForDemo() {
+  if (isFromDemo()) overwrite_ = true;
+  try {
+    prepare();
+  } catch (const hw::Failure& failure) {
+    if (failure.Number != FileExists) throw;
+    throw hw::Failure(
+        FileExists, Source,
+        "The folder " + folder_ +
+            " exists and holds more than an earlier demo's recording. Choose another with --out, or "
+            "use --force.");
+  }
+}
+
+bool RecordingFiles::isFromDemo() const {
+  std::error_code error;
+  std::filesystem::directory_iterator entries(folder_, error);
+  if (error) return false;
+  for (const auto& entry : entries)
+    if (std::find(Names.begin(), Names.end(), entry.path().filename()) == Names.end()) return false;
+  try {
+    const Json found = Json::parse(
+        platform::current().files().readUpTo(platform::Files::LongestText, path("recording.json")), nullptr,
+        false);
+    return found.is_object() && found.value("made_by", Json()) == MadeByDemo;
+  } catch (const platform::SystemError&) {
+    return false;
+  }
+}
+
+bool RecordingFiles::holdAny() const {
+  const auto all = paths();
+  return std::any_of(all.begin(), all.end(),
+                     [](const std::string& path) { return std::filesystem::exists(path); });
+}
+
+void RecordingFiles::claim() const {
+  if (claim_) return;
+  onFiles(folder_, [&](platform::Files& files) { claim_ = platform::lockFolder(files, folder_); });
+  if (!overwrite_ && holdAny())
+    throw hw::Failure(FileExists, Source, "Another recording has been written to " + folder_ + " meanwhile");
+}
+
+/// What was made of a former recording goes first, so that it never stands beside another one's bytes.
+void RecordingFiles::writeRaw(const engineering::SavedRecording& recording) const {
+  if (missingFolders().empty()) {
+    claim();
+    for (const std::string& name : names_)
+      if (name != "raw.bin" && name != "config.ini")
+        onFiles(path(name), [&](platform::Files& files) { files.remove(path(name)); });
+  }
+  writeFile("raw.bin", {recording.Raw.begin(), recording.Raw.end()});
+  writeFile("config.ini", recording.Ini);
+}
+
+void RecordingFiles::writeDecoded(const hw::Class_VardenLogger& logger, const Json& summary) const {
+  writeFile("series.csv", [&](platform::NewFile& file) { addSeriesCsv(file, logger); });
+  writeFile("events.csv", [&](platform::NewFile& file) { addEventsCsv(file, logger); });
+  writeFile("recording.json", summary.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+}
+
+void RecordingFiles::requireEpochs(const hw::Class_VardenLogger& logger) const {
+  constexpr std::int32_t OutOfRange = 11503;
+  if (logger.Get_Samples() > 0) return;
+  for (const std::string& path : paths())
+    if (std::filesystem::exists(path))
+      throw hw::Failure(OutOfRange, Source,
+                        "The recording holds no epochs, so " + path + " is left as it is");
+}
+
+void RecordingFiles::writePictures(const picture::PlottedRecording& plot) const {
+  const picture::RecordedDays days = picture::daysOf(plot);
+  writeFile("actogram.svg", picture::actogramSvg(plot, days));
+  writeFile("report.html", picture::reportHtml(plot, days));
+}
+
+void RecordingFiles::writePictures(const DecodedRecording& recording) const {
+  try {
+    writePictures(plottedRecording(recording));
+  } catch (const hw::Failure& failure) {
+    throw hw::Failure(failure.Number, failure.Source,
+                      failure.Description + ". Only the pictures are missing: 'wristlog plot " + folder_ +
+                          "' draws them from the recording's files");
+  }
+}
+
+std::string RecordingFiles::writeSessionLog(const std::string& text) const {
+  std::string name = "session.log";
+  for (int number = 2; std::filesystem::exists(path(name)); ++number)
+    name = "session-" + std::to_string(number) + ".log";
+  writeFile(name, text);
+  return path(name);
+}
+
+std::vector<std::string> RecordingFiles::paths() const {
+  std::vector<std::string> all;
+  all.reserve(names_.size());
+  for (const std::string& name : names_) all.push_back(path(name));
+  return all;
+}
+
+void RecordingFiles::writeFile(const std::string& name, const std::string& content) const {
+  writeFile(name, [&](platform::NewFile& file) { file.add(content); });
+}
+
+void RecordingFiles::writeFile(const std::string& name,
+                               const std::function<void(platform::NewFile&)>& addContent) const {
+  const auto made = missingFolders();
+  try {
+    onFiles(path(name), [&](platform::Files& files) {
+      const SignalsHeld held;
+      for (const std::string& folder : made) files.makeFolder(folder, false);
+      claim();
+      const auto file = files.create(path(name));
+      addContent(*file);
+      file->finish();
+    });
+  } catch (const hw::Failure&) {
+    std::error_code none;
+    for (auto folder = made.rbegin(); folder != made.rend(); ++folder) std::filesystem::remove(*folder, none);
+    throw;
+  }
+}
+
+Json summaryJson(const DecodedRecording& recording) {
+  hw::Class_VardenLogger& logger = *recording.Logger;
+  Json summary = Json::object();
+  summary["subject"] = subjectJson(subjectOf(logger));
+  summary["time_zone"] = engineering::zoneName(logger);
+  summary["start_utc"] = engineering::isoDate(logger.Get_StartTimeGMT(), "Z");
+  summary["epoch_seconds"] = logger.Get_EpochLength();
+  summary["samples"] = logger.Get_Samples();
+  summary["markers"] = logger.Get_MarkerCount() + engineering::marker2Count(logger);
+  summary["battery"] = engineering::batteryWords(logger);
+  summary["low_battery_detected"] = recording.LowBattery;
+  summary["result"] = nameOf(recording.Result);
+  summary["result_in_words"] = verdictOf(recording);
+  if (recording.Unchecked) summary["unchecked"] = true;
+  summary["configuration"] = loggerJson(logger);
+  return summary;
+}
+
+}  // namespace wristlog

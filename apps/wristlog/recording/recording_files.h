@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "picture/recording.h"
+#include "platform/platform.h"
+#include "recording/saved_recording.h"
+#include "session/session.h"
+
+namespace wristlog {
+
+/// The files of one recording in one folder: series.csv, events.csv, recording.json, the pictures
+/// actogram.svg and report.html, and for decoding it again raw.bin and config.ini. Each is written whole or
+/// not at all.
+class RecordingFiles {
+ public:
+  enum class Part : std::uint8_t { Everything, Pictures };
+
+  /// With `Part::Pictures` only these two files are of concern.
+  RecordingFiles(std::string folder, bool overwrite, Part part = Part::Everything);
+  /// With files of other names, each written by `writeFile`.
+  RecordingFiles(std::string folder, bool overwrite, std::vector<std::string> names)
+      : folder_(std::move(folder)), overwrite_(overwrite), names_(std::move(names)) {}
+
+  /// To be called before the work: tries whether all can be written. Raises fault 58 when a file that would
+  /// be written exists and may not be overwritten, 75 when the folder is of no use or something else, a link
+  /// too, has the name of a file. The folder is made with its first file.
+  void prepare() const;
+  /// The same for a folder whose files may be overwritten when a demo wrote them and nothing else lies there.
+  void prepareForDemo();
+  /// What decoding again needs: raw.bin and config.ini.
+  void writeRaw(const hy_wristlog::engineering::SavedRecording& recording) const;
+  /// Series, events and facts.
+  void writeDecoded(const hy_wristlog::Class_VardenLogger& logger, const Json& summary) const;
+  void writePictures(const picture::PlottedRecording& plot) const;
+  /// The pictures of a recording whose other files are written: a failure says that these are safe.
+  void writePictures(const DecodedRecording& recording) const;
+  /// Raises 11503 when nothing at all would take the place of one of the files.
+  void requireEpochs(const hy_wristlog::Class_VardenLogger& logger) const;
+  /// Whether one of the files exists.
+  bool holdAny() const;
+  void writeFile(const std::string& name, const std::string& content) const;
+  /// The same with a content that is made while it is written.
+  void writeFile(const std::string& name,
+                 const std::function<void(hy_wristlog::platform::NewFile&)>& addContent) const;
+  /// Writes session.log, session-2.log, ..., the first that does not exist, and returns its path.
+  std::string writeSessionLog(const std::string& text) const;
+  std::vector<std::string> paths() const;
+
+ private:
+  bool isFromDemo() const;
+  /// Keeps other programs' recordings out of the folder from the first file on. Raises fault 58 when one has
+  /// come since `prepare`.
+  void claim() const;
+  /// The folder, and those above it, that do not exist, the uppermost first.
+  std::vector<std::string> missingFolders() const;
+  std::string path(const std::string& name) const { return folder_ + "/" + name; }
+
+  std::string folder_;
+  bool overwrite_;
+  std::vector<std::string> names_;
+  mutable std::shared_ptr<hy_wristlog::platform::FolderLock> claim_;
+};
+
+/// In the key "made_by" of a demo's recording.json.
+inline constexpr const char* MadeByDemo = "wristlog demo";
+
+/// The facts of a recording in words: subject, configuration, battery, result.
+Json summaryJson(const DecodedRecording& recording);
+
+}  // namespace wristlog

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engineering/saved_recording.h"
+#include "hy_wristlog/Class_VardenLogger.h"
+#include "hy_wristlog/enumerations.h"
+
+namespace wristlog {
+
+/// Where a saved recording lies: a folder with config.ini and raw.bin, or the two files.
+struct RecordingPlace {
+  std::string Folder, ConfigFile, RawFile;
+  bool Unchecked = false;  ///< the bytes count as they are, whatever the configuration says of them
+
+  std::string config() const { return Folder.empty() ? ConfigFile : Folder + "/config.ini"; }
+  std::string raw() const { return Folder.empty() ? RawFile : Folder + "/raw.bin"; }
+  /// None for a place without names.
+  std::vector<std::string> files() const;
+};
+
+/// Raises 53, 75 and what damaged files raise; 11503 for a recording without bytes, and for bytes that are
+/// not those of the configuration, unless they go unchecked: then the warning goes to standard error.
+hy_wristlog::engineering::SavedRecording readRecording(const RecordingPlace& place);
+
+/// The moment (UTC) that a recording is seen from: when it was retrieved or, where that is not known, when
+/// its last epoch ended.
+double momentOf(const hy_wristlog::engineering::SavedRecording& recording);
+
+struct DecodedRecording {
+  std::shared_ptr<hy_wristlog::Class_VardenLogger> Logger;
+  hy_wristlog::enmDecodeResult Result = hy_wristlog::Decode_InputError;
+  bool LowBattery = false;
+  bool Unchecked = false;  ///< the bytes are not those that the configuration tells of
+};
+
+/// What decoding made of the bytes; of unchecked ones no more than that nothing vouches for it.
+std::string verdictOf(const DecodedRecording& recording);
+
+/// Belongs into the recording's world. Raises what decoding raises.
+DecodedRecording decoded(const hy_wristlog::engineering::SavedRecording& recording, bool diagnostic);
+/// The same for files: failures name them. Raises 11503 too when nothing can be decoded.
+DecodedRecording decoded(const hy_wristlog::engineering::SavedRecording& recording,
+                         const RecordingPlace& place, bool diagnostic);
+
+}  // namespace wristlog

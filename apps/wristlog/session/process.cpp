@@ -1,0 +1,61 @@
+#include "session/process.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <initializer_list>
+
+#include "words/say.h"
+
+namespace wristlog {
+namespace {
+
+constexpr std::initializer_list<int> Interrupts{SIGINT, SIGTERM, SIGHUP};
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void onInterrupt(int) {
+  interrupted = 1;
+  for (const int number : Interrupts) std::signal(number, SIG_DFL);
+}
+
+bool isPipe(int file) {
+  struct stat status {};
+  return ::fstat(file, &status) == 0 && (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode));
+}
+
+}  // namespace
+
+void prepareStandardStreams() {
+  for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    // Read-only, so that printing fails and is noticed.
+    if (::fcntl(file, F_GETFD) < 0) ::open("/dev/null", O_RDONLY);
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
+}
+
+bool standardOutputIsWhole() {
+  if (flushStandardOutput()) return true;
+  if (!isPipe(STDOUT_FILENO)) complain() << "Standard output could not be written to the end.\n";
+  return false;
+}
+
+void catchInterrupts() {
+  for (const int number : Interrupts)
+    // What the caller has told us to ignore (nohup) stays ignored.
+    if (std::signal(number, onInterrupt) == SIG_IGN) std::signal(number, SIG_IGN);
+}
+
+bool interruptRequested() { return interrupted != 0; }
+
+SignalsHeld::SignalsHeld() {
+  sigset_t held;
+  sigemptyset(&held);
+  for (const int number : Interrupts) sigaddset(&held, number);
+  ::pthread_sigmask(SIG_BLOCK, &held, &former_);
+}
+
+SignalsHeld::~SignalsHeld() { ::pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
+
+}  // namespace wristlog

@@ -1,0 +1,89 @@
+#include "session/session.h"
+
+#include <chrono>
+
+#include "hy_wristlog/failure.h"
+#include "session/process.h"
+#include "session/terminal_host.h"
+
+namespace wristlog {
+
+namespace sim = hy_wristlog::simulator;
+
+namespace {
+
+constexpr std::chrono::hours WornBefore{72};
+constexpr std::int32_t SimulatedEpoch = 60;
+
+sim::DockBench makeWornVardenBench(const std::string& model) {
+  sim::Bench bench = model == "vivid" ? sim::makeVividBench() : sim::makeKestrin2Bench();
+  const sim::Mode mode =
+      model == "vivid" ? sim::Mode::ActivityAndSpecialLight : sim::Mode::ActivityAndStandardLight;
+  bench.Logger->setUp(sim::ordinarySetup(*bench.World, mode, SimulatedEpoch));
+  bench.Logger->wear(WornBefore);
+  return bench;
+}
+
+sim::DockBench makeWornPendrelBench(sim::PendrelModel model) {
+  sim::PendrelBenchOptions options;
+  options.Logger.Model = model;
+  sim::PendrelBench bench = sim::makePendrelBench(options);
+  bench.Logger->setUp(
+      sim::ordinaryPendrelSetup(*bench.World, SimulatedEpoch, model == sim::PendrelModel::Steps));
+  bench.Logger->wear(WornBefore);
+  return bench;
+}
+
+}  // namespace
+
+sim::DockBench makeWornBench(const std::string& model) {
+  if (model == "pendrel13") return makeWornPendrelBench(sim::PendrelModel::Plain);
+  if (model == "pendrel14") return makeWornPendrelBench(sim::PendrelModel::Checksums);
+  if (model == "pendrel27") return makeWornPendrelBench(sim::PendrelModel::Steps);
+  return makeWornVardenBench(model);
+}
+
+Session::Session(const CommonOptions& options, bool keepTraffic) : options_(options) {
+  if (!options.Simulate.empty()) bench_ = makeWornBench(options.Simulate);
+  start(keepTraffic);
+}
+
+Session::Session(const CommonOptions& options, const sim::DockBench& bench)
+    : options_(options), bench_(bench) {
+  start(false);
+}
+
+void Session::start(bool keepTraffic) {
+  if (bench_) scope_.emplace(*bench_);
+  host_ = std::make_shared<TerminalHost>(HostOptions{options_.Console, keepTraffic});
+  hy_wristlog::setHost(host_);
+  main_ = std::make_unique<hy_wristlog::Class_Main>();
+  host_->attach(main_.get());
+}
+
+Session::~Session() {
+  host_->attach(nullptr);
+  main_.reset();
+  hy_wristlog::setHost(nullptr);
+}
+
+const std::string& Session::traffic() const { return host_->traffic(); }
+
+std::optional<std::int16_t> Session::simulatedPort() const {
+  if (!bench_) return std::nullopt;
+  return static_cast<std::int16_t>(bench_->Dock->comPort());
+}
+
+void Session::showProgress(const std::string& text) { host_->showProgress(text); }
+
+void Session::endProgress() { host_->endProgress(); }
+
+void requireNotStopped() {
+  if (interruptRequested()) throw hy_wristlog::Failure(Aborted, "wristlog", "Stopped. Nothing was changed");
+}
+
+hy_wristlog::enmLoggerPointer modelFromName(const std::string& name) {
+  return name == "vivid" ? hy_wristlog::LggrPntr_KRVivid : hy_wristlog::LggrPntr_KRII;
+}
+
+}  // namespace wristlog

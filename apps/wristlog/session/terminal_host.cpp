@@ -1,0 +1,95 @@
+#include "session/terminal_host.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "debugger/clipboard.h"
+#include "session/process.h"
+#include "words/safe_text.h"
+#include "words/say.h"
+
+namespace wristlog {
+namespace {
+
+class ProgressEvents : public hy_wristlog::LoggerEvents {
+ public:
+  explicit ProgressEvents(TerminalHost& host) : host_(host) {}
+  void CommProgress(std::string& text) override { host_.showProgress(text); }
+
+ private:
+  TerminalHost& host_;
+};
+
+}  // namespace
+
+TerminalHost::TerminalHost(const HostOptions& options)
+    : options_(options), showProgress_(!options.ShowConsole && isatty(STDERR_FILENO) == 1) {
+  catchInterrupts();
+}
+
+TerminalHost::~TerminalHost() { endProgress(); }
+
+void TerminalHost::serveEvents() {
+  if (!interruptRequested() || main_ == nullptr) return;
+  main_->AbortComms();
+  if (stopAnnounced_) return;
+  stopAnnounced_ = true;
+  endProgress();
+  complain() << "Stopping, and leaving the logger in order. Ctrl-C again ends at once.\n";
+}
+
+hy_wristlog::MessageBoxButton TerminalHost::showMessageBox(std::string_view title, std::string_view text,
+                                                           std::int32_t buttons) {
+  if (buttons == static_cast<std::int32_t>(hy_wristlog::MessageBoxButton::Ok)) {
+    endProgress();
+    complain().lines(text, "  ");
+  }
+  return Host::showMessageBox(title, text, buttons);
+}
+
+void TerminalHost::workflowStarted(const std::shared_ptr<hy_wristlog::Class_VardenLogger>& logger) {
+  if (showProgress_ || options_.KeepTraffic) logger->subscribe(std::make_shared<ProgressEvents>(*this));
+}
+
+void TerminalHost::downloadProgress(std::int32_t bytesSoFar, std::int32_t bytesExpected) {
+  // The last packet is filled up.
+  if (bytesExpected > 0) bytesSoFar = std::min(bytesSoFar, bytesExpected);
+  std::string text = "Read " + std::to_string(bytesSoFar);
+  if (bytesExpected > 0) text += " of " + std::to_string(bytesExpected);
+  showProgress(text + " bytes");
+}
+
+void TerminalHost::showProgress(const std::string& text) {
+  if (options_.KeepTraffic) traffic_.append("\n-- " + text + "\n");
+  if (!showProgress_ || stopAnnounced_) return;
+  complain() << "\r\033[K" << text;
+  complain().flush();
+  progressShown_ = true;
+}
+
+void TerminalHost::endProgress() {
+  if (progressShown_) complain() << "\r\033[K";
+  complain().flush();
+  progressShown_ = false;
+}
+
+void TerminalHost::append(std::string_view text) {
+  if (options_.ShowConsole) complain().traffic(text).flush();
+  if (options_.KeepTraffic) traffic_.append(safeText(text));
+}
+
+void TerminalHost::showLastError(std::string_view text) {
+  if (options_.ShowConsole) complain() << "\nLast error: " << text << "\n";
+  if (options_.KeepTraffic) traffic_.append("\nLast error: " + safeLine(text) + "\n");
+}
+
+void TerminalHost::copyToClipboard(std::string_view text) {
+  for (const int file : {STDERR_FILENO, STDOUT_FILENO})
+    if (isatty(file) == 1) {
+      writeWhole(file, clipboardSequence(text));
+      return;
+    }
+}
+
+}  // namespace wristlog

@@ -1,0 +1,53 @@
+#include <algorithm>
+#include <iostream>
+#include <string>
+
+namespace wristlog {
+namespace {
+
+std::ostream& output = std::cout;
+std::ostream& errors = std::cerr;
+
+}  // namespace
+}  // namespace wristlog
+
+#include "words/safe_text.h"
+#include "words/say.h"
+
+namespace wristlog {
+
+const Speech& Speech::operator<<(std::string_view foreign) const { return put(safeLine(foreign)); }
+
+const Speech& Speech::lines(std::string_view foreign, std::string_view margin) const {
+  while (!foreign.empty()) {
+    const auto end = std::min(foreign.find_first_of("\r\n"), foreign.size());
+    *this << foreign.substr(0, end);
+    foreign.remove_prefix(foreign.substr(end).starts_with("\r\n") ? end + 2
+                                                                  : std::min(end + 1, foreign.size()));
+    if (!foreign.empty()) put("\n").put(margin);
+  }
+  return put("\n");
+}
+
+const Speech& Speech::traffic(std::string_view foreign) const { return put(safeText(foreign)); }
+
+void Speech::flush() const { out_->flush(); }
+
+const Speech& Speech::put(std::string_view text) const {
+  out_->write(text.data(), static_cast<std::streamsize>(text.size()));
+  return *this;
+}
+
+const Speech& Speech::putNumber(long long number) const { return put(std::to_string(number)); }
+
+Speech say() { return Speech(output); }
+Speech complain() { return Speech(errors); }
+
+void printDocument(std::string_view document) { output << document << '\n' << std::flush; }
+
+bool flushStandardOutput() {
+  output.flush();
+  return output.good();
+}
+
+}  // namespace wristlog

@@ -1,0 +1,265 @@
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "base/faults.h"
+#include "errors/Procedure.h"
+#include "platform/platform.h"
+#include "tools/Class_Tools.h"
+#include "varden/VardenLogger.h"
+#include "varden/commands/shell.h"
+
+namespace hy_wristlog {
+namespace {
+
+constexpr const char* Class = "Class_VardenLogger";
+
+constexpr const char* VendorID = "5245";
+constexpr const char* QuillanderProduct = "4000";
+constexpr const char* TolkaFirstProduct = "4001";
+constexpr const char* TolkaSecondProduct = "4002";
+constexpr const char* ComPortClass = "{4d36e978-e325-11ce-bfc1-08002be10318}";
+constexpr const char* UsbDeviceClass = "{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
+
+/// What the open procedures return.
+enum OpenResult : std::int32_t {
+  Unfinished = -1,
+  Opened = 0,
+  AlreadyOpen = 1,
+  InvalidPort = 2,
+  PortFailed = 3,
+  NoLogger = 4,
+  LockedUp = 5,
+};
+
+/// The result that a failure of opening a port amounts to.
+std::optional<OpenResult> resultOfFailure(std::int32_t number) {
+  switch (number) {
+    case 8005:
+      return AlreadyOpen;
+    case 8002:
+    case 8012:
+      return InvalidPort;
+    case 8001:
+    case 8003:
+    case 8006:
+    case 8011:
+    case 8013:
+    case 8014:
+    case 8016:
+    case 8018:
+    case 8019:
+    case 8020:
+    case 8021:
+      return PortFailed;
+    case 8015:
+      return LockedUp;
+    default:
+      return std::nullopt;
+  }
+}
+
+void fail(Procedure& procedure, std::int32_t number, const char* source, const std::string& text) {
+  procedure.statement([&] { throw Failure(number, std::string(Class) + "." + source, text); });
+}
+
+/// Waits in steps of 5 ms until the DSR line is as wanted, or the time (milliseconds) is over.
+void awaitDsr(Procedure& procedure, Form_Comm& link, bool wanted, std::int32_t wait) {
+  platform::Clock& clock = platform::current().clock();
+  const double deadline = clock.timer() + wait / 1000.0;
+  for (bool late = false, asWanted = false; !asWanted && !late;) {
+    procedure.statement([] { Tools().subDelay(5); });
+    late = clock.timer() >= deadline;
+    asWanted = procedure.statement([&] { return link.DSRHolding(); }) == wanted;
+  }
+}
+
+void openDockPort(Procedure& procedure, Form_Comm& link, std::int16_t port, bool delayAfterOpen) {
+  procedure.statement([&] {
+    link.subOpenPort(port, shell::Baud57600, shell::EightDataBits, shell::NoParity, shell::TwoStopBits,
+                     delayAfterOpen ? 2000 : 0, false, true);
+  });
+}
+
+}  // namespace
+
+bool VardenLogger::fncIsVardenFromDeviceName(std::string_view name) {
+  const auto contains = [&](std::string_view part) { return name.find(part) != std::string_view::npos; };
+  return contains(VendorID) &&
+         (contains(TolkaFirstProduct) || contains(QuillanderProduct) || contains(TolkaSecondProduct));
+}
+
+/// A dock of the first form has no port of its own here, but it counts.
+std::int16_t VardenLogger::fncTolkaDockCOMport(std::int16_t& NumConnected) {
+  Procedure procedure{Class, "fncTolkaDockCOMport"};
+  return procedure.run([&] {
+    NumConnected = 0;
+    std::int16_t seconds = 0;
+    const std::int16_t first = procedure.statement([&] {
+      return Tools().fncUSBdeviceCOMport(VendorID, TolkaFirstProduct, UsbDeviceClass, NumConnected);
+    });
+    const std::int16_t second = procedure.statement(
+        [&] { return Tools().fncUSBdeviceCOMport(VendorID, TolkaSecondProduct, ComPortClass, seconds); });
+    NumConnected = fault::narrow<std::int16_t>(NumConnected + seconds);
+    return second != 0 ? second : first;
+  });
+}
+
+std::int16_t VardenLogger::fncQuillanderDockCOMport(std::int16_t& NumConnected) {
+  Procedure procedure{Class, "fncQuillanderDockCOMport"};
+  return procedure.run([&] {
+    NumConnected = 0;
+    return Tools().fncUSBdeviceCOMport(VendorID, QuillanderProduct, ComPortClass, NumConnected);
+  });
+}
+
+bool VardenLogger::fncTolkaLoggerConnected(bool KeepPortOpen, bool LongDSRwait) {
+  constexpr const char* Name = "fncTolkaLoggerConnected";
+  Procedure procedure{Class, Name};
+  procedure.passesOn(3001, 3002, 3003, 11508);
+  return procedure.run([&] {
+    record.DeviceType = KR_TOLKA;
+    std::int16_t docks = 0;
+    const std::int16_t port = procedure.statement([&] { return fncTolkaDockCOMport(docks); });
+    bool connected = docks == 1 && port != 0;
+    // The port of a dock that was unplugged meanwhile fails here, and is opened anew.
+    bool stillGood = false;
+    if (connected && port == dockCOMport_ && link().Get_PortReady())
+      ignoringFailures([&] { stillGood = link().DSRHolding(); });
+    if (connected && !stillGood) {
+      dockCOMport_ = port;
+      const std::int32_t result =
+          procedure.statement([&] { return fncOpenTolkaPort(port, false, LongDSRwait); });
+      if (result == NoLogger)
+        connected = false;
+      else if (result == LockedUp)
+        fail(procedure, 11508, Name, "Kestrin 2 Communications Docking Station locked up, error 8015");
+      else if (result != Opened)
+        fail(procedure, 11508, Name, "Kestrin 2 Communications Docking Station: Unable to open COM port");
+    }
+    if (connected) connected = procedure.statement([&] { return fncGetVardenPrompt(); });
+    if (!KeepPortOpen) procedure.statement([&] { subCloseTolkaPort(); });
+    return connected;
+  });
+}
+
+bool VardenLogger::fncQuillanderLoggerConnected(bool KeepPortOpen) {
+  constexpr const char* Name = "fncQuillanderLoggerConnected";
+  Procedure procedure{Class, Name};
+  procedure.passesOn(3001, 3002, 3003, 11508);
+  return procedure.run([&] {
+    record.DeviceType = KR_QUILLANDER;
+    std::int16_t docks = 0;
+    const std::int16_t port = procedure.statement([&] { return fncQuillanderDockCOMport(docks); });
+    bool connected = docks == 1 && port != 0;
+    const bool stillGood = connected && port == dockCOMport_ && link().Get_PortReady();
+    if (connected && !stillGood) {
+      dockCOMport_ = port;
+      const std::int32_t result = procedure.statement([&] { return fncOpenQuillanderPort(port, false); });
+      if (result == AlreadyOpen || result == InvalidPort)
+        fail(procedure, 11508, Name, "Kestrin Vivid Communications Docking Station: Unable to open COM port");
+    }
+    if (connected) connected = procedure.statement([&] { return fncGetVardenPrompt(); });
+    if (!KeepPortOpen) procedure.statement([&] { subCloseQuillanderPort(); });
+    return connected;
+  });
+}
+
+/// The dock shows a seated logger on DSR once DTR is up. 0 opened, 1 the port is in use, 2 there is no such
+/// port, 3 it failed, 4 no logger, 5 the dock is locked up; -1 when the site's action for another failure is
+/// to leave quietly. Raises 11509 for a port below 1.
+std::int32_t VardenLogger::fncOpenTolkaPort(std::int16_t intPort, bool DelayAfterOpen, bool LongDSRwait) {
+  constexpr const char* Name = "fncOpenTolkaPort";
+  Procedure procedure{Class, Name};
+  std::int32_t result = Unfinished;
+  procedure.trap([&](Failure& failure) {
+    const auto ofFailure = resultOfFailure(failure.Number);
+    if (!ofFailure) return TrapAnswer::Dispatch;
+    result = *ofFailure;
+    return TrapAnswer::Leave;
+  });
+  procedure.run([&] {
+    if (intPort < 1) fail(procedure, 11509, Name, "Invalid COM Port Settings");
+    openDockPort(procedure, link(), intPort, DelayAfterOpen);
+    procedure.statement([&] { link().subEnableDTR(); });
+    awaitDsr(procedure, link(), true, LongDSRwait ? 5000 : 1000);
+    const bool seated = procedure.statement([&] { return link().DSRHolding(); });
+    if (!seated) procedure.statement([&] { link().subClosePort(); });
+    result = seated ? Opened : NoLogger;
+  });
+  return result;
+}
+
+/// The dock has no signal for a seated logger: it is woken and asked for its prompt. Results as for the other
+/// dock, except that a locked-up dock and a logger that does not answer are 3.
+std::int32_t VardenLogger::fncOpenQuillanderPort(std::int16_t intPort, bool DelayAfterOpen) {
+  constexpr const char* Name = "fncOpenQuillanderPort";
+  Procedure procedure{Class, Name};
+  std::int32_t result = Unfinished;
+  procedure.trap([&](Failure& failure) {
+    auto ofFailure = resultOfFailure(failure.Number);
+    if (ofFailure == LockedUp || failure.Number == 3001 || failure.Number == 3002) ofFailure = PortFailed;
+    if (!ofFailure) return TrapAnswer::Dispatch;
+    result = *ofFailure;
+    return TrapAnswer::Leave;
+  });
+  procedure.run([&] {
+    if (intPort < 1) fail(procedure, 11509, Name, "Invalid COM Port Settings");
+    openDockPort(procedure, link(), intPort, DelayAfterOpen);
+    procedure.statement([&] { subResetQuillander(); });
+    procedure.statement([&] { link().subEnableDTR(); });
+    for (int times = 0; times < 2; ++times)
+      procedure.statement([&] { link().subSendChars({}, 3, 1, 1, 0, 0, 100); });
+    procedure.statement([&] { link().fncGetCharLine('>', 3000); });
+    result = Opened;
+  });
+  return result;
+}
+
+void VardenLogger::subResetQuillander() {
+  Procedure procedure{Class, "subResetQuillander"};
+  procedure.run([&] {
+    procedure.statement([&] { link().subDisableRTS(); });
+    procedure.statement([] { Tools().subDelay(5); });
+    procedure.statement([&] { link().subEnableRTS(); });
+    procedure.statement([] { Tools().subDelay(100); });
+    procedure.statement([&] { link().subDisableRTS(); });
+  });
+}
+
+void VardenLogger::subCloseTolkaPort() {
+  Procedure procedure{Class, "subCloseTolkaPort"};
+  // Also when the dock has gone and every question to it fails.
+  procedure.cleanUp([this] { link().subClosePort(); });
+  procedure.run([&] {
+    if (procedure.statement([&] { return link().DSRHolding(); })) {
+      procedure.statement([&] { link().subDisableDTR(); });
+      awaitDsr(procedure, link(), false, 1000);
+      std::int16_t docks = 0;
+      const std::int16_t port = procedure.statement(
+          [&] { return Tools().fncUSBdeviceCOMport(VendorID, TolkaFirstProduct, UsbDeviceClass, docks); });
+      // This form of the dock needs a while to settle.
+      if (port > 0) procedure.statement([] { Tools().subDelay(1000, 5); });
+    }
+    procedure.statement([&] { link().subClosePort(); });
+  });
+}
+
+void VardenLogger::subCloseQuillanderPort() {
+  Procedure procedure{Class, "subCloseQuillanderPort"};
+  procedure.run([&] { link().subClosePort(); });
+}
+
+void VardenLogger::subCloseDevicePort() {
+  Procedure procedure{Class, "subCloseDevicePort"};
+  procedure.cleanUp([this] { link().subClosePort(); });
+  procedure.run([&] {
+    if (record.DeviceType == KR_QUILLANDER)
+      procedure.statement([&] { subCloseQuillanderPort(); });
+    else if (record.DeviceType == KR_TOLKA)
+      procedure.statement([&] { subCloseTolkaPort(); });
+    procedure.statement([&] { link().subClosePort(); });
+  });
+}
+
+}  // namespace hy_wristlog

@@ -1,0 +1,139 @@
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <utility>
+
+#include "base/faults.h"
+#include "tools/Class_Tools.h"
+#include "varden/VardenLogger.h"
+#include "varden/commands/shell.h"
+#include "varden/config/packets.h"
+
+namespace hy_wristlog {
+namespace {
+
+/// A configuration has 256 bytes.
+constexpr std::size_t MostConfigBytes = 16384;
+
+/// Room for packets that come again.
+std::size_t mostDataBytes(std::int32_t bytesUsed) {
+  constexpr std::size_t Any = std::size_t{20} << 20, Least = 65536;
+  return bytesUsed > 0 ? std::min(Any, Least + 4 * static_cast<std::size_t>(bytesUsed)) : Any;
+}
+
+/// The link's count of packets overflows when the logger repeats packet 255. Another attempt mends that like
+/// any other failure of a transfer.
+PacketArray receivePackets(ShellProcedure& shell, Form_Comm& link, std::size_t most) {
+  link.boundTransfers(most);
+  return shell.procedure.statement([&]() -> PacketArray {
+    try {
+      return link.fncReceiveXmodemPackets(shell::Baud57600, shell::EightDataBits, shell::NoParity,
+                                          shell::TwoStopBits, shell::TransferTimeout);
+    } catch (const Failure& failure) {
+      if (failure.Number != fault::Overflow) throw;
+    }
+    shell.fail(3011, "Packet 255 was repeated");
+    return {};
+  });
+}
+
+void letLoggerSettle(ShellProcedure& shell) {
+  shell.procedure.statement([] { Tools().subDelay(250, 50); });
+}
+
+/// Failures that a configuration with a stale CRC, or a hiccup on the line, can cause.
+bool curedByReset(std::int32_t failure) {
+  constexpr std::array Curable{3001, 3002, 3003, 3011, 3013, 11505};
+  return std::find(Curable.begin(), Curable.end(), failure) != Curable.end();
+}
+
+}  // namespace
+
+std::unique_ptr<VardenLogger> VardenLogger::fncReadVardenConfig(bool NewLogger) {
+  ShellProcedure shell{link(), "fncReadVardenConfig"};
+  shell.procedure.passesOn(3001, 3002, 3003, 3011, 3013, 11504, 11505);
+  return shell.procedure.run([&] {
+    std::unique_ptr<VardenLogger> fresh;
+    if (NewLogger) fresh = std::make_unique<VardenLogger>();
+    shell.procedure.statement([&] { subErase(); });
+    shell.ask(shell::ShowConfig);
+    const PacketArray packets = receivePackets(shell, link(), MostConfigBytes);
+    if (!packets) shell.fail(3013, "No packets received");
+    shell.procedure.statement([&] { (fresh ? *fresh : *this).Let_ConfigPackets(packets); });
+    letLoggerSettle(shell);
+    return fresh;
+  });
+}
+
+/// An abort during the transfer leaves the raw data as they were.
+void VardenLogger::fncReadVardenData() {
+  ShellProcedure shell{link(), "fncReadVardenData"};
+  shell.procedure.passesOn(3001, 3002, 3003, 3011, 3013, 11504, 11505);
+  shell.procedure.run([&] {
+    commsAborted_ = false;
+    shell.ask(shell::ShowData);
+    PacketArray packets = receivePackets(shell, link(), mostDataBytes(record.BytesUsed));
+    if (commsAborted_) return;
+    dropRepeatedPackets(packets);
+    lastPacketBytes_ = packets && !packets->empty() ? packets->back().BinData.size() : 0;
+    shell.procedure.statement([&] { subSetRawDataFromPackets(packets); });
+    letLoggerSettle(shell);
+  });
+}
+
+void VardenLogger::subSendVardenConfig() {
+  ShellProcedure shell{link(), "subSendVardenConfig"};
+  shell.sendFailureProcedure = "subSetVardenClock";
+  shell.procedure.passesOn(3001, 3002, 3003, 3008, 3009, 3010, 3011, 3012);
+  shell.procedure.run([&] {
+    // A half-heard "config" may have put the logger into its receive state.
+    shell.send(shell::Config.Text, [&] {
+      ignoringFailures([&] { link().subSendXmodemAbort(); });
+      ignoringFailures([&] { link().subSendXmodemAbort(); });
+    });
+    const PacketArray packets = shell.procedure.statement([&] { return Get_ConfigPackets(); });
+    // Byte by byte, since the logger writes its memory as it receives.
+    shell.procedure.statement([&] {
+      link().subSendXmodemPackets(packets, shell::Baud57600, shell::EightDataBits, shell::NoParity,
+                                  shell::TwoStopBits, shell::TransferTimeout, true, 1);
+    });
+    shell.readLine('>', 200);
+  });
+}
+
+/// Configuration, firmware version, battery and clock. When the configuration cannot be read, the logger is
+/// told once to make its CRC anew; an abort is not taken for that.
+void VardenLogger::fncReadVardenSetup() {
+  Procedure procedure{"Class_VardenLogger", "fncReadVardenSetup"};
+  procedure.passesOn(3001, 3002, 3003, 3011, 3013, 11504, 11505, 11507);
+  enum class Reading : std::uint8_t { First, Failed, Settled } reading = Reading::First;
+  procedure.trap([&](Failure& failure) {
+    if (reading != Reading::First || commsAborted_ || !curedByReset(failure.Number))
+      return TrapAnswer::Dispatch;
+    reading = Reading::Failed;
+    return TrapAnswer::GoOn;
+  });
+  procedure.run([&] {
+    commsAborted_ = false;
+    procedure.statement([&] { fncReadVardenConfig(false); });
+    const bool again = std::exchange(reading, Reading::Settled) == Reading::Failed;
+    if (again) {
+      procedure.statement([&] { subVardenConfigCRCreset(); });
+      procedure.statement([&] { fncReadVardenConfig(false); });
+    }
+    procedure.statement([&] { fncReadVardenFWversion(); });
+    procedure.statement([&] { fncReadVardenBatteryVoltage(); });
+    procedure.statement([&] { fncReadVardenTime(); });
+  });
+}
+
+void VardenLogger::subAbortLoggerComms() {
+  Procedure procedure{"Class_VardenLogger", "subAbortLoggerComms"};
+  procedure.run([&] {
+    abortMark_ = true;
+    procedure.statement([&] { link().subAbortProcess(); });
+    procedure.statement([] { Tools().subDelay(250, 50); });
+  });
+}
+
+}  // namespace hy_wristlog

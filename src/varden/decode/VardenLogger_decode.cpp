@@ -1,0 +1,62 @@
+#include <optional>
+#include <utility>
+
+#include "base/faults.h"
+#include "base/formats.h"
+#include "errors/GlobalState.h"
+#include "errors/Procedure.h"
+#include "platform/platform.h"
+#include "timezones/Class_TimeZoneTools.h"
+#include "varden/VardenLogger.h"
+#include "varden/config/packets.h"
+#include "varden/decode/stream_decoder.h"
+
+namespace hy_wristlog {
+namespace {
+
+constexpr const char* Module = "Class_VardenLogger";
+
+DecodeOptions optionsOfThisWorld(bool diagnostic) {
+  return {diagnostic, Class_TimeZoneTools::fncGetGMTTime(),
+          [pattern = globals().ShortDateTimeFormat](double date) { return formatDate(date, pattern); },
+          [](std::string_view title, std::string_view text) {
+            platform::current().host().showMessageBox(title, text,
+                                                      static_cast<std::int32_t>(MessageBoxButton::Ok));
+          }};
+}
+
+}  // namespace
+
+void VardenLogger::subSetRawDataFromPackets(const PacketArray& packets) {
+  Procedure procedure{Module, "subSetRawDataFromPackets"};
+  procedure.run([&] {
+    requirePackets(packets, "Class_VardenLogger.subSetRawDataFromPackets");
+    record.RawData = joinPackets(*packets);
+    record.CutOffData.clear();
+  });
+}
+
+enmDecodeResult VardenLogger::fncDecodeDataArrays(bool& LowBatteryDetected,
+                                                  const std::optional<ByteArray>& RawBytes,
+                                                  bool DiagnosticDecode) {
+  Procedure procedure{Module, "fncDecodeDataArrays"};
+  DecodeOptions options;
+  std::optional<StreamDecoder> decoder;
+  procedure.cleanUp([&] {
+    if (decoder) LowBatteryDetected = decoder->lowBatteryDetected().value_or(LowBatteryDetected);
+  });
+  procedure.run([&] {
+    procedure.statement([&] {
+      if (!RawBytes) return;
+      record.RawData = *RawBytes;
+      record.CutOffData.clear();
+      record.BytesUsed = fault::narrow<std::int32_t>(RawBytes->size());
+    });
+    procedure.statement([&] { options = optionsOfThisWorld(DiagnosticDecode); });
+    procedure.statement([&] { decoder.emplace(record, options).decode(); });
+    procedure.statement([&] { decoder->finish(); });
+  });
+  return decoder ? decoder->result() : Decode_InputError;
+}
+
+}  // namespace hy_wristlog

@@ -1,0 +1,108 @@
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include "base/code_page.h"
+#include "base/dates.h"
+#include "base/faults.h"
+#include "base/formats.h"
+#include "base/numbers.h"
+#include "errors/Procedure.h"
+#include "varden/VardenLogger.h"
+#include "varden/battery.h"
+#include "varden/decode/event_records.h"
+#include "varden/files/data_files.h"
+
+namespace hy_wristlog {
+namespace {
+
+constexpr std::int64_t TimeAt = 3;
+/// The reader steps over all of an event record but its last byte, which so counts as an activity code.
+constexpr std::int64_t EventStep = EventRecordLength - 1;
+constexpr std::size_t SubjectLength = 19;
+constexpr std::int32_t SecondsPerUnit = 15;
+
+[[noreturn]] void fail(const char* text) {
+  throw Failure(11503, "Class_VardenLogger.subSaveActivityOnlyKRD", text);
+}
+
+void checkRecord(const VardenRecord& record) {
+  if (record.ActivityCalibration == 0) fail("Activity calibration is zero! Try 'Show Config' first...");
+  if (record.BytesUsed == 0) fail("Next memory address is zero! Try 'Show Config' first...");
+}
+
+/// The text of each activity code: the counts, whose steps grow by one every 32, scaled by 128 / calibration
+/// without a limit. Unlike in the decoder code 253 has counts.
+std::array<std::string, 256> activityTexts(std::uint8_t calibration) {
+  constexpr std::int32_t HighestCount = 32767;
+  constexpr std::size_t CodesWithCounts = 254;
+  const NumberFormat format("#####0");
+  std::array<std::string, 256> texts;
+  std::int32_t counts = 0;
+  for (std::size_t code = 0; code < texts.size(); ++code) {
+    texts[code] = format(roundToInt32((code < CodesWithCounts ? counts : -1) * 128.0 / calibration));
+    counts = std::min(counts + 1 + counts / 32, HighestCount);
+  }
+  return texts;
+}
+
+/// Takes the start time of the last acquisition start and gives the position to read from; without one the
+/// record keeps its start time and reading begins at 0. Bytes among the samples that look like a start count
+/// as one; a start in the last 6 bytes is passed over.
+std::int64_t findLastStart(VardenRecord& record, std::int64_t last) {
+  const ByteArray& raw = *record.RawData;
+  std::int64_t position = 0;
+  for (std::int64_t at = 0; at + EventStep <= last; ++at) {
+    if (fault::at(raw, at) != EventMark || (fault::at(raw, at + 1) & AcquisitionStart) == 0) continue;
+    record.StartTimeGMT = loggerSecondsToDate(loggerSecondsAt(raw, at + TimeAt));
+    position = at + EventStep;
+  }
+  return position;
+}
+
+/// The file takes the offset with the opposite sign of the decoded report.
+void addHeading(DataFile& file, const VardenRecord& record) {
+  const double start = addTime(record.StartTimeGMT, -(record.GMToffset / MinutesPerDay));
+  const std::string subject = ansiTextFromUtf8(record.EncodedSetup).substr(0, SubjectLength);
+  for (const std::string& item :
+       {utf8FromAnsiText(subject), formatDate(start, "dd-mmm-yyyy"), formatDate(start, "Hh:Nn"),
+        std::to_string(record.EpochLength / SecondsPerUnit), std::string("99"), std::string("V639999"),
+        std::string("M")})
+    file.plain(item).endLine();
+}
+
+void addActivity(DataFile& file, const VardenRecord& record, std::int64_t position, std::int64_t last) {
+  const auto texts = activityTexts(record.ActivityCalibration);
+  while (position <= last - UnreadTail) {
+    const std::uint8_t code = fault::at(*record.RawData, position);
+    if (code == EventMark) {
+      position += EventStep;
+    } else if (code == StatusMark) {
+      position += StatusRecordLength;
+    } else {
+      file.plain(texts[code]).endLine();
+      ++position;
+    }
+  }
+}
+
+}  // namespace
+
+void VardenLogger::subSaveActivityOnlyKRD(std::string_view path) {
+  Procedure procedure{"Class_VardenLogger", "subSaveActivityOnlyKRD"};
+  procedure.passesOn(fault::PathFileAccess);
+  DataFile file(path);
+  procedure.cleanUp([&file] { file.leave(); });
+  procedure.run([&] {
+    if (!requireRawData(record)) return;
+    procedure.statement([&] { checkRecord(record); });
+    const std::int64_t last = lastRawIndex(record);
+    const std::int64_t position = procedure.statement([&] { return findLastStart(record, last); });
+    procedure.statement([&] { addHeading(file, record); });
+    procedure.statement([&] { addActivity(file, record, position, last); });
+    procedure.statement([&] { file.save(); });
+  });
+}
+
+}  // namespace hy_wristlog

@@ -1,0 +1,89 @@
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "errors/GlobalState.h"
+#include "errors/Procedure.h"
+#include "platform/platform.h"
+#include "start_up/start_up.h"
+#include "workflows/main_state.h"
+
+namespace hy_wristlog {
+namespace {
+
+constexpr DockedModel KestrinVivid{KR_QUILLANDER, "Kestrin Vivid", VardenMode_ActivityAndSpecialLight};
+constexpr DockedModel Kestrin2{KR_TOLKA, "Kestrin 2", VardenMode_ActivityAndStandardLight};
+
+}  // namespace
+
+void MainState::follow(std::shared_ptr<LoggerEvents> follower) {
+  ActiveLogger->unsubscribe(Follower);
+  Follower = std::move(follower);
+  ActiveLogger->subscribe(Follower);
+}
+
+void MainState::makeActiveLogger() {
+  ActiveLogger->unsubscribe(Follower);
+  ActiveLogger = std::make_shared<Class_VardenLogger>();
+  ActiveLogger->subscribe(Follower);
+  platform::current().host().workflowStarted(ActiveLogger);
+}
+
+std::int16_t DockedModel::findDock(VardenLogger& logger, std::int16_t& numConnected) const {
+  return DeviceType == KR_QUILLANDER ? logger.fncQuillanderDockCOMport(numConnected)
+                                     : logger.fncTolkaDockCOMport(numConnected);
+}
+
+bool DockedModel::connect(VardenLogger& logger) const {
+  return DeviceType == KR_QUILLANDER ? logger.fncQuillanderLoggerConnected(true)
+                                     : logger.fncTolkaLoggerConnected(true, false);
+}
+
+const DockedModel* dockedModel(enmLoggerPointer loggerType) {
+  if (loggerType == LggrPntr_KRVivid) return &KestrinVivid;
+  if (loggerType == LggrPntr_KRII) return &Kestrin2;
+  return nullptr;
+}
+
+bool hasFactoryValues(const VardenRecord& record, const DockedModel& model) {
+  const bool light = model.DeviceType == KR_QUILLANDER
+                         ? record.RedLightCalibration != 0 && record.GreenLightCalibration != 0 &&
+                               record.BlueLightCalibration != 0
+                         : record.LightScaleCalibration != 0;
+  return light && record.ActivityCalibration > 0 && record.DeviceType == model.DeviceType;
+}
+
+bool isValidEpochLength(std::int32_t seconds) {
+  constexpr std::array Valid{15, 30, 60, 120, 300};
+  return std::find(Valid.begin(), Valid.end(), seconds) != Valid.end();
+}
+
+Class_Main::Class_Main() {
+  openLibrary();
+  state_ = std::make_unique<MainState>();
+}
+
+Class_Main::~Class_Main() = default;
+
+std::int16_t Class_Main::Get_MaxCommunicationRetries() const { return state_->MaxCommunicationRetries; }
+void Class_Main::Let_MaxCommunicationRetries(std::int16_t value) { state_->MaxCommunicationRetries = value; }
+std::string Class_Main::Get_Version() const { return globals().VersionFull; }
+bool Class_Main::Get_LegacyClearMemoryOnConfigure() const { return state_->LegacyClearMemoryOnConfigure; }
+void Class_Main::Let_LegacyClearMemoryOnConfigure(bool value) {
+  state_->LegacyClearMemoryOnConfigure = value;
+}
+std::int16_t Class_Main::Get_LegacyCOMport() const { return state_->LegacyCOMport; }
+
+double Class_Main::LoggerSecondsToDate(std::int32_t LoggerSeconds1970) {
+  Procedure procedure{"Class_Main", "LoggerSecondsToDate", ProcedureKind::Command};
+  return procedure.run([&] { return VardenLogger::fncLoggerSecondsToDate(LoggerSeconds1970); });
+}
+
+std::int32_t Class_Main::DateToLoggerSeconds(double TheDate) {
+  Procedure procedure{"Class_Main", "DateToLoggerSeconds", ProcedureKind::Command};
+  return procedure.run([&] { return VardenLogger::fncDateToLoggerSeconds(TheDate); });
+}
+
+void Class_Main::AbortComms() { state_->AbortFlag = true; }
+
+}  // namespace hy_wristlog

@@ -1,0 +1,169 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <sstream>
+
+#include "apps/markup_check.h"
+#include "apps/sandbox.h"
+#include "words/pendrel_words.h"
+
+namespace {
+
+std::string linesBefore(const std::string& text, std::size_t count) {
+  std::size_t end = 0;
+  while (count-- > 0 && end < text.size()) end = text.find('\n', end) + 1;
+  return text.substr(0, end);
+}
+
+TEST(Legacy, ARetrievedRecordingIsSixFilesAndOneDocument) {
+  const Sandbox box;
+  const struct {
+    std::string Model, Heading, FirstRow;
+  } cases[] = {{"pendrel13", "local_time,utc,activity,marker\n", "55,\n"},
+               {"pendrel14", "local_time,utc,activity,marker\n", "55,\n"},
+               {"pendrel27", "local_time,utc,activity,steps,marker\n", "55,0,\n"}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.Model);
+    const std::string command = "legacy retrieve --json --simulate " + each.Model + " --out " + each.Model;
+    const Outcome outcome = box.run(command);
+    ASSERT_EQ(outcome.Status, 0) << outcome.Err;
+    const Json document = Json::parse(outcome.Out);
+    EXPECT_EQ(keysOf(document),
+              "return_code return_code_meaning samples start_time_gmt start_time_gmt_date marker_count "
+              "activity steps marker battery_life_remaining logger subject ");
+    const auto samples = document.at("samples").get<std::size_t>();
+    EXPECT_EQ(document.at("activity").size(), samples);
+    EXPECT_EQ(document.at("steps").size(), each.Model == "pendrel27" ? samples : 0U);
+    EXPECT_EQ(document.at("subject").at("identity"), "Subject 17");
+    EXPECT_EQ(document.at("logger").at("start_date"), "2026-03-02");
+    EXPECT_EQ(document.at("logger").at("start_time"), "09:01:00");
+
+    const std::string series = box.content(each.Model + "/series.csv");
+    EXPECT_EQ(linesBefore(series, 2),
+              each.Heading + "2026-03-02T09:01:00-05:00,2026-03-02T14:01:00Z," + each.FirstRow);
+    EXPECT_EQ(static_cast<std::size_t>(std::count(series.begin(), series.end(), '\n')), samples + 1);
+    EXPECT_EQ(box.content(each.Model + "/raw.bin").size() % 4096, 0U);
+    EXPECT_EQ(box.content(each.Model + "/setup.txt").find("Subject 17"), 0U);
+    const Json summary = Json::parse(box.content(each.Model + "/recording.json"));
+    EXPECT_EQ(summary.at("samples"), samples);
+    EXPECT_EQ(summary.at("start_local"), "2026-03-02T09:01:00");
+
+    const std::string picture = box.content(each.Model + "/actogram.svg");
+    const std::string report = box.content(each.Model + "/report.html");
+    for (const std::string& text : {picture, report}) {
+      EXPECT_EQ(MarkupCheck::problemOf(text), "");
+      EXPECT_NE(text.find("Mon 2026-03-02"), std::string::npos) << "the first day";
+      EXPECT_EQ(text.find("steps an epoch") != text.npos, each.Model == "pendrel27");
+    }
+    EXPECT_NE(report.find("2026-03-02 09:01"), std::string::npos) << "in local time";
+
+    const Outcome again = box.run(command);
+    EXPECT_EQ(again.Status, 1);
+    EXPECT_EQ(Json::parse(again.Out).at("failure").at("number"), 58);
+    EXPECT_EQ(box.run(command + " --force").Status, 0);
+  }
+}
+
+TEST(Legacy, EachCommandSaysWhatCameOfIt) {
+  const Sandbox box;
+  const struct {
+    std::string Command;
+    int Status;
+    std::string Out, Err;
+  } cases[] = {
+      {"find-port --simulate pendrel13", 0, "The Pendreader is on COM1, which is remembered.\n", ""},
+      {"status --simulate pendrel27", 0, "Activity and steps, a value every 60 seconds", ""},
+      {"status --simulate pendrel14 --search", 0, "Worn by Subject 17\n", ""},
+      {"configure --simulate pendrel27 --mode 2 --epoch 30 --identity Zoë --gender F", 0,
+       "is configured for Zoë and starts at 2026-03-05T09:0", ""},
+      {"configure --simulate pendrel13 --mode 2 --epoch 30 --gender M", 0, "is configured for C8B1234",
+       "This model counts no steps"},
+      {"configure --simulate pendrel13 --mode 1 --epoch 15 --zone est --start '2026-03-06 10:00:30'", 0,
+       "starts at 2026-03-06T10:00:00", ""},
+      {"configure --simulate pendrel13 --mode 1 --epoch 15 --start 2026-03-20", 1, "", "Code 10007: "},
+      {"battery-date --simulate pendrel14 2026-02-01", 0, "has a battery of 2026-02-01: about 148 days", ""},
+      {"export-krc --simulate pendrel27 out.krc", 0, "Written to out.krc.\n", ""},
+      {"export-krc --simulate pendrel27 out.krc", 1, "", "out.krc exists"},
+      {"export-krc --simulate pendrel27 --force out.krc", 0, "Written to out.krc.\n", ""},
+      {"export-krc --simulate pendrel27 .out/out.krc", 1, "", "(failure 76)"},
+      {"status", 1, "", "Code 10001: No port is remembered"},
+      {"find-port", 1, "", "Code 10003: "},
+      {"retrieve --out none --port 50", 1, "", "Code 10008: There is no COM50"},
+      {"status", 1, "", "Code 10008: There is no COM50"},
+      {"status --port 1 --search", 2, "", "excludes"},
+      {"battery-date --simulate pendrel14 2031-01-01", 2, "", "1930-01-01 to 2029-12-31"},
+      {"battery-date --simulate pendrel14 2026-02-01T10:00", 2, "", "is no day"},
+      {"configure --simulate pendrel14 --mode 3 --epoch 15", 2, "", ""},
+      {"configure --simulate pendrel14 --mode 1 --epoch 15 --identity 123456789012345678901234", 2, "", ""},
+      {"configure --simulate pendrel14 --mode 1 --epoch 15 --height 6553.6", 2, "", "from 0 to 6553.5"},
+      {"configure --simulate pendrel14 --mode 1 --epoch 15 --dob 1850-01-01", 2, "", "1899-12-30"},
+      {"configure --simulate pendrel14 --mode 1 --epoch 15 --guid 12", 2, "", "32 hexadecimal digits"},
+      {"export-krc --simulate pendrel14 folder/", 2, "", "names no file"},
+      {"", 2, "", ""}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.Command);
+    const Outcome outcome = box.run("legacy " + each.Command);
+    EXPECT_EQ(outcome.Status, each.Status) << outcome.Err;
+    EXPECT_NE(outcome.Out.find(each.Out), std::string::npos) << outcome.Out;
+    EXPECT_NE(outcome.Err.find(each.Err), std::string::npos) << outcome.Err;
+    EXPECT_EQ(outcome.Status == 0, !outcome.Out.empty());
+  }
+  EXPECT_EQ(box.content("out.krc").find("Subject 17 "), 0U);
+}
+
+TEST(Legacy, StatusNamesWhatIsUnknownAsSuch) {
+  hy_wristlog::LegacyDetails details;
+  details.MemorySizeKB = -1;
+  hy_wristlog::Class_Pendrel logger;
+  for (const auto unknown :
+       {&hy_wristlog::Class_Pendrel::Let_StartDate, &hy_wristlog::Class_Pendrel::Let_StartTime,
+        &hy_wristlog::Class_Pendrel::Let_BatteryDate})
+    (logger.*unknown)(-1);
+  std::ostringstream out;
+  wristlog::tellStatus(wristlog::Speech(out), logger, details);
+  const std::string words = out.str();
+  for (const char* told : {"Memory of unknown size", "! The size of the memory is not known",
+                           "! The start is unknown", "! The date of its battery is unknown"})
+    EXPECT_NE(words.find(told), std::string::npos) << told;
+  EXPECT_EQ(words.find("-1"), std::string::npos) << words;
+}
+
+TEST(Legacy, JsonIsOneDocumentWhateverHappens) {
+  const Sandbox box;
+  const std::string status =
+      "com_port model device_type memory_size_kb max_bytes_used max_recording_days problems logger "
+      "setup_text ";
+  const std::pair<std::string, std::string> cases[] = {
+      {"find-port --simulate pendrel13", "com_port "},
+      {"status --simulate pendrel27", status},
+      {"configure --simulate pendrel27 --mode 2 --epoch 30",
+       "battery_life_remaining device_serial_number start_time_local records_steps "},
+      {"battery-date --simulate pendrel27", "battery_date battery_life_remaining "},
+      {"export-krc --simulate pendrel27 out.krc", "file "},
+      {"status", status}};
+  for (const auto& [command, keys] : cases)
+    EXPECT_EQ(keysOf(Json::parse(box.run("legacy " + command + " --json").Out)),
+              "return_code return_code_meaning " + keys)
+        << command;
+}
+
+/// The wait for a logger to wake up is real here.
+TEST(Legacy, ARequestToStopEndsInWordsWithTheSessionKept) {
+  const Sandbox box;
+  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_TRUE(terminal >= 0 && ::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
+  const std::string device = ::ptsname(terminal);
+  const int keptOpen = ::open(device.c_str(), O_RDWR | O_NOCTTY);
+  box.write("Docks.INI", "[Dock 1]\nVendorID=5245\nProductID=4000\nCOMport=60\nDevice=" + device + "\n");
+  const Outcome stopped = box.run("legacy retrieve --json --port 60 --out stopped",
+                                  "& program=$!; sleep 1; kill -TERM $program; wait $program");
+  EXPECT_EQ(stopped.Status, 1);
+  EXPECT_EQ(Json::parse(stopped.Out).at("return_code"), 10013) << stopped.Err;
+  EXPECT_NE(box.content("stopped/session.log").find("10013"), std::string::npos) << stopped.Err;
+  ::close(keptOpen);
+  ::close(terminal);
+}
+
+}  // namespace

@@ -1,0 +1,144 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+
+#include "base/dates.h"
+#include "base/formats.h"
+#include "hy_wristlog/host.h"
+#include "pendrel/Pendrel.h"
+#include "simulator/bench.h"
+#include "support/surroundings.h"
+#include "workflows/pendrel/PendrelWorkflows.h"
+
+namespace hy_wristlog::legacy_desk {
+
+using namespace std::chrono_literals;
+using simulator::always;
+using simulator::once;
+using simulator::PendrelModel;
+
+inline constexpr PendrelModel Models[] = {PendrelModel::Plain, PendrelModel::Checksums, PendrelModel::Steps};
+
+/// Asks for an abort in one of its rounds.
+struct AbortingHost : Host {
+  Class_Main* Main = nullptr;
+  std::int32_t Rounds = 0, AbortIn = -1, Downloaded = 0, Expected = 0;
+  void downloadProgress(std::int32_t bytesSoFar, std::int32_t bytesExpected) override {
+    Downloaded = bytesSoFar;
+    Expected = bytesExpected;
+  }
+  void serveEvents() override {
+    if (++Rounds == AbortIn) Main->AbortComms();
+  }
+};
+
+inline simulator::PendrelBenchOptions optionsOf(PendrelModel model) {
+  simulator::PendrelBenchOptions options;
+  options.Logger.Model = model;
+  return options;
+}
+
+/// A service desk with one Pendreader on COM1, which is remembered, and what the workflows handed out.
+class Desk {
+ public:
+  explicit Desk(PendrelModel model) : Desk(optionsOf(model)) {}
+  explicit Desk(const simulator::PendrelBenchOptions& options)
+      : bench(simulator::makePendrelBench(options)),
+        scope_(bench),
+        main(std::make_unique<Class_Main>()),
+        workflows(*main) {
+    host->Main = main.get();
+    setHost(host);
+    subject.Let_Identity("Jane");
+    subject.Let_GUID("0123456789ABCDEF0123456789ABCDEF");
+    subject.Let_Gender("F");
+    subject.Let_Initials("JD");
+    subject.Let_DOB(dateSerial(1984, 5, 6));
+    subject.Let_Weight(70.5F);
+    subject.Let_Height(168.5F);
+    workflows.fncWriteCOMportToINI(1);
+  }
+  ~Desk() { setHost(nullptr); }
+  Desk(const Desk&) = delete;
+  Desk& operator=(const Desk&) = delete;
+
+  std::int32_t configure(std::int32_t mode = PD_Mode_ActivityOnly, std::int32_t epoch = 30,
+                         const std::string& zone = "EST", bool search = false) {
+    return workflows.ConfigureLegacy(static_cast<enmPDLoggingMode>(mode), epoch, subject, zone, true, start,
+                                     search, battery, serialNumber);
+  }
+  std::int32_t retrieve(bool repair = false) {
+    return workflows.RetrieveLegacy(subject, false, battery, false, repair);
+  }
+  void record(simulator::nanoseconds worn, std::int32_t epoch = 30) {
+    logger().setUp(ordinaryPendrelSetup(*bench.World, epoch, true));
+    logger().wear(worn);
+  }
+
+  simulator::SimulatedPendrel& logger() const { return *bench.Logger; }
+  const PendrelRecord& read() const { return workflows.LegacyLogger()->inside().record; }
+  bool portClosed() const { return !bench.Dock->isOpen(); }
+  std::string settingsFile() const { return bench.World->rootFolder() + "/AppData/HY_Wristlog/Settings.INI"; }
+  /// The letters of the commands that the logger heard.
+  std::string heard() const {
+    std::string letters;
+    for (const std::string& command : logger().commands())
+      letters += command.starts_with("***") && command.size() > 3 ? command[3] : '.';
+    return letters;
+  }
+  /// Logger seconds of the world's local time, so many seconds from now.
+  std::int32_t localIn(std::int32_t seconds) const {
+    constexpr std::int32_t EasternStandard = -5 * 3600;
+    return static_cast<std::int32_t>(bench.World->now()) + EasternStandard + seconds;
+  }
+
+  simulator::PendrelBench bench;
+
+ private:
+  simulator::BenchScope scope_;
+
+ public:
+  std::unique_ptr<Class_Main> main;
+  LegacyWorkflows workflows;
+  std::shared_ptr<AbortingHost> host = std::make_shared<AbortingHost>();
+  Class_Subject subject;
+  std::int32_t start = 0;
+  float battery = -7;
+  std::string serialNumber = "none";
+};
+
+using Arrange = std::function<void(Desk&)>;
+
+// clang-format off
+inline Arrange line(std::size_t number, const std::string& text) {
+  return [=](Desk& desk) { desk.logger().Faults.SetupLines[number] = text; };
+}
+inline Arrange onCommand(simulator::CommandFaults simulator::PendrelFaults::*faults, char letter, simulator::Fault when = always()) {
+  return [=](Desk& desk) { (desk.logger().Faults.*faults)[letter] = when; };
+}
+inline Arrange onByte(simulator::Fault simulator::PendrelFaults::*fault, simulator::Fault when) {
+  return [=](Desk& desk) { desk.logger().Faults.*fault = when; };
+}
+inline const Arrange
+    Nothing = [](Desk&) {},
+    NoSettings = [](Desk& desk) { std::filesystem::remove(desk.settingsFile()); },
+    NoFolder = [](Desk& desk) { desk.bench.World->Faults.FileWrite.When = always(); },
+    NoPort = [](Desk& desk) { desk.bench.Dock->unplug(); },
+    HeldPort = [](Desk& desk) { desk.bench.Dock->Faults.Held = true; },
+    LockedPort = [](Desk& desk) { desk.bench.Dock->Faults.LockedUp = true; },
+    NoLogger = [](Desk& desk) { desk.bench.Dock->pullOut(); };
+// clang-format on
+inline Arrange settings(const std::string& content) {
+  return [=](Desk& desk) { putFile(desk.settingsFile(), content); };
+}
+
+/// All that a workflow may answer to a logger, a line or a port that fails.
+inline const std::set<std::int32_t> Told{0,     5,     6,     11,    13,    3001,  3002,  3003,
+                                         3005,  3006,  8002,  8012,  8015,  10005, 10006, 10007,
+                                         10008, 10009, 10010, 10011, 10012, 10013, 10014, 10016,
+                                         10017, 10019, 10101, 10107, 10108, 10111, 10112, 10113};
+
+}  // namespace hy_wristlog::legacy_desk
