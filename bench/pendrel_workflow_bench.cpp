@@ -25,7 +25,7 @@ void RetrieveFullPendrel(benchmark::State& state) {
     state.ResumeTiming();
 
     Class_Main main;
-    LegacyWorkflows workflows(main);
+    PendrelWorkflows workflows(main);
     Class_Subject subject;
     float battery = 0;
     workflows.fncWriteCOMportToINI(static_cast<std::int16_t>(bench.Dock->comPort()));

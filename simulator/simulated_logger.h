@@ -46,7 +46,7 @@ class SimulatedLogger : public Dockable {
   LoggerClock& clock() { return parts_.Clock; }
   Battery& battery() { return parts_.Battery; }
   const Firmware& firmware() const { return parts_.Firmware; }
-  const Shell& shell() const { return shell_; }
+  const VardenShell& shell() const { return shell_; }
   /// What came in at the prompt, oldest first.
   const std::vector<std::string>& commands() const { return shell_.commands(); }
   void forgetCommands() { shell_.forgetCommands(); }
@@ -77,7 +77,7 @@ class SimulatedLogger : public Dockable {
   Timeline& timeline_;
   LoggerParts parts_;
   Recorder recorder_;
-  Shell shell_;
+  VardenShell shell_;
 };
 
 }  // namespace hy_wristlog::simulator

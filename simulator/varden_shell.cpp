@@ -40,8 +40,8 @@ nanoseconds eraseTime(const RecordingMemory& memory) {
 
 }  // namespace
 
-Shell::Shell(Timeline& timeline, LoggerParts& parts, Recorder& recorder, LoggerFaults& faults,
-             std::string displayFirmware, Output output)
+VardenShell::VardenShell(Timeline& timeline, LoggerParts& parts, Recorder& recorder, LoggerFaults& faults,
+                         std::string displayFirmware, Output output)
     : timeline_(timeline),
       parts_(parts),
       recorder_(recorder),
@@ -59,14 +59,14 @@ Shell::Shell(Timeline& timeline, LoggerParts& parts, Recorder& recorder, LoggerF
           [this](bool complete, std::vector<std::uint8_t> data) { storeConfig(complete, data); }),
       eraseDone_(timeline, [this] { erased(); }) {}
 
-void Shell::restart() {
+void VardenShell::restart() {
   sender_.cancel();
   receiver_.cancel();
   typed_.clear();
   if (state_ != State::Erasing) state_ = State::Prompt;
 }
 
-void Shell::receive(std::uint8_t byte) {
+void VardenShell::receive(std::uint8_t byte) {
   if (faults_.Silent) return;
   switch (state_) {
     case State::Prompt:
@@ -83,7 +83,7 @@ void Shell::receive(std::uint8_t byte) {
   }
 }
 
-void Shell::type(std::uint8_t byte) {
+void VardenShell::type(std::uint8_t byte) {
   if (timeline_.now() - lastTyped_ >= LineForgottenAfter) typed_.clear();
   lastTyped_ = timeline_.now();
   if (byte == xmodem::CtrlC) {
@@ -101,29 +101,29 @@ void Shell::type(std::uint8_t byte) {
   }
 }
 
-void Shell::echo(std::uint8_t byte) {
+void VardenShell::echo(std::uint8_t byte) {
   if (faults_.LoseEcho.strikes()) return;
   if (faults_.AlterEcho.strikes()) byte ^= 1;
   output_(std::array{byte}, faults_.DelayEcho.strikes() ? faults_.EchoDelay : 0ns);
 }
 
-void Shell::say(std::string_view text) { output_(bytesOf(text), 0ns); }
+void VardenShell::say(std::string_view text) { output_(bytesOf(text), 0ns); }
 
-void Shell::sayValue(const std::string& value) {
+void VardenShell::sayValue(const std::string& value) {
   unsigned crc = checksum(value);
   if (faults_.BadLineChecksum.strikes()) crc ^= 0x0101;
   if (faults_.ZeroLineChecksum.strikes()) crc = 0;
   say(value + format("#%04X", crc & 0xFFFFU) + "\r>");
 }
 
-void Shell::obey(const std::string& line) {
+void VardenShell::obey(const std::string& line) {
   if (line.empty())
     prompt();
   else if (!transfer(line) && !answerValue(line) && !change(line) && !debugMemory(line))
     say("?\r>");
 }
 
-bool Shell::answerValue(std::string_view line) {
+bool VardenShell::answerValue(std::string_view line) {
   if (line == "show ver") {
     const bool vivid = parts_.Model == LoggerModel::Vivid;
     sayValue(parts_.Firmware.version() + (vivid ? " " + displayFirmware_ : std::string{}));
@@ -139,14 +139,14 @@ bool Shell::answerValue(std::string_view line) {
   return true;
 }
 
-std::string Shell::batteryLine() const {
+std::string VardenShell::batteryLine() const {
   const CivilTime date = civilTime(momentOf(parts_.Block.signedNumber(block::BatteryDate)));
   std::string line = format("%.3f %02d%02d%04d", parts_.Battery.voltage(), date.Day, date.Month, date.Year);
   if (parts_.Firmware.showsLoadedVoltage()) line += format(" %.3f", parts_.Battery.voltageUnderLoad());
   return line;
 }
 
-std::string Shell::clockMode() const {
+std::string VardenShell::clockMode() const {
   switch (parts_.Block.number(block::DisplayFormats) & 15U) {
     case Clock12:
       return "12";
@@ -157,21 +157,21 @@ std::string Shell::clockMode() const {
   }
 }
 
-bool Shell::setClockMode(std::int64_t mode) {
+bool VardenShell::setClockMode(std::int64_t mode) {
   if (mode != 0 && mode != 12 && mode != 24) return false;
   const std::uint32_t others = parts_.Block.number(block::DisplayFormats) & 0xF0U;
   parts_.Block.set(block::DisplayFormats, others | (mode == 12 ? Clock12 : mode == 24 ? Clock24 : ClockOff));
   return true;
 }
 
-bool Shell::setClock(std::int64_t seconds) {
+bool VardenShell::setClock(std::int64_t seconds) {
   if (faults_.RefuseClock.strikes()) return true;
   parts_.Clock.set(seconds);
   recorder_.clockChanged();
   return true;
 }
 
-bool Shell::setStop(std::int64_t seconds) {
+bool VardenShell::setStop(std::int64_t seconds) {
   if (seconds == 0) {
     recorder_.stop();
   } else {
@@ -181,14 +181,14 @@ bool Shell::setStop(std::int64_t seconds) {
   return true;
 }
 
-bool Shell::setPointer(std::int64_t address) {
+bool VardenShell::setPointer(std::int64_t address) {
   if (address < 0 || address > static_cast<std::int64_t>(parts_.Memory.size())) return false;
   parts_.Block.set(block::NextAddress, address);
   if (parts_.Firmware.hasMemoryFullFlag()) parts_.Block.set(block::MemoryFull, FlagNo);
   return true;
 }
 
-bool Shell::change(std::string_view line) {
+bool VardenShell::change(std::string_view line) {
   bool done = false;
   if (line == "memory erase") {
     erase();
@@ -214,7 +214,7 @@ bool Shell::change(std::string_view line) {
   return done;
 }
 
-bool Shell::debugMemory(std::string_view line) {
+bool VardenShell::debugMemory(std::string_view line) {
   if (const auto address = numberBehind(line, "debug mem r 0x", 16)) {
     sayValue(format("0x%02X", static_cast<unsigned>(parts_.Memory.read(static_cast<std::size_t>(*address)))));
     return true;
@@ -230,7 +230,7 @@ bool Shell::debugMemory(std::string_view line) {
   return true;
 }
 
-bool Shell::transfer(std::string_view line) {
+bool VardenShell::transfer(std::string_view line) {
   if (line == "show config") {
     sendConfig();
   } else if (line == "show data") {
@@ -246,14 +246,14 @@ bool Shell::transfer(std::string_view line) {
   return true;
 }
 
-void Shell::sendConfig() {
+void VardenShell::sendConfig() {
   auto image = parts_.Block.image();
   if (faults_.BadConfigChecksum.strikes()) image[0] ^= 0x10;
   state_ = State::Sending;
   sender_.start({image.begin(), image.end()}, false);
 }
 
-void Shell::storeConfig(bool complete, std::span<const std::uint8_t> data) {
+void VardenShell::storeConfig(bool complete, std::span<const std::uint8_t> data) {
   state_ = State::Prompt;
   if (!complete) return;
   constexpr std::size_t Wanted = ConfigBlock::Size - ConfigBlock::WritableFrom;
@@ -267,13 +267,13 @@ void Shell::storeConfig(bool complete, std::span<const std::uint8_t> data) {
   say("\x06>");
 }
 
-void Shell::erase() {
+void VardenShell::erase() {
   recorder_.stop();
   state_ = State::Erasing;
   eraseDone_.setAfter(eraseTime(parts_.Memory));
 }
 
-void Shell::erased() {
+void VardenShell::erased() {
   state_ = State::Prompt;
   parts_.Memory.erase();
   parts_.Block.set(block::DataAvailable, FlagNo);

@@ -34,12 +34,12 @@ struct LoggerFaults {
 /// A logger's line-oriented shell. Printable characters and the carriage return are echoed; a value is
 /// answered as a line with its checksum; ">" is the prompt. There is no line feed. While a block is
 /// transferred the shell is away; a transfer that was given up ends without a word.
-class Shell {
+class VardenShell {
  public:
   using Output = std::function<void(std::span<const std::uint8_t>, nanoseconds)>;
 
-  Shell(Timeline& timeline, LoggerParts& parts, Recorder& recorder, LoggerFaults& faults,
-        std::string displayFirmware, Output output);
+  VardenShell(Timeline& timeline, LoggerParts& parts, Recorder& recorder, LoggerFaults& faults,
+              std::string displayFirmware, Output output);
 
   void receive(std::uint8_t byte);
   /// Drops the typed line and any transfer, without a word.

@@ -8,6 +8,6 @@ int main(int argc, char** argv) {
   wristlog::addFileCommands(cli);
   wristlog::addPlotCommand(cli);
   wristlog::addConsoleCommand(cli);
-  wristlog::addLegacyCommands(cli);
+  wristlog::addPendrelCommands(cli);
   return cli.run(argc, argv);
 }

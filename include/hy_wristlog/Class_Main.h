@@ -40,11 +40,11 @@ class HY_WRISTLOG_API Class_Main {
   /// `EpochLength` is 15, 30, 60, 120 or 300 seconds. `TimeZoneAbbrev` is one of the zone catalogue's three
   /// letters; empty takes the machine's zone. The three times are local logger seconds (since 1970-01-01); 0
   /// means not given: set the logger to the present time, start as soon as possible, never stop. A start
-  /// without an end is refused with 10023 for epochs of up to 120 seconds. Both formats must be given for a
-  /// Kestrin 2 too, which has no display: Unknown ends as 11503 once the logger has been stopped. The
+  /// without an end is refused with WrongEnd for epochs of up to 120 seconds. Both formats must be given for
+  /// a Kestrin 2 too, which has no display: Unknown ends as OutOfRange once the logger has been stopped. The
   /// subject's weight and height must be whole tenths, since others do not come back as they were written
-  /// (10012), and its Identity fits 64 characters; an empty Identity or GUID is filled in. The outputs are
-  /// set on success.
+  /// (VerificationFailed), and its Identity fits 64 characters; an empty Identity or GUID is filled in. The
+  /// outputs are set on success.
   std::int32_t Configure(enmLoggerPointer LoggerType, enmVardenLoggingMode AcquisitionMode,
                          std::int32_t EpochLength, Class_Subject& Subject,
                          const std::string& TimeZoneAbbrev = {}, bool AutoDSTadjust = false,
@@ -75,7 +75,7 @@ class HY_WRISTLOG_API Class_Main {
 
   /// Asks the running workflow to stop; takes effect at its next checkpoint. Only to be called while the
   /// library serves the host's events (`Host::serveEvents`); between workflows it does nothing. Retrieve ends
-  /// with 10013. Configure ends with 0 all the same, its outputs untouched, or with the failure of what the
+  /// with Aborted. Configure ends with 0 all the same, its outputs untouched, or with the failure of what the
   /// abort broke off. GetStatus is not stopped.
   void AbortComms();
 
@@ -83,7 +83,7 @@ class HY_WRISTLOG_API Class_Main {
   MainState& inside() { return *state_; }
 
  private:
-  friend class LegacyWorkflows;
+  friend class PendrelWorkflows;
 
   std::unique_ptr<MainState> state_;
 };

@@ -17,7 +17,7 @@ class VardenLogger;
 /// Everything that is known about one logger of the Varden family: configuration, subject, clock, battery,
 /// recording and decoded series. Dates are day counts from 30 December 1899, UTC; -1 is unknown. Belongs to
 /// the thread it was made on. Getters and setters only get and set; those that are worked out
-/// (`BattLifeRemaining`, `BatteryPercent`) raise Failure 11502 for a device type they do not fit.
+/// (`BattLifeRemaining`, `BatteryPercent`) raise Failure WrongDeviceType for a device type they do not fit.
 class HY_WRISTLOG_API Class_VardenLogger {
  public:
   Class_VardenLogger();
@@ -46,7 +46,8 @@ class HY_WRISTLOG_API Class_VardenLogger {
 #undef HY_COMPUTED
 
   /// Makes the docked logger compute its configuration's checksum anew by changing its clock mode forth and
-  /// back. The port must be open. Raises 3001 to 3003 and 11507.
+  /// back. The port must be open. Raises NoCharacters, NoFinalCharacter and WrongCharacters and
+  /// DamagedAnswer.
   void subVardenConfigCRCreset();
 
   void subscribe(std::shared_ptr<LoggerEvents> events);

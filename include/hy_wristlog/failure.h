@@ -6,11 +6,12 @@
 #include <utility>
 
 #include "hy_wristlog/api.h"
+#include "hy_wristlog/failure_numbers.h"
 
 namespace hy_wristlog {
 
-/// The one exception type of the library. `Number` tells what went wrong (docs/failures.md lists the
-/// numbers), `Source` where it was first seen, `Description` says it in words.
+/// The one exception type of the library. `Number` tells what went wrong (see FailureNumber), `Source` where
+/// it was first seen, `Description` says it in words.
 struct HY_WRISTLOG_API Failure : std::exception {
   Failure(std::int32_t number, std::string source, std::string description)
       : Number(number), Source(std::move(source)), Description(std::move(description)) {}

@@ -64,4 +64,7 @@ double dateFromUnixSeconds(std::int32_t seconds);
 /// EarliestSecondsDate.
 std::int32_t unixSecondsFromDate(double date);
 
+/// In whole seconds, since dates that were computed in different ways differ in their last digits.
+inline bool isBefore(double a, double b) { return secondsBetween(a, b) > 0; }
+
 }  // namespace hy_wristlog

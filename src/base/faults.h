@@ -12,19 +12,7 @@
 /// operations that raise them.
 namespace hy_wristlog::fault {
 
-inline constexpr std::int32_t InvalidCall = 5;
-inline constexpr std::int32_t Overflow = 6;
-inline constexpr std::int32_t OutOfMemory = 7;
-inline constexpr std::int32_t Subscript = 9;
-inline constexpr std::int32_t DivisionByZero = 11;
-inline constexpr std::int32_t TypeMismatch = 13;
-inline constexpr std::int32_t Internal = 51;
-inline constexpr std::int32_t FileNotFound = 53;
-inline constexpr std::int32_t DiskFull = 61;
-inline constexpr std::int32_t PermissionDenied = 70;
-inline constexpr std::int32_t PathFileAccess = 75;
-inline constexpr std::int32_t PathNotFound = 76;
-inline constexpr std::int32_t ObjectNotSet = 91;
+using namespace FailureNumber;
 
 /// Raises the fault with its usual description; `detail`, when given, stands behind it.
 [[noreturn]] void raise(std::int32_t number, const std::string& detail = {});

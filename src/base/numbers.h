@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string_view>
 
@@ -30,5 +32,9 @@ std::optional<std::uint32_t> parseHexadecimal(std::string_view text);
 
 /// True when the text is one or more of 0 to 9 and nothing else.
 bool isDigits(std::string_view text);
+
+inline bool isOneOf(std::int32_t number, std::initializer_list<std::int32_t> numbers) {
+  return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
+}
 
 }  // namespace hy_wristlog

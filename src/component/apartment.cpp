@@ -42,72 +42,72 @@ Apartment* Apartment::hereIfAny() { return present; }
 Apartment& Apartment::here() { return present != nullptr ? *present : *owner().Own; }
 std::shared_ptr<Apartment> Apartment::shareHere() { return owner().Own; }
 
-void Apartment::add(Shell& shell) {
-  shells_.push_back(&shell);
-  shell.Position = shells_.size() - 1;
+void Apartment::add(Handle& handle) {
+  handles_.push_back(&handle);
+  handle.Position = handles_.size() - 1;
 }
 
-void Apartment::forget(Shell& shell) noexcept {
-  shells_[shell.Position] = shells_.back();
-  shells_[shell.Position]->Position = shell.Position;
-  shells_.pop_back();
+void Apartment::forget(Handle& handle) noexcept {
+  handles_[handle.Position] = handles_.back();
+  handles_[handle.Position]->Position = handle.Position;
+  handles_.pop_back();
 }
 
-void Apartment::end(Shell& shell) noexcept {
-  shell.EndWaits = shell.Running != 0;
-  if (shell.EndWaits) return;
+void Apartment::end(Handle& handle) noexcept {
+  handle.EndWaits = handle.Running != 0;
+  if (handle.EndWaits) return;
   if (hasReleased_.load(std::memory_order_acquire)) {
     // It may stand in the list, when it was found again after another thread had released it.
     const std::lock_guard lock(mutex_);
-    Shell** link = &released_;
-    while (*link != nullptr && *link != &shell) link = &(*link)->Next;
-    if (*link == &shell) *link = shell.Next;
+    Handle** link = &released_;
+    while (*link != nullptr && *link != &handle) link = &(*link)->Next;
+    if (*link == &handle) *link = handle.Next;
   }
-  if (shell.Content) {
-    forget(shell);
-    std::exchange(shell.Content, nullptr).reset();
+  if (handle.Content) {
+    forget(handle);
+    std::exchange(handle.Content, nullptr).reset();
   }
-  giveBackShell(shell);
+  giveBackHandle(handle);
 }
 
-std::uint32_t Apartment::releaseFromElsewhere(Shell& shell) noexcept {
+std::uint32_t Apartment::releaseFromElsewhere(Handle& handle) noexcept {
   const std::lock_guard lock(mutex_);
-  std::uint32_t references = shell.References.load();
-  while (references != 0 && !shell.References.compare_exchange_weak(references, references - 1)) {
+  std::uint32_t references = handle.References.load();
+  while (references != 0 && !handle.References.compare_exchange_weak(references, references - 1)) {
   }
   if (references != 1) return references == 0 ? 0 : references - 1;
   if (closed_) {
-    giveBackShell(shell);
+    giveBackHandle(handle);
   } else {
-    Shell* listed = released_;
-    while (listed != nullptr && listed != &shell) listed = listed->Next;
-    if (listed == nullptr) shell.Next = std::exchange(released_, &shell);
+    Handle* listed = released_;
+    while (listed != nullptr && listed != &handle) listed = listed->Next;
+    if (listed == nullptr) handle.Next = std::exchange(released_, &handle);
     hasReleased_.store(true, std::memory_order_release);
   }
   return 0;
 }
 
-Shell* Apartment::takeReleased() noexcept {
+Handle* Apartment::takeReleased() noexcept {
   const std::lock_guard lock(mutex_);
   while (released_ != nullptr) {
-    Shell* shell = std::exchange(released_, released_->Next);
-    if (shell->References.load() == 0) return shell;
+    Handle* handle = std::exchange(released_, released_->Next);
+    if (handle->References.load() == 0) return handle;
   }
   hasReleased_.store(false);
   return nullptr;
 }
 
 void Apartment::endReleased() noexcept {
-  while (Shell* shell = takeReleased()) end(*shell);
+  while (Handle* handle = takeReleased()) end(*handle);
 }
 
 void Apartment::close() noexcept {
   for (;;) {
     endReleased();
-    if (!shells_.empty()) {
-      Shell& shell = *shells_.back();
-      shells_.pop_back();
-      std::exchange(shell.Content, nullptr).reset();
+    if (!handles_.empty()) {
+      Handle& handle = *handles_.back();
+      handles_.pop_back();
+      std::exchange(handle.Content, nullptr).reset();
       continue;
     }
     const std::lock_guard lock(mutex_);
@@ -117,7 +117,7 @@ void Apartment::close() noexcept {
   }
 }
 
-Shell* Apartment::findObject(const void* instance) {
+Handle* Apartment::findObject(const void* instance) {
   const auto found = objects_.find(instance);
   if (found == objects_.end()) return nullptr;
   const std::lock_guard lock(mutex_);

@@ -19,32 +19,32 @@ class Apartment {
   static Apartment* hereIfAny();
   static std::shared_ptr<Apartment> shareHere();
 
-  void add(Shell& shell);
+  void add(Handle& handle);
   /// On the own thread: the last reference has gone. Calls that are inside the component end first.
-  void end(Shell& shell) noexcept;
-  std::uint32_t releaseFromElsewhere(Shell& shell) noexcept;
+  void end(Handle& handle) noexcept;
+  std::uint32_t releaseFromElsewhere(Handle& handle) noexcept;
   /// Ends what other threads have released.
   void collect() noexcept {
     if (hasReleased_.load(std::memory_order_acquire)) endReleased();
   }
-  /// The thread ends: components that are still held lose what is behind their shells.
+  /// The thread ends: components that are still held lose what is behind their handles.
   void close() noexcept;
 
   /// The component that stands for an object, with a reference more; null when there is none.
-  Shell* findObject(const void* instance);
-  void keepObject(const void* instance, Shell& shell) { objects_[instance] = &shell; }
+  Handle* findObject(const void* instance);
+  void keepObject(const void* instance, Handle& handle) { objects_[instance] = &handle; }
   void forgetObject(const void* instance) { objects_.erase(instance); }
 
  private:
   void endReleased() noexcept;
-  Shell* takeReleased() noexcept;
-  void forget(Shell& shell) noexcept;
+  Handle* takeReleased() noexcept;
+  void forget(Handle& handle) noexcept;
 
-  std::vector<Shell*> shells_;
-  std::unordered_map<const void*, Shell*> objects_;
+  std::vector<Handle*> handles_;
+  std::unordered_map<const void*, Handle*> objects_;
 
   std::mutex mutex_;  ///< for what stands below
-  Shell* released_ = nullptr;
+  Handle* released_ = nullptr;
   std::atomic<bool> hasReleased_ = false;
   bool closed_ = false;
 };

@@ -59,7 +59,7 @@ HyResult createInstance(const ClassTable& table, HyUnknown* outer, const HyGuid*
   *object = nullptr;
   if (interfaceId == nullptr) return HY_E_POINTER;
   if (outer != nullptr) return HY_CLASS_E_NOAGGREGATION;
-  return guarded([&] {
+  return withoutThrowing([&] {
     try {
       HyDispatch* made = wrap(table, table.Make());
       const HyResult result = made->lpVtbl->QueryInterface(made, interfaceId, object);
@@ -91,9 +91,9 @@ HyResult DllCanUnloadNow(void) {
 }
 
 HyResult DllRegisterServer(void) {
-  return guarded([] { return registerClasses() ? HY_S_OK : HY_SELFREG_E_CLASS; });
+  return withoutThrowing([] { return registerClasses() ? HY_S_OK : HY_SELFREG_E_CLASS; });
 }
 
 HyResult DllUnregisterServer(void) {
-  return guarded([] { return unregisterClasses() ? HY_S_OK : HY_SELFREG_E_CLASS; });
+  return withoutThrowing([] { return unregisterClasses() ? HY_S_OK : HY_SELFREG_E_CLASS; });
 }

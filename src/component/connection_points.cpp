@@ -13,7 +13,7 @@ namespace {
 /// The connection point of an object, which it keeps.
 class PointBody final : public Body {
  public:
-  PointBody(Shell& container, const ObjectBody& object, std::size_t number)
+  PointBody(Handle& container, const ObjectBody& object, std::size_t number)
       : Container(container),
         Number(number),
         Events(*object.Table.Points[number]),
@@ -30,8 +30,8 @@ class PointBody final : public Body {
     return interfaceId == HY_IID_UNKNOWN || interfaceId == HY_IID_CONNECTION_POINT ? 0 : -1;
   }
 
-  Shell& Container;
-  const Shell* Self = nullptr;
+  Handle& Container;
+  const Handle* Self = nullptr;
   const std::size_t Number;
   const HyGuid& Events;
   const std::shared_ptr<SinkList> Sinks;
@@ -121,11 +121,11 @@ constexpr HyConnectionPointVtable PointVtable{queryInterface<HyConnectionPoint>,
                                               unadvise,
                                               enumConnections};
 
-HyConnectionPoint* givePoint(Shell& container, ObjectBody& object, std::size_t number) {
-  Shell*& point = object.Points[number].Living;
+HyConnectionPoint* givePoint(Handle& container, ObjectBody& object, std::size_t number) {
+  Handle*& point = object.Points[number].Living;
   // A point that another thread has just released is on its way out; it is not given again.
   if (point == nullptr || addReference(*point) == 0) {
-    point = &makeShell(std::make_unique<PointBody>(container, object, number), {&PointVtable});
+    point = &makeHandle(std::make_unique<PointBody>(container, object, number), {&PointVtable});
     static_cast<PointBody&>(*point->Content).Self = point;
   }
   return facetAs<HyConnectionPoint>(*point, 0);
@@ -138,7 +138,7 @@ HyResult enumConnectionPoints(HyConnectionPointContainer* self, HyEnumConnection
     auto listed = std::make_shared<Listed<PointItems>>();
     listed->All.reserve(object.Points.size());
     for (std::size_t i = 0; i < object.Points.size(); ++i)
-      listed->All.push_back(givePoint(shellOf(self), object, i));
+      listed->All.push_back(givePoint(handleOf(self), object, i));
     *points = Points::make(std::move(listed));
     return HY_S_OK;
   });
@@ -152,7 +152,7 @@ HyResult findConnectionPoint(HyConnectionPointContainer* self, const HyGuid* int
   return call<ObjectBody>(self, [&](ObjectBody& object) {
     for (std::size_t i = 0; i < object.Points.size(); ++i) {
       if (!(*interfaceId == *object.Table.Points[i])) continue;
-      *point = givePoint(shellOf(self), object, i);
+      *point = givePoint(handleOf(self), object, i);
       return HY_S_OK;
     }
     return HY_CONNECT_E_NOCONNECTION;

@@ -30,7 +30,7 @@ class Enumerator final : public Body {
   using Item = typename Items::Item;
 
   static Interface* make(std::shared_ptr<Listed<Items>> listed, std::size_t next = 0) {
-    return facetAs<Interface>(makeShell(std::make_unique<Enumerator>(std::move(listed), next), {&Functions}),
+    return facetAs<Interface>(makeHandle(std::make_unique<Enumerator>(std::move(listed), next), {&Functions}),
                               0);
   }
 

@@ -5,28 +5,28 @@
 
 namespace hy_wristlog::component {
 
-std::uint32_t addReference(Shell& shell) noexcept {
-  std::uint32_t references = shell.References.load();
-  while (references != 0 && !shell.References.compare_exchange_weak(references, references + 1)) {
+std::uint32_t addReference(Handle& handle) noexcept {
+  std::uint32_t references = handle.References.load();
+  while (references != 0 && !handle.References.compare_exchange_weak(references, references + 1)) {
   }
   return references == 0 ? 0 : references + 1;
 }
 
-std::uint32_t release(Shell& shell) noexcept {
-  std::uint32_t references = shell.References.load();
+std::uint32_t release(Handle& handle) noexcept {
+  std::uint32_t references = handle.References.load();
   if (references == 0) return 0;
   Apartment* here = Apartment::hereIfAny();
-  if (shell.Home.get() != here) {
-    const std::shared_ptr<Apartment> home = shell.Home;
-    return home->releaseFromElsewhere(shell);
+  if (handle.Home.get() != here) {
+    const std::shared_ptr<Apartment> home = handle.Home;
+    return home->releaseFromElsewhere(handle);
   }
-  while (!shell.References.compare_exchange_weak(references, references - 1))
+  while (!handle.References.compare_exchange_weak(references, references - 1))
     if (references == 0) return 0;
-  if (references == 1) here->end(shell);
+  if (references == 1) here->end(handle);
   return references - 1;
 }
 
-Hold::Hold(Shell& shell) noexcept : shell_(shell), holds_(addReference(shell) != 0) {
+Hold::Hold(Handle& handle) noexcept : shell_(handle), holds_(addReference(handle) != 0) {
   if (holds_) ++shell_.Running;
 }
 
@@ -38,32 +38,32 @@ Hold::~Hold() {
     release(shell_);
 }
 
-Shell& makeShell(std::unique_ptr<Body> body, std::initializer_list<const void*> vtables) {
+Handle& makeHandle(std::unique_ptr<Body> body, std::initializer_list<const void*> vtables) {
   std::shared_ptr<Apartment> home = Apartment::shareHere();
-  Shell& shell = takeShell();
+  Handle& handle = takeHandle();
   try {
-    home->add(shell);
+    home->add(handle);
   } catch (...) {
-    giveBackShell(shell);
+    giveBackHandle(handle);
     throw;
   }
   std::size_t facet = 0;
   for (const void* vtable : vtables) {
-    shell.Facets[facet].lpVtbl = static_cast<const HyUnknownVtable*>(vtable);
-    shell.Facets[facet++].Owner = &shell;
+    handle.Facets[facet].lpVtbl = static_cast<const HyUnknownVtable*>(vtable);
+    handle.Facets[facet++].Owner = &handle;
   }
-  shell.Home = std::move(home);
-  shell.Content = std::move(body);
-  shell.References.store(1);
-  return shell;
+  handle.Home = std::move(home);
+  handle.Content = std::move(body);
+  handle.References.store(1);
+  return handle;
 }
 
-HyResult enter(const Shell& shell) {
+HyResult enter(const Handle& handle) {
   Apartment* here = Apartment::hereIfAny();
   if (here != nullptr) here->collect();
-  if (shell.References.load() == 0) return HY_RPC_E_DISCONNECTED;
-  if (shell.Home.get() != here) return HY_RPC_E_WRONG_THREAD;
-  return shell.Content ? HY_S_OK : HY_RPC_E_DISCONNECTED;
+  if (handle.References.load() == 0) return HY_RPC_E_DISCONNECTED;
+  if (handle.Home.get() != here) return HY_RPC_E_WRONG_THREAD;
+  return handle.Content ? HY_S_OK : HY_RPC_E_DISCONNECTED;
 }
 
 }  // namespace hy_wristlog::component

@@ -14,14 +14,14 @@
 namespace hy_wristlog::component {
 
 class Apartment;
-struct Shell;
+struct Handle;
 
 /// What an interface pointer that is handed out points to.
 struct Facet : HyUnknown {
-  Shell* Owner = nullptr;
+  Handle* Owner = nullptr;
 };
 
-/// What a component is, behind its shell.
+/// What a component is, behind its handle.
 class Body {
  public:
   Body() = default;
@@ -32,18 +32,18 @@ class Body {
   virtual int facetOf(const HyGuid& interfaceId) const = 0;
 };
 
-/// A component as its users hold it: interfaces and a count of references. Memory of a shell is never given
+/// A component as its users hold it: interfaces and a count of references. Memory of a handle is never given
 /// back while others are in use, so a call on a released component finds a count of 0 instead of freed
 /// memory.
-struct Shell {
+struct Handle {
   static constexpr std::size_t MostFacets = 3;
 
   std::atomic<std::uint32_t> References = 0;
   std::array<Facet, MostFacets> Facets;
   std::shared_ptr<Apartment> Home;  ///< of the thread that it belongs to
   std::unique_ptr<Body> Content;    ///< none once the component or its thread has ended
-  std::size_t Position = 0;         ///< among the shells of its home
-  Shell* Next = nullptr;            ///< in the list of released ones
+  std::size_t Position = 0;         ///< among the handles of its home
+  Handle* Next = nullptr;           ///< in the list of released ones
   // For the own thread alone:
   std::uint32_t Running = 0;  ///< calls that are inside the component
   bool EndWaits = false;      ///< for the outermost of them: all references have gone
@@ -52,35 +52,35 @@ struct Shell {
 };
 
 /// What another thread may do: nothing happens to a component that has been released.
-std::uint32_t addReference(Shell& shell) noexcept;
+std::uint32_t addReference(Handle& handle) noexcept;
 /// Ends the component with its last reference, on its own thread.
-std::uint32_t release(Shell& shell) noexcept;
+std::uint32_t release(Handle& handle) noexcept;
 
 /// A new component with one reference, of the calling thread. The vtables stand in the order of its facets.
-Shell& makeShell(std::unique_ptr<Body> body, std::initializer_list<const void*> vtables);
+Handle& makeHandle(std::unique_ptr<Body> body, std::initializer_list<const void*> vtables);
 
 /// HY_S_OK when the calling thread may call the component.
-HyResult enter(const Shell& shell);
+HyResult enter(const Handle& handle);
 
 /// How many components, locks and references to factories and type descriptions there are.
 std::atomic<std::int64_t>& inUse();
 
 template <class Interface>
-Shell& shellOf(Interface* self) {
+Handle& handleOf(Interface* self) {
   return *static_cast<Facet*>(reinterpret_cast<HyUnknown*>(self))->Owner;
 }
 
 template <class Interface>
-Interface* facetAs(Shell& shell, int facet) {
+Interface* facetAs(Handle& handle, int facet) {
   return reinterpret_cast<Interface*>(
-      static_cast<HyUnknown*>(&shell.Facets[static_cast<std::size_t>(facet)]));
+      static_cast<HyUnknown*>(&handle.Facets[static_cast<std::size_t>(facet)]));
 }
 
 /// Holds a component during a call on its own thread, also when its users give back more references than they
 /// have.
 class Hold {
  public:
-  explicit Hold(Shell& shell) noexcept;
+  explicit Hold(Handle& handle) noexcept;
   Hold(const Hold&) = delete;
   Hold& operator=(const Hold&) = delete;
   ~Hold();
@@ -88,13 +88,13 @@ class Hold {
   explicit operator bool() const { return holds_; }
 
  private:
-  Shell& shell_;
+  Handle& shell_;
   const bool holds_;
 };
 
 /// Lets no exception out.
 template <class Action>
-HyResult guarded(Action&& action) noexcept {
+HyResult withoutThrowing(Action&& action) noexcept {
   try {
     return action();
   } catch (const Refusal& refusal) {
@@ -110,12 +110,12 @@ HyResult guarded(Action&& action) noexcept {
 template <class BodyType, class Interface, class Action>
 HyResult call(Interface* self, Action&& action) noexcept {
   if (self == nullptr) return HY_E_POINTER;
-  Shell& shell = shellOf(self);
-  return guarded([&] {
-    if (const HyResult refused = enter(shell); refused != HY_S_OK) return refused;
-    const Hold hold(shell);
+  Handle& handle = handleOf(self);
+  return withoutThrowing([&] {
+    if (const HyResult refused = enter(handle); refused != HY_S_OK) return refused;
+    const Hold hold(handle);
     if (!hold) return static_cast<HyResult>(HY_RPC_E_DISCONNECTED);
-    return static_cast<HyResult>(action(static_cast<BodyType&>(*shell.Content)));
+    return static_cast<HyResult>(action(static_cast<BodyType&>(*handle.Content)));
   });
 }
 
@@ -128,21 +128,21 @@ HyResult queryInterface(Interface* self, const HyGuid* interfaceId, void** objec
   return call<Body>(self, [&](const Body& body) {
     const int facet = body.facetOf(*interfaceId);
     if (facet < 0) return HY_E_NOINTERFACE;
-    Shell& shell = shellOf(self);
-    addReference(shell);
-    *object = facetAs<void>(shell, facet);
+    Handle& handle = handleOf(self);
+    addReference(handle);
+    *object = facetAs<void>(handle, facet);
     return HY_S_OK;
   });
 }
 
 template <class Interface>
 std::uint32_t addReferenceTo(Interface* self) noexcept {
-  return self != nullptr ? addReference(shellOf(self)) : 0;
+  return self != nullptr ? addReference(handleOf(self)) : 0;
 }
 
 template <class Interface>
 std::uint32_t releaseOf(Interface* self) noexcept {
-  return self != nullptr ? release(shellOf(self)) : 0;
+  return self != nullptr ? release(handleOf(self)) : 0;
 }
 
 }  // namespace hy_wristlog::component

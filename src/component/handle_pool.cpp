@@ -9,14 +9,14 @@
 namespace hy_wristlog::component {
 namespace {
 
-/// So many released shells rest before one is used again.
+/// So many released handles rest before one is used again.
 constexpr std::size_t Resting = 4096;
 
 struct Pool {
   std::mutex Mutex;
-  std::vector<std::unique_ptr<Shell>> All;
-  Shell* Oldest = nullptr;
-  Shell* Youngest = nullptr;
+  std::vector<std::unique_ptr<Handle>> All;
+  Handle* Oldest = nullptr;
+  Handle* Youngest = nullptr;
   std::size_t Count = 0;
 };
 
@@ -38,31 +38,31 @@ std::atomic<std::int64_t>& inUse() {
   return count;
 }
 
-Shell& takeShell() {
-  Pool& shells = pool();
-  const std::lock_guard lock(shells.Mutex);
-  Shell* shell = nullptr;
-  if (shells.Count > Resting) {
-    shell = std::exchange(shells.Oldest, shells.Oldest->Next);
-    --shells.Count;
+Handle& takeHandle() {
+  Pool& handles = pool();
+  const std::lock_guard lock(handles.Mutex);
+  Handle* handle = nullptr;
+  if (handles.Count > Resting) {
+    handle = std::exchange(handles.Oldest, handles.Oldest->Next);
+    --handles.Count;
   } else {
-    shell = shells.All.emplace_back(std::make_unique<Shell>()).get();
+    handle = handles.All.emplace_back(std::make_unique<Handle>()).get();
   }
-  shell->Next = nullptr;
+  handle->Next = nullptr;
   ++inUse();
-  return *shell;
+  return *handle;
 }
 
-void giveBackShell(Shell& shell) noexcept {
-  Pool& shells = pool();
-  const std::lock_guard lock(shells.Mutex);
-  shell.Next = nullptr;
-  if (shells.Count == 0)
-    shells.Oldest = &shell;
+void giveBackHandle(Handle& handle) noexcept {
+  Pool& handles = pool();
+  const std::lock_guard lock(handles.Mutex);
+  handle.Next = nullptr;
+  if (handles.Count == 0)
+    handles.Oldest = &handle;
   else
-    shells.Youngest->Next = &shell;
-  shells.Youngest = &shell;
-  ++shells.Count;
+    handles.Youngest->Next = &handle;
+  handles.Youngest = &handle;
+  ++handles.Count;
   --inUse();
 }
 

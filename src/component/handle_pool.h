@@ -4,8 +4,8 @@
 
 namespace hy_wristlog::component {
 
-/// A shell that nothing has used for a long while, or a new one.
-Shell& takeShell();
-void giveBackShell(Shell& shell) noexcept;
+/// A handle that nothing has used for a long while, or a new one.
+Handle& takeHandle();
+void giveBackHandle(Handle& handle) noexcept;
 
 }  // namespace hy_wristlog::component

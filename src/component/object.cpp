@@ -33,18 +33,18 @@ int ObjectBody::facetOf(const HyGuid& interfaceId) const {
 HyDispatch* wrap(const ClassTable& table, const std::shared_ptr<void>& instance) {
   if (!instance) return nullptr;
   Apartment& apartment = Apartment::here();
-  Shell* shell = apartment.findObject(instance.get());
-  if (shell == nullptr) {
-    shell = &makeShell(std::make_unique<ObjectBody>(table, instance),
-                       {&DispatchVtable, &ContainerVtable, &ClassInfoVtable});
+  Handle* handle = apartment.findObject(instance.get());
+  if (handle == nullptr) {
+    handle = &makeHandle(std::make_unique<ObjectBody>(table, instance),
+                         {&DispatchVtable, &ContainerVtable, &ClassInfoVtable});
     try {
-      apartment.keepObject(instance.get(), *shell);
+      apartment.keepObject(instance.get(), *handle);
     } catch (...) {
-      release(*shell);
+      release(*handle);
       throw;
     }
   }
-  return facetAs<HyDispatch>(*shell, ObjectBody::DispatchFacet);
+  return facetAs<HyDispatch>(*handle, ObjectBody::DispatchFacet);
 }
 
 std::shared_ptr<void> unwrap(const ClassTable& table, HyUnknown* object) {
@@ -52,9 +52,9 @@ std::shared_ptr<void> unwrap(const ClassTable& table, HyUnknown* object) {
   const void* vtable = object->lpVtbl;
   if (vtable != &DispatchVtable && vtable != &ContainerVtable && vtable != &ClassInfoVtable)
     throw Refusal{HY_DISP_E_TYPEMISMATCH};
-  const Shell& shell = shellOf(object);
-  if (const HyResult refused = enter(shell); refused != HY_S_OK) throw Refusal{refused};
-  const auto& body = static_cast<const ObjectBody&>(*shell.Content);
+  const Handle& handle = handleOf(object);
+  if (const HyResult refused = enter(handle); refused != HY_S_OK) throw Refusal{refused};
+  const auto& body = static_cast<const ObjectBody&>(*handle.Content);
   if (&body.Table != &table) throw Refusal{HY_DISP_E_TYPEMISMATCH};
   return body.Instance;
 }

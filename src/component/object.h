@@ -22,7 +22,7 @@ class ObjectBody final : public Body {
   const std::shared_ptr<void> Instance;
   struct Point {
     std::shared_ptr<SinkList> Sinks;
-    Shell* Living = nullptr;  ///< the connection point while it lives
+    Handle* Living = nullptr;  ///< the connection point while it lives
   };
   std::vector<Point> Points;  ///< as in the table
   bool Working = false;       ///< inside a workflow

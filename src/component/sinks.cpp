@@ -44,7 +44,7 @@ class Listener final : public LoggerEvents {
       : sinks_(std::move(sinks)), hostSinks_(std::move(hostSinks)) {}
 
   void CommEventError(std::int32_t ErrorNum, std::string& ErrorDescription) override {
-    guarded([&] {
+    withoutThrowing([&] {
       TextVariable text(ErrorDescription);
       HyVariant arguments[] = {text.reference(), number(ErrorNum)};
       sinks_->tell(HY_EVENT_COMM_EVENT_ERROR, arguments, 2);
@@ -53,7 +53,7 @@ class Listener final : public LoggerEvents {
     });
   }
   void CommProgress(std::string& ProgressText) override {
-    guarded([&] {
+    withoutThrowing([&] {
       TextVariable text(ProgressText);
       HyVariant argument = text.reference();
       sinks_->tell(HY_EVENT_COMM_PROGRESS, &argument, 1);
@@ -62,14 +62,14 @@ class Listener final : public LoggerEvents {
     });
   }
   void AbortAcknowledged() override {
-    guarded([&] {
+    withoutThrowing([&] {
       sinks_->tell(HY_EVENT_ABORT_ACKNOWLEDGED, nullptr, 0);
       return HY_S_OK;
     });
   }
   void DownloadProgress(std::int32_t BytesSoFar, std::int32_t BytesExpected) override {
     if (!hostSinks_) return;
-    guarded([&] {
+    withoutThrowing([&] {
       HyVariant arguments[] = {number(BytesExpected), number(BytesSoFar)};
       hostSinks_->tell(HY_EVENT_DOWNLOAD_PROGRESS, arguments, 2);
       return HY_S_OK;
@@ -138,7 +138,7 @@ void SinkList::tell(std::int32_t event, HyVariant* arguments, std::uint32_t coun
         return target->lpVtbl->Invoke(target, event, &HY_GUID_NULL, 0, HY_DISPATCH_METHOD, &params, nullptr,
                                       nullptr, nullptr);
       };
-      guarded(tellOne);
+      withoutThrowing(tellOne);
     }
     sink->lpVtbl->Release(sink);
   }

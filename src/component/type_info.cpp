@@ -75,7 +75,7 @@ std::uint32_t interfaceReference(const ClassTable& table) {
 template <class Action>
 HyResult withInfo(HyTypeInfo* self, Action&& action) noexcept {
   if (self == nullptr) return HY_E_POINTER;
-  return guarded([&] { return static_cast<HyResult>(action(*static_cast<Info*>(self))); });
+  return withoutThrowing([&] { return static_cast<HyResult>(action(*static_cast<Info*>(self))); });
 }
 
 const Member* memberOf(const Info& info, std::int32_t number) {

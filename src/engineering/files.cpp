@@ -25,9 +25,9 @@
 #include "varden/files/data_files.h"
 
 namespace hy_wristlog::engineering {
-namespace {
 
-constexpr std::int32_t FileExists = 58;
+using namespace FailureNumber;
+namespace {
 
 ByteArray bytesOfDump(std::string_view content, const std::string& path) {
   return naming(path, [&] { return readRawDump(content, LongestRecordingFile, Addresses::Checked); });
@@ -104,7 +104,7 @@ void requireAllKeys(const IniFile& file, const VardenRecord& record, const std::
     if (!file.value(ConfigDataSection, label)) missing.push_back(label);
   if (missing.empty()) return;
   const std::string more = missing.size() > 1 ? " and " + std::to_string(missing.size() - 1) + " more" : "";
-  throw Failure(11503, "engineering.withEditedConfig",
+  throw Failure(OutOfRange, "engineering.withEditedConfig",
                 path + " lacks \"" + missing.front() + "\"" + more + " in its section \"" +
                     std::string(ConfigDataSection) + "\". Export the configuration and edit that file");
 }
@@ -155,7 +155,7 @@ std::string configHexFromIni(const std::string& path) {
   const auto hex = file.value(ConfigBytesSection, RawConfigBytesKey);
   if (!hex || hex->empty()) IniFile::requireUtf8(content, path);
   if (!hex || hex->empty())
-    throw Failure(11503, "engineering.configHexFromIni",
+    throw Failure(OutOfRange, "engineering.configHexFromIni",
                   path + " has no key \"Raw Config Bytes\" in a section \"Configuration Bytes\"");
   return std::string(*hex);
 }
@@ -208,7 +208,8 @@ void checkOutput(const std::string& named, bool overwrite, const std::vector<std
     throw Failure(fault::PathFileAccess, "engineering.checkOutput",
                   path + " is in the way: it is not a file");
   if (kind == platform::FileKind::File && !overwrite)
-    throw Failure(FileExists, "engineering.checkOutput", path + " exists. Use --force to overwrite it.");
+    throw Failure(FailureNumber::FileExists, "engineering.checkOutput",
+                  path + " exists. Use --force to overwrite it.");
   withFileFaults(path, [&] {
     const std::string trial = path.substr(0, path.find_last_of('/') + 1) + ".wristlog-trial";
     platform::current().files().write(trial, {});
@@ -245,7 +246,7 @@ enmDecodeResult saveReport(Class_VardenLogger& logger, const std::string& path) 
 void saveLightTest(Class_VardenLogger& logger, const std::string& path) {
   const auto& raw = logger.inside().record.RawData;
   if (raw && raw->size() < ShortestLightTest)
-    throw Failure(11506, "engineering.saveLightTest",
+    throw Failure(NoLightTest, "engineering.saveLightTest",
                   "too short for a light test: " + std::to_string(raw->size()) + " bytes hold no reading");
   writtenAnew(path, [&] { logger.inside().subSaveDecodedTolkaTestDataToFile(path); });
 }

@@ -25,7 +25,9 @@ auto naming(const std::string& files, const Step& step) {
   try {
     return step();
   } catch (const Failure& failure) {
-    for (const std::int32_t refused : {53, 61, 70, 75, 76})
+    using namespace FailureNumber;
+    for (const std::int32_t refused :
+         {FileNotFound, DiskFull, PermissionDenied, PathFileAccess, PathNotFound})
       if (failure.Number == refused) throw;
     throw Failure(failure.Number, failure.Source, files + ": " + failure.Description);
   }
@@ -41,12 +43,12 @@ std::string contentOf(const std::string& path, std::size_t most = LongestRecordi
 std::string iniTextOf(const std::string& path);
 
 /// The config block kept in an INI file: the key "Raw Config Bytes" of its section "Configuration Bytes".
-/// Raises 53 when there is no such file, 75 when it cannot be read, 11503 when it holds no block.
+/// Raises 53 when there is no such file, 75 when it cannot be read, OutOfRange when it holds no block.
 HY_WRISTLOG_API std::string configHexFromIni(const std::string& path);
 
 /// The logger as the config block in an INI file describes it. A block of version 1 holds no firmware
-/// version; it is then the one that the file tells. Raises what `configHexFromIni` does, and 11503, 11504 and
-/// 11505 for a block that is none; the description names the file.
+/// version; it is then the one that the file tells. Raises what `configHexFromIni` does, and OutOfRange,
+/// UnknownStructure and DamagedConfig for a block that is none; the description names the file.
 HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> loggerFromIni(const std::string& path);
 
 /// A raw recording from a file: a raw data CSV, or else the bytes themselves. Raises 53 when there is no such
@@ -75,9 +77,9 @@ HY_WRISTLOG_API void saveRawDump(Class_VardenLogger& logger, const std::string& 
 /// Decodes diagnostically and writes a row an epoch; tells result and low battery in message boxes. A report
 /// that fails behind its heading leaves that where no file stood. Raises what decoding raises.
 HY_WRISTLOG_API enmDecodeResult saveReport(Class_VardenLogger& logger, const std::string& path);
-/// Raises 11506 for a recording that is no light test or holds no reading.
+/// Raises NoLightTest for a recording that is no light test or holds no reading.
 HY_WRISTLOG_API void saveLightTest(Class_VardenLogger& logger, const std::string& path);
-/// The activity-only file, kind KRD. Raises 11503 without an activity calibration.
+/// The activity-only file, kind KRD. Raises OutOfRange without an activity calibration.
 HY_WRISTLOG_API void saveActivityOnly(Class_VardenLogger& logger, const std::string& path);
 
 /// Labels and values of the configuration, enumerations in words.
@@ -88,15 +90,15 @@ HY_WRISTLOG_API std::vector<std::pair<std::string, std::string>> configItems(
 /// for an empty name.
 HY_WRISTLOG_API void saveConfigIni(Class_VardenLogger& logger, const std::string& path,
                                    const std::string& recordingIni = {});
-/// The 256 bytes that would be sent to the logger. Raises 11503 and 6 for values that it cannot take.
+/// The 256 bytes that would be sent to the logger. Raises OutOfRange and 6 for values that it cannot take.
 HY_WRISTLOG_API void saveConfigImage(Class_VardenLogger& logger, const std::string& path);
 /// Both; when one fails, neither is left.
 HY_WRISTLOG_API void saveConfigIniAndImage(Class_VardenLogger& logger, const std::string& ini,
                                            const std::string& image, const std::string& recordingIni = {});
 
 /// A logger with the configuration of `logger` and the edited values of an INI file, its config block as the
-/// logger would make it of them. Raises 53 and 75 for a file that cannot be read, 11503 for one that lacks
-/// values, 13, 6 and 11503 for values that are none or that a logger would keep as other ones; the
+/// logger would make it of them. Raises 53 and 75 for a file that cannot be read, OutOfRange for one that
+/// lacks values, 13, 6 and OutOfRange for values that are none or that a logger would keep as other ones; the
 /// description names the key.
 HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> withEditedConfig(const Class_VardenLogger& logger,
                                                                      const std::string& iniPath);

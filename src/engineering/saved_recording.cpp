@@ -7,6 +7,8 @@
 
 #include "base/ascii.h"
 #include "base/faults.h"
+#include "engineering/dates.h"
+#include "engineering/files.h"
 #include "engineering/recording.h"
 #include "platform/digest.h"
 #include "timezones/Class_TimeZoneTools.h"
@@ -147,7 +149,6 @@ SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBatte
 }
 
 SavedRecording savedRecording(const std::string& iniFile, const std::string& rawFile) {
-  constexpr std::int32_t OutOfRange = 11503;
   SavedRecording saved;
   loggerFromIni(iniFile);
   const IniFile source(iniTextOf(iniFile));
@@ -157,7 +158,8 @@ SavedRecording savedRecording(const std::string& iniFile, const std::string& raw
   naming(iniFile, [&] { openRecording(saved); });
   saved.Raw = rawFromFile(rawFile);
   if (saved.Raw.empty())
-    throw Failure(OutOfRange, "engineering.savedRecording", rawFile + " holds no recording: it is empty");
+    throw Failure(FailureNumber::OutOfRange, "engineering.savedRecording",
+                  rawFile + " holds no recording: it is empty");
   return saved;
 }
 

@@ -35,14 +35,14 @@ struct HY_WRISTLOG_API SavedRecording {
 HY_WRISTLOG_API SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBattery);
 
 /// From files; `rawFile` may be a raw data CSV. Raises what `loggerFromIni`, `rawFromFile` and
-/// `openRecording` raise, and 11503 for a recording without bytes.
+/// `openRecording` raise, and OutOfRange for a recording without bytes.
 HY_WRISTLOG_API SavedRecording savedRecording(const std::string& iniFile, const std::string& rawFile);
 
 /// The logger with its configuration and raw data, not decoded. Raises what `loggerFromConfig` raises, and 13
 /// for a voltage or a time that is none.
 HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> openRecording(const SavedRecording& recording);
 
-/// Decodes the logger's raw data. Raises what decoding raises: 11502, 11503, 9.
+/// Decodes the logger's raw data. Raises what decoding raises: WrongDeviceType, OutOfRange, 9.
 HY_WRISTLOG_API enmDecodeResult decode(Class_VardenLogger& logger, bool diagnostic, bool& lowBatteryDetected);
 
 /// What an INI file tells of a recording beside the config block, put into another one's text in the place of

@@ -46,7 +46,7 @@ class HY_WRISTLOG_API CommandUnderWay {
 /// The failure handling of one call of a procedure.
 ///
 ///     Procedure procedure{"Class_Example", "fncRead"};
-///     procedure.passesOn(3001, 3002);
+///     procedure.passesOn(NoCharacters, NoFinalCharacter);
 ///     return procedure.run([&] {
 ///       procedure.statement([&] { link.subSendChars("show ver", 2, 1, 1, 0, 1000, 0); });
 ///       return procedure.statement([&] { return link.fncGetCharLine('\r', 1000); });

@@ -8,9 +8,9 @@
 #include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
-namespace {
 
-constexpr std::int32_t PacketFailure = 11301;
+using namespace FailureNumber;
+namespace {
 
 // The frame: lead byte, packet number, 255 - packet number, data, CRC high byte, CRC low byte.
 constexpr std::size_t NumberOffset = 1, ComplementOffset = 2, DataOffset = 3, CrcLength = 2;
@@ -45,7 +45,7 @@ void Class_Packet::Let_Packet(std::span<const std::uint8_t> frame) {
   Procedure procedure{"Class_Packet", "Let_Packet"};
   procedure.run([&] {
     if (frame.data() == nullptr)
-      throw Failure(PacketFailure, "Class_Packet.Set_Packet", "Input data are invalid");
+      throw Failure(WrongPacket, "Class_Packet.Set_Packet", "Input data are invalid");
     valid_ = false;
     if (frame.empty()) return;
     const FrameFormat* format = findFormat([&](const FrameFormat& f) { return f.LeadByte == frame.front(); });
@@ -66,10 +66,10 @@ std::vector<std::uint8_t> Class_Packet::Get_Packet() {
   constexpr const char* Source = "Class_Packet.Get_Packet";
   Procedure procedure{"Class_Packet", "Get_Packet"};
   return procedure.run([&] {
-    if (BinData.empty()) throw Failure(PacketFailure, Source, "No packet data have been set");
-    if (PacketSize == 0) throw Failure(PacketFailure, Source, "Invalid Packet Size");
+    if (BinData.empty()) throw Failure(WrongPacket, Source, "No packet data have been set");
+    if (PacketSize == 0) throw Failure(WrongPacket, Source, "Invalid Packet Size");
     const FrameFormat* format = findFormat([&](const FrameFormat& f) { return f.PacketSize == PacketSize; });
-    if (format == nullptr) throw Failure(PacketFailure, Source, "Invalid packet type");
+    if (format == nullptr) throw Failure(WrongPacket, Source, "Invalid packet type");
     std::vector<std::uint8_t> frame(format->length());
     if (BinData.size() > frame.size() - DataOffset) fault::raise(fault::Subscript);
     frame[0] = format->LeadByte;

@@ -21,9 +21,6 @@ inline constexpr std::size_t MostTransferBytes = std::size_t{20} << 20;
 /// Bytes; all that passes when a megabyte is retrieved, three times over.
 inline constexpr std::size_t MostConsoleText = std::size_t{16} << 20;
 
-inline constexpr std::int32_t NoCharacters = 3001, NoFinalCharacter = 3002, WrongCharacters = 3003,
-                              InvalidSettings = 3004, TooFewBytes = 3005, DataOverrun = 3006;
-
 /// What stands behind a Form_Comm: its control, its world and its console.
 struct CommState final : platform::EventSource {
   CommState(Form_Comm& form, CommEvents* owner);
@@ -41,7 +38,8 @@ struct CommState final : platform::EventSource {
   void flush(const PortSteps& port);
   /// Shows bytes as "[" hexadecimal digits "]", when the console is in use.
   void showHex(std::string_view bytes, std::string_view lineEnd = {});
-  /// The settings text, 0 meaning "as last set"; fails with 3004 under a source that all transfers share.
+  /// The settings text, 0 meaning "as last set"; fails with InvalidSettings under a source that all transfers
+  /// share.
   std::string transferSettings(Procedure& procedure, std::int32_t baudRate, std::int32_t dataBits,
                                std::int32_t parity, std::int32_t stopBits) const;
   void tellLost(std::int32_t attempt, std::int32_t most, std::int32_t packet) const {
@@ -93,8 +91,8 @@ class TransferFrame {
         rThreshold(state.control.RThreshold()),
         recovery_(state.control) {
     procedure.trap([this](Failure& failure) {
-      return failure.Number == PortRecovery::PortStateFailure && recovery_.reopen() ? TrapAnswer::Repeat
-                                                                                    : TrapAnswer::Dispatch;
+      return failure.Number == FailureNumber::PortStateFailure && recovery_.reopen() ? TrapAnswer::Repeat
+                                                                                     : TrapAnswer::Dispatch;
     });
   }
 

@@ -9,6 +9,8 @@
 #include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 const char* eventText(std::int32_t event) {
@@ -134,11 +136,13 @@ void Form_Comm::subOpenPort(std::int16_t intPort, std::int32_t vBaudRate, std::i
                             std::int32_t vParity, std::int32_t vStopBits, std::int32_t lngDelay,
                             bool RTSenableFirst, bool DTRenableFirst) {
   Procedure procedure{"Form_Comm", "subOpenPort"};
-  procedure.passesOn(8000, 8001, 8002, 8003, 8004, 8005, 8006, 8007, 8008, 8009, 8010, 8011, 8012, 8013, 8014,
-                     8016, 8018, 8019, 8020, 8021);
+  procedure.passesOn(PortOpen, InvalidTimeout, InvalidPort, NotWhileDesigning, ReadOnlyProperty,
+                     PortNotAvailable, InvalidDevice, InvalidPortSettings, InvalidByteSize, InvalidDefaults,
+                     HardwareNotAvailable, NoQueues, PortClosed, DeviceOpen, NoNotification, EventMaskFailure,
+                     ClosedWhileInUse, DeviceBusy, ReadFailure, ControlBlockFailure);
   PortRecovery recovery{state_->control};
   procedure.trap([&](Failure& failure) {
-    if (failure.Number != PortRecovery::PortStateFailure) return TrapAnswer::Dispatch;
+    if (failure.Number != PortStateFailure) return TrapAnswer::Dispatch;
     if (recovery.reopen()) return TrapAnswer::Repeat;
     failure.Source = "Form_Comm.subOpenPort";
     return TrapAnswer::Raise;
@@ -186,13 +190,11 @@ void Form_Comm::subOpenPort(std::int16_t intPort, std::int32_t vBaudRate, std::i
 }
 
 void Form_Comm::subClosePort() {
-  constexpr std::int32_t NotOpen = 8012;
   Procedure procedure{"Form_Comm", "subClosePort"};
   PortRecovery recovery{state_->control};
   procedure.trap([&](Failure& failure) {
-    if (failure.Number == NotOpen) return TrapAnswer::GoOn;
-    return failure.Number == PortRecovery::PortStateFailure && recovery.close() ? TrapAnswer::Repeat
-                                                                                : TrapAnswer::Dispatch;
+    if (failure.Number == PortClosed) return TrapAnswer::GoOn;
+    return failure.Number == PortStateFailure && recovery.close() ? TrapAnswer::Repeat : TrapAnswer::Dispatch;
   });
   const PortSteps port{state_->control, procedure};
   procedure.run([&] {

@@ -50,9 +50,10 @@ class Form_Comm {
   /// The logger's end of the DSR line. False when the port is closed.
   bool DSRHolding();
 
-  /// Opens the port, closing an open one first; `lngDelay` milliseconds pass behind the opening. Raises 3004
-  /// and the control's 8000 to 8021: 8002 no such port, 8005 held by another program, 8015 unusable or gone
-  /// (after ten more tries). A port that is closed meets every later operation with 8012.
+  /// Opens the port, closing an open one first; `lngDelay` milliseconds pass behind the opening. Raises
+  /// InvalidSettings and the control's PortOpen to ControlBlockFailure: InvalidPort no such port,
+  /// PortNotAvailable held by another program, PortStateFailure unusable or gone (after ten more tries). A
+  /// port that is closed meets every later operation with PortClosed.
   void subOpenPort(std::int16_t intPort, std::int32_t vBaudRate, std::int32_t vDataBits, std::int32_t vParity,
                    std::int32_t vStopBits, std::int32_t lngDelay, bool RTSenableFirst, bool DTRenableFirst);
   void subClosePort();
@@ -73,18 +74,18 @@ class Form_Comm {
 
   /// `SendBytes` 1 sends character by character, 2 (or 0) also checks the echo of each, others send all at
   /// once; `CarraigeReturn` 1 sends a carriage return behind them. Each character comes back `NumEchoedChars`
-  /// times within `TXdelay`. Raises 3001 and 3003; times in milliseconds.
+  /// times within `TXdelay`. Raises NoCharacters and WrongCharacters; times in milliseconds.
   void subSendChars(std::string_view Chars, std::int32_t SendBytes, std::int32_t CarraigeReturn,
                     std::int16_t NumEchoedChars, std::int32_t CharDelay, std::int32_t TXdelay,
                     std::int32_t CmdDelay);
   /// The text before `CharToWaitFor`, at most 4096 characters; `RXdelay` is a silence time, and bytes that
-  /// wait are no silence. Raises 3001 when nothing comes, 3002 when the text has no end, is longer, or goes
-  /// on slowly for more than two seconds beside its silence time.
+  /// wait are no silence. Raises NoCharacters when nothing comes, NoFinalCharacter when the text has no end,
+  /// is longer, or goes on slowly for more than two seconds beside its silence time.
   std::string fncGetCharLine(char CharToWaitFor, std::int32_t RXdelay);
   /// `NumBytes` bytes at line settings of their own; `PageDelay` is the silence that ends the wait (4000 when
   /// negative), `CmdDelay` a pause behind it (500 when negative). With `IgnoreLength` all that comes until
-  /// `ByteDelay` of silence, perhaps nothing, counted in `NumBytes`. At most 17000 bytes. Raises 3004 to
-  /// 3006.
+  /// `ByteDelay` of silence, perhaps nothing, counted in `NumBytes`. At most 17000 bytes. Raises
+  /// InvalidSettings to DataOverrun.
   std::vector<std::uint8_t> fncGetBinaryStream(std::int32_t& NumBytes, std::int32_t vBaudRate,
                                                std::int32_t vDataBits, std::int32_t vParity,
                                                std::int32_t vStopBits, std::int32_t PageDelay,
@@ -92,16 +93,17 @@ class Form_Comm {
                                                std::int32_t ByteDelay);
 
   /// Sends 1 to 255 packets. `CmdTimeout` bounds each wait for an answer, 3000 ms when negative;
-  /// `ByteByByteDelay` is 1 ms when negative. An aborted transfer ends without a failure. Raises 3004 and
-  /// 3007 to 3012.
+  /// `ByteByByteDelay` is 1 ms when negative. An aborted transfer ends without a failure. Raises
+  /// InvalidSettings and InvalidPacketArray to NoEndAcknowledgement.
   void subSendXmodemPackets(const PacketArray& Packets, std::int32_t vBaudRate, std::int32_t vDataBits,
                             std::int32_t vParity, std::int32_t vStopBits, std::int32_t CmdTimeout,
                             bool ByteByByte, std::int32_t ByteByByteDelay);
   /// No array when nothing came or the transfer was aborted. A packet that came again stands twice in it.
-  /// Raises 3004, 3011, 3013, and fault 6 when a packet other than 0 follows packet 255.
+  /// Raises InvalidSettings, RetriesExceeded, NoPacket, and fault 6 when a packet other than 0 follows packet
+  /// 255.
   PacketArray fncReceiveXmodemPackets(std::int32_t vBaudRate, std::int32_t vDataBits, std::int32_t vParity,
                                       std::int32_t vStopBits, std::int32_t CmdTimeout);
-  /// Transfers that bring more than so many bytes end with 3011 from now on; 20 MiB at first.
+  /// Transfers that bring more than so many bytes end with RetriesExceeded from now on; 20 MiB at first.
   void boundTransfers(std::size_t bytes);
   void subSendXmodemAbort();
   void subSendCTRLCabort();

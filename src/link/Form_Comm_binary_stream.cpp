@@ -7,6 +7,8 @@
 #include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr const char* Source = "Form_Comm.fncGetBinaryStream";

@@ -4,6 +4,8 @@
 #include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 // The longest line of a logger has some seventy characters. What is longer is a babble: it is taken without

@@ -70,11 +70,10 @@ inline void fail(Procedure& procedure, std::int32_t number, const char* source, 
   procedure.statement([&] { throw Failure(number, source, text); });
 }
 
-/// Counts the failures of the port's state (8015) in one call of a procedure and brings the port back.
+/// Counts the failures of the port's state (PortStateFailure) in one call of a procedure and brings the port
+/// back.
 class PortRecovery {
  public:
-  static constexpr std::int32_t PortStateFailure = 8015;
-
   explicit PortRecovery(SerialControl& control) : control_(control) {}
 
   /// Closes an open port and opens it again; true when the failed statement is worth another try. A port that

@@ -10,31 +10,33 @@
 #include "link/line_settings.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 [[noreturn]] void raise(std::int32_t number, const char* description) {
   throw Failure(number, "MSComm", description);
 }
 
-[[noreturn]] void raiseClosed() { raise(8012, "The serial port is not open"); }
+[[noreturn]] void raiseClosed() { raise(PortClosed, "The serial port is not open"); }
 [[noreturn]] void raiseOpen(std::int32_t number) { raise(number, "The serial port is already open"); }
 
 platform::LineSettings lineSettings(std::string_view text) {
   const auto settings = parseLineSettings(text);
-  if (!settings) raise(8007, "Invalid serial port settings");
+  if (!settings) raise(InvalidPortSettings, "Invalid serial port settings");
   return *settings;
 }
 
 }  // namespace
 
 void SerialControl::CommPort(std::int16_t number) {
-  if (port_) raiseOpen(8000);
+  if (port_) raiseOpen(FailureNumber::PortOpen);
   commPort_ = number;
 }
 
 void SerialControl::PortOpen(bool open) {
   if (open == PortOpen()) {
-    if (open) raiseOpen(8005);
+    if (open) raiseOpen(PortNotAvailable);
     raiseClosed();
   }
   if (open) return this->open();
@@ -83,7 +85,7 @@ void SerialControl::InputLen(std::int32_t length) {
 }
 
 void SerialControl::InBufferSize(std::size_t size) {
-  if (port_) raiseOpen(8000);
+  if (port_) raiseOpen(FailureNumber::PortOpen);
   inBufferSize_ = size;
 }
 

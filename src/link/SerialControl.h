@@ -18,9 +18,10 @@ inline constexpr std::int32_t Send = 1, Receive = 2, Cts = 3, Dsr = 4, Cd = 5, R
 }
 
 /// One serial port with a receive buffer of its own, a transmit queue and events. Properties can be set while
-/// the port is closed and take effect when it opens. Raises 8000 (not while the port is open), 8002 (no such
-/// port), 8005 (already open, or held by another program), 8007 (settings that are not settings), 8012 (the
-/// port is closed) and 8015 (the port refuses its settings, or has gone).
+/// the port is closed and take effect when it opens. Raises PortOpen (not while the port is open),
+/// InvalidPort (no such port), PortNotAvailable (already open, or held by another program),
+/// InvalidPortSettings (settings that are not settings), PortClosed (the port is closed) and PortStateFailure
+/// (the port refuses its settings, or has gone).
 class SerialControl {
  public:
   enum class Mode : std::uint8_t { Text, Binary };
@@ -67,7 +68,7 @@ class SerialControl {
   void Output(std::string_view bytes);
 
   /// Calls OnComm for what happened since the last call. A port that has gone gives no events: the next
-  /// operation on it raises 8015.
+  /// operation on it raises PortStateFailure.
   void deliverEvents();
 
  private:

@@ -12,10 +12,6 @@ namespace xmodem {
 inline constexpr char Soh = 1, Stx = 2, CtrlC = 3, Eot = 4, Ack = 6, Nak = 21, Can = 24, WantCrc = 67;
 }
 
-inline constexpr std::int32_t InvalidPacketArray = 3007, NoInitiation = 3008, TransmitTooSlow = 3009,
-                              NoAcknowledgement = 3010, RetriesExceeded = 3011, NoEndAcknowledgement = 3012,
-                              NoPacket = 3013;
-
 inline constexpr const char* RetriesExceededText = "Maximum number of packet transmission retries exceeded";
 inline constexpr std::int32_t PollInterval = 50;  ///< milliseconds
 

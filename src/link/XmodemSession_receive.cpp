@@ -6,6 +6,8 @@
 #include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr std::int32_t MostInvitations = 5, MostBadPackets = 3, MostDuplicates = 3;

@@ -9,6 +9,8 @@
 #include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr const char* LineEnd = "\r\n";
@@ -17,20 +19,20 @@ constexpr const char* LineEnd = "\r\n";
 std::int32_t portStatus(std::int32_t failure) {
   constexpr std::int32_t InUse = 1, NoSuchPort = 2, Unusable = 3;
   switch (failure) {
-    case 8005:
+    case PortNotAvailable:
       return InUse;
-    case 8002:
-    case 8012:
+    case InvalidPort:
+    case PortClosed:
       return NoSuchPort;
-    case 8001:
-    case 8003:
-    case 8006:
-    case 8011:
-    case 8013:
-    case 8016:
-    case 8017:
-    case 8018:
-    case 8021:
+    case InvalidTimeout:
+    case NotWhileDesigning:
+    case InvalidDevice:
+    case NoQueues:
+    case DeviceOpen:
+    case EventMaskFailure:
+    case DeviceFailure:
+    case ClosedWhileInUse:
+    case ControlBlockFailure:
       return Unusable;
     default:
       return 0;
@@ -78,7 +80,7 @@ std::int32_t Pendrel::fncOpenCOMport(std::int16_t intPort, bool settle) {
     return status != 0 ? TrapAnswer::Leave : TrapAnswer::Dispatch;
   });
   command.procedure.run([&] {
-    if (intPort < 1) command.fail(10106, "Invalid COM Port Settings");
+    if (intPort < 1) command.fail(PendrelPort, "Invalid COM Port Settings");
     command.procedure.statement([&] {
       link().subOpenPort(intPort, starred::Baud600, starred::EightDataBits, starred::NoParity,
                          starred::OneStopBit, settle ? SettleTime : 0, true, true);
@@ -139,7 +141,7 @@ void Pendrel::fncReadSetup() {
       record.SetupText += checksum;
       command.readLine('>');
       if (checksum.size() < 4 || !starred::standsFor(checksum, sumOf(lines)))
-        command.fail(10108, "fncReadZBsetup", starred::WrongChecksum);
+        command.fail(PendrelChecksum, "fncReadZBsetup", starred::WrongChecksum);
     } else {
       command.readLine('>');
     }

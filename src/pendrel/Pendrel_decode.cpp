@@ -9,10 +9,11 @@ constexpr char Source[] = "Class_Pendrel.subDecodeDataArrays";
 
 void requireMode(const PendrelRecord& record) {
   const enmDeviceType type = record.Get_DeviceType();
-  if (type == Device_Unknown) throw Failure(10102, Source, "Incompatible Device Type");
+  if (type == Device_Unknown)
+    throw Failure(FailureNumber::PendrelDeviceType, Source, "Incompatible Device Type");
   const bool withSteps = type == KR_PENDREL_CRC_STEPS && record.AcquisitionMode == PD_Mode_ActivityAndSteps;
   if (record.AcquisitionMode != PD_Mode_ActivityOnly && !withSteps)
-    throw Failure(10114, Source, "Invalid Acquisition Mode");
+    throw Failure(FailureNumber::PendrelMode, Source, "Invalid Acquisition Mode");
 }
 
 }  // namespace

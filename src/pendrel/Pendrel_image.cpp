@@ -21,7 +21,7 @@ void Pendrel::subInitRawData() {
   Procedure procedure{Module, "subInitRawData"};
   procedure.run([&] {
     if (record.MemorySizeKB < 1 || record.MemorySizeKB > MostMemoryKB)
-      throw Failure(10101, "Class_Pendrel.subInitRawData", "Invalid memory size");
+      throw Failure(FailureNumber::PendrelMemorySize, "Class_Pendrel.subInitRawData", "Invalid memory size");
     record.RawData.assign(static_cast<std::size_t>(record.MemorySizeKB) * 1024, 0);
   });
 }
@@ -34,7 +34,7 @@ void Pendrel::subSetRawDataBlock(std::int32_t lower, std::int32_t upper,
     const std::int64_t count = std::int64_t{upper} - lower + 1;
     if (lower < 0 || upper < 0 || lower >= held || upper >= held ||
         count > static_cast<std::int64_t>(bytes.size()))
-      throw Failure(10103, "Class_Pendrel.subSetRawDataBlock",
+      throw Failure(FailureNumber::PendrelOutOfRange, "Class_Pendrel.subSetRawDataBlock",
                     "Invalid input: upper or lower address is out of bounds");
     std::copy_n(bytes.begin(), std::max<std::int64_t>(count, 0), record.RawData.begin() + lower);
   });

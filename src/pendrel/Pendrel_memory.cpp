@@ -11,13 +11,15 @@
 #include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr std::int32_t BlockBytes = PendrelRecord::BlockBytes, BlockKilobytes = BlockBytes / 1024;
 constexpr std::int32_t HighestAddress = 65535;
 
 void checkAddress(StarredProcedure& command, std::int32_t address) {
-  if (address < 0 || address > HighestAddress) command.fail(10110, "Invalid memory address");
+  if (address < 0 || address > HighestAddress) command.fail(PendrelAddress, "Invalid memory address");
 }
 
 /// The sum behind a block is that of its bytes, kept to 16 bits, high byte first.
@@ -40,8 +42,8 @@ std::vector<std::uint8_t> Pendrel::fncReadMemoryBlock(std::int16_t block) {
   StarredProcedure command{link(), "fncReadMemoryBlock"};
   return command.procedure.run([&] {
     if (block < 0 || block > record.MemorySizeKB / BlockKilobytes - 1)
-      command.fail(10107, "Invalid block number for download");
-    if (record.Get_DeviceType() == Device_Unknown) command.fail(10102, "Unsupported device");
+      command.fail(PendrelBlock, "Invalid block number for download");
+    if (record.Get_DeviceType() == Device_Unknown) command.fail(PendrelDeviceType, "Unsupported device");
 
     const bool checked = record.Get_CTcompliant();
     const auto number = static_cast<std::uint8_t>((block * 16) & 0xF0);
@@ -52,7 +54,7 @@ std::vector<std::uint8_t> Pendrel::fncReadMemoryBlock(std::int16_t block) {
                                        starred::OneStopBit, 4000, 500, false, 150);
     });
     if (checked && !command.procedure.statement([&] { return checksumHolds(bytes); }))
-      command.fail(10108, "fncReadZBblock", starred::WrongChecksum);
+      command.fail(PendrelChecksum, "fncReadZBblock", starred::WrongChecksum);
     command.procedure.statement([&] {
       const std::int32_t address = block * BlockBytes;
       subSetRawDataBlock(address, address + BlockBytes - 1, bytes);
@@ -70,7 +72,7 @@ std::uint8_t Pendrel::fncReadMemoryLocation(std::int32_t address) {
     const bool checked = record.Get_CTcompliant();
     const auto lines = command.ask(starred::ReadLocation, digits, checked);
     if (checked && !starred::standsFor(lines[1], starred::checksumOf(digits + lines[0])))
-      command.fail(10108, starred::WrongChecksum);
+      command.fail(PendrelChecksum, starred::WrongChecksum);
     return command.procedure.statement([&] { return byteOf(lines[0]); });
   });
 }

@@ -13,6 +13,8 @@
 #include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr std::int16_t SecondsOfEpochCode = 15;
@@ -24,7 +26,7 @@ constexpr const char* HourMinute = "HHmm";
 
 void checkEpoch(StarredProcedure& command, std::int16_t epochLength, std::int16_t shortest) {
   if (epochLength < shortest || epochLength > LongestEpoch)
-    command.fail(10104, "Invalid logger epoch length");
+    command.fail(PendrelEpochLength, "Invalid logger epoch length");
 }
 
 /// The PC's local clock with its milliseconds: the start would otherwise be up to a second late.
@@ -48,7 +50,7 @@ void Pendrel::subSendSetup(bool keepSubject) {
     record.ProgressPercent = 0;
     if (!keepSubject) {
       command.procedure.statement([&] { subEncodeSubjectInfo(); });
-      if (record.SubjectInfo.empty()) command.fail(10105, "Invalid logger setup");
+      if (record.SubjectInfo.empty()) command.fail(PendrelSetup, "Invalid logger setup");
     }
     command.send(starred::Subject, record.SubjectInfo, record.SubjectInfo.size() < SubjectSize);
     record.ProgressPercent = 25;
@@ -64,7 +66,7 @@ void Pendrel::subSendSetup(bool keepSubject) {
     if (record.Get_DeviceType() == KR_PENDREL_CRC_STEPS) {
       const bool activityOnly = record.AcquisitionMode == PD_Mode_ActivityOnly;
       if (!activityOnly && record.AcquisitionMode != PD_Mode_ActivityAndSteps)
-        command.fail(10114, "Invalid Acquisition Mode");
+        command.fail(PendrelMode, "Invalid Acquisition Mode");
       const std::uint8_t mode = activityOnly ? starred::ActivityMode : starred::StepsMode;
       command.procedure.statement([&] { subSetMemorylocation(starred::ModeLocation, mode); });
     }
@@ -84,10 +86,10 @@ std::int32_t Pendrel::fncSendDelayedStart(double startUtc) {
       constexpr std::size_t ChecksumDigits = 4;
       const std::string echo = command.ask(starred::Delay, words).back();
       if (echo.size() != words.size() + ChecksumDigits || !echo.starts_with(words))
-        command.fail(10113, "Wrong echo received from delayed start command");
+        command.fail(WrongDelayEcho, "Wrong echo received from delayed start command");
       const std::string_view checksum = std::string_view(echo).substr(std::min(echo.size(), words.size()));
       if (!starred::standsFor(checksum, starred::checksumOf(words)))
-        command.fail(10108, starred::WrongChecksum);
+        command.fail(PendrelChecksum, starred::WrongChecksum);
     } else {
       command.ask(starred::DelayEpochs, plan.epochWord());
       command.ask(starred::DelaySeconds, plan.secondsWord());

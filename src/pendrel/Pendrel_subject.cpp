@@ -17,8 +17,7 @@ void Pendrel::subDecodeSubjectInfo() {
 }
 
 std::int32_t Pendrel::fncDateToLoggerSeconds(double date) {
-  constexpr std::int32_t TooEarly = 10103;
-  return loggerSecondsFromDate(date, Module, TooEarly);
+  return loggerSecondsFromDate(date, Module, FailureNumber::PendrelOutOfRange);
 }
 
 double Pendrel::fncLoggerSecondsToDate(std::int32_t seconds) { return dateFromUnixSeconds(seconds); }

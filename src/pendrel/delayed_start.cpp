@@ -7,6 +7,8 @@
 #include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr std::int32_t SecondsHeldBack = 10;
@@ -33,19 +35,19 @@ std::string DelayedStart::secondsWord() const {
 }
 
 Shortening shorteningFor(std::int32_t remainder) {
-  if (remainder > 0) refuse(10112, "Number of seconds/quarter minutes delay is out of bounds");
+  if (remainder > 0) refuse(DelayOutOfBounds, "Number of seconds/quarter minutes delay is out of bounds");
   return {-(remainder / QuarterMinute), -(remainder % QuarterMinute)};
 }
 
 DelayedStart planDelayedStart(double start, double now, std::int16_t epochLength) {
-  if (start < now) refuse(10111, "Start date and time have already passed");
+  if (start < now) refuse(StartPassed, "Start date and time have already passed");
   const std::int16_t perDay = epochsPerDay(epochLength);
   const std::int32_t seconds = roundToInt32((start - now) * SecondsPerDay - SecondsHeldBack);
 
   DelayedStart plan;
   plan.Epochs = roundToInt32(Class_Tools::fncTrueCeiling(static_cast<double>(seconds) / epochLength));
   if (plan.Epochs < 1 || plan.Epochs > MostEpochs)
-    refuse(10112, "Number of epochs to delay is out of bounds");
+    refuse(DelayOutOfBounds, "Number of epochs to delay is out of bounds");
   plan.Shortened = shorteningFor(seconds - plan.Epochs * epochLength);
   plan.ReleaseTime = start - static_cast<double>(plan.Epochs) / perDay +
                      plan.Shortened.QuarterMinutes / QuarterMinutesPerDay +
@@ -55,7 +57,7 @@ DelayedStart planDelayedStart(double start, double now, std::int16_t epochLength
 
 std::int32_t millisecondsToRelease(double releaseTime, double now) {
   const std::int64_t milliseconds = roundToInt64((releaseTime - now) * SecondsPerDay * 1000);
-  if (milliseconds < 0) refuse(10112, "Too much time elapsed, time to release port has passed.");
+  if (milliseconds < 0) refuse(DelayOutOfBounds, "Too much time elapsed, time to release port has passed.");
   return fault::narrow<std::int32_t>(milliseconds);
 }
 

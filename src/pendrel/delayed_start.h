@@ -23,15 +23,15 @@ struct DelayedStart {
   std::string secondsWord() const;
 };
 
-/// The delay of a start on the same clock as `now`; ten seconds are held back for the exchange. Raises 10111
-/// for a start in the past, 10112 for one too near or too far, fault 11 for an epoch of 0 seconds, fault 6
-/// for one that has more than 32767 to a day (below 3 seconds).
+/// The delay of a start on the same clock as `now`; ten seconds are held back for the exchange. Raises
+/// StartPassed for a start in the past, DelayOutOfBounds for one too near or too far, fault 11 for an epoch
+/// of 0 seconds, fault 6 for one that has more than 32767 to a day (below 3 seconds).
 DelayedStart planDelayedStart(double start, double now, std::int16_t epochLength);
 
-/// What takes `remainder` seconds, 0 or less, off a span. Raises 10112 above 0.
+/// What takes `remainder` seconds, 0 or less, off a span. Raises DelayOutOfBounds above 0.
 Shortening shorteningFor(std::int32_t remainder);
 
-/// Raises 10112 for a moment that has passed, fault 6 for one beyond 24 days.
+/// Raises DelayOutOfBounds for a moment that has passed, fault 6 for one beyond 24 days.
 std::int32_t millisecondsToRelease(double releaseTime, double now);
 
 }  // namespace hy_wristlog

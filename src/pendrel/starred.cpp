@@ -9,6 +9,8 @@
 #include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace starred {
 
 std::string hexWord(std::int32_t value) {
@@ -31,7 +33,7 @@ std::int32_t checksumOf(std::string_view text) {
 
 StarredProcedure::StarredProcedure(Form_Comm& link, const char* name)
     : procedure{Pendrel::Module, name}, link_{link}, name_{name} {
-  procedure.passesOn(3001, 3002, 3003);
+  procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters);
 }
 
 void StarredProcedure::type(const StarredCommand& command, std::string_view argument, bool carriageReturn) {

@@ -41,7 +41,9 @@ inline constexpr std::uint8_t ActivityMode = 255, StepsMode = 'G';  ///< and wha
 inline constexpr const char* WrongChecksum = "Error Verifying Communications Checksum";
 
 /// The logger did not hear, heard wrong, or did not answer.
-constexpr bool isLinkFailure(std::int32_t number) { return number >= 3001 && number <= 3003; }
+constexpr bool isLinkFailure(std::int32_t number) {
+  return number >= FailureNumber::NoCharacters && number <= FailureNumber::WrongCharacters;
+}
 
 /// The number of the failure with which the logger did not hear `step`, or heard it wrong; otherwise 0.
 template <class Step>
@@ -49,7 +51,8 @@ std::int32_t failureToSend(Step&& step) {
   try {
     step();
   } catch (const Failure& failure) {
-    if (failure.Number == 3001 || failure.Number == 3003) return failure.Number;
+    if (failure.Number == FailureNumber::NoCharacters || failure.Number == FailureNumber::WrongCharacters)
+      return failure.Number;
     throw;
   }
   return 0;
@@ -71,11 +74,12 @@ class StarredProcedure {
 
   Procedure procedure;
 
-  /// Types a command, character by character, each one's echo awaited. Raises 3001 and 3003.
+  /// Types a command, character by character, each one's echo awaited. Raises NoCharacters and
+  /// WrongCharacters.
   void send(const StarredCommand& command, std::string_view argument = {}, bool carriageReturn = false);
   /// The same in up to three tries, two seconds apart. The third failure keeps its number and gets `text`.
   void sendPatiently(const StarredCommand& command, const char* text);
-  /// Raises 3001 and 3002.
+  /// Raises NoCharacters and NoFinalCharacter.
   std::string readLine(char terminator = '\r');
   /// Sends a command and reads its answer. Gives the lines, one more of them for a checksum if wanted.
   std::vector<std::string> ask(const StarredCommand& command, std::string_view argument = {},

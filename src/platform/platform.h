@@ -60,11 +60,11 @@ struct LineErrors {
 };
 
 /// An open serial port; destruction closes it. No member blocks. When the device has gone (hang-up,
-/// unplugged) every member but the destructor raises Failure 8015.
+/// unplugged) every member but the destructor raises Failure PortStateFailure.
 class HY_WRISTLOG_API SerialPort {
  public:
   virtual ~SerialPort() = default;
-  /// Raises 8015 when the device refuses the settings.
+  /// Raises PortStateFailure when the device refuses the settings.
   virtual void configure(const LineSettings& settings) = 0;
   /// Takes up to `into.size()` received bytes and returns how many.
   virtual std::size_t read(std::span<std::uint8_t> into) = 0;
@@ -82,8 +82,8 @@ class HY_WRISTLOG_API SerialPort {
 class HY_WRISTLOG_API SerialPorts {
  public:
   virtual ~SerialPorts() = default;
-  /// Opens COM port `number`, both output lines low. Raises 8002 (no such port), 8005 (held by another
-  /// program, or no permission), 8015 (the port cannot be used).
+  /// Opens COM port `number`, both output lines low. Raises InvalidPort (no such port), PortNotAvailable
+  /// (held by another program, or no permission), PortStateFailure (the port cannot be used).
   virtual std::unique_ptr<SerialPort> open(std::int32_t number) = 0;
 };
 

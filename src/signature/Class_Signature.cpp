@@ -13,9 +13,6 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr std::int32_t NoUserName = 10402;
-constexpr std::int32_t NoDomainName = 10403;
-
 constexpr const char* UserNameProblem = "Unable to retrieve current user name (";
 constexpr const char* DomainNameProblem = "Unable to retrieve domain name (";
 constexpr const char* ComputerNameProblem = "Unable to retrieve current computer name (";
@@ -72,7 +69,7 @@ std::string Class_Signature::fncGetDomainController() {
 
 std::string Class_Signature::Get_LogonUserName() const {
   if (!logonUserName_.empty()) return logonUserName_;
-  return renumbered(NoUserName, "Get_LogonUserName", &fncGetCurrentUser);
+  return renumbered(FailureNumber::NoUserName, "Get_LogonUserName", &fncGetCurrentUser);
 }
 
 std::string Class_Signature::Get_LogonFullName() const {
@@ -81,7 +78,7 @@ std::string Class_Signature::Get_LogonFullName() const {
 
 std::string Class_Signature::Get_DomainName() const {
   if (!domainName_.empty()) return domainName_;
-  return renumbered(NoDomainName, "Get_DomainName", &fncGetCurrentDomain);
+  return renumbered(FailureNumber::NoDomainName, "Get_DomainName", &fncGetCurrentDomain);
 }
 
 std::string Class_Signature::Get_ComputerName() const {

@@ -38,13 +38,13 @@ class Class_Signature {
   const std::string& Get_Comments() const { return comments_; }
   void Let_Comments(std::string text) { comments_ = std::move(text); }
 
-  /// The name given, or fncGetCurrentUser. Raises 10402.
+  /// The name given, or fncGetCurrentUser. Raises NoUserName.
   std::string Get_LogonUserName() const;
   void Let_LogonUserName(std::string name) { logonUserName_ = std::move(name); }
   /// The name given, or fncGetFullName.
   std::string Get_LogonFullName() const;
   void Let_LogonFullName(std::string name) { logonFullName_ = std::move(name); }
-  /// The name given, or fncGetCurrentDomain. Raises 10403.
+  /// The name given, or fncGetCurrentDomain. Raises NoDomainName.
   std::string Get_DomainName() const;
   void Let_DomainName(std::string name) { domainName_ = std::move(name); }
   /// The name given, or fncGetCurrentComputer.

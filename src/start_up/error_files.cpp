@@ -15,6 +15,8 @@
 #include "tools/paths.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 struct OwnAction {
@@ -32,7 +34,7 @@ constexpr std::array<OwnAction, 12> OwnActions{{
     {70, errRaise, true, true, 10,
      "The file or database you are trying to access vbcrlf is locked or is in use by another program. vbcrlf "
      "Please close all other programs that may be vbcrlf using this file and retry this operation."},
-    {364, errResumeNext, false, false, 2, ""},
+    {ObjectUnloaded, errResumeNext, false, false, 2, ""},
     {75, errExit, true, true, 2,
      "The logged on user does not have write permissions to a file vbcrlf or folder needed by Somnaris. "
      "Please "
@@ -45,9 +47,9 @@ constexpr std::array<OwnAction, 12> OwnActions{{
      "until "
      "you have restored vbcrlf the connection. vbcrlf vbcrlf The software will now close. If this problem "
      "persists please vbcrlf contact Halcyra Product Support."},
-    {8021, errRaiseAll, false, false, 1, ""},
-    {8018, errRaiseAll, false, false, 1, ""},
-    {8015, errRaiseAll, false, false, 1, ""},
+    {ControlBlockFailure, errRaiseAll, false, false, 1, ""},
+    {ClosedWhileInUse, errRaiseAll, false, false, 1, ""},
+    {PortStateFailure, errRaiseAll, false, false, 1, ""},
     {-2147417848, errResume, false, true, 10, ""},
 }};
 

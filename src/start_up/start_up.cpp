@@ -12,15 +12,14 @@
 #include "tools/paths.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr std::int32_t DocumentsFolderCode = 5;
 constexpr std::int32_t UserDataFolderCode = 26;
 constexpr std::int32_t CommonDataFolderCode = 35;
-constexpr std::int32_t ObjectUnloaded = 364;
 constexpr std::int32_t ObjectNotSet = 91;
-constexpr std::int32_t NoUserName = 10402;
-constexpr std::int32_t NoDomainName = 10403;
 
 TrapAnswer trapStartUp(const Failure& failure) {
   switch (failure.Number) {

@@ -16,7 +16,6 @@ namespace {
 
 constexpr const char* Module = "Class_TimeZoneTools";
 constexpr std::string_view ZonesPath = "Software\\Microsoft\\Windows NT\\CurrentVersion\\Time Zones";
-constexpr std::int32_t NoZones = 9998;
 
 std::string_view lastName(std::string_view keyPath) {
   const auto separator = keyPath.rfind('\\');
@@ -55,7 +54,7 @@ bool Class_TimeZoneTools::fncPopulateTZICollection() {
     std::vector<TimeZoneRef> found;
     if (!fncEnumSubKeys(Class_Registry::LocalMachine, ZonesPath, found))
       throw Failure{
-          NoZones, "Class_TimeZoneTools.fncPopulateTZICollection",
+          FailureNumber::NoZones, "Class_TimeZoneTools.fncPopulateTZICollection",
           "Unable to locate Time Zones information in Registry under the key: \r\n" + std::string{ZonesPath}};
     std::vector<std::string> keys;
     keys.reserve(found.size());

@@ -26,7 +26,7 @@ class Class_TimeZoneTools {
   Class_TimeZoneInfo CurrentTZI;
 
   /// Reads the catalogue once, in the order of the zones' offsets, zones of one offset in the order of the
-  /// records. Raises 9998 when the system has no zones.
+  /// records. Raises NoZones when the system has no zones.
   bool fncPopulateTZICollection();
   /// The zones of the catalogue; the caller populates it first.
   const std::vector<TimeZoneRef>& Get_TimeZoneArray() const { return timeZones_; }
@@ -47,9 +47,9 @@ class Class_TimeZoneTools {
   /// Empty when the table does not have the key. Exact comparison, as in the two below.
   static std::string fncGetAbbrevFromKey(std::string_view key);
   static std::string fncGetKeyFromAbbrev(std::string_view abbreviation);
-  /// Null when no zone has the abbreviation. Raises 9998 as `fncPopulateTZICollection` does.
+  /// Null when no zone has the abbreviation. Raises NoZones as `fncPopulateTZICollection` does.
   TimeZoneRef fncGetTZIfromAbbrev(std::string_view abbreviation);
-  /// Raises 9998 as `fncPopulateTZICollection` does.
+  /// Raises NoZones as `fncPopulateTZICollection` does.
   LocalZone fncLocalTimeZoneName();
 
   /// UTC now, milliseconds dropped.

@@ -41,7 +41,7 @@ class Class_Tools {
   static std::int32_t fncConvertHexStringToLong(std::string& text);
   /// Two's complement, -128 to 127.
   static std::int16_t fncConvertSignedCharToInt(std::uint8_t byte);
-  /// Raises 11201 outside -128 to 127.
+  /// Raises NoSignedChar outside -128 to 127.
   static std::uint8_t fncConvertIntToSignedChar(std::int16_t value);
   /// The system's words for an error number; empty for an unknown one.
   static std::string fncGetErrorStringFromDLLerrorNum(std::int32_t number);

@@ -130,7 +130,8 @@ std::int16_t Class_Tools::fncConvertSignedCharToInt(std::uint8_t byte) {
 std::uint8_t Class_Tools::fncConvertIntToSignedChar(std::int16_t value) {
   if (value >= -128 && value <= 127) return static_cast<std::uint8_t>(value);
   return guarded("fncConvertIntToSignedChar", []() -> std::uint8_t {
-    throw Failure(11201, "Class_Tools.fncConvertIntToSignedChar", "Input value out of bounds");
+    throw Failure(FailureNumber::NoSignedChar, "Class_Tools.fncConvertIntToSignedChar",
+                  "Input value out of bounds");
   });
 }
 

@@ -19,7 +19,7 @@ class VardenLogger : public LoggerLink {
  public:
   VardenRecord record;
 
-  // The record: logger.cpp
+  // The record: VardenLogger.cpp
   std::unique_ptr<VardenLogger> fncCopyClass() const;
   void subErase();
   double Get_CurrentGMTtime() const;
@@ -40,7 +40,7 @@ class VardenLogger : public LoggerLink {
   bool fncIsValidFirmware() const;
   void subParseVersionInfo(std::string_view version);
 
-  // Config block and subject text: codec_procedures.cpp
+  // Config block and subject text: config/VardenLogger_config.cpp
   void subDecodeVardenLoggerConfig(const PacketArray& packets);
   PacketArray fncEncodeVardenLoggerConfig();
   void Let_ConfigPackets(const PacketArray& packets);
@@ -52,10 +52,11 @@ class VardenLogger : public LoggerLink {
   void Let_SubjectPacket(const PacketArray& packets);
   PacketArray Get_SubjectPacket();
 
-  // The shell: shell.cpp, value_commands.cpp, set_commands.cpp, transfer_commands.cpp. A command that is not
-  // heard raises 3001 or 3003, an answer that stays away 3001 or 3002, a value that fails its check three
-  // times 11507, a memory location that cannot be read 11510. A configuration raises 3011, 3013, 11504 and
-  // 11505 as well when it is read, 3008 to 3012 when it is sent.
+  // The shell: commands/VardenLogger_values.cpp, _settings.cpp, _transfers.cpp. A command that is not heard
+  // raises NoCharacters or WrongCharacters, an answer that stays away NoCharacters or NoFinalCharacter, a
+  // value that fails its check three times DamagedAnswer, a memory location that cannot be read
+  // MemoryReadFailure. A configuration raises RetriesExceeded, NoPacket, UnknownStructure and DamagedConfig
+  // as well when it is read, NoInitiation to NoEndAcknowledgement when it is sent.
   /// False, without a failure, when no logger answers.
   bool fncGetVardenPrompt();
   /// Whether the four digits behind the first "#" are the CRC-16/XMODEM of all before it, and not 0000. The
@@ -82,7 +83,8 @@ class VardenLogger : public LoggerLink {
   static bool fncIsVardenFromDeviceName(std::string_view name);
   std::string fncTimeStamp(std::int32_t index, std::optional<std::int32_t> EpochLength = {}) const;
 
-  // Docks and ports: docks.cpp. A port that cannot be opened raises 11508, a port number below 1 11509.
+  // Docks and ports: commands/VardenLogger_docks.cpp. A port that cannot be opened raises DockPortFailure, a
+  // port number below 1 InvalidDockPort.
   std::int16_t fncTolkaDockCOMport(std::int16_t& NumConnected);
   std::int16_t fncQuillanderDockCOMport(std::int16_t& NumConnected);
   bool fncTolkaLoggerConnected(bool KeepPortOpen, bool LongDSRwait);
@@ -94,12 +96,12 @@ class VardenLogger : public LoggerLink {
   void subCloseQuillanderPort();
   void subCloseDevicePort();
 
-  // The recording: decode_procedures.cpp
+  // The recording: decode/VardenLogger_decode.cpp
   void subSetRawDataFromPackets(const PacketArray& packets);
   enmDecodeResult fncDecodeDataArrays(bool& LowBatteryDetected, const std::optional<ByteArray>& RawBytes,
                                       bool DiagnosticDecode);
 
-  // Files for engineers: data_files_*.cpp. A file is replaced whole; it is left as it was, with a message
+  // Files for engineers: files/. A file is replaced whole; it is left as it was, with a message
   // box, when there are no raw data, and after a failure: 53 to 76 when the system refuses, and each one's
   // own. A failed report leaves what was composed so far where no file stood. 75 is passed on: the library's
   // usual answer to it is to leave quietly, as if the file had been written.
@@ -110,16 +112,17 @@ class VardenLogger : public LoggerLink {
   /// a file without the heading. Raises 13, 6 and 9 as `readRawDump`, 53 to 76 when there is no reading it.
   void subReadRawDataFromFile(std::string_view path);
   /// Decodes diagnostically, tells the result and a low battery in message boxes, and writes a row an epoch
-  /// and the events. Raises what decoding raises; 11502 and 11503 for a device or mode without columns.
+  /// and the events. Raises what decoding raises; WrongDeviceType and OutOfRange for a device or mode without
+  /// columns.
   void subSaveDecodedDataToFile(std::string_view path);
   /// A Kestrin 2's light test: a row a second from the start that the stream tells, which becomes
-  /// StartTimeGMT. Raises 11506 for a stream that does not begin with an acquisition start.
+  /// StartTimeGMT. Raises NoLightTest for a stream that does not begin with an acquisition start.
   void subSaveDecodedTolkaTestDataToFile(std::string_view path);
-  /// Activity alone, kind KRD, from the last acquisition start, which becomes StartTimeGMT. Raises 11503
+  /// Activity alone, kind KRD, from the last acquisition start, which becomes StartTimeGMT. Raises OutOfRange
   /// without an activity calibration, and when BytesUsed is 0.
   void subSaveActivityOnlyKRD(std::string_view path);
 
-  // The configuration as text: config_text.cpp
+  // The configuration as text: config/config_text.cpp
 
   /// Every value under its label, and the block as it was read. Other lines of the file stay. Raises 5 for a
   /// text with line breaks and dates outside the years 100 to 9999, and 53 to 76.
@@ -134,9 +137,11 @@ class VardenLogger : public LoggerLink {
   /// A line a value: label, separator, value, CR LF; enumerations in words.
   std::string fncConfigToString(std::string_view separator);
 
-  // Battery and capacity: battery.cpp
+  // Time: logger_seconds.cpp
   static double fncLoggerSecondsToDate(std::int32_t seconds);
   static std::int32_t fncDateToLoggerSeconds(double date);
+
+  // Battery and capacity: battery.cpp
   float fncGetBatteryPercent(float voltage, float loadedVoltage) const;
   float fncGetBatteryLife(float voltage, float loadedVoltage, float& percent) const;
   float Get_BattLifeRemaining();

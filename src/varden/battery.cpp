@@ -8,7 +8,6 @@
 #include "base/formats.h"
 #include "base/numbers.h"
 #include "errors/Procedure.h"
-#include "tools/logger_seconds.h"
 #include "varden/VardenLogger.h"
 #include "varden/decode/sample_decoder.h"
 
@@ -26,13 +25,6 @@ std::int32_t bytesPerEpoch(const VardenRecord& record) {
 }
 
 }  // namespace
-
-double loggerSecondsToDate(std::int32_t seconds) { return dateFromUnixSeconds(seconds); }
-
-std::int32_t dateToLoggerSeconds(double date) {
-  constexpr std::int32_t TooEarly = 11503;
-  return loggerSecondsFromDate(date, Module, TooEarly);
-}
 
 float vividBatteryPercent(float voltage, float loadedVoltage) {
   const float x = (voltage - loadedVoltage) * 1.6667f;
@@ -57,15 +49,12 @@ double maxRecordingDays(const VardenRecord& record, bool fromPresentFill) {
   return bytes / epochsPerDay / perEpoch;
 }
 
-double VardenLogger::fncLoggerSecondsToDate(std::int32_t seconds) { return loggerSecondsToDate(seconds); }
-
-std::int32_t VardenLogger::fncDateToLoggerSeconds(double date) { return dateToLoggerSeconds(date); }
-
 float VardenLogger::fncGetBatteryPercent(float voltage, float loadedVoltage) const {
   Procedure procedure{Module, "fncGetBatteryPercent"};
   return procedure.run([&] {
     if (record.DeviceType != KR_QUILLANDER)
-      throw Failure(11502, "Class_VardenLogger.fncGetBatteryPercent", "Invalid Logger Type");
+      throw Failure(FailureNumber::WrongDeviceType, "Class_VardenLogger.fncGetBatteryPercent",
+                    "Invalid Logger Type");
     return vividBatteryPercent(voltage, loadedVoltage);
   });
 }
@@ -78,7 +67,8 @@ float VardenLogger::fncGetBatteryLife(float voltage, float loadedVoltage, float&
       return percent * 365.0f / 100.0f;
     }
     if (record.DeviceType != KR_TOLKA)
-      throw Failure(11502, "Class_VardenLogger.fncGetBatteryLife", "Invalid Logger Type");
+      throw Failure(FailureNumber::WrongDeviceType, "Class_VardenLogger.fncGetBatteryLife",
+                    "Invalid Logger Type");
     const bool charged = voltage >= TolkaChargedVoltage;
     percent = charged ? 100.0f : 0.0f;
     return charged ? static_cast<float>(Get_MaxBatteryLife()) : 0.0f;

@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <array>
 #include <utility>
 
 #include "errors/GlobalState.h"
@@ -9,13 +7,6 @@
 #include "workflows/main_state.h"
 
 namespace hy_wristlog {
-namespace {
-
-constexpr DockedModel KestrinVivid{KR_QUILLANDER, "Kestrin Vivid", VardenMode_ActivityAndSpecialLight};
-constexpr DockedModel Kestrin2{KR_TOLKA, "Kestrin 2", VardenMode_ActivityAndStandardLight};
-
-}  // namespace
-
 void MainState::follow(std::shared_ptr<LoggerEvents> follower) {
   ActiveLogger->unsubscribe(Follower);
   Follower = std::move(follower);
@@ -27,35 +18,6 @@ void MainState::makeActiveLogger() {
   ActiveLogger = std::make_shared<Class_VardenLogger>();
   ActiveLogger->subscribe(Follower);
   platform::current().host().workflowStarted(ActiveLogger);
-}
-
-std::int16_t DockedModel::findDock(VardenLogger& logger, std::int16_t& numConnected) const {
-  return DeviceType == KR_QUILLANDER ? logger.fncQuillanderDockCOMport(numConnected)
-                                     : logger.fncTolkaDockCOMport(numConnected);
-}
-
-bool DockedModel::connect(VardenLogger& logger) const {
-  return DeviceType == KR_QUILLANDER ? logger.fncQuillanderLoggerConnected(true)
-                                     : logger.fncTolkaLoggerConnected(true, false);
-}
-
-const DockedModel* dockedModel(enmLoggerPointer loggerType) {
-  if (loggerType == LggrPntr_KRVivid) return &KestrinVivid;
-  if (loggerType == LggrPntr_KRII) return &Kestrin2;
-  return nullptr;
-}
-
-bool hasFactoryValues(const VardenRecord& record, const DockedModel& model) {
-  const bool light = model.DeviceType == KR_QUILLANDER
-                         ? record.RedLightCalibration != 0 && record.GreenLightCalibration != 0 &&
-                               record.BlueLightCalibration != 0
-                         : record.LightScaleCalibration != 0;
-  return light && record.ActivityCalibration > 0 && record.DeviceType == model.DeviceType;
-}
-
-bool isValidEpochLength(std::int32_t seconds) {
-  constexpr std::array Valid{15, 30, 60, 120, 300};
-  return std::find(Valid.begin(), Valid.end(), seconds) != Valid.end();
 }
 
 Class_Main::Class_Main() {

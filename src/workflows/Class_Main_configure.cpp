@@ -10,9 +10,10 @@
 #include "tools/Class_Tools.h"
 #include "workflows/attempts.h"
 #include "workflows/configure_times.h"
-#include "workflows/return_codes.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr std::int64_t ClockTolerance = 15;  // seconds
@@ -61,8 +62,10 @@ class ConfigureWorkflow {
         subject_(subject),
         model_(dockedModel(request.LoggerType)),
         attempts_(state,
-                  {3001, 3002, 3003, 3008, 3009, 3010, 3011, 3012, 3013, 8015, 8018, 8021, 10012, 11505,
-                   11507, 11508},
+                  {NoCharacters, NoFinalCharacter, WrongCharacters, NoInitiation, TransmitTooSlow,
+                   NoAcknowledgement, RetriesExceeded, NoEndAcknowledgement, NoPacket, PortStateFailure,
+                   ClosedWhileInUse, ControlBlockFailure, ReturnCode::VerificationFailed, DamagedConfig,
+                   DamagedAnswer, DockPortFailure},
                   Attempts::NoCode) {}
 
   std::int32_t run(float* batteryLife, std::string* serialNumber) {

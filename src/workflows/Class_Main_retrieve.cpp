@@ -5,11 +5,14 @@
 
 #include "base/dates.h"
 #include "base/faults.h"
+#include "base/numbers.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "workflows/attempts.h"
-#include "workflows/return_codes.h"
+#include "workflows/configure_times.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr std::int16_t LowVividPercent = 10;
@@ -29,8 +32,11 @@ class RetrieveWorkflow {
         model_(dockedModel(loggerType)),
         subject_(subject),
         ignoreWarnings_(ignoreWarnings),
-        attempts_(state, {3001, 3002, 3003, 3011, 3013, 8015, 8018, 8021, 11505, 11507, 11508},
-                  ReturnCode::Aborted) {}
+        attempts_(
+            state,
+            {NoCharacters, NoFinalCharacter, WrongCharacters, RetriesExceeded, NoPacket, PortStateFailure,
+             ClosedWhileInUse, ControlBlockFailure, DamagedConfig, DamagedAnswer, DockPortFailure},
+            ReturnCode::Aborted) {}
 
   bool lowBattery = false;
   std::optional<enmDecodeResult> decodeResult;

@@ -4,13 +4,16 @@
 #include "base/dates.h"
 #include "base/faults.h"
 #include "base/formats.h"
+#include "base/numbers.h"
 #include "errors/GlobalState.h"
 #include "errors/Procedure.h"
 #include "platform/platform.h"
+#include "workflows/docked_model.h"
 #include "workflows/main_state.h"
-#include "workflows/return_codes.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr std::int16_t HighestPort = 64;
@@ -152,9 +155,11 @@ class Inquiry final : private platform::EventSource {
 
   TrapAnswer trap(const Failure& failure) {
     if (state_.AbortFlag) return TrapAnswer::Leave;
-    if (isOneOf(failure.Number, {3001, 3002, 3003, 3011, 3013, 11504, 11505, 11507}))
+    if (isOneOf(failure.Number, {NoCharacters, NoFinalCharacter, WrongCharacters, RetriesExceeded, NoPacket,
+                                 UnknownStructure, DamagedConfig, DamagedAnswer}))
       readFailed_ = true;
-    else if (isOneOf(failure.Number, {8015, 8018, 8021, 11508}))
+    else if (isOneOf(failure.Number,
+                     {PortStateFailure, ClosedWhileInUse, ControlBlockFailure, DockPortFailure}))
       portProblem_ = true;
     else
       return TrapAnswer::Dispatch;

@@ -4,14 +4,9 @@
 #include <utility>
 
 #include "errors/GlobalState.h"
-#include "workflows/return_codes.h"
 
 namespace hy_wristlog {
-namespace {
-
-constexpr std::int32_t UnknownStructureFailure = 11504;
-
-}  // namespace
+namespace {}  // namespace
 
 Attempts::Attempts(MainState& state, std::vector<std::int32_t> retrySet, std::int32_t abortCode)
     : state_(state), retrySet_(std::move(retrySet)), abortCode_(abortCode) {
@@ -72,7 +67,7 @@ TrapAnswer Attempts::trap(const Failure& failure) {
     commFailed_ = true;
     return TrapAnswer::GoOn;
   }
-  if (failure.Number == UnknownStructureFailure) {
+  if (failure.Number == FailureNumber::UnknownStructure) {
     globals().emptyErrorStack();
     portFailed_ = true;
     return TrapAnswer::GoOn;

@@ -7,6 +7,7 @@
 #include "errors/Procedure.h"
 #include "hy_wristlog/Class_Main.h"
 #include "platform/platform.h"
+#include "workflows/docked_model.h"
 #include "workflows/main_state.h"
 
 namespace hy_wristlog {

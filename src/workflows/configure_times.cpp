@@ -1,11 +1,13 @@
 #include "workflows/configure_times.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "base/dates.h"
+#include "hy_wristlog/failure_numbers.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "workflows/main_state.h"
-#include "workflows/return_codes.h"
 
 namespace hy_wristlog {
 namespace {
@@ -87,6 +89,11 @@ std::int32_t fitRecordingTimes(const TimeRequest& request, RecordingTimes& times
   if (endsEarly) times.EndUtc = earliestEnd;
   if (endsLate) times.EndUtc = latestEnd;
   return ReturnCode::Success;
+}
+
+bool isValidEpochLength(std::int32_t seconds) {
+  constexpr std::array Valid{15, 30, 60, 120, 300};
+  return std::find(Valid.begin(), Valid.end(), seconds) != Valid.end();
 }
 
 }  // namespace hy_wristlog

@@ -30,6 +30,9 @@ inline constexpr double NeverDate = 50424.13480324074;
 /// was given and moved to the limit otherwise; for epochs of up to 120 seconds the end "never" lies outside.
 std::int32_t fitRecordingTimes(const TimeRequest& request, RecordingTimes& times);
 
+/// Whether the workflows of the Varden family know the epoch.
+bool isValidEpochLength(std::int32_t seconds);
+
 /// The next full minute, or the next but one when the date has seconds.
 double nextMinute(double date);
 

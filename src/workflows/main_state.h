@@ -20,9 +20,9 @@ struct MainState {
   bool AbortFlag = false;
   std::int16_t LegacyCOMport = 0;
   bool LegacyClearMemoryOnConfigure = true;
-  std::int16_t LegacyProgressPercent = 0;
-  std::int32_t LegacyBytesRead = 0;  ///< of the memory, by the last retrieval
-  bool LegacySetupTouched = false;   ///< the last ConfigureLegacy began to change the logger
+  std::int16_t PendrelProgressPercent = 0;
+  std::int32_t PendrelBytesRead = 0;  ///< of the memory, by the last retrieval
+  bool PendrelSetupTouched = false;   ///< the last ConfigureLegacy began to change the logger
   std::int16_t MaxCommunicationRetries = 1;
   bool AtWork = false;  ///< inside Configure, GetStatus or Retrieve
 
@@ -48,26 +48,5 @@ class WorkMark {
   MainState& state_;
   bool mayBegin_;
 };
-
-/// A docked model as the workflows see it.
-struct DockedModel {
-  enmDeviceType DeviceType;
-  const char* Words;
-  enmVardenLoggingMode HighestMode;
-
-  std::int16_t findDock(VardenLogger& logger, std::int16_t& numConnected) const;
-  bool connect(VardenLogger& logger) const;
-};
-
-/// Null for what the workflows do not serve.
-const DockedModel* dockedModel(enmLoggerPointer loggerType);
-
-/// The calibrations that the factory writes are there, and the device type is the model's.
-bool hasFactoryValues(const VardenRecord& record, const DockedModel& model);
-
-bool isValidEpochLength(std::int32_t seconds);
-
-/// In whole seconds, since dates that were reckoned on different ways differ in their last digits.
-inline bool isBefore(double a, double b) { return secondsBetween(a, b) > 0; }
 
 }  // namespace hy_wristlog

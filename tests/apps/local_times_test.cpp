@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "base/dates.h"
-#include "engineering/recording.h"
+#include "engineering/dates.h"
+#include "engineering/zones.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "varden/VardenLogger.h"
 

@@ -114,7 +114,7 @@ TEST(Legacy, EachCommandSaysWhatCameOfIt) {
 }
 
 TEST(Legacy, StatusNamesWhatIsUnknownAsSuch) {
-  hy_wristlog::LegacyDetails details;
+  hy_wristlog::PendrelDetails details;
   details.MemorySizeKB = -1;
   hy_wristlog::Class_Pendrel logger;
   for (const auto unknown :

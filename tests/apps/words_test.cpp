@@ -21,7 +21,7 @@ std::string told(const std::vector<std::string>& arguments) {
   addWorkflowCommands(cli);
   addFileCommands(cli);
   addPlotCommand(cli);
-  addLegacyCommands(cli);
+  addPendrelCommands(cli);
   std::vector<std::string> words = arguments;
   words.insert(words.begin(), "wristlog");
   std::vector<char*> pointers;

@@ -1,4 +1,5 @@
 #include "varden/battery.h"
+#include "varden/logger_seconds.h"
 
 #include <algorithm>
 #include <limits>
@@ -17,7 +18,7 @@ TEST_F(BatteryTest, SecondsReachFromLimitToLimit) {
   EXPECT_EQ(dateToLoggerSeconds(25569 + 1 / 256.0), 338);
   EXPECT_EQ(dateToLoggerSeconds(25569 + 3 / 256.0), 1012);
   for (const std::int32_t seconds : {0, 1, -1, 1718452800, Last, First})
-    EXPECT_EQ(dateToLoggerSeconds(loggerSecondsToDate(seconds)), seconds);
+    EXPECT_EQ(dateToLoggerSeconds(dateFromUnixSeconds(seconds)), seconds);
   EXPECT_EQ(raisedBy([] { dateToLoggerSeconds(713.865185); }, true),
             "11503 Class_VardenLogger.fncDateToLoggerSeconds: Date is before 12/13/1901 8:45:52 PM");
   EXPECT_EQ(raisedBy([] { dateToLoggerSeconds(50424.2); }), "6 Overflow");

@@ -6,10 +6,10 @@
 namespace hy_wristlog {
 namespace {
 
-using namespace legacy_desk;
+using namespace pendrel_desk;
 using Faults = simulator::PendrelFaults;
 
-TEST(LegacyConfigure, SetsUpEachModelAndItRecordsWhatWasAskedFor) {
+TEST(PendrelConfigure, SetsUpEachModelAndItRecordsWhatWasAskedFor) {
   const struct {
     PendrelModel Model;
     std::int32_t Mode, Epoch;
@@ -58,7 +58,7 @@ TEST(LegacyConfigure, SetsUpEachModelAndItRecordsWhatWasAskedFor) {
   }
 }
 
-TEST(LegacyConfigure, FillsInWhatTheSubjectLacksAndKeepsTheMemoryWhenTold) {
+TEST(PendrelConfigure, FillsInWhatTheSubjectLacksAndKeepsTheMemoryWhenTold) {
   Desk desk(PendrelModel::Steps);
   desk.record(1h);
   desk.logger().forgetCommands();
@@ -73,7 +73,7 @@ TEST(LegacyConfigure, FillsInWhatTheSubjectLacksAndKeepsTheMemoryWhenTold) {
 }
 
 /// A start is given in the local time of the recording's zone, and cut to its minute.
-TEST(LegacyConfigure, HoldsTheStartWithinItsLimits) {
+TEST(PendrelConfigure, HoldsTheStartWithinItsLimits) {
   constexpr std::int32_t Day = 86400;
   const struct {
     std::int32_t In, Epoch, Code;
@@ -96,7 +96,7 @@ TEST(LegacyConfigure, HoldsTheStartWithinItsLimits) {
 }
 
 /// The year is told in two digits, and 30 means 1930.
-TEST(LegacyConfigure, AYearThatTwoDigitsCannotSayIsRefusedBeforeAnythingIsLost) {
+TEST(PendrelConfigure, AYearThatTwoDigitsCannotSayIsRefusedBeforeAnythingIsLost) {
   constexpr std::int32_t TwelveHours = 12 * 3600;
   const std::tuple<int, std::int32_t, std::int32_t> cases[] = {
       {2029, 0, 0}, {2029, TwelveHours, 0}, {2029, 2 * TwelveHours, 10018}, {2030, 0, 10018}};
@@ -110,7 +110,7 @@ TEST(LegacyConfigure, AYearThatTwoDigitsCannotSayIsRefusedBeforeAnythingIsLost) 
   }
 }
 
-TEST(LegacyConfigure, AWinterStartAskedForInSummerKeepsItsOwnOffset) {
+TEST(PendrelConfigure, AWinterStartAskedForInSummerKeepsItsOwnOffset) {
   auto options = optionsOf(PendrelModel::Checksums);
   options.World.Begins = std::chrono::sys_days{std::chrono::year{2026} / 10 / 30} + 14h;
   Desk desk(options);
@@ -121,7 +121,7 @@ TEST(LegacyConfigure, AWinterStartAskedForInSummerKeepsItsOwnOffset) {
   EXPECT_EQ(desk.logger().parts().Texts.StartTime, "0900");
 }
 
-TEST(LegacyConfigure, EveryStateHasItsCode) {
+TEST(PendrelConfigure, EveryStateHasItsCode) {
   const struct {
     const char* What;
     PendrelModel Model;
@@ -172,7 +172,7 @@ TEST(LegacyConfigure, EveryStateHasItsCode) {
 }
 
 /// A former failure does not hide behind this command's first one.
-TEST(LegacyConfigure, APortThatDidNotOpenIsToldAgain) {
+TEST(PendrelConfigure, APortThatDidNotOpenIsToldAgain) {
   Desk desk(PendrelModel::Plain);
   for (const auto& [held, code] : {std::pair{true, 10008}, {true, 10008}, {false, 0}}) {
     desk.bench.Dock->Faults.Held = held;
@@ -181,7 +181,7 @@ TEST(LegacyConfigure, APortThatDidNotOpenIsToldAgain) {
 }
 
 /// The port is lost between two of the workflow's openings: at the read-back, and at the start.
-TEST(LegacyConfigure, APortThatDoesNotOpenAgainIsToldAsSuch) {
+TEST(PendrelConfigure, APortThatDoesNotOpenAgainIsToldAsSuch) {
   for (const std::int32_t opening : {2, 4}) {
     Desk desk(PendrelModel::Plain);
     // Each opening tries the port once before.

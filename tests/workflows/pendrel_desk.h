@@ -13,7 +13,7 @@
 #include "support/surroundings.h"
 #include "workflows/pendrel/PendrelWorkflows.h"
 
-namespace hy_wristlog::legacy_desk {
+namespace hy_wristlog::pendrel_desk {
 
 using namespace std::chrono_literals;
 using simulator::always;
@@ -102,7 +102,7 @@ class Desk {
 
  public:
   std::unique_ptr<Class_Main> main;
-  LegacyWorkflows workflows;
+  PendrelWorkflows workflows;
   std::shared_ptr<AbortingHost> host = std::make_shared<AbortingHost>();
   Class_Subject subject;
   std::int32_t start = 0;
@@ -141,4 +141,4 @@ inline const std::set<std::int32_t> Told{0,     5,     6,     11,    13,    3001
                                          10008, 10009, 10010, 10011, 10012, 10013, 10014, 10016,
                                          10017, 10019, 10101, 10107, 10108, 10111, 10112, 10113};
 
-}  // namespace hy_wristlog::legacy_desk
+}  // namespace hy_wristlog::pendrel_desk

@@ -1,18 +1,18 @@
 #include <gtest/gtest.h>
 
 #include "base/formats.h"
+#include "base/numbers.h"
 #include "workflows/pendrel_desk.h"
-#include "workflows/return_codes.h"
 
 namespace hy_wristlog {
 namespace {
 
-using namespace legacy_desk;
+using namespace pendrel_desk;
 using Faults = simulator::PendrelFaults;
 
 constexpr std::int16_t LastPort = 64;
 
-TEST(LegacyPort, IsSearchedPastEverythingElseAndRemembered) {
+TEST(PendrelPort, IsSearchedPastEverythingElseAndRemembered) {
   auto options = optionsOf(PendrelModel::Checksums);
   options.Dock.ComPort = LastPort;
   Desk desk(options);
@@ -46,7 +46,7 @@ TEST(LegacyPort, IsSearchedPastEverythingElseAndRemembered) {
   EXPECT_EQ(desk.configure(1, 30, "EST", true), 10002);
 }
 
-TEST(LegacyPort, IsNotFoundWithoutALogger) {
+TEST(PendrelPort, IsNotFoundWithoutALogger) {
   Desk desk(PendrelModel::Plain);
   NoLogger(desk);
   std::int16_t port = 7, lastTried = 0;
@@ -62,7 +62,7 @@ TEST(LegacyPort, IsNotFoundWithoutALogger) {
   EXPECT_EQ(desk.workflows.SearchAndSetLegacyCOMport(port, text), 10003);
 }
 
-TEST(LegacyPort, SettingsThatHoldNoPortAreRefused) {
+TEST(PendrelPort, SettingsThatHoldNoPortAreRefused) {
   const std::tuple<Arrange, std::int32_t, std::int16_t> cases[] = {
       {settings("[Communications]\nCOMport= 12 \n"), 0, 12},
       {settings("[communications]\r\ncomport=\"33\"\r\n"), 0, 33},
@@ -82,7 +82,7 @@ TEST(LegacyPort, SettingsThatHoldNoPortAreRefused) {
   }
 }
 
-TEST(LegacyBattery, TakesADateThatThereIs) {
+TEST(PendrelBattery, TakesADateThatThereIs) {
   const Arrange noMonth = [](Desk& desk) { desk.logger().parts().Texts.BatteryDate = "02xx26"; };
   const std::tuple<std::int32_t, std::vector<std::string>, Arrange> cases[] = {
       {0, {"280226", "290224", "310199"}, noMonth},
@@ -103,26 +103,26 @@ TEST(LegacyBattery, TakesADateThatThereIs) {
     }
 }
 
-TEST(LegacyStatus, ReadsTheSetupAndChangesNothing) {
+TEST(PendrelStatus, ReadsTheSetupAndChangesNothing) {
   Desk desk(PendrelModel::Steps);
   desk.record(1h);
   desk.logger().forgetCommands();
-  EXPECT_EQ(desk.workflows.ReadLegacySetup(false), 0);
+  EXPECT_EQ(desk.workflows.ReadPendrelSetup(false), 0);
   EXPECT_EQ(desk.heard(), "CO");
   EXPECT_TRUE(desk.logger().recording());
-  const LegacyDetails details = desk.workflows.Details();
+  const PendrelDetails details = desk.workflows.Details();
   EXPECT_EQ(details.DeviceText, "Pendrel Steps");
   EXPECT_EQ(details.MemorySizeKB, 64);
   EXPECT_NE(details.SetupText.find("Subject 17"), std::string::npos);
   NoLogger(desk);
-  EXPECT_EQ(desk.workflows.ReadLegacySetup(false), 3001);
+  EXPECT_EQ(desk.workflows.ReadPendrelSetup(false), 3001);
 }
 
 using Work = std::function<std::int32_t(Desk&)>;
 const Work Configuring = [](Desk&desk) { return desk.configure(); },
            Retrieving = [](Desk&desk) { return desk.retrieve(); };
 
-TEST(LegacyWorkflow, AnAbortEndsItAtTheNextStepWhereverItComes) {
+TEST(PendrelWorkflow, AnAbortEndsItAtTheNextStepWhereverItComes) {
   for (const auto& [work, worn, last] : {std::tuple{Configuring, 0h, 99}, {Retrieving, 80h, 80}}) {
     Desk whole(PendrelModel::Steps);
     whole.record(worn);
@@ -146,7 +146,7 @@ TEST(LegacyWorkflow, AnAbortEndsItAtTheNextStepWhereverItComes) {
   }
 }
 
-TEST(LegacyWorkflow, WhateverTheLineDoesItEndsWithACodeThatIsTold) {
+TEST(PendrelWorkflow, WhateverTheLineDoesItEndsWithACodeThatIsTold) {
   for (const PendrelModel model : Models)
     for (const auto& [work, worn] : {std::pair{Configuring, 0h}, {Retrieving, 20h}}) {
       Desk whole(model);
@@ -179,7 +179,7 @@ std::string krc(Desk& desk, const std::string& name = "out.krc") {
   return text;
 }
 
-TEST(LegacyKrcFile, HoldsOneValueALine) {
+TEST(PendrelKrcFile, HoldsOneValueALine) {
   Desk desk(PendrelModel::Steps);
   PendrelRecord& record = desk.workflows.LegacyLogger()->inside().record;
   record.SubjectInfo = "J\xFCrgen" + std::string(58, '.');
@@ -227,7 +227,7 @@ TEST(LegacyKrcFile, HoldsOneValueALine) {
   EXPECT_TRUE(has(changed([](auto& r) { r.SerialNumber = "C901234"; }), "0\n123456 M\n7"));
 }
 
-TEST(LegacyKrcFile, IsWrittenWholeOrNotAtAll) {
+TEST(PendrelKrcFile, IsWrittenWholeOrNotAtAll) {
   Desk desk(PendrelModel::Plain);
   desk.record(1h);
   ASSERT_EQ(desk.retrieve(), 0);

@@ -8,10 +8,10 @@
 namespace hy_wristlog {
 namespace {
 
-using namespace legacy_desk;
+using namespace pendrel_desk;
 using Faults = simulator::PendrelFaults;
 
-TEST(LegacyRetrieve, BringsWhatEachModelRecorded) {
+TEST(PendrelRetrieve, BringsWhatEachModelRecorded) {
   for (const PendrelModel model : Models) {
     SCOPED_TRACE(static_cast<int>(model));
     Desk desk(model);
@@ -40,7 +40,7 @@ TEST(LegacyRetrieve, BringsWhatEachModelRecorded) {
   }
 }
 
-TEST(LegacyRetrieve, AnEmptyLoggerGivesItsOneSample) {
+TEST(PendrelRetrieve, AnEmptyLoggerGivesItsOneSample) {
   Desk desk(PendrelModel::Checksums);
   desk.logger().setUp(ordinaryPendrelSetup(*desk.bench.World, 30));
   ASSERT_EQ(desk.retrieve(), 0);
@@ -49,7 +49,7 @@ TEST(LegacyRetrieve, AnEmptyLoggerGivesItsOneSample) {
 }
 
 /// `Repaired` looks at what was put in the place of the gap.
-TEST(LegacyRetrieve, RefusesGapsInTheSetupOrRepairsThem) {
+TEST(PendrelRetrieve, RefusesGapsInTheSetupOrRepairsThem) {
   const std::string blank(64, ' ');
   const auto subject = [](const std::string& at28) {
     return "Subject 17             AB F" + at28 + "ASNFZ4mrze8BI0VniavN73hY/tQGlQLT2";
@@ -97,7 +97,7 @@ TEST(LegacyRetrieve, RefusesGapsInTheSetupOrRepairsThem) {
 }
 
 /// Of the zones with the offset at the start the first of the catalogue gives its name.
-TEST(LegacyRetrieve, NamesAnUnknownZoneByItsOffset) {
+TEST(PendrelRetrieve, NamesAnUnknownZoneByItsOffset) {
   const struct {
     std::int16_t Minutes;
     bool Daylight;
@@ -124,7 +124,7 @@ TEST(LegacyRetrieve, NamesAnUnknownZoneByItsOffset) {
   }
 }
 
-TEST(LegacyRetrieve, EveryStateHasItsCode) {
+TEST(PendrelRetrieve, EveryStateHasItsCode) {
   const auto memory = [](std::size_t address, std::uint8_t value) {
     return [=](Desk& desk) { desk.logger().memory().write(address, value); };
   };
@@ -157,7 +157,7 @@ TEST(LegacyRetrieve, EveryStateHasItsCode) {
   }
 }
 
-TEST(LegacyRetrieve, AsksAgainForABlockThatThePortHasLostDataOfButNotForever) {
+TEST(PendrelRetrieve, AsksAgainForABlockThatThePortHasLostDataOfButNotForever) {
   for (const std::int32_t losses : {1, 4, 5}) {
     SCOPED_TRACE(losses);
     Desk desk(PendrelModel::Checksums);

@@ -1,11 +1,11 @@
 #include "engineering/saved_recording.h"
+#include "engineering/files.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
 
-#include "engineering/recording.h"
 #include "workflows/workbench.h"
 
 namespace hy_wristlog::workbench {

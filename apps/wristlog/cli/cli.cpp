@@ -1,8 +1,10 @@
 #include "cli/cli.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <exception>
 #include <new>
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -10,31 +12,32 @@
 
 #include "cli/cli_checks.h"
 #include "errors/Procedure.h"
+#include "hy_wristlog/Class_Main.h"
 #include "platform/platform.h"
 #include "recording/json_output.h"
 #include "session/process.h"
 #include "words/meanings.h"
 #include "words/safe_text.h"
+#include "words/say.h"
 
 namespace wristlog {
-namespace {
+namespace {}  // namespace
 
-constexpr std::int32_t InvalidCall = 5, OutOfMemory = 7, PathFileAccess = 75;
-
-}  // namespace
-
-CommandLine::CommandLine() : app_("Talks to wrist-worn activity loggers in their docks", "wristlog") {
-  app_.require_subcommand(1);
-  app_.set_version_flag(
+CommandLine::CommandLine()
+    : app_(std::make_unique<CLI::App>("Talks to wrist-worn activity loggers in their docks", "wristlog")) {
+  app_->require_subcommand(1);
+  app_->set_version_flag(
       "--version", [] { return "wristlog " + hy_wristlog::Class_Main().Get_Version(); }, "Show the version");
-  app_.failure_message([](const CLI::App* app, const CLI::Error& error) {
+  app_->failure_message([](const CLI::App* app, const CLI::Error& error) {
     const std::string words = error.what();
     return safeLine(words) + CLI::FailureMessage::simple(app, error).substr(words.size());
   });
-  app_.footer(
+  app_->footer(
       "Try 'wristlog demo' first: it needs no hardware. 'wristlog COMMAND --help' explains a command.\n"
       "Exit status: 0 good; 1 the logger or the data gave trouble, as the message says; 2 wrong usage.");
 }
+
+CommandLine::~CommandLine() = default;
 
 int CommandLine::run(int argc, char** argv) {
   const int status = parseAndRun(argc, argv);
@@ -43,12 +46,12 @@ int CommandLine::run(int argc, char** argv) {
 
 int CommandLine::parseAndRun(int argc, char** argv) {
   try {
-    app_.parse(argc, argv);
+    app_->parse(argc, argv);
   } catch (const CLI::Success& answer) {
     return show(answer);
   } catch (const CLI::RequiredError& error) {
     // A word that nobody knows is why the required one was not seen.
-    const std::vector<std::string> unknown = app_.remaining(true);
+    const std::vector<std::string> unknown = app_->remaining(true);
     return unknown.empty() ? refuse(error, argc, argv) : refuse(CLI::ExtrasError(unknown), argc, argv);
   } catch (const CLI::ParseError& error) {
     return refuse(error, argc, argv);
@@ -59,18 +62,18 @@ int CommandLine::parseAndRun(int argc, char** argv) {
   } catch (const hy_wristlog::Failure& failure) {
     return fail(failure);
   } catch (const hy_wristlog::platform::SystemError& error) {
-    return fail(
-        {PathFileAccess, "wristlog", hy_wristlog::platform::current().environment().errorText(error.Number)});
+    return fail({hy_wristlog::FailureNumber::PathFileAccess, "wristlog",
+                 hy_wristlog::platform::current().environment().errorText(error.Number)});
   } catch (const std::bad_alloc&) {
-    return fail({OutOfMemory, "wristlog", "There is not enough memory"});
+    return fail({hy_wristlog::FailureNumber::OutOfMemory, "wristlog", "There is not enough memory"});
   } catch (const std::exception& problem) {
-    return fail({InvalidCall, "wristlog", problem.what()});
+    return fail({hy_wristlog::FailureNumber::InvalidCall, "wristlog", problem.what()});
   }
 }
 
 int CommandLine::show(const CLI::Error& answer) const {
   std::ostringstream good, bad;
-  const int status = app_.exit(answer, good, bad);
+  const int status = app_->exit(answer, good, bad);
   if (!good.str().empty()) say().lines(good.str(), "");
   if (!bad.str().empty()) complain().lines(bad.str(), "");
   return status;
@@ -79,7 +82,8 @@ int CommandLine::show(const CLI::Error& answer) const {
 int CommandLine::refuse(const CLI::ParseError& error, int argc, char** argv) const {
   show(error);
   if (std::find(argv, argv + argc, std::string_view("--json")) != argv + argc)
-    print(failureJson(hy_wristlog::Failure(InvalidCall, "wristlog", error.what())));
+    print(
+        failureJson(hy_wristlog::Failure(hy_wristlog::FailureNumber::InvalidCall, "wristlog", error.what())));
   return WrongUsage;
 }
 
@@ -93,7 +97,7 @@ int CommandLine::fail(const hy_wristlog::Failure& failure) const {
 
 CLI::App* CommandLine::add(const char* name, const char* description, std::function<int()> command,
                            CLI::App* parent) {
-  CLI::App* sub = (parent != nullptr ? parent : &app_)->add_subcommand(name, description);
+  CLI::App* sub = (parent != nullptr ? parent : app_.get())->add_subcommand(name, description);
   sub->callback([this, command = std::move(command)] { command_ = command; });
   sub->footer("");
   sub->add_flag("--json", Common.AsJson, "One JSON document on standard output, nothing else");
@@ -101,7 +105,7 @@ CLI::App* CommandLine::add(const char* name, const char* description, std::funct
 }
 
 CLI::App* CommandLine::addGroup(const char* name, const char* description) {
-  CLI::App* group = app_.add_subcommand(name, description);
+  CLI::App* group = app_->add_subcommand(name, description);
   group->require_subcommand(1);
   group->footer("");
   return group;

@@ -1,13 +1,20 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <set>
 #include <string>
 
 #include "commands/commands.h"
 #include "hy_wristlog/failure.h"
+
+namespace CLI {
+class App;
+class Error;
+class Option;
+class ParseError;
+}  // namespace CLI
 
 namespace wristlog {
 
@@ -24,6 +31,9 @@ struct SubjectLimits {
 class CommandLine {
  public:
   CommandLine();
+  ~CommandLine();
+  CommandLine(const CommandLine&) = delete;
+  CommandLine& operator=(const CommandLine&) = delete;
 
   /// The exit status.
   int run(int argc, char** argv);
@@ -53,7 +63,7 @@ class CommandLine {
   int refuse(const CLI::ParseError& error, int argc, char** argv) const;
   int fail(const hy_wristlog::Failure& failure) const;
 
-  CLI::App app_;
+  std::unique_ptr<CLI::App> app_;
   std::function<int()> command_;
 };
 
@@ -61,6 +71,6 @@ void addWorkflowCommands(CommandLine& cli);
 void addFileCommands(CommandLine& cli);
 void addPlotCommand(CommandLine& cli);
 void addConsoleCommand(CommandLine& cli);
-void addLegacyCommands(CommandLine& cli);
+void addPendrelCommands(CommandLine& cli);
 
 }  // namespace wristlog

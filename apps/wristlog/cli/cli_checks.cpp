@@ -3,6 +3,7 @@
 #include <charconv>
 #include <system_error>
 
+#include "engineering/dates.h"
 #include "engineering/recording.h"
 #include "hy_wristlog/failure.h"
 

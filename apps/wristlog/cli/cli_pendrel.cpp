@@ -1,3 +1,4 @@
+#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "cli/cli.h"
@@ -8,10 +9,10 @@ namespace wristlog {
 namespace {
 
 /// One command of the group, with what all of them understand.
-class LegacyCommand {
+class PendrelCommand {
  public:
-  LegacyCommand(CommandLine& cli, CLI::App* group, const char* name, const char* description,
-                const std::function<int(const ReaderOptions&)>& run)
+  PendrelCommand(CommandLine& cli, CLI::App* group, const char* name, const char* description,
+                 const std::function<int(const ReaderOptions&)>& run)
       : app(cli.add(
             name, description, [run, reader = reader_] { return run(*reader); }, group)) {
     cli.addLink(app, {"pendrel13", "pendrel14", "pendrel27"});
@@ -35,11 +36,11 @@ class LegacyCommand {
 
 void addConfigure(CommandLine& cli, CLI::App* group) {
   const SubjectLimits limits{23, "One letter", validPendrelBirthDate, validPendrelSize, validPendrelGuid};
-  auto options = std::make_shared<LegacyConfigureOptions>();
-  const LegacyCommand command(cli, group, "configure", "Prepare the logger for a recording; takes a minute",
-                              [&cli, options](const ReaderOptions& reader) {
-                                return runLegacyConfigure(cli.Common, reader, *options);
-                              });
+  auto options = std::make_shared<PendrelConfigureOptions>();
+  const PendrelCommand command(cli, group, "configure", "Prepare the logger for a recording; takes a minute",
+                               [&cli, options](const ReaderOptions& reader) {
+                                 return runPendrelConfigure(cli.Common, reader, *options);
+                               });
   command.addReader();
   command.app->add_option("--mode", options->Mode, "1 activity, 2 activity and steps")
       ->required()
@@ -61,11 +62,11 @@ void addConfigure(CommandLine& cli, CLI::App* group) {
 }
 
 void addRetrieve(CommandLine& cli, CLI::App* group) {
-  auto options = std::make_shared<LegacyRetrieveOptions>();
-  const LegacyCommand command(cli, group, "retrieve", "Read and decode the recording; takes some minutes",
-                              [&cli, options](const ReaderOptions& reader) {
-                                return runLegacyRetrieve(cli.Common, reader, *options);
-                              });
+  auto options = std::make_shared<PendrelRetrieveOptions>();
+  const PendrelCommand command(cli, group, "retrieve", "Read and decode the recording; takes some minutes",
+                               [&cli, options](const ReaderOptions& reader) {
+                                 return runPendrelRetrieve(cli.Common, reader, *options);
+                               });
   command.addReader();
   CommandLine::addFolder(command.app, options->Folder, options->Force)->required();
   command.app->add_flag("--repair", options->Repair, "Fill gaps in the set-up in place of refusing it");
@@ -76,18 +77,20 @@ void addRetrieve(CommandLine& cli, CLI::App* group) {
 
 void addBatteryDate(CommandLine& cli, CLI::App* group) {
   auto date = std::make_shared<std::string>();
-  const LegacyCommand command(
+  const PendrelCommand command(
       cli, group, "battery-date", "Tell the logger when its battery was changed",
-      [&cli, date](const ReaderOptions& reader) { return runLegacyBatteryDate(cli.Common, reader, *date); });
+      [&cli, date](const ReaderOptions& reader) { return runPendrelBatteryDate(cli.Common, reader, *date); });
   command.addReader();
   command.app->add_option("date", *date, "yyyy-mm-dd, from 1930 to 2029; else today")->check(validPendrelDay);
 }
 
 void addExport(CommandLine& cli, CLI::App* group) {
-  auto options = std::make_shared<LegacyExportOptions>();
-  const LegacyCommand command(
-      cli, group, "export-krc", "Retrieve, and write the recording as a KRC text file",
-      [&cli, options](const ReaderOptions& reader) { return runLegacyExport(cli.Common, reader, *options); });
+  auto options = std::make_shared<PendrelExportOptions>();
+  const PendrelCommand command(cli, group, "export-krc",
+                               "Retrieve, and write the recording as a KRC text file",
+                               [&cli, options](const ReaderOptions& reader) {
+                                 return runPendrelExport(cli.Common, reader, *options);
+                               });
   command.addReader();
   command.app->add_option("file", options->File, "The file to write")->required()->check(validFile);
   command.app->add_flag("--force", options->Force, "Overwrite the file");
@@ -96,13 +99,13 @@ void addExport(CommandLine& cli, CLI::App* group) {
 
 }  // namespace
 
-void addLegacyCommands(CommandLine& cli) {
+void addPendrelCommands(CommandLine& cli) {
   CLI::App* group = cli.addGroup("legacy", "The older Pendrel loggers in a Pendreader");
-  const LegacyCommand findPort(cli, group, "find-port", "Search the Pendreader's port and remember it",
-                               [&cli](const ReaderOptions&) { return runLegacyFindPort(cli.Common); });
-  const LegacyCommand status(
+  const PendrelCommand findPort(cli, group, "find-port", "Search the Pendreader's port and remember it",
+                                [&cli](const ReaderOptions&) { return runPendrelFindPort(cli.Common); });
+  const PendrelCommand status(
       cli, group, "status", "What the logger in the Pendreader is and what it holds",
-      [&cli](const ReaderOptions& reader) { return runLegacyStatus(cli.Common, reader); });
+      [&cli](const ReaderOptions& reader) { return runPendrelStatus(cli.Common, reader); });
   status.addReader();
   addConfigure(cli, group);
   addRetrieve(cli, group);

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "commands/file_commands.h"
@@ -7,7 +8,9 @@
 #include "engineering/recording.h"
 #include "recording/json_output.h"
 #include "session/process.h"
+#include "session/session.h"
 #include "words/meanings.h"
+#include "words/say.h"
 
 namespace wristlog {
 
@@ -17,7 +20,6 @@ namespace engineering = hy_wristlog::engineering;
 namespace {
 
 std::shared_ptr<hw::Class_VardenLogger> readDocked(Session& session, const std::string& modelName) {
-  constexpr std::int32_t NoLogger = 10003;
   const hw::enmLoggerPointer model = modelFromName(modelName);
   std::shared_ptr<hw::Class_VardenLogger> logger;
   std::shared_ptr<hw::Class_Subject> subject;
@@ -26,7 +28,8 @@ std::shared_ptr<hw::Class_VardenLogger> readDocked(Session& session, const std::
   session.endProgress();
   requireNotStopped();
   if (code != 0) throw hw::Failure(code, "wristlog", explanationOf(code, model));
-  if (!logger || engineering::rawConfigHex(*logger).empty()) throw hw::Failure(NoLogger, "wristlog", full);
+  if (!logger || engineering::rawConfigHex(*logger).empty())
+    throw hw::Failure(hw::ReturnCode::NotFound, "wristlog", full);
   return logger;
 }
 

@@ -1,11 +1,14 @@
 #include <cmath>
+#include <nlohmann/json.hpp>
 
 #include "commands/commands.h"
 #include "commands/subject_options.h"
-#include "engineering/recording.h"
+#include "engineering/dates.h"
 #include "recording/json_output.h"
 #include "session/process.h"
+#include "session/session.h"
 #include "words/meanings.h"
+#include "words/say.h"
 
 namespace wristlog {
 
@@ -42,9 +45,9 @@ int runConfigure(const CommonOptions& common, const ConfigureOptions& options) {
       &battery, &serialNumber);
   session.endProgress();
   // An aborted configuration ends with whatever code it had come to.
-  if (interruptRequested() && serialNumber.empty()) code = Aborted;
+  if (interruptRequested() && serialNumber.empty()) code = hw::ReturnCode::Aborted;
   const std::string meaning =
-      code == Aborted
+      code == hw::ReturnCode::Aborted
           ? "Aborted. A recording that the logger still holds can be retrieved; otherwise configure it again."
           : explanationOf(code, model);
   if (session.asJson())

@@ -1,17 +1,20 @@
 #include <functional>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <utility>
 
 #include "commands/commands.h"
 #include "debugger/debugger_host.h"
 #include "debugger/watched_world.h"
-#include "engineering/recording.h"
+#include "hy_wristlog/Class_Main.h"
 #include "recording/json_output.h"
 #include "recording/recording_files.h"
 #include "recording/retrieved_recording.h"
+#include "session/session.h"
 #include "words/counted.h"
 #include "words/meanings.h"
+#include "words/say.h"
 
 namespace wristlog {
 
@@ -20,8 +23,6 @@ namespace engineering = hy_wristlog::engineering;
 namespace platform = hy_wristlog::platform;
 
 namespace {
-
-constexpr std::int32_t InvalidCall = 5;
 
 struct Result {
   std::int32_t Code = 0;
@@ -125,7 +126,7 @@ Result watch(const CommonOptions& common, const ConsoleOptions& options) {
 
 int refuse(const CommonOptions& common, const std::string& words) {
   if (common.AsJson)
-    print(failureJson(hw::Failure(InvalidCall, "wristlog", words)));
+    print(failureJson(hw::Failure(hw::FailureNumber::InvalidCall, "wristlog", words)));
   else
     complain() << words << ".\n";
   return WrongUsage;

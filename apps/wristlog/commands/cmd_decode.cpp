@@ -1,4 +1,7 @@
 #include "commands/commands.h"
+
+#include <nlohmann/json.hpp>
+#include "engineering/dates.h"
 #include "engineering/recording.h"
 #include "recording/json_output.h"
 #include "recording/recording_files.h"

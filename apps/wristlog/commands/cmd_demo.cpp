@@ -2,16 +2,20 @@
 #include <array>
 #include <chrono>
 #include <cmath>
+#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "base/dates.h"
 #include "commands/commands.h"
-#include "engineering/recording.h"
+#include "engineering/dates.h"
+#include "engineering/zones.h"
 #include "recording/json_output.h"
 #include "recording/recording_files.h"
 #include "recording/retrieved_recording.h"
 #include "session/process.h"
+#include "session/session.h"
 #include "words/meanings.h"
+#include "words/say.h"
 
 namespace wristlog {
 
@@ -100,7 +104,7 @@ class Demo {
   /// Raises what ends the demo: a step's code other than 0.
   void require(const std::string& step, std::int32_t code) {
     session_.endProgress();
-    if (interruptRequested()) throw hw::Failure(Aborted, "Class_Main." + step, "Aborted");
+    if (interruptRequested()) throw hw::Failure(hw::ReturnCode::Aborted, "Class_Main." + step, "Aborted");
     if (code != 0) throw hw::Failure(code, "Class_Main." + step, step + " failed: " + meaningOf(code));
   }
 

@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <system_error>
 
 #include "commands/file_commands.h"
@@ -6,7 +7,9 @@
 #include "recording/json_output.h"
 #include "recording/recording_world.h"
 #include "session/process.h"
+#include "session/session.h"
 #include "words/meanings.h"
+#include "words/say.h"
 
 namespace wristlog {
 

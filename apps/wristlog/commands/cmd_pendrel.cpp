@@ -1,14 +1,17 @@
 #include <cmath>
+#include <nlohmann/json.hpp>
 
 #include "base/dates.h"
+#include "commands/pendrel_commands.h"
 #include "commands/subject_options.h"
-#include "engineering/recording.h"
+#include "engineering/dates.h"
 #include "hy_wristlog/host.h"
 #include "platform/platform.h"
 #include "recording/json_output.h"
 #include "session/pendrel_session.h"
 #include "words/counted.h"
 #include "words/pendrel_words.h"
+#include "words/say.h"
 
 namespace wristlog {
 
@@ -43,9 +46,9 @@ std::string sixDigits(const std::string& date) {
 
 }  // namespace
 
-int runLegacyFindPort(const CommonOptions& common) {
+int runPendrelFindPort(const CommonOptions& common) {
   constexpr ReaderOptions Searching{0, true};
-  LegacySession session(common, Searching);
+  PendrelSession session(common, Searching);
   std::int16_t port = 0;
   std::string text;
   const std::int32_t code = session.workflows().SearchAndSetLegacyCOMport(port, text);
@@ -54,10 +57,10 @@ int runLegacyFindPort(const CommonOptions& common) {
   });
 }
 
-int runLegacyStatus(const CommonOptions& common, const ReaderOptions& reader) {
-  LegacySession session(common, reader);
-  const std::int32_t code = session.workflows().ReadLegacySetup(reader.Search);
-  const hw::LegacyDetails details = session.workflows().Details();
+int runPendrelStatus(const CommonOptions& common, const ReaderOptions& reader) {
+  PendrelSession session(common, reader);
+  const std::int32_t code = session.workflows().ReadPendrelSetup(reader.Search);
+  const hw::PendrelDetails details = session.workflows().Details();
   const bool wasRead = !details.SetupText.empty(), hasSize = details.MemorySizeKB > 0;
   if (!session.asJson() && code != 0 && wasRead) (complain() << "  ").lines(details.SetupText, "  ");
   const std::int16_t port = session.main().Get_LegacyCOMport();
@@ -74,9 +77,9 @@ int runLegacyStatus(const CommonOptions& common, const ReaderOptions& reader) {
   return session.end(code, facts, [&](const Speech& out) { tellStatus(out, session.logger(), details); });
 }
 
-int runLegacyConfigure(const CommonOptions& common, const ReaderOptions& reader,
-                       const LegacyConfigureOptions& options) {
-  LegacySession session(common, reader);
+int runPendrelConfigure(const CommonOptions& common, const ReaderOptions& reader,
+                        const PendrelConfigureOptions& options) {
+  PendrelSession session(common, reader);
   session.main().Let_LegacyClearMemoryOnConfigure(!options.KeepMemory);
   session.showProgress("Configuring; this takes about a minute");
   hw::Class_Subject subject = subjectFrom(options.Subject);
@@ -113,8 +116,8 @@ int runLegacyConfigure(const CommonOptions& common, const ReaderOptions& reader,
   return status;
 }
 
-int runLegacyBatteryDate(const CommonOptions& common, const ReaderOptions& reader, const std::string& date) {
-  LegacySession session(common, reader);
+int runPendrelBatteryDate(const CommonOptions& common, const ReaderOptions& reader, const std::string& date) {
+  PendrelSession session(common, reader);
   const std::string digits = sixDigits(date);
   const std::int32_t code = session.workflows().UpdateBatteryDate(digits, reader.Search);
   const std::string day = engineering::isoDate(session.logger().Get_BatteryDate()).substr(0, 10);

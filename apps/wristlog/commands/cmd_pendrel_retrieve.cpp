@@ -1,5 +1,10 @@
 
-#include "engineering/recording.h"
+
+#include <nlohmann/json.hpp>
+#include "commands/pendrel_commands.h"
+#include "engineering/dates.h"
+#include "engineering/files.h"
+#include "engineering/zones.h"
 #include "hy_wristlog/failure.h"
 #include "recording/json_output.h"
 #include "recording/plotted_pendrel.h"
@@ -9,6 +14,7 @@
 #include "words/counted.h"
 #include "words/meanings.h"
 #include "words/pendrel_words.h"
+#include "words/say.h"
 
 namespace wristlog {
 
@@ -23,13 +29,13 @@ struct Retrieved {
   float BatteryLife = 0;
 };
 
-Retrieved retrieve(LegacySession& session, bool search, bool repair) {
+Retrieved retrieve(PendrelSession& session, bool search, bool repair) {
   Retrieved result;
   result.Code = session.workflows().RetrieveLegacy(result.Subject, false, result.BatteryLife, search, repair);
   return result;
 }
 
-Json summaryOf(hw::Class_Pendrel& logger, const hw::LegacyDetails& details,
+Json summaryOf(hw::Class_Pendrel& logger, const hw::PendrelDetails& details,
                const hw::Class_Subject& subject) {
   Json summary = Json::object();
   summary["model"] = details.DeviceText;
@@ -46,7 +52,7 @@ Json summaryOf(hw::Class_Pendrel& logger, const hw::LegacyDetails& details,
 
 std::string bytesAsText(const std::vector<std::uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
 
-void writeFiles(const RecordingFiles& files, LegacySession& session, const hw::LegacyDetails& details,
+void writeFiles(const RecordingFiles& files, PendrelSession& session, const hw::PendrelDetails& details,
                 const Retrieved& result) {
   try {
     if (!details.Memory.empty()) files.writeFile("raw.bin", bytesAsText(details.Memory));
@@ -89,16 +95,16 @@ void tellRetrieved(const Speech& out, const hw::Class_Pendrel& logger, const std
 
 }  // namespace
 
-int runLegacyRetrieve(const CommonOptions& common, const ReaderOptions& reader,
-                      const LegacyRetrieveOptions& options) {
+int runPendrelRetrieve(const CommonOptions& common, const ReaderOptions& reader,
+                       const PendrelRetrieveOptions& options) {
   const RecordingFiles files(
       options.Folder, options.Force,
       {"series.csv", "recording.json", "raw.bin", "setup.txt", "actogram.svg", "report.html"});
   files.prepare();
   constexpr bool KeepTraffic = true;
-  LegacySession session(common, reader, KeepTraffic);
+  PendrelSession session(common, reader, KeepTraffic);
   const Retrieved result = retrieve(session, reader.Search, options.Repair);
-  const hw::LegacyDetails details = session.workflows().Details();
+  const hw::PendrelDetails details = session.workflows().Details();
   const bool good = result.Code == 0;
   writeFiles(files, session, details, result);
   const bool drawn = !good || drawPictures(files, session.logger(), details.DeviceText);
@@ -124,10 +130,10 @@ int runLegacyRetrieve(const CommonOptions& common, const ReaderOptions& reader,
   return status;
 }
 
-int runLegacyExport(const CommonOptions& common, const ReaderOptions& reader,
-                    const LegacyExportOptions& options) {
+int runPendrelExport(const CommonOptions& common, const ReaderOptions& reader,
+                     const PendrelExportOptions& options) {
   engineering::checkOutput(options.File, options.Force);
-  LegacySession session(common, reader);
+  PendrelSession session(common, reader);
   std::int32_t code = retrieve(session, reader.Search, options.Repair).Code;
   if (code == 0) code = session.workflows().fncWriteKRCfile(options.File);
   return session.end(

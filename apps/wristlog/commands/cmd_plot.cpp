@@ -1,4 +1,5 @@
 #include <array>
+#include <nlohmann/json.hpp>
 
 #include "commands/commands.h"
 #include "hy_wristlog/failure.h"
@@ -9,6 +10,7 @@
 #include "recording/recording_files.h"
 #include "recording/recording_world.h"
 #include "recording/saved_recording.h"
+#include "words/say.h"
 
 namespace wristlog {
 
@@ -19,7 +21,6 @@ namespace {
 
 /// Raises fault 53 for a folder that is none, or has no recording in it.
 void requireRecording(const std::string& folder) {
-  constexpr std::int32_t FileNotFound = 53;
   const auto kindOf = [](const std::string& path) {
     try {
       return platform::current().files().state(path).Kind;
@@ -28,11 +29,11 @@ void requireRecording(const std::string& folder) {
     }
   };
   if (kindOf(folder) != platform::FileKind::Folder)
-    throw hw::Failure(FileNotFound, "wristlog", folder + " is not a folder");
+    throw hw::Failure(hw::FailureNumber::FileNotFound, "wristlog", folder + " is not a folder");
   for (const std::string name : {"config.ini", "raw.bin"})
     if (kindOf(folder + "/" + name) == platform::FileKind::Missing)
       throw hw::Failure(
-          FileNotFound, "wristlog",
+          hw::FailureNumber::FileNotFound, "wristlog",
           folder + " holds no recording: " + name +
               " is missing. Name a folder that 'wristlog retrieve' or 'wristlog decode' has written");
 }

@@ -1,3 +1,4 @@
+#include <nlohmann/json.hpp>
 #include <optional>
 
 #include "commands/commands.h"
@@ -5,6 +6,7 @@
 #include "recording/recording_files.h"
 #include "recording/retrieved_recording.h"
 #include "session/process.h"
+#include "session/session.h"
 #include "words/counted.h"
 #include "words/meanings.h"
 #include "words/say.h"
@@ -34,7 +36,7 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
 
   RetrievedRecording recording(*logger, verdict, lowBattery);
   // A request that came before there was a logger to abort.
-  if (interruptRequested() && code != 0 && !recording.isThere()) code = Aborted;
+  if (interruptRequested() && code != 0 && !recording.isThere()) code = hw::ReturnCode::Aborted;
   std::string meaning = explanationOf(code, model);
   if (const std::string trouble = recording.trouble(); !trouble.empty()) {
     meaning = code == 0 || code == NotWhole ? trouble : meaning + " " + trouble;

@@ -1,11 +1,15 @@
 #include <cmath>
 #include <limits>
+#include <nlohmann/json.hpp>
 
 #include "commands/commands.h"
+#include "engineering/docks.h"
 #include "engineering/recording.h"
 #include "recording/json_output.h"
 #include "session/process.h"
+#include "session/session.h"
 #include "words/meanings.h"
+#include "words/say.h"
 
 namespace wristlog {
 
@@ -27,7 +31,7 @@ Status askStatus(Session& session, hw::enmLoggerPointer model) {
   status.Code = session.main().GetStatus(model, status.Simple, status.Long, status.Logger, status.Subject,
                                          &status.BatteryLife);
   session.endProgress();
-  if (interruptRequested()) status.Code = Aborted;
+  if (interruptRequested()) status.Code = hw::ReturnCode::Aborted;
   return status;
 }
 

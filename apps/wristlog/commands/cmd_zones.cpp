@@ -1,6 +1,10 @@
 #include "commands/commands.h"
-#include "engineering/recording.h"
+
+#include <nlohmann/json.hpp>
+#include "engineering/zones.h"
 #include "recording/json_output.h"
+#include "session/session.h"
+#include "words/say.h"
 
 namespace wristlog {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "recording/saved_recording.h"
-#include "session/session.h"
+#include "session/options.h"
 
 namespace wristlog {
 

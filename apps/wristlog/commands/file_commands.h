@@ -3,7 +3,7 @@
 #include <string>
 
 #include "recording/saved_recording.h"
-#include "session/session.h"
+#include "session/options.h"
 
 namespace wristlog {
 

@@ -4,41 +4,36 @@
 #include <string>
 
 #include "commands/commands.h"
+#include "session/options.h"
 
 namespace wristlog {
 
-/// Where the Pendreader is.
-struct ReaderOptions {
-  std::int16_t Port = 0;  ///< 0: the remembered one
-  bool Search = false;
-};
-
-struct LegacyConfigureOptions {
+struct PendrelConfigureOptions {
   std::int32_t Mode = 0, EpochLength = 0;
   SubjectOptions Subject;
   std::string Zone, Start;
   bool NoDaylight = false, KeepMemory = false;
 };
 
-struct LegacyRetrieveOptions {
+struct PendrelRetrieveOptions {
   std::string Folder;
   bool Force = false, Repair = false;
 };
 
-struct LegacyExportOptions {
+struct PendrelExportOptions {
   std::string File;
   bool Force = false, Repair = false;
 };
 
-int runLegacyFindPort(const CommonOptions& common);
-int runLegacyStatus(const CommonOptions& common, const ReaderOptions& reader);
-int runLegacyConfigure(const CommonOptions& common, const ReaderOptions& reader,
-                       const LegacyConfigureOptions& options);
-int runLegacyRetrieve(const CommonOptions& common, const ReaderOptions& reader,
-                      const LegacyRetrieveOptions& options);
+int runPendrelFindPort(const CommonOptions& common);
+int runPendrelStatus(const CommonOptions& common, const ReaderOptions& reader);
+int runPendrelConfigure(const CommonOptions& common, const ReaderOptions& reader,
+                        const PendrelConfigureOptions& options);
+int runPendrelRetrieve(const CommonOptions& common, const ReaderOptions& reader,
+                       const PendrelRetrieveOptions& options);
 /// `date` is yyyy-mm-dd; empty: today.
-int runLegacyBatteryDate(const CommonOptions& common, const ReaderOptions& reader, const std::string& date);
-int runLegacyExport(const CommonOptions& common, const ReaderOptions& reader,
-                    const LegacyExportOptions& options);
+int runPendrelBatteryDate(const CommonOptions& common, const ReaderOptions& reader, const std::string& date);
+int runPendrelExport(const CommonOptions& common, const ReaderOptions& reader,
+                     const PendrelExportOptions& options);
 
 }  // namespace wristlog

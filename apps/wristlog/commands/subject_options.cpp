@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "engineering/recording.h"
+#include "engineering/dates.h"
 
 namespace wristlog {
 namespace {

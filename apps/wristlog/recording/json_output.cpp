@@ -3,10 +3,14 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 #include <type_traits>
 
+#include "engineering/dates.h"
 #include "engineering/recording.h"
+#include "engineering/zones.h"
 #include "words/meanings.h"
+#include "words/say.h"
 
 namespace wristlog {
 

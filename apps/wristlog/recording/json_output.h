@@ -3,8 +3,10 @@
 #include <optional>
 
 #include "hy_wristlog/Class_Pendrel.h"
+#include "hy_wristlog/Class_Subject.h"
+#include "hy_wristlog/Class_VardenLogger.h"
 #include "hy_wristlog/failure.h"
-#include "session/session.h"
+#include "recording/json.h"
 
 namespace wristlog {
 

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "engineering/recording.h"
+#include "engineering/zones.h"
 #include "recording/plotted_parts.h"
 #include "words/meanings.h"
 

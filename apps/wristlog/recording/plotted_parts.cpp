@@ -1,6 +1,6 @@
 #include "recording/plotted_parts.h"
 
-#include "engineering/recording.h"
+#include "engineering/dates.h"
 #include "picture/local_time.h"
 #include "picture/markup.h"
 #include "words/counted.h"

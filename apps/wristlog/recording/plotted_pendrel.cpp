@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "engineering/recording.h"
+#include "engineering/zones.h"
 #include "recording/plotted_parts.h"
 #include "words/counted.h"
 

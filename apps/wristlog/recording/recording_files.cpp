@@ -4,9 +4,12 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <system_error>
 
+#include "engineering/dates.h"
 #include "engineering/recording.h"
+#include "engineering/zones.h"
 #include "hy_wristlog/failure.h"
 #include "picture/actogram.h"
 #include "picture/report.h"
@@ -27,8 +30,6 @@ namespace platform = hy_wristlog::platform;
 namespace {
 
 constexpr const char* Source = "wristlog";
-constexpr std::int32_t FileExists = 58;
-constexpr std::int32_t PathFileAccess = 75;
 constexpr std::array PictureNames{"actogram.svg", "report.html"};
 constexpr std::array Names{"series.csv", "events.csv",   "recording.json", "raw.bin",
                            "config.ini", "actogram.svg", "report.html"};
@@ -38,7 +39,7 @@ auto onFiles(const std::string& path, const Operation& operation) {
   try {
     return operation(platform::current().files());
   } catch (const platform::SystemError& error) {
-    throw hw::Failure(PathFileAccess, Source,
+    throw hw::Failure(hw::FailureNumber::PathFileAccess, Source,
                       path + ": " + platform::current().environment().errorText(error.Number));
   }
 }
@@ -92,19 +93,20 @@ void RecordingFiles::prepare() const {
   };
   onFiles(folder_, [&](platform::Files& files) {
     if (files.state(present).Kind != platform::FileKind::Folder)
-      refuse(PathFileAccess, present + " is not a folder");
+      refuse(hw::FailureNumber::PathFileAccess, present + " is not a folder");
   });
   for (const std::string& path : paths())
     onFiles(path, [&](platform::Files& files) {
       const platform::FileState state = files.state(path);
       std::error_code none;
       if (std::filesystem::is_symlink(path, none))
-        refuse(PathFileAccess, path + " is in the way: it is a link");
+        refuse(hw::FailureNumber::PathFileAccess, path + " is in the way: it is a link");
       if (state.Kind == platform::FileKind::Missing) return;
-      if (!overwrite_) refuse(FileExists, path + " exists. Use --force to overwrite it.");
+      if (!overwrite_) refuse(hw::FailureNumber::FileExists, path + " exists. Use --force to overwrite it.");
       if (state.Kind != platform::FileKind::File)
-        refuse(PathFileAccess, path + " is in the way: it is not a file");
-      if (state.ReadOnly) refuse(PathFileAccess, path + " may not be overwritten: it is read-only");
+        refuse(hw::FailureNumber::PathFileAccess, path + " is in the way: it is not a file");
+      if (state.ReadOnly)
+        refuse(hw::FailureNumber::PathFileAccess, path + " may not be overwritten: it is read-only");
     });
   onFiles(folder_, [&](platform::Files& files) {
     const SignalsHeld held;
@@ -120,9 +122,9 @@ void RecordingFiles::prepareForDemo() {
   try {
     prepare();
   } catch (const hw::Failure& failure) {
-    if (failure.Number != FileExists) throw;
+    if (failure.Number != hw::FailureNumber::FileExists) throw;
     throw hw::Failure(
-        FileExists, Source,
+        hw::FailureNumber::FileExists, Source,
         "The folder " + folder_ +
             " exists and holds more than an earlier demo's recording. Choose another with --out, or "
             "use --force.");
@@ -155,7 +157,8 @@ void RecordingFiles::claim() const {
   if (claim_) return;
   onFiles(folder_, [&](platform::Files& files) { claim_ = platform::lockFolder(files, folder_); });
   if (!overwrite_ && holdAny())
-    throw hw::Failure(FileExists, Source, "Another recording has been written to " + folder_ + " meanwhile");
+    throw hw::Failure(hw::FailureNumber::FileExists, Source,
+                      "Another recording has been written to " + folder_ + " meanwhile");
 }
 
 /// What was made of a former recording goes first, so that it never stands beside another one's bytes.
@@ -177,11 +180,10 @@ void RecordingFiles::writeDecoded(const hw::Class_VardenLogger& logger, const Js
 }
 
 void RecordingFiles::requireEpochs(const hw::Class_VardenLogger& logger) const {
-  constexpr std::int32_t OutOfRange = 11503;
   if (logger.Get_Samples() > 0) return;
   for (const std::string& path : paths())
     if (std::filesystem::exists(path))
-      throw hw::Failure(OutOfRange, Source,
+      throw hw::Failure(hw::FailureNumber::OutOfRange, Source,
                         "The recording holds no epochs, so " + path + " is left as it is");
 }
 

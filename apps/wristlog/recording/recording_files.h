@@ -8,8 +8,8 @@
 
 #include "picture/recording.h"
 #include "platform/platform.h"
+#include "recording/json.h"
 #include "recording/saved_recording.h"
-#include "session/session.h"
 
 namespace wristlog {
 
@@ -39,7 +39,7 @@ class RecordingFiles {
   void writePictures(const picture::PlottedRecording& plot) const;
   /// The pictures of a recording whose other files are written: a failure says that these are safe.
   void writePictures(const DecodedRecording& recording) const;
-  /// Raises 11503 when nothing at all would take the place of one of the files.
+  /// Raises OutOfRange when nothing at all would take the place of one of the files.
   void requireEpochs(const hy_wristlog::Class_VardenLogger& logger) const;
   /// Whether one of the files exists.
   bool holdAny() const;

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <utility>
 
-#include "engineering/recording.h"
+#include "engineering/dates.h"
 #include "hy_wristlog/failure.h"
 #include "hy_wristlog/host.h"
 #include "platform/wrapped_platform.h"
@@ -87,7 +87,9 @@ class BoxesOnStandardError : public hy_wristlog::Host {
 
 hy_wristlog::CivilTime civilOf(double utc) {
   const std::string iso = hy_wristlog::engineering::isoDate(utc);
-  if (iso.empty()) throw hy_wristlog::Failure(5, "wristlog", "The time lies outside the years 100 to 9999");
+  if (iso.empty())
+    throw hy_wristlog::Failure(hy_wristlog::FailureNumber::InvalidCall, "wristlog",
+                               "The time lies outside the years 100 to 9999");
   const auto digits = [&](std::size_t at, std::size_t length) {
     std::int32_t value = 0;
     std::from_chars(iso.data() + at, iso.data() + at + length, value);

@@ -1,5 +1,7 @@
 #include "recording/retrieved_recording.h"
 
+#include <nlohmann/json.hpp>
+
 #include "hy_wristlog/failure.h"
 
 namespace wristlog {

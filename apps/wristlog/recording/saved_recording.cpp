@@ -13,7 +13,6 @@ namespace engineering = hy_wristlog::engineering;
 
 namespace {
 
-constexpr std::int32_t OutOfRange = 11503;
 constexpr double SecondsPerDay = 86400;
 
 }  // namespace
@@ -31,7 +30,7 @@ engineering::SavedRecording readRecording(const RecordingPlace& place) {
   const std::string words = place.raw() + " is not the recording that " + place.config() +
                             " belongs to, or not all of it: " + mismatch;
   if (!place.Unchecked)
-    throw hw::Failure(OutOfRange, "wristlog",
+    throw hw::Failure(hw::FailureNumber::OutOfRange, "wristlog",
                       words +
                           ". A transfer that ended early is retrieved again; --unchecked takes the bytes as "
                           "they are");
@@ -73,7 +72,7 @@ DecodedRecording decoded(const engineering::SavedRecording& recording, const Rec
   const std::string files = place.raw() + " does not fit " + place.config();
   auto result = engineering::naming(files, [&] { return decoded(recording, diagnostic); });
   if (result.Result == hw::Decode_InputError)
-    throw hw::Failure(OutOfRange, "wristlog", files + ": nothing of it can be decoded");
+    throw hw::Failure(hw::FailureNumber::OutOfRange, "wristlog", files + ": nothing of it can be decoded");
   return result;
 }
 

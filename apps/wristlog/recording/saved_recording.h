@@ -22,8 +22,8 @@ struct RecordingPlace {
   std::vector<std::string> files() const;
 };
 
-/// Raises 53, 75 and what damaged files raise; 11503 for a recording without bytes, and for bytes that are
-/// not those of the configuration, unless they go unchecked: then the warning goes to standard error.
+/// Raises 53, 75 and what damaged files raise; OutOfRange for a recording without bytes, and for bytes that
+/// are not those of the configuration, unless they go unchecked: then the warning goes to standard error.
 hy_wristlog::engineering::SavedRecording readRecording(const RecordingPlace& place);
 
 /// The moment (UTC) that a recording is seen from: when it was retrieved or, where that is not known, when
@@ -42,7 +42,7 @@ std::string verdictOf(const DecodedRecording& recording);
 
 /// Belongs into the recording's world. Raises what decoding raises.
 DecodedRecording decoded(const hy_wristlog::engineering::SavedRecording& recording, bool diagnostic);
-/// The same for files: failures name them. Raises 11503 too when nothing can be decoded.
+/// The same for files: failures name them. Raises OutOfRange too when nothing can be decoded.
 DecodedRecording decoded(const hy_wristlog::engineering::SavedRecording& recording,
                          const RecordingPlace& place, bool diagnostic);
 

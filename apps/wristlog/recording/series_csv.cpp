@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engineering/recording.h"
+#include "engineering/zones.h"
 
 namespace wristlog {
 

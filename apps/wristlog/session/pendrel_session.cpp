@@ -1,12 +1,15 @@
 #include "session/pendrel_session.h"
 
+#include <nlohmann/json.hpp>
+
 #include "hy_wristlog/failure.h"
 #include "recording/json_output.h"
 #include "words/meanings.h"
+#include "words/say.h"
 
 namespace wristlog {
 
-LegacySession::LegacySession(const CommonOptions& common, const ReaderOptions& reader, bool keepTraffic)
+PendrelSession::PendrelSession(const CommonOptions& common, const ReaderOptions& reader, bool keepTraffic)
     : session_(common, keepTraffic), workflows_(session_.main()) {
   workflows_.TryingPort = [this](std::int16_t port) { showProgress("Trying COM" + std::to_string(port)); };
   std::int16_t port = reader.Port;
@@ -16,11 +19,11 @@ LegacySession::LegacySession(const CommonOptions& common, const ReaderOptions& r
   if (code != 0) throw hy_wristlog::Failure(code, "wristlog", meaningOf(code));
 }
 
-std::string LegacySession::meaningOf(std::int32_t code) {
-  return legacyExplanationOf(code, session_.main().Get_LegacyCOMport());
+std::string PendrelSession::meaningOf(std::int32_t code) {
+  return pendrelExplanationOf(code, session_.main().Get_LegacyCOMport());
 }
 
-int LegacySession::end(std::int32_t code, const Json& facts, const Words& words, const char* whenFailed) {
+int PendrelSession::end(std::int32_t code, const Json& facts, const Words& words, const char* whenFailed) {
   session_.endProgress();
   const std::string meaning = meaningOf(code) + (code == 0 ? "" : whenFailed);
   if (asJson()) {

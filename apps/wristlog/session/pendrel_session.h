@@ -3,7 +3,8 @@
 #include <functional>
 #include <string>
 
-#include "commands/pendrel_commands.h"
+#include "recording/json.h"
+#include "session/options.h"
 #include "session/session.h"
 #include "workflows/pendrel/PendrelWorkflows.h"
 
@@ -13,13 +14,13 @@ namespace wristlog {
 inline constexpr const char* Unchanged = " No logger was changed.";
 
 /// One run of a command with the Pendreader.
-class LegacySession {
+class PendrelSession {
  public:
-  /// A port that the user names is remembered at once, as is that of a simulated reader. Raises 10002 when it
-  /// cannot be.
-  LegacySession(const CommonOptions& common, const ReaderOptions& reader, bool keepTraffic = false);
+  /// A port that the user names is remembered at once, as is that of a simulated reader. Raises NotWritable
+  /// when it cannot be.
+  PendrelSession(const CommonOptions& common, const ReaderOptions& reader, bool keepTraffic = false);
 
-  hy_wristlog::LegacyWorkflows& workflows() { return workflows_; }
+  hy_wristlog::PendrelWorkflows& workflows() { return workflows_; }
   hy_wristlog::Class_Pendrel& logger() { return *workflows_.LegacyLogger(); }
   hy_wristlog::Class_Main& main() { return session_.main(); }
   const std::string& traffic() const { return session_.traffic(); }
@@ -35,7 +36,7 @@ class LegacySession {
 
  private:
   Session session_;
-  hy_wristlog::LegacyWorkflows workflows_;
+  hy_wristlog::PendrelWorkflows workflows_;
 };
 
 }  // namespace wristlog

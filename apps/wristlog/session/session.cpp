@@ -79,7 +79,8 @@ void Session::showProgress(const std::string& text) { host_->showProgress(text);
 void Session::endProgress() { host_->endProgress(); }
 
 void requireNotStopped() {
-  if (interruptRequested()) throw hy_wristlog::Failure(Aborted, "wristlog", "Stopped. Nothing was changed");
+  if (interruptRequested())
+    throw hy_wristlog::Failure(hy_wristlog::ReturnCode::Aborted, "wristlog", "Stopped. Nothing was changed");
 }
 
 hy_wristlog::enmLoggerPointer modelFromName(const std::string& name) {

@@ -2,30 +2,18 @@
 
 #include <cstdint>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 
 #include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/enumerations.h"
+#include "session/options.h"
 #include "simulator/bench.h"
 #include "words/say.h"
 
 namespace wristlog {
 
-using Json = nlohmann::ordered_json;
-
-/// What every command understands.
-struct CommonOptions {
-  bool AsJson = false;
-  bool Console = false;
-  std::string Simulate;  ///< whom `--simulate` names, or empty for the machine's docks
-};
-
 /// The return code of a workflow that was aborted.
-inline constexpr std::int32_t Aborted = 10013;
-
-enum ExitStatus : int { Good = 0, Unsuccessful = 1, WrongUsage = 2 };
 
 class TerminalHost;
 
@@ -59,7 +47,7 @@ class Session {
   std::unique_ptr<hy_wristlog::Class_Main> main_;
 };
 
-/// Raises 10013 when the user has asked to stop an inquiry, which leaves a logger as it was.
+/// Raises `ReturnCode::Aborted` when the user has asked to stop an inquiry, which leaves a logger as it was.
 void requireNotStopped();
 
 /// The bench of `--simulate`: a docked logger that has been worn for some days.

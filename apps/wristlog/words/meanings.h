@@ -16,7 +16,7 @@ std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer
 
 /// The same for the commands that work with a Pendreader on COM port `port` (0: none is known), where some
 /// codes mean something else.
-std::string legacyExplanationOf(std::int32_t returnCode, std::int16_t port);
+std::string pendrelExplanationOf(std::int32_t returnCode, std::int16_t port);
 
 /// Why the port of the model's only dock cannot be opened; empty when it can, or when there is no such dock.
 std::string portTroubleOf(hy_wristlog::enmLoggerPointer model);

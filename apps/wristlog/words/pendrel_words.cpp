@@ -3,7 +3,7 @@
 #include <cmath>
 #include <sstream>
 
-#include "engineering/recording.h"
+#include "engineering/dates.h"
 #include "words/counted.h"
 
 namespace wristlog {
@@ -49,7 +49,7 @@ std::string recordingWords(const hw::Class_Pendrel& logger) {
   return words.str();
 }
 
-std::string memoryWords(const hw::Class_Pendrel& logger, const hw::LegacyDetails& details) {
+std::string memoryWords(const hw::Class_Pendrel& logger, const hw::PendrelDetails& details) {
   std::ostringstream words;
   if (details.MemorySizeKB > 0)
     words << details.MemorySizeKB << " KB of memory";
@@ -65,7 +65,7 @@ std::string memoryWords(const hw::Class_Pendrel& logger, const hw::LegacyDetails
 
 bool hasBatteryDate(const hw::Class_Pendrel& logger) { return logger.Get_BatteryDate() != UnknownDate; }
 
-std::vector<std::string> problemsOf(const hw::Class_Pendrel& logger, const hw::LegacyDetails& details) {
+std::vector<std::string> problemsOf(const hw::Class_Pendrel& logger, const hw::PendrelDetails& details) {
   std::vector<std::string> problems;
   const auto when = [&](bool wrong, const char* words) {
     if (wrong) problems.emplace_back(words);
@@ -86,7 +86,7 @@ std::vector<std::string> problemsOf(const hw::Class_Pendrel& logger, const hw::L
   return problems;
 }
 
-void tellStatus(const Speech& out, const hw::Class_Pendrel& logger, const hw::LegacyDetails& details) {
+void tellStatus(const Speech& out, const hw::Class_Pendrel& logger, const hw::PendrelDetails& details) {
   out << details.DeviceText << ' ' << logger.Get_SerialNumber() << ", firmware "
       << std::to_string(logger.Get_FirmwareVersion()) << '\n'
       << recordingWords(logger) << '\n'

@@ -14,7 +14,6 @@
 namespace hy_wristlog::platform {
 namespace {
 
-constexpr std::int32_t PortStateFailure = 8015;
 constexpr std::chrono::milliseconds LongestDrain{500};
 
 /// USB adapters hold received bytes back for up to 16 ms unless asked otherwise.
@@ -55,7 +54,7 @@ LinuxSerialPort::~LinuxSerialPort() {
 }
 
 void LinuxSerialPort::raiseGone() const {
-  throw Failure(PortStateFailure, "MSComm",
+  throw Failure(FailureNumber::PortStateFailure, "MSComm",
                 name_ + " has gone: it was unplugged or hung up. Plug it in and try again.");
 }
 
@@ -74,7 +73,7 @@ void LinuxSerialPort::configure(const LineSettings& settings) {
     case LineResult::Refused:
       break;
   }
-  throw Failure(PortStateFailure, "MSComm",
+  throw Failure(FailureNumber::PortStateFailure, "MSComm",
                 name_ + " does not support " + std::to_string(settings.Baud) + " baud with " +
                     std::to_string(settings.DataBits) + " data bits and this parity and stop bit setting");
 }

@@ -10,7 +10,7 @@
 namespace hy_wristlog::platform {
 
 /// An open terminal device. A device without modem lines (a pseudo-terminal) takes them and reads them as
-/// false. A hang-up is seen by every member at once and raises Failure 8015.
+/// false. A hang-up is seen by every member at once and raises Failure PortStateFailure.
 class LinuxSerialPort final : public SerialPort {
  public:
   /// Takes over an open, non-blocking terminal that this program alone holds; both output lines go low, the

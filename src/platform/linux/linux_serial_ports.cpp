@@ -17,9 +17,9 @@
 #include "platform/linux/system_io.h"
 
 namespace hy_wristlog::platform {
-namespace {
 
-constexpr std::int32_t InvalidPort = 8002, PortNotAvailable = 8005, PortStateFailure = 8015;
+using namespace FailureNumber;
+namespace {
 
 [[noreturn]] void raise(std::int32_t number, const std::string& description) {
   throw Failure(number, "MSComm", description);

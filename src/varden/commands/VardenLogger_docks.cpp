@@ -10,6 +10,8 @@
 #include "varden/commands/shell.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr const char* Class = "Class_VardenLogger";
@@ -26,7 +28,7 @@ enum OpenResult : std::int32_t {
   Unfinished = -1,
   Opened = 0,
   AlreadyOpen = 1,
-  InvalidPort = 2,
+  NoSuchPort = 2,
   PortFailed = 3,
   NoLogger = 4,
   LockedUp = 5,
@@ -35,24 +37,24 @@ enum OpenResult : std::int32_t {
 /// The result that a failure of opening a port amounts to.
 std::optional<OpenResult> resultOfFailure(std::int32_t number) {
   switch (number) {
-    case 8005:
+    case PortNotAvailable:
       return AlreadyOpen;
-    case 8002:
-    case 8012:
-      return InvalidPort;
-    case 8001:
-    case 8003:
-    case 8006:
-    case 8011:
-    case 8013:
-    case 8014:
-    case 8016:
-    case 8018:
-    case 8019:
-    case 8020:
-    case 8021:
+    case InvalidPort:
+    case PortClosed:
+      return NoSuchPort;
+    case InvalidTimeout:
+    case NotWhileDesigning:
+    case InvalidDevice:
+    case NoQueues:
+    case DeviceOpen:
+    case NoNotification:
+    case EventMaskFailure:
+    case ClosedWhileInUse:
+    case DeviceBusy:
+    case ReadFailure:
+    case ControlBlockFailure:
       return PortFailed;
-    case 8015:
+    case PortStateFailure:
       return LockedUp;
     default:
       return std::nullopt;
@@ -116,7 +118,7 @@ std::int16_t VardenLogger::fncQuillanderDockCOMport(std::int16_t& NumConnected) 
 bool VardenLogger::fncTolkaLoggerConnected(bool KeepPortOpen, bool LongDSRwait) {
   constexpr const char* Name = "fncTolkaLoggerConnected";
   Procedure procedure{Class, Name};
-  procedure.passesOn(3001, 3002, 3003, 11508);
+  procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, DockPortFailure);
   return procedure.run([&] {
     record.DeviceType = KR_TOLKA;
     std::int16_t docks = 0;
@@ -133,9 +135,11 @@ bool VardenLogger::fncTolkaLoggerConnected(bool KeepPortOpen, bool LongDSRwait) 
       if (result == NoLogger)
         connected = false;
       else if (result == LockedUp)
-        fail(procedure, 11508, Name, "Kestrin 2 Communications Docking Station locked up, error 8015");
+        fail(procedure, DockPortFailure, Name,
+             "Kestrin 2 Communications Docking Station locked up, error 8015");
       else if (result != Opened)
-        fail(procedure, 11508, Name, "Kestrin 2 Communications Docking Station: Unable to open COM port");
+        fail(procedure, DockPortFailure, Name,
+             "Kestrin 2 Communications Docking Station: Unable to open COM port");
     }
     if (connected) connected = procedure.statement([&] { return fncGetVardenPrompt(); });
     if (!KeepPortOpen) procedure.statement([&] { subCloseTolkaPort(); });
@@ -146,7 +150,7 @@ bool VardenLogger::fncTolkaLoggerConnected(bool KeepPortOpen, bool LongDSRwait) 
 bool VardenLogger::fncQuillanderLoggerConnected(bool KeepPortOpen) {
   constexpr const char* Name = "fncQuillanderLoggerConnected";
   Procedure procedure{Class, Name};
-  procedure.passesOn(3001, 3002, 3003, 11508);
+  procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, DockPortFailure);
   return procedure.run([&] {
     record.DeviceType = KR_QUILLANDER;
     std::int16_t docks = 0;
@@ -156,8 +160,9 @@ bool VardenLogger::fncQuillanderLoggerConnected(bool KeepPortOpen) {
     if (connected && !stillGood) {
       dockCOMport_ = port;
       const std::int32_t result = procedure.statement([&] { return fncOpenQuillanderPort(port, false); });
-      if (result == AlreadyOpen || result == InvalidPort)
-        fail(procedure, 11508, Name, "Kestrin Vivid Communications Docking Station: Unable to open COM port");
+      if (result == AlreadyOpen || result == NoSuchPort)
+        fail(procedure, DockPortFailure, Name,
+             "Kestrin Vivid Communications Docking Station: Unable to open COM port");
     }
     if (connected) connected = procedure.statement([&] { return fncGetVardenPrompt(); });
     if (!KeepPortOpen) procedure.statement([&] { subCloseQuillanderPort(); });
@@ -167,7 +172,7 @@ bool VardenLogger::fncQuillanderLoggerConnected(bool KeepPortOpen) {
 
 /// The dock shows a seated logger on DSR once DTR is up. 0 opened, 1 the port is in use, 2 there is no such
 /// port, 3 it failed, 4 no logger, 5 the dock is locked up; -1 when the site's action for another failure is
-/// to leave quietly. Raises 11509 for a port below 1.
+/// to leave quietly. Raises InvalidDockPort for a port below 1.
 std::int32_t VardenLogger::fncOpenTolkaPort(std::int16_t intPort, bool DelayAfterOpen, bool LongDSRwait) {
   constexpr const char* Name = "fncOpenTolkaPort";
   Procedure procedure{Class, Name};
@@ -179,7 +184,7 @@ std::int32_t VardenLogger::fncOpenTolkaPort(std::int16_t intPort, bool DelayAfte
     return TrapAnswer::Leave;
   });
   procedure.run([&] {
-    if (intPort < 1) fail(procedure, 11509, Name, "Invalid COM Port Settings");
+    if (intPort < 1) fail(procedure, InvalidDockPort, Name, "Invalid COM Port Settings");
     openDockPort(procedure, link(), intPort, DelayAfterOpen);
     procedure.statement([&] { link().subEnableDTR(); });
     awaitDsr(procedure, link(), true, LongDSRwait ? 5000 : 1000);
@@ -198,13 +203,14 @@ std::int32_t VardenLogger::fncOpenQuillanderPort(std::int16_t intPort, bool Dela
   std::int32_t result = Unfinished;
   procedure.trap([&](Failure& failure) {
     auto ofFailure = resultOfFailure(failure.Number);
-    if (ofFailure == LockedUp || failure.Number == 3001 || failure.Number == 3002) ofFailure = PortFailed;
+    if (ofFailure == LockedUp || failure.Number == NoCharacters || failure.Number == NoFinalCharacter)
+      ofFailure = PortFailed;
     if (!ofFailure) return TrapAnswer::Dispatch;
     result = *ofFailure;
     return TrapAnswer::Leave;
   });
   procedure.run([&] {
-    if (intPort < 1) fail(procedure, 11509, Name, "Invalid COM Port Settings");
+    if (intPort < 1) fail(procedure, InvalidDockPort, Name, "Invalid COM Port Settings");
     openDockPort(procedure, link(), intPort, DelayAfterOpen);
     procedure.statement([&] { subResetQuillander(); });
     procedure.statement([&] { link().subEnableDTR(); });

@@ -8,12 +8,14 @@
 #include "varden/commands/shell.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 template <class Body>
 void change(Form_Comm& link, const char* name, Body&& body) {
   ShellProcedure shell{link, name};
-  shell.procedure.passesOn(3001, 3002, 3003);
+  shell.procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters);
   shell.procedure.run([&] { body(shell); });
 }
 
@@ -69,7 +71,7 @@ void VardenLogger::subSetVardenMemoryLocation(std::int32_t address, std::uint8_t
 void VardenLogger::subVardenConfigCRCreset() {
   change(link(), "subVardenConfigCRCreset", [](ShellProcedure& shell) {
     std::string mode, otherMode;
-    shell.askUntil(shell::ShowClockMode, {}, 11507, "Checksum failed when reseting logger CRC",
+    shell.askUntil(shell::ShowClockMode, {}, DamagedAnswer, "Checksum failed when reseting logger CRC",
                    [&](std::string& line) {
                      if (!fncCheckCRCandParse(line)) return false;
                      mode = line;

@@ -10,6 +10,8 @@
 #include "varden/config/packets.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 /// A configuration has 256 bytes.
@@ -32,7 +34,7 @@ PacketArray receivePackets(ShellProcedure& shell, Form_Comm& link, std::size_t m
     } catch (const Failure& failure) {
       if (failure.Number != fault::Overflow) throw;
     }
-    shell.fail(3011, "Packet 255 was repeated");
+    shell.fail(RetriesExceeded, "Packet 255 was repeated");
     return {};
   });
 }
@@ -43,7 +45,8 @@ void letLoggerSettle(ShellProcedure& shell) {
 
 /// Failures that a configuration with a stale CRC, or a hiccup on the line, can cause.
 bool curedByReset(std::int32_t failure) {
-  constexpr std::array Curable{3001, 3002, 3003, 3011, 3013, 11505};
+  constexpr std::array Curable{NoCharacters,    NoFinalCharacter, WrongCharacters,
+                               RetriesExceeded, NoPacket,         DamagedConfig};
   return std::find(Curable.begin(), Curable.end(), failure) != Curable.end();
 }
 
@@ -51,14 +54,15 @@ bool curedByReset(std::int32_t failure) {
 
 std::unique_ptr<VardenLogger> VardenLogger::fncReadVardenConfig(bool NewLogger) {
   ShellProcedure shell{link(), "fncReadVardenConfig"};
-  shell.procedure.passesOn(3001, 3002, 3003, 3011, 3013, 11504, 11505);
+  shell.procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, RetriesExceeded, NoPacket,
+                           UnknownStructure, DamagedConfig);
   return shell.procedure.run([&] {
     std::unique_ptr<VardenLogger> fresh;
     if (NewLogger) fresh = std::make_unique<VardenLogger>();
     shell.procedure.statement([&] { subErase(); });
     shell.ask(shell::ShowConfig);
     const PacketArray packets = receivePackets(shell, link(), MostConfigBytes);
-    if (!packets) shell.fail(3013, "No packets received");
+    if (!packets) shell.fail(NoPacket, "No packets received");
     shell.procedure.statement([&] { (fresh ? *fresh : *this).Let_ConfigPackets(packets); });
     letLoggerSettle(shell);
     return fresh;
@@ -68,7 +72,8 @@ std::unique_ptr<VardenLogger> VardenLogger::fncReadVardenConfig(bool NewLogger) 
 /// An abort during the transfer leaves the raw data as they were.
 void VardenLogger::fncReadVardenData() {
   ShellProcedure shell{link(), "fncReadVardenData"};
-  shell.procedure.passesOn(3001, 3002, 3003, 3011, 3013, 11504, 11505);
+  shell.procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, RetriesExceeded, NoPacket,
+                           UnknownStructure, DamagedConfig);
   shell.procedure.run([&] {
     commsAborted_ = false;
     shell.ask(shell::ShowData);
@@ -84,7 +89,8 @@ void VardenLogger::fncReadVardenData() {
 void VardenLogger::subSendVardenConfig() {
   ShellProcedure shell{link(), "subSendVardenConfig"};
   shell.sendFailureProcedure = "subSetVardenClock";
-  shell.procedure.passesOn(3001, 3002, 3003, 3008, 3009, 3010, 3011, 3012);
+  shell.procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, NoInitiation, TransmitTooSlow,
+                           NoAcknowledgement, RetriesExceeded, NoEndAcknowledgement);
   shell.procedure.run([&] {
     // A half-heard "config" may have put the logger into its receive state.
     shell.send(shell::Config.Text, [&] {
@@ -105,7 +111,8 @@ void VardenLogger::subSendVardenConfig() {
 /// told once to make its CRC anew; an abort is not taken for that.
 void VardenLogger::fncReadVardenSetup() {
   Procedure procedure{"Class_VardenLogger", "fncReadVardenSetup"};
-  procedure.passesOn(3001, 3002, 3003, 3011, 3013, 11504, 11505, 11507);
+  procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, RetriesExceeded, NoPacket,
+                     UnknownStructure, DamagedConfig, DamagedAnswer);
   enum class Reading : std::uint8_t { First, Failed, Settled } reading = Reading::First;
   procedure.trap([&](Failure& failure) {
     if (reading != Reading::First || commsAborted_ || !curedByReset(failure.Number))

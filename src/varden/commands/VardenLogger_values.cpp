@@ -16,6 +16,8 @@
 #include "varden/commands/shell.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 /// What a logger says of its battery; -1 for what could not be read.
@@ -67,7 +69,8 @@ bool parseBattery(std::string_view line, bool hasLoadedVoltage, BatteryReading& 
 bool VardenLogger::fncGetVardenPrompt() {
   ShellProcedure shell{link(), "fncGetVardenPrompt"};
   shell.procedure.trap([](Failure& failure) {
-    return failure.Number >= 3001 && failure.Number <= 3003 ? TrapAnswer::Leave : TrapAnswer::Dispatch;
+    return failure.Number >= NoCharacters && failure.Number <= WrongCharacters ? TrapAnswer::Leave
+                                                                               : TrapAnswer::Dispatch;
   });
   bool answered = false;
   shell.procedure.run([&] {
@@ -79,10 +82,10 @@ bool VardenLogger::fncGetVardenPrompt() {
 
 void VardenLogger::fncReadVardenFWversion() {
   ShellProcedure shell{link(), "fncReadVardenFWversion"};
-  shell.procedure.passesOn(3001, 3002, 3003, 11507);
+  shell.procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, DamagedAnswer);
   shell.procedure.run([&] {
     std::string version;
-    shell.askUntil(shell::ShowVersion, {}, 11507, "Checksum failed when retrieving logger time",
+    shell.askUntil(shell::ShowVersion, {}, DamagedAnswer, "Checksum failed when retrieving logger time",
                    [&](std::string& line) {
                      if (!fncCheckCRCandParse(line)) return false;
                      version = line;
@@ -94,11 +97,11 @@ void VardenLogger::fncReadVardenFWversion() {
 
 void VardenLogger::fncReadVardenBatteryVoltage() {
   ShellProcedure shell{link(), "fncReadVardenBatteryVoltage"};
-  shell.procedure.passesOn(3001, 3002, 3003, 11507);
+  shell.procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, DamagedAnswer);
   shell.procedure.run([&] {
     const bool hasLoadedVoltage = shell.procedure.statement([&] { return fncHasLoadedVoltage(); });
-    shell.askUntil(shell::ShowBattery, {}, 11507, "Checksum or format error when retrieving logger time",
-                   [&](std::string& line) {
+    shell.askUntil(shell::ShowBattery, {}, DamagedAnswer,
+                   "Checksum or format error when retrieving logger time", [&](std::string& line) {
                      BatteryReading reading;
                      const bool read =
                          fncCheckCRCandParse(line) && parseBattery(line, hasLoadedVoltage, reading);
@@ -112,10 +115,10 @@ void VardenLogger::fncReadVardenBatteryVoltage() {
 
 void VardenLogger::fncReadVardenTime() {
   ShellProcedure shell{link(), "fncReadVardenTime"};
-  shell.procedure.passesOn(3001, 3002, 3003, 11507);
+  shell.procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, DamagedAnswer);
   shell.procedure.run([&] {
     record.LastLoggerTime = UnknownDate;
-    shell.askUntil(shell::ShowClockTime, {}, 11507, "Checksum failed when retrieving logger time",
+    shell.askUntil(shell::ShowClockTime, {}, DamagedAnswer, "Checksum failed when retrieving logger time",
                    [&](std::string& line) {
                      if (!fncCheckCRCandParse(line) || !isNumeric(line)) return false;
                      record.LastLoggerTime = fncLoggerSecondsToDate(roundToInt32(leadingNumber(line)));
@@ -127,12 +130,12 @@ void VardenLogger::fncReadVardenTime() {
 
 std::uint8_t VardenLogger::fncReadVardenMemoryLocation(std::int32_t address) {
   ShellProcedure shell{link(), "fncReadVardenMemoryLocation"};
-  shell.procedure.passesOn(3001, 3002, 3003, 11510);
+  shell.procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, MemoryReadFailure);
   return shell.procedure.run([&] {
     // "0x", the byte, "#" and a CRC, which is not looked at.
     constexpr std::size_t LineSize = 9;
     std::uint8_t value = 0;
-    shell.askUntil(shell::ReadMemory, hexadecimal(static_cast<std::uint32_t>(address)), 11510,
+    shell.askUntil(shell::ReadMemory, hexadecimal(static_cast<std::uint32_t>(address)), MemoryReadFailure,
                    "Failed to read logger memory", [&](std::string& line) {
                      if (line.size() != LineSize) return false;
                      std::string digits = line.substr(2, 2);

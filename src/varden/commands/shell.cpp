@@ -18,7 +18,8 @@ constexpr std::int32_t EchoWait = 1000;
 
 /// The failure's number when the logger did not hear the command right, otherwise 0.
 std::int32_t failureToSend(const Failure& failure) {
-  const bool ofTheEcho = failure.Number == 3001 || failure.Number == 3003;
+  const bool ofTheEcho =
+      failure.Number == FailureNumber::NoCharacters || failure.Number == FailureNumber::WrongCharacters;
   const bool ofTheSend = failure.Source.find("Form_Comm.subSendChars") != std::string::npos;
   return ofTheEcho && ofTheSend ? failure.Number : 0;
 }

@@ -56,11 +56,11 @@ class ShellProcedure {
   const char* sendFailureProcedure;
 
   /// Types a command. One that is not echoed, or echoed wrong, is typed again after a pause. The procedure
-  /// has three sends for all its commands: then raises 3001 or 3003. Other failures of a send are forgotten,
-  /// since the answer that stays away tells of them.
+  /// has three sends for all its commands: then raises NoCharacters or WrongCharacters. Other failures of a
+  /// send are forgotten, since the answer that stays away tells of them.
   void send(std::string_view command, const std::function<void()>& beforeRepeat = {});
 
-  /// Reads up to `terminator`. Raises 3001 and 3002.
+  /// Reads up to `terminator`. Raises NoCharacters and NoFinalCharacter.
   std::string readLine(char terminator, std::int32_t silence);
 
   /// Sends a command and reads its answer. Gives the value line, which is empty when there is none.

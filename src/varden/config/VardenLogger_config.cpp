@@ -7,6 +7,7 @@
 #include "tools/Class_Tools.h"
 #include "varden/VardenLogger.h"
 #include "varden/config/config_codec.h"
+#include "varden/config/logger_zone.h"
 #include "varden/config/packets.h"
 #include "varden/config/subject_codec.h"
 

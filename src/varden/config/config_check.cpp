@@ -14,7 +14,9 @@ namespace {
 
 constexpr std::string_view Unused = "Unused 2";
 
-[[noreturn]] void refuse(const std::string& words) { throw Failure(11503, "checkEditedConfig", words); }
+[[noreturn]] void refuse(const std::string& words) {
+  throw Failure(FailureNumber::OutOfRange, "checkEditedConfig", words);
+}
 
 /// A record whose values all fit, so that what fails is the value put into it.
 VardenRecord plainRecord() {

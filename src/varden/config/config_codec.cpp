@@ -9,13 +9,16 @@
 
 #include "base/ascii.h"
 #include "base/code_page.h"
+#include "base/dates.h"
 #include "base/faults.h"
 #include "tools/Class_Tools.h"
-#include "varden/battery.h"
 #include "varden/config/wire_codes.h"
 #include "varden/firmware.h"
+#include "varden/logger_seconds.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr std::size_t VersionOffset = 2;
@@ -136,18 +139,18 @@ void readVariablePart(std::span<const std::uint8_t> bytes, VardenConfigBlock& bl
   block.Unused1.assign(unused.begin(), unused.end());
 }
 
-double dateOrNone(std::int32_t seconds) { return seconds == 0 ? 0 : loggerSecondsToDate(seconds); }
+double dateOrNone(std::int32_t seconds) { return seconds == 0 ? 0 : dateFromUnixSeconds(seconds); }
 std::int32_t secondsOrNone(double date) { return date == 0 ? 0 : dateToLoggerSeconds(date); }
 
 Failure encodeFailure(std::int32_t number, const char* description) {
   return {number, "Class_VardenLogger.fncEncodeVardenLoggerConfig", description};
 }
 
-/// The code of a row, or 11503.
+/// The code of a row, or OutOfRange.
 template <class Row>
 std::uint8_t wireOrRaise(Row row, const char* description) {
   if (const auto wire = wireOfRow(row)) return *wire;
-  throw encodeFailure(11503, description);
+  throw encodeFailure(OutOfRange, description);
 }
 
 /// A number of 16 bits from its two bytes; the high one must fit.
@@ -158,7 +161,7 @@ std::uint16_t unsigned16(std::int32_t value) {
 template <class Field>
 Field biasOrRaise(std::int32_t minutes, const char* description) {
   if (minutes < std::numeric_limits<Field>::min() || minutes > std::numeric_limits<Field>::max())
-    throw encodeFailure(11503, description);
+    throw encodeFailure(OutOfRange, description);
   return static_cast<Field>(minutes);
 }
 
@@ -209,14 +212,14 @@ void checkConfigCrc(std::span<const std::uint8_t> block) {
       Class_Tools::fncGetCRC16(block.subspan(VersionOffset, ConfigBlockSize - VersionOffset)) ==
           (block[0] | block[1] << 8))
     return;
-  throw Failure(11505, "Class_VardenLogger.subDecodeVardenLoggerConfig",
+  throw Failure(DamagedConfig, "Class_VardenLogger.subDecodeVardenLoggerConfig",
                 "Logger configuration CRC verification failed");
 }
 
 void checkConfigVersion(std::span<const std::uint8_t> block) {
   const std::uint8_t version = fault::at(block, VersionOffset);
   if (version != 1 && version != 2)
-    throw Failure(11504, "Class_VardenLogger.subDecodeVardenLoggerConfig",
+    throw Failure(UnknownStructure, "Class_VardenLogger.subDecodeVardenLoggerConfig",
                   "This logger data version (" + std::to_string(version) + ") is not supported.");
 }
 
@@ -244,14 +247,14 @@ void applyConfigBlock(const VardenConfigBlock& block, VardenRecord& record) {
   record.Unused1 = block.Unused1;
   record.BootLoaderFlag = block.BootLoaderFlag;
   record.EncodedSetup = block.SubjectIdentity;
-  record.BatteryDate = loggerSecondsToDate(block.BatteryDate);
+  record.BatteryDate = dateFromUnixSeconds(block.BatteryDate);
   record.LightScaleCalibration = block.LightCalibration;
   record.ActivityCalibration = block.ActivityCalibration;
   record.AcquisitionMode = rowOfWire<enmVardenLoggingMode>(block.AcquisitionMode);
   // A damaged length must not lock the logger out: it comes back negative, which nobody records with.
   record.EpochLength = static_cast<std::int16_t>(block.EpochLength);
-  record.StartTimeGMT = loggerSecondsToDate(block.StartTime);
-  record.EndTimeGMT = loggerSecondsToDate(block.StopTime);
+  record.StartTimeGMT = dateFromUnixSeconds(block.StartTime);
+  record.EndTimeGMT = dateFromUnixSeconds(block.StopTime);
   record.TZbias = block.TimeZoneBias;
   record.TZstandardBias = block.StandardBias;
   record.TZdaylightBias = block.DaylightBias;
@@ -280,7 +283,7 @@ void applyConfigBlock(const VardenConfigBlock& block, VardenRecord& record) {
 
 ByteArray encodeConfigBlock(const VardenRecord& record) {
   if (record.StructureVersion != 1 && record.StructureVersion != 2)
-    throw encodeFailure(11504, "This version of logger configuration structure not supported");
+    throw encodeFailure(UnknownStructure, "This version of logger configuration structure not supported");
   const VardenConfigBlock block = sentFields(record);
   ByteArray sent(ConfigBlockSize);
   visitFields(block, FieldWriter{sent});

@@ -15,9 +15,9 @@ inline constexpr std::size_t ConfigBlockSize = 256;
 /// The part in front is the logger's own.
 inline constexpr std::size_t ConfigSentFrom = 64;
 
-/// Raises 11505 when the stored CRC is not that of the block, or the block is not complete.
+/// Raises DamagedConfig when the stored CRC is not that of the block, or the block is not complete.
 void checkConfigCrc(std::span<const std::uint8_t> block);
-/// Raises 11504 for a structure version other than 1 and 2.
+/// Raises UnknownStructure for a structure version other than 1 and 2.
 void checkConfigVersion(std::span<const std::uint8_t> block);
 /// Raises 9 for less than a whole block.
 VardenConfigBlock readConfigBlock(std::span<const std::uint8_t> block);
@@ -27,14 +27,9 @@ VardenConfigBlock readConfigBlock(std::span<const std::uint8_t> block);
 /// seconds.
 void applyConfigBlock(const VardenConfigBlock& block, VardenRecord& record);
 
-/// The 256 bytes to send. Raises 11504 for a structure version other than 1 and 2; 11503 for an enumeration
-/// without a code, a bias out of range or a date before 1901-12-13; 6 for a number that does not fit its
-/// field.
+/// The 256 bytes to send. Raises UnknownStructure for a structure version other than 1 and 2; OutOfRange for
+/// an enumeration without a code, a bias out of range or a date before 1901-12-13; 6 for a number that does
+/// not fit its field.
 ByteArray encodeConfigBlock(const VardenRecord& record);
-
-/// The zone that the logger was set up for: the one of its standard abbreviation, when its biases and, with
-/// AutoDSTadjust, its changes are the logger's; otherwise the first one with the logger's bias; null when
-/// there is none. Raises 9998 when the system has no zones.
-TimeZoneRef findLoggerZone(const VardenRecord& record);
 
 }  // namespace hy_wristlog

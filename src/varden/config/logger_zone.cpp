@@ -1,8 +1,9 @@
+#include "varden/config/logger_zone.h"
+
 #include <algorithm>
 
 #include "base/dates.h"
 #include "timezones/Class_TimeZoneTools.h"
-#include "varden/config/config_codec.h"
 
 namespace hy_wristlog {
 namespace {

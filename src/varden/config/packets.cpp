@@ -7,7 +7,7 @@
 namespace hy_wristlog {
 
 void requirePackets(const PacketArray& packets, const char* source) {
-  if (!packets) throw Failure(11503, source, "Invalid packet array input");
+  if (!packets) throw Failure(FailureNumber::OutOfRange, source, "Invalid packet array input");
 }
 
 void dropRepeatedPackets(PacketArray& packets) {

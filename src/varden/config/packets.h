@@ -5,7 +5,7 @@
 
 namespace hy_wristlog {
 
-/// Raises 11503 "Invalid packet array input", of the procedure `source`, when there is no array.
+/// Raises OutOfRange "Invalid packet array input", of the procedure `source`, when there is no array.
 void requirePackets(const PacketArray& packets, const char* source);
 
 /// Leaves out each packet that is, in number and bytes, the one before it: a sender that did not hear the

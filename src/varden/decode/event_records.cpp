@@ -3,8 +3,8 @@
 #include <array>
 
 #include "base/dates.h"
-#include "varden/battery.h"
 #include "varden/decode/acquisition.h"
+#include "varden/logger_seconds.h"
 
 namespace hy_wristlog {
 namespace {
@@ -106,7 +106,7 @@ std::int32_t eventValue(const DecodeWalk& walk) {
   return static_cast<std::int32_t>(value);
 }
 
-double eventTime(const DecodeWalk& walk) { return loggerSecondsToDate(eventValue(walk)); }
+double eventTime(const DecodeWalk& walk) { return dateFromUnixSeconds(eventValue(walk)); }
 
 void moveDock(DecodeWalk& walk, const DockEvent& event) {
   if (event.Move != DockMove::None) walk.Docked = event.Move == DockMove::In;

@@ -173,7 +173,7 @@ SampleDecoder::SampleDecoder(DecodeWalk& walk, bool newLightScaleFactors)
 void SampleDecoder::decode() {
   if (!walk_.Layout->DecodeSample) {
     walk_.Arrays.at<Wrist>(walk_.Index) = walk_.takeWristStatus();
-    throw Failure(11503, "Class_VardenLogger.fncDecodeDataArrays", NoMode);
+    throw Failure(FailureNumber::OutOfRange, "Class_VardenLogger.fncDecodeDataArrays", NoMode);
   }
   walk_.Layout->DecodeSample(*this);
 }

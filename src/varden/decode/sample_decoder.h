@@ -60,8 +60,8 @@ class SampleDecoder {
   SampleDecoder(DecodeWalk& walk, bool newLightScaleFactors);
 
   /// Stores the sample at the walk's index and moves the position behind it. Values are -1 where the record
-  /// does not fit, was made in a dock, or is out of range (result 13 or 11). Raises 11503 for a mode without
-  /// samples.
+  /// does not fit, was made in a dock, or is out of range (result 13 or 11). Raises OutOfRange for a mode
+  /// without samples.
   void decode();
 
   template <enmDeviceType Device, enmVardenLoggingMode Mode>

@@ -9,6 +9,8 @@
 #include "varden/firmware.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr std::array EpochLengths{15, 30, 60, 120, 300};
@@ -49,8 +51,8 @@ void StreamDecoder::prepare() {
   walk_.Result = Decode_InputError;
   if (record.BytesUsed < 1) return;
   if (!diagnostic && std::count(EpochLengths.begin(), EpochLengths.end(), record.EpochLength) == 0)
-    fail(11503, "Invalid Epoch Length");
-  if (record.StartTimeGMT < UnixEpochDate) fail(11503, "Invalid Start Time");
+    fail(OutOfRange, "Invalid Epoch Length");
+  if (record.StartTimeGMT < UnixEpochDate) fail(OutOfRange, "Invalid Start Time");
   if (!acceptsFirmware()) return;
 
   if (record.RawData) walk_.Raw = *record.RawData;
@@ -72,7 +74,7 @@ void StreamDecoder::prepare() {
 
 bool StreamDecoder::acceptsFirmware() {
   if (isValidFirmware(walk_.Record)) return true;
-  if (!walk_.Options.Diagnostic) fail(11503, "Invalid Firmware Version");
+  if (!walk_.Options.Diagnostic) fail(OutOfRange, "Invalid Firmware Version");
   if (walk_.Options.ShowMessage)
     walk_.Options.ShowMessage("Unknown FW version",
                               "Firmware version is unknown. Do a 'show version' before 'show data'\r\n"
@@ -83,10 +85,11 @@ bool StreamDecoder::acceptsFirmware() {
 void StreamDecoder::allocate() {
   const VardenRecord& record = walk_.Record;
   if (record.DeviceType != KR_QUILLANDER && record.DeviceType != KR_TOLKA)
-    fail(11502, "Incompatible Device Type");
+    fail(WrongDeviceType, "Incompatible Device Type");
   walk_.Layout = findModeLayout(record.DeviceType, record.AcquisitionMode);
-  if (!walk_.Layout) fail(11503, "Incompatible Logging Mode");
-  if (!meetsNeed(record, walk_.Layout->Need, walk_.Options.Diagnostic)) fail(11503, walk_.Layout->Refusal);
+  if (!walk_.Layout) fail(OutOfRange, "Incompatible Logging Mode");
+  if (!meetsNeed(record, walk_.Layout->Need, walk_.Options.Diagnostic))
+    fail(OutOfRange, walk_.Layout->Refusal);
   const auto bytes = std::min(walk_.Length, static_cast<std::int64_t>(walk_.Raw.size()));
   walk_.Arrays.allocate(walk_.Layout->arrays(), walk_.Length, bytes / walk_.Layout->RecordLength + 1);
 }

@@ -22,10 +22,11 @@ class StreamDecoder {
   /// Checks the record, makes the arrays and walks over the bytes. Without bytes, or with unknown firmware in
   /// a diagnostic decode, nothing is decoded: the result stays `Decode_InputError`. After a failure the
   /// arrays hold the epochs decoded so far. Raises
-  ///  - 11503 "Invalid Epoch Length", "Invalid Start Time", "Invalid Firmware Version", the texts of missing
+  ///  - OutOfRange "Invalid Epoch Length", "Invalid Start Time", "Invalid Firmware Version", the texts of
+  ///  missing
   ///    calibrations, and "Incompatible Logging Mode", which mode 9 of the Quillander meets at its first
   ///    sample;
-  ///  - 11502 "Incompatible Device Type";
+  ///  - WrongDeviceType "Incompatible Device Type";
   ///  - fault 5 for an impossible start time, 6 and 7 for a recording beyond all bounds, 7 for gaps that add
   ///    up to more epochs of 15 s than two years have, 11 for an epoch length of 0 in a diagnostic decode;
   ///  - fault 9 when `BytesUsed` reaches beyond the raw bytes, when a start that runs back has shrunk the

@@ -10,9 +10,9 @@
 #include "base/numbers.h"
 #include "errors/Procedure.h"
 #include "varden/VardenLogger.h"
-#include "varden/battery.h"
 #include "varden/decode/event_records.h"
 #include "varden/files/data_files.h"
+#include "varden/logger_seconds.h"
 
 namespace hy_wristlog {
 namespace {
@@ -24,7 +24,7 @@ constexpr std::size_t SubjectLength = 19;
 constexpr std::int32_t SecondsPerUnit = 15;
 
 [[noreturn]] void fail(const char* text) {
-  throw Failure(11503, "Class_VardenLogger.subSaveActivityOnlyKRD", text);
+  throw Failure(FailureNumber::OutOfRange, "Class_VardenLogger.subSaveActivityOnlyKRD", text);
 }
 
 void checkRecord(const VardenRecord& record) {
@@ -55,7 +55,7 @@ std::int64_t findLastStart(VardenRecord& record, std::int64_t last) {
   std::int64_t position = 0;
   for (std::int64_t at = 0; at + EventStep <= last; ++at) {
     if (fault::at(raw, at) != EventMark || (fault::at(raw, at + 1) & AcquisitionStart) == 0) continue;
-    record.StartTimeGMT = loggerSecondsToDate(loggerSecondsAt(raw, at + TimeAt));
+    record.StartTimeGMT = dateFromUnixSeconds(loggerSecondsAt(raw, at + TimeAt));
     position = at + EventStep;
   }
   return position;

@@ -7,9 +7,9 @@
 #include "errors/GlobalState.h"
 #include "errors/Procedure.h"
 #include "varden/VardenLogger.h"
-#include "varden/battery.h"
 #include "varden/decode/event_records.h"
 #include "varden/files/data_files.h"
+#include "varden/logger_seconds.h"
 
 namespace hy_wristlog {
 namespace {
@@ -19,7 +19,7 @@ constexpr std::int64_t TimeAt = 2, SampleLength = 2;
 constexpr std::array<const char*, 4> Resistors{"0 = 560 ohm", "1 = 8.2 kohm", "2 = 150 kohm", "3 = 2.2 Mohm"};
 
 [[noreturn]] void fail(const char* text) {
-  throw Failure(11506, "Class_VardenLogger.subSaveDecodedTolkaTestDataToFile", text);
+  throw Failure(FailureNumber::NoLightTest, "Class_VardenLogger.subSaveDecodedTolkaTestDataToFile", text);
 }
 
 void checkStart(const ByteArray& raw) {
@@ -54,7 +54,7 @@ void VardenLogger::subSaveDecodedTolkaTestDataToFile(std::string_view path) {
     if (!requireRawData(record)) return;
     procedure.statement([&] { checkStart(*record.RawData); });
     procedure.statement(
-        [&] { record.StartTimeGMT = loggerSecondsToDate(loggerSecondsAt(*record.RawData, TimeAt)); });
+        [&] { record.StartTimeGMT = dateFromUnixSeconds(loggerSecondsAt(*record.RawData, TimeAt)); });
     procedure.statement([&] {
       file.line("QV/HY Tolka Logger Light Test Data Output File");
       file.line("Start Time (GMT/UTC):", formatDate(record.StartTimeGMT, globals().LongDateTimeFormat));

@@ -94,7 +94,8 @@ constexpr Column OffWristFrequency =
 /// Fails for a device and mode that the report has no columns for.
 std::vector<Column> columnsOf(enmDeviceType device, enmVardenLoggingMode mode) {
   const bool quillander = device == KR_QUILLANDER;
-  if (!quillander && device != KR_TOLKA) throw Failure(11502, Source, "Incompatible Device Type");
+  if (!quillander && device != KR_TOLKA)
+    throw Failure(FailureNumber::WrongDeviceType, Source, "Incompatible Device Type");
   switch (mode) {
     case VardenMode_ActivityOnly:
       return quillander ? std::vector{Activity, Wrist} : std::vector{Activity};
@@ -117,7 +118,7 @@ std::vector<Column> columnsOf(enmDeviceType device, enmVardenLoggingMode mode) {
     default:
       break;
   }
-  throw Failure(11503, Source, "Incompatible Logging Mode");
+  throw Failure(FailureNumber::OutOfRange, Source, "Incompatible Logging Mode");
 }
 
 /// The texts of one column. What was never stored is empty, except that the wrist then counts as on.

@@ -3,19 +3,20 @@
 #include "base/code_page.h"
 #include "pendrel/Pendrel.h"
 #include "workflows/pendrel/pendrel_run.h"
-#include "workflows/return_codes.h"
 
 namespace hy_wristlog {
 
-LegacyWorkflows::LegacyWorkflows(Class_Main& main) : state_(*main.state_) {}
+using namespace FailureNumber;
 
-const std::shared_ptr<Class_Pendrel>& LegacyWorkflows::LegacyLogger() const { return state_.LegacyLogger; }
+PendrelWorkflows::PendrelWorkflows(Class_Main& main) : state_(*main.state_) {}
 
-std::int16_t LegacyWorkflows::ProgressPercent() const { return state_.LegacyProgressPercent; }
+const std::shared_ptr<Class_Pendrel>& PendrelWorkflows::LegacyLogger() const { return state_.LegacyLogger; }
 
-LegacyDetails LegacyWorkflows::Details() const {
+std::int16_t PendrelWorkflows::ProgressPercent() const { return state_.PendrelProgressPercent; }
+
+PendrelDetails PendrelWorkflows::Details() const {
   const PendrelRecord& record = state_.pendrel().record;
-  LegacyDetails details;
+  PendrelDetails details;
   details.DeviceType = record.Get_DeviceType();
   details.DeviceText = record.Get_DeviceText();
   details.MemorySizeKB = record.MemorySizeKB;
@@ -24,16 +25,17 @@ LegacyDetails LegacyWorkflows::Details() const {
   details.MaxRecordingTime =
       record.Get_MaxRecordingTime() * std::max<std::int16_t>(record.MemorySizeKB, 0) / LargestMemoryKB;
   details.SetupText = utf8FromAnsiText(record.SetupText);
-  const auto read = std::min(record.RawData.size(), static_cast<std::size_t>(state_.LegacyBytesRead));
-  details.SetupTouched = state_.LegacySetupTouched;
+  const auto read = std::min(record.RawData.size(), static_cast<std::size_t>(state_.PendrelBytesRead));
+  details.SetupTouched = state_.PendrelSetupTouched;
   details.Memory.assign(record.RawData.begin(), record.RawData.begin() + static_cast<std::ptrdiff_t>(read));
   return details;
 }
 
-std::int32_t LegacyWorkflows::ReadLegacySetup(bool SearchCOMport) {
-  LegacyRun run(state_, "ReadLegacySetup", {3001, 3002, 3003, 10108});
+std::int32_t PendrelWorkflows::ReadPendrelSetup(bool SearchCOMport) {
+  PendrelRun run(state_, "ReadPendrelSetup",
+                 {NoCharacters, NoFinalCharacter, WrongCharacters, PendrelChecksum});
   return run.run([&] {
-    if (reachLegacyLogger(run, *this, state_, SearchCOMport)) run.endWith(ReturnCode::Success);
+    if (reachPendrelLogger(run, *this, state_, SearchCOMport)) run.endWith(ReturnCode::Success);
   });
 }
 

@@ -15,7 +15,7 @@
 namespace hy_wristlog {
 
 /// What is known of a Pendrel logger beside the properties of Class_Pendrel.
-struct LegacyDetails {
+struct PendrelDetails {
   enmDeviceType DeviceType = Device_Unknown;
   std::string DeviceText;            ///< "Pendrel", "Pendrel Steps", or empty
   std::int16_t MemorySizeKB = 0;     ///< -1 for a code that is not known
@@ -27,25 +27,25 @@ struct LegacyDetails {
 };
 
 /// The workflows of a Class_Main for a Pendrel logger in a Pendreader. The public interface refuses the
-/// family (10009); this is the way to them for tests and the terminal program. Everything returns a code: 0,
-/// one of its own, or the number of the failure that ended it. `Class_Main::AbortComms` stops what talks to a
-/// logger at its next checkpoint, which may be a dozen seconds away, with 10013.
-class HY_WRISTLOG_API LegacyWorkflows {
+/// family (WrongLogger); this is the way to them for tests and the terminal program. Everything returns a
+/// code: 0, one of its own, or the number of the failure that ended it. `Class_Main::AbortComms` stops what
+/// talks to a logger at its next checkpoint, which may be a dozen seconds away, with Aborted.
+class HY_WRISTLOG_API PendrelWorkflows {
  public:
   /// `main` must outlive this.
-  explicit LegacyWorkflows(Class_Main& main);
+  explicit PendrelWorkflows(Class_Main& main);
 
   /// The one logger object, which every workflow fills anew as far as it comes: what stands in it counts only
   /// after a code of 0.
   const std::shared_ptr<Class_Pendrel>& LegacyLogger() const;
   /// Up to 14 while a retrieval reads the memory, decoding to come.
   std::int16_t ProgressPercent() const;
-  LegacyDetails Details() const;
+  PendrelDetails Details() const;
   /// Called before each port of a search.
   std::function<void(std::int16_t port)> TryingPort;
 
   /// Reads the set-up of the logger in the reader into `LegacyLogger`, and changes nothing.
-  std::int32_t ReadLegacySetup(bool SearchCOMport);
+  std::int32_t ReadPendrelSetup(bool SearchCOMport);
 
   /// Sets the logger up, reads the set-up back, and tells the logger how long to wait for its start.
   ///
@@ -53,8 +53,8 @@ class HY_WRISTLOG_API LegacyWorkflows {
   /// `TimeZoneAbbrev` is one of the zone catalogue's three letters; empty takes the machine's zone.
   /// `DataCollectionLocalStartTime` are local logger seconds, cut to the minute, 0: as soon as possible. The
   /// start lies from the next full minute on (the next but one when the minute has begun) within 32896
-  /// epochs, else 10007, and not behind 2029, else 10018: a logger keeps two digits of the year. An empty
-  /// Identity or GUID of the subject is filled in. The memory of a logger with steps is cleared unless
+  /// epochs, else WrongStart, and not behind 2029, else WrongDate: a logger keeps two digits of the year. An
+  /// empty Identity or GUID of the subject is filled in. The memory of a logger with steps is cleared unless
   /// LegacyClearMemoryOnConfigure is false. The outputs, `DataCollectionLocalStartTime` among them, are set
   /// on success.
   std::int32_t ConfigureLegacy(enmPDLoggingMode AcquisitionMode, std::int32_t EpochLength,
@@ -67,7 +67,8 @@ class HY_WRISTLOG_API LegacyWorkflows {
   /// `Unread` is read by nothing.
   std::int32_t RetrieveLegacy(Class_Subject& Subject, bool Unread, float& BatteryLifeRemaining,
                               bool SearchCOMport, bool RepairSetup);
-  /// `DateText` is six digits: day, month, year (30 to 99: 1930 to 1999). 10018 for a day that there is not.
+  /// `DateText` is six digits: day, month, year (30 to 99: 1930 to 1999). WrongDate for a day that there is
+  /// not.
   std::int32_t UpdateBatteryDate(const std::string& DateText, bool SearchCOMport);
   /// Tries ports 1 to 64, some three seconds each; the first with a prompt goes to Settings.INI. A port that
   /// fails in whatever way is passed over. The outputs are set when a port was found, even if Settings.INI
@@ -77,8 +78,8 @@ class HY_WRISTLOG_API LegacyWorkflows {
   /// success.
   std::int32_t fncReadCOMportFromINI(std::int16_t& Port, std::string& Text);
   std::int32_t fncWriteCOMportToINI(std::int16_t Port);
-  /// Writes LegacyLogger's data as a KRC text file, UTF-8 with CR LF, whole or not at all. 10002 for a folder
-  /// that cannot be written to, 9 when the arrays are shorter than Samples.
+  /// Writes LegacyLogger's data as a KRC text file, UTF-8 with CR LF, whole or not at all. NotWritable for a
+  /// folder that cannot be written to, 9 when the arrays are shorter than Samples.
   std::int32_t fncWriteKRCfile(const std::string& Path);
 
  private:

@@ -6,9 +6,10 @@
 #include "base/numbers.h"
 #include "pendrel/Pendrel.h"
 #include "workflows/pendrel/pendrel_run.h"
-#include "workflows/return_codes.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 /// The date of "ddmmyy"; none when there is no such day.
@@ -31,15 +32,16 @@ std::optional<double> dateOf(const std::string& text) {
 
 }  // namespace
 
-std::int32_t LegacyWorkflows::UpdateBatteryDate(const std::string& DateText, bool SearchCOMport) {
-  LegacyRun run(state_, "UpdateBatteryDate", {3001, 3002, 3003, 10108});
+std::int32_t PendrelWorkflows::UpdateBatteryDate(const std::string& DateText, bool SearchCOMport) {
+  PendrelRun run(state_, "UpdateBatteryDate",
+                 {NoCharacters, NoFinalCharacter, WrongCharacters, PendrelChecksum});
   return run.run([&] {
     const auto date = run.step([&] { return dateOf(DateText); });
     if (!date) {
       run.endWith(ReturnCode::WrongDate);
       return;
     }
-    if (!reachLegacyLogger(run, *this, state_, SearchCOMport)) return;
+    if (!reachPendrelLogger(run, *this, state_, SearchCOMport)) return;
     Pendrel& logger = state_.pendrel();
     run.step([&] { logger.subSendBatteryDate(*date); });
     if (run.aborted()) return;

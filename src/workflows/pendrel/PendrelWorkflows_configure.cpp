@@ -2,22 +2,24 @@
 
 #include "base/dates.h"
 #include "base/faults.h"
+#include "base/numbers.h"
 #include "pendrel/Pendrel.h"
 #include "pendrel/setup_answer.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "tools/Class_Tools.h"
 #include "workflows/configure_times.h"
 #include "workflows/pendrel/pendrel_run.h"
-#include "workflows/return_codes.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 /// The longest wait that a logger can be told.
 constexpr double LongestWaitEpochs = 32896;
 constexpr std::uint8_t FirstFirmwareThatClears = 148;
 
-struct LegacyRequest {
+struct PendrelRequest {
   enmPDLoggingMode AcquisitionMode;
   std::int32_t EpochLength;
   const std::string& TimeZoneAbbrev;
@@ -26,7 +28,7 @@ struct LegacyRequest {
   bool SearchCOMport;
 };
 
-struct LegacyOutputs {
+struct PendrelOutputs {
   float BatteryLife = 0;
   std::string SerialNumber;
   std::int32_t LocalStartTime = 0;
@@ -46,29 +48,31 @@ bool sameSetup(const PendrelRecord& wanted, const PendrelRecord& found) {
          (wanted.Get_DeviceType() != KR_PENDREL_CRC_STEPS || wanted.AcquisitionMode == found.AcquisitionMode);
 }
 
-class ConfigureLegacyWorkflow {
+class ConfigurePendrelWorkflow {
  public:
-  ConfigureLegacyWorkflow(LegacyWorkflows& workflows, MainState& state, const LegacyRequest& request,
-                          Class_Subject& subject)
+  ConfigurePendrelWorkflow(PendrelWorkflows& workflows, MainState& state, const PendrelRequest& request,
+                           Class_Subject& subject)
       : workflows_(workflows),
         state_(state),
         request_(request),
         subject_(subject),
-        run_(state, "ConfigureLegacy", {3001, 3002, 3003, 10012, 10108, 10111, 10112, 10113}) {}
+        run_(state, "ConfigureLegacy",
+             {NoCharacters, NoFinalCharacter, WrongCharacters, ReturnCode::VerificationFailed,
+              PendrelChecksum, StartPassed, DelayOutOfBounds, WrongDelayEcho}) {}
 
-  LegacyOutputs outputs;
+  PendrelOutputs outputs;
 
   std::int32_t run() {
-    using Step = bool (ConfigureLegacyWorkflow::*)();
+    using Step = bool (ConfigurePendrelWorkflow::*)();
     // The start is settled again behind the clearing, which takes its time; a start that cannot be had is
     // refused while the recording is still there.
-    constexpr Step Steps[] = {&ConfigureLegacyWorkflow::settleStart, &ConfigureLegacyWorkflow::clearMemory,
-                              &ConfigureLegacyWorkflow::settleStart, &ConfigureLegacyWorkflow::fillLogger,
-                              &ConfigureLegacyWorkflow::sendSetup,   &ConfigureLegacyWorkflow::verify,
-                              &ConfigureLegacyWorkflow::sendStart};
+    constexpr Step Steps[] = {&ConfigurePendrelWorkflow::settleStart, &ConfigurePendrelWorkflow::clearMemory,
+                              &ConfigurePendrelWorkflow::settleStart, &ConfigurePendrelWorkflow::fillLogger,
+                              &ConfigurePendrelWorkflow::sendSetup,   &ConfigurePendrelWorkflow::verify,
+                              &ConfigurePendrelWorkflow::sendStart};
     return run_.run([&] {
-      state_.LegacySetupTouched = false;
-      if (!checkArguments() || !reachLegacyLogger(run_, workflows_, state_, request_.SearchCOMport)) return;
+      state_.PendrelSetupTouched = false;
+      if (!checkArguments() || !reachPendrelLogger(run_, workflows_, state_, request_.SearchCOMport)) return;
       for (const Step step : Steps)
         if (!(this->*step)() || run_.aborted()) return;
       finish();
@@ -108,7 +112,7 @@ class ConfigureLegacyWorkflow {
     const bool clears = type == KR_PENDREL_CRC_STEPS ||
                         (type == KR_PENDREL && record().FirmwareVersion >= FirstFirmwareThatClears);
     if (!state_.LegacyClearMemoryOnConfigure || !clears) return true;
-    state_.LegacySetupTouched = true;
+    state_.PendrelSetupTouched = true;
     run_.step([&] { logger().subClearMemory(0); });
     return true;
   }
@@ -157,7 +161,7 @@ class ConfigureLegacyWorkflow {
   }
 
   bool sendSetup() {
-    state_.LegacySetupTouched = true;
+    state_.PendrelSetupTouched = true;
     run_.step([&] { logger().subSendSetup(false); });
     run_.step([&] { logger().subCloseCOMport(); });
     return true;
@@ -194,26 +198,26 @@ class ConfigureLegacyWorkflow {
     });
   }
 
-  LegacyWorkflows& workflows_;
+  PendrelWorkflows& workflows_;
   MainState& state_;
-  const LegacyRequest& request_;
+  const PendrelRequest& request_;
   Class_Subject& subject_;
-  LegacyRun run_;
+  PendrelRun run_;
   TimeZoneRef zone_;
   double startUtc_ = 0, startLocal_ = 0;
 };
 
 }  // namespace
 
-std::int32_t LegacyWorkflows::ConfigureLegacy(enmPDLoggingMode AcquisitionMode, std::int32_t EpochLength,
-                                              Class_Subject& Subject, const std::string& TimeZoneAbbrev,
-                                              bool AutoDSTadjust, std::int32_t& DataCollectionLocalStartTime,
-                                              bool SearchCOMport, float& BatteryLifeRemaining,
-                                              std::string& DeviceSerialNumber) {
-  const LegacyRequest request{
+std::int32_t PendrelWorkflows::ConfigureLegacy(enmPDLoggingMode AcquisitionMode, std::int32_t EpochLength,
+                                               Class_Subject& Subject, const std::string& TimeZoneAbbrev,
+                                               bool AutoDSTadjust, std::int32_t& DataCollectionLocalStartTime,
+                                               bool SearchCOMport, float& BatteryLifeRemaining,
+                                               std::string& DeviceSerialNumber) {
+  const PendrelRequest request{
       AcquisitionMode, EpochLength, TimeZoneAbbrev, AutoDSTadjust, DataCollectionLocalStartTime,
       SearchCOMport};
-  ConfigureLegacyWorkflow workflow(*this, state_, request, Subject);
+  ConfigurePendrelWorkflow workflow(*this, state_, request, Subject);
   const std::int32_t code = workflow.run();
   if (code != ReturnCode::Success) return code;
   BatteryLifeRemaining = workflow.outputs.BatteryLife;

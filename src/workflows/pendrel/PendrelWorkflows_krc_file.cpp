@@ -11,7 +11,6 @@
 #include "tools/Class_Tools.h"
 #include "tools/paths.h"
 #include "workflows/pendrel/pendrel_run.h"
-#include "workflows/return_codes.h"
 
 namespace hy_wristlog {
 namespace {
@@ -63,7 +62,7 @@ std::string folderOf(const std::string& path) {
 
 }  // namespace
 
-std::int32_t LegacyWorkflows::fncWriteKRCfile(const std::string& Path) {
+std::int32_t PendrelWorkflows::fncWriteKRCfile(const std::string& Path) {
   return codeOf("fncWriteKRCfile", [&] {
     if (!Tools().fncCheckPathforReadWrite(folderOf(Path))) return ReturnCode::NotWritable;
     const Pendrel& logger = state_.pendrel();

@@ -6,9 +6,10 @@
 #include "tools/Class_Tools.h"
 #include "tools/paths.h"
 #include "workflows/pendrel/pendrel_run.h"
-#include "workflows/return_codes.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr std::int16_t LastPort = 64;
@@ -32,8 +33,10 @@ bool hasPrompt(Pendrel& logger, std::int16_t port) {
 
 }  // namespace
 
-std::int32_t LegacyWorkflows::SearchAndSetLegacyCOMport(std::int16_t& FoundPort, std::string& FoundPortText) {
-  LegacyRun run(state_, "SearchAndSetLegacyCOMport", {3001, 3002, 3003, 10108});
+std::int32_t PendrelWorkflows::SearchAndSetLegacyCOMport(std::int16_t& FoundPort,
+                                                         std::string& FoundPortText) {
+  PendrelRun run(state_, "SearchAndSetLegacyCOMport",
+                 {NoCharacters, NoFinalCharacter, WrongCharacters, PendrelChecksum});
   return run.run([&] {
     state_.AbortFlag = false;
     for (std::int16_t port = 1; port <= LastPort; ++port) {
@@ -51,7 +54,7 @@ std::int32_t LegacyWorkflows::SearchAndSetLegacyCOMport(std::int16_t& FoundPort,
   });
 }
 
-std::int32_t LegacyWorkflows::fncReadCOMportFromINI(std::int16_t& Port, std::string& Text) {
+std::int32_t PendrelWorkflows::fncReadCOMportFromINI(std::int16_t& Port, std::string& Text) {
   return codeOf("fncReadCOMportFromINI", [&] {
     const std::string file = settingsFile();
     if (file.empty() || !Tools().fncCheckPathforReadWrite(file)) return ReturnCode::NotWritable;
@@ -65,7 +68,7 @@ std::int32_t LegacyWorkflows::fncReadCOMportFromINI(std::int16_t& Port, std::str
   });
 }
 
-std::int32_t LegacyWorkflows::fncWriteCOMportToINI(std::int16_t Port) {
+std::int32_t PendrelWorkflows::fncWriteCOMportToINI(std::int16_t Port) {
   return codeOf("fncWriteCOMportToINI", [&] {
     const std::string file = settingsFile();
     const bool written = !file.empty() && Tools().fncCheckPathforReadWrite(file) &&

@@ -7,15 +7,15 @@
 #include "platform/platform.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "workflows/pendrel/pendrel_run.h"
-#include "workflows/return_codes.h"
 
 namespace hy_wristlog {
+
+using namespace FailureNumber;
 namespace {
 
 constexpr std::int32_t NoLength = -1;
 constexpr std::int16_t NoOffset = -32768, RepairedEpoch = 30;
 constexpr std::int32_t BlockBytes = PendrelRecord::BlockBytes;
-constexpr std::int32_t DataLost = 3006;
 constexpr int MostFailuresOfABlock = 5;
 constexpr double ReadingPercent = 15;
 constexpr const char* UnknownZoneMark = "UNK";
@@ -25,27 +25,29 @@ bool hasUsableSubject(const PendrelRecord& record) {
          !record.SubjectIdentity.empty() && record.SubjectHeight >= 0 && record.SubjectWeight >= 0;
 }
 
-class RetrieveLegacyWorkflow {
+class RetrievePendrelWorkflow {
  public:
-  RetrieveLegacyWorkflow(LegacyWorkflows& workflows, MainState& state, Class_Subject& subject,
-                         float& batteryLife, bool searchPort, bool repair)
+  RetrievePendrelWorkflow(PendrelWorkflows& workflows, MainState& state, Class_Subject& subject,
+                          float& batteryLife, bool searchPort, bool repair)
       : workflows_(workflows),
         state_(state),
         subject_(subject),
         batteryLife_(batteryLife),
         searchPort_(searchPort),
         repair_(repair),
-        run_(state, "RetrieveLegacy", {3001, 3002, 3003, 3005, 10108, 10017}) {}
+        run_(state, "RetrieveLegacy",
+             {NoCharacters, NoFinalCharacter, WrongCharacters, TooFewBytes, PendrelChecksum,
+              ReturnCode::UnreadableBlock}) {}
 
   std::int32_t run() {
-    using Step = bool (RetrieveLegacyWorkflow::*)();
-    constexpr Step Steps[] = {&RetrieveLegacyWorkflow::checkMode,   &RetrieveLegacyWorkflow::mendSetup,
-                              &RetrieveLegacyWorkflow::tellBattery, &RetrieveLegacyWorkflow::settleZone,
-                              &RetrieveLegacyWorkflow::takeSubject, &RetrieveLegacyWorkflow::readMemory,
-                              &RetrieveLegacyWorkflow::decodeMemory};
+    using Step = bool (RetrievePendrelWorkflow::*)();
+    constexpr Step Steps[] = {&RetrievePendrelWorkflow::checkMode,   &RetrievePendrelWorkflow::mendSetup,
+                              &RetrievePendrelWorkflow::tellBattery, &RetrievePendrelWorkflow::settleZone,
+                              &RetrievePendrelWorkflow::takeSubject, &RetrievePendrelWorkflow::readMemory,
+                              &RetrievePendrelWorkflow::decodeMemory};
     return run_.run([&] {
-      state_.LegacyBytesRead = 0;
-      if (!reachLegacyLogger(run_, workflows_, state_, searchPort_)) return;
+      state_.PendrelBytesRead = 0;
+      if (!reachPendrelLogger(run_, workflows_, state_, searchPort_)) return;
       for (const Step step : Steps)
         if (!(this->*step)()) return;
       run_.code = ReturnCode::Success;
@@ -139,11 +141,11 @@ class RetrieveLegacyWorkflow {
     run_.step([&] { logger().subInitRawData(); });
     const std::int16_t blocks = record().Get_BlocksToDownload();
     for (std::int16_t block = 0; block < blocks; ++block) {
-      state_.LegacyProgressPercent = roundToInt16(block * ReadingPercent / blocks);
+      state_.PendrelProgressPercent = roundToInt16(block * ReadingPercent / blocks);
       if (run_.aborted()) return false;
       run_.step([&] { readBlock(block); });
-      state_.LegacyBytesRead += BlockBytes;
-      platform::current().host().downloadProgress(state_.LegacyBytesRead, blocks * BlockBytes);
+      state_.PendrelBytesRead += BlockBytes;
+      platform::current().host().downloadProgress(state_.PendrelBytesRead, blocks * BlockBytes);
     }
     return true;
   }
@@ -155,7 +157,7 @@ class RetrieveLegacyWorkflow {
         logger().fncReadMemoryBlock(block);
         return;
       } catch (const Failure& failure) {
-        if (failure.Number != DataLost) throw;
+        if (failure.Number != DataOverrun) throw;
       }
       globals().emptyErrorStack();
       if (++failures == MostFailuresOfABlock)
@@ -169,20 +171,20 @@ class RetrieveLegacyWorkflow {
     return true;
   }
 
-  LegacyWorkflows& workflows_;
+  PendrelWorkflows& workflows_;
   MainState& state_;
   Class_Subject& subject_;
   float& batteryLife_;
   bool searchPort_, repair_;
-  LegacyRun run_;
+  PendrelRun run_;
 };
 
 }  // namespace
 
-std::int32_t LegacyWorkflows::RetrieveLegacy(Class_Subject& Subject, bool /*Unread*/,
-                                             float& BatteryLifeRemaining, bool SearchCOMport,
-                                             bool RepairSetup) {
-  return RetrieveLegacyWorkflow(*this, state_, Subject, BatteryLifeRemaining, SearchCOMport, RepairSetup)
+std::int32_t PendrelWorkflows::RetrieveLegacy(Class_Subject& Subject, bool /*Unread*/,
+                                              float& BatteryLifeRemaining, bool SearchCOMport,
+                                              bool RepairSetup) {
+  return RetrievePendrelWorkflow(*this, state_, Subject, BatteryLifeRemaining, SearchCOMport, RepairSetup)
       .run();
 }
 

@@ -7,11 +7,10 @@
 #include "errors/GlobalState.h"
 #include "pendrel/Pendrel.h"
 #include "platform/platform.h"
-#include "workflows/return_codes.h"
 
 namespace hy_wristlog {
 
-LegacyRun::LegacyRun(MainState& state, const char* procedure, std::vector<std::int32_t> foreseen)
+PendrelRun::PendrelRun(MainState& state, const char* procedure, std::vector<std::int32_t> foreseen)
     : state_(state),
       foreseen_(std::move(foreseen)),
       procedure_("Class_Main", procedure, ProcedureKind::Command) {
@@ -21,13 +20,13 @@ LegacyRun::LegacyRun(MainState& state, const char* procedure, std::vector<std::i
 
 /// The reason of a port that did not open is forgotten with it, or it would pass for the failure of the next
 /// command.
-bool LegacyRun::open(Pendrel& logger, std::int16_t port) {
+bool PendrelRun::open(Pendrel& logger, std::int16_t port) {
   if (step([&] { return logger.fncOpenCOMport(port, true); }) == 0) return true;
   globals().emptyErrorStack();
   return endWith(ReturnCode::NotOpened);
 }
 
-bool LegacyRun::aborted() {
+bool PendrelRun::aborted() {
   // What came in while something slept.
   platform::current().serveEvents();
   if (!state_.AbortFlag) return false;
@@ -35,12 +34,12 @@ bool LegacyRun::aborted() {
   return true;
 }
 
-bool LegacyRun::endWith(std::int32_t ownCode) {
+bool PendrelRun::endWith(std::int32_t ownCode) {
   code = ownCode;
   return false;
 }
 
-TrapAnswer LegacyRun::trap(const Failure& failure) {
+TrapAnswer PendrelRun::trap(const Failure& failure) {
   code = failure.Number;
   if (std::find(foreseen_.begin(), foreseen_.end(), failure.Number) == foreseen_.end()) {
     state_.AbortFlag = false;
@@ -51,16 +50,16 @@ TrapAnswer LegacyRun::trap(const Failure& failure) {
   return TrapAnswer::Leave;
 }
 
-void LegacyRun::abort() {
+void PendrelRun::abort() {
   globals().emptyErrorStack();
   state_.AbortFlag = false;
   code = ReturnCode::Aborted;
 }
 
-bool reachLegacyLogger(LegacyRun& run, LegacyWorkflows& workflows, MainState& state, bool searchPort) {
+bool reachPendrelLogger(PendrelRun& run, PendrelWorkflows& workflows, MainState& state, bool searchPort) {
   Pendrel& logger = state.pendrel();
   state.AbortFlag = false;
-  state.LegacyProgressPercent = 0;
+  state.PendrelProgressPercent = 0;
   std::string portText;
   const std::int32_t found = searchPort ? workflows.SearchAndSetLegacyCOMport(state.LegacyCOMport, portText)
                                         : workflows.fncReadCOMportFromINI(state.LegacyCOMport, portText);

@@ -12,10 +12,10 @@ namespace hy_wristlog {
 /// One call of a workflow with the Pendreader: its steps, what a failure and an abort request do to it, and
 /// its end, which closes the port. An abort sends the logger nothing, since its commands know no way back:
 /// the port is closed, which takes the reader's power from the logger.
-class LegacyRun {
+class PendrelRun {
  public:
   /// `foreseen` are the failures that end the workflow with their number and leave no trace.
-  LegacyRun(MainState& state, const char* procedure, std::vector<std::int32_t> foreseen);
+  PendrelRun(MainState& state, const char* procedure, std::vector<std::int32_t> foreseen);
 
   std::int32_t code = 0;
 
@@ -32,7 +32,7 @@ class LegacyRun {
     return procedure_.statement(body);
   }
 
-  /// Opens the reader's port and lets the logger wake up; else ends with 10008.
+  /// Opens the reader's port and lets the logger wake up; else ends with NotOpened.
   bool open(Pendrel& logger, std::int16_t port);
 
   /// Honours an abort request; true when there was one.
@@ -52,7 +52,7 @@ class LegacyRun {
 
 /// Clears a former abort request, finds the port (by searching, or from Settings.INI), opens it and reads
 /// the set-up of the logger in the reader. False when the workflow is at its end.
-bool reachLegacyLogger(LegacyRun& run, LegacyWorkflows& workflows, MainState& state, bool searchPort);
+bool reachPendrelLogger(PendrelRun& run, PendrelWorkflows& workflows, MainState& state, bool searchPort);
 
 /// A procedure of Class_Main that answers with a code: the body's own, or the number of the failure that
 /// ended it.

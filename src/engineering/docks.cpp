@@ -1,0 +1,40 @@
+#include "engineering/docks.h"
+
+#include "hy_wristlog/failure.h"
+#include "platform/platform.h"
+#include "start_up/start_up.h"
+#include "varden/VardenLogger.h"
+#include "workflows/docked_model.h"
+
+namespace hy_wristlog::engineering {
+
+std::vector<DockView> docks() {
+  openLibrary();
+  std::vector<DockView> views;
+  for (const auto pointer : {LggrPntr_KRVivid, LggrPntr_KRII}) {
+    const DockedModel& model = *dockedModel(pointer);
+    VardenLogger logger;
+    std::int16_t connected = 0;
+    const std::int16_t port = model.findDock(logger, connected);
+    views.push_back({pointer, model.Words, connected, connected == 1 ? port : 0});
+  }
+  return views;
+}
+
+std::string declaredDocksFile() {
+  constexpr std::int32_t UserApplicationData = 26;
+  platform::Environment& environment = platform::current().environment();
+  const std::string named = environment.variable("HY_WRISTLOG_DOCKS").value_or("");
+  return named.empty() ? environment.specialFolder(UserApplicationData) + "/HY_Wristlog/Docks.INI" : named;
+}
+
+std::string portTrouble(std::int32_t port) {
+  try {
+    platform::current().serialPorts().open(port);
+    return {};
+  } catch (const Failure& failure) {
+    return failure.Description;
+  }
+}
+
+}  // namespace hy_wristlog::engineering

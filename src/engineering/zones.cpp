@@ -1,0 +1,100 @@
+#include "engineering/zones.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/dates.h"
+#include "start_up/start_up.h"
+#include "timezones/Class_TimeZoneTools.h"
+#include "varden/VardenLogger.h"
+
+namespace hy_wristlog::engineering {
+namespace {
+
+std::vector<OffsetPeriod> offsetsOf(const Class_TimeZoneInfo& zone, bool daylight, double fromUtc,
+                                    double toUtc) {
+  const std::int32_t standard = -zone.Bias;
+  std::vector<OffsetPeriod> periods{{fromUtc, standard}};
+  if (!daylight || zone.DaylightDate.wMonth == 0 || zone.StandardDate.wMonth == 0) return periods;
+
+  std::vector<OffsetPeriod> changes;
+  const std::int32_t lastYear = civilFromDate(toUtc).Year + 1;
+  for (std::int32_t year = civilFromDate(fromUtc).Year - 1; year <= lastYear; ++year) {
+    const double start = Class_TimeZoneTools::fncGetDaylightStart(year, zone);
+    double end = Class_TimeZoneTools::fncGetStandardStart(year, zone);
+    // In the south the clock that daylight time ends by is taken for one that shows standard time.
+    if (end < start) end += zone.DaylightBias / MinutesPerDay;
+    changes.push_back({start, standard - zone.DaylightBias});
+    changes.push_back({end, standard});
+  }
+  std::stable_sort(changes.begin(), changes.end(),
+                   [](const OffsetPeriod& a, const OffsetPeriod& b) { return a.FromUtc < b.FromUtc; });
+  for (const OffsetPeriod& change : changes) {
+    if (secondsBetween(change.FromUtc, fromUtc) >= 0)
+      periods.front().Minutes = change.Minutes;
+    else if (secondsBetween(change.FromUtc, toUtc) >= 0)
+      periods.push_back(change);
+  }
+  return periods;
+}
+
+}  // namespace
+
+std::vector<ZoneView> zones() {
+  openLibrary();
+  Class_TimeZoneTools& tools = TimeZoneTools();
+  tools.fncPopulateTZICollection();
+  const TimeZoneRef local = tools.fncLocalTimeZoneName().Zone;
+  const double utc = Class_TimeZoneTools::fncGetGMTTime();
+  std::vector<ZoneView> views;
+  for (const TimeZoneRef& zone : tools.Get_TimeZoneArray()) {
+    ZoneView view;
+    view.Abbreviation = zone->Abbreviation;
+    view.Key = zone->KeyName;
+    view.DisplayName = zone->DisplayName;
+    view.StandardName = zone->StandardName;
+    view.Bias = zone->Bias;
+    view.DaylightBias = zone->DaylightBias;
+    view.HasDaylight = zone->DaylightDate.wMonth != 0 && zone->StandardDate.wMonth != 0;
+    view.OffsetNow = static_cast<std::int32_t>(
+        minutesBetween(utc, Class_TimeZoneTools::fncUTCToLocalDate(utc, *zone, true)));
+    view.DaylightNow = view.OffsetNow != -zone->Bias;
+    view.Local = zone == local;
+    views.push_back(std::move(view));
+  }
+  return views;
+}
+
+std::vector<OffsetPeriod> offsetPeriods(const Class_VardenLogger& logger, double fromUtc, double toUtc) {
+  const VardenRecord& record = logger.inside().record;
+  if (!record.TimeZone) return {{fromUtc, record.GMToffset}};
+  return offsetsOf(*record.TimeZone, record.AutoDSTadjust, fromUtc, toUtc);
+}
+
+std::vector<OffsetPeriod> offsetPeriods(const Class_Pendrel& logger, double fromUtc, double toUtc) {
+  const std::int32_t told = logger.Get_GMToffset();
+  if (const TimeZoneRef zone = TimeZoneTools().fncGetTZIfromAbbrev(logger.Get_TimeZoneAbbrev())) {
+    auto periods = offsetsOf(*zone, logger.Get_AutoDSTadjust(), fromUtc, toUtc);
+    if (periods.front().Minutes == told) return periods;
+  }
+  return {{fromUtc, told}};
+}
+
+double startUtc(const Class_Pendrel& logger) {
+  constexpr std::int16_t NoOffset = -32768;
+  if (logger.Get_StartDate() == UnknownDate || logger.Get_StartTime() == UnknownDate ||
+      logger.Get_GMToffset() == NoOffset)
+    return UnknownDate;
+  return addTime(logger.Get_StartDate(), logger.Get_StartTime() - logger.Get_GMToffset() / MinutesPerDay);
+}
+
+double localTime(const Class_VardenLogger& logger, double utc) {
+  return addTime(utc, offsetPeriods(logger, utc, utc).front().Minutes / MinutesPerDay);
+}
+
+std::string zoneName(const Class_VardenLogger& logger) {
+  const TimeZoneRef& zone = logger.inside().record.TimeZone;
+  return zone ? zone->DisplayName : std::string{};
+}
+
+}  // namespace hy_wristlog::engineering
