@@ -30,7 +30,8 @@ struct GlobalState {
 
   /// Leaves an empty element 0.
   void emptyErrorStack() {
-    ErrorStack.assign(1, std::nullopt);
+    ErrorStack.clear();
+    ErrorStack.emplace_back();
     ErrorLogPath.clear();
   }
   /// Leaves element 0 as it is.
