@@ -31,7 +31,7 @@ struct DockBench {
   double lineShare() const;
 };
 
-/// The same with one healthy logger in it, as it came from the factory.
+/// A world with one dock and one healthy logger in it, as the logger came from the factory.
 struct Bench : DockBench {
   SimulatedLogger* Logger = nullptr;
 };
@@ -53,11 +53,12 @@ PendrelBench makePendrelBench(const PendrelBenchOptions& options = {});
 /// A set-up in the world's own zone that starts at its next full minute and never stops, with a subject.
 RecordingSetup ordinarySetup(const SimulatedWorld& world, Mode mode, std::int32_t epochLength);
 
-/// The same for a Pendrel logger; its subject text tells the world's zone as it is at the start.
+/// An ordinary set-up for a Pendrel logger. Its subject text holds the world's zone offset as it is at the
+/// start.
 PendrelSetup ordinaryPendrelSetup(const SimulatedWorld& world, std::int32_t epochLength,
                                   bool countsSteps = false);
 
-/// Puts a bench in the place of the thread's world, and brings the former one back at the end.
+/// Makes a bench the thread's world, and restores the former world at the end.
 class BenchScope {
  public:
   explicit BenchScope(const DockBench& bench) : former_(platform::use(bench.World)) {}

@@ -21,7 +21,7 @@ namespace {
 constexpr double MostSeconds = 10 * 366 * 86400.0;
 constexpr std::int64_t FirstBeginning = 31536000, LastBeginning = 2145916800;  // 1971 and 2038
 
-/// Ends a call with its result.
+/// Thrown to end a call with this result.
 struct Refusal {
   HySimulatorResult Result;
   std::string Why;
@@ -33,7 +33,7 @@ void require(bool good, const char* why) {
   if (!good) refuse(HY_SIMULATOR_ARGUMENT, why);
 }
 
-/// A bench and what lies on it: one of the two loggers.
+/// A bench with its logger, which is of one of the two families.
 struct OpenBench {
   std::int32_t Number = 0;
   DockBench Bench;
@@ -79,7 +79,7 @@ HySimulatorResult guarded(Action&& action) noexcept {
       desk().LastError = "something unknown went wrong";
     }
   } catch (...) {
-    // No memory for words.
+    // There is no memory for the text; the result alone tells of the failure.
   }
   return result;
 }
@@ -215,7 +215,7 @@ Fault& faultOf(OpenBench& open, std::string_view name) {
   return *found;
 }
 
-/// A call that waits would go on in another world.
+/// Worlds are not changed inside a workflow: its waiting calls would go on in another world.
 void requireIdle(platform::Platform& world) {
   const auto* work = world.objects().find<platform::WorkUnderWay>();
   if (work != nullptr && work->Count > 0) refuse(HY_SIMULATOR_REFUSED, "a workflow is under way");
@@ -226,7 +226,7 @@ void close(const OpenBench& bench) {
   if (bench.Bench.Dock->isOpen()) refuse(HY_SIMULATOR_REFUSED, "a workflow is using the dock");
   Desk& own = desk();
   const bool inUse = bench.Number == own.Open.back().Number;
-  const auto world = bench.Bench.World;  // ends behind what the thread goes back to
+  const auto world = bench.Bench.World;  // keeps the world alive until the thread is back in the former one
   std::erase_if(own.Open, [number = bench.Number](const OpenBench& open) { return open.Number == number; });
   if (own.Open.empty())
     platform::use(std::exchange(own.Former, nullptr));

@@ -2,7 +2,7 @@
 /// to one `libhy_wristlog.so`. A bench is a world for the calling thread: its own simulated time, one dock
 /// and one logger in it. While it is open, everything that the thread does with the library happens there.
 ///
-/// Functions return a HySimulatorResult. A bench is known by its number, to the thread that opened it alone.
+/// Functions return a HySimulatorResult. Only the thread that opened a bench can use its number.
 #ifndef HY_WRISTLOG_SIMULATOR_C_API_H
 #define HY_WRISTLOG_SIMULATOR_C_API_H
 
@@ -24,9 +24,9 @@ typedef int32_t HySimulatorResult;
 /// What was wrong with the calling thread's last call that failed, in UTF-8. Valid until the next one fails.
 HY_SIMULATOR_API const char* hySimulatorLastError(void);
 
-/// Puts a new bench in the place of the calling thread's world. `model` is "vivid", "kestrin2", or a Pendrel
-/// logger: "pendrel13" (no checksums), "pendrel14" or "pendrel27" (steps). `zone` is the machine's zone by
-/// its catalogue key, null for "Eastern Standard Time"; `begins` the UTC time in seconds since 1970, 0 for 2
+/// Makes a new bench the calling thread's world. `model` is "vivid", "kestrin2", or a Pendrel logger:
+/// "pendrel13" (no checksums), "pendrel14" or "pendrel27" (steps). `zone` is the machine's zone by its
+/// catalogue key, null for "Eastern Standard Time"; `begins` the UTC time in seconds since 1970, 0 for 2
 /// March 2026, 14:00, otherwise a moment of the years 1971 to 2037. Refused inside a workflow.
 HY_SIMULATOR_API HySimulatorResult hySimulatorOpen(const char* model, const char* zone, int64_t begins,
                                                    int32_t* bench);
@@ -39,7 +39,7 @@ HY_SIMULATOR_API HySimulatorResult hySimulatorClose(int32_t bench);
 /// `epoch` in seconds. It starts at the next full minute.
 HY_SIMULATOR_API HySimulatorResult hySimulatorSetUp(int32_t bench, int32_t mode, int32_t epoch);
 /// Somebody wears the logger for so many seconds (up to ten years); then it is back in its dock if it was in
-/// one. The same `seed` gives the same days.
+/// one. Equal seeds give equal days.
 HY_SIMULATOR_API HySimulatorResult hySimulatorWear(int32_t bench, double seconds, uint32_t seed);
 /// Lets time pass, up to ten years.
 HY_SIMULATOR_API HySimulatorResult hySimulatorAdvance(int32_t bench, double seconds);

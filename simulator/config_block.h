@@ -41,8 +41,8 @@ enum class Mode : std::uint8_t {
   Activity32Hz = 33,
 };
 
-/// The 256 bytes in which a logger keeps its settings. The checksum in front is made anew whenever
-/// something was stored.
+/// The 256 bytes in which a logger keeps its settings. The first bytes are the checksum, which is computed
+/// anew whenever something was stored.
 class ConfigBlock {
  public:
   static constexpr std::size_t Size = 256;
@@ -81,7 +81,7 @@ struct SubjectDetails {
 };
 
 std::string encodeSubject(const SubjectDetails& subject);
-/// A text that is too short or not of version 2 gives an empty subject.
+/// Gives an empty subject for a text that is too short or not of version 2.
 SubjectDetails decodeSubject(std::string_view text);
 
 /// What a PC writes into a logger before a recording. Times are UTC seconds since 1970, biases minutes from

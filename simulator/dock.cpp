@@ -160,7 +160,7 @@ void SimulatedDock::closePort() {
 
 void SimulatedDock::setDtr(bool on) {
   if (on == dtr_) return;
-  // However short DTR was down, the dock has let the logger go before it looks for it anew.
+  // A Tolka dock drops its logger on every fall of DTR, however short, before it looks for it anew.
   if (on && signal_.pending() && onTolka()) settle();
   dtr_ = on;
   feed();
@@ -193,7 +193,8 @@ void SimulatedDock::feed() {
     logger_->doze();
 }
 
-/// The logger is awake after its pulse, or DSR follows DTR.
+/// Runs when a signal has taken its time: the logger of a Quillander dock wakes after its pulse, DSR of a
+/// Tolka dock follows DTR.
 void SimulatedDock::settle() {
   if (options_.Kind == DockKind::Quillander) {
     if (contact()) logger_->wake();

@@ -15,9 +15,10 @@ namespace hy_wristlog::simulator {
 struct DockOptions {
   DockKind Kind = DockKind::Quillander;
   std::int32_t ComPort = 33;
-  /// Puts "(COMn)" behind the friendly name; without it a first Tolka dock has none and the others have.
+  /// Whether the friendly name ends with "(COMn)". By default it does, except for a Tolka dock of the first
+  /// form.
   std::optional<bool> NameShowsPort{};
-  std::string HardwareId{}, FriendlyName{};  ///< shown in place of the kind's own where not empty
+  std::string HardwareId{}, FriendlyName{};  ///< shown instead of the kind's own unless empty
 };
 
 /// A failure that an operation of the port raises.
@@ -56,7 +57,7 @@ class SimulatedDock : public std::enable_shared_from_this<SimulatedDock> {
   Dockable* pullOut();
   void plug();
   void unplug();
-  /// The same once so many more bytes have passed the line, both directions together.
+  /// Takes the logger out once `count` more bytes have passed the line, both directions together.
   void pullOutAfterBytes(std::uint64_t count);
   void unplugAfterBytes(std::uint64_t count);
 

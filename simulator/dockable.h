@@ -45,7 +45,7 @@ class Dockable {
   void doze();
 
   virtual void hear(std::uint8_t byte) = 0;
-  /// It woke up or fell asleep: whatever was being said is over.
+  /// Called when the logger woke up or fell asleep; either ends whatever it was sending or receiving.
   virtual void attentionChanged() = 0;
   virtual void dockChanged(bool docked) = 0;
 

@@ -21,9 +21,9 @@ class Firmware {
   bool hasSleepMode() const { return major_ > 0 || minor_ == 2; }
   bool hasMemoryFullFlag() const { return major_ > 0 || (minor_ == 2 && build_ >= 2); }
   bool showsLoadedVoltage() const { return hasMemoryFullFlag(); }
-  /// Events and status records tell changes and present states apart.
+  /// True when events and status records tell changes and present states apart.
   bool hasNewEvents() const { return hasSleepMode() || (minor_ == 1 && build_ == 29); }
-  /// Colour light is stored on the finer scale.
+  /// True when colour light is stored on the finer scale.
   bool hasFineLightScale(LoggerModel model) const {
     return model == LoggerModel::Vivid && major_ >= 1 && minor_ >= 1;
   }

@@ -23,7 +23,7 @@ struct LineFaults {
   /// The line is dead in both directions once so many bytes have passed.
   std::optional<std::uint64_t> CutAfterToLogger, CutAfterToPc, CutAfterTotal;
   bool CutEndsOnReopen = false;  ///< opening the port again mends the line
-  /// Something happens once so many bytes have passed (both directions together).
+  /// `Action` runs once so many bytes have passed, both directions together.
   std::optional<std::uint64_t> ActAfterTotal;
   std::function<void()> Action;
 };
@@ -68,15 +68,15 @@ class SimulatedLine {
   platform::LineErrors takeErrors();
 
   // The logger's side.
-  /// Concerns what has not left yet, and what is heard from now on.
+  /// The settings hold for bytes that have not left yet and for all that is heard from now on.
   void setFarSettings(const platform::LineSettings& settings) { far_ = settings; }
   const platform::LineSettings& farSettings() const { return far_; }
   void listen(std::function<void(std::uint8_t)> listener) { listener_ = std::move(listener); }
-  /// Puts bytes on the line, behind those that wait; not before `delay` has passed.
+  /// Queues bytes for the line after those that wait already; they leave once `delay` has passed.
   void send(std::span<const std::uint8_t> bytes, nanoseconds delay = nanoseconds{0});
   /// True when all that the logger sent has left.
   bool idle() const { return toPc_.Queue.empty(); }
-  /// The logger falls silent in mid-sentence.
+  /// Drops what the logger has queued but not yet sent.
   void dropUnsent();
 
  private:

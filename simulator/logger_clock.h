@@ -29,7 +29,7 @@ class LoggerClock {
   Moment reading() const { return readingAt(timeline_.now()); }
   std::int64_t seconds() const { return std::chrono::floor<std::chrono::seconds>(reading()).count(); }
 
-  /// When the world is as far as this clock showing `seconds`.
+  /// The world's time at which this clock shows `seconds`.
   Moment whenShows(std::int64_t seconds) const {
     const Moment wanted = std::chrono::seconds{seconds};
     Moment when = setAt_ + (wanted - shown_);

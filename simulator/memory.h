@@ -8,8 +8,7 @@
 
 namespace hy_wristlog::simulator {
 
-/// A logger's recording memory. It knows nothing of what it holds; the config block tells how far it is
-/// filled.
+/// A logger's recording memory, plain bytes. The config block tells how many of them are used.
 class RecordingMemory {
  public:
   static constexpr std::size_t Unit = 65536;
@@ -18,7 +17,7 @@ class RecordingMemory {
   explicit RecordingMemory(std::size_t units) : bytes_(units * Unit, Blank) {}
 
   std::size_t size() const { return bytes_.size(); }
-  /// The blank byte outside the memory.
+  /// Gives the blank byte for an address outside the memory.
   std::uint8_t read(std::size_t address) const { return address < size() ? bytes_[address] : Blank; }
   /// False outside the memory.
   bool write(std::size_t address, std::uint8_t value) {

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::uint8_t FirstWithChecksums = 144;
 
-/// Day, month, year and, behind them, hour and minute, two digits each.
+/// Day, month, year, hour and minute, two digits each.
 std::string digitsOf(const CivilTime& time) {
   char text[32];
   std::snprintf(text, sizeof text, "%02d%02d%02d%02d%02d", time.Day, time.Month, time.Year % 100, time.Hour,
@@ -92,7 +92,7 @@ void SimulatedPendrel::wear(nanoseconds duration, const WearOptions& options) {
   });
 }
 
-/// It watches no battery: a low one does not change anything, an empty one ends the recording.
+/// The logger does not measure its battery: a low one changes nothing, an empty one ends the recording.
 void SimulatedPendrel::befall(const Happening& happening) {
   switch (happening.What) {
     case Happening::Kind::PowerReset:

@@ -14,14 +14,14 @@
 
 namespace hy_wristlog::simulator {
 
-/// How a Pendrel logger leaves the factory, its battery put in on that day.
+/// How a Pendrel logger leaves the factory. Its battery was put in on that day.
 struct PendrelOptions {
   PendrelModel Model = PendrelModel::Checksums;
   std::optional<std::uint8_t> Firmware;  ///< below 144 without checksums, otherwise not; any with steps
   std::size_t MemoryKilobytes = 64;      ///< 8, 16, 32 or 64
   std::string SerialDigits = "1234";
   std::uint8_t ActivityCalibration = 128, Resets = 0;
-  std::string BatteryDate;  ///< ddmmyy where not the day it leaves the factory
+  std::string BatteryDate;  ///< ddmmyy; empty: the day it leaves the factory
   double ClockDrift = 0;    ///< parts in a million
   /// What local time adds to UTC where it is worn; a bench puts its world's zone there.
   std::optional<std::chrono::minutes> Zone;
@@ -32,7 +32,7 @@ struct PendrelSetup {
   std::string Subject = std::string(64, ' ');
   std::int32_t EpochLength = 30;  ///< seconds; multiples of 15 up to 945, and 2, 5 and 10
   std::int64_t StartTime = 0;     ///< UTC seconds since 1970
-  bool CountsSteps = false;       ///< heeded by the model with steps alone
+  bool CountsSteps = false;       ///< only the model with steps heeds it
 };
 
 /// The older family's activity logger: a memory, a battery, a quartz that counts epochs, and starred commands
@@ -40,16 +40,16 @@ struct PendrelSetup {
 /// whether docked or not.
 class SimulatedPendrel : public Dockable {
  public:
-  /// Throws std::invalid_argument for a logger that was never made.
+  /// Throws std::invalid_argument for options that no real logger has.
   SimulatedPendrel(Timeline& timeline, const PendrelOptions& options);
 
   PendrelFaults Faults;
 
   PendrelModel model() const { return parts_.Model; }
   PendrelMemory& memory() { return parts_.Memory; }
-  /// What the PC has written and what the device record tells, free to be changed.
+  /// What the PC has written and what the device record holds. Tests may change it.
   PendrelParts& parts() { return parts_; }
-  /// What came in whole, oldest first; the prompt is an empty text.
+  /// The commands that came in whole, oldest first; a request for the prompt is an empty text.
   const std::vector<std::string>& commands() const { return shell_.commands(); }
   void forgetCommands() { shell_.forgetCommands(); }
   std::vector<std::string> setupLines() const { return shell_.setupLines(); }
@@ -60,10 +60,10 @@ class SimulatedPendrel : public Dockable {
 
   /// Sets it up as a PC would, memory emptied, without a dock.
   void setUp(const PendrelSetup& setup);
-  /// Moves the world's time on while somebody wears it: taken out of its dock at the start, and put back at
-  /// the end when it was in one (and `Redock`).
+  /// Moves the world's time on while somebody wears the logger. It is taken out of its dock first and, with
+  /// `Redock`, put back at the end.
   void wear(nanoseconds duration, const WearOptions& options = {});
-  /// Its processor restarts: recording or waiting ends, and one more reset is counted.
+  /// Restarts the processor: recording or waiting ends, and one more reset is counted.
   void powerReset();
 
   bool fits(DockKind kind) const override { return kind == DockKind::Pendreader; }

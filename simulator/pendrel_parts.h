@@ -10,7 +10,7 @@
 
 namespace hy_wristlog::simulator {
 
-/// Without checksums, with them, and the one that also counts steps.
+/// The model without checksums, the one with them, and the one that also counts steps.
 enum class PendrelModel : std::uint8_t { Plain = 13, Checksums = 14, Steps = 27 };
 
 /// Epochs as a Pendrel logger codes them: quarter minutes up to 63, and three short ones.
@@ -37,8 +37,8 @@ inline std::uint8_t code(std::int32_t length) {
 }
 }  // namespace pendrel_epoch
 
-/// The logger's memory: a header, and the recording behind it. The pointer tells how many recorded bytes
-/// there are; below 0 it still stands in the header, and nothing is recorded.
+/// The logger's memory: a header, then the recording. The pointer is the number of recorded bytes; below 0 it
+/// still lies in the header, and nothing is recorded.
 class PendrelMemory {
  public:
   static constexpr std::size_t HeaderSize = 128, BlockSize = 4096;
@@ -49,13 +49,13 @@ class PendrelMemory {
   explicit PendrelMemory(std::size_t kilobytes) : bytes_(kilobytes * 1024, Blank) {}
 
   std::size_t size() const { return bytes_.size(); }
-  /// How many recorded bytes it takes. In the largest memory the last byte stays blank: the pointer behind
-  /// it would read FF80, which says that nothing is recorded.
+  /// How many recorded bytes fit. In the largest memory the last byte stays blank: after it the pointer would
+  /// read FF80, which means that nothing is recorded.
   std::size_t capacity() const { return std::min<std::size_t>(size() - HeaderSize, 0xFF7F); }
 
-  /// The blank byte outside the memory.
+  /// Gives the blank byte for an address outside the memory.
   std::uint8_t read(std::size_t address) const { return address < size() ? bytes_[address] : Blank; }
-  /// Nothing outside the memory.
+  /// Does nothing outside the memory.
   void write(std::size_t address, std::uint8_t value) {
     if (address < size()) bytes_[address] = value;
   }
@@ -70,7 +70,7 @@ class PendrelMemory {
   std::int32_t pointer() const { return pointer_; }
   void setPointer(std::int32_t pointer) { pointer_ = pointer; }
   std::size_t used() const { return static_cast<std::size_t>(std::max(pointer_, 0)); }
-  /// False, and nothing is written, when they do not all fit.
+  /// Returns false and writes nothing when the bytes do not all fit.
   bool append(std::span<const std::uint8_t> bytes) {
     if (used() + bytes.size() > capacity()) return false;
     std::ranges::copy(bytes, bytes_.begin() + static_cast<std::ptrdiff_t>(HeaderSize + used()));

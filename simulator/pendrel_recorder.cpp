@@ -23,7 +23,7 @@ PendrelScale::PendrelScale(std::int32_t epochLength, std::uint8_t calibration)
 std::uint8_t PendrelScale::code(double counts) const {
   const auto raw = static_cast<std::int32_t>(std::clamp(counts * rawPerCount_, 0.0, double{LargestStep}));
   const auto above = std::ranges::upper_bound(steps_, raw);
-  // The top of the scale has several codes; the first of them is used.
+  // Several codes stand for the top of the scale; loggers write the first of them.
   return static_cast<std::uint8_t>(std::ranges::lower_bound(steps_, above[-1]) - steps_.begin());
 }
 

@@ -9,11 +9,11 @@
 
 namespace hy_wristlog::simulator {
 
-/// The steps of a Pendrel logger's activity scale, which are the wider the longer the epoch.
+/// The steps of a Pendrel logger's activity scale. Longer epochs have wider steps.
 class PendrelScale {
  public:
   PendrelScale(std::int32_t epochLength, std::uint8_t calibration);
-  /// The code whose step holds so many calibrated counts, 0 to 253: 254 and 255 are no activity.
+  /// The code, 0 to 253, whose step holds so many calibrated counts. 254 and 255 do not stand for activity.
   std::uint8_t code(double counts) const;
 
  private:
@@ -21,7 +21,7 @@ class PendrelScale {
   double rawPerCount_;
 };
 
-/// A delayed start as the PC tells it: so many epochs of idling, the span of which is shortened.
+/// A delayed start as the PC tells it: a number of epochs, and the seconds by which their span is shortened.
 struct PendrelDelay {
   std::int32_t Epochs = 0;   ///< 1 to 32896
   std::int32_t Seconds = 0;  ///< by which the span is shortened, less than an epoch
@@ -35,23 +35,24 @@ class PendrelRecorder {
  public:
   PendrelRecorder(Timeline& timeline, PendrelParts& parts);
 
-  /// Null: it lies on the desk, where nothing moves.
+  /// Where activity comes from; null for a logger that lies still on the desk.
   void setSource(EpochSource* source) { source_ = source; }
   /// Parts in a million by which the quartz runs fast.
   void setDrift(double partsPerMillion);
   bool recording() const { return state_ == State::Recording; }
-  /// A delay was told; it may not run yet.
+  /// True once a delay was told, even while it does not run yet.
   bool waiting() const { return state_ == State::Told || state_ == State::Waiting; }
 
-  /// Ends what there was; the pointer goes back into the header.
+  /// Ends any recording or delay and notes the new one; the pointer goes back into the header.
   void arm(const PendrelDelay& delay);
-  /// The reader does not feed the logger any more.
+  /// Called when the reader stops feeding the logger.
   void released();
-  /// Begins at a moment of the world, at once when it has gone by.
+  /// Begins the recording at a moment of the world's time, at once when that has passed.
   void startAt(Moment moment);
   void stop();
   void dockChanged(bool docked) { docked_ = docked; }
-  /// As the setup reports it: while it waits it counts the last 128 epochs up to the recording.
+  /// The pointer as the setup reports it. While the logger waits it counts the last 128 epochs before the
+  /// recording.
   std::int32_t pointer() const;
 
  private:

@@ -17,7 +17,7 @@ constexpr std::string_view Stars = "***";
 constexpr nanoseconds TypingForgottenAfter = 1800ms;
 constexpr nanoseconds RestartTime = 600ms;
 constexpr nanoseconds ClearTimePerKilobyte = 150ms;
-constexpr nanoseconds TurnRound = 10ms;  ///< between a block and the ordinary speed
+constexpr nanoseconds TurnRound = 10ms;  ///< from the end of a block to the return to the ordinary speed
 constexpr std::int32_t CommandBaud = 600, BlockBaud = 4800;
 constexpr std::int32_t DataBegin = 128, MostEpochs = 32896;
 
@@ -113,12 +113,13 @@ std::string spaced(std::string_view digits) {
   return text;
 }
 
-/// The epoch word is the address from which the logger counts up to where the data begin.
+/// The number of epochs that an epoch word stands for. The word is the address from which the logger counts
+/// up to the first byte of the data.
 std::int32_t epochsOf(std::string_view word) {
   return DataBegin - static_cast<std::int16_t>(static_cast<std::uint16_t>(number(word)));
 }
 
-/// Quarter minutes and the seconds behind them.
+/// The delay that the two words stand for: quarter minutes, and the seconds beyond them.
 std::optional<PendrelDelay> delayOf(std::string_view epochWord, std::string_view secondsWord,
                                     std::int32_t epochLength) {
   const auto quarters = static_cast<std::int32_t>(number(secondsWord, 0, 2, 16)),
@@ -177,7 +178,7 @@ void PendrelShell::receive(std::uint8_t byte) {
   }
 }
 
-/// It ends a short subject text; otherwise it drops what was typed and asks for the prompt.
+/// A carriage return ends a short subject text; otherwise it drops what was typed and asks for the prompt.
 void PendrelShell::carriageReturn() {
   if (typed_.starts_with("***B")) {
     complete();
@@ -330,7 +331,7 @@ std::vector<std::string> PendrelShell::setupLines() const {
 void PendrelShell::answerSetup() {
   std::string text;
   for (const std::string& line : setupLines()) text += line + CarriageReturn;
-  // The carriage return behind the last line is no part of the sum.
+  // The sum leaves out the carriage return after the last line.
   if (parts_.hasChecksums()) text += hex(told('C', sumOf(text) - CarriageReturn), 4) + CarriageReturn;
   say(text + ">");
 }

@@ -16,29 +16,29 @@
 
 namespace hy_wristlog::simulator {
 
-/// Faults of single commands, by the first letter behind the stars; a carriage return stands for the prompt.
+/// Faults of single commands, by the first letter after the stars; a carriage return stands for the prompt.
 using CommandFaults = std::map<char, Fault>;
 
 /// What is wrong with a Pendrel logger. `CommandFaults` count the commands that came in whole.
 struct PendrelFaults {
   Fault LoseEcho{}, AlterEcho{}, DelayEcho{};  ///< count echoed characters, the carriage return too
   nanoseconds EchoDelay = std::chrono::milliseconds{1500};
-  bool Silent = false;        ///< hears and says nothing
+  bool Silent = false;        ///< neither hears nor answers
   CommandFaults Unheeded;     ///< echoed, but neither obeyed nor answered
   CommandFaults Feigned;      ///< answered, but not obeyed: a clear that clears nothing, a date not taken
   CommandFaults BadChecksum;  ///< of the answers to C, O, W and N
   Fault WrongDelayEcho{};     ///< counts W: the line repeats a wrong digit, with the checksum that it had
   Fault ShortBlock{}, LongBlock{};        ///< count blocks
   std::size_t Shortfall = 1, Excess = 7;  ///< bytes that are missing, or too many
-  /// How long it leaves the PC to change its speed.
+  /// The time that the logger gives the PC to change its speed.
   nanoseconds BlockDelay = std::chrono::seconds{1};
   /// Sent in place of lines 0 to 7 of the setup; the checksum is that of the altered text.
   std::map<std::size_t, std::string> SetupLines;
 };
 
-/// The starred commands. Every character is echoed as itself; a command is obeyed with its last character,
-/// and one that is wrong in a letter or a digit, or not of this model, is dropped at that character without a
-/// word, as are numbers that mean nothing. A pause of 1800 ms forgets what was typed. Lines end with a
+/// The starred commands. Every character is echoed as itself; a command is obeyed with its last character.
+/// One with a wrong letter or digit, of another model, or with a meaningless number is dropped at that
+/// character, without an answer. What was typed is forgotten after a pause of 1800 ms. Lines end with a
 /// carriage return; there is no line feed.
 class PendrelShell {
  public:
@@ -52,14 +52,14 @@ class PendrelShell {
                Line line);
 
   void receive(std::uint8_t byte);
-  /// Drops the typed command and a block on its way, without a word; a clear goes on.
+  /// Drops the typed command and a block on its way, without an answer; a running clear goes on.
   void cutOff();
-  /// The same, and a clear is over too.
+  /// Does the same and ends a running clear too.
   void restart();
   /// The commands that came in whole, oldest first; the prompt is an empty one.
   const std::vector<std::string>& commands() const { return commands_; }
   void forgetCommands() { commands_.clear(); }
-  /// It has other things to do than to listen.
+  /// True while the logger does not listen: it clears its memory, restarts or sends a block.
   bool busy() const { return task_ != Task::None; }
   /// The lines of the setup, without their ends.
   std::vector<std::string> setupLines() const;
@@ -91,8 +91,8 @@ class PendrelShell {
   Task task_ = Task::None;
   std::string typed_;
   Moment lastTyped_{};
-  std::string epochWord_;  ///< of an H that waits for its F
-  std::size_t block_ = 0;  ///< that goes out next
+  std::string epochWord_;  ///< of an H command, kept for the F that follows
+  std::size_t block_ = 0;  ///< the one that goes out next
   std::vector<std::string> commands_;
 };
 

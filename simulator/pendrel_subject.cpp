@@ -31,7 +31,7 @@ std::uint16_t word(const Packed& packed, std::size_t at) {
   return static_cast<std::uint16_t>(packed[at] * 256 + packed[at + 1]);
 }
 
-/// RFC 4648, base 64. Three bytes go into four characters without a rest.
+/// Base 64 of RFC 4648. The length is a multiple of three bytes, so no padding is needed.
 std::string base64(const Packed& packed) {
   std::string text;
   for (std::size_t at = 0; at < PackedSize; at += 3) {

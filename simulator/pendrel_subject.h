@@ -20,9 +20,9 @@ struct PendrelSubject {
   bool operator==(const PendrelSubject&) const = default;
 };
 
-/// 64 characters.
+/// The subject as a text of 64 characters.
 std::string encode(const PendrelSubject& subject);
-/// Nothing for a text that `encode` cannot have made.
+/// No value for a text that `encode` cannot have made.
 std::optional<PendrelSubject> decodePendrelSubject(std::string_view text);
 
 }  // namespace hy_wristlog::simulator

@@ -121,7 +121,7 @@ std::uint8_t activityCode(double counts, std::uint8_t calibration) {
   const auto& scale = activityScale();
   const auto above = std::upper_bound(scale.begin(), scale.end(), std::max(raw, 0.0),
                                       [](double value, std::int32_t step) { return value < step; });
-  // The top of the scale has several codes; the first of them is used.
+  // Several codes stand for the top of the scale; loggers write the first of them.
   return static_cast<std::uint8_t>(std::lower_bound(scale.begin(), above, above[-1]) - scale.begin());
 }
 
@@ -190,8 +190,8 @@ void Recorder::begin(std::int64_t time) {
   writeEvent(AcquisitionStart | dock, static_cast<std::uint32_t>(time));
 }
 
-/// The stop event belongs to the clock's tick behind the last second of the recording, so that it never
-/// carries a time at which an epoch is still being written.
+/// The stop event bears the second after the last one of the recording, so that it never has a time at which
+/// an epoch is still being written.
 void Recorder::end(std::int64_t time) {
   state_ = State::Idle;
   alarm_.cancel();
@@ -269,7 +269,7 @@ std::uint8_t Recorder::statusBits(const EpochReading& reading) {
 void Recorder::writeEpoch() {
   EpochReading reading = source_->read(epochBegins_, epochLength());
   if (docked_) {
-    // Whoever wears it has it on no wrist while it sits in a dock.
+    // A logger in a dock is on no wrist, even in the middle of `wear`.
     reading.OffWrist = true;
     reading.Counts = 0;
     reading.Button1 = reading.Button2 = false;
@@ -290,7 +290,7 @@ void Recorder::writeEpoch() {
 
 std::size_t Recorder::room() const { return parts_.Memory.size() - std::min(parts_.Memory.size(), used()); }
 
-/// While it records, room for one more event is kept: the one that says that the memory is full.
+/// While recording, room for one more event is kept: the one that tells that the memory is full.
 void Recorder::writeEvent(std::uint8_t bits, std::uint32_t value) {
   if (recording() && room() < 2 * EventLength) {
     declareFull();

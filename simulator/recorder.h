@@ -59,16 +59,16 @@ class Recorder {
  public:
   Recorder(Timeline& timeline, LoggerParts& parts);
 
-  /// Null: it lies on the desk.
+  /// Where readings come from; null for a logger that lies still on the desk.
   void setSource(EpochSource* source);
   bool recording() const { return state_ == State::Recording; }
   bool waiting() const { return state_ == State::Waiting; }
 
-  /// A new set-up was stored: the times in the block count again.
+  /// Called when a new set-up was stored; the times in the block count again.
   void arm();
   /// Ends acquisition until the logger is set up again.
   void stop();
-  /// The stop time in the block, the storage mode or the clock was changed.
+  /// Called when the stop time in the block, the storage mode or the clock was changed.
   void reconsider();
   void clockChanged();
   void dockChanged(bool docked);

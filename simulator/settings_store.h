@@ -23,8 +23,8 @@ class MemorySettings : public platform::SettingsStore {
   std::vector<std::string> valueNames(std::int32_t root, std::string_view key) override;
   std::vector<std::string> subkeys(std::int32_t root, std::string_view key) override;
 
-  std::int32_t ErrorNumber = 0;       ///< when not 0, every member fails with it
-  std::int32_t WriteErrorNumber = 0;  ///< the same of `write` alone
+  std::int32_t ErrorNumber = 0;       ///< unless 0, every member fails with it
+  std::int32_t WriteErrorNumber = 0;  ///< unless 0, `write` fails with it
 
  private:
   struct Value {

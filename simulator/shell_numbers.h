@@ -8,8 +8,8 @@
 
 namespace hy_wristlog::simulator {
 
-/// The number that is all that stands behind `prefix`, if the line is of that form and the number fits 32
-/// bits (signed in decimal, unsigned in hexadecimal).
+/// The number after `prefix`. No value unless the line is the prefix and a number that fits 32 bits (signed
+/// in decimal, unsigned in hexadecimal).
 inline std::optional<std::int64_t> numberBehind(std::string_view line, std::string_view prefix,
                                                 int base = 10) {
   if (!line.starts_with(prefix)) return std::nullopt;
@@ -23,7 +23,7 @@ inline std::optional<std::int64_t> numberBehind(std::string_view line, std::stri
   return fits ? std::optional{value} : std::nullopt;
 }
 
-/// "1" is on and "0" is off.
+/// The switch after `prefix`: "1" is on and "0" is off.
 inline std::optional<bool> switchBehind(std::string_view line, std::string_view prefix) {
   if (!line.starts_with(prefix)) return std::nullopt;
   line.remove_prefix(prefix.size());

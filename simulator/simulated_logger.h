@@ -20,7 +20,7 @@ struct LoggerOptions {
   std::string DisplayFirmware = "01.02";  ///< five characters; a Kestrin 2 has no display
   std::string SerialNumber = "V0012345";
   std::uint8_t MemoryUnits = 16;             ///< of 64 KiB
-  std::optional<std::uint8_t> BlockVersion;  ///< when not the one that goes with the firmware
+  std::optional<std::uint8_t> BlockVersion;  ///< none: the one that goes with the firmware
   std::uint8_t ActivityCalibration = 128;
   std::uint16_t LightCalibration = 1000, RedCalibration = 1100, GreenCalibration = 1200,
                 BlueCalibration = 1300;
@@ -28,7 +28,7 @@ struct LoggerOptions {
   std::int64_t ClockError = 0;  ///< seconds by which its clock is ahead
 };
 
-/// The same for a Kestrin 2.
+/// How a Kestrin 2 leaves the factory.
 LoggerOptions kestrin2Options();
 
 /// A wrist-worn activity logger: config block, memory, clock, battery, sensors, and the shell that it runs
@@ -58,8 +58,8 @@ class SimulatedLogger : public Dockable {
 
   /// Sets it up as a PC would, memory emptied, without a dock.
   void setUp(const RecordingSetup& setup);
-  /// Moves the world's time on while somebody wears it: taken out of its dock at the start, and put back at
-  /// the end when it was in one (and `Redock`). It records what its set-up tells it to.
+  /// Moves the world's time on while somebody wears the logger. It is taken out of its dock first and, with
+  /// `Redock`, put back at the end. It records what its set-up tells it to.
   void wear(nanoseconds duration, const WearOptions& options = {});
   /// A power reset now; `selfTest` 0 means that the self test passed.
   void powerReset(std::uint32_t selfTest = 0);

@@ -59,7 +59,7 @@ struct SimulatedWorld::Services {
 SimulatedWorld::SimulatedWorld(const WorldOptions& options)
     : services_(std::make_unique<Services>(options, Faults)) {}
 
-/// The objects that the library keeps in a world may still use it while they end.
+/// Ends the library's objects first, since they may use the world while they end.
 SimulatedWorld::~SimulatedWorld() { objects().clear(); }
 
 Timeline& SimulatedWorld::timeline() { return services_->Time; }

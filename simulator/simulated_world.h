@@ -31,7 +31,7 @@ struct WorldOptions {
                                                      {platform::LocaleItem::ShortDate, "M/d/yyyy"},
                                                      {platform::LocaleItem::Time, "h:mm:ss tt"}};
   std::map<std::string, std::string, std::less<>> Variables;
-  /// What files, zones and cryptography are taken from; null: the machine.
+  /// The world that provides files, zones and cryptography; null for the machine.
   std::shared_ptr<platform::Platform> Inner;
 };
 
@@ -41,7 +41,8 @@ struct SystemFault {
   Fault When{};
 };
 
-/// The process is not scheduled for a while: at a call of the clock time passes, and the line goes on.
+/// A time in which the process is not scheduled: within one call of the clock time passes and the line goes
+/// on.
 struct PauseFault {
   nanoseconds For{};
   Fault When{};
@@ -69,7 +70,7 @@ class SimulatedWorld : public platform::Platform {
   /// Simulated seconds since the world began.
   double elapsed() const;
   void advance(nanoseconds duration);
-  /// Does something at a later moment of the simulated time: pulls a logger out, unplugs a dock.
+  /// Runs `action` at a later moment of the simulated time, for instance to pull a logger out.
   void after(nanoseconds delay, std::function<void()> action);
   /// UTC seconds since 1970.
   std::int64_t now() const;

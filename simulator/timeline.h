@@ -44,7 +44,7 @@ class Timeline {
   std::multimap<std::pair<Moment, std::uint64_t>, std::function<void()>> once_;
 };
 
-/// Something that wants to be called at a moment it can change. Must not outlive its timeline.
+/// Calls its owner at a moment that can be changed. Must not outlive its timeline.
 class Alarm {
  public:
   Alarm(Timeline& timeline, std::function<void()> action);
@@ -52,7 +52,7 @@ class Alarm {
   Alarm& operator=(const Alarm&) = delete;
   ~Alarm();
 
-  /// Moments in the past are taken as now.
+  /// A moment in the past counts as now.
   void set(Moment at);
   void setAfter(nanoseconds delay) { set(timeline_.now() + delay); }
   void cancel() { pending_ = false; }

@@ -45,7 +45,7 @@ bool levelAt(const std::vector<bool>& levels, double time) {
   return levels[static_cast<std::size_t>(time)];
 }
 
-/// The next falling edge at or behind a time; negative when there is none.
+/// The first falling edge not before a time; negative when there is none.
 double fallingEdge(const std::vector<bool>& levels, double from) {
   for (auto i = static_cast<std::size_t>(std::ceil(from)); i < levels.size(); ++i)
     if (!levels[i] && levelAt(levels, static_cast<double>(i) - 0.5)) return static_cast<double>(i);

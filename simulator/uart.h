@@ -16,9 +16,9 @@ struct HeardCharacter {
   bool Framing = false, Parity = false;
 };
 
-/// What a receiver makes of one character sent with other settings: the waveform is sampled in the middle
-/// of the receiver's own bits, so a wrong speed gives garbage, several characters, or none. Each character is
-/// heard by itself, as if the line rested behind it.
+/// What a receiver makes of one character sent with other settings: the waveform is sampled in the middle of
+/// the receiver's own bits, so a wrong speed gives garbage, several characters, or none. Each character is
+/// heard by itself, as if the line rested after it.
 std::vector<HeardCharacter> hear(std::uint8_t byte, const platform::LineSettings& sender,
                                  const platform::LineSettings& receiver);
 

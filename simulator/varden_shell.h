@@ -19,21 +19,21 @@ namespace hy_wristlog::simulator {
 struct LoggerFaults {
   Fault LoseEcho{}, AlterEcho{}, DelayEcho{};  ///< count echoed characters, the carriage return too
   nanoseconds EchoDelay = std::chrono::milliseconds{1500};
-  Fault BadLineChecksum{};            ///< counts value lines
-  Fault ZeroLineChecksum{};           ///< the same; the line says #0000
-  Fault GarbledClock{};               ///< counts answers to "show clock time"; the value is no number
-  Fault IgnoreCommand{};              ///< counts carriage returns; neither echoed nor obeyed
-  Fault RefuseClock{};                ///< counts "clock time"; obeyed in words only
-  Fault MisstoreConfig{};             ///< counts written config blocks; one byte is stored wrong
+  Fault BadLineChecksum{};   ///< counts value lines
+  Fault ZeroLineChecksum{};  ///< the same; the line says #0000
+  Fault GarbledClock{};      ///< counts answers to "show clock time"; the value is no number
+  Fault IgnoreCommand{};     ///< counts carriage returns; neither echoed nor obeyed
+  Fault RefuseClock{};       ///< counts "clock time"; answered as if obeyed, but the clock keeps its time
+  Fault MisstoreConfig{};    ///< counts written config blocks; one byte is stored wrong
   std::size_t MisstoredOffset = 240;  ///< where, counted in the whole block
   Fault BadConfigChecksum{};          ///< counts sent config blocks
-  bool Silent = false;                ///< hears and says nothing
+  bool Silent = false;                ///< neither hears nor answers
   TransferFaults Transfer;
 };
 
 /// A logger's line-oriented shell. Printable characters and the carriage return are echoed; a value is
 /// answered as a line with its checksum; ">" is the prompt. There is no line feed. While a block is
-/// transferred the shell is away; a transfer that was given up ends without a word.
+/// transferred the shell does not listen. A transfer that was given up ends without an answer.
 class VardenShell {
  public:
   using Output = std::function<void(std::span<const std::uint8_t>, nanoseconds)>;
@@ -42,7 +42,7 @@ class VardenShell {
               std::string displayFirmware, Output output);
 
   void receive(std::uint8_t byte);
-  /// Drops the typed line and any transfer, without a word.
+  /// Drops the typed line and any transfer, without an answer.
   void restart();
 
   /// The lines that came in whole, oldest first.

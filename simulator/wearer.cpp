@@ -16,7 +16,7 @@ std::uint64_t scramble(std::uint64_t x) {
   return x ^ (x >> 31);
 }
 
-/// Whoever moves less than this in half a minute does not walk; nobody makes more than two steps a second.
+/// The steps walked in an epoch with so many counts: none for little movement, at most two a second.
 std::int32_t steps(double counts, std::int32_t length) {
   constexpr double WalksFrom = 150, CountsPerStep = 8;
   const double halfMinutes = length / 30.0;
@@ -31,7 +31,7 @@ bool between(std::int32_t value, std::int32_t from, std::int32_t to) { return va
 Wearer::Wearer(const WearOptions& options, std::chrono::minutes zone)
     : options_(options), zoneSeconds_(zone.count() * 60) {}
 
-/// A number in 0 to 1 that depends on the seed and on what is asked.
+/// A number from 0 to 1 that depends on the seed, `a` and `b` alone.
 double Wearer::chance(std::uint64_t a, std::uint64_t b) const {
   const std::uint64_t bits = scramble(scramble(options_.Seed + (b << 40)) ^ a);
   return static_cast<double>(bits >> 11) / 9007199254740992.0;

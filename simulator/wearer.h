@@ -26,8 +26,8 @@ struct WearOptions {
   std::vector<Happening> Happenings;
 };
 
-/// Somebody's days: sleep, mornings, work, evenings, the light that goes with them, and the times when the
-/// logger lies on a shelf. Every reading depends on the seed and the moment alone.
+/// A person's days: sleep, mornings, work, evenings, the light of each, and the times when the logger lies on
+/// a shelf. Every reading depends on the seed and the moment alone.
 class Wearer : public EpochSource {
  public:
   /// `zone` is what local time adds to UTC.

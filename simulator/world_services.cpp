@@ -32,7 +32,7 @@ std::string temporaryFolder() {
   }
 }
 
-/// Strikes each piece of the file: the disk may be full in the middle.
+/// A new file whose fault is asked at each piece, so that the disk can become full in the middle.
 class FaultyNewFile : public platform::NewFile {
  public:
   FaultyNewFile(std::unique_ptr<platform::NewFile> inner, SystemFault& fault)

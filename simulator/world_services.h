@@ -10,7 +10,7 @@
 #include "simulator/simulated_world.h"
 #include "simulator/timeline.h"
 
-/// The seams of a simulated world, one class each.
+/// What a simulated world offers through the seam, one class for each interface.
 namespace hy_wristlog::simulator {
 
 class SimulatedClock : public platform::Clock {
@@ -42,7 +42,7 @@ class SimulatedPorts : public platform::SerialPorts {
   const Docks& docks_;
 };
 
-/// Lists the docks that are plugged in when it is asked.
+/// Lists the docks that are plugged in at the moment of the question.
 class SimulatedDevices : public platform::DeviceTree {
  public:
   SimulatedDevices(const Docks& docks, WorldFaults& faults) : docks_(docks), faults_(faults) {}
@@ -116,11 +116,11 @@ class FaultyFiles : public platform::Files {
   WorldFaults& faults_;
 };
 
-/// Key files whose pair a world has promised but not made: that takes a tenth of a second, and few worlds
+/// Key files whose pair is made when it is first used. Making one takes a tenth of a second, and few worlds
 /// ever sign.
 using PromisedPairs = std::set<std::string>;
 
-/// The machine's cryptography, but that a key pair is made when it is first used.
+/// The machine's cryptography, except that a key pair is made when it is first used.
 class FaultyCryptography : public platform::CryptographicProvider {
  public:
   FaultyCryptography(platform::Platform& inner, WorldFaults& faults)

@@ -19,7 +19,7 @@ inline constexpr std::size_t ShortData = 128, LongData = 1024, Overhead = 5;
 std::vector<std::uint8_t> frame(std::uint8_t number, std::span<const std::uint8_t> data);
 }  // namespace xmodem
 
-/// What goes wrong in a transfer; each counts what it names.
+/// What goes wrong in a transfer. Each fault counts what its comment names.
 struct TransferFaults {
   Fault DamagePacket{};     ///< sent packets: a flipped bit, the frame's CRC stays
   Fault LosePacket{};       ///< sent packets: nothing goes out
@@ -78,8 +78,8 @@ class XmodemSender {
 class XmodemReceiver {
  public:
   using Output = std::function<void(std::span<const std::uint8_t>)>;
-  /// Called when the PC has ended the transfer (with all data), and with false when it was given up. The
-  /// ACK of the end is left to the one who is called.
+  /// Called with true and all data when the PC has ended the transfer, with false when it was given up. The
+  /// callee sends the ACK of the end.
   using Finished = std::function<void(bool, std::vector<std::uint8_t>)>;
 
   XmodemReceiver(Timeline& timeline, TransferFaults& faults, Output output, Finished finished);

@@ -24,14 +24,14 @@ inline bool equalsIgnoringCase(std::string_view a, std::string_view b) {
                     [](char x, char y) { return asciiLower(x) == asciiLower(y); });
 }
 
-/// Without the blanks (code 32 alone) at both ends.
+/// The text without the blanks (code 32 alone) at both ends.
 inline std::string_view trimBlanks(std::string_view text) {
   const auto first = text.find_first_not_of(' ');
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
-/// Up to the first NUL.
+/// The text up to its first NUL.
 inline std::string_view cutAtNul(std::string_view text) { return text.substr(0, text.find('\0')); }
 
 }  // namespace hy_wristlog

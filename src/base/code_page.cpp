@@ -30,7 +30,7 @@ void appendUtf8(std::string& text, char16_t character) {
   }
 }
 
-/// Takes one character off the front; a byte that begins none is taken alone and gives NoCharacter.
+/// Takes one character off the front. A byte that begins none is taken alone and gives NoCharacter.
 char32_t takeCharacter(std::string_view& text) {
   const auto byteAt = [&](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
   const std::uint8_t lead = byteAt(0);

@@ -40,8 +40,8 @@ double dateFromCivil(const CivilTime& time);
 /// 100 to 9999 and for NaN.
 CivilTime civilFromDate(double date);
 
-/// Sunday 0 to Saturday 6. This and all below that look at a date's fields take it as `civilFromDate` does,
-/// with the same fault.
+/// Sunday 0 to Saturday 6. This function and all below that need a date's fields round it as `civilFromDate`
+/// does, with the same fault.
 std::int32_t weekday(double date);
 
 /// The date without its time of day. A time that rounds up to midnight counts to the next day.
@@ -56,15 +56,15 @@ std::int64_t minutesBetween(double from, double to);
 double linearFromDate(double date);
 double dateFromLinear(double linear);
 
-/// As far back as seconds since 1970 in 32 bits reach: 13 December 1901, 20:45:52.
+/// The earliest date that 32-bit seconds since 1970 can express: 13 December 1901, 20:45:52.
 inline constexpr double EarliestSecondsDate = 713.8651851851852;
 /// Seconds since 1970-01-01, without leap seconds and zone, as a date.
 double dateFromUnixSeconds(std::int32_t seconds);
-/// To the nearest second, halves to even. Fault 6 for a date beyond 2038-01-19 03:14:07 or before
+/// The date to the nearest second, halves to even. Fault 6 for a date beyond 2038-01-19 03:14:07 or before
 /// EarliestSecondsDate.
 std::int32_t unixSecondsFromDate(double date);
 
-/// In whole seconds, since dates that were computed in different ways differ in their last digits.
+/// Compares whole seconds, since dates that were computed in different ways differ in their last digits.
 inline bool isBefore(double a, double b) { return secondsBetween(a, b) > 0; }
 
 }  // namespace hy_wristlog

@@ -14,7 +14,7 @@ namespace hy_wristlog::fault {
 
 using namespace FailureNumber;
 
-/// Raises the fault with its usual description; `detail`, when given, stands behind it.
+/// Raises the fault with its usual description; `detail`, when given, is appended.
 [[noreturn]] void raise(std::int32_t number, const std::string& detail = {});
 
 /// `container[index]`, or fault 9.

@@ -113,7 +113,7 @@ struct Decimal {
                : '0';
   }
 
-  /// Keeps `places` digits behind the decimal point.
+  /// Rounds to `places` digits after the decimal point.
   void roundTo(std::int64_t places) {
     const std::int64_t keep = Point + places;
     if (keep >= static_cast<std::int64_t>(Digits.size())) return;
@@ -155,8 +155,8 @@ std::string_view takeWhile(std::string_view& text, std::string_view characters) 
   return taken;
 }
 
-/// How many digits a run of placeholders shows at least: in front of the decimal point all from the first 0
-/// on, behind it all up to the last.
+/// How many digits a run of placeholders shows at least: before the decimal point all from the first 0 on,
+/// after it all up to the last 0.
 std::size_t leastWholeDigits(std::string_view places) {
   const auto first = places.find('0');
   return first == std::string_view::npos ? 0 : places.size() - first;

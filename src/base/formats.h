@@ -9,21 +9,21 @@
 /// Dates and numbers as text, by pattern.
 namespace hy_wristlog {
 
-/// A date by a pattern. Letters in any case: d dd ddd dddd, m mm mmm mmmm (minutes directly behind hours),
-/// n nn, y (day of the year) yy yyyy, h hh (12-hour with AMPM in the pattern, else 24-hour), s ss, and
-/// AMPM, AM/PM, A/P, ttttt; c the general form; "\" and "" quote; other characters stand for themselves.
-/// Names are English. ".000" behind seconds gives milliseconds as 000, since dates carry whole seconds. Fault
-/// 5 outside the years 100 to 9999.
+/// A date by a pattern. Letters in any case: d dd ddd dddd, m mm mmm mmmm (minutes directly after hours), n
+/// nn, y (day of the year) yy yyyy, h hh (12-hour with AMPM in the pattern, else 24-hour), s ss, and AMPM,
+/// AM/PM, A/P, ttttt; c the general form; "\" and "" quote; other characters stand for themselves. Names are
+/// English. ".000" after seconds gives milliseconds as 000, since dates carry whole seconds. Fault 5 outside
+/// the years 100 to 9999.
 std::string formatDate(double date, std::string_view pattern);
 
 /// A number by a pattern of 0, #, a decimal point and E+00; rounded half away from zero on 15 significant
 /// digits. The decimal point is "." whatever the locale.
 std::string formatNumber(double value, std::string_view pattern);
 
-/// Upper-case hexadecimal digits, with zeros in front up to `digits` of them.
+/// Upper-case hexadecimal digits, at least `digits` of them, filled with leading zeros.
 std::string upperHex(std::uint64_t value, std::size_t digits);
 
-/// A pattern of `formatDate`, taken apart once for many dates.
+/// A pattern of `formatDate`, parsed once for many dates.
 class DateFormat {
  public:
   explicit DateFormat(std::string_view pattern);
@@ -43,7 +43,7 @@ class DateFormat {
   bool halfDays_ = false;
 };
 
-/// A pattern of `formatNumber`, taken apart once for many numbers.
+/// A pattern of `formatNumber`, parsed once for many numbers.
 class NumberFormat {
  public:
   explicit NumberFormat(std::string_view pattern);
@@ -51,15 +51,15 @@ class NumberFormat {
 
  private:
   std::string prefix_, suffix_;
-  std::size_t wholePlaces_ = 0, leastWhole_ = 0;        ///< digits in front of the decimal point
-  std::size_t fractionPlaces_ = 0, leastFraction_ = 0;  ///< digits behind it
+  std::size_t wholePlaces_ = 0, leastWhole_ = 0;        ///< digits before the decimal point
+  std::size_t fractionPlaces_ = 0, leastFraction_ = 0;  ///< digits after it
   bool exponent_ = false, exponentPlus_ = false;
   std::size_t exponentDigits_ = 0;
 };
 
 /// The shortest text of a number as it is joined to other text ("0.5", "-1", "1E+20"), 15 significant digits.
 std::string textOf(double value);
-/// The same of a single, 7 significant digits.
+/// The same for a single, with 7 significant digits.
 std::string textOfSingle(float value);
 
 }  // namespace hy_wristlog

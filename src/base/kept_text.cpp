@@ -8,7 +8,7 @@ void KeptText::append(std::string_view text) {
   text_ += text;
   if (text_.size() <= most_) return;
   if (leftOut_ == 0) head_ = characterAt(most_ / 4);
-  // A quarter more than needed, so that not every appending moves all that is kept.
+  // A quarter more than needed is cut, so that not every append moves all that is kept.
   const std::size_t tail = characterAt(text_.size() - most_ / 2);
   leftOut_ += tail - head_ - word_;
   const std::string word = "\n-- " + std::to_string(leftOut_) + " bytes of this text were left out here --\n";

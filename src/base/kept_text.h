@@ -8,8 +8,8 @@
 
 namespace hy_wristlog {
 
-/// UTF-8 text that may go on without end: beyond `most` bytes its beginning and its end are kept, and a line
-/// between them says how much was left out.
+/// UTF-8 text without a limit to what is appended. Beyond `most` bytes only its beginning and its end are
+/// kept, and a line between them says how much was left out.
 class HY_WRISTLOG_API KeptText {
  public:
   explicit KeptText(std::size_t most) : most_(most) {}
@@ -24,7 +24,7 @@ class HY_WRISTLOG_API KeptText {
 
   std::size_t most_;
   std::string text_;
-  std::size_t head_ = 0, word_ = 0, leftOut_ = 0;  ///< the word on what was left out stands behind the head
+  std::size_t head_ = 0, word_ = 0, leftOut_ = 0;  ///< the line on what was left out follows the head
 };
 
 }  // namespace hy_wristlog

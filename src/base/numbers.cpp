@@ -19,13 +19,13 @@ To roundTo(double value) {
   double rounded = std::floor(value);
   const double rest = value - rounded;
   if (rest > 0.5 || (rest == 0.5 && std::fmod(rounded, 2.0) != 0.0)) rounded += 1.0;
-  // The upper limit itself is not a double for 64 bits; one above it always is.
+  // The greatest 64-bit number is no double, but one more is.
   constexpr double Lowest = static_cast<double>(std::numeric_limits<To>::min());
   if (!(rounded >= Lowest && rounded < -Lowest)) fault::raise(fault::Overflow);
   return static_cast<To>(rounded);
 }
 
-/// The value of a plain decimal number, none when it is too great. Too small is 0.
+/// The value of a plain decimal number; none when it is too great, 0 when it is too small.
 std::optional<double> parseDecimal(const std::string& text) {
   double value = 0;
   if (std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc{}) return value;
@@ -36,7 +36,7 @@ std::optional<double> parseDecimal(const std::string& text) {
   return std::nullopt;
 }
 
-/// Reads a number from the front, for both a strict and a lenient reader.
+/// Reads a number from the front of a text, for the strict and the lenient function alike.
 class Scanner {
  public:
   explicit Scanner(std::string_view text) : rest_(text) {}
@@ -54,7 +54,7 @@ class Scanner {
     while (!rest_.empty() && isBlank(rest_.front())) rest_.remove_prefix(1);
   }
 
-  /// Digits onto `number`; separators among them are passed over when allowed.
+  /// Appends digits to `number`; separators among them are skipped when allowed.
   std::size_t takeDigits(std::string& number, bool separators) {
     std::size_t count = 0;
     for (; hasDigit() || (separators && count > 0 && has(',')); ++count) {
@@ -64,7 +64,7 @@ class Scanner {
     return count;
   }
 
-  /// An exponent onto `number`; nothing is taken when no digits follow.
+  /// Appends an exponent to `number`; takes nothing when no digits follow.
   void takeExponent(std::string& number) {
     if (!has('E') && !has('D')) return;
     const std::string_view before = rest_;

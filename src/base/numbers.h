@@ -9,21 +9,22 @@
 /// Text to numbers, and real to whole numbers.
 namespace hy_wristlog {
 
-/// To the nearest whole number, exact halves to even. Fault 6 when the result does not fit, and for NaN.
+/// Rounds to the nearest whole number, exact halves to even. Fault 6 when the result does not fit, and for
+/// NaN.
 std::int16_t roundToInt16(double value);
 std::int32_t roundToInt32(double value);
 std::int64_t roundToInt64(double value);
 
 /// The number that a whole text stands for, none when it is not numeric: blanks around it, a sign before or
-/// behind, one decimal point, thousands separators before it, an exponent with E or D; or "&H" or "&O" and up
-/// to 32 bits, in two's complement.
+/// after it, one decimal point, thousands separators before it, an exponent with E or D; or "&H" or "&O" and
+/// up to 32 bits, in two's complement.
 std::optional<double> parseNumber(std::string_view text);
 bool isNumeric(std::string_view text);
 /// The same without thousands separators: in a file that people edit, a comma may be meant as a decimal one.
 std::optional<double> parseUngroupedNumber(std::string_view text);
 
-/// The decimal number at the start of the text, blanks skipped, also those among its digits; 0 when there is
-/// none. Fault 6 when it is too great.
+/// The decimal number at the start of the text; 0 when there is none. Blanks are skipped, even among the
+/// digits. Fault 6 when it is too great.
 double leadingNumber(std::string_view text);
 
 /// The value of up to 32 bits in hexadecimal digits; none when there are none, or other characters among

@@ -108,16 +108,16 @@ void Class_Error::handle(std::string_view ActiveMod, std::string_view ActiveProc
                                     "please contact Halcyra Product Support.\r\n";
 }
 
-/// On its way up to the command a failure stays silenced.
+/// Whether the failure was silenced in an inner procedure; it stays so on its way up to the command.
 bool Class_Error::isSilencedAlready() const {
   const auto& last = globals().ErrorStack.back();
   return CommandUnderWay::any() && last && last->Silenced &&
          last->ErrorOriginalSource == CurrentError.ErrorOriginalSource;
 }
 
-/// The first failure within seconds of another command's failure is taken for the echo of the former one:
-/// nobody is told of it. A command that is under way still gets its action, so that it ends as it would have
-/// without the former failure; elsewhere the procedure is left quietly.
+/// The first failure within seconds of another command's failure counts as that one's echo and is not told. A
+/// command that is under way still gets its action, so that it ends as it would without the former failure;
+/// otherwise the procedure is left quietly.
 bool Class_Error::followsLastCommandsFailure() const {
   const auto& stack = globals().ErrorStack;
   if (stack.size() != 1 || !stack[0]) return false;
@@ -171,7 +171,7 @@ void Class_Error::lookUpAction() {
   CurrentErrorAction.LogError = CurrentError.CommandProc;
 }
 
-/// No box is shown: the record says what a host should show.
+/// Shows no box itself: the record holds what a host should show.
 void Class_Error::decideMessage() {
   const std::string message =
       fncAddVbCrLf(CurrentErrorAction.CustomMessageText.empty() ? CurrentError.ErrorDescription

@@ -39,7 +39,7 @@ class Class_Error {
   std::vector<std::string> shownMessages_;
 };
 
-/// Each "VBCRLF", in any case, becomes CR LF.
+/// Replaces each "VBCRLF", in any case, by CR LF.
 std::string fncAddVbCrLf(std::string_view text);
 
 }  // namespace hy_wristlog

@@ -9,7 +9,7 @@
 
 namespace hy_wristlog {
 
-/// As module, procedure or number of an action: any.
+/// Stands for any module, procedure or number in an action.
 inline constexpr std::string_view Generic = "Generic";
 
 /// The answer to a failure of one number in one procedure.

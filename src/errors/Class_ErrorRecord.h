@@ -9,7 +9,7 @@ namespace hy_wristlog {
 
 /// What the answer to a failure makes a procedure do.
 inline constexpr std::int32_t errResume = 5001;      ///< repeat the failed statement
-inline constexpr std::int32_t errResumeNext = 5002;  ///< go on behind it
+inline constexpr std::int32_t errResumeNext = 5002;  ///< go on after the failed statement
 inline constexpr std::int32_t errExit = 5003;        ///< leave the procedure quietly
 inline constexpr std::int32_t errRaise = 5004;       ///< leave it and raise the failure again
 inline constexpr std::int32_t errRaiseAll = 5005;    ///< the same, up to the command procedure

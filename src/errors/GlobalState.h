@@ -11,7 +11,7 @@
 
 namespace hy_wristlog {
 
-/// What every room reads; one set for each thread's world, filled by start-up.
+/// Values that every room reads. Each thread's world has one set, filled by start-up.
 struct GlobalState {
   std::string AppName = "HY_Wristlog";
   std::string ShortDateFormat, ShortDateTimeFormat, LongDateFormat, LongDateTimeFormat, TimeOfDayFormat;
@@ -22,19 +22,19 @@ struct GlobalState {
   /// The failures of the running command. Element 0 holds the last failure, also between commands; no
   /// element at all means that the stack has not been made yet.
   std::vector<std::optional<Class_ErrorRecord>> ErrorStack;
-  /// The file that this stack has been logged to; empty before that.
+  /// The file that this stack was logged to; empty until then.
   std::string ErrorLogPath;
   std::vector<Class_ErrorAction> ErrorActions;
   /// Writes ErrorStack to the error log. Installed by start-up; may raise.
   std::function<void()> saveErrorRecords;
 
-  /// Leaves an empty element 0.
+  /// Drops everything and leaves an empty element 0.
   void emptyErrorStack() {
     ErrorStack.clear();
     ErrorStack.emplace_back();
     ErrorLogPath.clear();
   }
-  /// Leaves element 0 as it is.
+  /// Drops everything but element 0.
   void cutErrorStack() {
     ErrorStack.resize(1);
     ErrorLogPath.clear();

@@ -50,7 +50,7 @@ Failure currentFailure() {
 
 void Procedure::begin() {
   if (kind_ != ProcedureKind::Command) return;
-  // What failed outside commands must not count in this one.
+  // Failures from outside commands must not count in this one.
   if (!CommandUnderWay::any()) globals().cutErrorStack();
   underWay_.emplace();
 }

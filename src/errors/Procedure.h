@@ -21,18 +21,18 @@ namespace hy_wristlog {
 enum class TrapAnswer : std::uint8_t {
   Dispatch,  ///< ask the dispatcher
   Repeat,    ///< repeat the failed statement
-  GoOn,      ///< go on behind it
+  GoOn,      ///< go on after it
   Leave,     ///< leave the procedure quietly
   Raise,     ///< leave it and raise the failure, which the trap may have changed, past the dispatcher
 };
 
 enum class ProcedureKind : std::uint8_t {
   Ordinary,
-  Command,  ///< a public entry: ends the error stack and never raises again what it was told to raise
+  Command,  ///< a public entry: ends the error stack and does not pass on failures that it was told to raise
 };
 
-/// Marks the time of a command on its thread: a public workflow, or a command of a program. A failure in that
-/// time that the dispatcher would silence as the echo of an earlier command's still counts as a failure.
+/// Marks the duration of a command (a public workflow, or a command of a program) on its thread. A failure in
+/// that time that the dispatcher silences as the echo of an earlier command's still counts as a failure.
 class HY_WRISTLOG_API CommandUnderWay {
  public:
   CommandUnderWay();
@@ -53,7 +53,7 @@ class HY_WRISTLOG_API CommandUnderWay {
 ///     });
 ///
 /// A Failure that leaves a `statement` goes to the trap, if there is one, and then to the dispatcher, whose
-/// answer repeats the statement, goes on behind it (with an empty value, when it returns one), or ends the
+/// answer repeats the statement, goes on after it (with an empty value when it returns one), or ends the
 /// procedure. What fails in `run` outside a statement counts as one statement, the whole body. Without
 /// failures nothing is allocated or formatted.
 class Procedure {
@@ -124,7 +124,7 @@ class Procedure {
   struct Leave {};
   enum class Next : std::uint8_t { Repeat, GoOn };
   static constexpr std::size_t MostPassedOn = 24;
-  /// A std::function keeps two pointers' worth of captures in itself.
+  /// Whether a std::function holds the captures without allocating: two pointers fit.
   template <class Function>
   static constexpr bool KeptWithoutAllocation =
       sizeof(Function) <= 2 * sizeof(void*) && std::is_trivially_copyable_v<Function>;
@@ -147,7 +147,7 @@ class Procedure {
   std::unique_ptr<Failure> raised_;
 };
 
-/// Keeps the error stack of a command as it is, whatever fails in its time.
+/// Restores the error stack of a command at its end, whatever failed meanwhile.
 class ErrorStackKept {
  public:
   ErrorStackKept();
@@ -160,7 +160,7 @@ class ErrorStackKept {
   std::string logPath_;
 };
 
-/// Runs `step` and forgets its failures: within a command they leave no trace in the error stack either.
+/// Runs `step` and ignores its failures. Within a command they leave no trace in the error stack either.
 template <class Step>
 void ignoringFailures(Step&& step) {
   const ErrorStackKept kept;

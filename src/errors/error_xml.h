@@ -12,11 +12,11 @@
 /// structure.
 namespace hy_wristlog {
 
-/// Reads a site's error actions. Lines that fit nowhere, and values that make no sense, are passed over.
+/// Reads a site's error actions. Lines that fit nowhere and senseless values are skipped.
 std::vector<Class_ErrorAction> parseErrorActions(const std::vector<std::string>& lines);
 
-/// The log of a stack; element 0 is left out. `version` stands behind each record's application name. Line
-/// breaks within a value become blanks.
+/// The log of a stack; element 0 is left out. `version` follows each record's application name. Line breaks
+/// within a value become blanks.
 std::vector<std::string> errorLogLines(const std::vector<std::optional<Class_ErrorRecord>>& stack,
                                        std::string_view version);
 

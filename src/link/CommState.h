@@ -18,10 +18,10 @@ inline constexpr std::size_t ReceiveBufferSize = 17000;
 /// More than any logger's memory holds, with room for packets that come again.
 inline constexpr std::size_t MostTransferBytes = std::size_t{20} << 20;
 
-/// Bytes; all that passes when a megabyte is retrieved, three times over.
+/// Bytes: three times what passes when a megabyte is retrieved.
 inline constexpr std::size_t MostConsoleText = std::size_t{16} << 20;
 
-/// What stands behind a Form_Comm: its control, its world and its console.
+/// The inside of a Form_Comm: its control, its world and its console.
 struct CommState final : platform::EventSource {
   CommState(Form_Comm& form, CommEvents* owner);
   CommState(const CommState&) = delete;
@@ -34,12 +34,11 @@ struct CommState final : platform::EventSource {
   double deadline(std::int32_t milliseconds) const { return timer() + milliseconds / 1000.0; }
   bool consoleInUse() const { return consoleVisible || form.RaiseEventOnChar; }
   void progress(std::string text) const;
-  /// Throws what waits away, and shows it first when the console is in use.
+  /// Drops the bytes that wait, after showing them when the console is in use.
   void flush(const PortSteps& port);
-  /// Shows bytes as "[" hexadecimal digits "]", when the console is in use.
+  /// Shows bytes as "[" hexadecimal digits "]" when the console is in use.
   void showHex(std::string_view bytes, std::string_view lineEnd = {});
-  /// The settings text, 0 meaning "as last set"; fails with InvalidSettings under a source that all transfers
-  /// share.
+  /// The settings text; 0 means "as last set". Fails with InvalidSettings, with one source for all transfers.
   std::string transferSettings(Procedure& procedure, std::int32_t baudRate, std::int32_t dataBits,
                                std::int32_t parity, std::int32_t stopBits) const;
   void tellLost(std::int32_t attempt, std::int32_t most, std::int32_t packet) const {
@@ -78,8 +77,8 @@ inline std::string_view asText(std::span<const std::uint8_t> bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-/// The frame of a procedure that changes the control's settings for a while: repeats what failed because of
-/// the port's state, and knows what to put back.
+/// The frame of a procedure that changes the control's settings for a while. It repeats what failed because
+/// of the port's state and restores the settings.
 class TransferFrame {
  public:
   TransferFrame(CommState& state, const char* name)

@@ -92,7 +92,7 @@ void CommState::comSerial_OnComm() {
 
 void CommState::progress(std::string text) const { owner->CommProgress(text); }
 
-/// Shows no more than what waits at its beginning: a device that never stops would hold the caller here.
+/// Shows only what waits when it begins, since a device that never stops would hold the caller here.
 void CommState::flush(const PortSteps& port) {
   constexpr std::size_t ServedEvery = 1024;
   constexpr std::int32_t LongestShow = 500;  ///< milliseconds

@@ -28,8 +28,8 @@ class CommEvents {
 struct CommState;
 
 /// The one path of every byte to and from a logger: one serial port with its settings, its lines and its
-/// events. Line settings are indices: BaudRate 1 to 16 (13 is 57600), Parity 1 to 5 (3 none), StopBits 1 to 3
-/// (3 two), DataBits 4 to 8; 0 means "as last set". Text that passes is one byte a character.
+/// events. Line settings are given as indices: BaudRate 1 to 16 (13 is 57600), Parity 1 to 5 (3 none),
+/// StopBits 1 to 3 (3 two), DataBits 4 to 8; 0 means "as last set". Text that passes is one byte a character.
 class Form_Comm {
  public:
   /// `owner`, when not null, must outlive the link.
@@ -47,13 +47,13 @@ class Form_Comm {
   std::int32_t Get_LastCOMerrorNum() const;
   bool Get_PortReady() const;
   bool Get_DoingXMODEM() const;
-  /// The logger's end of the DSR line. False when the port is closed.
+  /// The DSR line, which the logger's side sets. False when the port is closed.
   bool DSRHolding();
 
-  /// Opens the port, closing an open one first; `lngDelay` milliseconds pass behind the opening. Raises
-  /// InvalidSettings and the control's PortOpen to ControlBlockFailure: InvalidPort no such port,
-  /// PortNotAvailable held by another program, PortStateFailure unusable or gone (after ten more tries). A
-  /// port that is closed meets every later operation with PortClosed.
+  /// Opens the port, closing an open one first, then waits `lngDelay` milliseconds. Raises InvalidSettings
+  /// and the control's PortOpen to ControlBlockFailure: InvalidPort no such port, PortNotAvailable held by
+  /// another program, PortStateFailure unusable or gone (after ten more tries). On a closed port every
+  /// operation raises PortClosed.
   void subOpenPort(std::int16_t intPort, std::int32_t vBaudRate, std::int32_t vDataBits, std::int32_t vParity,
                    std::int32_t vStopBits, std::int32_t lngDelay, bool RTSenableFirst, bool DTRenableFirst);
   void subClosePort();
@@ -73,19 +73,19 @@ class Form_Comm {
   void subAbortProcess();
 
   /// `SendBytes` 1 sends character by character, 2 (or 0) also checks the echo of each, others send all at
-  /// once; `CarraigeReturn` 1 sends a carriage return behind them. Each character comes back `NumEchoedChars`
+  /// once; `CarraigeReturn` 1 sends a carriage return after them. Each character comes back `NumEchoedChars`
   /// times within `TXdelay`. Raises NoCharacters and WrongCharacters; times in milliseconds.
   void subSendChars(std::string_view Chars, std::int32_t SendBytes, std::int32_t CarraigeReturn,
                     std::int16_t NumEchoedChars, std::int32_t CharDelay, std::int32_t TXdelay,
                     std::int32_t CmdDelay);
-  /// The text before `CharToWaitFor`, at most 4096 characters; `RXdelay` is a silence time, and bytes that
-  /// wait are no silence. Raises NoCharacters when nothing comes, NoFinalCharacter when the text has no end,
-  /// is longer, or goes on slowly for more than two seconds beside its silence time.
+  /// The text before `CharToWaitFor`, at most 4096 characters. `RXdelay` is how long the line may be silent;
+  /// bytes that wait are no silence. Raises NoCharacters when nothing comes, NoFinalCharacter when the text
+  /// has no end, is longer, or goes on slowly for two seconds more than its silence time.
   std::string fncGetCharLine(char CharToWaitFor, std::int32_t RXdelay);
-  /// `NumBytes` bytes at line settings of their own; `PageDelay` is the silence that ends the wait (4000 when
-  /// negative), `CmdDelay` a pause behind it (500 when negative). With `IgnoreLength` all that comes until
-  /// `ByteDelay` of silence, perhaps nothing, counted in `NumBytes`. At most 17000 bytes. Raises
-  /// InvalidSettings to DataOverrun.
+  /// Reads `NumBytes` bytes at line settings of their own. `PageDelay` is the silence that ends the wait
+  /// (4000 when negative), `CmdDelay` the pause after it (500 when negative). With `IgnoreLength` reads all
+  /// that comes until `ByteDelay` of silence, perhaps nothing, and sets `NumBytes` to its length. At most
+  /// 17000 bytes. Raises InvalidSettings to DataOverrun.
   std::vector<std::uint8_t> fncGetBinaryStream(std::int32_t& NumBytes, std::int32_t vBaudRate,
                                                std::int32_t vDataBits, std::int32_t vParity,
                                                std::int32_t vStopBits, std::int32_t PageDelay,
@@ -98,12 +98,12 @@ class Form_Comm {
   void subSendXmodemPackets(const PacketArray& Packets, std::int32_t vBaudRate, std::int32_t vDataBits,
                             std::int32_t vParity, std::int32_t vStopBits, std::int32_t CmdTimeout,
                             bool ByteByByte, std::int32_t ByteByByteDelay);
-  /// No array when nothing came or the transfer was aborted. A packet that came again stands twice in it.
-  /// Raises InvalidSettings, RetriesExceeded, NoPacket, and fault 6 when a packet other than 0 follows packet
-  /// 255.
+  /// The packets; no array when nothing came or the transfer was aborted. A packet that came again is in it
+  /// twice. Raises InvalidSettings, RetriesExceeded, NoPacket, and fault 6 when a packet other than 0 follows
+  /// packet 255.
   PacketArray fncReceiveXmodemPackets(std::int32_t vBaudRate, std::int32_t vDataBits, std::int32_t vParity,
                                       std::int32_t vStopBits, std::int32_t CmdTimeout);
-  /// Transfers that bring more than so many bytes end with RetriesExceeded from now on; 20 MiB at first.
+  /// Sets how many bytes a transfer may bring before it ends with RetriesExceeded; 20 MiB at first.
   void boundTransfers(std::size_t bytes);
   void subSendXmodemAbort();
   void subSendCTRLCabort();
@@ -116,14 +116,14 @@ class Form_Comm {
   void show();
   void hide();
   void subShowCOM(std::string_view text);
-  /// What was shown so far while visible, UTF-8: all of it, or of more than 16 MiB the beginning and the end.
+  /// What was shown while visible, in UTF-8: all of it, or of more than 16 MiB the beginning and the end.
   const std::string& consoleText() const;
   /// Selects a part of the console's text, in bytes; what exceeds the text is left out, and a character is
-  /// selected whole. Text that is shown later puts the caret behind itself, and nothing is selected any more.
+  /// selected whole. Showing more text ends the selection and puts the caret after that text.
   void select(std::size_t start, std::size_t length);
   std::string_view selectedText() const;
   void cmdClear();
-  /// These two leave the clipboard alone when there is nothing to copy.
+  /// These two do not change the clipboard when there is nothing to copy.
   void cmdCopySelection();
   void cmdCopyAll();
   /// Makes a running stream fail as if the port had lost data. Without one the mark stays until the port's

@@ -18,7 +18,7 @@ struct Arrival {
   bool Overrun = false;
 };
 
-/// How many turns of about a millisecond a stream may take: its waits, and four times what the line needs.
+/// How many turns of about a millisecond a stream may take: its waits plus four times the line's own time.
 std::int64_t mostTurns(std::string_view settings, std::size_t bytes, std::int64_t waits) {
   constexpr double BitsOfCharacter = 12, Leisure = 4, MillisecondsPerSecond = 1000, SlowestBaud = 110;
   const auto line = parseLineSettings(settings);
@@ -28,8 +28,8 @@ std::int64_t mostTurns(std::string_view settings, std::size_t bytes, std::int64_
 }
 
 /// Watches the receive buffer until it holds `enough` or has not grown for a while: `firstWait` before the
-/// first growth, `nextWait` behind each. Turns are counted, since a pause of the process is none of the
-/// stream.
+/// first growth, `nextWait` after each. Turns are counted instead of time, since a pause of the process is no
+/// pause of the stream.
 Arrival watchArrival(CommState& state, const PortSteps& port, std::size_t enough, std::int32_t firstWait,
                      std::int32_t nextWait) {
   Arrival arrival;

@@ -8,15 +8,15 @@ namespace hy_wristlog {
 using namespace FailureNumber;
 namespace {
 
-// The longest line of a logger has some seventy characters. What is longer is a babble: it is taken without
-// pauses, and a slow one is broken off.
+// The longest line of a logger has some seventy characters. A longer one comes from a faulty device: it is
+// read without pauses, and broken off when it comes slowly.
 constexpr std::size_t LongestLine = 4096, LongestOwnLine = 128;
 constexpr std::int32_t TurnTime = 5;              ///< milliseconds
-constexpr std::int32_t TurnsBesideSilence = 400;  ///< turns, since a pause of the process is none of the line
+constexpr std::int32_t TurnsBesideSilence = 400;  ///< turns, which a pause of the process does not use up
 
 enum SendMode : std::int32_t { CharByChar = 1, WithEcho = 2 };
 
-/// Collects `expected` echoed characters, or those that came before the time was up.
+/// Collects `expected` echoed characters, or those that come in time.
 std::string collectEcho(CommState& state, const PortSteps& port, std::size_t expected, std::int32_t TXdelay) {
   std::string echo;
   const double deadline = state.deadline(TXdelay);

@@ -33,7 +33,7 @@ void closeWindow(Form_Comm& link) {
 LoggerLink::~LoggerLink() {
   try {
     closeWindow(*mfrmComm_);
-  } catch (...) {  // NOLINT(bugprone-empty-catch): a logger ends whatever its window says
+  } catch (...) {  // NOLINT(bugprone-empty-catch): a failing window must not keep a logger from ending
   }
 }
 

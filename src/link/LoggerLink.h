@@ -10,8 +10,8 @@
 
 namespace hy_wristlog {
 
-/// A logger object's share of the link: its Form_Comm, who hears its events, and its diagnostic window. A
-/// logger that ends while the window is shown asks whether the text is wanted.
+/// A logger object's part of the link: its Form_Comm, the listeners of its events, and its diagnostic window.
+/// When a logger ends while the window is shown, the user is asked whether to keep the text.
 class LoggerLink : private CommEvents {
  public:
   LoggerLink() : mfrmComm_(new Form_Comm(this)) {}
@@ -22,7 +22,7 @@ class LoggerLink : private CommEvents {
   Form_Comm& link() { return *mfrmComm_; }
   std::vector<std::shared_ptr<LoggerEvents>> listeners;
 
-  /// Null is no listener.
+  /// Adds a listener; does nothing for null.
   void subscribe(std::shared_ptr<LoggerEvents> events);
   void unsubscribe(const std::shared_ptr<LoggerEvents>& events);
 

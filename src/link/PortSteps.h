@@ -9,7 +9,7 @@
 
 namespace hy_wristlog {
 
-/// The serial control as a procedure uses it: every operation is one statement of the procedure.
+/// The serial control as a procedure uses it. Every operation is one statement of the procedure.
 class PortSteps {
  public:
   PortSteps(SerialControl& control, Procedure& procedure) : control_(control), procedure_(procedure) {}
@@ -65,19 +65,18 @@ class PortSteps {
   Procedure& procedure_;
 };
 
-/// A failure of the procedure's own, as a statement: a site's action may go on behind it.
+/// Raises a failure of the procedure's own in a statement, so that a site's action may go on after it.
 inline void fail(Procedure& procedure, std::int32_t number, const char* source, const char* text) {
   procedure.statement([&] { throw Failure(number, source, text); });
 }
 
-/// Counts the failures of the port's state (PortStateFailure) in one call of a procedure and brings the port
-/// back.
+/// Counts the PortStateFailures in one call of a procedure and opens the port again after each.
 class PortRecovery {
  public:
   explicit PortRecovery(SerialControl& control) : control_(control) {}
 
-  /// Closes an open port and opens it again; true when the failed statement is worth another try. A port that
-  /// cannot be opened again is given up at once.
+  /// Closes an open port and opens it again. True when the failed statement is worth another try; false at
+  /// once for a port that does not open.
   bool reopen() {
     return again([&] {
       control_.PortOpen(false);
@@ -85,7 +84,7 @@ class PortRecovery {
     });
   }
 
-  /// The same, leaving the port closed.
+  /// Does the same but leaves the port closed.
   bool close() {
     return again([&] { control_.PortOpen(false); });
   }

@@ -47,15 +47,15 @@ class SerialControl {
   /// False while the port is closed.
   bool DSRHolding();
 
-  /// A mark for those who read: Input gives raw bytes in both modes.
+  /// Kept for callers to read back only: Input gives raw bytes in both modes.
   Mode InputMode() const { return inputMode_; }
   void InputMode(Mode mode) { inputMode_ = mode; }
-  /// Bytes that one Input takes; 0 for all that wait.
+  /// How many bytes one Input takes; 0 for all that wait.
   std::int32_t InputLen() const { return inputLen_; }
   void InputLen(std::int32_t length);
   /// Bytes that arrive while this many wait are lost, which event 1008 tells.
   void InBufferSize(std::size_t size);
-  /// Waiting bytes that raise a receive event; 0 for no such events.
+  /// How many waiting bytes cause a receive event; 0 for no such events.
   std::int32_t RThreshold() const { return rThreshold_; }
   void RThreshold(std::int32_t count) { rThreshold_ = count; }
 
@@ -67,7 +67,7 @@ class SerialControl {
   std::size_t OutBufferCount();
   void Output(std::string_view bytes);
 
-  /// Calls OnComm for what happened since the last call. A port that has gone gives no events: the next
+  /// Calls OnComm for what happened since the last call. A port that has gone causes no events; the next
   /// operation on it raises PortStateFailure.
   void deliverEvents();
 

@@ -15,7 +15,7 @@ inline constexpr char Soh = 1, Stx = 2, CtrlC = 3, Eot = 4, Ack = 6, Nak = 21, C
 inline constexpr const char* RetriesExceededText = "Maximum number of packet transmission retries exceeded";
 inline constexpr std::int32_t PollInterval = 50;  ///< milliseconds
 
-/// What both directions of one transfer share. Its procedure's clean-up puts the line back as it was.
+/// What both directions of one transfer share. Its procedure's clean-up restores the line's settings.
 class XmodemSession {
  public:
   XmodemSession(CommState& link, const char* name, const char* source, std::int32_t timeout);

@@ -115,7 +115,7 @@ class XmodemReceiver : public XmodemSession {
     return read.size();
   }
 
-  /// A packet that came again is taken once more; any other number is taken as it is.
+  /// Recognises a packet that came again, which is kept a second time. Any other number is accepted as it is.
   Step checkNumber(std::uint8_t number) {
     if (number != expected_ && number == numberBefore()) {
       if (duplicates_ > MostDuplicates) return giveUp(RetriesExceeded, RetriesExceededText);
@@ -128,8 +128,8 @@ class XmodemReceiver : public XmodemSession {
     return Step::GoOn;
   }
 
-  /// Counted in a byte: at 0 this is an overflow, so behind packet 255 only packet 0 will do. The caller may
-  /// begin the transfer anew.
+  /// The number before the expected one, in a byte. At 0 this raises fault 6: after packet 255 only packet 0
+  /// is accepted. The caller may begin the transfer anew.
   std::uint8_t numberBefore() {
     return procedure().statement([&] { return fault::narrow<std::uint8_t>(expected_ - 1); });
   }
@@ -168,7 +168,8 @@ class XmodemReceiver : public XmodemSession {
   std::string bytes_;
   std::uint8_t expected_ = 1;
   std::int32_t duplicates_ = 0;
-  /// Starts at 0 but begins again at 1, so the first packet may be bad three times and later ones twice.
+  /// Errors of the present packet. Starts at 0 but is reset to 1, so the first packet may be bad three times
+  /// and later ones twice.
   std::int32_t errors_ = 0;
   std::int32_t bytesSoFar_ = 0;
   std::size_t storedBytes_ = 0;

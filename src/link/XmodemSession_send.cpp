@@ -161,8 +161,8 @@ class XmodemSender : public XmodemSession {
     return failWith(NoEndAcknowledgement, "Failure to receive acknowledgement of end of transmission");
   }
 
-  /// The last byte that came until `final` knew one or the time was up. What waits then is still looked
-  /// through.
+  /// Reads until a byte that `final` accepts or until the time is up, and returns the last byte. What waits
+  /// at the end of the time is still read.
   template <class Final>
   Answer awaitAnswer(Final final, std::string_view lineEnd) {
     Answer answer;

@@ -14,7 +14,7 @@ namespace hy_wristlog {
 std::optional<std::string> lineSettingsText(std::int32_t baudRate, std::int32_t dataBits, std::int32_t parity,
                                             std::int32_t stopBits);
 
-/// No value when the text is not one that lineSettingsText makes.
+/// The settings of a text; no value when lineSettingsText cannot have made it.
 std::optional<platform::LineSettings> parseLineSettings(std::string_view text);
 
 }  // namespace hy_wristlog

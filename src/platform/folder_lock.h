@@ -7,8 +7,8 @@
 
 namespace hy_wristlog::platform {
 
-/// Locks the folder for a change of one of its files. Waits for another holder through the thread's clock,
-/// for some seconds at most; then raises SystemError EBUSY.
+/// Locks the folder for a change of one of its files. While somebody else holds it, waits some seconds of the
+/// thread's clock at most; then raises SystemError EBUSY.
 HY_WRISTLOG_API std::unique_ptr<FolderLock> lockFolder(Files& files, const std::string& folder);
 
 /// The folder that a file's path names; "." when it names none.

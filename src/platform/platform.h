@@ -16,8 +16,8 @@
 #include "hy_wristlog/api.h"
 #include "hy_wristlog/host.h"
 
-/// The seam between the library and the world. Only the files under platform/ include system headers;
-/// tests and the demo put a simulated world in their place.
+/// The seam between the library and the world. Only the files under platform/ include system headers; tests
+/// and the demo replace them with a simulated world.
 namespace hy_wristlog::platform {
 
 /// An operation of the system failed. Callers turn it into the Failure of their own contract.
@@ -25,7 +25,7 @@ struct HY_WRISTLOG_API SystemError {
   std::int32_t Number;  ///< errno
 };
 
-/// What the thread's clock says, and the only way to let time pass.
+/// The thread's time, and the only way to let it pass.
 class HY_WRISTLOG_API Clock {
  public:
   virtual ~Clock() = default;
@@ -54,7 +54,7 @@ struct ModemLines {
   bool operator==(const ModemLines&) const = default;
 };
 
-/// Line errors since they were last taken.
+/// Line errors since the last `takeErrors`.
 struct LineErrors {
   std::uint32_t Overrun = 0, Framing = 0, Parity = 0, Break = 0, BufferOverflow = 0;
 };
@@ -192,8 +192,8 @@ struct FileState {
   bool Hidden = false;
 };
 
-/// A file in the making. It takes its place whole when it is finished; without that nothing has happened, and
-/// a former file stands unharmed. Members raise SystemError, and are of no use behind that.
+/// A file that is being written. `finish` puts it whole in its place; without `finish` a former file stays
+/// unharmed. Members raise SystemError; after that the object is of no use.
 class HY_WRISTLOG_API NewFile {
  public:
   NewFile() = default;
@@ -204,7 +204,7 @@ class HY_WRISTLOG_API NewFile {
   void finish();
 
  protected:
-  /// Called once at least.
+  /// To be called at least once, also for an empty file.
   virtual void write(std::string_view piece) = 0;
   virtual void takePlace() = 0;
 
@@ -215,7 +215,7 @@ class HY_WRISTLOG_API NewFile {
   bool begun_ = false;
 };
 
-/// Held as long as it lives.
+/// A lock that is held as long as the object lives.
 class HY_WRISTLOG_API FolderLock {
  public:
   FolderLock() = default;
@@ -228,15 +228,15 @@ class HY_WRISTLOG_API FolderLock {
 class HY_WRISTLOG_API Files {
  public:
   static constexpr std::size_t LongestFile = std::size_t{512} << 20;
-  /// Settings, error actions and configurations are shorter.
+  /// The most that a text file is read up to. Settings, error actions and configurations are shorter.
   static constexpr std::size_t LongestText = std::size_t{4} << 20;
 
   virtual ~Files() = default;
   virtual FileState state(const std::string& path) = 0;
   std::string read(const std::string& path) { return readUpTo(LongestFile, path); }
-  /// The same for a file that has no business to be longer: EFBIG when it is.
+  /// Reads a file of at most `most` bytes; raises EFBIG for a longer one.
   virtual std::string readUpTo(std::size_t most, const std::string& path) = 0;
-  /// Replaces the file when it is finished.
+  /// Begins a file that replaces the one at `path` when it is finished.
   virtual std::unique_ptr<NewFile> create(const std::string& path) = 0;
   /// Replaces the file whole: after a failure the former file stands unharmed.
   void write(const std::string& path, std::string_view content);
@@ -244,8 +244,8 @@ class HY_WRISTLOG_API Files {
   virtual bool remove(const std::string& path) = 0;
   /// One folder level; `forEveryone` gives it mode 1777. An existing folder is left as it is.
   virtual void makeFolder(const std::string& path, bool forEveryone) = 0;
-  /// For whoever reads a file of the folder, changes it and writes it back; null while somebody else holds
-  /// it. Where nobody else can be, there is nothing to hold.
+  /// Locks the folder for a caller that reads a file of it, changes it and writes it back; null while
+  /// somebody else holds the lock. The default is for worlds that nobody shares, and locks nothing.
   virtual std::unique_ptr<FolderLock> tryLockFolder(const std::string& /*path*/) {
     return std::make_unique<FolderLock>();
   }
@@ -258,19 +258,21 @@ class HY_WRISTLOG_API Sha1Hash {
  public:
   virtual ~Sha1Hash() = default;
   virtual void add(std::span<const std::uint8_t> bytes) = 0;
-  /// To be taken once, at the end.
+  /// The digest; to be called once, at the end.
   virtual Sha1Digest value() = 0;
 };
 
 enum class KeyPairState : std::uint8_t { Missing, Damaged, Usable };
 
-/// A place for one RSA key pair, as it was when it was opened. Signatures are RSASSA-PKCS1-v1_5 with SHA-1,
-/// public keys SubjectPublicKeyInfo in DER (RFC 8017, RFC 5280). Members raise SystemError.
+/// A place for one RSA key pair, seen as it was when the container was opened. Signatures are
+/// RSASSA-PKCS1-v1_5 with SHA-1, public keys SubjectPublicKeyInfo in DER (RFC 8017, RFC 5280). Members raise
+/// SystemError.
 class HY_WRISTLOG_API KeyContainer {
  public:
   virtual ~KeyContainer() = default;
   virtual KeyPairState keyPairState() = 0;
-  /// 2048 bits, kept whole or not at all. A pair that somebody else has put there meanwhile is taken over.
+  /// Makes and stores a pair of 2048 bits, whole or not at all. Where another process has stored one
+  /// meanwhile, that one is used.
   virtual void generateKeyPair() = 0;
   virtual std::size_t publicKeySize() = 0;
   /// `into` has the size above.
@@ -278,7 +280,7 @@ class HY_WRISTLOG_API KeyContainer {
   virtual std::size_t signatureSize() = 0;
   /// `into` has the size above.
   virtual void sign(const Sha1Digest& digest, std::span<std::uint8_t> into) = 0;
-  /// The key for `verify`; it goes with this object.
+  /// Sets the key for `verify`. The object keeps it as long as it lives.
   virtual void importPublicKey(std::span<const std::uint8_t> key) = 0;
   virtual bool verify(const Sha1Digest& digest, std::span<const std::uint8_t> signature) = 0;
 };
@@ -291,15 +293,16 @@ class HY_WRISTLOG_API CryptographicProvider {
   virtual std::array<std::uint8_t, 16> md5(std::span<const std::uint8_t> bytes) = 0;
   virtual void randomBytes(std::span<std::uint8_t> into) = 0;
   virtual std::unique_ptr<Sha1Hash> createSha1() = 0;
-  /// The container that keeps its pair in this file, which need not exist. Null where no keys can be kept.
+  /// The container whose pair is in this file, which need not exist. Null where no keys can be kept.
   virtual std::unique_ptr<KeyContainer> openContainer(const std::string& file) = 0;
   /// Does nothing when there is no such file.
   virtual void deleteContainer(const std::string& file) = 0;
-  /// Deletes it only if its pair is still damaged: what another process has made anew meanwhile stays.
+  /// Deletes the container only if its pair is still damaged, so that a pair that another process has made
+  /// meanwhile stays.
   virtual void deleteDamagedContainer(const std::string& file) = 0;
 };
 
-/// Something that wants to run while events are served: a link with its line events and its timer.
+/// Runs while events are served: for instance a link with its line events and its timer.
 class HY_WRISTLOG_API EventSource {
  public:
   virtual void serveEvents() = 0;
@@ -308,7 +311,7 @@ class HY_WRISTLOG_API EventSource {
   ~EventSource() = default;
 };
 
-/// Objects of which each thread's world has one, made on first use and gone with the world.
+/// Objects of which each thread's world has one. They are made on first use and end with the world.
 class HY_WRISTLOG_API WorldObjects {
  public:
   WorldObjects() = default;

@@ -4,7 +4,8 @@
 
 namespace hy_wristlog::platform {
 
-/// Among the objects of a world: the calls that wait in it. While there are any, the thread keeps its world.
+/// One of a world's objects: counts the calls that wait in it. While there are any, the thread keeps its
+/// world.
 struct WorkUnderWay {
   std::int32_t Count = 0;
 };

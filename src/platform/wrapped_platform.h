@@ -7,7 +7,7 @@
 
 namespace hy_wristlog::platform {
 
-/// A world that is another one, but for what a derived class replaces.
+/// A world that hands every member on to another one, except those that a derived class replaces.
 class WrappedPlatform : public Platform {
  public:
   explicit WrappedPlatform(std::shared_ptr<Platform> inner) : inner_(std::move(inner)) {}

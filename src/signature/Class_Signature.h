@@ -11,14 +11,12 @@ namespace hy_wristlog {
 
 /// Who is working with the library, and signatures over what they sign.
 ///
-/// A container is a name for one RSA key pair of 2048 bits. Its file is "Keys" in the user's data folder, its
-/// name with ".pem" behind it: an unencrypted PKCS#8 key in PEM that only its user may read. What is signed
-/// is the text in UTF-16, little-endian, without byte order mark. Signatures are RSASSA-PKCS1-v1_5 with SHA-1
-/// (RFC 8017), public keys SubjectPublicKeyInfo in DER (RFC 5280), both as upper-case hexadecimal text; the
-/// openssl command reads and makes the same.
-///
-/// What the system refuses is raised with its own number, which stands at the end of the description too.
-/// Wrong arguments are fault 5.
+/// A container is a name for one RSA key pair of 2048 bits. Its file is NAME.pem in the folder "Keys" of the
+/// user's data folder: an unencrypted PKCS#8 key in PEM that only its user may read. What is signed is the
+/// text in UTF-16, little-endian, without byte order mark. Signatures are RSASSA-PKCS1-v1_5 with SHA-1 (RFC
+/// 8017), public keys SubjectPublicKeyInfo in DER (RFC 5280), both as upper-case hexadecimal text; the
+/// openssl command reads and makes the same. What the system refuses is raised with the system's number,
+/// which also ends the description. Wrong arguments are fault 5.
 class Class_Signature {
  public:
   std::int16_t Get_SignatureGMTOffset() const { return gmtOffset_; }  ///< minutes from UTC to local time
@@ -38,20 +36,20 @@ class Class_Signature {
   const std::string& Get_Comments() const { return comments_; }
   void Let_Comments(std::string text) { comments_ = std::move(text); }
 
-  /// The name given, or fncGetCurrentUser. Raises NoUserName.
+  /// The name that was set, or else fncGetCurrentUser. Raises NoUserName.
   std::string Get_LogonUserName() const;
   void Let_LogonUserName(std::string name) { logonUserName_ = std::move(name); }
-  /// The name given, or fncGetFullName.
+  /// The name that was set, or else fncGetFullName.
   std::string Get_LogonFullName() const;
   void Let_LogonFullName(std::string name) { logonFullName_ = std::move(name); }
-  /// The name given, or fncGetCurrentDomain. Raises NoDomainName.
+  /// The name that was set, or else fncGetCurrentDomain. Raises NoDomainName.
   std::string Get_DomainName() const;
   void Let_DomainName(std::string name) { domainName_ = std::move(name); }
-  /// The name given, or fncGetCurrentComputer.
+  /// The name that was set, or else fncGetCurrentComputer.
   std::string Get_ComputerName() const;
   void Let_ComputerName(std::string name) { computerName_ = std::move(name); }
 
-  /// These five ask the system; each raises its error number.
+  /// These five ask the system, and raise its error number when it refuses.
   static std::string fncGetCurrentUser();
   static std::string fncGetCurrentDomain();
   static std::string fncGetCurrentComputer();
@@ -70,8 +68,8 @@ class Class_Signature {
   static std::string fncGenerateSignature(std::string_view containerName, std::string_view data);
   /// The container's public key. Fault 5 when it has no usable pair.
   static std::string fncGetPublicKey(std::string_view containerName);
-  /// Whether the holder of the key has signed these data. False for a signature that is none. Fault 5 for a
-  /// public key that is no hexadecimal text, and for data that are not UTF-8.
+  /// Whether the holder of the key has signed these data. False also for a text that is no signature. Fault 5
+  /// for a public key that is no hexadecimal text, and for data that are not UTF-8.
   static bool fncVerifySignature(std::string_view publicKey, std::string_view data,
                                  std::string_view signature);
   /// Deletes the container with its key pair, if there is one.

@@ -25,8 +25,8 @@ constexpr std::int32_t UserDataFolderCode = 26;
 
 platform::CryptographicProvider& cryptography() { return platform::current().cryptography(); }
 
-/// The name as a file name: ASCII letters, digits, "_", "-" and dots inside stand for themselves, all other
-/// bytes for "%" and two digits. Different names give different files, none of them outside the folder.
+/// The name as a file name. ASCII letters, digits, "_", "-" and dots inside stay; every other byte becomes
+/// "%" and two digits. Different names give different files, and none lies outside the folder.
 std::string fileName(std::string_view containerName) {
   std::string name;
   for (const char c : containerName) {
@@ -57,7 +57,7 @@ class Operation {
     return procedure.run(std::forward<Body>(body));
   }
 
-  /// A step of the provider; the system's number goes behind the problem.
+  /// Runs a step of the provider. A failure's description is `problem` followed by the system's number.
   template <class Step>
   auto step(const char* problem, Step&& step) const {
     try {
@@ -119,7 +119,7 @@ class Operation {
   const char* name_;
 };
 
-/// None for what is no hexadecimal text.
+/// The bytes of a hexadecimal text; none for other text.
 std::optional<GrowingArray<std::uint8_t>> bytesOf(std::string_view hexText) {
   if (hexText.empty()) return std::nullopt;
   auto bytes = Class_Signature::fncHexStringToByteArray(hexText);

@@ -6,9 +6,9 @@
 
 namespace hy_wristlog {
 
-/// A moment at which a zone changes its clocks. `wYear` below 1: the `wDay`-th (5: last) `wDayOfWeek`
-/// (Sunday 0) of `wMonth` in every year; otherwise the day `wDay` of `wMonth`, in any year. Local clock time;
-/// an hour below 0 or above 23 lies in a day before or behind that one.
+/// A moment at which a zone changes its clocks. `wYear` below 1: the `wDay`-th (5: last) `wDayOfWeek` (Sunday
+/// 0) of `wMonth` in every year; otherwise the day `wDay` of `wMonth`, in any year. Local clock time; an hour
+/// below 0 or above 23 lies in a day before or after that one.
 struct CLass_SystemTime {
   std::int16_t wYear = 0, wMonth = 0, wDayOfWeek = 0, wDay = 0;
   std::int16_t wHour = 0, wMinute = 0, wSecond = 0, wMilliseconds = 0;

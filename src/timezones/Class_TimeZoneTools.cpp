@@ -27,8 +27,8 @@ CLass_SystemTime systemTime(const platform::ZoneTransition& change) {
           change.Hour, change.Minute, change.Second,    change.Milliseconds};
 }
 
-/// Four letters that sort in the order of the offset in "(GMT-05:00) ...", "O" for zero. A name without a
-/// readable offset counts as zero.
+/// Four letters that sort in the order of the offset in "(GMT-05:00) ..."; "O" stands for zero. A name
+/// without a readable offset counts as zero.
 std::string sortKey(std::string_view displayName) {
   constexpr const char* Zero = "OOOO";
   constexpr std::size_t OffsetAt = 4;

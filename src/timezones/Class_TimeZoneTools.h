@@ -41,7 +41,7 @@ class Class_TimeZoneTools {
   /// "Display", "Std", "Dlt" or "MapID" of a zone's key path, up to the first NUL; empty for other names.
   static std::string fncGetRegValueStr(std::string_view keyPath, std::string_view valueName);
   static std::string fncStripNulls(std::string_view text);
-  /// True: the zone records stand under the key path of the NT family.
+  /// Always true: the zone records are under the key path of the NT family.
   static bool fncRunningNT() { return true; }
 
   /// Empty when the table does not have the key. Exact comparison, as in the two below.
@@ -54,33 +54,34 @@ class Class_TimeZoneTools {
 
   /// UTC now, milliseconds dropped.
   static double fncGetGMTTime();
-  /// The machine's offset now, measured between its two clocks, so daylight time is in it.
+  /// The machine's offset now, the difference of its two clocks, so daylight time is included.
   static std::int16_t fncGetGMTOffset();
   /// The time now where the clocks are `offset` minutes ahead of UTC.
   static double fncLocalTimeFromOffset(std::int16_t offset);
-  /// Zone time of a UTC date. The change is looked for on the clock as it would read in daylight time, so
-  /// daylight time begins early by the daylight bias: an hour, in most zones.
+  /// Zone time of a UTC date. The date is compared with the change as if daylight time held already, so
+  /// daylight time begins early by the daylight bias, an hour in most zones.
   static double fncUTCToLocalDate(double utc, const Class_TimeZoneInfo& zone, bool daylight);
-  /// Whether a zone's own clock reads a daylight time. The moment of the change to daylight time is none yet;
-  /// the moment of the change back still is one where daylight time lies within a year, and none where the
-  /// turn of the year lies in it.
+  /// Whether a time of the zone's own clock is in daylight time. The moment of the change to daylight time is
+  /// not yet. The moment of the change back still is where daylight time lies within one year, and is not
+  /// where it lasts over the turn of the year.
   static bool fncIsDayLight(double date, const Class_TimeZoneInfo& zone);
   /// The day of the `occurrence`-th `weekday` (Sunday 0) of a month, or the last when there are fewer; 0 when
   /// there is no such day, as in month 0.
   static double fncWeekDayToDate(std::int32_t year, std::int32_t month, std::int32_t weekday,
                                  std::int32_t occurrence);
-  /// The zone's offset at a date of its own clock; that of daylight time in the hour that the clocks repeat.
+  /// The zone's offset at a date of its own clock. In the hour that the clocks repeat it is that of daylight
+  /// time.
   static std::int16_t fncCalcOffset(double date, const Class_TimeZoneInfo& zone, bool daylight);
-  /// "+05:30". From 1440 minutes on the hours begin at 00 again.
+  /// The offset as "+05:30". From 1440 minutes on the hours start again at 00.
   static std::string fncFormatOffset(std::int16_t minutes);
-  /// "5:30" is 330. The minutes count upwards whatever the sign, so "-5:30" is -270; text without a colon
-  /// is minutes, other text 0. Fault 6 when the result does not fit.
+  /// The minutes of an offset: "5:30" is 330. The part after the colon is always added, so "-5:30" is -270.
+  /// Text without a colon is minutes, other text 0. Fault 6 when the result does not fit.
   static std::int16_t fncHoursToMinutes(std::string_view text);
   /// The UTC date of the change to daylight time, cut to the minute. A zone without daylight time gives the
   /// size of its offset as a time on day 0, so 0 at Greenwich alone.
   static double fncGetDaylightStart(std::int32_t year, const Class_TimeZoneInfo& zone);
-  /// The same of the change back. Where the turn of the year lies in daylight time it is taken as a standard
-  /// time, and comes out late by the daylight bias.
+  /// The UTC date of the change back. Where daylight time lasts over the turn of the year the clock's time is
+  /// taken for standard time, and the date is late by the daylight bias.
   static double fncGetStandardStart(std::int32_t year, const Class_TimeZoneInfo& zone);
   /// Whether the machine adjusts its clock to daylight time.
   static bool fncGetLocalAutoDST();

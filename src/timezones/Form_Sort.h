@@ -6,7 +6,7 @@
 
 namespace hy_wristlog {
 
-/// Puts texts in order. There is no window behind it.
+/// Puts texts in order. In spite of its name it has no window.
 class Form_Sort {
  public:
   /// The indices of `keys` in the ascending order of their bytes; equal keys keep their order.

@@ -11,7 +11,7 @@ struct ZoneAbbreviation {
 };
 
 /// The 85 pairs, in a fixed order. Loggers in the field carry these letters, which are not the usual short
-/// names of the zones: no row may ever change.
+/// names of the zones: rows may be added at the end, but none may ever change.
 std::span<const ZoneAbbreviation> zoneAbbreviations();
 
 }  // namespace hy_wristlog

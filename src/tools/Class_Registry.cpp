@@ -214,7 +214,7 @@ std::string Class_Registry::ExpandEnvStr(std::string_view text) {
     const auto end = text.find('%', 1);
     if (end == std::string_view::npos) break;
     const auto value = platform::current().environment().variable(text.substr(1, end - 1));
-    // The mark behind an unknown name may be the one in front of the next.
+    // The "%" after an unknown name may be the one before the next name.
     expanded += value ? *value : std::string(text.substr(0, end));
     text.remove_prefix(value ? end + 1 : end);
   }

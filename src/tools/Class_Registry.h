@@ -25,7 +25,7 @@ class Class_Registry {
   std::int32_t ValueType = 1;
   RegistryValue Default;
 
-  /// These return false where the store refuses.
+  /// These return false when the store refuses.
   bool Get_KeyExists() const;
   bool CreateKey() const;
   bool DeleteKey() const;

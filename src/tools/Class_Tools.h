@@ -11,14 +11,14 @@
 
 namespace hy_wristlog {
 
-/// A field that was read as a number where it is one.
+/// A field: its number if it is numeric, otherwise its text.
 using NumberOrText = std::variant<double, std::string>;
 
 /// The small operations that every room shares. An unexpected failure goes through the dispatcher with the
 /// module "Class_Tools" and the operation's name, and then on to the caller. Texts are UTF-8.
 class Class_Tools {
  public:
-  // Bytes (bytes.cpp)
+  // Bytes (Class_Tools_bytes.cpp)
 
   /// CRC-16/XMODEM (catalogue of parametrised CRC algorithms), 0 to 65535. Fault 9 when there is no array:
   /// a span without data.
@@ -46,17 +46,17 @@ class Class_Tools {
   /// The system's words for an error number; empty for an unknown one.
   static std::string fncGetErrorStringFromDLLerrorNum(std::int32_t number);
 
-  // Text, numbers, waiting (text.cpp)
+  // Text, numbers, waiting (Class_Tools_text.cpp)
 
-  /// The fields between delimiters; those that are numeric as their leading number. Behind a delimiter the
-  /// next field begins one character further, however long the delimiter is.
+  /// The fields between delimiters; those that are numeric as their leading number. The field after a
+  /// delimiter begins one character after the delimiter's start, however long the delimiter is.
   static GrowingArray<NumberOrText> fncParseString(std::string_view text, std::int16_t lowerBound,
                                                    std::string_view delimiter);
   /// The same fields as texts, without the empty ones; no array when there are none.
   static GrowingArray<std::string> fncParseStringKeepString(std::string_view text, std::int16_t lowerBound,
                                                             std::string_view delimiter);
-  /// The pieces in front of delimiters, from index 1; what follows the last delimiter counts when it is
-  /// longer than one character. Fault 5 for an empty delimiter.
+  /// The pieces that delimiters end, from index 1; what follows the last delimiter counts when it is longer
+  /// than one character. Fault 5 for an empty delimiter.
   static GrowingArray<std::string> fncStringToLineArray(std::string_view text, std::string_view delimiter);
   /// Lines joined with blanks; a last line of one character is dropped.
   static std::string fncStripVbCrLf(std::string_view text);
@@ -75,21 +75,21 @@ class Class_Tools {
   static std::int32_t fncRedimArray(GrowingArray<T>& array, std::int16_t lowerBound = 1) {
     return hy_wristlog::fncRedimArray(array, lowerBound);
   }
-  /// Serves the pending events once, then waits. With an interval (milliseconds as well) it goes on serving
-  /// them while it waits, at most once an interval, so callers must expect to be re-entered.
+  /// Serves the pending events once, then waits. With an interval, in milliseconds too, it serves them again
+  /// while it waits, at most once an interval; so callers must expect to be re-entered.
   static void subDelay(std::int32_t milliseconds, std::optional<double> eventInterval = std::nullopt);
 
-  // Files and folders (files.cpp). "\" and "/" both separate folders. What the system refuses is raised as
-  // fault 53, 61, 70, 75 or 76, except where a result can tell.
+  // Files and folders (Class_Tools_files.cpp). "\" and "/" both separate folders. What the system refuses is
+  // raised as fault 53, 61, 70, 75 or 76, unless the result tells it.
 
   /// The lines of a file, from index 1. Fault 9 when there are more of them than a third of the file's bytes,
   /// and for an empty file.
   static GrowingArray<std::string> fncReadFile2Array(std::string_view path);
   /// Replaces the file with the lines. False when the site's action for a failure is to leave quietly.
   static bool fncSaveFile(std::string_view path, std::span<const std::string> lines);
-  /// The name behind the last separator; a separator at the very end stays with the name.
+  /// The name after the last separator; a separator at the very end stays with the name.
   static std::string fncRemovePath(std::string_view path);
-  /// With its dot; empty when the name has none, or has a blank behind it.
+  /// The extension with its dot; empty when the name has no dot, or a blank after it.
   static std::string fncReturnFileExtension(std::string_view path);
   /// The folder of a path. Only a name with an extension counts as a file; without one the whole path is the
   /// folder. The flag adds (true) or takes away (false) a separator at the end; without it the folder is left
@@ -109,12 +109,12 @@ class Class_Tools {
   /// user's own folders (the home, folders 5 and 26) with ordinary permissions. False when a file has its
   /// name.
   static bool fncMakeDirectorys(std::string_view path);
-  /// Access lists are unknown here and folders are made with their permissions, so there is nothing to do for
-  /// "Everyone". False, and a message to the user, for another account or a path that is not there.
+  /// Does nothing for "Everyone": there are no access lists here, and folders get their permissions when they
+  /// are made. False, and a message to the user, for another account or a path that is not there.
   static bool fncSetAccess(std::string_view account, std::string_view path, std::int32_t accessMask);
 
-  // INI files (ini.cpp). Names of sections and keys in any case; values are trimmed and lose one pair of
-  // quotes around them when read. Writing keeps all other lines.
+  // INI files (Class_Tools_ini.cpp). Names of sections and keys in any case; values are trimmed and lose one
+  // pair of quotes around them when read. Writing keeps all other lines.
 
   /// The value, at most 4095 bytes; the default when there is none.
   static std::string fncINIread(std::string_view section, std::string_view key, std::string_view defaultValue,
@@ -126,7 +126,7 @@ class Class_Tools {
   static bool fncINIdeleteItem(std::string_view section, std::string_view key, std::string_view file);
   static bool fncINIdeleteSection(std::string_view section, std::string_view file);
 
-  // Folders and formats of the user (locale.cpp)
+  // Folders and formats of the user (Class_Tools_locale.cpp)
 
   /// 5 documents, 26 the user's application data, 35 application data of all users; empty for others. There
   /// are no windows, so the handle means nothing.
@@ -143,7 +143,7 @@ class Class_Tools {
   /// The time format without seconds.
   static std::string fncGetLocaleMediumTimeFormat();
 
-  // Devices and identifiers (usb_ports.cpp, identifiers.cpp)
+  // Devices and identifiers (Class_Tools_usb_ports.cpp, Class_Tools_identifiers.cpp)
 
   /// The COM port of the one present device of the class whose first hardware identifier contains both
   /// texts; 0 when none or several match, or the one has no port. `NumConnected` counts the matches. Raises

@@ -23,7 +23,7 @@ constexpr std::string_view Everyone = "Everyone";
 
 platform::Files& files() { return platform::current().files(); }
 
-/// Where the name behind the last separator begins. Separators at the very end belong to the name.
+/// Where the name after the last separator begins. Separators at the very end belong to the name.
 std::size_t nameStart(std::string_view path) {
   std::size_t start = 0;
   for (std::size_t i = 0; i + 1 < path.size(); ++i) {
@@ -44,7 +44,7 @@ std::string linesToText(std::span<const std::string> lines) {
   return text;
 }
 
-/// Takes one line off the front. It ends with LF, CR or both.
+/// Takes one line off the front. A line ends with LF, CR or both.
 std::string_view takeLine(std::string_view& text) {
   const auto end = std::min(text.find_first_of("\r\n"), text.size());
   const auto line = text.substr(0, end);
@@ -81,7 +81,8 @@ void explainAccess(std::string_view problem, std::string_view path) {
   platform::current().host().showMessageBox(app, text, static_cast<std::int32_t>(MessageBoxButton::Ok));
 }
 
-/// A folder that was made but could not be opened to everyone is worth a word to the user, not a failure.
+/// Makes a folder. One that was made but could not be opened to everyone is told to the user and is no
+/// failure.
 void makeFolder(const std::string& native, bool forEveryone) {
   try {
     files().makeFolder(native, forEveryone);
@@ -209,7 +210,7 @@ bool Class_Tools::fncSetAccess(std::string_view account, std::string_view path, 
   }
   try {
     if (isThere(nativePath(path))) return true;
-  } catch (const SystemError&) {  // NOLINT(bugprone-empty-catch): the same to the user as a path not there
+  } catch (const SystemError&) {  // NOLINT(bugprone-empty-catch): told below like a missing path
   }
   explainAccess("Error: Unable to Get the File Security Descriptor", path);
   return false;

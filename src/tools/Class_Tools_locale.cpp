@@ -21,7 +21,7 @@ std::string infoOr(LocaleItem item, std::string_view whenNothing) {
   return info.empty() ? std::string(whenNothing) : info;
 }
 
-/// Takes the seconds, with the separator in front of them, out of a time pattern.
+/// Removes the seconds and the separator before them from a time pattern.
 void removeSeconds(std::string& pattern) {
   const std::string upper = asciiUpper(pattern);
   for (const std::string_view seconds : {"SS", "S"}) {

@@ -24,7 +24,7 @@ bool isLongerThanOneCharacter(std::string_view text) {
   return !text.empty() && firstCharacterLength(text) < text.size();
 }
 
-/// Hands each field to `take`. The walk moves on by one character of the delimiter, not by all of it.
+/// Hands each field to `take`. After a delimiter the walk goes on one character further, not after all of it.
 template <class Take>
 void forEachField(std::string_view text, std::string_view delimiter, Take take) {
   std::size_t position = 0;
@@ -35,7 +35,7 @@ void forEachField(std::string_view text, std::string_view delimiter, Take take) 
   } while (position < text.size());
 }
 
-/// Hands each piece in front of a delimiter to `take`, and the rest when it is longer than one character.
+/// Hands each piece that a delimiter ends to `take`, and the rest when it is longer than one character.
 template <class Take>
 void forEachLine(std::string_view text, std::string_view delimiter, Take take) {
   for (auto end = text.find(delimiter); end != std::string_view::npos; end = text.find(delimiter)) {

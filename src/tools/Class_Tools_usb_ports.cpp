@@ -15,7 +15,7 @@ using platform::SystemError;
 constexpr int NameAttempts = 3;
 constexpr std::int32_t PauseBetweenAttempts = 100;
 
-/// The result of `call`; a system error in it is raised with the call's own words.
+/// The result of `call`. A system error in it is raised as a failure that names the call.
 template <class Call>
 auto enumerating(const char* words, Call&& call) {
   try {
@@ -27,7 +27,7 @@ auto enumerating(const char* words, Call&& call) {
   }
 }
 
-/// The number behind the first "COM" of a friendly name, 0 when there is none.
+/// The number after the first "COM" of a friendly name, 0 when there is none.
 std::int16_t portOfName(std::string_view name) {
   constexpr std::string_view Mark = "COM";
   name = cutAtNul(name);
@@ -40,7 +40,7 @@ std::int16_t portOfName(std::string_view name) {
   return port;
 }
 
-/// A device that was just plugged in may not have its name yet, so it gets some time.
+/// Waits some time for the name, which a device that was just plugged in may not have yet.
 std::int16_t readPort(DeviceList& devices, std::size_t index) {
   for (int attempt = 1;; ++attempt) {
     try {

@@ -9,8 +9,8 @@
 
 namespace hy_wristlog {
 
-/// An array with a lower bound of its own, that may not be an array yet. Reaching outside its bounds, and
-/// asking for bounds or elements before there are any, is fault 9.
+/// An array with a lower bound of its own. Before `redim` it is no array at all. An index outside the bounds
+/// is fault 9, and so is asking for bounds or elements of no array.
 template <class T>
 class GrowingArray {
  public:
@@ -48,7 +48,7 @@ class GrowingArray {
     elements_.resize(size);
   }
 
-  /// Back to no array.
+  /// Makes it no array again.
   void erase() { *this = {}; }
 
   T* data() { return elements_.data(); }
@@ -81,8 +81,8 @@ class GrowingArray {
   bool isArray_ = false;
 };
 
-/// Adds one element to the end and returns its index. A lower bound of -1 is no bound but a mode: the array
-/// is 0-based, and its first used element is 1. Fault 9 when the array has another lower bound.
+/// Adds one element to the end and returns its index. With a lower bound of -1 the array is 0-based, and the
+/// first element used is 1. Fault 9 when the array has another lower bound.
 template <class T>
 std::int32_t fncRedimArray(GrowingArray<T>& array, std::int16_t lowerBound = 1) {
   constexpr std::int16_t ZeroLeftUnset = -1;

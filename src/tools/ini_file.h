@@ -13,26 +13,26 @@ namespace hy_wristlog {
 class IniFile {
  public:
   explicit IniFile(std::string_view content);
-  /// Raises fault 13 for a content of `path` that is not UTF-8, with words on what it seems to be.
+  /// Raises fault 13 for a content of `path` that is not UTF-8. The description says what it seems to be.
   static void requireUtf8(std::string_view content, const std::string& path);
-  /// Whether it is, or begins as, text of two bytes a character.
+  /// Whether the content is, or begins as, text of two bytes a character.
   static bool isUtf16(std::string_view content);
 
   std::optional<std::string_view> value(std::string_view section, std::string_view key) const;
   bool hasSections() const;
   void setValue(std::string_view section, std::string_view key, std::string_view value);
-  /// False when there was no such key, or section.
+  /// These two return false when there was no such key or section.
   bool removeKey(std::string_view section, std::string_view key);
   bool removeSection(std::string_view section);
   std::string content() const;
 
   /// False for a name or value with line breaks.
   static bool canHold(std::string_view text);
-  /// The value in quotes where it would be read back different without.
+  /// The value, in quotes if it would otherwise be read back differently.
   static std::string quotedIfNeeded(std::string_view value);
 
  private:
-  /// A section's lines with its heading; nothing when it is not there.
+  /// A section's lines with its heading; no value when it is missing.
   struct Range {
     std::size_t First = 0, End = 0;
   };

@@ -50,7 +50,7 @@ int CommandLine::parseAndRun(int argc, char** argv) {
   } catch (const CLI::Success& answer) {
     return show(answer);
   } catch (const CLI::RequiredError& error) {
-    // A word that nobody knows is why the required one was not seen.
+    // An unknown word is the better explanation of a missing required one.
     const std::vector<std::string> unknown = app_->remaining(true);
     return unknown.empty() ? refuse(error, argc, argv) : refuse(CLI::ExtrasError(unknown), argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -18,7 +18,7 @@ class ParseError;
 
 namespace wristlog {
 
-/// What a family of loggers can keep of a subject.
+/// The limits of a subject's values that a family of loggers can keep.
 struct SubjectLimits {
   std::size_t IdentityLength;
   const char* GenderHelp;
@@ -27,7 +27,7 @@ struct SubjectLimits {
   std::function<std::string(const std::string&)> Guid;
 };
 
-/// What the program understands. Groups of commands add themselves to it; the one that was asked for runs.
+/// The command line. Groups of commands add themselves to it, and `run` runs the one that was asked for.
 class CommandLine {
  public:
   CommandLine();
@@ -35,26 +35,26 @@ class CommandLine {
   CommandLine(const CommandLine&) = delete;
   CommandLine& operator=(const CommandLine&) = delete;
 
-  /// The exit status.
+  /// Runs the program and returns its exit status.
   int run(int argc, char** argv);
 
   CommonOptions Common;
 
-  /// A command of the program, or of the group of commands `parent`.
+  /// Adds a command to the program, or to the group of commands `parent`.
   CLI::App* add(const char* name, const char* description, std::function<int()> command,
                 CLI::App* parent = nullptr);
-  /// A name in front of commands: "wristlog legacy status".
+  /// Adds a group: a name before commands, as in "wristlog legacy status".
   CLI::App* addGroup(const char* name, const char* description);
 
-  /// The options of a command that talks to a logger.
+  /// Adds the options of a command that talks to a logger.
   void addLink(CLI::App* sub, const std::set<std::string>& simulated = {"vivid", "kestrin2"});
   static void addModel(CLI::App* sub, std::string& model);
   static void addAttempts(CLI::App* sub, std::int16_t& attempts);
   static void addSubject(CLI::App* sub, SubjectOptions& subject, const SubjectLimits& limits);
-  /// "--out", the folder for a recording's files, and "--force".
+  /// Adds "--out", the folder for a recording's files, and "--force".
   static CLI::Option* addFolder(CLI::App* sub, std::string& folder, bool& force,
                                 const char* description = "Folder for the recording's files");
-  /// "--unchecked", for what reads a saved recording.
+  /// Adds "--unchecked", for commands that read a saved recording.
   static void addUnchecked(CLI::App* sub, bool& unchecked);
 
  private:

@@ -13,7 +13,7 @@ namespace engineering = hy_wristlog::engineering;
 
 namespace {
 
-/// What is no number ("nan") is not between two either.
+/// Checks for a number from 0 to `most`; "nan" is outside too.
 std::string validNumber(const std::string& text, double most, const char* words) {
   double value = 0;
   const char* const last = text.data() + text.size();
@@ -44,7 +44,7 @@ std::string validDate(const std::string& text) {
   }
 }
 
-/// Loggers count seconds from 1970 in 32 bits; a moment outside would become "none" unnoticed.
+/// Loggers count seconds from 1970 in 32 bits; a moment outside would silently become "none".
 std::string validLoggerTime(const std::string& text) {
   std::string problem = validDate(text);
   if (!problem.empty()) return problem;

@@ -4,12 +4,12 @@
 #include <functional>
 #include <string>
 
-/// Checks of the command line's arguments: each gives what is wrong with a text, or nothing.
+/// Checks of the command line's arguments. Each returns what is wrong with a text, or an empty text.
 namespace wristlog {
 
 /// A date that `engineering::dateFromText` takes.
 std::string validDate(const std::string& text);
-/// The same, within the loggers' calendar.
+/// A date that `engineering::dateFromText` takes and a logger's clock can express.
 std::string validLoggerTime(const std::string& text);
 /// A date of birth that a Pendrel logger can keep: 16 bits of days from 1899-12-30.
 std::string validPendrelBirthDate(const std::string& text);
@@ -19,13 +19,13 @@ std::string validPendrelGuid(const std::string& text);
 std::string validPendrelSize(const std::string& text);
 /// A height or a weight, 0 to 9999.9.
 std::string validSize(const std::string& text);
-/// How many times as fast as in life: 0 to 1000.
+/// A factor of the speed of time, 0 to 1000.
 std::string validSpeed(const std::string& text);
 /// A day that a Pendrel logger can keep, whose years have two digits: 1930 to 2029.
 std::string validPendrelDay(const std::string& text);
 std::string validFile(const std::string& text);
 std::string validFolder(const std::string& text);
-/// For a text that a logger keeps in a field of `length` characters.
+/// A check for a text that a logger keeps in a field of `length` characters.
 std::function<std::string(const std::string&)> storableIn(std::size_t length);
 
 }  // namespace wristlog

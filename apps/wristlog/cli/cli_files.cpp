@@ -14,7 +14,7 @@ void addOutput(CLI::App* sub, OutputOptions& output, const char* description) {
   sub->add_flag("--force", output.Force, "Overwrite what there is");
 }
 
-/// A folder or the file config.ini; both are found in the group that is returned.
+/// Adds a folder and the file config.ini as alternatives, in the group that it returns.
 CLI::Option_group* addConfigPlace(CLI::App* sub, RecordingPlace& place) {
   CLI::Option_group* group = sub->add_option_group("recording");
   CLI::Option* folder =
@@ -36,7 +36,7 @@ void addRecordingPlace(CLI::App* sub, RecordingPlace& place) {
   group->require_option(1, 2);
 }
 
-/// A saved configuration or that of a docked logger.
+/// Adds the alternatives of a saved configuration and a docked logger's.
 void addConfigSource(CommandLine& cli, CLI::App* sub, ConfigOptions& options) {
   CLI::Option_group* group = addConfigPlace(sub, options.Place);
   CLI::Option* model =

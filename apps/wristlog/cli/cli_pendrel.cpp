@@ -8,7 +8,7 @@
 namespace wristlog {
 namespace {
 
-/// One command of the group, with what all of them understand.
+/// A command of the group "legacy", with the options that all of them have.
 class PendrelCommand {
  public:
   PendrelCommand(CommandLine& cli, CLI::App* group, const char* name, const char* description,

@@ -20,7 +20,7 @@ class Progress : public hw::LoggerEvents {
   DebuggerScreen& screen_;
 };
 
-/// What a button does as long as the logger is there; false when it is not.
+/// Runs a button's action on the logger; false when the logger has ended.
 template <class Press>
 bool pressing(const std::weak_ptr<hw::Class_VardenLogger>& logger, Press&& press) {
   const auto present = logger.lock();
@@ -31,7 +31,8 @@ bool pressing(const std::weak_ptr<hw::Class_VardenLogger>& logger, Press&& press
 }  // namespace
 
 DebuggerHost::DebuggerHost(DebuggerScreen& screen) : screen_(screen) {
-  // A key may be pressed while the library is busy; the link hears of it when events are served.
+  // A key may be pressed while the library is busy, so the overrun is passed to the link when events are
+  // served.
   screen_.Pressed = {[this] { link_.Clear ? link_.Clear() : clear(); }, [this] { overrunWanted_ = true; }};
 }
 
@@ -44,8 +45,8 @@ void DebuggerHost::serveEvents() {
   overrunWanted_ = false;
 }
 
-/// A logger that ends with its console open asks whether the text is wanted; here there are keys for that.
-/// Other boxes become a line among the traffic.
+/// Hides an ending logger's question whether to keep the console's text, since there are keys for that. Other
+/// boxes become a line among the traffic. The answer is the default.
 hw::MessageBoxButton DebuggerHost::showMessageBox(std::string_view title, std::string_view text,
                                                   std::int32_t buttons) {
   if (title != "Copy diag to clipboard?")
@@ -63,7 +64,7 @@ void DebuggerHost::workflowStarted(const std::shared_ptr<hw::Class_VardenLogger>
 }
 
 void DebuggerHost::downloadProgress(std::int32_t bytesSoFar, std::int32_t bytesExpected) {
-  // The last packet is filled up.
+  // The last packet is padded, so more bytes come than the recording has.
   if (bytesExpected > 0) bytesSoFar = std::min(bytesSoFar, bytesExpected);
   std::string text = "Read " + std::to_string(bytesSoFar);
   if (bytesExpected > 0) text += " of " + std::to_string(bytesExpected);

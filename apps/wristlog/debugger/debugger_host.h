@@ -10,16 +10,16 @@
 
 namespace wristlog {
 
-/// The library's host behind the Communications Debugger: traffic, progress and faults go to the screen, its
-/// buttons to the link of the logger that a workflow works with.
+/// The library's host for the Communications Debugger. It sends traffic, progress and faults to the screen,
+/// and the screen's buttons to the link of the workflow's logger.
 class DebuggerHost : public hy_wristlog::Host, private hy_wristlog::ConsoleSink {
  public:
   explicit DebuggerHost(DebuggerScreen& screen);
   ~DebuggerHost() override;
 
-  /// Who is told to stop when the user wants it.
+  /// Called when the user wants the workflow to stop.
   std::function<void()> Abort;
-  /// What the buttons reach. The screen's text is emptied by `clear`, or here when there is no link.
+  /// Sets what the buttons do. Without a link the host itself empties the screen's text.
   void attach(DebuggerScreen::Buttons link) { link_ = std::move(link); }
 
   void serveEvents() override;

@@ -98,7 +98,7 @@ void DebuggerScreen::attend() {
 
 void DebuggerScreen::finish(std::string_view result) {
   running_ = false;
-  // What ended the workflow must not end the look at it too; whoever wanted to leave does.
+  // A signal that stopped the workflow must not close the screen too, unless the user asked to leave.
   if (!TakenTerminal::askedToEnd()) TakenTerminal::forgetSignals();
   showState(result);
 }
@@ -176,8 +176,8 @@ void DebuggerScreen::onKey(int key) {
   }
 }
 
-/// Alone it gives up the selection, or leaves; with something right behind it it is a key that is not known
-/// here.
+/// An Esc alone gives up the selection, or leaves. Followed at once by other characters it begins an unknown
+/// key.
 void DebuggerScreen::escape() {
   bool alone = true;
   while (::getch() != ERR) alone = false;
@@ -224,7 +224,8 @@ bool DebuggerScreen::copyToClipboard(std::string_view text) {
   return writeWhole(STDOUT_FILENO, clipboardSequence(text));
 }
 
-/// In a terminal too small for everything the text keeps a row, and the title and the buttons go first.
+/// Shares the rows. In a small terminal the title and the buttons are dropped first, and the text keeps a
+/// row.
 void DebuggerScreen::layOut() {
   const int height = std::max(::getmaxy(stdscr), 1);
   const int width = std::max(::getmaxx(stdscr), 1);

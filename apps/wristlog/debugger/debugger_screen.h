@@ -13,10 +13,10 @@
 namespace wristlog {
 
 /// The "Communications Debugger": the console's text over the whole terminal, with its buttons, its "Last
-/// error:" and its "Chars in RX buffer:" below. Watch-only: what is typed goes nowhere.
+/// error:" and its "Chars in RX buffer:" below. It is watch-only: nothing that is typed reaches the logger.
 class DebuggerScreen {
  public:
-  /// What the buttons of the link's console do; the screen itself copies.
+  /// What the buttons of the link's console do. Copying is done by the screen itself.
   struct Buttons {
     std::function<void()> Clear, DataOverrun;
   };
@@ -29,21 +29,21 @@ class DebuggerScreen {
 
   void showLastError(std::string_view text);
   void showReceiveCount(std::int32_t count);
-  /// The line above the buttons.
+  /// Shows a text in the line above the buttons.
   void showState(std::string_view text);
-  /// Something in `Text` has changed.
+  /// To be called after `Text` was changed.
   void textChanged() { changed_ = true; }
 
-  /// Takes keys and paints, as often as a person can see it. Cheap to call at any rate.
+  /// Reads keys and paints, at most as often as a person can see. Cheap to call at any rate.
   void attend();
-  /// The workflow has ended. The screen stays until the user leaves.
+  /// Shows that the workflow has ended, and returns when the user leaves.
   void finish(std::string_view result);
   void stayUntilLeft();
 
-  /// The user wants the workflow to stop.
+  /// True once the user wants the workflow to stop.
   bool stopRequested() const { return stopRequested_; }
 
-  /// False when the terminal did not take it; whether it keeps it cannot be known.
+  /// False when the text could not be sent to the terminal. Whether the terminal keeps it cannot be known.
   static bool copyToClipboard(std::string_view text);
 
  private:

@@ -77,7 +77,7 @@ void DebuggerText::moveVertically(std::ptrdiff_t rows) {
   showCaret();
 }
 
-/// Window and caret move together, so that each page shows what the last one did not.
+/// Moves window and caret together, so that no row is shown on two pages.
 void DebuggerText::turnPage(std::ptrdiff_t rows) {
   moveWindow(rows);
   moveVertically(rows);
@@ -168,7 +168,7 @@ std::size_t DebuggerText::rowOf(Position position) const {
          1;
 }
 
-/// Without the line end.
+/// The length of a row without its line end.
 std::size_t DebuggerText::lengthOf(std::size_t row) const {
   if (row + 1 == rows_.size()) return end() - rows_[row];
   const std::size_t length = rows_[row + 1] - rows_[row];
@@ -183,7 +183,8 @@ DebuggerText::Position DebuggerText::cell(std::size_t row, std::size_t column) c
   return at(std::min(topRow() + std::min(row, height_ - 1), rows_.size() - 1), column);
 }
 
-/// A line end belongs to the row that it ends, so a line that just fits leaves no empty row behind.
+/// Cuts the text into rows. A line end belongs to the row that it ends, so no empty row follows a line that
+/// just fits.
 void DebuggerText::layOut(Position from) {
   std::size_t column = from - rows_.back();
   for (Position position = from; position < end(); ++position) {

@@ -10,8 +10,8 @@
 namespace wristlog {
 
 /// The text of the Communications Debugger as a window sees it: wrapped to the window's width, with a caret
-/// and a selection. Whoever stands with the caret at the end follows what is appended; whoever has moved it
-/// up, or has set a mark, keeps the place. Knows nothing of terminals.
+/// and a selection. With the caret at the end the window follows what is appended; after the caret was moved
+/// up, or a mark was set, it stays in its place. Knows nothing of terminals.
 class DebuggerText {
  public:
   static constexpr std::size_t MostCharacters = std::size_t{16} << 20;
@@ -28,14 +28,14 @@ class DebuggerText {
   enum class Motion : std::uint8_t { Left, Right, Up, Down, PageUp, PageDown, Start, End };
   /// Moves the caret and the window with it. `select` sets the mark first when there is none.
   void move(Motion motion, bool select = false);
-  /// Moves the window alone; the caret goes along when it would be lost from sight.
+  /// Moves the window alone; the caret moves along only to stay visible.
   void scroll(std::ptrdiff_t rows);
   /// Begins a selection at the caret, or gives up the present one.
   void toggleMark();
   void dropMark() { mark_.reset(); }
   bool hasMark() const { return mark_.has_value(); }
 
-  /// The caret to a cell of the window, with a mark there.
+  /// Moves the caret to a cell of the window and sets the mark there.
   void press(std::size_t row, std::size_t column);
   /// Selects from the pressed cell to this one, both included; nothing when they are the same.
   void release(std::size_t row, std::size_t column);
@@ -55,11 +55,12 @@ class DebuggerText {
   struct Cell {
     std::size_t Row = 0, Column = 0;
   };
-  /// Where in the window the caret stands, if it does.
+  /// The caret's cell in the window; no value when it lies outside.
   std::optional<Cell> caret() const;
 
  private:
-  // Positions count from the first character that ever came, so that they survive what is dropped in front.
+  // Positions count from the first character that ever came, so they stay valid when the oldest text is
+  // dropped.
   using Position = std::size_t;
 
   Position end() const { return base_ + text_.size(); }

@@ -37,9 +37,9 @@ Former former;
 volatile std::sig_atomic_t interrupts = 0;
 volatile std::sig_atomic_t endings = 0;
 
-/// Only what a signal handler may do.
+/// Gives the terminal back from a signal handler, so it does only what a handler may do.
 void giveBackAtOnce() {
-  // In the background, setting up the terminal would stop the program instead.
+  // In a background process, changing the terminal would stop the program.
   ::signal(SIGTTOU, SIG_IGN);
   for (std::size_t sent = 0; sent < former.Length;) {
     const ssize_t written = ::write(STDOUT_FILENO, former.Sequence.data() + sent, former.Length - sent);
@@ -85,13 +85,13 @@ void addText(std::string_view text) {
 
 void rememberSequences() {
   former.Length = 0;
-  // Ends a clipboard sequence that was cut off: it would swallow what follows.
+  // Ends a clipboard sequence that was cut off, which would swallow what follows.
   addText("\x1B\\");
   if (!capability("kmous").empty()) addText("\x1B[?1000l\x1B[?1006l");
   for (const char* name : {"sgr0", "rmkx", "cnorm", "rmcup"}) addCapability(name);
 }
 
-/// Whether it can show a screen; then how to leave that is remembered.
+/// Whether the terminal can show a screen. If so, notes the bytes that leave the screen.
 bool learnTerminal() {
   int answer = 0;
   if (::setupterm(nullptr, STDOUT_FILENO, &answer) == ERR) return false;
@@ -101,8 +101,8 @@ bool learnTerminal() {
   return canAddress;
 }
 
-/// Keys that the line discipline would keep for itself (stop and start, take the next key as it is) become
-/// ordinary ones: a stopped terminal would stop the session with the logger too.
+/// Makes ordinary keys of those that the line discipline would take (stop, start, literal next), since a
+/// stopped terminal would stop the session with the logger too.
 void freeKeys() {
   termios settings{};
   if (::tcgetattr(STDIN_FILENO, &settings) != 0) return;
@@ -112,7 +112,8 @@ void freeKeys() {
   ::def_prog_mode();
 }
 
-/// The handlers, from its making to its end. A stack of their own serves when the thread's is used up.
+/// The signal handlers are set as long as this lives. They run on a stack of their own, in case the thread's
+/// is used up.
 class SignalsTaken {
  public:
   SignalsTaken() {
@@ -143,7 +144,7 @@ class SignalsTaken {
     action.sa_flags = SA_ONSTACK;
     for (std::size_t i = 0; i < Count; ++i) {
       ::sigaction(numbers[i], nullptr, &formerly[i]);
-      // What is ignored stays so; a handler of a sanitizer or a profiler has more to say than this one.
+      // Ignored signals stay ignored, and handlers of others (a sanitizer, a profiler) are kept.
       const bool set = formerly[i].sa_handler != SIG_DFL;
       if (formerly[i].sa_handler == SIG_IGN || (set && handler == onEnding)) continue;
       ::sigaction(numbers[i], &action, nullptr);
@@ -177,7 +178,7 @@ TakenTerminal::TakenTerminal() : screen_(std::make_unique<Screen>()) {
   ::tcgetattr(STDIN_FILENO, &former.Settings);
   if (learnTerminal()) {
     forgetSignals();
-    // Before the screen is there: curses leaves signals alone that have a handler.
+    // Set before the screen begins, since curses does not change signals that have a handler.
     screen_->Signals.emplace();
     screen_->Handle = ::newterm(nullptr, stdout, stdin);
   }

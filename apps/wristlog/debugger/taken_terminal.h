@@ -15,7 +15,8 @@ struct NoTerminal {
 ///
 /// The first Ctrl-C (SIGINT) or request to terminate (SIGTERM, SIGHUP) only sets a mark; the second one ends
 /// the program at once. Signals that were ignored stay ignored, and so do others' handlers of signals that
-/// end a program. When a stack has overflowed, this holds for the thread of the object. One object at a time.
+/// end a program. After a stack overflow it is given back only if the overflow is in the object's thread. One
+/// object at a time.
 class TakenTerminal {
  public:
   /// Raises NoTerminal when standard input and output are not a terminal that can show a screen.
@@ -26,12 +27,12 @@ class TakenTerminal {
 
   static bool interrupted();
   static bool askedToEnd();
-  /// Takes the marks back, so that the next signal is a first one again.
+  /// Clears the marks, so that the next signal is a first one again.
   static void forgetSignals();
 
   /// Waits until a key is pressed, a signal comes, or so many milliseconds have passed.
   static void awaitKey(int milliseconds);
-  /// The terminal was closed, or its line broke.
+  /// True after the terminal was closed or its connection broke.
   static bool gone();
 
   /// Whether its locale can show more than ASCII.

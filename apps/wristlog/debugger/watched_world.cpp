@@ -42,7 +42,7 @@ class WatchedClock : public platform::Clock {
 
  private:
   static constexpr milliseconds Slice{10};
-  static constexpr double MostLag = 1;  ///< seconds; whoever is behind by more was stopped meanwhile
+  static constexpr double MostLag = 1;  ///< seconds; greater after the process was stopped for a while
 
   void keepPace() {
     attend_();
@@ -50,7 +50,7 @@ class WatchedClock : public platform::Clock {
     const double due = machineStart_ + (inner_.timer() - innerStart_) / speed_;
     const double now = machine_.timer();
     if (now > due + MostLag) machineStart_ += now - due;
-    // Single simulated milliseconds add up.
+    // Sleep for several simulated milliseconds at once, since one alone is too short to sleep exactly.
     if (due - now > 0.005) letPass(due);
   }
 
@@ -77,7 +77,7 @@ class WatchedWorld : public platform::WrappedPlatform {
   WatchedWorld(const std::shared_ptr<platform::Platform>& world, platform::Clock& machine, double speed,
                std::function<void()> attend)
       : WrappedPlatform(world), clock_(world->clock(), machine, speed, std::move(attend)) {}
-  /// The objects that the library keeps in a world may still use it while they end.
+  /// Ends the library's objects first, since they may use the world while they end.
   ~WatchedWorld() override { objects().clear(); }
   WatchedWorld(const WatchedWorld&) = delete;
   WatchedWorld& operator=(const WatchedWorld&) = delete;

@@ -135,7 +135,8 @@ class Actogram {
     sheet.path("a-midnight", "M" + number(SheetLeft + DayWidth) + " " + number(top) + "v" + number(height));
   }
 
-  /// A day is drawn at the left of its row; where it stands at the right of the row above it refers to that.
+  /// Draws a row. A day is drawn once, on the left of its own row; on the right of the row above it is a
+  /// reference to that.
   void row(Sheet& sheet, std::size_t index, bool first, bool last) const {
     const Day& day = days_.Days[index];
     const double textSink = row_.Lane + row_.plot() / 2 + 4;

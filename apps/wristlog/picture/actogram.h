@@ -12,8 +12,8 @@ namespace wristlog::picture {
 /// the day that follows it.
 std::string actogramSvg(const PlottedRecording& recording, const RecordedDays& days);
 
-/// The same for a page of HTML that has `pictureStyle`: the legend, then the days in pieces of whole weeks
-/// (where they fit) that are not cut when they are printed.
+/// The actogram for an HTML page that has `pictureStyle`: the legend, then the days in pieces that are not
+/// cut in print, of whole weeks where they fit.
 std::vector<std::string> actogramPieces(const PlottedRecording& recording, const RecordedDays& days);
 
 /// "2026-03-02 09:02 to 2026-03-09 10:00", local time.

@@ -12,7 +12,7 @@ using Tenths = std::int64_t;
 
 Tenths tenths(double pixels) { return std::llround(pixels * 10); }
 
-/// A path of level and upright strokes, in short relative commands.
+/// A path of horizontal and vertical strokes, in short relative commands.
 class Staircase {
  public:
   void moveTo(Tenths x, Tenths y) {
@@ -53,7 +53,7 @@ class Staircase {
   Tenths y_ = 0, level_ = 0;
 };
 
-/// Signs hang on a line at their moment like flags, so that a marker of the same moment can be seen.
+/// Signs hang beside a line at their moment, like flags, so that a marker of the same moment stays visible.
 constexpr double FlagRoom = 10;
 
 class DayDrawing {
@@ -63,7 +63,7 @@ class DayDrawing {
 
   std::string take() { return std::move(svg_); }
 
-  /// A box over every run of columns that fit, from `top` to `bottom`.
+  /// A box from `top` to `bottom` over every run of columns that `fits` accepts.
   template <class Fits>
   void boxes(const std::string& attributes, double top, double bottom, const Fits& fits) {
     Staircase path;
@@ -86,7 +86,7 @@ class DayDrawing {
     add(attributes, path.data());
   }
 
-  /// Bars from the base line up; a value of 0 leaves the base line.
+  /// Bars up from the base line; a value of 0 draws nothing.
   template <class Share>
   void bars(const std::string& attributes, const Share& share) {
     Staircase path;

@@ -6,7 +6,7 @@
 namespace wristlog::picture {
 namespace {
 
-// A column of 5 minutes, or of 15 when a picture has so many days that nobody can see more.
+// A column is 5 minutes wide, or 15 in a picture of so many days that no finer detail can be seen.
 constexpr std::size_t FineColumns = 288, CoarseColumns = 96;
 constexpr std::int64_t MostFineDays = 800;
 
@@ -50,8 +50,8 @@ void mergeLarger(Column& column, const ColumnSum& sum) {
   column.OffWrist = column.OffWrist || (sum.OffWrist > 0 && sum.OffWrist * 2 >= sum.Covered);
 }
 
-/// Goes over the epochs once. In the local time between two changes of the clocks columns come in order, so
-/// one sum at a time is enough.
+/// Walks over the epochs once. Between two changes of the clocks the columns come in order, so one sum at a
+/// time is enough.
 class Cutter {
  public:
   Cutter(const PlottedRecording& recording, RecordedDays& result)
@@ -70,7 +70,7 @@ class Cutter {
   void makeDays() {
     first_ = dayOf(clock_.at(recording_.Start));
     std::int64_t last = first_;
-    // Clocks set back over midnight make the latest local day lie in front of the end.
+    // After clocks are set back over midnight the end's local day is not the latest one.
     for (std::int64_t at = recording_.Start; at < recording_.end();
          at = std::min(clock_.nextChange(at), recording_.end())) {
       const std::int64_t until = std::min(clock_.nextChange(at), recording_.end());
@@ -186,7 +186,7 @@ class Cutter {
       const LocalSeconds local = clock_.at(event.Time.value_or(last));
       Day* day = dayAt(local);
       if (day == nullptr) continue;
-      // A weak battery is told again with every status: its first sign of a day is enough.
+      // Every status tells of a weak battery again, so one sign a day is enough.
       const bool isTold = std::any_of(day->Signs.begin(), day->Signs.end(), [&](const auto& sign) {
         return sign.second == event.Shown &&
                (sign.first == columnOf(local) || event.Shown == Sign::LowBattery);

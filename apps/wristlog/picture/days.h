@@ -32,7 +32,7 @@ struct Total {
   double mean() const { return Count > 0 ? Sum / static_cast<double>(Count) : NoValue; }
 };
 
-/// Counts over all epochs that begin in a stretch of time, not over columns.
+/// Sums over all epochs that begin in a stretch of time, independent of columns.
 struct Totals {
   std::int64_t Epochs = 0, Valued = 0, OffWrist = 0;
   Total Activity, Steps;
@@ -43,12 +43,12 @@ struct Totals {
 };
 
 struct ClockChange {
-  std::size_t Column = 0;  ///< where the clocks stood when they were changed
+  std::size_t Column = 0;  ///< the time that the clocks showed when they were changed
   std::int64_t Seconds = 0;
 };
 
-/// A local day. An hour that the clocks skip has no covered columns; of one that they repeat a column shows
-/// the larger of both values.
+/// A local day. An hour that the clocks skip has no covered columns. In an hour that they repeat a column
+/// shows the larger of its two values.
 struct Day {
   std::int64_t Number = 0;  ///< from 1970-01-01
   std::vector<Column> Columns;
@@ -58,7 +58,7 @@ struct Day {
   picture::Totals Totals;
 };
 
-/// A recording cut into local days, without holes between the first and the last.
+/// A recording cut into local days. Every day from the first to the last is there.
 struct RecordedDays {
   std::size_t ColumnsPerDay = 0;
   std::vector<Day> Days;

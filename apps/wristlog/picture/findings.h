@@ -8,8 +8,7 @@
 
 namespace wristlog::picture {
 
-/// What somebody who works with the recording should know, in sentences: what the logger warned of, and what
-/// the series tell.
+/// Sentences that a user of the recording should read: the logger's warnings, and what the series show.
 std::vector<std::string> findingsOf(const PlottedRecording& recording, const RecordedDays& days);
 
 /// "12.5 %"

@@ -14,7 +14,7 @@ namespace {
 constexpr double SwatchWidth = 36, SwatchHeight = 20, CellHeight = 36;
 constexpr std::size_t CellsAcross = 3;
 
-/// A place for one entry: a swatch, its name, and what it means.
+/// Draws entries: a swatch, its name, and its meaning.
 class Legend {
  public:
   explicit Legend(Sheet& sheet) : sheet_(sheet) {}

@@ -6,7 +6,7 @@
 
 namespace wristlog::picture {
 
-/// What the strokes and signs mean; only of those that the recording has.
+/// Explains the strokes and signs that the recording has.
 void drawLegend(Sheet& sheet, const PlottedRecording& recording, const RecordedDays& days,
                 const Scales& scales);
 

@@ -21,7 +21,7 @@ class LocalClock {
   LocalSeconds at(std::int64_t utc) const { return utc + offsetAt(utc); }
   /// Seconds that local time is ahead of UTC.
   std::int64_t offsetAt(std::int64_t utc) const;
-  /// The first change of the clocks behind a moment; the latest possible moment without one.
+  /// The first change of the clocks after a moment; the latest possible moment when there is none.
   std::int64_t nextChange(std::int64_t utc) const;
 
  private:

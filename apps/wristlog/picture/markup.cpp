@@ -8,7 +8,8 @@ namespace {
 
 constexpr std::string_view Replacement = "\xEF\xBF\xBD";
 
-/// The length of the well-formed UTF-8 sequence in front of `text`, with its code point; 0 for none.
+/// The length of the well-formed UTF-8 sequence at the start of `text`, 0 for none. `point` becomes its code
+/// point.
 std::size_t sequenceAt(std::string_view text, char32_t& point) {
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const unsigned char lead = byte(0);

@@ -11,9 +11,9 @@ namespace wristlog::picture {
 /// XML cannot hold (control characters, surrogates, U+FFFE, U+FFFF, malformed sequences) as U+FFFD.
 std::string escaped(std::string_view text);
 
-/// With at most `decimals` decimals, no zeros at their end; the point is "." whatever the locale.
+/// A number with at most `decimals` decimals and no trailing zeros; the point is "." whatever the locale.
 std::string number(double value, int decimals = 1);
-/// Tenths as a number: 125 gives "12.5".
+/// Appends tenths as a number: 125 gives "12.5".
 void appendTenths(std::string& text, std::int64_t tenths);
 
 }  // namespace wristlog::picture

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-/// What the pictures are drawn from: plain data, from whatever logger they come. Moments are UTC seconds
-/// since 1970, texts UTF-8 of any content.
+/// The plain data that pictures are drawn from, whatever logger they come from. Moments are UTC seconds since
+/// 1970, texts UTF-8 of any content.
 namespace wristlog::picture {
 
 /// One element an epoch.
@@ -29,7 +29,7 @@ struct LightScale {
   int LowestPower = -1, HighestPower = 5;
 };
 
-/// From a moment on, local time is UTC and so many minutes.
+/// From a moment on local time is so many minutes ahead of UTC.
 struct ClockOffset {
   std::int64_t From = 0;
   std::int32_t Minutes = 0;
@@ -50,7 +50,7 @@ struct Event {
   Sign Shown = Sign::None;
 };
 
-/// So many events are told in words, the first ones.
+/// How many events, from the first on, are listed in words.
 inline constexpr std::size_t MostListedEvents = 2000;
 
 struct Fact {
@@ -66,7 +66,7 @@ struct PlottedRecording {
   std::size_t Epochs = 0;
   std::vector<ClockOffset> Offsets;  ///< in order of time; UTC before the first
 
-  // A series is empty when the logger did not record it, and NoValue where nothing was stored.
+  // A series is empty when the logger did not record it; single elements without a value are NoValue.
   Series Activity;
   Series Steps;
   std::vector<LightLine> Light;
@@ -75,7 +75,7 @@ struct PlottedRecording {
 
   std::vector<Marker> Markers;
   std::vector<Event> Events;
-  std::size_t EventsLeftOut = 0;  ///< behind the listed ones, without a sign
+  std::size_t EventsLeftOut = 0;  ///< after the listed ones; they have no sign either
   std::vector<Fact> Facts;
   std::vector<std::string> Warnings;
 

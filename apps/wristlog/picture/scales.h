@@ -6,14 +6,14 @@
 
 namespace wristlog::picture {
 
-/// Where values stand in the height of a row.
+/// How high values stand in a row.
 struct Scales {
   double Activity = 1, Steps = 1;  ///< the value at the top
   LightScale Light;
 };
 
-/// The height that all but the highest half percent of a picture's bars fit in, rounded up to a number that
-/// reads well; 1 when nothing is above 0.
+/// A value that only the highest half percent of a picture's bars exceed, rounded up to a number that reads
+/// well; 1 when no bar is above 0.
 double robustMaximum(const RecordedDays& days, float Column::*series);
 
 Scales scalesOf(const RecordedDays& days, const LightScale& light);

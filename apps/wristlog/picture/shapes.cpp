@@ -24,7 +24,7 @@ std::string cross(double x, double y, double size) {
          number(x + half) + " " + number(y) + "l" + number(-size) + " " + number(size);
 }
 
-/// A battery that is almost empty.
+/// The outline of an almost empty battery.
 std::string battery(double x, double y, double size) {
   const double half = size * 0.7;
   return closed({{x - half, y + 1}, {x + half, y + 1}, {x + half, y + size - 1}, {x - half, y + size - 1}}) +

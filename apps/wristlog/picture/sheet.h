@@ -11,21 +11,21 @@ inline constexpr double SheetWidth = SheetLeft + 2 * 432 + SheetRight;
 /// An SVG picture that grows downwards.
 class Sheet {
  public:
-  /// `name` stands in front of its identifiers, so that several sheets can share a page.
+  /// `name` is the prefix of its identifiers, so that several sheets can share a page.
   explicit Sheet(std::string name) : name_(std::move(name)) {}
 
   double y() const { return y_; }
   void down(double pixels) { y_ += pixels; }
   std::string id(const std::string& what) const { return name_ + "-" + what; }
 
-  /// Markup as it is.
+  /// Adds markup as it is.
   void add(std::string_view markup) { body_ += markup; }
-  /// Any text, its base line at `y`.
+  /// Adds any text, escaped, with its base line at `y`.
   void text(std::string_view classes, double x, double y, std::string_view words);
   void path(std::string_view classes, const std::string& data);
 
-  /// The whole element. `title` and `description` say what it shows to those who cannot see it. One that
-  /// stands alone brings its paper, style and namespace along.
+  /// The whole element. `title` and `description` are for readers who cannot see it. With `alone` it also has
+  /// paper, style and namespace.
   std::string svg(std::string_view title, std::string_view description, bool alone) const;
 
  private:

@@ -4,7 +4,7 @@
 
 namespace wristlog {
 
-/// A JSON document whose members keep their order. Who makes or reads one includes <nlohmann/json.hpp>.
+/// A JSON document whose members keep their order. Files that make or read one include <nlohmann/json.hpp>.
 using Json = nlohmann::ordered_json;
 
 }  // namespace wristlog

@@ -24,8 +24,8 @@ constexpr double UnknownDate = -1.0, NoDate = 0.0;
 bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
 bool isLetter(char c) { return isUpper(c) || (c >= 'a' && c <= 'z'); }
 
-/// "StartTimeGMT" gives "start_time_gmt", "GMToffset" "gmt_offset": two capitals or more are a word of their
-/// own.
+/// "StartTimeGMT" gives "start_time_gmt", "GMToffset" gives "gmt_offset": two capitals or more in a row are a
+/// word.
 std::string snakeCase(const std::string& name) {
   std::string result;
   for (std::size_t i = 0; i < name.size(); ++i) {

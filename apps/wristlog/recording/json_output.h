@@ -13,18 +13,18 @@ namespace wristlog {
 /// The record's properties by their names in snake_case; the series are left out. A date stands as ISO 8601
 /// in UTC, null when unknown, and as a day count under the same name with "_date".
 Json loggerJson(hy_wristlog::Class_VardenLogger& logger);
-/// The same, with dates in the logger's local time: "2026-03-02", "09:01:00".
+/// The same of a Pendrel's record, with dates in the logger's local time: "2026-03-02", "09:01:00".
 Json loggerJson(hy_wristlog::Class_Pendrel& logger);
 Json subjectJson(const hy_wristlog::Class_Subject& subject);
 /// The decoded recording: verdict, start, counts and series. `result` is none when nothing was decoded.
 Json recordingJson(hy_wristlog::Class_VardenLogger& logger,
                    std::optional<hy_wristlog::enmDecodeResult> result, bool lowBattery);
 Json recordingJson(const hy_wristlog::Class_Pendrel& logger);
-/// Days as they are told: to one decimal.
+/// Days rounded to one decimal, as they are shown.
 double roundedDays(double days);
 Json failureJson(const hy_wristlog::Failure& failure);
 
-/// The one JSON document on standard output.
+/// Prints the one JSON document on standard output.
 void print(const Json& document);
 
 }  // namespace wristlog

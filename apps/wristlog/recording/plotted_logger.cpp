@@ -60,7 +60,7 @@ void addLight(picture::PlottedRecording& plot, const hw::Class_VardenLogger& log
   add(Red, logger.Get_RedLightArray());
   add(Green, logger.Get_GreenLightArray());
   add(Blue, logger.Get_BlueLightArray());
-  // Some gaps of a recording of colours leave a light series without a value.
+  // Gaps can leave a recording of colours with a light series that holds no value.
   if (plot.Light.empty()) add(Lux, logger.Get_LightArray());
   plot.LightAxis = lightScaleOf(logger);
 }
@@ -98,7 +98,7 @@ void addFacts(picture::PlottedRecording& plot, const DecodedRecording& recording
   addPeriodFacts(plot);
   add("Markers", std::to_string(logger.Get_MarkerCount()) + " of button 1, " +
                      std::to_string(engineering::marker2Count(logger)) + " of button 2");
-  // Decoded from files, a logger has no voltage.
+  // A logger decoded from files that do not hold the voltage has none.
   if (logger.Get_BatteryVoltage() > 0) add("Battery", engineering::batteryWords(logger));
   add("Result", verdictOf(recording));
 }
@@ -115,7 +115,7 @@ void addWarnings(picture::PlottedRecording& plot, const DecodedRecording& record
 }  // namespace
 
 picture::PlottedRecording plottedRecording(DecodedRecording recording) {
-  // How long ago a sound recording ended is no matter for its pictures, which stay the same.
+  // A picture must not depend on how long ago a sound recording ended.
   if (recording.Result == hw::Decode_TooLongSinceLastAcqStop) recording.Result = hw::Decode_OK;
   hw::Class_VardenLogger& logger = *recording.Logger;
   picture::PlottedRecording plot;

@@ -14,7 +14,7 @@ namespace wristlog {
 
 constexpr double UnknownDate = -1;
 
-/// Between the library's dates and the pictures' moments.
+/// Conversions between the library's dates and the pictures' moments.
 std::int64_t unixSeconds(double date);
 double dateOf(std::int64_t unixSeconds);
 
@@ -28,16 +28,16 @@ picture::Series seriesOf(const Values& values) {
   return series;
 }
 
-/// Nothing for an empty value.
+/// Adds a fact; does nothing for an empty value.
 void addFact(picture::PlottedRecording& plot, const char* label, const std::string& value);
-/// The facts that come of the recording's epochs, begin and end.
+/// Adds the facts on the recording's epochs, begin and end.
 void addPeriodFacts(picture::PlottedRecording& plot);
 void addMarkers(picture::PlottedRecording& plot, const hy_wristlog::TristateSeries& series, int button);
 void addResets(picture::PlottedRecording& plot, int resets);
 
-/// A day of the library as "2026-03-02"; empty when it is not known.
+/// A date's day as "2026-03-02"; empty when the date is unknown.
 std::string dayWords(double date);
-/// A height or a weight; empty when it is not known.
+/// A height or a weight; empty when it is unknown.
 std::string sizeWords(float value);
 
 template <class Logger>

@@ -161,7 +161,8 @@ void RecordingFiles::claim() const {
                       "Another recording has been written to " + folder_ + " meanwhile");
 }
 
-/// What was made of a former recording goes first, so that it never stands beside another one's bytes.
+/// Removes the files that were made of a former recording first, so that they never stand beside another
+/// one's bytes.
 void RecordingFiles::writeRaw(const engineering::SavedRecording& recording) const {
   if (missingFolders().empty()) {
     claim();

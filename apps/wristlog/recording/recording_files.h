@@ -20,31 +20,31 @@ class RecordingFiles {
  public:
   enum class Part : std::uint8_t { Everything, Pictures };
 
-  /// With `Part::Pictures` only these two files are of concern.
+  /// With `Part::Pictures` only the two pictures are checked and written.
   RecordingFiles(std::string folder, bool overwrite, Part part = Part::Everything);
-  /// With files of other names, each written by `writeFile`.
+  /// For files of other names, each written by `writeFile`.
   RecordingFiles(std::string folder, bool overwrite, std::vector<std::string> names)
       : folder_(std::move(folder)), overwrite_(overwrite), names_(std::move(names)) {}
 
   /// To be called before the work: tries whether all can be written. Raises fault 58 when a file that would
-  /// be written exists and may not be overwritten, 75 when the folder is of no use or something else, a link
-  /// too, has the name of a file. The folder is made with its first file.
+  /// be written exists and may not be overwritten, 75 when the folder cannot be used, or when something that
+  /// is no plain file (a link, say) has the name of one. The folder is made with its first file.
   void prepare() const;
-  /// The same for a folder whose files may be overwritten when a demo wrote them and nothing else lies there.
+  /// The same for a demo, which may overwrite a folder with nothing but another demo's files.
   void prepareForDemo();
-  /// What decoding again needs: raw.bin and config.ini.
+  /// Writes what decoding again needs: raw.bin and config.ini.
   void writeRaw(const hy_wristlog::engineering::SavedRecording& recording) const;
-  /// Series, events and facts.
+  /// Writes series, events and facts.
   void writeDecoded(const hy_wristlog::Class_VardenLogger& logger, const Json& summary) const;
   void writePictures(const picture::PlottedRecording& plot) const;
-  /// The pictures of a recording whose other files are written: a failure says that these are safe.
+  /// Writes the pictures, after the other files. A failure says that those are safe.
   void writePictures(const DecodedRecording& recording) const;
-  /// Raises OutOfRange when nothing at all would take the place of one of the files.
+  /// Raises OutOfRange when a recording without epochs would replace existing files.
   void requireEpochs(const hy_wristlog::Class_VardenLogger& logger) const;
   /// Whether one of the files exists.
   bool holdAny() const;
   void writeFile(const std::string& name, const std::string& content) const;
-  /// The same with a content that is made while it is written.
+  /// Writes a file whose content is made while it is written.
   void writeFile(const std::string& name,
                  const std::function<void(hy_wristlog::platform::NewFile&)>& addContent) const;
   /// Writes session.log, session-2.log, ..., the first that does not exist, and returns its path.
@@ -53,10 +53,10 @@ class RecordingFiles {
 
  private:
   bool isFromDemo() const;
-  /// Keeps other programs' recordings out of the folder from the first file on. Raises fault 58 when one has
-  /// come since `prepare`.
+  /// Locks the folder before its first file is written, so that no other program writes a recording there.
+  /// Raises fault 58 when one has come since `prepare`.
   void claim() const;
-  /// The folder, and those above it, that do not exist, the uppermost first.
+  /// The missing ones of the folder and those above it, the uppermost first.
   std::vector<std::string> missingFolders() const;
   std::string path(const std::string& name) const { return folder_ + "/" + name; }
 
@@ -66,7 +66,7 @@ class RecordingFiles {
   mutable std::shared_ptr<hy_wristlog::platform::FolderLock> claim_;
 };
 
-/// In the key "made_by" of a demo's recording.json.
+/// The value of "made_by" in a demo's recording.json.
 inline constexpr const char* MadeByDemo = "wristlog demo";
 
 /// The facts of a recording in words: subject, configuration, battery, result.

@@ -47,7 +47,7 @@ double momentOf(const engineering::SavedRecording& recording) {
     return logger->Get_StartTimeGMT() +
            static_cast<double>(logger->Get_Samples()) * logger->Get_EpochLength() / SecondsPerDay;
   } catch (const hw::Failure&) {
-    // Whoever decodes it will meet it again.
+    // The failure is not lost: decoding raises it again.
     return start;
   }
 }

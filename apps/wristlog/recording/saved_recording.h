@@ -14,16 +14,16 @@ namespace wristlog {
 /// Where a saved recording lies: a folder with config.ini and raw.bin, or the two files.
 struct RecordingPlace {
   std::string Folder, ConfigFile, RawFile;
-  bool Unchecked = false;  ///< the bytes count as they are, whatever the configuration says of them
+  bool Unchecked = false;  ///< the bytes are taken even when they are not those of the configuration
 
   std::string config() const { return Folder.empty() ? ConfigFile : Folder + "/config.ini"; }
   std::string raw() const { return Folder.empty() ? RawFile : Folder + "/raw.bin"; }
-  /// None for a place without names.
+  /// The files' paths; none for an empty place.
   std::vector<std::string> files() const;
 };
 
-/// Raises 53, 75 and what damaged files raise; OutOfRange for a recording without bytes, and for bytes that
-/// are not those of the configuration, unless they go unchecked: then the warning goes to standard error.
+/// Raises 53, 75 and what damaged files raise; OutOfRange for a recording without bytes and for bytes that
+/// are not those of the configuration. With `Unchecked` such bytes cause only a warning on standard error.
 hy_wristlog::engineering::SavedRecording readRecording(const RecordingPlace& place);
 
 /// The moment (UTC) that a recording is seen from: when it was retrieved or, where that is not known, when
@@ -37,12 +37,13 @@ struct DecodedRecording {
   bool Unchecked = false;  ///< the bytes are not those that the configuration tells of
 };
 
-/// What decoding made of the bytes; of unchecked ones no more than that nothing vouches for it.
+/// The decode result in words. For unchecked bytes it says only that nothing vouches for them.
 std::string verdictOf(const DecodedRecording& recording);
 
-/// Belongs into the recording's world. Raises what decoding raises.
+/// To be called in a RecordingWorld. Raises what decoding raises.
 DecodedRecording decoded(const hy_wristlog::engineering::SavedRecording& recording, bool diagnostic);
-/// The same for files: failures name them. Raises OutOfRange too when nothing can be decoded.
+/// The same for a recording in files: failures name the files. Raises OutOfRange too when nothing can be
+/// decoded.
 DecodedRecording decoded(const hy_wristlog::engineering::SavedRecording& recording,
                          const RecordingPlace& place, bool diagnostic);
 

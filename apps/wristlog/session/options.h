@@ -9,10 +9,10 @@ namespace wristlog {
 struct CommonOptions {
   bool AsJson = false;
   bool Console = false;
-  std::string Simulate;  ///< whom `--simulate` names, or empty for the machine's docks
+  std::string Simulate;  ///< the logger that `--simulate` names; empty for the machine's docks
 };
 
-/// Where the Pendreader is.
+/// Which port the Pendreader is on.
 struct ReaderOptions {
   std::int16_t Port = 0;  ///< 0: the remembered one
   bool Search = false;

@@ -10,14 +10,14 @@
 
 namespace wristlog {
 
-/// How a command that failed left the logger, behind what it failed with.
+/// Appended to a failure's words: how the command left the logger.
 inline constexpr const char* Unchanged = " No logger was changed.";
 
 /// One run of a command with the Pendreader.
 class PendrelSession {
  public:
-  /// A port that the user names is remembered at once, as is that of a simulated reader. Raises NotWritable
-  /// when it cannot be.
+  /// Remembers a port that the user names, and that of a simulated reader, at once. Raises NotWritable when
+  /// it cannot.
   PendrelSession(const CommonOptions& common, const ReaderOptions& reader, bool keepTraffic = false);
 
   hy_wristlog::PendrelWorkflows& workflows() { return workflows_; }
@@ -28,10 +28,10 @@ class PendrelSession {
   void showProgress(const std::string& text) { session_.showProgress(text); }
 
   std::string meaningOf(std::int32_t code);
-  /// What a good run says in words.
+  /// Prints what a good run says.
   using Words = std::function<void(const Speech&)>;
   /// Prints the code with its meaning, and the facts as JSON or, when it is good, the words. Returns the exit
-  /// status. `whenFailed` goes on behind the meaning of another code: what became of the logger.
+  /// status. With another code `whenFailed` follows its meaning and says what became of the logger.
   int end(std::int32_t code, const Json& facts, const Words& words, const char* whenFailed = "");
 
  private:

@@ -29,7 +29,7 @@ bool isPipe(int file) {
 
 void prepareStandardStreams() {
   for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-    // Read-only, so that printing fails and is noticed.
+    // Opened read-only, so that printing fails and is noticed.
     if (::fcntl(file, F_GETFD) < 0) ::open("/dev/null", O_RDONLY);
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
@@ -43,7 +43,7 @@ bool standardOutputIsWhole() {
 
 void catchInterrupts() {
   for (const int number : Interrupts)
-    // What the caller has told us to ignore (nohup) stays ignored.
+    // A signal that the caller has set to be ignored (nohup) stays ignored.
     if (std::signal(number, onInterrupt) == SIG_IGN) std::signal(number, SIG_IGN);
 }
 

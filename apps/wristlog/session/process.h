@@ -4,20 +4,19 @@
 
 namespace wristlog {
 
-/// Before anything is opened: standard streams that the caller has closed must not become the place of a file
-/// or a port; and a reader who has left, or a limit on the size of files, must not end a session with a
-/// logger in the middle.
+/// To be called before anything is opened. Opens closed standard streams, so that no file or port gets their
+/// numbers, and ignores SIGPIPE and SIGXFSZ, so that they do not end a session with a logger.
 void prepareStandardStreams();
 
 /// True when all that was printed went out. Says so on standard error when it did not, unless the reader of a
-/// pipe simply had enough.
+/// pipe had closed it.
 bool standardOutputIsWhole();
 
 /// From now on Ctrl-C (or a request to terminate) only sets a mark; a second one ends the program at once.
 void catchInterrupts();
 bool interruptRequested();
 
-/// Holds signals back, so that nothing half-written is left lying about.
+/// Blocks signals, so that no half-written file is left over.
 class SignalsHeld {
  public:
   SignalsHeld();

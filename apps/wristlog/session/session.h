@@ -13,16 +13,14 @@
 
 namespace wristlog {
 
-/// The return code of a workflow that was aborted.
-
 class TerminalHost;
 
 /// One run of a command: the world it works in, the library, and what the user sees.
 class Session {
  public:
-  /// With `keepTraffic` what passes on the link is kept for `traffic`.
+  /// With `keepTraffic` the link's bytes are kept for `traffic`.
   explicit Session(const CommonOptions& options, bool keepTraffic = false);
-  /// In a world that the caller has made.
+  /// Works in a world that the caller has made.
   Session(const CommonOptions& options, const hy_wristlog::simulator::DockBench& bench);
   ~Session();
   Session(const Session&) = delete;
@@ -31,7 +29,7 @@ class Session {
   hy_wristlog::Class_Main& main() { return *main_; }
   bool asJson() const { return options_.AsJson; }
   const std::string& traffic() const;
-  /// The simulated dock's; none on the machine itself.
+  /// The port of the simulated dock; none on the machine itself.
   std::optional<std::int16_t> simulatedPort() const;
   void showProgress(const std::string& text);
   /// Ends the progress line, so that what follows starts a line of its own.
@@ -53,7 +51,7 @@ void requireNotStopped();
 /// The bench of `--simulate`: a docked logger that has been worn for some days.
 hy_wristlog::simulator::DockBench makeWornBench(const std::string& model);
 
-/// Whose name in --model is `name`: "vivid" or "kestrin2".
+/// The model that --model calls `name`: "vivid" or "kestrin2".
 hy_wristlog::enmLoggerPointer modelFromName(const std::string& name);
 
 }  // namespace wristlog

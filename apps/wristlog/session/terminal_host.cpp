@@ -53,7 +53,7 @@ void TerminalHost::workflowStarted(const std::shared_ptr<hy_wristlog::Class_Vard
 }
 
 void TerminalHost::downloadProgress(std::int32_t bytesSoFar, std::int32_t bytesExpected) {
-  // The last packet is filled up.
+  // The last packet is padded, so more bytes come than the recording has.
   if (bytesExpected > 0) bytesSoFar = std::min(bytesSoFar, bytesExpected);
   std::string text = "Read " + std::to_string(bytesSoFar);
   if (bytesExpected > 0) text += " of " + std::to_string(bytesExpected);

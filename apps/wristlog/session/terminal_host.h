@@ -8,7 +8,7 @@
 
 namespace wristlog {
 
-/// What a host shows of a session, and keeps of it.
+/// What a host shows and keeps of a session.
 struct HostOptions {
   bool ShowConsole = false;  ///< the link's traffic on standard error
   bool KeepTraffic = false;  ///< the same, kept for `traffic`
@@ -20,15 +20,15 @@ class TerminalHost : public hy_wristlog::Host, private hy_wristlog::ConsoleSink 
   explicit TerminalHost(const HostOptions& options);
   ~TerminalHost() override;
 
-  /// Whom Ctrl-C aborts; null for nobody.
+  /// Sets whom Ctrl-C aborts; null for nobody.
   void attach(hy_wristlog::Class_Main* main) { main_ = main; }
   void endProgress();
-  /// The session's traffic with the library's remarks between; of more than some megabytes the beginning and
-  /// the end.
+  /// The session's traffic and the library's remarks; of more than some megabytes only the beginning and the
+  /// end.
   const std::string& traffic() const { return traffic_.text(); }
 
   void serveEvents() override;
-  /// Shows what there is to know; a question nobody hears is answered as by default.
+  /// Shows the text. A question is answered by its default, since nobody can answer it here.
   hy_wristlog::MessageBoxButton showMessageBox(std::string_view title, std::string_view text,
                                                std::int32_t buttons) override;
   void workflowStarted(const std::shared_ptr<hy_wristlog::Class_VardenLogger>& logger) override;
@@ -42,7 +42,7 @@ class TerminalHost : public hy_wristlog::Host, private hy_wristlog::ConsoleSink 
 
  private:
   void append(std::string_view text) override;
-  /// What has been printed stays.
+  /// Does nothing: what was printed stays.
   void clear() override {}
   void showLastError(std::string_view text) override;
   void showReceiveCount(std::int32_t) override {}

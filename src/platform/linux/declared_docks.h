@@ -27,8 +27,8 @@ std::vector<DeclaredDock> parseDeclaredDocks(std::string_view ini);
 /// Empty when there is no readable file.
 std::vector<DeclaredDock> readDeclaredDocks(const std::string& dataFolder);
 
-/// The device behind a COM port number: the declared one, else the one of the fixed rule; empty for a
-/// number that stands for none.
+/// The device of a COM port number: the declared one, else that of the fixed rule; empty for a number without
+/// a device.
 std::string devicePathOfPort(std::int32_t number, const std::vector<DeclaredDock>& docks);
 
 }  // namespace hy_wristlog::platform

@@ -53,7 +53,8 @@ std::optional<tcflag_t> formatBits(const LineSettings& settings) {
   return *size | parityBits(settings.Parity) | (settings.StopBits == longStop ? tcflag_t{CSTOPB} : 0);
 }
 
-/// Drivers report the rate that their divisor gives; an asynchronous line bears a few percent.
+/// Whether a rate is near enough: drivers report what their divisor gives, and an asynchronous line tolerates
+/// a few percent.
 bool isNearRate(speed_t actual, std::int32_t wanted) {
   const std::int64_t difference = std::int64_t{actual} - wanted;
   return std::int64_t{wanted} * 3 >= (difference < 0 ? -difference : difference) * 100;
@@ -76,7 +77,7 @@ LineResult configureLine(int fd, const LineSettings& settings, bool simulatesLin
   line.c_cflag |= *format | BOTHER | (static_cast<tcflag_t>(BOTHER) << IBSHIFT) | CREAD | CLOCAL | HUPCL;
   line.c_ispeed = static_cast<speed_t>(settings.Baud);
   line.c_ospeed = static_cast<speed_t>(settings.Baud);
-  // With at least one byte asked for, a read of 0 bytes can only mean a hang-up.
+  // VMIN 1: a read of 0 bytes then can only mean a hang-up.
   line.c_cc[VMIN] = 1;
   line.c_cc[VTIME] = 0;
   if (::ioctl(fd, TCSETS2, &line) != 0) return resultOfErrno();

@@ -9,9 +9,9 @@ namespace hy_wristlog::platform {
 enum class LineResult : std::uint8_t { Done, Refused, Gone };
 
 /// Puts the line into raw mode with `settings`, without flow control, both output lines low on closing.
-/// `Refused`: outside 5 to 8 data bits, a stop bit length that the hardware has not for these data bits
-/// (1.5 with 5, 2 with 6 to 8), or settings that the driver did not keep. A line that is no wire
-/// (`simulatesLine`) need not keep them.
+/// `Refused`: outside 5 to 8 data bits, a stop bit length that the hardware does not have for these data bits
+/// (1.5 with 5, 2 with 6 to 8), or settings that the driver did not keep. A pseudo-terminal (`simulatesLine`)
+/// need not keep them.
 LineResult configureLine(int fd, const LineSettings& settings, bool simulatesLine);
 
 /// False when the device is no terminal.

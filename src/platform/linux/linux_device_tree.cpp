@@ -41,14 +41,15 @@ std::string hardwareId(const std::string& vendor, const std::string& product, co
   return "USB\\VID_" + vendor + "&PID_" + product + "&REV_" + release;
 }
 
-/// "COM" in the device's own text becomes "Com": the port number is read behind the first "COM".
+/// "COM" in the device's own text becomes "Com": readers take the number after the first "COM" for the
+/// port's.
 std::string nameWithPort(std::string product, std::int32_t port) {
   for (std::size_t at = product.find("COM"); at != std::string::npos; at = product.find("COM", at))
     product.replace(at, 3, "Com");
   return port != 0 ? product + " (COM" + std::to_string(port) + ")" : product;
 }
 
-/// The name of a terminal's device file, behind any links: "ttyUSB0".
+/// The name of a terminal's device file, all links followed: "ttyUSB0".
 std::string ttyBehind(const std::string& path) {
   std::error_code error;
   const auto real = std::filesystem::canonical(path, error);

@@ -7,8 +7,8 @@ namespace hy_wristlog::platform {
 /// The devices of two classes: the COM port class holds the terminals that hang on a USB device, the USB
 /// device interface class the USB devices themselves; both come from /sys, or from the folder that the
 /// environment variable HY_WRISTLOG_SYS names (a recorded tree). Declared docks whose device exists stand
-/// before them, in place of the same terminal found in the tree. What is damaged is left out; nothing here
-/// raises but an index that is out of range (ENODEV).
+/// before them, in place of the same terminal found in the tree. What is damaged is left out. The only
+/// failure raised here is an index out of range (ENODEV).
 class LinuxDeviceTree final : public DeviceTree {
  public:
   explicit LinuxDeviceTree(Environment& environment) : environment_(environment) {}

@@ -145,7 +145,8 @@ std::string LinuxEnvironment::libraryFolder() {
   std::string file;
   if (::dladdr(reinterpret_cast<const void*>(&marker), &info) != 0 && info.dli_fname != nullptr)
     file = info.dli_fname;
-  // A program that has the library inside is named as it was called, which need not be a path.
+  // In a program that the library is linked into, `file` is the name it was called by, which need not be a
+  // path.
   const std::string path = realPath(file.starts_with('/') ? file : "/proc/self/exe");
   const auto slash = path.rfind('/');
   if (slash == std::string::npos) return {};

@@ -40,7 +40,8 @@ bool isReadOnly(int folder, const char* name, const struct stat& status) {
   return (status.st_mode & AnyWriteBit) == 0 || ::faccessat(folder, name, W_OK, AT_EACCESS) != 0;
 }
 
-/// What `name` is in the folder; raises ELOOP for a link in one for everyone, ENOTDIR for what is no folder.
+/// Opens the subfolder `name`. Raises ELOOP for a link in a folder that everybody may write to, ENOTDIR for
+/// what is no folder.
 Descriptor enterFolder(const Descriptor& folder, const std::string& name) {
   struct stat status {};
   if (::fstat(folder.get(), &status) != 0) raiseSystemError();
@@ -52,7 +53,7 @@ Descriptor enterFolder(const Descriptor& folder, const std::string& name) {
   return entered;
 }
 
-/// The folder, reached level by level, for changing what is in it.
+/// Opens a folder whose content is to be changed, level by level, so that each level's links are checked.
 Descriptor openFolder(const std::string& path) {
   Descriptor folder{::open(path.starts_with('/') ? "/" : ".", O_PATH | O_DIRECTORY | O_CLOEXEC)};
   if (!folder) raiseSystemError();
@@ -61,7 +62,7 @@ Descriptor openFolder(const std::string& path) {
     if (end > begin) folder = enterFolder(folder, path.substr(begin, end - begin));
     begin = end + 1;
   }
-  // A folder that may be written to but not listed stays as it is.
+  // The path descriptor is enough for a folder that may be written to but not listed.
   Descriptor listed{::openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
   return listed ? std::move(listed) : std::move(folder);
 }

@@ -15,8 +15,8 @@ class LinuxFiles final : public Files {
   std::unique_ptr<NewFile> create(const std::string& path) override;
   bool remove(const std::string& path) override;
   void makeFolder(const std::string& path, bool forEveryone) override;
-  /// The folder itself carries the lock, so that nothing is left lying and a dead holder holds nothing. A
-  /// folder or a file system that takes no locks does without.
+  /// Locks the folder itself: no lock file is left over, and the lock of a process that died is free. Gives a
+  /// lock without effect where the folder or its file system takes none.
   std::unique_ptr<FolderLock> tryLockFolder(const std::string& path) override;
 };
 

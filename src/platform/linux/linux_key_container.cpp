@@ -54,7 +54,8 @@ void narrowOwnFolder(const std::string& folder) {
   if ((status.st_mode & Others) != 0 && ::fchmod(descriptor.get(), OwnFolder) != 0) raiseSystemError();
 }
 
-/// Held as long as the descriptor. File systems without locks do without.
+/// Opens the folder and locks it as long as the descriptor lives. File systems without locks are used without
+/// one.
 Descriptor lockedFolder(const std::string& folder) {
   Descriptor descriptor = openFolder(folder);
   while (descriptor && ::flock(descriptor.get(), LOCK_EX) != 0 && errno == EINTR) continue;
@@ -119,7 +120,7 @@ OpensslKey pairFromText(const std::string& text) {
 }
 
 void writePair(TemporaryFile& file, EVP_PKEY* key) {
-  // Its memory is wiped when it is freed.
+  // A BIO wipes its memory when it is freed.
   const Bio bio{BIO_new(BIO_s_mem())};
   if (!bio || PEM_write_bio_PKCS8PrivateKey(bio.get(), key, nullptr, nullptr, 0, nullptr, nullptr) != 1)
     raiseSystemError(EIO);
@@ -137,11 +138,11 @@ LinuxKeyContainer::LinuxKeyContainer(std::string file)
 
 LinuxKeyContainer::~LinuxKeyContainer() { forgetContent(); }
 
-/// An empty text is a damaged pair too.
+/// Wipes the text and leaves an empty one, which counts as a damaged pair.
 void LinuxKeyContainer::forgetContent() {
   if (!content_) return;
   OPENSSL_cleanse(content_->data(), content_->size());
-  content_->clear();  // NOLINT(clang-analyzer-cplusplus.InnerPointer): its characters are not used behind it
+  content_->clear();  // NOLINT(clang-analyzer-cplusplus.InnerPointer): its characters are not used afterwards
 }
 
 void LinuxKeyContainer::remove(const std::string& file) {

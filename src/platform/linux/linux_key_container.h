@@ -10,9 +10,9 @@ namespace hy_wristlog::platform {
 
 /// A key pair in a file of its own: PKCS#8 in PEM (RFC 5958, RFC 7468), so that the openssl command can use
 /// it. Only its owner may read the file (mode 0600) and enter its folder (0700); wider modes are narrowed,
-/// except that of a folder that belongs to somebody else. The text of a private key is wiped from memory once
-/// it was read or written. Links are not followed, and files beyond 64 KiB are refused (EFBIG). ENOKEY: there
-/// is no pair; EBADMSG: an imported key is no RSA key; ENOTSUP: the machine's policy forbids SHA-1
+/// except that of a folder that belongs to somebody else. The text of a private key is wiped from memory
+/// after it was read or written. Links are not followed, and files beyond 64 KiB are refused (EFBIG). ENOKEY:
+/// there is no pair; EBADMSG: an imported key is no RSA key; ENOTSUP: the machine's policy forbids SHA-1
 /// signatures.
 class LinuxKeyContainer final : public KeyContainer {
  public:
@@ -21,7 +21,7 @@ class LinuxKeyContainer final : public KeyContainer {
   LinuxKeyContainer(const LinuxKeyContainer&) = delete;
   LinuxKeyContainer& operator=(const LinuxKeyContainer&) = delete;
 
-  /// Both delete under a lock on the folder; a file that is missing is none to delete.
+  /// Both delete under a lock on the folder and do nothing when the file is missing.
   static void remove(const std::string& file);
   static void removeDamaged(const std::string& file);
 

@@ -35,7 +35,7 @@ LinuxSerialPort::LinuxSerialPort(Descriptor device, std::string name)
   int lines = 0;
   hasModemLines_ = ::ioctl(device_.get(), TIOCMGET, &lines) == 0;
   countsErrors_ = ::ioctl(device_.get(), TIOCGICOUNT, &counted_) == 0;
-  // A pseudo-terminal would stay exclusive behind a program that crashed.
+  // Not for a pseudo-terminal: that would stay exclusive after a program that crashed.
   if (hasModemLines_) ::ioctl(device_.get(), TIOCEXCL);
   setLine(TIOCM_DTR | TIOCM_RTS, false);
   configureLine(device_.get(), LineSettings{}, !hasModemLines_);
@@ -48,7 +48,7 @@ LinuxSerialPort::~LinuxSerialPort() {
   int queued = 0;
   while (::ioctl(fd, TIOCOUTQ, &queued) == 0 && queued > 0 && std::chrono::steady_clock::now() < deadline)
     std::this_thread::sleep_for(std::chrono::milliseconds{1});
-  // Otherwise a device that takes nothing any more keeps the close waiting for half a minute.
+  // A device that takes nothing any more would keep the close waiting for half a minute.
   if (queued > 0) discardQueued(fd);
   ::ioctl(fd, TIOCNXCL);
 }

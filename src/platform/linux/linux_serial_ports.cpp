@@ -84,11 +84,11 @@ std::unique_ptr<SerialPort> openSerialDevice(const std::string& path, const std:
   Descriptor fd{::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)};
   if (!fd) raiseForErrno(errno, name, device);
   if (!isTerminal(fd.get())) {
-    // A built-in port that has no hardware behind it.
+    // The driver's device file exists, but not the built-in port.
     if (errno == EIO) raiseMissing(name);
     raiseNoTerminal(name);
   }
-  // Exclusive mode does not stop the superuser, so it is asked for; the lock holds for all who take it.
+  // Exclusive mode does not stop the superuser, so it is read back; the lock keeps out all who take it.
   if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
     if (errno == EWOULDBLOCK) raiseBusy(name);
     raiseForErrno(errno, name, device);

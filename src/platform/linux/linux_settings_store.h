@@ -5,11 +5,10 @@
 
 namespace hy_wristlog::platform {
 
-/// Settings in the file "settings" of the user's data folder. Every member reads the file anew, and a
-/// change replaces it whole, one after another, so programs see each other's changes. A change that cannot
-/// have its turn within some seconds raises EBUSY.
-/// A missing file is an empty store. Deleting a key takes the keys below with it; the names in a key that is
-/// not there raise ENOENT.
+/// Settings in the file "settings" of the user's data folder. Every member reads the file anew, and a change
+/// replaces it whole under a lock, so programs see each other's changes and lose none. A change that gets no
+/// lock within some seconds raises EBUSY. A missing file is an empty store. Deleting a key deletes the keys
+/// below it too. Asking for the names in a missing key raises ENOENT.
 class FileSettingsStore final : public SettingsStore {
  public:
   FileSettingsStore(Environment& environment, Files& files) : environment_(environment), files_(files) {}
@@ -26,7 +25,7 @@ class FileSettingsStore final : public SettingsStore {
 
  private:
   SettingsTable load();
-  /// Saves the table when `edit` says that it has changed it; the answer is that of `edit`.
+  /// Saves the table when `edit` returns that it changed it. Returns what `edit` returned.
   template <class Edit>
   bool change(const Edit& edit);
   std::string folder();

@@ -78,7 +78,7 @@ LinuxZones::LinuxZones(std::string etc) : etc_(std::move(etc)) {}
 
 std::vector<std::string> LinuxZones::keys() {
   const auto& catalogue = zoneCatalogue();
-  // Without a tz database there are no zones, rather than zones without rules.
+  // Without a tz database the list is empty; zones without rules would be read as UTC.
   const bool readable = std::any_of(catalogue.begin(), catalogue.end(), [](const CatalogueZone& zone) {
     return ruleOfFile(zoneFile(zone.TzName)).has_value();
   });

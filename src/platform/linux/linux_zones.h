@@ -10,7 +10,7 @@
 namespace hy_wristlog::platform {
 
 /// Zone records made from the rules in the system's tz database (/usr/share/zoneinfo, or the folder that
-/// TZDIR names): for every year the rule that its last years go by, whatever the clock says.
+/// TZDIR names). Every year has the rule of the database's last years, whatever the clock says.
 ///
 /// The machine's own zone is what TZ says, else /etc/localtime, else /etc/timezone. It is found under its
 /// name, under another name of the same zone, then by a rule that is the same. A machine that runs on UTC

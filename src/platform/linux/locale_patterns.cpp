@@ -89,7 +89,7 @@ std::vector<Piece> piecesOf(std::string_view format) {
 }
 
 /// The pieces from the first to the last of `kind`, without those of the other kind between them, and
-/// the text glued to the last one (the "日" behind a day).
+/// the text glued to the last one (the "日" after a day).
 std::string joined(const std::vector<Piece>& pieces, PieceKind kind) {
   std::size_t first = 0, end = 0;
   for (std::size_t i = pieces.size(); i-- > 0;)

@@ -19,7 +19,7 @@ using OpensslKey = std::unique_ptr<EVP_PKEY, OpensslDeleter<EVP_PKEY_free>>;
 using OpensslKeyContext = std::unique_ptr<EVP_PKEY_CTX, OpensslDeleter<EVP_PKEY_CTX_free>>;
 using OpensslHash = std::unique_ptr<EVP_MD_CTX, OpensslDeleter<EVP_MD_CTX_free>>;
 
-/// The host may use OpenSSL too: what fails here must not stay in the thread's queue of errors.
+/// Removes the errors of this scope from the thread's queue at its end, since the host may use OpenSSL too.
 class OpensslErrorsForgotten {
  public:
   OpensslErrorsForgotten() { ERR_set_mark(); }

@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::int32_t UsbBase = 33, AcmBase = 49, LaterBase = 65, PerGroup = 16, SerialCount = 32;
 
-/// The digits behind `prefix`, without leading zeros; -1 for anything else.
+/// The number after `prefix`; -1 for other names and for leading zeros.
 std::int32_t indexBehind(std::string_view name, std::string_view prefix) {
   if (!name.starts_with(prefix)) return -1;
   name.remove_prefix(prefix.size());

@@ -8,13 +8,13 @@ namespace hy_wristlog::platform {
 namespace {
 
 constexpr std::int32_t SecondsADay = 86400, SecondsAnHour = 3600;
-/// Any year of 365 days: days of the year become the dates that they are in such years.
+/// Any year of 365 days. Days of the year become the dates that they are in such a year.
 constexpr std::int32_t CommonYear = 2001, LastDayOfYear = 364;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
-/// Reads from the front of a rule text; every member is false when the text does not go on as asked.
+/// Reads a rule text from its front. Every member returns false when the text does not go on as expected.
 class TzReader {
  public:
   explicit TzReader(std::string_view text) : rest_(text) {}
@@ -142,8 +142,9 @@ ZoneTransition transition(const TzChange& change) {
     result.Month = static_cast<std::int16_t>(static_cast<unsigned>(date.month()));
     result.Day = static_cast<std::int16_t>(static_cast<unsigned>(date.day()));
   }
-  // The hour alone takes the sign, and the hours of other days: "the day after the fourth Thursday, at 2:00"
-  // is hour 26 of a Thursday, and no weekday of the month in every year.
+  // The day of the change stays and the hour alone goes below 0 or above 23: "the day after the fourth
+  // Thursday, at 2:00" is hour 26 of that Thursday. As a weekday of the month it would differ from year to
+  // year.
   const std::int32_t hour = (change.Seconds - (change.Seconds < 0 ? SecondsAnHour - 1 : 0)) / SecondsAnHour;
   const std::int32_t rest = change.Seconds - hour * SecondsAnHour;
   result.Hour = static_cast<std::int16_t>(hour);

@@ -29,8 +29,8 @@ struct PosixTz {
 std::optional<PosixTz> parsePosixTz(std::string_view text);
 
 /// The rule as a zone record keeps it, the same for every year. Days of the year become the dates that they
-/// are in years without a leap day, so that in leap years those counted with it come a day late from March
-/// on. A rule whose "daylight" time is the earlier one is turned round, so that DaylightBias is never
+/// are in years without a leap day; so in leap years, from March on, those that count 29 February come a day
+/// late. A rule whose "daylight" time is the earlier one is turned round, so that DaylightBias is never
 /// positive.
 ZoneRule zoneRuleFromTz(const PosixTz& tz);
 

@@ -24,7 +24,7 @@ class SettingsTable {
 
   bool keyExists(std::int32_t root, std::string_view key) const;
   void createKey(std::int32_t root, std::string_view key);
-  /// Takes the keys below with it.
+  /// Deletes the keys below it too.
   bool deleteKey(std::int32_t root, std::string_view key);
   bool deleteValue(std::int32_t root, std::string_view key, std::string_view name);
   std::optional<SettingValue> read(std::int32_t root, std::string_view key, std::string_view name) const;

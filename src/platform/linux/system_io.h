@@ -48,8 +48,8 @@ class Descriptor {
 /// bytes.
 std::string readToEnd(int fd, std::size_t limit);
 
-/// The content of a regular file that may be missing, damaged or somebody's trap (a pipe, a device): none
-/// when it cannot be read or is longer than `limit`. Never waits.
+/// The content of a regular file. None when it is missing, unreadable, longer than `limit` or no regular
+/// file. Never waits, as reading a pipe or a device would.
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t limit);
 
 std::optional<std::string> environmentVariable(std::string_view name);

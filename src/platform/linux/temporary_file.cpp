@@ -61,7 +61,7 @@ bool TemporaryFile::renameUnlessTaken(const std::string& name) {
   settle();
   if (::renameat2(folder_, name_.c_str(), folder_, name.c_str(), RENAME_NOREPLACE) != 0) {
     if (errno == EEXIST) return false;
-    // A file system that cannot tell: the last one wins.
+    // RENAME_NOREPLACE is unsupported here, so fall back to a plain rename, which replaces.
     if (errno != EINVAL && errno != ENOSYS) raiseSystemError();
     rename(name);
     return true;

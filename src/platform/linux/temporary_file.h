@@ -9,8 +9,8 @@
 
 namespace hy_wristlog::platform {
 
-/// A new file that disappears again unless it is given its final name in its folder. Mode 0: what the user's
-/// mask leaves of 0644; other modes hold whatever the mask. Members raise SystemError.
+/// A new file that disappears again unless it is given its final name in its folder. Mode 0 means 0644 less
+/// the user's mask; other modes hold whatever the mask. Members raise SystemError.
 class TemporaryFile {
  public:
   TemporaryFile(int folder, mode_t mode);
@@ -20,7 +20,7 @@ class TemporaryFile {
 
   /// Adds all of it.
   void write(std::string_view content);
-  /// Once everything is on the disk.
+  /// Gives the file its name, after everything is on the disk.
   void rename(const std::string& name);
   /// False when the name is taken.
   bool renameUnlessTaken(const std::string& name);
