@@ -38,8 +38,8 @@ HY_SIMULATOR_API HySimulatorResult hySimulatorClose(int32_t bench);
 /// activity and light, 7 activity and special light; a Pendrel logger with steps counts them unless it is 1),
 /// `epoch` in seconds. It starts at the next full minute.
 HY_SIMULATOR_API HySimulatorResult hySimulatorSetUp(int32_t bench, int32_t mode, int32_t epoch);
-/// Somebody wears the logger for so many seconds (up to ten years); then it is back in its dock if it was in
-/// one. Equal seeds give equal days.
+/// Lets a person wear the logger for so many seconds (up to ten years). Afterwards it is back in its dock if
+/// it was in one. Equal seeds give equal days.
 HY_SIMULATOR_API HySimulatorResult hySimulatorWear(int32_t bench, double seconds, uint32_t seed);
 /// Lets time pass, up to ten years.
 HY_SIMULATOR_API HySimulatorResult hySimulatorAdvance(int32_t bench, double seconds);
@@ -57,7 +57,8 @@ HY_SIMULATOR_API HySimulatorResult hySimulatorDo(int32_t bench, const char* deed
 /// "bad config checksum". "silent" stays until `times` is 0.
 HY_SIMULATOR_API HySimulatorResult hySimulatorSetFault(int32_t bench, const char* fault, int32_t skip,
                                                        int32_t times);
-/// Once so many more bytes have passed, both directions together: "cut", "pull out", "unplug".
+/// Does something after so many more bytes have passed, both directions together: "cut", "pull out",
+/// "unplug".
 HY_SIMULATOR_API HySimulatorResult hySimulatorAfterBytes(int32_t bench, uint64_t bytes, const char* deed);
 
 #if defined(__cplusplus)

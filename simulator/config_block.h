@@ -70,7 +70,7 @@ class ConfigBlock {
   bool damaged_ = false;
 };
 
-/// Who wears a logger, as its text field says it.
+/// The subject, as a logger's text field holds it.
 struct SubjectDetails {
   std::string Identity, Initials, Guid;
   char Gender = '\\';  ///< a backslash: not told

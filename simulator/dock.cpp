@@ -25,7 +25,7 @@ constexpr std::string_view UsbDeviceClass = "{a5dcbf10-6530-11d2-901f-00c04fb951
 
 }  // namespace
 
-/// The PC's handle on a dock. It may outlive the dock, and a dock that was plugged in anew is another one.
+/// The PC's handle on a dock. It may outlive the dock, and does not serve a dock that was plugged in again.
 class SimulatedPort : public platform::SerialPort {
  public:
   SimulatedPort(const std::shared_ptr<SimulatedDock>& dock) : dock_(dock), plugCount_(dock->plugCount_) {}
@@ -160,7 +160,7 @@ void SimulatedDock::closePort() {
 
 void SimulatedDock::setDtr(bool on) {
   if (on == dtr_) return;
-  // A Tolka dock drops its logger on every fall of DTR, however short, before it looks for it anew.
+  // A Tolka dock drops its logger on every fall of DTR, however short, before it looks for it again.
   if (on && signal_.pending() && onTolka()) settle();
   dtr_ = on;
   feed();

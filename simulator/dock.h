@@ -29,7 +29,7 @@ struct PortFault {
 
 struct DockFaults {
   PortFault Open{}, Configure{};
-  bool LockedUp = false;  ///< refuses every setting with 8015 until it is plugged in anew
+  bool LockedUp = false;  ///< refuses every setting with PortStateFailure until it is plugged in again
   bool Held = false;      ///< another program has the port
 };
 

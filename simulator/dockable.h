@@ -26,14 +26,14 @@ class Dockable {
 
   SimulatedDock* dock() const { return dock_; }
   bool awake() const { return awake_; }
-  /// False: it can be put into such a dock but makes no contact there.
+  /// Whether it makes contact in such a dock. It can be put into any dock.
   virtual bool fits(DockKind kind) const = 0;
 
  protected:
   /// Puts bytes on the dock's line; nothing unless it is awake.
   void say(std::span<const std::uint8_t> bytes, nanoseconds delay);
   SimulatedLine* line() const { return line_; }
-  /// Does something while it is out of its dock, and puts it back afterwards if it was in one.
+  /// Takes the logger out of its dock, runs `action`, and with `redock` puts it back if it was in one.
   void away(bool redock, const std::function<void()>& action);
 
  private:

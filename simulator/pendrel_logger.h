@@ -23,7 +23,7 @@ struct PendrelOptions {
   std::uint8_t ActivityCalibration = 128, Resets = 0;
   std::string BatteryDate;  ///< ddmmyy; empty: the day it leaves the factory
   double ClockDrift = 0;    ///< parts in a million
-  /// What local time adds to UTC where it is worn; a bench puts its world's zone there.
+  /// What local time adds to UTC where the logger is worn; a bench sets it to its world's zone.
   std::optional<std::chrono::minutes> Zone;
 };
 

@@ -15,7 +15,7 @@ enum class PendrelModel : std::uint8_t { Plain = 13, Checksums = 14, Steps = 27 
 
 /// Epochs as a Pendrel logger codes them: quarter minutes up to 63, and three short ones.
 namespace pendrel_epoch {
-/// Seconds; 0 for a code that stands for no epoch.
+/// The seconds of a code; 0 when it stands for no epoch.
 inline std::int32_t seconds(std::uint8_t code) {
   switch (code) {
     case 0x81:
@@ -59,7 +59,7 @@ class PendrelMemory {
   void write(std::size_t address, std::uint8_t value) {
     if (address < size()) bytes_[address] = value;
   }
-  /// 4096 bytes; `number` must lie in the memory.
+  /// A block of 4096 bytes; `number` must be in the memory.
   std::span<const std::uint8_t> block(std::size_t number) const {
     return std::span{bytes_}.subspan(number * BlockSize, BlockSize);
   }

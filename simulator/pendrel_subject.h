@@ -7,7 +7,7 @@
 
 namespace hy_wristlog::simulator {
 
-/// Who wears a Pendrel logger, as its subject text says it.
+/// The subject, as a Pendrel logger's subject text holds it.
 struct PendrelSubject {
   std::string Identity, Initials;  ///< at most 23 and 3 characters
   char Gender = 'F';

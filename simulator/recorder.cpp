@@ -17,7 +17,7 @@ constexpr std::uint8_t OldMarker2 = 32, OldOffWrist = 16, OldWentOff = 4, OldWen
 constexpr std::uint8_t Marker2 = 16, WristChanged = 4, OffWristNow = 8;
 constexpr std::uint8_t MapsToMarker1 = 1, MapsToMarker2 = 2;
 
-/// A logger that lies on the desk of the person who set it up.
+/// The readings of a logger that lies still on a desk.
 class Desk : public EpochSource {
  public:
   EpochReading read(std::int64_t begins, std::int32_t) override {

@@ -23,7 +23,7 @@ struct EpochReading {
   std::uint16_t OffWristFrequency = 0;
 };
 
-/// Where the readings come from: the desk, or somebody who wears the logger.
+/// Where the readings come from: a desk, or a person who wears the logger.
 class EpochSource {
  public:
   virtual ~EpochSource() = default;
@@ -47,9 +47,9 @@ std::size_t recordLength(LoggerModel model, Mode mode);
 
 /// The activity code whose step of the scale holds `counts`, 0 to 252.
 std::uint8_t activityCode(double counts, std::uint8_t calibration);
-/// The exponent that stands for an illuminance.
+/// The code, an exponent, that stands for an illuminance.
 std::uint16_t lightCode(double lux);
-/// The 10-bit exponent that stands for an irradiance in microwatts per square centimetre.
+/// The code, a 10-bit exponent, that stands for an irradiance in microwatts per square centimetre.
 std::uint16_t colourCode(double irradiance, bool fineScale);
 
 /// Acquisition: waits for the start time, writes a record every epoch and an event for whatever happens,

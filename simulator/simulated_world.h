@@ -23,7 +23,8 @@ struct WorldOptions {
   std::chrono::sys_time<std::chrono::milliseconds> Begins =
       std::chrono::sys_days{std::chrono::year{2026} / 3 / 2} + std::chrono::hours{14};
   std::string Zone = "Eastern Standard Time";  ///< the machine's zone, by its catalogue key
-  /// Where the folders of the world lie; empty: a private temporary folder that goes with the world.
+  /// The folder that holds the world's folders; empty for a private temporary one that is removed with the
+  /// world.
   std::string RootFolder;
   std::string User = "tester", FullName = "Terry Tester", Domain = "LAB", Computer = "BENCH";
   std::map<platform::LocaleItem, std::string> Locale{{platform::LocaleItem::DecimalSeparator, "."},

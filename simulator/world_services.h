@@ -66,8 +66,7 @@ class SimulatedZones : public platform::ZoneRecords {
   std::string zone_;
 };
 
-/// A folder with the world's folders in it, made when somebody first asks for it. A temporary one is removed
-/// at the end.
+/// The folder that holds the world's folders. It is made on first use; a temporary one is removed at the end.
 class RootFolder {
  public:
   explicit RootFolder(std::string path) : path_(std::move(path)), temporary_(path_.empty()) {}

@@ -3,8 +3,8 @@
 #include <cstdint>
 
 /// The library's dates: a `double` that counts days from 30 December 1899, the time of day as fraction.
-/// Before that day the fraction still counts forward in size: -1.25 is 29 December 1899, 06:00.
-/// This is the only place that knows how they are put together and taken apart.
+/// Before that day the fraction still counts forward in size: -1.25 is 29 December 1899, 06:00. Only these
+/// functions know how a date is composed.
 namespace hy_wristlog {
 
 /// The date that means "unknown".
@@ -29,7 +29,7 @@ double dateSerial(std::int32_t year, std::int32_t month, std::int32_t day);
 /// above 1.
 double timeSerial(std::int32_t hour, std::int32_t minute, std::int32_t second);
 
-/// Puts a time of day (a fraction, which may lie outside 0 to 1) onto a date, correct before 1899 too.
+/// Adds a time of day (a fraction, also outside 0 to 1) to a date, correctly before 1899 too.
 double addTime(double date, double time);
 
 /// Fields carry as in `dateSerial` and `timeSerial`, years stand as they are; milliseconds are left out,

@@ -15,9 +15,9 @@ std::int16_t roundToInt16(double value);
 std::int32_t roundToInt32(double value);
 std::int64_t roundToInt64(double value);
 
-/// The number that a whole text stands for, none when it is not numeric: blanks around it, a sign before or
-/// after it, one decimal point, thousands separators before it, an exponent with E or D; or "&H" or "&O" and
-/// up to 32 bits, in two's complement.
+/// The number that the whole text stands for; none when it is not numeric. Accepted are blanks around it, a
+/// sign before or after it, one decimal point, thousands separators before it, an exponent with E or D; or
+/// "&H" or "&O" and up to 32 bits, in two's complement.
 std::optional<double> parseNumber(std::string_view text);
 bool isNumeric(std::string_view text);
 /// The same without thousands separators: in a file that people edit, a comma may be meant as a decimal one.

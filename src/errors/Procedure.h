@@ -147,7 +147,7 @@ class Procedure {
   std::unique_ptr<Failure> raised_;
 };
 
-/// Restores the error stack of a command at its end, whatever failed meanwhile.
+/// Restores the error stack of a command at its end, whatever has failed in between.
 class ErrorStackKept {
  public:
   ErrorStackKept();

@@ -21,8 +21,8 @@ class Class_Packet {
   /// Whether the frame last given to Let_Packet was sound.
   bool Get_IsValidPacket() const { return valid_; }
 
-  /// Takes a frame apart. A frame that is wrong in itself is no failure: IsValidPacket tells. Raises
-  /// WrongPacket when `frame` holds no array (its data() is null).
+  /// Reads a frame. A damaged frame is no failure: IsValidPacket tells. Raises WrongPacket when `frame` holds
+  /// no array (its data() is null).
   void Let_Packet(std::span<const std::uint8_t> frame);
   /// The frame of 133 or 1029 bytes; computes CRC. Raises WrongPacket without data or with a PacketSize other
   /// than 1, 2.

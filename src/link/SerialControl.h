@@ -84,7 +84,7 @@ class SerialControl {
   Mode inputMode_ = Mode::Text;
   std::int32_t inputLen_ = 0, rThreshold_ = 0, commEvent_ = 0;
   std::size_t inBufferSize_ = 1024;
-  std::string received_;  ///< the waiting bytes stand from taken_ on
+  std::string received_;  ///< the waiting bytes begin at taken_
   std::size_t taken_ = 0;
   std::string unsent_;
   bool arrived_ = false, overflowed_ = false;

@@ -163,7 +163,7 @@ class HY_WRISTLOG_API ZoneRecords {
 
 enum class LocaleItem : std::uint8_t { DecimalSeparator, LongDate, ShortDate, Time };
 
-/// Where things lie and who is working.
+/// Folders, variables and formats of the user, and the user's names.
 class HY_WRISTLOG_API Environment {
  public:
   virtual ~Environment() = default;
@@ -193,7 +193,7 @@ struct FileState {
 };
 
 /// A file that is being written. `finish` puts it whole in its place; without `finish` a former file stays
-/// unharmed. Members raise SystemError; after that the object is of no use.
+/// unchanged. Members raise SystemError; after that the object must not be used.
 class HY_WRISTLOG_API NewFile {
  public:
   NewFile() = default;
@@ -238,7 +238,7 @@ class HY_WRISTLOG_API Files {
   virtual std::string readUpTo(std::size_t most, const std::string& path) = 0;
   /// Begins a file that replaces the one at `path` when it is finished.
   virtual std::unique_ptr<NewFile> create(const std::string& path) = 0;
-  /// Replaces the file whole: after a failure the former file stands unharmed.
+  /// Replaces the file whole; after a failure the former file is unchanged.
   void write(const std::string& path, std::string_view content);
   /// False when there was no file.
   virtual bool remove(const std::string& path) = 0;
@@ -380,13 +380,13 @@ class HY_WRISTLOG_API Platform {
   WorldObjects objects_;
 };
 
-/// The calling thread's world: the machine itself unless another one was put in its place.
+/// The calling thread's world: the machine itself, unless `use` has set another one.
 HY_WRISTLOG_API Platform& current();
 /// The same, for those that must keep their world alive.
 HY_WRISTLOG_API std::shared_ptr<Platform> shareCurrent();
 
-/// Puts `world` in place of the calling thread's world; null brings the machine back. Returns the former
-/// world, null for the machine. What belonged to the former world stays with it.
+/// Makes `world` the calling thread's world; null brings the machine back. Returns the former world, null for
+/// the machine. What belonged to the former world stays with it.
 HY_WRISTLOG_API std::shared_ptr<Platform> use(std::shared_ptr<Platform> world);
 
 }  // namespace hy_wristlog::platform

@@ -59,9 +59,9 @@ class Class_Signature {
   /// list of accounts.
   static std::string fncGetDomainController();
 
-  /// Makes sure that the container has a usable key pair: a missing one is made, a damaged one is replaced
-  /// by a new one. False when the new pair cannot be made or stored, as where a home is missing or cannot be
-  /// written to. Keys that cannot be read, for want of permission, are never replaced.
+  /// Makes sure that the container has a usable key pair: a missing one is made, a damaged one is replaced by
+  /// a new one. False when the new pair cannot be made or stored, as where a home is missing or cannot be
+  /// written to. Keys that may not be read are never replaced.
   static bool fncCheckUserContainer(std::string_view containerName);
   /// The signature of the data with the container's key. Fault 5 when it has no usable pair, or the data are
   /// not UTF-8.

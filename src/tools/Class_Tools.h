@@ -33,8 +33,8 @@ class Class_Tools {
   /// one or two (0 to 255) and nothing otherwise; other texts are taken over. Fault 6 for a number beyond 32
   /// bits.
   static std::string fncConvertByteArrayToHexString(const GrowingArray<NumberOrText>& elements);
-  /// A 0-based array; for an odd length or a character that is no digit the invalid marker, one element at
-  /// index -1. Fault 9 for an empty text.
+  /// The bytes as a 0-based array. An odd length, or a character that is no digit, gives the mark of an
+  /// invalid text: one element at index -1. Fault 9 for an empty text.
   static GrowingArray<std::uint8_t> fncConvertHexStringToByteArray(std::string_view text);
   /// The text becomes upper case. 0 when it is empty or has a character that is no digit; from 80000000 on
   /// negative; fault 6 beyond 32 bits.

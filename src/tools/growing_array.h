@@ -29,7 +29,7 @@ class GrowingArray {
   T& operator[](std::int32_t index) { return elements_[offset(index)]; }
   const T& operator[](std::int32_t index) const { return elements_[offset(index)]; }
 
-  /// Makes the array anew. Fault 9 for an upper bound below the lower one.
+  /// Makes a new array of default elements. Fault 9 for an upper bound below the lower one.
   void redim(std::int32_t lower, std::int32_t upper) {
     const std::size_t size = sizeOf(lower, upper);
     elements_.assign(size, T{});

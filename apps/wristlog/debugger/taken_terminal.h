@@ -5,7 +5,7 @@
 
 namespace wristlog {
 
-/// Why there is no terminal to take.
+/// Thrown when there is no terminal to take; says why.
 struct NoTerminal {
   const char* Words;
 };

@@ -20,7 +20,7 @@ struct RowShape {
 
 inline constexpr double DayWidth = 432;
 
-/// A row for so many days: tall for a week, low for a year.
+/// The shape of a row in a picture of so many days: tall for a week, low for a year.
 RowShape rowShapeFor(std::size_t days);
 
 /// One day, from 0 to `DayWidth` and from 0 to the row's height, as SVG elements: one path for everything of

@@ -6,7 +6,7 @@
 
 namespace wristlog::picture {
 
-/// How high values stand in a row.
+/// How high in a row values are drawn.
 struct Scales {
   double Activity = 1, Steps = 1;  ///< the value at the top
   LightScale Light;
@@ -18,7 +18,8 @@ double robustMaximum(const RecordedDays& days, float Column::*series);
 
 Scales scalesOf(const RecordedDays& days, const LightScale& light);
 
-/// 0 to 1, from the bottom of a row to its top; NaN for no value. Values outside the scale stand at its ends.
+/// 0 to 1, from the bottom of a row to its top; NaN for no value. Values outside the scale are drawn at its
+/// ends.
 double linearShare(double value, double top);
 double logarithmicShare(double value, const LightScale& scale);
 

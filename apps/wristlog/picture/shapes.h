@@ -6,8 +6,8 @@
 
 namespace wristlog::picture {
 
-/// Small signs as path data; lengths are pixels of the picture. They stand between `y` and `y + size`,
-/// centred on `x`.
+/// Small signs as path data, between `y` and `y + size` and centred on `x`. Lengths are pixels of the
+/// picture.
 std::string markerShape(int button, double x, double y, double size);
 std::string signShape(Sign sign, double x, double y, double size);
 /// The class that colours a sign.

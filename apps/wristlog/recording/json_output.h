@@ -10,7 +10,7 @@
 
 namespace wristlog {
 
-/// The record's properties by their names in snake_case; the series are left out. A date stands as ISO 8601
+/// The record's properties by their names in snake_case; the series are left out. A date is given as ISO 8601
 /// in UTC, null when unknown, and as a day count under the same name with "_date".
 Json loggerJson(hy_wristlog::Class_VardenLogger& logger);
 /// The same of a Pendrel's record, with dates in the logger's local time: "2026-03-02", "09:01:00".

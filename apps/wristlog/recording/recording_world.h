@@ -6,9 +6,9 @@
 
 namespace wristlog {
 
-/// Changes the thread's world as long as this lives: its clock stands at one moment (a date, UTC) and local
-/// time is UTC, so that what is made of a recording does not depend on when it is made. Message boxes are
-/// shown on standard error.
+/// Changes the thread's world as long as this lives: its clock always shows one moment (a date, UTC) and
+/// local time is UTC, so that what is made of a recording does not depend on when it is made. Message boxes
+/// are shown on standard error.
 class RecordingWorld {
  public:
   /// How dates and numbers are written: the same everywhere ("2026-03-02 09:02:00"), or as the user's locale

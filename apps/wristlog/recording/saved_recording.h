@@ -11,7 +11,7 @@
 
 namespace wristlog {
 
-/// Where a saved recording lies: a folder with config.ini and raw.bin, or the two files.
+/// The place of a saved recording: a folder with config.ini and raw.bin, or the two files.
 struct RecordingPlace {
   std::string Folder, ConfigFile, RawFile;
   bool Unchecked = false;  ///< the bytes are taken even when they are not those of the configuration

@@ -109,7 +109,7 @@ bool signsAsItVerifies(EVP_PKEY* key) {
          EVP_PKEY_verify(verifier.get(), signature.data(), size, digest.data(), digest.size()) == 1;
 }
 
-/// Null for what is no usable pair. Never asks for a pass phrase.
+/// The pair in a PEM text; null for an unusable one. Never asks for a pass phrase.
 OpensslKey pairFromText(const std::string& text) {
   const auto noPassPhrase = [](char*, int, int, void*) { return -1; };
   const Bio bio{BIO_new_mem_buf(text.data(), static_cast<int>(text.size()))};

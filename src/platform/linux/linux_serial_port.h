@@ -14,7 +14,7 @@ namespace hy_wristlog::platform {
 class LinuxSerialPort final : public SerialPort {
  public:
   /// Takes over an open, non-blocking terminal that this program alone holds; both output lines go low, the
-  /// settings are 9600,n,8,1 until others come. `name` stands in the descriptions of failures.
+  /// settings are 9600,n,8,1 until others come. `name` is the port's name in failures.
   LinuxSerialPort(Descriptor device, std::string name);
   LinuxSerialPort(const LinuxSerialPort&) = delete;
   LinuxSerialPort& operator=(const LinuxSerialPort&) = delete;

@@ -16,7 +16,7 @@ class LinuxSerialPorts final : public SerialPorts {
   Environment& environment_;
 };
 
-/// Opens the terminal at `path`; `name` stands in the descriptions of failures.
+/// Opens the terminal at `path`; `name` is its name in failures.
 std::unique_ptr<SerialPort> openSerialDevice(const std::string& path, const std::string& name);
 
 }  // namespace hy_wristlog::platform

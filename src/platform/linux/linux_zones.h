@@ -17,7 +17,7 @@ namespace hy_wristlog::platform {
 /// counts as Greenwich.
 class LinuxZones final : public ZoneRecords {
  public:
-  /// `etc` is where "localtime" and "timezone" lie.
+  /// `etc` is the folder of "localtime" and "timezone".
   explicit LinuxZones(std::string etc = "/etc");
 
   std::vector<std::string> keys() override;
