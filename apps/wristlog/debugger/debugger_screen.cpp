@@ -98,7 +98,7 @@ void DebuggerScreen::attend() {
 
 void DebuggerScreen::finish(std::string_view result) {
   running_ = false;
-  // A signal that stopped the workflow must not close the screen too, unless the user asked to leave.
+  // The Ctrl-C that stopped the workflow must not close the screen too; a request to terminate does.
   if (!TakenTerminal::askedToEnd()) TakenTerminal::forgetSignals();
   showState(result);
 }

@@ -36,7 +36,7 @@ class DebuggerScreen {
 
   /// Reads keys and paints, at most as often as a person can see. Cheap to call at any rate.
   void attend();
-  /// Shows that the workflow has ended, and returns when the user leaves.
+  /// Shows how the workflow has ended.
   void finish(std::string_view result);
   void stayUntilLeft();
 
