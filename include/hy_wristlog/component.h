@@ -8,35 +8,35 @@
 ///
 /// Interfaces, their identifiers and the layout of variants, strings, arrays and type descriptions are those
 /// of the binary component model that such hosts already speak; functions take the C calling convention of
-/// the platform. Text is UTF-16 in the machine's byte order. Memory that changes hands is the C library's:
-/// whoever receives a string, an array or a description frees it, with the functions at the end of this file
-/// or with `free`.
+/// the platform. Text is UTF-16 in the machine's byte order. Memory that changes hands was allocated with
+/// `malloc`: whoever receives a string, an array or a description frees it, with the functions at the end of
+/// this file or with `free`.
 ///
 /// An object belongs to the thread that made it, and so do its connection points and enumerators. `AddRef`
 /// and `Release` may come from any thread; every other call from another thread is answered with
 /// HY_RPC_E_WRONG_THREAD. When another thread releases the last reference, the object ends at the owner's
 /// next call into the library, or with the owner. Class factories and type information may be used by any
-/// thread. Null pointers are answered with HY_E_POINTER, calls on an object that has been released with
-/// HY_RPC_E_DISCONNECTED as long as its memory has not become another object's.
+/// thread. Null pointers are answered with HY_E_POINTER. Calls on a released object are answered with
+/// HY_RPC_E_DISCONNECTED until its memory is used for another object.
 ///
 /// Values. Numbers are converted to the type of a property or argument (to the nearest whole number, halves
 /// to even; HY_DISP_E_OVERFLOW when they do not fit), numeric text and truth values too; dates come as
 /// HY_VT_DATE, enumerations as HY_VT_I4. Text keeps NULs inside it; an unpaired surrogate becomes U+FFFD.
 /// Arrays are of HyVariant, from 0, HY_VT_EMPTY where nothing was stored; an array that was never filled is
-/// HY_VT_EMPTY, one that the recording has no values for has one empty element with both bounds -1. Objects
-/// as arguments must be of this library (HY_DISP_E_TYPEMISMATCH).
+/// HY_VT_EMPTY; one that the recording has no values for has one empty element with both bounds -1. Objects
+/// as arguments must be of this library; others are answered with HY_DISP_E_TYPEMISMATCH.
 ///
 /// Variables for results are passed by reference: HY_VT_BYREF | HY_VT_VARIANT, or HY_VT_BYREF with the
-/// argument's own type. They must be initialised, since what they hold is freed. What is passed by value
-/// instead gets no result. An object of `Class_Main` or a logger that is asked for a second workflow inside
-/// an event of the first one refuses with failure 5.
+/// argument's own type. They must be initialised, since the value that they hold is freed. An output that is
+/// passed by value is lost. An object of `Class_Main` or a logger that is asked for a second workflow inside
+/// an event of the first one refuses with the failure InvalidCall.
 ///
 /// Events. `Class_VardenLogger` and `Class_Pendrel` tell their own. A workflow makes its own logger, so an
 /// object of `Class_Main` has a connection point for HY_DIID_VARDEN_LOGGER_EVENTS too: its sinks hear every
-/// logger that the object works with, from the first moment of a workflow. A second one, for
-/// HY_DIID_HOST_EVENTS, lets a host live while a workflow waits: it is told to serve its own events, where it
-/// may ask for an abort, and how far a download has come. Inside any event `AbortComms` may be called, sinks
-/// connected and disconnected, and objects released.
+/// logger that the object works with, from the first moment of a workflow. A second connection point, for
+/// HY_DIID_HOST_EVENTS, tells the host while a workflow waits to serve its own events, where it may ask for
+/// an abort, and how far a download has come. Inside any event a host may call `AbortComms`, connect and
+/// disconnect sinks, and release objects.
 #ifndef HY_WRISTLOG_COMPONENT_H
 #define HY_WRISTLOG_COMPONENT_H
 
@@ -134,8 +134,8 @@ static const HyGuid HY_DIID_VARDEN_LOGGER_EVENTS = {
     0x02832944, 0x44d6, 0x455e, {0xa5, 0xc1, 0x9f, 0x2b, 0xf8, 0x7a, 0xa1, 0x53}};
 static const HyGuid HY_DIID_PENDREL_EVENTS = {
     0xaa92b71c, 0xe9b7, 0x43f1, {0xbd, 0x99, 0x92, 0xb3, 0xe9, 0xd7, 0xc2, 0x3d}};
-/// What an object of `Class_Main` asks of its host and tells it during a workflow: ServeEvents(),
-/// DownloadProgress(BytesSoFar, BytesExpected), where 0 expected bytes are an unknown number.
+/// The events of `Class_Main` for its host during a workflow: ServeEvents() and
+/// DownloadProgress(BytesSoFar, BytesExpected); BytesExpected is 0 when the number is not known.
 static const HyGuid HY_DIID_HOST_EVENTS = {
     0x5d0f3c6e, 0x27b4, 0x4f0a, {0x93, 0x61, 0x8a, 0x4c, 0xe2, 0x15, 0x70, 0xbd}};
 enum { HY_EVENT_SERVE_EVENTS = 1, HY_EVENT_DOWNLOAD_PROGRESS = 2 };
@@ -144,11 +144,11 @@ enum { HY_EVENT_SERVE_EVENTS = 1, HY_EVENT_DOWNLOAD_PROGRESS = 2 };
 /// ProgressText), AbortAcknowledged().
 enum { HY_EVENT_COMM_EVENT_ERROR = 1, HY_EVENT_COMM_PROGRESS = 2, HY_EVENT_ABORT_ACKNOWLEDGED = 3 };
 
-/// UTF-16 with a NUL behind it; four bytes in front of it hold its length in bytes, without the NUL. Null is
-/// the empty string.
+/// UTF-16 that ends with a NUL. The four bytes before the first character hold the length in bytes, without
+/// the NUL. A null pointer is the empty string.
 typedef uint16_t* HyString;
 
-/// A value's type; HY_VT_ARRAY and HY_VT_BYREF are added to another one.
+/// The type of a value. HY_VT_ARRAY and HY_VT_BYREF are flags that are added to another type.
 enum {
   HY_VT_EMPTY = 0,
   HY_VT_NULL = 1,
@@ -191,7 +191,7 @@ typedef struct HyArrayBound {
   int32_t lLbound;
 } HyArrayBound;
 
-/// An array; the library's own have one dimension and elements of type HyVariant.
+/// An array. The arrays that the library makes have one dimension and elements of type HyVariant.
 typedef struct HyArray {
   uint16_t cDims;
   uint16_t fFeatures;
@@ -201,7 +201,7 @@ typedef struct HyArray {
   HyArrayBound rgsabound[1];
 } HyArray;
 
-/// Bits of `fFeatures`: what the elements are.
+/// Bits of `fFeatures`: the type of the elements.
 enum { HY_FADF_BSTR = 0x100, HY_FADF_UNKNOWN = 0x200, HY_FADF_DISPATCH = 0x400, HY_FADF_VARIANT = 0x800 };
 
 typedef struct HyUnknown HyUnknown;
@@ -257,7 +257,7 @@ typedef struct HyVariant {
 
 HY_STATIC_ASSERT(sizeof(HyVariant) == 8 + 2 * sizeof(void*), "a variant is a type and two pointers' worth");
 
-/// The arguments of a call, the last one first; the named ones stand before the others.
+/// The arguments of a call: first the named ones, then the others, the last of these first.
 typedef struct HyDispParams {
   HyVariant* rgvarg;
   int32_t* rgdispidNamedArgs;
@@ -265,7 +265,7 @@ typedef struct HyDispParams {
   uint32_t cNamedArgs;
 } HyDispParams;
 
-/// How a call failed. The strings are the caller's to free.
+/// How a call failed. The caller frees the strings.
 typedef struct HyExcepInfo {
   uint16_t wCode;
   uint16_t wReserved;
@@ -278,7 +278,8 @@ typedef struct HyExcepInfo {
   HyResult scode;
 } HyExcepInfo;
 
-/// What `Invoke` is asked for. A host may ask for a call and a property at once.
+/// What `Invoke` is asked to do. A host that does not know whether a member is a method or a property may ask
+/// for both; when it asks for reading and something else, a property is read.
 enum {
   HY_DISPATCH_METHOD = 1,
   HY_DISPATCH_PROPERTYGET = 2,
@@ -286,7 +287,8 @@ enum {
   HY_DISPATCH_PROPERTYPUTREF = 8
 };
 
-/// The number of no member, and of the named argument that carries a property's new value.
+/// HY_DISPID_UNKNOWN stands for "no member". HY_DISPID_PROPERTYPUT names the argument that carries the new
+/// value of a property.
 enum { HY_DISPID_UNKNOWN = -1, HY_DISPID_PROPERTYPUT = -3 };
 
 // NOLINTBEGIN(bugprone-macro-parentheses)
@@ -318,7 +320,7 @@ typedef struct HyDispatchVtable {
   HY_UNKNOWN_MEMBERS(HyDispatch)
   HyResult (*GetTypeInfoCount)(HyDispatch* self, uint32_t* count);
   HyResult (*GetTypeInfo)(HyDispatch* self, uint32_t index, uint32_t locale, HyTypeInfo** typeInfo);
-  /// `names` are a member and then arguments of it; names that are not known get HY_DISPID_UNKNOWN.
+  /// `names` holds the name of a member and then names of its arguments. Unknown ones get HY_DISPID_UNKNOWN.
   HyResult (*GetIDsOfNames)(HyDispatch* self, const HyGuid* reserved, uint16_t** names, uint32_t count,
                             uint32_t locale, int32_t* ids);
   HyResult (*Invoke)(HyDispatch* self, int32_t member, const HyGuid* reserved, uint32_t locale,
@@ -352,7 +354,7 @@ typedef struct HyConnectionPointVtable {
   HY_UNKNOWN_MEMBERS(HyConnectionPoint)
   HyResult (*GetConnectionInterface)(HyConnectionPoint* self, HyGuid* interfaceId);
   HyResult (*GetConnectionPointContainer)(HyConnectionPoint* self, HyConnectionPointContainer** container);
-  /// The sink must have the event set's dispatch interface, or a plain one.
+  /// The sink must have the interface of the event set, or HY_IID_DISPATCH.
   HyResult (*Advise)(HyConnectionPoint* self, HyUnknown* sink, uint32_t* cookie);
   HyResult (*Unadvise)(HyConnectionPoint* self, uint32_t cookie);
   HyResult (*EnumConnections)(HyConnectionPoint* self, HyEnumConnections** connections);
@@ -393,8 +395,8 @@ struct HyProvideClassInfo {
   const HyProvideClassInfoVtable* lpVtbl;
 };
 
-/// The type of a value; behind HY_VT_PTR and HY_VT_SAFEARRAY the type that it leads to, behind
-/// HY_VT_USERDEFINED a reference for `GetRefTypeInfo`.
+/// The type of a value. With HY_VT_PTR and HY_VT_SAFEARRAY `lptdesc` is the type pointed to, with
+/// HY_VT_USERDEFINED `hreftype` is a reference for `GetRefTypeInfo`.
 typedef struct HyTypeDesc {
   union {
     struct HyTypeDesc* lptdesc;
@@ -478,14 +480,14 @@ typedef struct HyTypeInfoVtable {
   HyResult (*GetTypeComp)(HyTypeInfo* self, void** comp);
   HyResult (*GetFuncDesc)(HyTypeInfo* self, uint32_t index, HyFuncDesc** description);
   HyResult (*GetVarDesc)(HyTypeInfo* self, uint32_t index, void** description);
-  /// The member's name and then those of its arguments.
+  /// The name of the member and then the names of its arguments.
   HyResult (*GetNames)(HyTypeInfo* self, int32_t member, HyString* names, uint32_t room, uint32_t* count);
   HyResult (*GetRefTypeOfImplType)(HyTypeInfo* self, uint32_t index, uint32_t* reference);
   HyResult (*GetImplTypeFlags)(HyTypeInfo* self, uint32_t index, int32_t* flags);
   HyResult (*GetIDsOfNames)(HyTypeInfo* self, uint16_t** names, uint32_t count, int32_t* ids);
   HyResult (*Invoke)(HyTypeInfo* self, void* instance, int32_t member, uint16_t flags, HyDispParams* params,
                      HyVariant* result, HyExcepInfo* exception, uint32_t* argumentInError);
-  /// Of a member, or with HY_DISPID_UNKNOWN of the type itself; each pointer may be null.
+  /// Describes a member, or with HY_DISPID_UNKNOWN the type itself. Each pointer may be null.
   HyResult (*GetDocumentation)(HyTypeInfo* self, int32_t member, HyString* name, HyString* text,
                                uint32_t* helpContext, HyString* helpFile);
   HyResult (*GetDllEntry)(HyTypeInfo* self, int32_t member, int32_t invkind, HyString* dll, HyString* name,
@@ -503,13 +505,13 @@ struct HyTypeInfo {
   const HyTypeInfoVtable* lpVtbl;
 };
 
-/// A class's factory. HY_CLASS_E_CLASSNOTAVAILABLE for a class that is not of this library.
+/// Gives the factory of a class; HY_CLASS_E_CLASSNOTAVAILABLE for a class that is not of this library.
 HY_COMPONENT_API HyResult DllGetClassObject(const HyGuid* classId, const HyGuid* interfaceId, void** object);
 /// HY_S_OK when no object and no lock is left, else HY_S_FALSE.
 HY_COMPONENT_API HyResult DllCanUnloadNow(void);
 /// Writes the classes and their names into the settings store of the calling thread's world.
 HY_COMPONENT_API HyResult DllRegisterServer(void);
-/// Takes back what DllRegisterServer wrote.
+/// Removes what DllRegisterServer wrote.
 HY_COMPONENT_API HyResult DllUnregisterServer(void);
 
 // NOLINTBEGIN(modernize-use-nullptr)

@@ -110,8 +110,8 @@ enum enmLowPowerShutdown : std::int32_t {
   LowPower_ShutdownNotOccurred = 2,
 };
 
-/// The verdict of decoding a recording. Everything but `Decode_InputError` leaves the data that were
-/// decoded before the problem.
+/// The verdict of decoding a recording. What was decoded before the problem is kept, except after
+/// `Decode_InputError`.
 enum enmDecodeResult : std::int32_t {
   Decode_OK = 0,
   Decode_ResetPOSTfailed = 1,
@@ -133,7 +133,7 @@ enum enmDecodeResult : std::int32_t {
   Decode_POSTcausedEventError = 17,
 };
 
-/// An element of a marker or wrist array. Elements that nothing was stored in are `Empty`.
+/// An element of a marker or wrist array. `Empty`: nothing was stored.
 enum class Tristate : std::int8_t { Empty = -1, False = 0, True = 1 };
 
 }  // namespace hy_wristlog

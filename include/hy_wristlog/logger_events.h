@@ -7,7 +7,8 @@
 
 namespace hy_wristlog {
 
-/// Receives a logger's events, on the thread that works with the logger. The texts may be changed.
+/// Receives a logger's events, on the thread that works with the logger. A receiver may change the texts:
+/// those after it get them changed.
 class HY_WRISTLOG_API LoggerEvents {
  public:
   virtual ~LoggerEvents() = default;

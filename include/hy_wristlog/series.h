@@ -8,13 +8,13 @@
 
 namespace hy_wristlog {
 
-/// Activity counts, one element an epoch. -1: no value; `EmptyActivity`: nothing was stored.
+/// Activity counts, one element for each epoch. -1: no value; `EmptyActivity`: nothing was stored.
 using ActivitySeries = std::vector<std::int32_t>;
 /// Lux, or microwatts per square centimetre for the colours. -1: no value; NaN: nothing was stored.
 using LightSeries = std::vector<float>;
-/// Markers are True or Empty; the wrist is True while the logger is off it.
+/// Markers: True or Empty. Wrist status: True while the logger is off the wrist.
 using TristateSeries = std::vector<Tristate>;
-/// Steps, one element an epoch. `EmptySteps`: nothing was stored.
+/// Steps, one element for each epoch. `EmptySteps`: nothing was stored.
 using StepsSeries = std::vector<std::int32_t>;
 
 inline constexpr std::int32_t EmptyActivity = std::numeric_limits<std::int32_t>::min();

@@ -4,13 +4,11 @@
 #include <string>
 #include <string_view>
 
-#include "hy_wristlog/api.h"
-
 namespace hy_wristlog {
 
 /// UTF-8 text without a limit to what is appended. Beyond `most` bytes only its beginning and its end are
 /// kept, and a line between them says how much was left out.
-class HY_WRISTLOG_API KeptText {
+class KeptText {
  public:
   explicit KeptText(std::size_t most) : most_(most) {}
 

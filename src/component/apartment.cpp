@@ -11,7 +11,8 @@ namespace {
 thread_local Apartment* present = nullptr;
 thread_local bool threadEnds = false;
 
-/// Ends with the thread, before the thread's world, which is made first for that.
+/// Closes the apartment when the thread ends. The constructor makes the thread's world first, so that this
+/// object is destroyed before the world that the components still need.
 struct Owner {
   Owner() {
     auto world = platform::use(nullptr);
@@ -57,7 +58,8 @@ void Apartment::end(Handle& handle) noexcept {
   handle.EndWaits = handle.Running != 0;
   if (handle.EndWaits) return;
   if (hasReleased_.load(std::memory_order_acquire)) {
-    // It may stand in the list, when it was found again after another thread had released it.
+    // The handle is still in the list if findObject took a new reference after another thread had released
+    // the last one.
     const std::lock_guard lock(mutex_);
     Handle** link = &released_;
     while (*link != nullptr && *link != &handle) link = &(*link)->Next;

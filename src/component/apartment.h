@@ -10,27 +10,28 @@
 
 namespace hy_wristlog::component {
 
-/// The components of one thread.
+/// The components of one thread, which alone may call them.
 class Apartment {
  public:
-  /// The calling thread's; made on first use. Refuses on a thread that is already ending.
+  /// The apartment of the calling thread, made on first use. Refuses on a thread that is already ending.
   static Apartment& here();
-  /// The same, null when there is none.
+  /// The apartment of the calling thread; null when it has none.
   static Apartment* hereIfAny();
   static std::shared_ptr<Apartment> shareHere();
 
   void add(Handle& handle);
-  /// On the own thread: the last reference has gone. Calls that are inside the component end first.
+  /// Ends a component without references, on its own thread; when calls are running inside it, the last of
+  /// them does.
   void end(Handle& handle) noexcept;
   std::uint32_t releaseFromElsewhere(Handle& handle) noexcept;
-  /// Ends what other threads have released.
+  /// Ends the components whose last reference another thread has given back.
   void collect() noexcept {
     if (hasReleased_.load(std::memory_order_acquire)) endReleased();
   }
-  /// The thread ends: components that are still held lose what is behind their handles.
+  /// Ends all components, because the thread ends. Handles that are still held stay, without content.
   void close() noexcept;
 
-  /// The component that stands for an object, with a reference more; null when there is none.
+  /// The component of an object, with a reference for the caller; null when there is none.
   Handle* findObject(const void* instance);
   void keepObject(const void* instance, Handle& handle) { objects_[instance] = &handle; }
   void forgetObject(const void* instance) { objects_.erase(instance); }
@@ -43,7 +44,7 @@ class Apartment {
   std::vector<Handle*> handles_;
   std::unordered_map<const void*, Handle*> objects_;
 
-  std::mutex mutex_;  ///< for what stands below
+  std::mutex mutex_;  ///< guards the members below
   Handle* released_ = nullptr;
   std::atomic<bool> hasReleased_ = false;
   bool closed_ = false;

@@ -15,7 +15,7 @@ void requireArrays(const HyDispParams& params) {
 }  // namespace
 
 void Arguments::place(const HyDispParams& params, std::uint32_t index, std::size_t parameter) {
-  inHand_ = index;
+  blamed_ = index;
   if (places_[parameter] >= 0) throw Refusal{HY_E_INVALIDARG};
   places_[parameter] = index;
   HyVariant& argument = params.rgvarg[index];
@@ -32,21 +32,21 @@ void Arguments::sort(const HyDispParams& params, const Member& member) {
   for (std::uint32_t i = params.cNamedArgs; i < params.cArgs; ++i) place(params, i, params.cArgs - 1 - i);
   for (std::uint32_t i = 0; i < params.cNamedArgs; ++i) {
     const std::int32_t number = params.rgdispidNamedArgs[i];
-    inHand_ = i;
+    blamed_ = i;
     if (number < 0 || static_cast<std::size_t>(number) >= count) throw Refusal{HY_DISP_E_PARAMNOTFOUND};
     place(params, i, static_cast<std::size_t>(number));
   }
   for (std::size_t i = 0; i < member.Required; ++i) {
-    inHand_ = places_[i];
+    blamed_ = places_[i];
     if (arguments_[i] == nullptr) throw Refusal{HY_DISP_E_PARAMNOTOPTIONAL};
   }
-  inHand_ = -1;
+  blamed_ = -1;
 }
 
 void Arguments::sortNewValue(const HyDispParams& params) {
   requireArrays(params);
   if (params.cArgs != 1) throw Refusal{HY_DISP_E_BADPARAMCOUNT};
-  places_[0] = inHand_ = 0;
+  places_[0] = blamed_ = 0;
   if (params.cNamedArgs != 1 || params.rgdispidNamedArgs[0] != HY_DISPID_PROPERTYPUT)
     throw Refusal{HY_DISP_E_PARAMNOTFOUND};
   if (isMissing(params.rgvarg[0])) throw Refusal{HY_DISP_E_PARAMNOTOPTIONAL};

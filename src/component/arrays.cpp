@@ -10,7 +10,7 @@
 namespace hy_wristlog::component {
 namespace {
 
-/// Far above any recording.
+/// Far more than any recording has.
 constexpr std::uint32_t MostElements = 1U << 26;
 
 void store(HyVariant& to, std::int32_t element) {

@@ -3,10 +3,10 @@
 #include "hy_wristlog/component.h"
 #include "hy_wristlog/series.h"
 
-/// Series as arrays of variants. What a series has no value for is HY_VT_EMPTY.
+/// Series as arrays of variants. An element that a series has no value for is HY_VT_EMPTY.
 namespace hy_wristlog::component {
 
-/// The caller's to free; raises bad_alloc.
+/// The caller frees the array. Raises bad_alloc.
 HyArray* newArray(const std::vector<std::int32_t>& series);
 HyArray* newArray(const LightSeries& series);
 HyArray* newArray(const TristateSeries& series);
@@ -17,8 +17,8 @@ inline bool isEmpty(std::int32_t element) { return element == EmptyActivity; }
 inline bool isEmpty(float element) { return element != element; }
 inline bool isEmpty(Tristate element) { return element == Tristate::Empty; }
 
-/// An array of one dimension whose elements are variants or have a plain type, or HY_VT_EMPTY for none. The
-/// lower bound does not matter. Takes what valueOf gives; refuses what is not such an array.
+/// Fills `series` from what valueOf gave: an array of one dimension with any lower bound, whose elements are
+/// variants or have a plain type; or HY_VT_EMPTY for an empty series. Refuses anything else.
 void takeSeries(const HyVariant& value, std::vector<std::int32_t>& series);
 void takeSeries(const HyVariant& value, LightSeries& series);
 void takeSeries(const HyVariant& value, TristateSeries& series);

@@ -19,7 +19,7 @@
 #include "component/strings.h"
 #include "component/variants.h"
 
-/// Operations made out of pointers to members: what a member is at the boundary follows from its C++ type.
+/// Makes operations out of pointers to members. The type of a value for hosts follows from its C++ type.
 namespace hy_wristlog::component {
 
 template <class T>
@@ -31,7 +31,7 @@ constexpr bool IsShared = false;
 template <class Class>
 constexpr bool IsShared<std::shared_ptr<Class>> = true;
 
-/// Every double of the classes is a date.
+/// A double is a date; the tables of properties are checked for it.
 template <class T>
 constexpr ValueType typeOf() {
   if constexpr (std::is_void_v<T>)
@@ -58,7 +58,7 @@ constexpr ValueType typeOf() {
   }
 }
 
-/// `to` holds nothing yet.
+/// Writes a value into a variant that owns nothing.
 template <class T>
 void put(HyVariant& to, const T& value) {
   if constexpr (IsShared<T>)
@@ -125,7 +125,7 @@ void read(void* instance, Arguments&, HyVariant& result) {
   auto& object = *static_cast<Class*>(instance);
   decltype(auto) value = (object.*Get)();
   if constexpr (IsSeries<Value>) {
-    const bool belowZero = isBelowZero(object, value);
+    const bool belowZero = isBelowZero<Get>(object, value);
     if (value.empty() && !belowZero) return;
     result.parray = belowZero ? newArrayBelowZero() : newArray(value);
     result.vt = HY_VT_ARRAY | HY_VT_VARIANT;
@@ -138,11 +138,12 @@ template <auto Let>
 void write(void* instance, Arguments& arguments, HyVariant&) {
   using Class = typename Signature<decltype(Let)>::Class;
   using Value = std::remove_cvref_t<std::tuple_element_t<0, typename Signature<decltype(Let)>::Given>>;
-  (static_cast<Class*>(instance)->*Let)(get<Value>(*arguments.take(0)));
+  (static_cast<Class*>(instance)->*Let)(get<Value>(*arguments.at(0)));
 }
 
-/// How one parameter of a method travels. By value and by constant reference in, by reference and by pointer
-/// out; an object that is only taken in comes by reference to its class.
+/// Converts one argument of a method on its way in (`arrive`, `pass`) and out (`leave`). A parameter by value
+/// or by constant reference is an input, one by reference or by pointer an output; a reference to one of the
+/// classes is an input too.
 template <class P>
 struct Travel {
   using Value = std::remove_cvref_t<P>;
@@ -166,7 +167,7 @@ struct TravelOut {
     try {
       Held = get<T>(*argument);
     } catch (const Refusal&) {
-      // What a variable held before does not matter when it only receives.
+      // The former value of a variable that only receives does not matter.
       if (way == Way::InOut || !(argument->vt & HY_VT_BYREF)) throw;
     }
   }
@@ -209,21 +210,29 @@ struct Calling<Method, std::index_sequence<I...>> {
   static void run(void* instance, Arguments& arguments, HyVariant& result) {
     auto& object = *static_cast<typename Shape::Class*>(instance);
     std::tuple<TravelOf<I>...> travels;
-    [[maybe_unused]] HyVariant* given[Shape::Count + 1] = {arguments.take(I)...};
-    (std::get<I>(travels).arrive((arguments.take(I), given[I]), arguments.wayOf(I)), ...);
+    (arrive<I>(std::get<I>(travels), arguments), ...);
     if constexpr (std::is_void_v<typename Shape::Result>)
       (object.*Method)(std::get<I>(travels).pass()...);
     else
       put<typename Shape::Result>(result, (object.*Method)(std::get<I>(travels).pass()...));
-    (std::get<I>(travels).leave(given[I]), ...);
+    (std::get<I>(travels).leave(arguments.at(I)), ...);
   }
 
-  /// With the names and ways of a table, which must fit the types.
+  /// The parameters of a table, which has no types, with the types of the method.
   static constexpr std::array<Parameter, Shape::Count> parameters(
       const std::array<Parameter, Shape::Count>& named) {
-    return {
-        {{named[I].Name, (named[I].Direction != Way::In) == TravelOf<I>::Out ? named[I].Direction : throw "",
-          typeOf<typename TravelOf<I>::Value>()}...}};
+    return {{{named[I].Name, named[I].Direction, typeOf<typename TravelOf<I>::Value>()}...}};
+  }
+  /// Whether the table calls exactly those parameters outputs that the method can write.
+  static constexpr bool waysFit(const std::array<Parameter, Shape::Count>& named) {
+    return (((named[I].Direction != Way::In) == TravelOf<I>::Out) && ...);
+  }
+
+ private:
+  template <std::size_t N>
+  static void arrive(TravelOf<N>& travel, Arguments& arguments) {
+    arguments.blame(N);
+    travel.arrive(arguments.at(N), arguments.wayOf(N));
   }
 };
 

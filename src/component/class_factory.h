@@ -4,7 +4,7 @@
 
 namespace hy_wristlog::component {
 
-/// Makes an object of a class for the calling thread.
+/// Makes an object of a class that belongs to the calling thread.
 HyResult createInstance(const ClassTable& table, HyUnknown* outer, const HyGuid* interfaceId,
                         void** object) noexcept;
 

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <string_view>
+
 #include "component/binding.h"
 #include "component/members.h"
 #include "hy_wristlog/Class_Main.h"
@@ -10,54 +13,38 @@
 namespace hy_wristlog::component {
 namespace {
 
+/// A property. Hosts get every double as a date (HY_VT_DATE), so a table may declare one only as Date.
+template <std::size_t Count>
+consteval Member property(const char* name, std::string_view type, const Operation (&operations)[Count]) {
+  if (type == "double") throw "the table declares a double that is not a Date";
+  Member member{name, {}};
+  std::copy_n(operations, Count, member.Operations);
+  return member;
+}
+
 constexpr Member Subject[] = {
 #define HY_STORED(Name, Type) \
-  {#Name, {reading<&Class_Subject::Get_##Name>(), writing<&Class_Subject::Let_##Name>()}},
+  property(#Name, #Type, {reading<&Class_Subject::Get_##Name>(), writing<&Class_Subject::Let_##Name>()}),
 #define HY_TIDIED(Name, Type) HY_STORED(Name, Type)
-#define HY_COMPUTED(Name, Type) {#Name, {reading<&Class_Subject::Get_##Name>()}},
+#define HY_COMPUTED(Name, Type) property(#Name, #Type, {reading<&Class_Subject::Get_##Name>()}),
 #include "hy_wristlog/subject_properties.inc"
-#undef HY_STORED
-#undef HY_TIDIED
-#undef HY_COMPUTED
 };
 
 constexpr Member Pendrel[] = {
-#define HY_GetLet(Name) \
-  { reading<&Class_Pendrel::Get_##Name>(), writing<&Class_Pendrel::Let_##Name>() }
-#define HY_GetOnly(Name) \
-  { reading<&Class_Pendrel::Get_##Name>() }
-#define HY_STORED(Name, Type, Access) {#Name, HY_##Access(Name)},
-#define HY_COMPUTED(Name, Type) {#Name, HY_GetOnly(Name)},
+#define HY_GET(Name, Type) reading<&Class_Pendrel::Get_##Name>(),
+#define HY_LET(Name, Type) writing<&Class_Pendrel::Let_##Name>(),
+#define HY_STORED(Name, Type, Access) property(#Name, #Type, {HY_ACCESS(Access, Name, Type)}),
+#define HY_COMPUTED(Name, Type) property(#Name, #Type, {HY_GET(Name, Type)}),
 #include "hy_wristlog/pendrel_properties.inc"
-#undef HY_GetLet
-#undef HY_GetOnly
-#undef HY_STORED
-#undef HY_COMPUTED
 };
 
-#define HY_CALL(Class, Name) \
-  { calling<&Class::Name>() }
-
 constexpr Member VardenLogger[] = {
-#define HY_GET(Name) (reading<&Class_VardenLogger::Get_##Name>())
-#define HY_LET(Name) (writing<&Class_VardenLogger::Let_##Name>())
-#define HY_GetLet(Name) \
-  { HY_GET(Name), HY_LET(Name) }
-#define HY_LetGet(Name) \
-  { HY_LET(Name), HY_GET(Name) }
-#define HY_GetOnly(Name) \
-  { HY_GET(Name) }
-#define HY_STORED(Name, Type, Access, Copy) {#Name, HY_##Access(Name)},
-#define HY_COMPUTED(Name, Type) {#Name, HY_GetOnly(Name)},
+#define HY_GET(Name, Type) reading<&Class_VardenLogger::Get_##Name>(),
+#define HY_LET(Name, Type) writing<&Class_VardenLogger::Let_##Name>(),
+#define HY_STORED(Name, Type, Access, Copy) property(#Name, #Type, {HY_ACCESS(Access, Name, Type)}),
+#define HY_COMPUTED(Name, Type) property(#Name, #Type, {HY_GET(Name, Type)}),
+#define HY_METHOD(Name) {#Name, {calling<&Class_VardenLogger::Name>()}, {}, 0, true},
 #include "hy_wristlog/varden_properties.inc"
-#undef HY_GET
-#undef HY_LET
-#undef HY_GetLet
-#undef HY_LetGet
-#undef HY_GetOnly
-#undef HY_STORED
-#undef HY_COMPUTED
-    {"subVardenConfigCRCreset", HY_CALL(Class_VardenLogger, subVardenConfigCRCreset), {}, 0, true},
 };
 
 constexpr bool fits(std::size_t required, std::size_t count) {
@@ -67,33 +54,21 @@ constexpr bool fits(std::size_t required, std::size_t count) {
 #define HY_IN(Name) {#Name, Way::In, {}},
 #define HY_OUT(Name) {#Name, Way::Out, {}},
 #define HY_IN_OUT(Name) {#Name, Way::InOut, {}},
-#define HY_PROPERTY(Name, Access)
 #define HY_METHOD(Name, Required, ...)                                                         \
   constexpr auto Name##Parameters = CallingOf<&Class_Main::Name>::parameters({{__VA_ARGS__}}); \
-  static_assert(fits(Required, Name##Parameters.size()));
-#define HY_WORKFLOW(Name, Required, ...) HY_METHOD(Name, Required, __VA_ARGS__)
+  static_assert(fits(Required, Name##Parameters.size()));                                      \
+  static_assert(CallingOf<&Class_Main::Name>::waysFit(Name##Parameters));
 #include "hy_wristlog/main_members.inc"
-#undef HY_IN
-#undef HY_OUT
-#undef HY_IN_OUT
-#undef HY_PROPERTY
-#undef HY_METHOD
-#undef HY_WORKFLOW
 
 constexpr Member Main[] = {
-#define HY_GetLet(Name) \
-  { reading<&Class_Main::Get_##Name>(), writing<&Class_Main::Let_##Name>() }
-#define HY_GetOnly(Name) \
-  { reading<&Class_Main::Get_##Name>() }
-#define HY_PROPERTY(Name, Access) {#Name, HY_##Access(Name)},
-#define HY_METHOD(Name, Required, ...) {#Name, HY_CALL(Class_Main, Name), Name##Parameters, Required, false},
-#define HY_WORKFLOW(Name, Required, ...) {#Name, HY_CALL(Class_Main, Name), Name##Parameters, Required, true},
+#define HY_GET(Name) reading<&Class_Main::Get_##Name>(),
+#define HY_LET(Name) writing<&Class_Main::Let_##Name>(),
+#define HY_PROPERTY(Name, Access) {#Name, {HY_ACCESS(Access, Name)}},
+#define HY_METHOD(Name, Required, ...) \
+  {#Name, {calling<&Class_Main::Name>()}, Name##Parameters, Required, false},
+#define HY_WORKFLOW(Name, Required, ...) \
+  {#Name, {calling<&Class_Main::Name>()}, Name##Parameters, Required, true},
 #include "hy_wristlog/main_members.inc"
-#undef HY_GetLet
-#undef HY_GetOnly
-#undef HY_PROPERTY
-#undef HY_METHOD
-#undef HY_WORKFLOW
 };
 
 template <class Class>
@@ -111,10 +86,10 @@ void unsubscribe(void* instance, const std::shared_ptr<LoggerEvents>& listener) 
 }
 
 void follow(void* instance, const std::shared_ptr<LoggerEvents>& listener) {
-  static_cast<Class_Main*>(instance)->inside().follow(listener);
+  Inside::of(*static_cast<Class_Main*>(instance)).follow(listener);
 }
 void unfollow(void* instance, const std::shared_ptr<LoggerEvents>&) {
-  static_cast<Class_Main*>(instance)->inside().follow(nullptr);
+  Inside::of(*static_cast<Class_Main*>(instance)).follow(nullptr);
 }
 
 constexpr const HyGuid* MainPoints[] = {&HY_DIID_VARDEN_LOGGER_EVENTS, &HY_DIID_HOST_EVENTS};

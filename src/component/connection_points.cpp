@@ -10,7 +10,7 @@
 namespace hy_wristlog::component {
 namespace {
 
-/// The connection point of an object, which it keeps.
+/// A connection point. It keeps its object alive.
 class PointBody final : public Body {
  public:
   PointBody(Handle& container, const ObjectBody& object, std::size_t number)
@@ -21,7 +21,7 @@ class PointBody final : public Body {
     addReference(container);
   }
   ~PointBody() override {
-    // Another one may stand in its place, when another thread released this one.
+    // If another thread released this point, givePoint may already have made a new one in its place.
     auto* object = static_cast<ObjectBody*>(Container.Content.get());
     if (object != nullptr && object->Points[Number].Living == Self) object->Points[Number].Living = nullptr;
     release(Container);
@@ -123,7 +123,7 @@ constexpr HyConnectionPointVtable PointVtable{queryInterface<HyConnectionPoint>,
 
 HyConnectionPoint* givePoint(Handle& container, ObjectBody& object, std::size_t number) {
   Handle*& point = object.Points[number].Living;
-  // A point that another thread has just released is on its way out; it is not given again.
+  // A point without references was released by another thread and will end: a new one takes its place.
   if (point == nullptr || addReference(*point) == 0) {
     point = &makeHandle(std::make_unique<PointBody>(container, object, number), {&PointVtable});
     static_cast<PointBody&>(*point->Content).Self = point;

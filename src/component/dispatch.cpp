@@ -43,7 +43,7 @@ HyResult getIdsOfNames(HyDispatch* self, const HyGuid* reserved, std::uint16_t**
                        std::uint32_t, std::int32_t* ids) noexcept {
   return call<ObjectBody>(self, [&](const ObjectBody& object) {
     if (reserved != nullptr && !(*reserved == HY_GUID_NULL)) return HY_DISP_E_UNKNOWNINTERFACE;
-    return findNames(object.Table, names, count, ids);
+    return findNames(object.Table.Members, names, count, ids);
   });
 }
 
@@ -58,7 +58,7 @@ void describe(const Failure& failure, HyExcepInfo* exception) {
   exception->bstrSource = source.release();
 }
 
-/// An object inside a workflow; its host is asked to serve its events when others are served.
+/// Marks an object as being inside a workflow, and during that time asks its host to serve events.
 class Work final : platform::EventSource {
  public:
   explicit Work(ObjectBody& object) : object_(object) {
@@ -87,7 +87,7 @@ class Work final : platform::EventSource {
 
 HyResult perform(ObjectBody& object, std::int32_t number, std::uint16_t kinds, const HyDispParams& params,
                  Arguments& arguments, HyVariant& result) {
-  const Member* member = object.Table.find(number);
+  const Member* member = memberOf(object.Table.Members, number);
   if (member == nullptr) return HY_DISP_E_MEMBERNOTFOUND;
   if (kinds == 0 || (kinds & ~AllKinds) != 0) return HY_E_INVALIDARG;
   const Operation* operation = member->find(kinds);
@@ -114,8 +114,8 @@ HyResult invoke(HyDispatch* self, std::int32_t number, const HyGuid* reserved, s
     try {
       return perform(object, number, kinds, *params, arguments, value);
     } catch (const Refusal&) {
-      if (argumentInError != nullptr && arguments.atFault() >= 0)
-        *argumentInError = static_cast<std::uint32_t>(arguments.atFault());
+      if (argumentInError != nullptr && arguments.blamed() >= 0)
+        *argumentInError = static_cast<std::uint32_t>(arguments.blamed());
       throw;
     } catch (const Failure& failure) {
       describe(failure, exception);

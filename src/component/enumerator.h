@@ -11,7 +11,7 @@
 
 namespace hy_wristlog::component {
 
-/// What an enumerator and its clones go through. Has a reference to each item.
+/// The items of an enumerator and its clones, with a reference to each.
 template <class Items>
 struct Listed {
   Listed() = default;
@@ -23,7 +23,7 @@ struct Listed {
   std::vector<typename Items::Item> All;
 };
 
-/// An enumerator over what there was when it was made.
+/// An enumerator over the items that existed when it was made.
 template <class Interface, class Vtable, class Items>
 class Enumerator final : public Body {
  public:

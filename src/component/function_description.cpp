@@ -6,7 +6,7 @@
 namespace hy_wristlog::component {
 namespace {
 
-/// A description with room for its parameters and their types: a type leads over at most two pointers.
+/// A description with room for its parameters and their types. A type has at most `MostSteps` pointers.
 struct Block {
   static constexpr std::size_t MostSteps = 2;
 

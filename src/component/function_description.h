@@ -7,11 +7,11 @@
 
 namespace hy_wristlog::component {
 
-/// How many operations there are; a description counts through them in slot order.
+/// The number of operations. The index of a description counts them in slot order.
 std::size_t functionCount(std::span<const Member> members);
 
-/// One block of memory, to be given back with `free`; null past the last operation. `referenceOf` tells the
-/// reference of a class's interface. Raises bad_alloc.
+/// The description of an operation in one block of memory, which the caller frees with `free`; null past the
+/// last one. `referenceOf` gives the reference of the interface of a class. Raises bad_alloc.
 HyFuncDesc* newFunctionDescription(std::span<const Member> members, std::size_t index,
                                    std::uint32_t (*referenceOf)(const ClassTable&));
 

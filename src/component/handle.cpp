@@ -26,16 +26,16 @@ std::uint32_t release(Handle& handle) noexcept {
   return references - 1;
 }
 
-Hold::Hold(Handle& handle) noexcept : shell_(handle), holds_(addReference(handle) != 0) {
-  if (holds_) ++shell_.Running;
+Hold::Hold(Handle& handle) noexcept : handle_(handle), holds_(addReference(handle) != 0) {
+  if (holds_) ++handle_.Running;
 }
 
 Hold::~Hold() {
   if (!holds_) return;
-  if (--shell_.Running == 0 && shell_.EndWaits)
-    shell_.Home->end(shell_);
+  if (--handle_.Running == 0 && handle_.EndWaits)
+    handle_.Home->end(handle_);
   else
-    release(shell_);
+    release(handle_);
 }
 
 Handle& makeHandle(std::unique_ptr<Body> body, std::initializer_list<const void*> vtables) {

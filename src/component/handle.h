@@ -16,12 +16,12 @@ namespace hy_wristlog::component {
 class Apartment;
 struct Handle;
 
-/// What an interface pointer that is handed out points to.
+/// An interface of a component, as hosts point to it.
 struct Facet : HyUnknown {
   Handle* Owner = nullptr;
 };
 
-/// What a component is, behind its handle.
+/// The content of a component; its handle is what hosts hold.
 class Body {
  public:
   Body() = default;
@@ -32,8 +32,8 @@ class Body {
   virtual int facetOf(const HyGuid& interfaceId) const = 0;
 };
 
-/// A component as its users hold it: interfaces and a count of references. Memory of a handle is never given
-/// back while others are in use, so a call on a released component finds a count of 0 instead of freed
+/// A component as hosts hold it: interfaces and a count of references. The memory of a handle is not freed
+/// while other handles are in use, so that a call on a released component finds a count of 0 instead of freed
 /// memory.
 struct Handle {
   static constexpr std::size_t MostFacets = 3;
@@ -41,28 +41,29 @@ struct Handle {
   std::atomic<std::uint32_t> References = 0;
   std::array<Facet, MostFacets> Facets;
   std::shared_ptr<Apartment> Home;  ///< of the thread that it belongs to
-  std::unique_ptr<Body> Content;    ///< none once the component or its thread has ended
+  std::unique_ptr<Body> Content;    ///< null after the component or its thread has ended
   std::size_t Position = 0;         ///< among the handles of its home
   Handle* Next = nullptr;           ///< in the list of released ones
-  // For the own thread alone:
-  std::uint32_t Running = 0;  ///< calls that are inside the component
-  bool EndWaits = false;      ///< for the outermost of them: all references have gone
+  // Only used on the thread that the component belongs to:
+  std::uint32_t Running = 0;  ///< calls that are inside the component now
+  bool EndWaits = false;      ///< the last of these calls has to end the component
 
   HyUnknown* identity() { return Facets.data(); }
 };
 
-/// What another thread may do: nothing happens to a component that has been released.
+// These two may be called from any thread. They do nothing to a component that has been released.
 std::uint32_t addReference(Handle& handle) noexcept;
-/// Ends the component with its last reference, on its own thread.
+/// Giving back the last reference ends the component, on its own thread.
 std::uint32_t release(Handle& handle) noexcept;
 
-/// A new component with one reference, of the calling thread. The vtables stand in the order of its facets.
+/// A new component of the calling thread with one reference. `vtables` are in the order of its facets.
 Handle& makeHandle(std::unique_ptr<Body> body, std::initializer_list<const void*> vtables);
 
 /// HY_S_OK when the calling thread may call the component.
 HyResult enter(const Handle& handle);
 
-/// How many components, locks and references to factories and type descriptions there are.
+/// The number of components and of references to factories and type descriptions. The library must stay
+/// loaded unless it is 0.
 std::atomic<std::int64_t>& inUse();
 
 template <class Interface>
@@ -76,7 +77,7 @@ Interface* facetAs(Handle& handle, int facet) {
       static_cast<HyUnknown*>(&handle.Facets[static_cast<std::size_t>(facet)]));
 }
 
-/// Holds a component during a call on its own thread, also when its users give back more references than they
+/// Keeps a component alive during a call on its own thread, even if hosts give back more references than they
 /// have.
 class Hold {
  public:
@@ -84,15 +85,15 @@ class Hold {
   Hold(const Hold&) = delete;
   Hold& operator=(const Hold&) = delete;
   ~Hold();
-  /// False when the last reference has gone meanwhile.
+  /// False when the component was released before it could be held.
   explicit operator bool() const { return holds_; }
 
  private:
-  Handle& shell_;
+  Handle& handle_;
   const bool holds_;
 };
 
-/// Lets no exception out.
+/// Turns every exception into a result code.
 template <class Action>
 HyResult withoutThrowing(Action&& action) noexcept {
   try {
@@ -106,7 +107,7 @@ HyResult withoutThrowing(Action&& action) noexcept {
   }
 }
 
-/// One call from outside.
+/// Runs one call of a host, if the component still lives and belongs to the calling thread.
 template <class BodyType, class Interface, class Action>
 HyResult call(Interface* self, Action&& action) noexcept {
   if (self == nullptr) return HY_E_POINTER;
@@ -119,7 +120,7 @@ HyResult call(Interface* self, Action&& action) noexcept {
   });
 }
 
-/// The members that every interface begins with.
+// The first three members of every interface.
 template <class Interface>
 HyResult queryInterface(Interface* self, const HyGuid* interfaceId, void** object) noexcept {
   if (object == nullptr) return HY_E_POINTER;

@@ -9,7 +9,7 @@
 namespace hy_wristlog::component {
 namespace {
 
-/// So many released handles rest before one is used again.
+/// How many released handles wait before the oldest is used again. Until then calls on it are refused.
 constexpr std::size_t Resting = 4096;
 
 struct Pool {
@@ -22,7 +22,7 @@ struct Pool {
 
 Pool& pool() {
   static Pool* const made = new Pool;
-  // Shells that are in use when the library goes are left to those who use them.
+  // Handles that are still in use when the library is unloaded are left to those who use them.
   static const struct End {
     ~End() {
       if (inUse().load() == 0) delete made;

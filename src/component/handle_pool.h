@@ -4,7 +4,7 @@
 
 namespace hy_wristlog::component {
 
-/// A handle that nothing has used for a long while, or a new one.
+/// A handle that was released long ago, or a new one.
 Handle& takeHandle();
 void giveBackHandle(Handle& handle) noexcept;
 

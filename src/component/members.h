@@ -19,7 +19,7 @@ namespace hy_wristlog::component {
 class Arguments;
 struct ClassTable;
 
-/// The type of a value at the boundary; `Object` is the class of an object.
+/// The type of a value for hosts. For an object, `Object` is its class.
 struct ValueType {
   std::uint16_t Type = HY_VT_EMPTY;
   const ClassTable* Object = nullptr;
@@ -52,7 +52,8 @@ struct Member {
   std::size_t Required = 0;
   bool Workflow = false;  ///< does not run inside another one of the same object
 
-  /// What changes nothing goes first when there is a choice.
+  /// The operation of one of these kinds. If `kinds` has several, reading a property goes before the others,
+  /// since it changes nothing.
   const Operation* find(std::uint16_t kinds) const {
     if ((kinds & HY_DISPATCH_PROPERTYGET) && kinds != HY_DISPATCH_PROPERTYGET)
       if (const Operation* reads = find(HY_DISPATCH_PROPERTYGET)) return reads;
@@ -62,27 +63,28 @@ struct Member {
   }
 };
 
-/// Who hears the events of an object.
+/// The member with a number: its place, from 1. Null when there is none.
+inline const Member* memberOf(std::span<const Member> members, std::int32_t number) {
+  return number >= 1 && static_cast<std::size_t>(number) <= members.size()
+             ? &members[static_cast<std::size_t>(number) - 1]
+             : nullptr;
+}
+
+/// Makes `listener` hear the events of an object, or stops that.
 using Listen = void (*)(void* instance, const std::shared_ptr<LoggerEvents>& listener);
 
-/// A class at the boundary. The number of a member is its place, from 1.
+/// A class as hosts see it.
 struct ClassTable {
   const char* Name;
   const HyGuid& ClassId;
   const HyGuid& InterfaceId;
   std::span<const Member> Members;
   std::shared_ptr<void> (*Make)();
-  /// The event sets that it has connection points for. The first one tells a logger's events, the second one
-  /// asks the host to serve its own.
+  /// The event sets that its objects have connection points for: first the events of a logger, then the
+  /// events for the host.
   std::span<const HyGuid* const> Points;
-  bool DeclaresEvents;  ///< the first one as its own
+  bool DeclaresEvents;  ///< the type information lists the first set as the class's own
   Listen Subscribe, Unsubscribe;
-
-  const Member* find(std::int32_t number) const {
-    return number >= 1 && static_cast<std::size_t>(number) <= Members.size()
-               ? &Members[static_cast<std::size_t>(number) - 1]
-               : nullptr;
-  }
 };
 
 extern const ClassTable MainTable, VardenLoggerTable, PendrelTable, SubjectTable;

@@ -8,10 +8,9 @@
 
 namespace hy_wristlog::component {
 
-/// The numbers of a member and then of arguments of it. What `Members` holds has a Name and Parameters.
-template <class Members>
-HyResult findNamesAmong(const Members& members, std::uint16_t** names, std::uint32_t count,
-                        std::int32_t* ids) {
+/// Finds the number of the member `names[0]` and the numbers of its arguments, the other names.
+inline HyResult findNames(std::span<const Member> members, std::uint16_t** names, std::uint32_t count,
+                          std::int32_t* ids) {
   if (names == nullptr || ids == nullptr) return HY_E_POINTER;
   if (count == 0) return HY_E_INVALIDARG;
   for (std::uint32_t i = 0; i < count; ++i) {
@@ -31,11 +30,6 @@ HyResult findNamesAmong(const Members& members, std::uint16_t** names, std::uint
     return result;
   }
   return HY_DISP_E_UNKNOWNNAME;
-}
-
-inline HyResult findNames(const ClassTable& table, std::uint16_t** names, std::uint32_t count,
-                          std::int32_t* ids) {
-  return findNamesAmong(table.Members, names, count, ids);
 }
 
 }  // namespace hy_wristlog::component

@@ -25,17 +25,18 @@ class ObjectBody final : public Body {
     Handle* Living = nullptr;  ///< the connection point while it lives
   };
   std::vector<Point> Points;  ///< as in the table
-  bool Working = false;       ///< inside a workflow
+  bool Working = false;       ///< a workflow is running
 
  private:
   std::shared_ptr<LoggerEvents> listener_;
 };
 
-/// The component of an object, with a reference for the caller; null for none. An object has one component
-/// as long as that lives.
+/// The component of an object, with a reference for the caller; null for null. An object has one component at
+/// a time.
 HyDispatch* wrap(const ClassTable& table, const std::shared_ptr<void>& instance);
 
-/// The object behind an interface pointer, null for null. Refuses what is no object of that class.
+/// The object that an interface pointer belongs to; null for null. Refuses anything but an object of that
+/// class.
 std::shared_ptr<void> unwrap(const ClassTable& table, HyUnknown* object);
 
 }  // namespace hy_wristlog::component

@@ -21,7 +21,7 @@ bool canHold(std::uint16_t variable, std::uint16_t type) {
   }
 }
 
-/// The reference itself, when the argument is a variant that holds one.
+/// The reference that an argument holds: its own, or that of the variant that it refers to.
 const HyVariant& referenceOf(const HyVariant& argument) {
   const bool nested = argument.vt == (HY_VT_BYREF | HY_VT_VARIANT) && argument.pvarVal != nullptr &&
                       argument.pvarVal->vt & HY_VT_BYREF;
@@ -43,7 +43,7 @@ void assignVariable(const HyVariant& argument, HyVariant value) {
   const HyVariant& reference = referenceOf(argument);
   HyVariant former{};
   former.vt = static_cast<std::uint16_t>(reference.vt & ~HY_VT_BYREF);
-  // What was held is freed last, since that may run code of the host.
+  // The former value is freed last, because that may run code of the host.
   switch (former.vt) {
     case HY_VT_VARIANT:
       former = std::exchange(*reference.pvarVal, value);

@@ -8,8 +8,8 @@
 
 namespace hy_wristlog::component {
 
-/// An interface that is there as long as the library is, and counts its references only to say whether it is
-/// in use. Any thread may use it.
+/// An interface that lives as long as the library. It counts its references only to tell whether the library
+/// is in use. Any thread may use it.
 template <class Interface>
 struct Permanent : Interface {
   std::atomic<std::uint32_t> References = 0;

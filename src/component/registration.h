@@ -3,10 +3,10 @@
 namespace hy_wristlog::component {
 
 /// Writes each class into the settings store: under "CLSID\{...}" its name, "ProgID" and "InprocServer32"
-/// with the library's file and "ThreadingModel", under its name "CLSID". False when the store refuses, which
-/// then holds nothing of them.
+/// with the library's file and "ThreadingModel"; under its name "CLSID". False when the store refuses: then
+/// nothing of the classes stays in it.
 bool registerClasses();
-/// Takes it back, with keys that are empty then. False when the store refuses.
+/// Removes the classes again, and the keys above them that are empty then. False when the store refuses.
 bool unregisterClasses();
 
 }  // namespace hy_wristlog::component

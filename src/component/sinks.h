@@ -9,7 +9,8 @@
 
 namespace hy_wristlog::component {
 
-/// Who is connected to a connection point. Sinks may connect, disconnect and fail while they are told.
+/// The sinks that are connected to a connection point. While a sink is being told an event, it may connect
+/// and disconnect sinks, and may fail.
 class SinkList {
  public:
   SinkList() = default;
@@ -17,12 +18,12 @@ class SinkList {
   SinkList& operator=(const SinkList&) = delete;
   ~SinkList() { clear(); }
 
-  /// Takes over the reference of `sink`.
+  /// Takes over the caller's reference to `sink`. Returns the cookie of the connection.
   std::uint32_t connect(HyDispatch* sink);
-  /// False when nothing is connected under that number.
+  /// False when no connection has that cookie.
   bool disconnect(std::uint32_t cookie);
   void clear();
-  /// With a reference to each.
+  /// Each with a reference for the caller.
   std::vector<HyConnectData> connections() const;
 
   /// Calls an event on every sink; `arguments` stand last one first.
@@ -39,7 +40,8 @@ class SinkList {
   std::uint32_t lastCookie_ = 0;
 };
 
-/// Tells sinks what a logger tells, and `hostSinks`, unless null, how far its downloads have come.
+/// A listener that passes the events of a logger on to `sinks`, and the progress of its downloads to
+/// `hostSinks` unless that is null.
 std::shared_ptr<LoggerEvents> makeListener(const std::shared_ptr<SinkList>& sinks,
                                            const std::shared_ptr<SinkList>& hostSinks);
 

@@ -13,7 +13,8 @@ constexpr char32_t Replacement = 0xFFFD;
 /// Far above any text of the library, far below what would exhaust the machine.
 constexpr std::uint32_t MostUnits = 1U << 26;
 
-/// Takes one code point from the front. Of bytes that are not UTF-8 it takes what cannot belong to the next.
+/// Removes one code point from the front of `text`. Invalid bytes give U+FFFD; a byte that may begin the next
+/// code point is left.
 char32_t takeCodePoint(std::string_view& text) {
   const auto byteAt = [&](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
   const std::uint8_t lead = byteAt(0);

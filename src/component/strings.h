@@ -5,13 +5,13 @@
 
 #include "hy_wristlog/component.h"
 
-/// Text at the boundary: counted UTF-16 outside, UTF-8 inside. NULs are characters like others; what is not
-/// valid on one side becomes U+FFFD on the other.
+/// Text for hosts is counted UTF-16, text of the library UTF-8. NULs are characters like others; an invalid
+/// sequence becomes U+FFFD.
 namespace hy_wristlog::component {
 
-/// The caller's to free; raises bad_alloc.
+/// The caller frees the string. Raises bad_alloc.
 HyString newString(std::string_view utf8);
-/// Refuses lengths that no text has.
+/// Refuses a length that no text can have, which shows a bad pointer.
 std::string textOf(HyString string);
 /// Compares a NUL-terminated name, ignoring ASCII case.
 bool isName(const uint16_t* units, const char* name);

@@ -26,17 +26,17 @@ constexpr Member Events[] = {
 };
 
 struct Info : Permanent<HyTypeInfo> {
-  const char* Prefix = "";  ///< to the name
+  const char* Prefix = "";  ///< stands before Name
   const char* Name = nullptr;
   HyGuid Id{};
-  std::span<const Member> Members;    ///< of an interface or event set
-  const ClassTable* Class = nullptr;  ///< of a class
+  std::span<const Member> Members;    ///< of an interface or event set, otherwise empty
+  const ClassTable* Class = nullptr;  ///< null unless it describes a class
   /// References: of a class to its interface and event set, of these to the plain dispatch interface.
   std::uint32_t Parts[2]{}, PartCount = 0;
 };
 
-/// All there are; a reference to one is its place, from 1. Never taken down, since hosts may hold a
-/// description until the very end.
+/// All type descriptions. The reference of one is its place, from 1. They are never destroyed, because hosts
+/// may hold one until the process ends.
 struct Catalogue {
   Catalogue();
   Info All[3 * std::size(Classes)];
@@ -65,7 +65,7 @@ HyTypeInfo* given(Info& info) {
   return &info;
 }
 
-/// Class i's interface stands at 2 i + 1, the class behind it.
+/// The interface of class i has the reference 2 i + 1, the class itself the one after it.
 std::uint32_t interfaceReference(const ClassTable& table) {
   for (std::uint32_t i = 0; i < std::size(Classes); ++i)
     if (Classes[i] == &table) return 2 * i + 1;
@@ -76,12 +76,6 @@ template <class Action>
 HyResult withInfo(HyTypeInfo* self, Action&& action) noexcept {
   if (self == nullptr) return HY_E_POINTER;
   return withoutThrowing([&] { return static_cast<HyResult>(action(*static_cast<Info*>(self))); });
-}
-
-const Member* memberOf(const Info& info, std::int32_t number) {
-  return number >= 1 && static_cast<std::size_t>(number) <= info.Members.size()
-             ? &info.Members[static_cast<std::size_t>(number) - 1]
-             : nullptr;
 }
 
 HyResult getTypeAttr(HyTypeInfo* self, HyTypeAttr** attributes) noexcept {
@@ -132,7 +126,7 @@ HyResult getNames(HyTypeInfo* self, std::int32_t number, HyString* names, std::u
   if (names == nullptr || count == nullptr) return HY_E_POINTER;
   *count = 0;
   return withInfo(self, [&](const Info& info) {
-    const Member* member = memberOf(info, number);
+    const Member* member = memberOf(info.Members, number);
     if (member == nullptr) return HY_TYPE_E_ELEMENTNOTFOUND;
     try {
       for (; *count < room && *count <= member->Parameters.size(); ++*count)
@@ -169,7 +163,7 @@ HyResult getImplTypeFlags(HyTypeInfo* self, std::uint32_t index, std::int32_t* f
 
 HyResult getIdsOfNames(HyTypeInfo* self, std::uint16_t** names, std::uint32_t count,
                        std::int32_t* ids) noexcept {
-  return withInfo(self, [&](const Info& info) { return findNamesAmong(info.Members, names, count, ids); });
+  return withInfo(self, [&](const Info& info) { return findNames(info.Members, names, count, ids); });
 }
 
 HyResult invoke(HyTypeInfo* self, void* instance, std::int32_t number, std::uint16_t kinds,
@@ -177,7 +171,7 @@ HyResult invoke(HyTypeInfo* self, void* instance, std::int32_t number, std::uint
                 std::uint32_t* argumentInError) noexcept {
   if (instance == nullptr) return HY_E_POINTER;
   return withInfo(self, [&](const Info& info) {
-    if (memberOf(info, number) == nullptr) return HY_DISP_E_MEMBERNOTFOUND;
+    if (memberOf(info.Members, number) == nullptr) return HY_DISP_E_MEMBERNOTFOUND;
     auto* object = static_cast<HyDispatch*>(instance);
     return object->lpVtbl->Invoke(object, number, &HY_GUID_NULL, 0, kinds, params, result, exception,
                                   argumentInError);
@@ -191,7 +185,7 @@ HyResult getDocumentation(HyTypeInfo* self, std::int32_t number, HyString* name,
   if (helpContext != nullptr) *helpContext = 0;
   if (helpFile != nullptr) *helpFile = nullptr;
   return withInfo(self, [&](const Info& info) {
-    const Member* member = memberOf(info, number);
+    const Member* member = memberOf(info.Members, number);
     if (member == nullptr && number != HY_DISPID_UNKNOWN) return HY_TYPE_E_ELEMENTNOTFOUND;
     if (name != nullptr)
       *name = newString(member != nullptr ? member->Name : std::string(info.Prefix) + info.Name);

@@ -2,7 +2,7 @@
 
 #include "component/members.h"
 
-/// Descriptions of the classes for hosts, made from their tables. Each is given with a reference.
+/// Descriptions of the classes for hosts, made from their tables. Each has a reference for the caller.
 namespace hy_wristlog::component {
 
 HyTypeInfo* interfaceInfo(const ClassTable& table);

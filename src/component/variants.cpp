@@ -22,11 +22,11 @@ constexpr double CurrencyUnits = 10000;
 double numberOfText(const HyVariant& value) {
   const std::string text = textOf(value.bstrVal);
   if (const auto number = parseNumber(text)) return *number;
-  // Numeric, and too great for any number.
+  // A text that is numeric and yet no number is too large.
   refuse(isNumeric(text) ? HY_DISP_E_OVERFLOW : HY_DISP_E_TYPEMISMATCH);
 }
 
-/// None when the value is real.
+/// None when the value is not a whole number by its type.
 std::optional<std::int64_t> wholeNumber(const HyVariant& value) {
   switch (value.vt) {
     case HY_VT_EMPTY:

@@ -4,14 +4,13 @@
 #include <string>
 #include <vector>
 
-#include "hy_wristlog/api.h"
 #include "hy_wristlog/enumerations.h"
 
 /// The docks of this machine, whether a logger sits in them or not.
 namespace hy_wristlog::engineering {
 
 /// A dock of a model, as far as it can be seen without opening its port.
-struct HY_WRISTLOG_API DockView {
+struct DockView {
   enmLoggerPointer Model = LggrPntr_None;
   std::string Words;           ///< "Kestrin Vivid"
   std::int32_t Connected = 0;  ///< how many docks of the model there are
@@ -19,12 +18,12 @@ struct HY_WRISTLOG_API DockView {
 };
 
 /// One row a model. Raises the failures of the device search.
-HY_WRISTLOG_API std::vector<DockView> docks();
+std::vector<DockView> docks();
 
 /// The file in which docks are declared that the USB tree does not show. It need not exist.
-HY_WRISTLOG_API std::string declaredDocksFile();
+std::string declaredDocksFile();
 
 /// Why COM port `port` cannot be opened, and what to do about it; empty when it can be opened.
-HY_WRISTLOG_API std::string portTrouble(std::int32_t port);
+std::string portTrouble(std::int32_t port);
 
 }  // namespace hy_wristlog::engineering

@@ -9,6 +9,7 @@
 #include "base/ascii.h"
 
 #include "base/faults.h"
+#include "base/inside.h"
 #include "engineering/recording.h"
 #include "engineering/saved_recording.h"
 #include "errors/GlobalState.h"
@@ -163,7 +164,7 @@ std::string configHexFromIni(const std::string& path) {
 std::shared_ptr<Class_VardenLogger> loggerFromIni(const std::string& path) {
   const std::string hex = configHexFromIni(path);
   auto logger = naming(path, [&] { return loggerFromConfig(hex); });
-  std::string& firmware = logger->inside().record.FirmwareVersion;
+  std::string& firmware = Inside::of(*logger).record.FirmwareVersion;
   if (firmware.empty())
     firmware = IniFile(iniTextOf(path)).value(ReadOnlyConfigSection, "Firmware Version").value_or("");
   return logger;
@@ -184,7 +185,7 @@ std::vector<std::uint8_t> rawFromDump(const std::string& path) {
 }
 
 void setRawData(Class_VardenLogger& logger, std::vector<std::uint8_t> raw) {
-  VardenRecord& record = logger.inside().record;
+  VardenRecord& record = Inside::of(logger).record;
   record.BytesUsed = fault::narrow<std::int32_t>(raw.size());
   record.RawData = std::move(raw);
 }
@@ -235,32 +236,32 @@ void saveRawBytes(const std::vector<std::uint8_t>& raw, const std::string& named
 }
 
 void saveRawDump(Class_VardenLogger& logger, const std::string& path) {
-  writtenAnew(path, [&] { logger.inside().subSaveRawDataToFile(path); });
+  writtenAnew(path, [&] { Inside::of(logger).subSaveRawDataToFile(path); });
 }
 
 enmDecodeResult saveReport(Class_VardenLogger& logger, const std::string& path) {
-  writtenAnew(path, [&] { logger.inside().subSaveDecodedDataToFile(path); });
-  return logger.inside().record.DecodeResult;
+  writtenAnew(path, [&] { Inside::of(logger).subSaveDecodedDataToFile(path); });
+  return Inside::of(logger).record.DecodeResult;
 }
 
 void saveLightTest(Class_VardenLogger& logger, const std::string& path) {
-  const auto& raw = logger.inside().record.RawData;
+  const auto& raw = Inside::of(logger).record.RawData;
   if (raw && raw->size() < ShortestLightTest)
     throw Failure(NoLightTest, "engineering.saveLightTest",
                   "too short for a light test: " + std::to_string(raw->size()) + " bytes hold no reading");
-  writtenAnew(path, [&] { logger.inside().subSaveDecodedTolkaTestDataToFile(path); });
+  writtenAnew(path, [&] { Inside::of(logger).subSaveDecodedTolkaTestDataToFile(path); });
 }
 
 void saveActivityOnly(Class_VardenLogger& logger, const std::string& path) {
-  writtenAnew(path, [&] { logger.inside().subSaveActivityOnlyKRD(path); });
+  writtenAnew(path, [&] { Inside::of(logger).subSaveActivityOnlyKRD(path); });
 }
 
-ConfigItems configItems(const Class_VardenLogger& logger) { return configInWords(logger.inside().record); }
+ConfigItems configItems(const Class_VardenLogger& logger) { return configInWords(Inside::of(logger).record); }
 
 void saveConfigIni(Class_VardenLogger& logger, const std::string& path, const std::string& recordingIni) {
   const std::string recording = recordingIni.empty() ? std::string() : iniTextOf(recordingIni);
   restoring(path, [&] {
-    writtenAnew(path, [&] { logger.inside().subWriteConfigToINIfile(path); });
+    writtenAnew(path, [&] { Inside::of(logger).subWriteConfigToINIfile(path); });
     const std::string written = iniTextOf(path), native = nativePath(path);
     const std::string whole = withRecordingOf(recording, written);
     if (whole != written) withFileFaults(native, [&] { platform::current().files().write(native, whole); });
@@ -268,7 +269,7 @@ void saveConfigIni(Class_VardenLogger& logger, const std::string& path, const st
 }
 
 void saveConfigImage(Class_VardenLogger& logger, const std::string& path) {
-  writtenAnew(path, [&] { logger.inside().subWriteConfigToBINfile(path); });
+  writtenAnew(path, [&] { Inside::of(logger).subWriteConfigToBINfile(path); });
 }
 
 void saveConfigIniAndImage(Class_VardenLogger& logger, const std::string& ini, const std::string& image,
@@ -286,15 +287,15 @@ std::shared_ptr<Class_VardenLogger> withEditedConfig(const Class_VardenLogger& l
   const std::string content = iniTextOf(iniPath);
   IniFile::requireUtf8(content, iniPath);
   const IniFile file(content);
-  requireAllKeys(file, edited->inside().record, iniPath);
+  requireAllKeys(file, Inside::of(*edited).record, iniPath);
   naming(iniPath, [&] {
     anew([&] { checkEditedConfig(file); });
-    anew([&] { edited->inside().subReadConfigFromINIfile(iniPath); });
-    anew([&] { edited->inside().fncEncodeVardenLoggerConfig(); });
+    anew([&] { Inside::of(*edited).subReadConfigFromINIfile(iniPath); });
+    anew([&] { Inside::of(*edited).fncEncodeVardenLoggerConfig(); });
   });
-  const auto& sent = edited->inside().record.EncodedConfigBytes;
+  const auto& sent = Inside::of(*edited).record.EncodedConfigBytes;
   auto result = loggerFromConfig(hexOf(storedBlock(former, sent ? *sent : ByteArray())));
-  std::string& firmware = result->inside().record.FirmwareVersion;
+  std::string& firmware = Inside::of(*result).record.FirmwareVersion;
   if (firmware.empty()) firmware = logger.Get_FirmwareVersion();
   return result;
 }

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "hy_wristlog/Class_VardenLogger.h"
-#include "hy_wristlog/api.h"
 #include "hy_wristlog/enumerations.h"
 #include "hy_wristlog/failure.h"
 
@@ -44,63 +43,59 @@ std::string iniTextOf(const std::string& path);
 
 /// The config block kept in an INI file: the key "Raw Config Bytes" of its section "Configuration Bytes".
 /// Raises 53 when there is no such file, 75 when it cannot be read, OutOfRange when it holds no block.
-HY_WRISTLOG_API std::string configHexFromIni(const std::string& path);
+std::string configHexFromIni(const std::string& path);
 
 /// The logger as the config block in an INI file describes it. A block of version 1 holds no firmware
 /// version; it is then the one that the file tells. Raises what `configHexFromIni` does, and OutOfRange,
 /// UnknownStructure and DamagedConfig for a block that is none; the description names the file.
-HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> loggerFromIni(const std::string& path);
+std::shared_ptr<Class_VardenLogger> loggerFromIni(const std::string& path);
 
 /// A raw recording from a file: a raw data CSV, or else the bytes themselves. Raises 53 when there is no such
 /// file, 75 when it cannot be read or has more than 64 MiB, 13 or 6 for a CSV with a line that holds no byte
 /// or whose address is not the next one.
-HY_WRISTLOG_API std::vector<std::uint8_t> rawFromFile(const std::string& path);
+std::vector<std::uint8_t> rawFromFile(const std::string& path);
 /// The same, but raises 13 for a file that is no raw data CSV.
-HY_WRISTLOG_API std::vector<std::uint8_t> rawFromDump(const std::string& path);
+std::vector<std::uint8_t> rawFromDump(const std::string& path);
 
 /// Makes the bytes of a saved recording the logger's raw data, as if they had just been read.
-HY_WRISTLOG_API void setRawData(Class_VardenLogger& logger, std::vector<std::uint8_t> raw);
+void setRawData(Class_VardenLogger& logger, std::vector<std::uint8_t> raw);
 
 /// To be called before the work: raises 5 when the file is one of those that the command reads or writes
 /// besides, even if it may be overwritten; 58 when there is a file and it may not; 75 when something else, a
 /// link too, has its name; 61, 70, 75 or 76 when nothing can be written to its folder.
-HY_WRISTLOG_API void checkOutput(const std::string& path, bool overwrite,
-                                 const std::vector<std::string>& inputs = {});
+void checkOutput(const std::string& path, bool overwrite, const std::vector<std::string>& inputs = {});
 /// The same for `saveConfigIni`, which keeps the lines of an existing file: raises 75 for one that holds
 /// something but no section, or a NUL.
-HY_WRISTLOG_API void checkIniOutput(const std::string& path, bool overwrite,
-                                    const std::vector<std::string>& inputs = {});
+void checkIniOutput(const std::string& path, bool overwrite, const std::vector<std::string>& inputs = {});
 
-HY_WRISTLOG_API void saveRawBytes(const std::vector<std::uint8_t>& raw, const std::string& path);
+void saveRawBytes(const std::vector<std::uint8_t>& raw, const std::string& path);
 /// One byte a line with its address, behind the facts of the configuration.
-HY_WRISTLOG_API void saveRawDump(Class_VardenLogger& logger, const std::string& path);
+void saveRawDump(Class_VardenLogger& logger, const std::string& path);
 /// Decodes diagnostically and writes a row an epoch; tells result and low battery in message boxes. A report
 /// that fails behind its heading leaves that where no file stood. Raises what decoding raises.
-HY_WRISTLOG_API enmDecodeResult saveReport(Class_VardenLogger& logger, const std::string& path);
+enmDecodeResult saveReport(Class_VardenLogger& logger, const std::string& path);
 /// Raises NoLightTest for a recording that is no light test or holds no reading.
-HY_WRISTLOG_API void saveLightTest(Class_VardenLogger& logger, const std::string& path);
+void saveLightTest(Class_VardenLogger& logger, const std::string& path);
 /// The activity-only file, kind KRD. Raises OutOfRange without an activity calibration.
-HY_WRISTLOG_API void saveActivityOnly(Class_VardenLogger& logger, const std::string& path);
+void saveActivityOnly(Class_VardenLogger& logger, const std::string& path);
 
 /// Labels and values of the configuration, enumerations in words.
-HY_WRISTLOG_API std::vector<std::pair<std::string, std::string>> configItems(
-    const Class_VardenLogger& logger);
+std::vector<std::pair<std::string, std::string>> configItems(const Class_VardenLogger& logger);
 /// The configuration as an INI file that can be edited, with the block as it was read. Other lines of an
 /// existing file stay, but for what it tells of a recording: that is taken from the file `recordingIni`, none
 /// for an empty name.
-HY_WRISTLOG_API void saveConfigIni(Class_VardenLogger& logger, const std::string& path,
-                                   const std::string& recordingIni = {});
+void saveConfigIni(Class_VardenLogger& logger, const std::string& path, const std::string& recordingIni = {});
 /// The 256 bytes that would be sent to the logger. Raises OutOfRange and 6 for values that it cannot take.
-HY_WRISTLOG_API void saveConfigImage(Class_VardenLogger& logger, const std::string& path);
+void saveConfigImage(Class_VardenLogger& logger, const std::string& path);
 /// Both; when one fails, neither is left.
-HY_WRISTLOG_API void saveConfigIniAndImage(Class_VardenLogger& logger, const std::string& ini,
-                                           const std::string& image, const std::string& recordingIni = {});
+void saveConfigIniAndImage(Class_VardenLogger& logger, const std::string& ini, const std::string& image,
+                           const std::string& recordingIni = {});
 
 /// A logger with the configuration of `logger` and the edited values of an INI file, its config block as the
 /// logger would make it of them. Raises 53 and 75 for a file that cannot be read, OutOfRange for one that
 /// lacks values, 13, 6 and OutOfRange for values that are none or that a logger would keep as other ones; the
 /// description names the key.
-HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> withEditedConfig(const Class_VardenLogger& logger,
-                                                                     const std::string& iniPath);
+std::shared_ptr<Class_VardenLogger> withEditedConfig(const Class_VardenLogger& logger,
+                                                     const std::string& iniPath);
 
 }  // namespace hy_wristlog::engineering

@@ -5,6 +5,7 @@
 
 #include "base/ascii.h"
 #include "base/code_page.h"
+#include "base/inside.h"
 #include "hy_wristlog/failure.h"
 #include "start_up/start_up.h"
 #include "varden/VardenLogger.h"
@@ -41,22 +42,22 @@ std::shared_ptr<Class_VardenLogger> loggerFromConfig(std::string_view configHex)
   for (std::size_t i = 0; i < hex.size(); i += 2)
     bytes.push_back(static_cast<std::uint8_t>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
   auto logger = std::make_shared<Class_VardenLogger>();
-  logger->inside().subDecodeVardenLoggerConfig(packetsOf(bytes));
+  Inside::of(*logger).subDecodeVardenLoggerConfig(packetsOf(bytes));
   return logger;
 }
 
-void generateDataOverrun(Class_VardenLogger& logger) { logger.inside().link().cmdDataOverrun(); }
-void clearConsole(Class_VardenLogger& logger) { logger.inside().link().cmdClear(); }
+void generateDataOverrun(Class_VardenLogger& logger) { Inside::of(logger).link().cmdDataOverrun(); }
+void clearConsole(Class_VardenLogger& logger) { Inside::of(logger).link().cmdClear(); }
 
-const EventLog& events(const Class_VardenLogger& logger) { return logger.inside().record.EventArray; }
+const EventLog& events(const Class_VardenLogger& logger) { return Inside::of(logger).record.EventArray; }
 const TristateSeries& marker2(const Class_VardenLogger& logger) {
-  return logger.inside().record.Marker2Array;
+  return Inside::of(logger).record.Marker2Array;
 }
-std::int32_t marker2Count(const Class_VardenLogger& logger) { return logger.inside().record.Marker2Count; }
+std::int32_t marker2Count(const Class_VardenLogger& logger) { return Inside::of(logger).record.Marker2Count; }
 
-std::string rawConfigHex(const Class_VardenLogger& logger) { return logger.inside().record.RawConfigHex; }
+std::string rawConfigHex(const Class_VardenLogger& logger) { return Inside::of(logger).record.RawConfigHex; }
 
-std::string batteryWords(Class_VardenLogger& logger) { return logger.inside().fncFriendlyBatteryStatus(); }
+std::string batteryWords(Class_VardenLogger& logger) { return Inside::of(logger).fncFriendlyBatteryStatus(); }
 
 bool isStorable(std::string_view text, std::size_t characters) {
   const std::string inside = ansiTextFromUtf8(text);

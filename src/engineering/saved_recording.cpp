@@ -7,6 +7,7 @@
 
 #include "base/ascii.h"
 #include "base/faults.h"
+#include "base/inside.h"
 #include "engineering/dates.h"
 #include "engineering/files.h"
 #include "engineering/recording.h"
@@ -95,7 +96,7 @@ std::string blockOf(const IniFile& file) {
 }  // namespace
 
 std::int64_t SavedRecording::bytesInLogger() const {
-  return loggerFromConfig(blockOf(IniFile(Ini)))->inside().record.ConfigBlock.NextMemoryAddress;
+  return Inside::of(*loggerFromConfig(blockOf(IniFile(Ini)))).record.ConfigBlock.NextMemoryAddress;
 }
 
 std::optional<double> SavedRecording::retrievedAt() const { return dateOf(IniFile(Ini), Retrieved); }
@@ -121,14 +122,14 @@ std::string SavedRecording::mismatch() const {
 }
 
 SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBattery) {
-  const VardenRecord& record = retrieved.inside().record;
+  const VardenRecord& record = Inside::of(retrieved).record;
   SavedRecording saved;
   if (record.RawData) saved.Raw = *record.RawData;
   saved.Raw.insert(saved.Raw.end(), record.CutOffData.begin(), record.CutOffData.end());
   if (saved.Raw.empty()) return saved;
   const std::size_t held = record.ConfigBlock.NextMemoryAddress;
   // What fills the last packet up is none of the logger's.
-  if (saved.Raw.size() > held && saved.Raw.size() - held < retrieved.inside().lastPacketBytes())
+  if (saved.Raw.size() > held && saved.Raw.size() - held < Inside::of(retrieved).lastPacketBytes())
     saved.Raw.resize(held);
 
   IniFile file = blockAlone(record.RawConfigHex);
@@ -142,7 +143,7 @@ SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBatte
   put(file, Digest, digestOf(saved.Raw));
   if (record.LastTimeLoggerRead > 0) put(file, Retrieved, isoDate(record.LastTimeLoggerRead, "Z"));
   put(file, LowBattery, std::int64_t{lowBattery});
-  if (record.TimeZone && !loggerFromConfig(record.RawConfigHex)->inside().record.TimeZone)
+  if (record.TimeZone && !Inside::of(*loggerFromConfig(record.RawConfigHex)).record.TimeZone)
     put(file, ZoneTaken, record.TimeZone->KeyName);
   saved.Ini = file.content();
   return saved;
@@ -166,7 +167,7 @@ SavedRecording savedRecording(const std::string& iniFile, const std::string& raw
 std::shared_ptr<Class_VardenLogger> openRecording(const SavedRecording& recording) {
   const IniFile file(recording.Ini);
   auto logger = loggerFromConfig(blockOf(file));
-  VardenRecord& record = logger->inside().record;
+  VardenRecord& record = Inside::of(*logger).record;
   const auto retrieved = recording.retrievedAt();
   // What the logger itself has shown goes before its block.
   if (retrieved || record.FirmwareVersion.empty()) take(file, Firmware, record.FirmwareVersion);
@@ -184,7 +185,7 @@ std::shared_ptr<Class_VardenLogger> openRecording(const SavedRecording& recordin
 }
 
 enmDecodeResult decode(Class_VardenLogger& logger, bool diagnostic, bool& lowBatteryDetected) {
-  return logger.inside().fncDecodeDataArrays(lowBatteryDetected, std::nullopt, diagnostic);
+  return Inside::of(logger).fncDecodeDataArrays(lowBatteryDetected, std::nullopt, diagnostic);
 }
 
 std::string withRecordingOf(const std::string& from, const std::string& into) {

@@ -7,13 +7,12 @@
 #include <vector>
 
 #include "hy_wristlog/Class_VardenLogger.h"
-#include "hy_wristlog/api.h"
 #include "hy_wristlog/enumerations.h"
 
 /// A recording as its two files keep it, raw.bin and config.ini.
 namespace hy_wristlog::engineering {
 
-struct HY_WRISTLOG_API SavedRecording {
+struct SavedRecording {
   std::vector<std::uint8_t> Raw;
   /// The config block; what else was read of the logger, which the block may lack; and the section
   /// "Recording": the number of the bytes, their digest, and when they were retrieved.
@@ -32,18 +31,18 @@ struct HY_WRISTLOG_API SavedRecording {
 
 /// What a retrieval has brought. Every byte that came is in it, without the filling of the last packet; none
 /// when nothing came.
-HY_WRISTLOG_API SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBattery);
+SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBattery);
 
 /// From files; `rawFile` may be a raw data CSV. Raises what `loggerFromIni`, `rawFromFile` and
 /// `openRecording` raise, and OutOfRange for a recording without bytes.
-HY_WRISTLOG_API SavedRecording savedRecording(const std::string& iniFile, const std::string& rawFile);
+SavedRecording savedRecording(const std::string& iniFile, const std::string& rawFile);
 
 /// The logger with its configuration and raw data, not decoded. Raises what `loggerFromConfig` raises, and 13
 /// for a voltage or a time that is none.
-HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> openRecording(const SavedRecording& recording);
+std::shared_ptr<Class_VardenLogger> openRecording(const SavedRecording& recording);
 
 /// Decodes the logger's raw data. Raises what decoding raises: WrongDeviceType, OutOfRange, 9.
-HY_WRISTLOG_API enmDecodeResult decode(Class_VardenLogger& logger, bool diagnostic, bool& lowBatteryDetected);
+enmDecodeResult decode(Class_VardenLogger& logger, bool diagnostic, bool& lowBatteryDetected);
 
 /// What an INI file tells of a recording beside the config block, put into another one's text in the place of
 /// what that tells; nothing for an empty `from`.

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/dates.h"
+#include "base/inside.h"
 #include "start_up/start_up.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "varden/VardenLogger.h"
@@ -66,7 +67,7 @@ std::vector<ZoneView> zones() {
 }
 
 std::vector<OffsetPeriod> offsetPeriods(const Class_VardenLogger& logger, double fromUtc, double toUtc) {
-  const VardenRecord& record = logger.inside().record;
+  const VardenRecord& record = Inside::of(logger).record;
   if (!record.TimeZone) return {{fromUtc, record.GMToffset}};
   return offsetsOf(*record.TimeZone, record.AutoDSTadjust, fromUtc, toUtc);
 }
@@ -93,7 +94,7 @@ double localTime(const Class_VardenLogger& logger, double utc) {
 }
 
 std::string zoneName(const Class_VardenLogger& logger) {
-  const TimeZoneRef& zone = logger.inside().record.TimeZone;
+  const TimeZoneRef& zone = Inside::of(logger).record.TimeZone;
   return zone ? zone->DisplayName : std::string{};
 }
 

@@ -6,12 +6,11 @@
 
 #include "hy_wristlog/Class_Pendrel.h"
 #include "hy_wristlog/Class_VardenLogger.h"
-#include "hy_wristlog/api.h"
 
 /// The zone catalogue, and local time where a logger was worn.
 namespace hy_wristlog::engineering {
 
-struct HY_WRISTLOG_API ZoneView {
+struct ZoneView {
   std::string Abbreviation, Key, DisplayName, StandardName;
   std::int32_t Bias = 0;          ///< minutes from local time to UTC
   std::int32_t DaylightBias = 0;  ///< added in daylight time
@@ -22,30 +21,28 @@ struct HY_WRISTLOG_API ZoneView {
 };
 
 /// The zone catalogue in its order.
-HY_WRISTLOG_API std::vector<ZoneView> zones();
+std::vector<ZoneView> zones();
 
 /// How far the clocks where a logger was worn were ahead of UTC, from a moment on.
-struct HY_WRISTLOG_API OffsetPeriod {
+struct OffsetPeriod {
   double FromUtc = 0;
   std::int32_t Minutes = 0;
 };
 
 /// The offsets of the logger's zone from one moment to another: the first holds from `fromUtc` on, each later
 /// one from a change of the clocks on. Daylight time counts when the logger adjusts for it.
-HY_WRISTLOG_API std::vector<OffsetPeriod> offsetPeriods(const Class_VardenLogger& logger, double fromUtc,
-                                                        double toUtc);
+std::vector<OffsetPeriod> offsetPeriods(const Class_VardenLogger& logger, double fromUtc, double toUtc);
 
 /// The same for a Pendrel logger: its offset at its start, and the changes of the zone that it names, if that
 /// zone had the offset at that time.
-HY_WRISTLOG_API std::vector<OffsetPeriod> offsetPeriods(const Class_Pendrel& logger, double fromUtc,
-                                                        double toUtc);
+std::vector<OffsetPeriod> offsetPeriods(const Class_Pendrel& logger, double fromUtc, double toUtc);
 /// When the logger's recording started; the unknown date (-1) when it does not tell.
-HY_WRISTLOG_API double startUtc(const Class_Pendrel& logger);
+double startUtc(const Class_Pendrel& logger);
 
 /// A UTC date in the logger's zone, daylight time included when the logger adjusts for it.
-HY_WRISTLOG_API double localTime(const Class_VardenLogger& logger, double utc);
+double localTime(const Class_VardenLogger& logger, double utc);
 
 /// The name of the logger's zone; empty when it has none.
-HY_WRISTLOG_API std::string zoneName(const Class_VardenLogger& logger);
+std::string zoneName(const Class_VardenLogger& logger);
 
 }  // namespace hy_wristlog::engineering

@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "errors/Class_Error.h"
-#include "hy_wristlog/api.h"
 #include "hy_wristlog/failure.h"
 
 namespace hy_wristlog {
@@ -33,7 +32,7 @@ enum class ProcedureKind : std::uint8_t {
 
 /// Marks the duration of a command (a public workflow, or a command of a program) on its thread. A failure in
 /// that time that the dispatcher silences as the echo of an earlier command's still counts as a failure.
-class HY_WRISTLOG_API CommandUnderWay {
+class CommandUnderWay {
  public:
   CommandUnderWay();
   CommandUnderWay(const CommandUnderWay&) = delete;

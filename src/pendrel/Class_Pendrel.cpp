@@ -10,20 +10,13 @@ Class_Pendrel::Class_Pendrel() : inside_(std::make_unique<Pendrel>()) {}
 
 Class_Pendrel::~Class_Pendrel() = default;
 
-#define HY_ACCESS_GetLet(Name, Type)                                               \
-  HY_ACCESS_GetOnly(Name, Type) void Class_Pendrel::Let_##Name(View<Type> value) { \
-    inside_->record.Name = value;                                                  \
-  }
-#define HY_ACCESS_GetOnly(Name, Type) \
+#define HY_GET(Name, Type) \
   Class_Pendrel::View<Type> Class_Pendrel::Get_##Name() const { return inside_->record.Name; }
-#define HY_STORED(Name, Type, Access) HY_ACCESS_##Access(Name, Type)
+#define HY_LET(Name, Type) \
+  void Class_Pendrel::Let_##Name(View<Type> value) { inside_->record.Name = value; }
 #define HY_COMPUTED(Name, Type) \
   Type Class_Pendrel::Get_##Name() const { return inside_->Get_##Name(); }
 #include "hy_wristlog/pendrel_properties.inc"
-#undef HY_ACCESS_GetLet
-#undef HY_ACCESS_GetOnly
-#undef HY_STORED
-#undef HY_COMPUTED
 
 void Class_Pendrel::subscribe(std::shared_ptr<LoggerEvents> events) { inside_->subscribe(std::move(events)); }
 

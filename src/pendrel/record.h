@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "hy_wristlog/date.h"
 #include "hy_wristlog/enumerations.h"
 #include "hy_wristlog/series.h"
 
@@ -16,10 +17,7 @@ struct PendrelRecord {
   static constexpr std::int16_t BatteryDays = 180;                     ///< that a new battery lasts
 
 #define HY_STORED(Name, Type, Access) Type Name{};
-#define HY_COMPUTED(Name, Type)
 #include "hy_wristlog/pendrel_properties.inc"
-#undef HY_STORED
-#undef HY_COMPUTED
   std::int16_t ProgressPercent = 0;  ///< of a set-up being sent: 0, 25, 50, 75, 100
   std::string SetupText;             ///< the lines of the set-up answer as they came
   std::string SubjectInfo;           ///< 64 characters, one byte each

@@ -4,14 +4,12 @@
 #include <cstdint>
 #include <span>
 
-#include "hy_wristlog/api.h"
-
 namespace hy_wristlog::platform {
 
 using Sha256Digest = std::array<std::uint8_t, 32>;
 
 /// SHA-256 (FIPS 180-4). It is no part of `Platform`, since it is the same in every world. Raises
 /// SystemError.
-HY_WRISTLOG_API Sha256Digest sha256(std::span<const std::uint8_t> bytes);
+Sha256Digest sha256(std::span<const std::uint8_t> bytes);
 
 }  // namespace hy_wristlog::platform

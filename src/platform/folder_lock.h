@@ -9,7 +9,7 @@ namespace hy_wristlog::platform {
 
 /// Locks the folder for a change of one of its files. While somebody else holds it, waits some seconds of the
 /// thread's clock at most; then raises SystemError EBUSY.
-HY_WRISTLOG_API std::unique_ptr<FolderLock> lockFolder(Files& files, const std::string& folder);
+std::unique_ptr<FolderLock> lockFolder(Files& files, const std::string& folder);
 
 /// The folder that a file's path names; "." when it names none.
 std::string folderOf(const std::string& path);

@@ -6,12 +6,10 @@
 #include <string_view>
 #include <vector>
 
-#include "hy_wristlog/api.h"
-
 namespace hy_wristlog {
 
 /// Base64 with "=" padding (RFC 2045).
-class HY_WRISTLOG_API Class_Base64Class {
+class Class_Base64Class {
  public:
   /// The text, with CR LF after every 76 characters but not at its end.
   static std::string fncEncodeByteArray(std::span<const std::uint8_t> bytes);

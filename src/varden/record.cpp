@@ -19,13 +19,10 @@ VardenRecord VardenRecord::copy() const {
   VardenRecord result;
 #define HY_STORED(Name, Type, Access, Copy) \
   if constexpr (InCopy::Copy == InCopy::Copied) result.Name = Name;
-#define HY_COMPUTED(Name, Type)
-#define HY_MEMBER(Name, Type, Copy) HY_STORED(Name, Type, GetLet, Copy)
 #include "hy_wristlog/varden_properties.inc"
+#define HY_MEMBER(Name, Type, Copy) \
+  if constexpr (InCopy::Copy == InCopy::Copied) result.Name = Name;
 #include "varden/record_members.inc"
-#undef HY_STORED
-#undef HY_COMPUTED
-#undef HY_MEMBER
   return result;
 }
 

@@ -21,13 +21,9 @@ using ByteArray = std::vector<std::uint8_t>;
 /// port.
 struct VardenRecord {
 #define HY_STORED(Name, Type, Access, Copy) Type Name{};
-#define HY_COMPUTED(Name, Type)
 #include "hy_wristlog/varden_properties.inc"
 #define HY_MEMBER(Name, Type, Copy) Type Name{};
 #include "varden/record_members.inc"
-#undef HY_STORED
-#undef HY_COMPUTED
-#undef HY_MEMBER
 
   /// Seconds of an unread clock and volts of an unread battery are -1 in a new record.
   VardenRecord();

@@ -22,30 +22,30 @@ void MainState::makeActiveLogger() {
 
 Class_Main::Class_Main() {
   openLibrary();
-  state_ = std::make_unique<MainState>();
+  inside_ = std::make_unique<MainState>();
 }
 
 Class_Main::~Class_Main() = default;
 
-std::int16_t Class_Main::Get_MaxCommunicationRetries() const { return state_->MaxCommunicationRetries; }
-void Class_Main::Let_MaxCommunicationRetries(std::int16_t value) { state_->MaxCommunicationRetries = value; }
+std::int16_t Class_Main::Get_MaxCommunicationRetries() const { return inside_->MaxCommunicationRetries; }
+void Class_Main::Let_MaxCommunicationRetries(std::int16_t value) { inside_->MaxCommunicationRetries = value; }
 std::string Class_Main::Get_Version() const { return globals().VersionFull; }
-bool Class_Main::Get_LegacyClearMemoryOnConfigure() const { return state_->LegacyClearMemoryOnConfigure; }
+bool Class_Main::Get_LegacyClearMemoryOnConfigure() const { return inside_->LegacyClearMemoryOnConfigure; }
 void Class_Main::Let_LegacyClearMemoryOnConfigure(bool value) {
-  state_->LegacyClearMemoryOnConfigure = value;
+  inside_->LegacyClearMemoryOnConfigure = value;
 }
-std::int16_t Class_Main::Get_LegacyCOMport() const { return state_->LegacyCOMport; }
+std::int16_t Class_Main::Get_LegacyCOMport() const { return inside_->LegacyCOMport; }
 
-double Class_Main::LoggerSecondsToDate(std::int32_t LoggerSeconds1970) {
+Date Class_Main::LoggerSecondsToDate(std::int32_t LoggerSeconds1970) {
   Procedure procedure{"Class_Main", "LoggerSecondsToDate", ProcedureKind::Command};
   return procedure.run([&] { return VardenLogger::fncLoggerSecondsToDate(LoggerSeconds1970); });
 }
 
-std::int32_t Class_Main::DateToLoggerSeconds(double TheDate) {
+std::int32_t Class_Main::DateToLoggerSeconds(Date TheDate) {
   Procedure procedure{"Class_Main", "DateToLoggerSeconds", ProcedureKind::Command};
   return procedure.run([&] { return VardenLogger::fncDateToLoggerSeconds(TheDate); });
 }
 
-void Class_Main::AbortComms() { state_->AbortFlag = true; }
+void Class_Main::AbortComms() { inside_->AbortFlag = true; }
 
 }  // namespace hy_wristlog

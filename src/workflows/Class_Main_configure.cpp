@@ -279,7 +279,7 @@ std::int32_t Class_Main::Configure(enmLoggerPointer LoggerType, enmVardenLogging
                                    std::int32_t DataCollectionLocalEndTime, enmDateFormat DateFormat,
                                    enmTimeFormat TimeFormat, float* BatteryLifeRemaining,
                                    std::string* DeviceSerialNumber) {
-  const WorkMark mark(*state_);
+  const WorkMark mark(*inside_);
   if (!mark.mayBegin()) return fault::InvalidCall;
   const ConfigureRequest request{LoggerType,
                                  AcquisitionMode,
@@ -291,7 +291,7 @@ std::int32_t Class_Main::Configure(enmLoggerPointer LoggerType, enmVardenLogging
                                  DataCollectionLocalEndTime,
                                  DateFormat,
                                  TimeFormat};
-  return ConfigureWorkflow(*state_, request, Subject).run(BatteryLifeRemaining, DeviceSerialNumber);
+  return ConfigureWorkflow(*inside_, request, Subject).run(BatteryLifeRemaining, DeviceSerialNumber);
 }
 
 }  // namespace hy_wristlog

@@ -241,13 +241,13 @@ std::int32_t Class_Main::Retrieve(enmLoggerPointer LoggerType,
                                   std::shared_ptr<Class_Subject>& Subject, enmDecodeResult& DecodeResult,
                                   bool* LowBatteryDetected, std::string* /*XMLfilePath*/, bool IgnoreWarnings,
                                   bool /*ReconfigureAfterRetrieve*/, bool /*AppendData*/) {
-  const WorkMark mark(*state_);
+  const WorkMark mark(*inside_);
   if (!mark.mayBegin()) return fault::InvalidCall;
-  RetrieveWorkflow workflow(*state_, LoggerType, Subject, IgnoreWarnings);
+  RetrieveWorkflow workflow(*inside_, LoggerType, Subject, IgnoreWarnings);
   const std::int32_t code = workflow.run();
   if (workflow.decodeResult) DecodeResult = *workflow.decodeResult;
   if (LowBatteryDetected != nullptr) *LowBatteryDetected = workflow.lowBattery;
-  KestrinData = state_->ActiveLogger;
+  KestrinData = inside_->ActiveLogger;
   return code;
 }
 

@@ -245,7 +245,7 @@ class Inquiry final : private platform::EventSource {
 std::int32_t Class_Main::GetStatus(enmLoggerPointer LoggerType, std::string& SimpleStatus,
                                    std::string& LongStatus, std::shared_ptr<Class_VardenLogger>& KestrinData,
                                    std::shared_ptr<Class_Subject>& Subject, float* BatteryLifeRemaining) {
-  const WorkMark mark(*state_);
+  const WorkMark mark(*inside_);
   if (!mark.mayBegin()) return fault::InvalidCall;
   std::int32_t code = ReturnCode::Success;
   Procedure procedure{"Class_Main", "GetStatus", ProcedureKind::Command};
@@ -255,30 +255,30 @@ std::int32_t Class_Main::GetStatus(enmLoggerPointer LoggerType, std::string& Sim
     if (answer == TrapAnswer::Dispatch) code = failure.Number;
     return answer;
   });
-  procedure.cleanUp([&] { state_->logger().subCloseDevicePort(); });
+  procedure.cleanUp([&] { inside_->logger().subCloseDevicePort(); });
   procedure.run([&] {
-    state_->makeActiveLogger();
+    inside_->makeActiveLogger();
     const DockedModel* model = dockedModel(LoggerType);
     if (model == nullptr) {
       code = ReturnCode::WrongLogger;
       return;
     }
-    state_->AbortFlag = false;
-    VardenLogger& logger = state_->logger();
-    inquiry.emplace(procedure, *state_);
+    inside_->AbortFlag = false;
+    VardenLogger& logger = inside_->logger();
+    inquiry.emplace(procedure, *inside_);
     StatusTexts texts;
     const bool oneLogger = inquiry->ask(*model, texts);
     SimpleStatus = texts.Simple;
     LongStatus = texts.Long;
-    if (!oneLogger || state_->AbortFlag) return;
-    KestrinData = state_->ActiveLogger;
+    if (!oneLogger || inside_->AbortFlag) return;
+    KestrinData = inside_->ActiveLogger;
     if (BatteryLifeRemaining != nullptr && logger.Get_CTcompliant())
       *BatteryLifeRemaining = logger.Get_BattLifeRemaining();
     Subject = subjectOf(logger.record);
     code = ReturnCode::Success;
   });
-  if (state_->AbortFlag) {
-    state_->AbortFlag = false;
+  if (inside_->AbortFlag) {
+    inside_->AbortFlag = false;
     globals().emptyErrorStack();
     const StatusTexts texts = abortedTexts();
     SimpleStatus = texts.Simple;

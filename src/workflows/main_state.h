@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "base/dates.h"
+#include "base/inside.h"
 #include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/Class_Pendrel.h"
 #include "hy_wristlog/Class_VardenLogger.h"
@@ -26,8 +27,8 @@ struct MainState {
   std::int16_t MaxCommunicationRetries = 1;
   bool AtWork = false;  ///< inside Configure, GetStatus or Retrieve
 
-  VardenLogger& logger() { return ActiveLogger->inside(); }
-  Pendrel& pendrel() { return LegacyLogger->inside(); }
+  VardenLogger& logger() { return Inside::of(*ActiveLogger); }
+  Pendrel& pendrel() { return Inside::of(*LegacyLogger); }
   void follow(std::shared_ptr<LoggerEvents> follower);
   /// Puts a new logger in the place of the last one and shows it to the host.
   void makeActiveLogger();

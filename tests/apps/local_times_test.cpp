@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "base/dates.h"
+#include "base/inside.h"
 #include "engineering/dates.h"
 #include "engineering/zones.h"
 #include "timezones/Class_TimeZoneTools.h"
@@ -26,9 +27,9 @@ TEST(LocalTimes, OffsetsChangeAtTheMomentTheClocksDo) {
     SCOPED_TRACE(each.KeyName);
     Class_VardenLogger logger;
     for (const TimeZoneRef& zone : TimeZoneTools().Get_TimeZoneArray())
-      if (zone->KeyName == each.KeyName) logger.inside().record.TimeZone = zone;
-    ASSERT_TRUE(logger.inside().record.TimeZone);
-    logger.inside().record.AutoDSTadjust = each.Adjusts;
+      if (zone->KeyName == each.KeyName) Inside::of(logger).record.TimeZone = zone;
+    ASSERT_TRUE(Inside::of(logger).record.TimeZone);
+    Inside::of(logger).record.AutoDSTadjust = each.Adjusts;
     const auto periods =
         engineering::offsetPeriods(logger, dateSerial(2025, 1, 15), dateSerial(2025, 12, 15));
     Changes found;

@@ -7,6 +7,7 @@
 
 #include "base/dates.h"
 #include "base/formats.h"
+#include "base/inside.h"
 #include "hy_wristlog/host.h"
 #include "pendrel/Pendrel.h"
 #include "simulator/bench.h"
@@ -79,7 +80,7 @@ class Desk {
   }
 
   simulator::SimulatedPendrel& logger() const { return *bench.Logger; }
-  const PendrelRecord& read() const { return workflows.LegacyLogger()->inside().record; }
+  const PendrelRecord& read() const { return Inside::of(*workflows.LegacyLogger()).record; }
   bool portClosed() const { return !bench.Dock->isOpen(); }
   std::string settingsFile() const { return bench.World->rootFolder() + "/AppData/HY_Wristlog/Settings.INI"; }
   /// The letters of the commands that the logger heard.

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "base/formats.h"
+#include "base/inside.h"
 #include "base/numbers.h"
 #include "workflows/pendrel_desk.h"
 
@@ -181,7 +182,7 @@ std::string krc(Desk& desk, const std::string& name = "out.krc") {
 
 TEST(PendrelKrcFile, HoldsOneValueALine) {
   Desk desk(PendrelModel::Steps);
-  PendrelRecord& record = desk.workflows.LegacyLogger()->inside().record;
+  PendrelRecord& record = Inside::of(*desk.workflows.LegacyLogger()).record;
   record.SubjectInfo = "J\xFCrgen" + std::string(58, '.');
   record.StartDate = dateSerial(2026, 2, 7);
   record.StartTime = timeSerial(8, 5, 59);

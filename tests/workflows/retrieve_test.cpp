@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "base/inside.h"
 #include "workflows/workbench.h"
 
 namespace hy_wristlog::workbench {
@@ -162,7 +163,7 @@ TEST(Retrieve, WarningsThatAreIgnored) {
       if (code != 10028) continue;
       // The zone taken for the stranger's.
       EXPECT_EQ(desk->data->Get_TZstandardAbbrev().size(), 3U);
-      EXPECT_EQ(desk->data->inside().record.TZbias, desk->data->inside().record.TimeZone->Bias);
+      EXPECT_EQ(Inside::of(*desk->data).record.TZbias, Inside::of(*desk->data).record.TimeZone->Bias);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "base/inside.h"
 #include "workflows/workbench.h"
 
 namespace hy_wristlog::workbench {
@@ -90,7 +91,7 @@ TEST(RoundTrip, AZoneIsKnownAgainInTheNextYear) {
     Workbench february(LggrPntr_KRVivid, options);
     february.stored() = stored;
     EXPECT_EQ(february.status(), 0);
-    EXPECT_EQ(february.data->inside().record.TimeZone->Abbreviation, zone);
+    EXPECT_EQ(Inside::of(*february.data).record.TimeZone->Abbreviation, zone);
   }
 }
 

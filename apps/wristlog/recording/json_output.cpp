@@ -107,8 +107,6 @@ Json loggerJson(hw::Class_VardenLogger& logger) {
 #define HY_STORED(Name, Type, Access, Copy) put(object, snakeCase(#Name), logger.Get_##Name());
 #define HY_COMPUTED(Name, Type) putComputed(object, snakeCase(#Name), [&] { return logger.Get_##Name(); });
 #include "hy_wristlog/varden_properties.inc"
-#undef HY_STORED
-#undef HY_COMPUTED
   return object;
 }
 
@@ -118,8 +116,6 @@ Json loggerJson(hw::Class_Pendrel& logger) {
 #define HY_STORED(Name, Type, Access) putLocal(object, snakeCase(#Name), logger.Get_##Name());
 #define HY_COMPUTED(Name, Type) putComputed(object, snakeCase(#Name), [&] { return logger.Get_##Name(); });
 #include "hy_wristlog/pendrel_properties.inc"
-#undef HY_STORED
-#undef HY_COMPUTED
   return object;
 }
 

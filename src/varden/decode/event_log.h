@@ -8,13 +8,11 @@
 #include <span>
 #include <string>
 
-#include "hy_wristlog/api.h"
-
 namespace hy_wristlog {
 
 /// What a logger wrote between its samples, in order. There can be more than a million entries, so their
 /// texts are made when they are asked for.
-class HY_WRISTLOG_API EventLog {
+class EventLog {
  public:
   using DateText = std::function<std::string(double)>;
 

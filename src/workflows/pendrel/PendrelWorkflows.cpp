@@ -8,7 +8,7 @@ namespace hy_wristlog {
 
 using namespace FailureNumber;
 
-PendrelWorkflows::PendrelWorkflows(Class_Main& main) : state_(*main.state_) {}
+PendrelWorkflows::PendrelWorkflows(Class_Main& main) : state_(Inside::of(main)) {}
 
 const std::shared_ptr<Class_Pendrel>& PendrelWorkflows::LegacyLogger() const { return state_.LegacyLogger; }
 

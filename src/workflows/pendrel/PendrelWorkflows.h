@@ -9,7 +9,6 @@
 #include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/Class_Pendrel.h"
 #include "hy_wristlog/Class_Subject.h"
-#include "hy_wristlog/api.h"
 #include "hy_wristlog/enumerations.h"
 
 namespace hy_wristlog {
@@ -30,7 +29,7 @@ struct PendrelDetails {
 /// family (WrongLogger); this is the way to them for tests and the terminal program. Everything returns a
 /// code: 0, one of its own, or the number of the failure that ended it. `Class_Main::AbortComms` stops what
 /// talks to a logger at its next checkpoint, which may be a dozen seconds away, with Aborted.
-class HY_WRISTLOG_API PendrelWorkflows {
+class PendrelWorkflows {
  public:
   /// `main` must outlive this.
   explicit PendrelWorkflows(Class_Main& main);
