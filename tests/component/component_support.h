@@ -31,13 +31,11 @@ inline std::u16string wide(const std::string& ascii) { return {ascii.begin(), as
 inline HyString newString(const std::u16string& text) {
   return hyStringAllocate(reinterpret_cast<const uint16_t*>(text.data()), static_cast<uint32_t>(text.size()));
 }
-inline std::u16string wideOf(HyString string) {
-  return string == nullptr ? std::u16string{} : std::u16string(string, string + hyStringLength(string));
-}
+inline std::u16string wideOf(HyString string) { return {string, string + hyStringLength(string)}; }
+inline std::string narrow(HyString string) { return {string, string + hyStringLength(string)}; }
 inline std::string taken(HyString string) {
-  const std::u16string text = wideOf(string);
-  hyStringFree(string);
-  return {text.begin(), text.end()};
+  const std::unique_ptr<uint16_t, decltype(&hyStringFree)> own(string, hyStringFree);
+  return narrow(string);
 }
 
 /// Frees what it holds.
@@ -49,10 +47,7 @@ struct Value : HyVariant {
     return *this;
   }
   ~Value() { hyVariantClear(this); }
-  std::string text() const {
-    const std::u16string units = wideOf(bstrVal);
-    return vt == HY_VT_BSTR ? std::string(units.begin(), units.end()) : "not a text";
-  }
+  std::string text() const { return vt == HY_VT_BSTR ? narrow(bstrVal) : "not a text"; }
   const HyVariant& at(std::size_t index) const {
     return static_cast<const HyVariant*>(parray->pvData)[index];
   }
@@ -161,13 +156,11 @@ inline Outcome invoke(HyDispatch* object, int32_t id, int kinds, HyDispParams pa
 
 template <class... Arguments>
 Outcome callMethod(HyDispatch* object, const std::string& name, const Arguments&... given) {
-  std::vector<HyVariant> reversed{{given...}};
+  std::vector<HyVariant> reversed;
+  (reversed.push_back(given), ...);
   std::reverse(reversed.begin(), reversed.end());
   return invoke(object, idOf(object, name), HY_DISPATCH_METHOD | HY_DISPATCH_PROPERTYGET,
                 {reversed.data(), nullptr, static_cast<uint32_t>(reversed.size()), 0});
-}
-inline Outcome callMethod(HyDispatch* object, const std::string& name) {
-  return invoke(object, idOf(object, name), HY_DISPATCH_METHOD, {nullptr, nullptr, 0, 0});
 }
 inline Value get(HyDispatch* object, const std::string& name) {
   Outcome outcome = invoke(object, idOf(object, name), HY_DISPATCH_PROPERTYGET, {nullptr, nullptr, 0, 0});
@@ -222,10 +215,8 @@ class Sink : public HyDispatch {
            HyVariant*, HyExcepInfo*, uint32_t*) {
           Sink& sink = of(self);
           ++sink.Told[event];
-          if (params->cArgs > 0 && params->rgvarg[0].vt == (HY_VT_BYREF | HY_VT_BSTR)) {
-            const std::u16string units = wideOf(*params->rgvarg[0].pbstrVal);
-            sink.LastText.assign(units.begin(), units.end());
-          }
+          if (params->cArgs > 0 && params->rgvarg[0].vt == (HY_VT_BYREF | HY_VT_BSTR))
+            sink.LastText = narrow(*params->rgvarg[0].pbstrVal);
           return sink.Does ? sink.Does(event, *params) : HY_S_OK;
         }};
     return table;

@@ -97,7 +97,7 @@ class ExcepInfo(ctypes.Structure):
     ]
 
     def take(self) -> HyWristlogError:
-        """As an exception; what it owned is free."""
+        """The exception for it. Frees the strings."""
         number = self.scode - FAILURE_BASE
         if not 1 <= number <= MOST_FAILURE_NUMBER:
             number = ctypes.c_int32(self.scode).value
@@ -143,7 +143,7 @@ _TYPE_ERRORS = {
 
 
 def refuse(result: int, about: str = "the component") -> NoReturn:
-    """Raises what a result code below zero stands for; `about` says what was refused."""
+    """Raises the exception for a result code below zero; `about` says what was refused."""
     words = f"{about}: {_WORDS.get(result, 'the call was refused')} (0x{result:08X})"
     if result in _TYPE_ERRORS:
         raise TypeError(words)
@@ -218,7 +218,7 @@ class Connection(Interface):
         self.cookie = cookie.value
 
     def disconnect(self) -> None:
-        """On the thread of the object."""
+        """May be called on the thread of the object alone."""
         self.method(6, _UNADVISE)(self.address, self.cookie)
         self.close()
 
@@ -237,7 +237,7 @@ class Dispatch(Interface):
         return found
 
     def numbers(self, *names: str) -> List[int]:
-        """Of a member and then of its arguments."""
+        """The numbers of a member and of its arguments, by their names."""
         units = [new_units(name) for name in names]
         pointers = (_Pointer * len(names))(*map(ctypes.addressof, units))
         found = (ctypes.c_int32 * len(names))()
@@ -249,12 +249,12 @@ class Dispatch(Interface):
     def invoke(
         self, name: str, kinds: int, values: Sequence[Any], named: Sequence[Tuple[int, Any]] = ()
     ) -> Variant:
-        """One call; whatever it answers is the caller's to clear. Named arguments go by their numbers."""
+        """One call. The caller clears the answer. Named arguments are given by their numbers."""
         number = self.number(name)
         count = len(values) + len(named)
         arguments = (Variant * count)()
         given = Given()
-        # The last argument comes first, and the named ones stand before the others.
+        # First the named arguments, then the others, the last of these first.
         in_order = [value for _, value in named] + list(reversed(values))
         for place, value in enumerate(in_order):
             try:
@@ -292,7 +292,7 @@ class Dispatch(Interface):
 
 
 def create(class_id: Guid, numbers: Optional[Dict[str, int]] = None) -> Dispatch:
-    """A new object of a class, of the calling thread."""
+    """Makes an object of a class. It belongs to the calling thread."""
     found = _Pointer()
     get_class_object = _library.component().DllGetClassObject
     get_class_object.restype = _RESULT

@@ -33,7 +33,7 @@ def _checkout() -> Optional[pathlib.Path]:
 
 
 def _places() -> Iterator[str]:
-    """Where the library may lie, the best place first. Without a folder: where the system's loader looks."""
+    """Where the library may be, the best place first. A name without a folder: where the system's loader looks."""
     yield str(pathlib.Path(__file__).resolve().parent / _NAME)
     checkout = _checkout()
     if checkout is not None:

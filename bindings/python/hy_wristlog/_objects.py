@@ -50,7 +50,8 @@ def _park() -> None:
 
 @lru_cache(maxsize=None)
 def _watch_the_end() -> None:
-    # Not before the first object is there: its finalizer, which comes with it, must run behind this.
+    # Called after the first object was made: what is registered last runs first, and the finalizers of the objects
+    # must run after the daemons have stopped.
     atexit.register(_stop_daemons)
 
 
@@ -126,7 +127,7 @@ class EventSource(Object):
         try:
             if self._raised is None:
                 self._tell(event, values)
-        except BaseException as raised:  # noqa: B902 - raised again behind the call
+        except BaseException as raised:  # noqa: B902 - raised again after the call
             self._raised = raised
             self._ask_for_abort()
 
@@ -140,14 +141,14 @@ class EventSource(Object):
 
     @contextmanager
     def _working(self) -> Iterator[None]:
-        """A call during which events come. Within another one of the same object nothing is changed: the
-        component refuses it."""
+        """A call during which events come. The component refuses such a call inside another one of the same object,
+        which then goes on as before."""
         held = Dispatch(self._dispatch.query(IID_DISPATCH), self._numbers)
         outer, self._held = self._held, held
         former, self._raised = self._raised, None
         connections: List[Connection] = []
-        # Connected for the call alone: a sink that is left behind would be let go of when the thread or the
-        # interpreter is already ending, and no Python can run there.
+        # Connected for the call alone: the component would release a sink that stays connected while the thread or
+        # the interpreter is already ending, when no Python can run.
         try:
             with _under_way():
                 connections.extend(listen(self._dispatch, events, self) for events in self._events)

@@ -14,8 +14,8 @@ T = TypeVar("T")
 
 
 class Property(Generic[T]):
-    """One property. `give` makes a Python value of what the component answers, `take` what the component is
-    given; without `take` the property can only be read."""
+    """One property. `give` turns the component's answer into a Python value, `take` a Python value into one for the
+    component; without `take` the property can only be read."""
 
     def __init__(
         self, doc: str, give: Callable[[Variant], T], take: Optional[Callable[[Any], Any]] = None

@@ -24,13 +24,13 @@ _lock = threading.RLock()
 
 
 class Hearer(Protocol):
-    """Whoever is told of events. `hear` raises nothing."""
+    """Is told events. `hear` must raise nothing."""
 
     def hear(self, events: Guid, event: int, values: List[Any]) -> None: ...
 
 
 class _Sink(ctypes.Structure):
-    """What the library points to. It lives as long as somebody has a reference to it."""
+    """The component that the library points to. It lives as long as somebody has a reference to it."""
 
     _fields_ = [("lpVtbl", _Pointer)]
 

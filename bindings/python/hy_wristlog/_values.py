@@ -121,7 +121,7 @@ def take_text(address: Optional[int]) -> str:
 
 
 def new_units(text: str) -> Any:
-    """Text as a name is passed: UTF-16 with a NUL behind it."""
+    """Text as a name is passed: UTF-16 that ends with a NUL."""
     return ctypes.create_string_buffer(text.encode(_UTF16, "surrogatepass") + b"\0\0")
 
 

@@ -154,7 +154,7 @@ class Pendrel(Object):
     BatteryDate = Moment("When the battery was changed.", utc=False, writable=True, unknown=dates.UNKNOWN)
     SerialNumber = Text("Seven characters.", writable=True)
     FirmwareVersion = Whole("0 to 255.", writable=True)
-    BytesUsed = Whole("Recorded bytes behind the header; -1 unknown.", writable=True)
+    BytesUsed = Whole("Recorded bytes, without the header; -1 unknown.", writable=True)
     ActivityCalibration = Whole("Divisor of the activity scale.", writable=True)
     Samples = Whole("Decoded epochs.")
     Resets = Whole("-1 unknown.")
@@ -245,14 +245,13 @@ def _new_subject() -> Subject:
 
 
 class Main(Workflows):
-    """What a host drives: one docked logger at a time, configured, asked for its state, and retrieved.
+    """Works with one docked logger at a time: configures it, asks for its state, retrieves its recording.
 
-    The workflows run to their end on the calling thread and answer with a code: 0, or what
-    `docs/contract.md` lists; they do not raise for it. Callbacks can be set before a workflow: `on_progress`,
-    `on_error`, `on_abort`, `on_wait`, `on_download`; `AbortComms` may be called there. What is told by
-    `on_progress` are the steps of writing to a logger; `on_download` follows a retrieval. Ctrl-C in the main
-    thread, when Python handles it in its own way, asks for an abort, and KeyboardInterrupt is raised behind the
-    workflow.
+    The workflows run to their end on the calling thread and answer with a code: 0, or one that `docs/contract.md`
+    lists; they do not raise for it. Callbacks can be set before a workflow: `on_progress`, `on_error`, `on_abort`,
+    `on_wait`, `on_download`; each may call `AbortComms`. `on_progress` tells the steps of writing to a logger,
+    `on_download` the progress of a retrieval. Ctrl-C in the main thread asks for an abort if Python's own handler
+    is in place; KeyboardInterrupt is then raised after the workflow.
     """
 
     _class_id = _component.CLSID_MAIN
