@@ -9,6 +9,7 @@
 #include "hy_wristlog/failure.h"
 #include "start_up/start_up.h"
 #include "varden/VardenLogger.h"
+#include "workflows/subject_of.h"
 
 namespace hy_wristlog::engineering {
 namespace {
@@ -55,7 +56,11 @@ const TristateSeries& marker2(const Class_VardenLogger& logger) {
 }
 std::int32_t marker2Count(const Class_VardenLogger& logger) { return Inside::of(logger).record.Marker2Count; }
 
-std::string rawConfigHex(const Class_VardenLogger& logger) { return Inside::of(logger).record.RawConfigHex; }
+Class_Subject subjectOf(const Class_VardenLogger& logger) {
+  return hy_wristlog::subjectOf(logger.inside().record);
+}
+
+std::string rawConfigHex(const Class_VardenLogger& logger) { return logger.inside().record.RawConfigHex; }
 
 std::string batteryWords(Class_VardenLogger& logger) { return Inside::of(logger).fncFriendlyBatteryStatus(); }
 

@@ -7,9 +7,9 @@
 #include "base/faults.h"
 #include "errors/GlobalState.h"
 #include "timezones/Class_TimeZoneTools.h"
-#include "tools/Class_Tools.h"
 #include "workflows/attempts.h"
 #include "workflows/configure_times.h"
+#include "workflows/subject_of.h"
 
 namespace hy_wristlog {
 
@@ -61,12 +61,10 @@ class ConfigureWorkflow {
         request_(request),
         subject_(subject),
         model_(dockedModel(request.LoggerType)),
-        attempts_(state,
-                  {NoCharacters, NoFinalCharacter, WrongCharacters, NoInitiation, TransmitTooSlow,
-                   NoAcknowledgement, RetriesExceeded, NoEndAcknowledgement, NoPacket, PortStateFailure,
-                   ClosedWhileInUse, ControlBlockFailure, ReturnCode::VerificationFailed, DamagedConfig,
-                   DamagedAnswer, DockPortFailure},
-                  Attempts::NoCode) {}
+        attempts_(state, {NoCharacters, NoFinalCharacter, WrongCharacters, NoInitiation, TransmitTooSlow,
+                          NoAcknowledgement, RetriesExceeded, NoEndAcknowledgement, NoPacket,
+                          PortStateFailure, ClosedWhileInUse, ControlBlockFailure,
+                          ReturnCode::VerificationFailed, DamagedConfig, DamagedAnswer, DockPortFailure}) {}
 
   std::int32_t run(float* batteryLife, std::string* serialNumber) {
     attempts_.run([&] {
@@ -112,8 +110,7 @@ class ConfigureWorkflow {
     zone_ = request_.TimeZoneAbbrev.empty() ? TimeZoneTools().fncLocalTimeZoneName().Zone
                                             : TimeZoneTools().fncGetTZIfromAbbrev(request_.TimeZoneAbbrev);
     if (!zone_) return ReturnCode::UnknownZone;
-    // A zone that never changes its clocks leaves nothing to adjust, and could not be told apart when read
-    // back.
+    // A zone without daylight time leaves nothing to adjust, and is read back as not adjusting.
     daylight_ = request_.AutoDSTadjust && zone_->DaylightDate.wMonth > 0 && zone_->StandardDate.wMonth > 0;
 
     nowLocal_ = now();
@@ -135,16 +132,13 @@ class ConfigureWorkflow {
   double loggerNow() const { return setUtc_ + (now() - nowLocal_); }
 
   void attempt() {
-    if (!reachLogger(attempts_, state_, *model_)) return;
-    if (attempts_.aborted() || !checkLogger(attempts_, state_, *model_)) return;
-    if (attempts_.aborted() || !stopLogger()) return;
-    if (attempts_.aborted() || !setClock()) return;
-    if (attempts_.aborted() || !fitTimes()) return;
-    if (!attempts_.step([&] { buildConfiguration(); })) return;
-    if (attempts_.aborted() || !attempts_.step([&] { logger().subSendVardenConfig(); })) return;
-    if (attempts_.aborted() || !verify()) return;
-    finish();
+    using Self = ConfigureWorkflow;
+    constexpr bool (Self::*Steps[])() = {&Self::checkModel,        &Self::stopLogger,        &Self::setClock,
+                                         &Self::makeConfiguration, &Self::sendConfiguration, &Self::verify};
+    if (reachLogger(attempts_, state_, *model_) && attempts_.take(*this, Steps)) finish();
   }
+
+  bool checkModel() { return checkLogger(attempts_, state_, *model_); }
 
   bool stopLogger() {
     return attempts_.step([&] { logger().subSetVardenAcqStop(0); }) && !attempts_.aborted() &&
@@ -164,20 +158,22 @@ class ConfigureWorkflow {
            });
   }
 
-  bool fitTimes() {
-    return attempts_.step([&] {
-      TimeRequest times;
-      times.EpochLength = request_.EpochLength;
-      times.Zone = zone_.get();
-      times.Daylight = daylight_;
-      times.EarliestUtc = loggerNow();
-      if (request_.LocalStartTime != 0)
-        times.StartLocal = VardenLogger::fncLoggerSecondsToDate(request_.LocalStartTime);
-      if (request_.LocalEndTime != 0)
-        times.EndLocal = VardenLogger::fncLoggerSecondsToDate(request_.LocalEndTime);
-      const std::int32_t code = fitRecordingTimes(times, times_);
-      if (code != ReturnCode::Success) attempts_.endWith(code);
-    });
+  bool makeConfiguration() {
+    return attempts_.step([&] { fitTimes(); }) && attempts_.step([&] { buildConfiguration(); });
+  }
+
+  void fitTimes() {
+    TimeRequest times;
+    times.EpochLength = request_.EpochLength;
+    times.Zone = zone_.get();
+    times.Daylight = daylight_;
+    times.EarliestUtc = loggerNow();
+    if (request_.LocalStartTime != 0)
+      times.StartLocal = VardenLogger::fncLoggerSecondsToDate(request_.LocalStartTime);
+    if (request_.LocalEndTime != 0)
+      times.EndLocal = VardenLogger::fncLoggerSecondsToDate(request_.LocalEndTime);
+    const std::int32_t code = fitRecordingTimes(times, times_);
+    if (code != ReturnCode::Success) attempts_.endWith(code);
   }
 
   void buildConfiguration() {
@@ -191,7 +187,7 @@ class ConfigureWorkflow {
     wanted.EpochLength = fault::narrow<std::int16_t>(request_.EpochLength);
     wanted.DateFormat = request_.DateFormat;
     wanted.TimeFormat = request_.TimeFormat;
-    takeSubject(wanted);
+    putSubject(wanted, subject_);
     wanted.AcqThreshold = ConfiguredThreshold;
     wanted.DataAvailable = DataAvail_No;
     wanted.TZbias = zone_->Bias;
@@ -217,16 +213,8 @@ class ConfigureWorkflow {
     return cutToMinute(change);
   }
 
-  void takeSubject(VardenRecord& wanted) {
-    if (subject_.Get_Identity().empty()) subject_.Let_Identity(wanted.SerialNumber);
-    if (subject_.Get_GUID().empty()) subject_.Let_GUID(Tools().fncCreateGUID());
-    wanted.SubjectDOB = subject_.Get_DOB();
-    wanted.SubjectGender = subject_.Get_Gender();
-    wanted.SubjectGUID = subject_.Get_GUID();
-    wanted.SubjectHeight = subject_.Get_Height();
-    wanted.SubjectWeight = subject_.Get_Weight();
-    wanted.SubjectIdentity = subject_.Get_Identity();
-    wanted.SubjectInitials = subject_.Get_Initials();
+  bool sendConfiguration() {
+    return attempts_.step([&] { logger().subSendVardenConfig(); });
   }
 
   bool verify() {

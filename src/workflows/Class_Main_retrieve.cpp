@@ -9,6 +9,7 @@
 #include "timezones/Class_TimeZoneTools.h"
 #include "workflows/attempts.h"
 #include "workflows/configure_times.h"
+#include "workflows/subject_of.h"
 
 namespace hy_wristlog {
 
@@ -42,16 +43,13 @@ class RetrieveWorkflow {
   std::optional<enmDecodeResult> decodeResult;
 
   std::int32_t run() {
-    attempts_.run([&] {
+    return attempts_.run([&] {
       if (!prepared_) prepare();
       if (prepared_) attempt();
     });
-    return attempts_.code;
   }
 
  private:
-  using Step = bool (RetrieveWorkflow::*)();
-
   VardenLogger& logger() { return state_.logger(); }
   VardenRecord& record() { return state_.logger().record; }
 
@@ -68,18 +66,15 @@ class RetrieveWorkflow {
   }
 
   void attempt() {
-    constexpr Step Steps[] = {
-        &RetrieveWorkflow::checkModel,  &RetrieveWorkflow::checkBattery, &RetrieveWorkflow::checkEpoch,
-        &RetrieveWorkflow::takeSubject, &RetrieveWorkflow::checkZone,    &RetrieveWorkflow::checkState,
-        &RetrieveWorkflow::stopLogger,  &RetrieveWorkflow::settleZone,   &RetrieveWorkflow::readData,
-        &RetrieveWorkflow::decode,      &RetrieveWorkflow::writeStop,    &RetrieveWorkflow::clearDataFlag,
-        &RetrieveWorkflow::finish};
-    if (!reachLogger(attempts_, state_, *model_)) return;
-    for (const Step step : Steps)
-      if (attempts_.aborted() || !(this->*step)()) return;
+    using Self = RetrieveWorkflow;
+    constexpr bool (Self::*Steps[])() = {
+        &Self::checkModel, &Self::checkBattery,  &Self::checkEpoch, &Self::takeSubject, &Self::checkZone,
+        &Self::checkState, &Self::stopLogger,    &Self::settleZone, &Self::readData,    &Self::decode,
+        &Self::writeStop,  &Self::clearDataFlag, &Self::finish};
+    if (reachLogger(attempts_, state_, *model_)) attempts_.take(*this, Steps);
   }
 
-  /// False, and the workflow at its end, unless warnings are ignored.
+  /// Ends the workflow, and answers false, unless warnings are ignored.
   bool warn(std::int32_t code) {
     if (!ignoreWarnings_) return attempts_.endWith(code);
     attempts_.code = code;
@@ -109,13 +104,7 @@ class RetrieveWorkflow {
     if (!hasUsableSubject(record()) && !warn(ReturnCode::SubjectUnusable)) return false;
     return attempts_.step([&] {
       if (!subject_) fault::raise(fault::ObjectNotSet);
-      subject_->Let_DOB(record().SubjectDOB);
-      subject_->Let_Gender(record().SubjectGender);
-      subject_->Let_GUID(record().SubjectGUID);
-      subject_->Let_Height(record().SubjectHeight);
-      subject_->Let_Identity(record().SubjectIdentity);
-      subject_->Let_Initials(record().SubjectInitials);
-      subject_->Let_Weight(record().SubjectWeight);
+      *subject_ = subjectOf(record());
     });
   }
 
@@ -140,8 +129,8 @@ class RetrieveWorkflow {
     return true;
   }
 
-  /// The logger's zone must be known here under its abbreviation; a stranger's fields are filled from the
-  /// zone that is taken for it.
+  /// The zone of the logger must be the one that has its abbreviation here. Otherwise the record is filled
+  /// from the zone that is taken for it.
   bool settleZone() {
     return attempts_.step([&] {
       TimeZoneRef looked = TimeZoneTools().fncGetTZIfromAbbrev(record().TZstandardAbbrev);
@@ -168,8 +157,8 @@ class RetrieveWorkflow {
            attempts_.step([&] { requireAllBytes(); });
   }
 
-  /// Series may be made of exactly the bytes that the logger holds. What fills the last packet is none of
-  /// them.
+  /// Series are made of exactly the bytes that the logger holds. The filling of the last packet is not
+  /// counted.
   void requireAllBytes() {
     if (state_.AbortFlag) return;
     const std::int64_t held = record().BytesUsed;
@@ -201,7 +190,8 @@ class RetrieveWorkflow {
     }
   }
 
-  /// A recording that was broken off ends, in the logger too, where its last sample ends.
+  /// A recording that is stopped before its configured end gets the end of its last sample as its stop time
+  /// in the logger too.
   bool writeStop() {
     return attempts_.step([&] {
       const double now = Class_TimeZoneTools::fncGetGMTTime();

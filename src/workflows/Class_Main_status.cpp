@@ -10,6 +10,7 @@
 #include "platform/platform.h"
 #include "workflows/docked_model.h"
 #include "workflows/main_state.h"
+#include "workflows/subject_of.h"
 
 namespace hy_wristlog {
 
@@ -17,7 +18,7 @@ using namespace FailureNumber;
 namespace {
 
 constexpr std::int16_t HighestPort = 64;
-/// What the logger still writes behind its last record when it finds its memory full.
+/// How many bytes the logger still writes after its last record when it finds its memory full.
 constexpr std::int32_t FullMargin = 20;
 
 struct StatusTexts {
@@ -127,22 +128,10 @@ StatusTexts loggerState(const VardenLogger& logger, const DockedModel& model) {
   }
 }
 
-std::shared_ptr<Class_Subject> subjectOf(const VardenRecord& record) {
-  auto subject = std::make_shared<Class_Subject>();
-  subject->Let_Identity(record.SubjectIdentity);
-  subject->Let_DOB(record.SubjectDOB);
-  subject->Let_Gender(record.SubjectGender);
-  subject->Let_GUID(record.SubjectGUID);
-  subject->Let_Height(record.SubjectHeight);
-  subject->Let_Initials(record.SubjectInitials);
-  subject->Let_Weight(record.SubjectWeight);
-  return subject;
-}
-
 StatusTexts abortedTexts() { return {"Aborted", "The inquiry was aborted; the logger is as it was."}; }
 
-/// One inquiry. The flags stay set from the first pass to the second, so a second pass never makes a failure
-/// of the first one good.
+/// One inquiry, in one or two passes. A failure of the first pass stays noted in the second, which never
+/// makes it good.
 class Inquiry final : private platform::EventSource {
  public:
   Inquiry(Procedure& procedure, MainState& state)
@@ -166,7 +155,7 @@ class Inquiry final : private platform::EventSource {
     return TrapAnswer::GoOn;
   }
 
-  /// False when several docks leave it open which logger is meant.
+  /// False when there are several docks, so that it is open which logger is meant.
   bool ask(const DockedModel& asked, StatusTexts& texts) {
     const DockedModel* model = &asked;
     for (;;) {
@@ -181,7 +170,7 @@ class Inquiry final : private platform::EventSource {
  private:
   enum class Pass : std::uint8_t { Done, TooManyDocks, Again };
 
-  /// An abort cancels a transfer; any other waiting ends when the port is closed.
+  /// An abort cancels a running transfer; to end any other waiting the port is closed.
   void serveEvents() override {
     if (!state_.AbortFlag || !logger_.link().Get_PortReady()) return;
     if (logger_.link().Get_DoingXMODEM()) return logger_.link().subAbortProcess();
@@ -201,7 +190,7 @@ class Inquiry final : private platform::EventSource {
     if (port > HighestPort) return done(texts, portTooHigh());
     if (port < 1) return done(texts, noDock(model.Words));
 
-    // Only a dock that answered "no logger" ends here; one that could not be opened goes on to its own words.
+    // Only a dock that answered "no logger" ends here; a dock that could not be opened is told below.
     std::optional<bool> connected;
     procedure_.statement([&] { connected = model.connect(logger_); });
     if (connected == false) return done(texts, noLogger(model.Words));
@@ -223,7 +212,7 @@ class Inquiry final : private platform::EventSource {
     else if (!logger_.fncIsValidFirmware())
       texts = incompatibleFirmware(logger_.record.FirmwareVersion);
     if (readFailed_) return Pass::Done;
-    // The logger's own state replaces a word on its factory values or firmware.
+    // The logger's own state replaces what was said of its factory values or firmware.
     procedure_.statement([&] { texts = loggerState(logger_, model); });
     return Pass::Done;
   }
@@ -274,7 +263,7 @@ std::int32_t Class_Main::GetStatus(enmLoggerPointer LoggerType, std::string& Sim
     KestrinData = inside_->ActiveLogger;
     if (BatteryLifeRemaining != nullptr && logger.Get_CTcompliant())
       *BatteryLifeRemaining = logger.Get_BattLifeRemaining();
-    Subject = subjectOf(logger.record);
+    Subject = std::make_shared<Class_Subject>(subjectOf(logger.record));
     code = ReturnCode::Success;
   });
   if (inside_->AbortFlag) {

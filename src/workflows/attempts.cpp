@@ -1,91 +1,47 @@
 #include "workflows/attempts.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "errors/GlobalState.h"
 
 namespace hy_wristlog {
-namespace {}  // namespace
 
-Attempts::Attempts(MainState& state, std::vector<std::int32_t> retrySet, std::int32_t abortCode)
-    : state_(state), retrySet_(std::move(retrySet)), abortCode_(abortCode) {
-  procedure_.trap([this](Failure& failure) { return trap(failure); });
-  procedure_.cleanUp([this] { tail(); });
+Attempts::Attempts(MainState& state, std::vector<std::int32_t> retrySet,
+                   std::optional<std::int32_t> abortCode)
+    : WorkflowRun(state, "Form_CommsConfigure", "subConfigureKestrin", std::move(retrySet), abortCode) {
   world_->addEventSource(*this);
 }
 
 Attempts::~Attempts() { world_->removeEventSource(*this); }
 
-void Attempts::run(const std::function<void()>& attempt) {
-  procedure_.run([&] {
-    do {
-      commFailed_ = false;
-      portFailed_ = false;
-      attempt();
-    } while (commFailed_ && !ended_);
-  });
-}
-
-bool Attempts::step(const std::function<void()>& body) {
-  if (commFailed_ || ended_) return false;
-  procedure_.statement(body);
-  return !commFailed_ && !ended_;
-}
-
-bool Attempts::aborted() {
-  if (!state_.AbortFlag) return false;
-  abort();
-  return true;
-}
-
-bool Attempts::endWith(std::int32_t ownCode) {
-  code = ownCode;
-  ended_ = true;
-  return false;
-}
-
-/// The request reaches a running transfer at once; everything else sees it at its next checkpoint.
+/// A running transfer hears the request at once; everything else hears it at its next checkpoint.
 void Attempts::serveEvents() {
   if (state_.AbortFlag && state_.logger().link().Get_DoingXMODEM()) state_.logger().link().subAbortProcess();
 }
 
 TrapAnswer Attempts::trap(const Failure& failure) {
-  const std::int32_t earlier = std::exchange(code, failure.Number);
-  if (std::find(retrySet_.begin(), retrySet_.end(), failure.Number) != retrySet_.end()) {
-    if (state_.AbortFlag) {
-      // What the abort broke is no failure of the logger's.
-      code = earlier;
-      abort();
-      return TrapAnswer::Leave;
-    }
-    globals().emptyErrorStack();
-    ignoringFailures([&] { state_.logger().subAbortLoggerComms(); });
-    ignoringFailures([&] { state_.logger().subCloseDevicePort(); });
-    if (round_ >= state_.MaxCommunicationRetries - 1) return TrapAnswer::Leave;
-    ++round_;
-    commFailed_ = true;
-    return TrapAnswer::GoOn;
-  }
-  if (failure.Number == FailureNumber::UnknownStructure) {
-    globals().emptyErrorStack();
-    portFailed_ = true;
-    return TrapAnswer::GoOn;
-  }
-  state_.AbortFlag = false;
-  return TrapAnswer::Dispatch;
-}
-
-void Attempts::abort() {
-  ignoringFailures([&] { state_.logger().subAbortLoggerComms(); });
+  if (failure.Number != FailureNumber::UnknownStructure) return WorkflowRun::trap(failure);
+  code = failure.Number;
   globals().emptyErrorStack();
-  state_.AbortFlag = false;
-  if (abortCode_ != NoCode) code = abortCode_;
-  ended_ = true;
+  portFailed_ = true;
+  return TrapAnswer::GoOn;
 }
 
-void Attempts::tail() {
+TrapAnswer Attempts::mend() {
+  close();
+  if (round_ >= state_.MaxCommunicationRetries - 1) return TrapAnswer::Leave;
+  ++round_;
+  portFailed_ = false;
+  attemptFailed_ = true;
+  return TrapAnswer::GoOn;
+}
+
+void Attempts::breakOff() {
   ignoringFailures([&] { state_.logger().subAbortLoggerComms(); });
+}
+
+void Attempts::close() {
+  breakOff();
   ignoringFailures([&] { state_.logger().subCloseDevicePort(); });
 }
 

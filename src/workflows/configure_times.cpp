@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::int32_t LongestMinuteEpoch = 60;
 
-/// What the epoch length makes of a moment.
+/// The grid of moments on which recordings of an epoch length begin and end.
 class EpochGrid {
  public:
   explicit EpochGrid(std::int32_t epochLength)
@@ -33,7 +33,7 @@ class EpochGrid {
     return byMinute() ? cutToMinute(NeverDate) - 1 / MinutesPerDay : cut(NeverDate) - 1 / epochsPerDay_;
   }
 
-  /// For long epochs the distance is the epoch's seconds divided by the epochs of a day, taken as days.
+  /// For long epochs the distance in days is the epoch's seconds divided by the epochs of a day.
   double earliestEnd(double start) const {
     return start + (byMinute() ? 1 / MinutesPerDay : epochLength_ / epochsPerDay_);
   }
@@ -44,7 +44,7 @@ class EpochGrid {
 
  private:
   bool byMinute() const { return epochLength_ <= LongestMinuteEpoch; }
-  /// Counted from whole seconds: a date that stands on the grid may lie a bit beside it in its last digits.
+  /// Counted in whole seconds, since a date on the grid may be off in its last digits.
   double epochs(double date) const { return std::nearbyint(date * SecondsPerDay) / epochLength_; }
 
   std::int32_t epochLength_;

@@ -16,13 +16,13 @@ namespace hy_wristlog {
 struct MainState {
   std::shared_ptr<Class_Pendrel> LegacyLogger = std::make_shared<Class_Pendrel>();
   std::shared_ptr<Class_VardenLogger> ActiveLogger = std::make_shared<Class_VardenLogger>();
-  /// Hears the events of each ActiveLogger in its turn; may be null.
+  /// Hears the events of the present ActiveLogger; may be null.
   std::shared_ptr<LoggerEvents> Follower;
   bool AbortFlag = false;
   std::int16_t LegacyCOMport = 0;
   bool LegacyClearMemoryOnConfigure = true;
   std::int16_t PendrelProgressPercent = 0;
-  std::int32_t PendrelBytesRead = 0;  ///< of the memory, by the last retrieval
+  std::int32_t PendrelBytesRead = 0;  ///< how much of the memory the last retrieval has read
   bool PendrelSetupTouched = false;   ///< the last ConfigureLegacy began to change the logger
   std::int16_t MaxCommunicationRetries = 1;
   bool AtWork = false;  ///< inside Configure, GetStatus or Retrieve
@@ -30,12 +30,12 @@ struct MainState {
   VardenLogger& logger() { return Inside::of(*ActiveLogger); }
   Pendrel& pendrel() { return Inside::of(*LegacyLogger); }
   void follow(std::shared_ptr<LoggerEvents> follower);
-  /// Puts a new logger in the place of the last one and shows it to the host.
+  /// Replaces ActiveLogger by a new logger and shows it to the host.
   void makeActiveLogger();
 };
 
-/// Marks a workflow's time. A host that is served in it may ask for another one, which would put a new logger
-/// in the place of the one at work: that one must not begin.
+/// Marks the time of a workflow. A host that is served in that time may ask for another workflow, which would
+/// replace the logger at work: that workflow must not begin.
 class WorkMark {
  public:
   explicit WorkMark(MainState& state) : state_(state), mayBegin_(!state.AtWork) { state.AtWork = true; }

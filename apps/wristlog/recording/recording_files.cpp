@@ -50,18 +50,6 @@ void addEventsCsv(platform::NewFile& file, const hw::Class_VardenLogger& logger)
   for (std::size_t i = 0; i < events.size(); ++i) file.add(events.text(i) + "\n");
 }
 
-hw::Class_Subject subjectOf(const hw::Class_VardenLogger& logger) {
-  hw::Class_Subject subject;
-  subject.Let_Identity(logger.Get_SubjectIdentity());
-  subject.Let_Initials(logger.Get_SubjectInitials());
-  subject.Let_Gender(logger.Get_SubjectGender());
-  subject.Let_DOB(logger.Get_SubjectDOB());
-  subject.Let_GUID(logger.Get_SubjectGUID());
-  subject.Let_Height(logger.Get_SubjectHeight());
-  subject.Let_Weight(logger.Get_SubjectWeight());
-  return subject;
-}
-
 }  // namespace
 
 RecordingFiles::RecordingFiles(std::string folder, bool overwrite, Part part)
@@ -245,7 +233,7 @@ void RecordingFiles::writeFile(const std::string& name,
 Json summaryJson(const DecodedRecording& recording) {
   hw::Class_VardenLogger& logger = *recording.Logger;
   Json summary = Json::object();
-  summary["subject"] = subjectJson(subjectOf(logger));
+  summary["subject"] = subjectJson(engineering::subjectOf(logger));
   summary["time_zone"] = engineering::zoneName(logger);
   summary["start_utc"] = engineering::isoDate(logger.Get_StartTimeGMT(), "Z");
   summary["epoch_seconds"] = logger.Get_EpochLength();

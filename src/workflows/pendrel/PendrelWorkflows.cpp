@@ -35,7 +35,8 @@ std::int32_t PendrelWorkflows::ReadPendrelSetup(bool SearchCOMport) {
   PendrelRun run(state_, "ReadPendrelSetup",
                  {NoCharacters, NoFinalCharacter, WrongCharacters, PendrelChecksum});
   return run.run([&] {
-    if (reachPendrelLogger(run, *this, state_, SearchCOMport)) run.endWith(ReturnCode::Success);
+    if (reachPendrelLogger(run, *this, state_, SearchCOMport) && !run.aborted())
+      run.endWith(ReturnCode::Success);
   });
 }
 

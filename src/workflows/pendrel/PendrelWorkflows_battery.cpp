@@ -25,7 +25,7 @@ std::optional<double> dateOf(const std::string& text) {
   const auto [day, month, year] = pairs;
   if (day < 1 || day > 31 || month < 1 || month > 12 || year < 0 || year > 99) return std::nullopt;
   const double date = dateSerial(year, month, day);
-  // A day that its month does not have has moved on into the next one.
+  // A day that its month does not have has been carried into the next month.
   if (civilFromDate(date).Day != day) return std::nullopt;
   return date;
 }
@@ -41,7 +41,7 @@ std::int32_t PendrelWorkflows::UpdateBatteryDate(const std::string& DateText, bo
       run.endWith(ReturnCode::WrongDate);
       return;
     }
-    if (!reachPendrelLogger(run, *this, state_, SearchCOMport)) return;
+    if (!reachPendrelLogger(run, *this, state_, SearchCOMport) || run.aborted()) return;
     Pendrel& logger = state_.pendrel();
     run.step([&] { logger.subSendBatteryDate(*date); });
     if (run.aborted()) return;

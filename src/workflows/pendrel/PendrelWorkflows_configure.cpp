@@ -6,9 +6,9 @@
 #include "pendrel/Pendrel.h"
 #include "pendrel/setup_answer.h"
 #include "timezones/Class_TimeZoneTools.h"
-#include "tools/Class_Tools.h"
 #include "workflows/configure_times.h"
 #include "workflows/pendrel/pendrel_run.h"
+#include "workflows/subject_of.h"
 
 namespace hy_wristlog {
 
@@ -34,7 +34,8 @@ struct PendrelOutputs {
   std::int32_t LocalStartTime = 0;
 };
 
-/// A logger that is read once more and goes without asking what to do with its diagnostic window.
+/// A second logger object that reads the set-up back. It goes without asking what to do with its diagnostic
+/// window.
 struct ReadBack : Pendrel {
   ~ReadBack() override {
     ignoringFailures([&] { subHideFormComm(); });
@@ -63,19 +64,16 @@ class ConfigurePendrelWorkflow {
   PendrelOutputs outputs;
 
   std::int32_t run() {
-    using Step = bool (ConfigurePendrelWorkflow::*)();
-    // The start is settled again behind the clearing, which takes its time; a start that cannot be had is
-    // refused while the recording is still there.
-    constexpr Step Steps[] = {&ConfigurePendrelWorkflow::settleStart, &ConfigurePendrelWorkflow::clearMemory,
-                              &ConfigurePendrelWorkflow::settleStart, &ConfigurePendrelWorkflow::fillLogger,
-                              &ConfigurePendrelWorkflow::sendSetup,   &ConfigurePendrelWorkflow::verify,
-                              &ConfigurePendrelWorkflow::sendStart};
+    using Self = ConfigurePendrelWorkflow;
+    // The start is settled twice. Clearing the memory takes its time, so the start may have passed after it;
+    // before it, a start that cannot be had is refused while the recording is still there.
+    constexpr bool (Self::*Steps[])() = {&Self::settleStart, &Self::clearMemory, &Self::settleStart,
+                                         &Self::fillLogger,  &Self::sendSetup,   &Self::verify,
+                                         &Self::sendStart,   &Self::finish};
     return run_.run([&] {
       state_.PendrelSetupTouched = false;
       if (!checkArguments() || !reachPendrelLogger(run_, workflows_, state_, request_.SearchCOMport)) return;
-      for (const Step step : Steps)
-        if (!(this->*step)() || run_.aborted()) return;
-      finish();
+      run_.take(*this, Steps);
     });
   }
 
@@ -92,7 +90,7 @@ class ConfigurePendrelWorkflow {
       return request_.TimeZoneAbbrev.empty() ? TimeZoneTools().fncLocalTimeZoneName().Zone
                                              : TimeZoneTools().fncGetTZIfromAbbrev(request_.TimeZoneAbbrev);
     });
-    // A logger keeps its zone by the abbreviation.
+    // A logger keeps nothing of its zone but the abbreviation.
     if (!zone_ || zone_->Abbreviation.empty()) return run_.endWith(ReturnCode::UnknownZone);
     if (request_.LocalStartTime == 0) return true;
     const bool ahead = run_.step([&] {
@@ -113,11 +111,10 @@ class ConfigurePendrelWorkflow {
                         (type == KR_PENDREL && record().FirmwareVersion >= FirstFirmwareThatClears);
     if (!state_.LegacyClearMemoryOnConfigure || !clears) return true;
     state_.PendrelSetupTouched = true;
-    run_.step([&] { logger().subClearMemory(0); });
-    return true;
+    return run_.step([&] { logger().subClearMemory(0); });
   }
 
-  /// All epochs divide a minute, so that a start stands on a full one.
+  /// Starts are whole minutes, which every epoch length divides.
   bool settleStart() {
     const bool within = run_.step([&] {
       const double now = Class_TimeZoneTools::fncGetGMTTime();
@@ -134,37 +131,27 @@ class ConfigurePendrelWorkflow {
       return !isBefore(startUtc_, earliest) && !isBefore(latest, startUtc_);
     });
     if (!within) return run_.endWith(ReturnCode::WrongStart);
-    // Another year would be read back as one of another century, now and whenever the recording is retrieved.
+    // The logger's two digits would be read back as a year of another century.
     return run_.step([&] { return hasTwoDigitYear(startLocal_); }) || run_.endWith(ReturnCode::WrongDate);
   }
 
   bool fillLogger() {
-    run_.step([&] {
+    return run_.step([&] {
       record().EpochLength = fault::narrow<std::int16_t>(request_.EpochLength);
       record().StartDate = datePart(startLocal_);
       record().StartTime = startLocal_ - record().StartDate;
       record().AutoDSTadjust = request_.AutoDSTadjust;
       record().GMToffset = fault::narrow<std::int16_t>(minutesBetween(startUtc_, startLocal_));
       record().TimeZoneAbbrev = zone_->Abbreviation;
-      if (subject_.Get_Identity().empty()) subject_.Let_Identity(record().SerialNumber);
-      if (subject_.Get_GUID().empty()) subject_.Let_GUID(Tools().fncCreateGUID());
-      record().SubjectDOB = subject_.Get_DOB();
-      record().SubjectGender = subject_.Get_Gender();
-      record().SubjectGUID = subject_.Get_GUID();
-      record().SubjectHeight = subject_.Get_Height();
-      record().SubjectIdentity = subject_.Get_Identity();
-      record().SubjectInitials = subject_.Get_Initials();
-      record().SubjectWeight = subject_.Get_Weight();
+      putSubject(record(), subject_);
       record().AcquisitionMode = request_.AcquisitionMode;
     });
-    return true;
   }
 
   bool sendSetup() {
     state_.PendrelSetupTouched = true;
     run_.step([&] { logger().subSendSetup(false); });
-    run_.step([&] { logger().subCloseCOMport(); });
-    return true;
+    return run_.step([&] { logger().subCloseCOMport(); });
   }
 
   bool verify() {
@@ -177,20 +164,18 @@ class ConfigurePendrelWorkflow {
         throw Failure(ReturnCode::VerificationFailed, "Class_Main.ConfigureLegacy",
                       "Pendrel setup verification failed");
     });
-    run_.step([&] { readBack.subCloseCOMport(); });
-    return true;
+    return run_.step([&] { readBack.subCloseCOMport(); });
   }
 
   bool sendStart() {
     if (!run_.open(logger(), state_.LegacyCOMport)) return false;
     run_.step([&] { logger().subResetDevice(); });
     run_.step([&] { logger().fncSendDelayedStart(startUtc_); });
-    run_.step([&] { logger().subCloseCOMport(); });
-    return true;
+    return run_.step([&] { logger().subCloseCOMport(); });
   }
 
-  void finish() {
-    run_.step([&] {
+  bool finish() {
+    return run_.step([&] {
       outputs.BatteryLife = logger().Get_BattLifeRemaining();
       outputs.SerialNumber = record().SerialNumber;
       outputs.LocalStartTime = Pendrel::fncDateToLoggerSeconds(record().StartDate + record().StartTime);

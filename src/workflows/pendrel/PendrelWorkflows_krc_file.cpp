@@ -34,7 +34,7 @@ std::vector<std::string> headLines(const Pendrel& logger) {
           std::to_string(record.EpochLength / SecondsPerUnit), ageText(record.SubjectDOB),
           utf8FromAnsiText(ansiTextFromUtf8(record.SerialNumber).substr(0, SerialLength)),
           known ? record.SubjectGender : "M", sizeText(noHeight ? 0 : record.SubjectHeight),
-          // Goes by the height too.
+          // The weight is left out with the height.
           sizeText(noHeight ? 0 : record.SubjectWeight), formatNumber(record.Resets, "000"),
           formatNumber(logger.Get_BattLifeRemaining(), "0000")};
 }
@@ -54,7 +54,7 @@ void addSamples(std::vector<std::string>& lines, const PendrelRecord& record) {
   }
 }
 
-/// The folder of a path whose last name is a file's, with or without an extension.
+/// The folder of a path that ends in a file's name, with or without an extension.
 std::string folderOf(const std::string& path) {
   const auto name = path.find_last_of("\\/");
   return name == std::string::npos ? "./" : path.substr(0, name + 1);

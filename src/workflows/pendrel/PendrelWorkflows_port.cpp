@@ -16,14 +16,14 @@ constexpr std::int16_t LastPort = 64;
 constexpr const char* Section = "Communications";
 constexpr const char* Key = "COMport";
 
-/// Empty where there is no home.
+/// Empty without a home folder.
 std::string settingsFile() {
   const std::string& folder = globals().UserDataFolder;
   return folder.empty() ? folder : joinPath(folder, "Settings.INI");
 }
 
-/// A port that is not there, held, locked up, or silent is no Pendreader, and what it failed with is
-/// forgotten: neither may it end the search, nor pass for the failure of what comes next.
+/// A port that does not exist, is held, has locked up or is silent is no Pendreader. Its failure is
+/// forgotten, so that it neither ends the search nor counts as the failure of a later command.
 bool hasPrompt(Pendrel& logger, std::int16_t port) {
   bool prompt = false;
   ignoringFailures([&] { prompt = logger.fncOpenCOMport(port, true) == 0 && logger.fncGetPrompt(); });

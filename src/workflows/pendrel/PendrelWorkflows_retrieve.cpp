@@ -7,6 +7,7 @@
 #include "platform/platform.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "workflows/pendrel/pendrel_run.h"
+#include "workflows/subject_of.h"
 
 namespace hy_wristlog {
 
@@ -40,17 +41,14 @@ class RetrievePendrelWorkflow {
               ReturnCode::UnreadableBlock}) {}
 
   std::int32_t run() {
-    using Step = bool (RetrievePendrelWorkflow::*)();
-    constexpr Step Steps[] = {&RetrievePendrelWorkflow::checkMode,   &RetrievePendrelWorkflow::mendSetup,
-                              &RetrievePendrelWorkflow::tellBattery, &RetrievePendrelWorkflow::settleZone,
-                              &RetrievePendrelWorkflow::takeSubject, &RetrievePendrelWorkflow::readMemory,
-                              &RetrievePendrelWorkflow::decodeMemory};
+    using Self = RetrievePendrelWorkflow;
+    constexpr bool (Self::*Steps[])() = {&Self::checkMode,    &Self::mendSetup,   &Self::tellBattery,
+                                         &Self::settleZone,   &Self::takeSubject, &Self::readMemory,
+                                         &Self::decodeMemory, &Self::finish};
     return run_.run([&] {
       state_.PendrelBytesRead = 0;
-      if (!reachPendrelLogger(run_, workflows_, state_, searchPort_)) return;
-      for (const Step step : Steps)
-        if (!(this->*step)()) return;
-      run_.code = ReturnCode::Success;
+      if (!reachPendrelLogger(run_, workflows_, state_, searchPort_) || run_.aborted()) return;
+      run_.take(*this, Steps, WorkflowRun::Checkpoints::None);
     });
   }
 
@@ -64,13 +62,11 @@ class RetrievePendrelWorkflow {
            record().AcquisitionMode == PD_Mode_ActivityAndSteps || run_.endWith(ReturnCode::WrongMode);
   }
 
-  /// Repairs what is not `sound`, or ends with the code.
+  /// Unless `sound`: repairs it, or ends with the code when nothing is to be repaired.
   template <class Repair>
   bool mend(bool sound, std::int32_t code, Repair&& repair) {
     if (sound) return true;
-    if (!repair_) return run_.endWith(code);
-    run_.step(repair);
-    return true;
+    return repair_ ? run_.step(repair) : run_.endWith(code);
   }
 
   bool mendSetup() {
@@ -88,8 +84,7 @@ class RetrievePendrelWorkflow {
   }
 
   bool tellBattery() {
-    run_.step([&] { batteryLife_ = logger().Get_BattLifeRemaining(); });
-    return true;
+    return run_.step([&] { batteryLife_ = logger().Get_BattLifeRemaining(); });
   }
 
   bool mendZone(bool sound) {
@@ -108,7 +103,7 @@ class RetrievePendrelWorkflow {
         run_.step([&] { return TimeZoneTools().fncGetTZIfromAbbrev(record().TimeZoneAbbrev) != nullptr; }));
   }
 
-  /// Takes the first zone of the catalogue whose clocks stood as the logger's at the start.
+  /// Takes the first zone of the catalogue that had the logger's offset at the start.
   bool nameZone() {
     return mendZone(run_.step([&] {
       TimeZoneTools().fncPopulateTZICollection();
@@ -125,16 +120,7 @@ class RetrievePendrelWorkflow {
 
   bool takeSubject() {
     if (!hasUsableSubject(record()) && !repair_) return run_.endWith(ReturnCode::SubjectUnusable);
-    run_.step([&] {
-      subject_.Let_DOB(record().SubjectDOB);
-      subject_.Let_Gender(record().SubjectGender);
-      subject_.Let_GUID(record().SubjectGUID);
-      subject_.Let_Height(record().SubjectHeight);
-      subject_.Let_Identity(record().SubjectIdentity);
-      subject_.Let_Initials(record().SubjectInitials);
-      subject_.Let_Weight(record().SubjectWeight);
-    });
-    return true;
+    return run_.step([&] { subject_ = subjectOf(record()); });
   }
 
   bool readMemory() {
@@ -150,7 +136,7 @@ class RetrievePendrelWorkflow {
     return true;
   }
 
-  /// Only data that the port has lost are worth asking for again.
+  /// A block is read again only when the port has lost data.
   void readBlock(std::int16_t block) {
     for (int failures = 0;;) {
       try {
@@ -167,7 +153,11 @@ class RetrievePendrelWorkflow {
   }
 
   bool decodeMemory() {
-    run_.step([&] { logger().subDecodeDataArrays(); });
+    return run_.step([&] { logger().subDecodeDataArrays(); });
+  }
+
+  bool finish() {
+    run_.code = ReturnCode::Success;
     return true;
   }
 
