@@ -33,18 +33,15 @@ void fill(VardenRecord& record, int mode) {
 template <class Save>
 void saveOneMebibyte(benchmark::State& state, int mode, const Save& save) {
   auto world = std::make_shared<simulator::SimulatedWorld>();
-  const auto former = platform::use(world);
-  {
-    globals().LongDateTimeFormat = "dddd, MMMM dd, yyyy h:mm:ss AMPM";
-    globals().ShortDateTimeFormat = "M/d/yyyy h:mm:ss AMPM";
-    VardenLogger logger;
-    fill(logger.record, mode);
-    const std::string path = world->rootFolder() + "/file.csv";
-    for (auto _ : state) save(logger, path);
-    state.counters["file_MiB"] =
-        static_cast<double>(platform::current().files().read(path).size()) / static_cast<double>(MostBytes);
-  }
-  platform::use(former);
+  const platform::WorldScope scope(world);
+  globals().LongDateTimeFormat = "dddd, MMMM dd, yyyy h:mm:ss AMPM";
+  globals().ShortDateTimeFormat = "M/d/yyyy h:mm:ss AMPM";
+  VardenLogger logger;
+  fill(logger.record, mode);
+  const std::string path = world->rootFolder() + "/file.csv";
+  for (auto _ : state) save(logger, path);
+  state.counters["file_MiB"] =
+      static_cast<double>(platform::current().files().read(path).size()) / static_cast<double>(MostBytes);
 }
 
 void rawDump(benchmark::State& state) {

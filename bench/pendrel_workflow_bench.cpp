@@ -18,7 +18,7 @@ void RetrieveFullPendrel(benchmark::State& state) {
     simulator::PendrelBenchOptions options;
     options.Logger.Model = simulator::PendrelModel::Steps;
     const simulator::PendrelBench bench = simulator::makePendrelBench(options);
-    const simulator::BenchScope scope(bench);
+    const platform::WorldScope scope(bench.World);
     bench.Logger->setUp(simulator::ordinaryPendrelSetup(*bench.World, 15, true));
     bench.Logger->wear(std::chrono::hours(24 * 6));
     const double before = bench.World->elapsed();

@@ -22,7 +22,7 @@ void OpenLibrary(benchmark::State& state) {
   for (auto _ : state) {
     state.PauseTiming();
     const simulator::Bench bench = simulator::makeVividBench();
-    const simulator::BenchScope scope(bench);
+    const platform::WorldScope scope(bench.World);
     state.ResumeTiming();
     const Class_Main main;
     benchmark::DoNotOptimize(main.Get_Version());
@@ -41,7 +41,7 @@ void RetrieveMebibyte(benchmark::State& state) {
   for (auto _ : state) {
     state.PauseTiming();
     const simulator::Bench bench = simulator::makeVividBench();
-    const simulator::BenchScope scope(bench);
+    const platform::WorldScope scope(bench.World);
     bench.Logger->setUp(
         simulator::ordinarySetup(*bench.World, simulator::Mode::ActivityAndStandardLight, 15));
     bench.Logger->wear(std::chrono::hours(24 * 40));

@@ -58,16 +58,4 @@ RecordingSetup ordinarySetup(const SimulatedWorld& world, Mode mode, std::int32_
 PendrelSetup ordinaryPendrelSetup(const SimulatedWorld& world, std::int32_t epochLength,
                                   bool countsSteps = false);
 
-/// Makes a bench the thread's world, and restores the former world at the end.
-class BenchScope {
- public:
-  explicit BenchScope(const DockBench& bench) : former_(platform::use(bench.World)) {}
-  BenchScope(const BenchScope&) = delete;
-  BenchScope& operator=(const BenchScope&) = delete;
-  ~BenchScope() { platform::use(std::move(former_)); }
-
- private:
-  std::shared_ptr<platform::Platform> former_;
-};
-
 }  // namespace hy_wristlog::simulator

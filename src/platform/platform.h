@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <typeindex>
+#include <utility>
 #include <vector>
 
 #include "base/dates.h"
@@ -388,5 +389,17 @@ HY_WRISTLOG_API std::shared_ptr<Platform> shareCurrent();
 /// Makes `world` the calling thread's world; null brings the machine back. Returns the former world, null for
 /// the machine. What belonged to the former world stays with it.
 HY_WRISTLOG_API std::shared_ptr<Platform> use(std::shared_ptr<Platform> world);
+
+/// Puts a world in place as long as it lives, and then brings the former one back.
+class WorldScope {
+ public:
+  explicit WorldScope(std::shared_ptr<Platform> world) : former_(use(std::move(world))) {}
+  WorldScope(const WorldScope&) = delete;
+  WorldScope& operator=(const WorldScope&) = delete;
+  ~WorldScope() { use(std::move(former_)); }
+
+ private:
+  std::shared_ptr<Platform> former_;
+};
 
 }  // namespace hy_wristlog::platform

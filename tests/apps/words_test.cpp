@@ -55,7 +55,7 @@ TEST(Words, ALoggersTextsCommandNoTerminalAndForgeNoLine) {
   for (const char* model : {"vivid", "kestrin2"}) {
     const bool vivid = std::string(model) == "vivid";
     const sim::Bench bench = vivid ? sim::makeVividBench() : sim::makeKestrin2Bench();
-    const sim::BenchScope scope(bench);
+    const hy_wristlog::platform::WorldScope scope(bench.World);
     sim::RecordingSetup setup = sim::ordinarySetup(*bench.World, sim::Mode::Activity, 60);
     setup.Subject.Identity = Hostile;
     setup.Subject.Initials = "\x1B\n\r";
@@ -93,7 +93,7 @@ TEST(Words, APendrelsTextsDoNeither) {
   const TemporaryFolder folder;
   const std::string made = folder / ("made" + Hostile), seen = R"(\x1B[2J)";
   const sim::PendrelBench bench = sim::makePendrelBench();
-  const sim::BenchScope scope(bench);
+  const hy_wristlog::platform::WorldScope scope(bench.World);
   sim::PendrelSetup setup = sim::ordinaryPendrelSetup(*bench.World, 60);
   const std::string unreadable = setup.Subject.replace(1, Hostile.size(), Hostile);
   setup.Subject.replace(5, 2, "  ");

@@ -75,7 +75,7 @@ TEST(Registration, WritesTheClassesAndTakesThemBack) {
 
 TEST(Registration, FailsWithTheStore) {
   const auto bench = simulator::makeVividBench();
-  const simulator::BenchScope scope(bench);
+  const platform::WorldScope scope(bench.World);
   auto& store = bench.World->memorySettings();
   store.WriteErrorNumber = 13;
   EXPECT_EQ(DllRegisterServer(), HY_SELFREG_E_CLASS);

@@ -181,7 +181,7 @@ TEST_F(Lifetime, OtherThreadsMayHoldButNotCall) {
     EXPECT_EQ(object->lpVtbl->Release(object), 1U);
     // Passing it on to an object of one's own does not help.
     const auto bench = simulator::makeVividBench();
-    const simulator::BenchScope scope(bench);
+    const platform::WorldScope scope(bench.World);
     const auto main = make(HY_CLSID_MAIN);
     const Value given = objectValue(object);
     EXPECT_EQ(callMethod(main.get(), "Configure", number(0), number(1), number(30), given).Result,
@@ -208,7 +208,7 @@ TEST_F(Lifetime, TheLastReferenceMayGoElsewhere) {
 /// A logger that a workflow still holds comes back as a new component, or as the one not yet ended.
 TEST_F(Lifetime, ALoggerHasOneComponentWhileThatLives) {
   const auto bench = simulator::makeVividBench();
-  const simulator::BenchScope scope(bench);
+  const platform::WorldScope scope(bench.World);
   const auto main = make(HY_CLSID_MAIN);
   const auto ask = [&](Value& logger) {
     Value simple, words, who;

@@ -12,7 +12,7 @@ namespace {
 /// Each member as the type information tells it, whose names and order the hosts' own lists are held against.
 TEST(Values, MembersDoWhatTheirKindSays) {
   const auto bench = simulator::makeVividBench();
-  const simulator::BenchScope scope(bench);
+  const platform::WorldScope scope(bench.World);
   for (const HyGuid& classId : {HY_CLSID_MAIN, HY_CLSID_VARDEN_LOGGER, HY_CLSID_PENDREL, HY_CLSID_SUBJECT}) {
     const auto object = make(classId);
     Ref<HyTypeInfo> info;

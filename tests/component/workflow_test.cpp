@@ -13,10 +13,10 @@ constexpr int32_t Vivid = 0, ActivityAndSpecialLight = 5;
 /// A host with a Kestrin Vivid in its dock.
 struct Desk {
   explicit Desk(const simulator::BenchOptions& options = simulator::vividBenchOptions())
-      : bench(simulator::makeBench(options)), scope(bench), main(make(HY_CLSID_MAIN)) {}
+      : bench(simulator::makeBench(options)), scope(bench.World), main(make(HY_CLSID_MAIN)) {}
 
   simulator::Bench bench;
-  simulator::BenchScope scope;
+  platform::WorldScope scope;
   Ref<HyDispatch> main;
 
   void record(simulator::nanoseconds worn = 20min) const {

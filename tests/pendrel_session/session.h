@@ -35,7 +35,7 @@ inline void become(Pendrel& logger, int type) {
 
 /// A logger object that works with a simulated logger in its reader.
 struct Session {
-  explicit Session(simulator::PendrelModel model) : bench(makeBench(model)), scope(bench) {
+  explicit Session(simulator::PendrelModel model) : bench(makeBench(model)), scope(bench.World) {
     logger.fncOpenCOMport(1, false);
   }
   static simulator::PendrelBench makeBench(simulator::PendrelModel model) {
@@ -45,7 +45,7 @@ struct Session {
   }
 
   simulator::PendrelBench bench;
-  simulator::BenchScope scope;
+  platform::WorldScope scope;
   Pendrel logger;
 };
 

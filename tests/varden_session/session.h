@@ -17,7 +17,7 @@ namespace hy_wristlog::session {
 /// A logger object that works with a simulated logger in its dock.
 struct Session {
   explicit Session(const simulator::BenchOptions& options)
-      : bench(simulator::makeBench(options)), scope(bench) {}
+      : bench(simulator::makeBench(options)), scope(bench.World) {}
 
   double elapsedDuring(const std::function<void()>& step) const {
     const double before = bench.World->elapsed();
@@ -34,7 +34,7 @@ struct Session {
   }
 
   simulator::Bench bench;
-  simulator::BenchScope scope;
+  platform::WorldScope scope;
   VardenLogger logger;
 };
 

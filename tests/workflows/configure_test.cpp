@@ -153,14 +153,14 @@ TEST(Configure, Attempts) {
   }
   // A clock that refuses is not tried again. Otherwise the code is the last attempt's.
   Workbench stubborn(LggrPntr_KRVivid), unplugged(LggrPntr_KRII);
-  const simulator::BenchScope scope(stubborn.bench);
+  const platform::WorldScope scope(stubborn.bench.World);
   stubborn.main->Let_MaxCommunicationRetries(3);
   stubborn.logger().Faults.RefuseClock = always();
   stubborn.logger().clock().set(0);
   EXPECT_EQ(stubborn.configure(), 10025);
   const auto& lines = stubborn.logger().commands();
   EXPECT_EQ(std::ranges::count_if(lines, [](auto& line) { return line.starts_with("clock time"); }), 1);
-  const simulator::BenchScope other(unplugged.bench);
+  const platform::WorldScope other(unplugged.bench.World);
   unplugged.main->Let_MaxCommunicationRetries(3);
   unplugged.bench.Dock->unplugAfterBytes(200);
   EXPECT_EQ(unplugged.configure(), 10003);

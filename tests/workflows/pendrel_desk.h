@@ -48,7 +48,7 @@ class Desk {
   explicit Desk(PendrelModel model) : Desk(optionsOf(model)) {}
   explicit Desk(const simulator::PendrelBenchOptions& options)
       : bench(simulator::makePendrelBench(options)),
-        scope_(bench),
+        scope_(bench.World),
         main(std::make_unique<Class_Main>()),
         workflows(*main) {
     host->Main = main.get();
@@ -99,7 +99,7 @@ class Desk {
   simulator::PendrelBench bench;
 
  private:
-  simulator::BenchScope scope_;
+  platform::WorldScope scope_;
 
  public:
   std::unique_ptr<Class_Main> main;

@@ -58,7 +58,7 @@ class Workbench {
   Workbench(enmLoggerPointer model, const BenchOptions& options)
       : Model(model),
         bench(simulator::makeBench(options)),
-        scope_(bench),
+        scope_(bench.World),
         main(std::make_unique<Class_Main>()) {
     host->Main = main.get();
     setHost(host);
@@ -94,7 +94,7 @@ class Workbench {
   simulator::Bench bench;
 
  private:
-  simulator::BenchScope scope_;
+  platform::WorldScope scope_;
 
  public:
   std::unique_ptr<Class_Main> main;

@@ -2,7 +2,6 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <utility>
 
 #include "commands/commands.h"
 #include "debugger/debugger_host.h"
@@ -79,24 +78,6 @@ const std::map<std::string, Workflow>& workflows() {
   return known;
 }
 
-/// The calling thread works in a world, with a host, as long as this lives.
-class Surroundings {
- public:
-  Surroundings(std::shared_ptr<platform::Platform> world, std::shared_ptr<hw::Host> host)
-      : former_(platform::use(std::move(world))) {
-    hw::setHost(std::move(host));
-  }
-  ~Surroundings() {
-    hw::setHost(nullptr);
-    platform::use(std::move(former_));
-  }
-  Surroundings(const Surroundings&) = delete;
-  Surroundings& operator=(const Surroundings&) = delete;
-
- private:
-  std::shared_ptr<platform::Platform> former_;
-};
-
 Result watch(const CommonOptions& common, const ConsoleOptions& options) {
   std::optional<hw::simulator::DockBench> bench;
   if (!common.Simulate.empty()) bench = makeWornBench(common.Simulate);
@@ -106,9 +87,9 @@ Result watch(const CommonOptions& common, const ConsoleOptions& options) {
       "Communications Debugger: " + options.Workflow + ", " + model + (bench ? ", simulated" : ""),
       machine->clock());
   const auto host = std::make_shared<DebuggerHost>(screen);
-  const Surroundings here(makeWatchedWorld(bench ? bench->World : machine, machine->clock(), options.Speed,
-                                           [&screen] { screen.attend(); }),
-                          host);
+  const platform::WorldScope here(makeWatchedWorld(bench ? bench->World : machine, machine->clock(),
+                                                   options.Speed, [&screen] { screen.attend(); }));
+  hw::setHost(host);
   if (!options.Folder.empty()) RecordingFiles(options.Folder, options.Force).prepare();
   Result result;
   hw::Class_Main main;

@@ -1,7 +1,6 @@
 #include "recording/recording_world.h"
 
 #include <charconv>
-#include <utility>
 
 #include "engineering/dates.h"
 #include "hy_wristlog/failure.h"
@@ -101,13 +100,8 @@ hy_wristlog::CivilTime civilOf(double utc) {
 }  // namespace
 
 RecordingWorld::RecordingWorld(double utc, Texts texts)
-    : former_(platform::use(std::make_shared<WorldAt>(civilOf(utc), texts))) {
+    : scope_(std::make_shared<WorldAt>(civilOf(utc), texts)) {
   hy_wristlog::setHost(std::make_shared<BoxesOnStandardError>());
-}
-
-RecordingWorld::~RecordingWorld() {
-  hy_wristlog::setHost(nullptr);
-  platform::use(std::move(former_));
 }
 
 }  // namespace wristlog

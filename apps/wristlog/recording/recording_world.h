@@ -1,7 +1,5 @@
 #pragma once
 
-#include <memory>
-
 #include "platform/platform.h"
 
 namespace wristlog {
@@ -17,12 +15,9 @@ class RecordingWorld {
 
   /// Raises 5 for a moment outside the years 100 to 9999.
   explicit RecordingWorld(double utc, Texts texts = Texts::Neutral);
-  RecordingWorld(const RecordingWorld&) = delete;
-  RecordingWorld& operator=(const RecordingWorld&) = delete;
-  ~RecordingWorld();
 
  private:
-  std::shared_ptr<hy_wristlog::platform::Platform> former_;
+  hy_wristlog::platform::WorldScope scope_;
 };
 
 }  // namespace wristlog

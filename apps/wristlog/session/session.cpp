@@ -54,7 +54,7 @@ Session::Session(const CommonOptions& options, const sim::DockBench& bench)
 }
 
 void Session::start(bool keepTraffic) {
-  if (bench_) scope_.emplace(*bench_);
+  if (bench_) scope_.emplace(bench_->World);
   host_ = std::make_shared<TerminalHost>(HostOptions{options_.Console, keepTraffic});
   hy_wristlog::setHost(host_);
   main_ = std::make_unique<hy_wristlog::Class_Main>();

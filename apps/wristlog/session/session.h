@@ -18,7 +18,7 @@ class TerminalHost;
 /// One run of a command: the world it works in, the library, and what the user sees.
 class Session {
  public:
-  /// With `keepTraffic` the link's bytes are kept for `traffic`.
+  /// With `keepTraffic`, `traffic` returns what has passed on the link.
   explicit Session(const CommonOptions& options, bool keepTraffic = false);
   /// Works in a world that the caller has made.
   Session(const CommonOptions& options, const hy_wristlog::simulator::DockBench& bench);
@@ -40,7 +40,7 @@ class Session {
 
   CommonOptions options_;
   std::optional<hy_wristlog::simulator::DockBench> bench_;
-  std::optional<hy_wristlog::simulator::BenchScope> scope_;
+  std::optional<hy_wristlog::platform::WorldScope> scope_;
   std::shared_ptr<TerminalHost> host_;
   std::unique_ptr<hy_wristlog::Class_Main> main_;
 };
@@ -51,7 +51,7 @@ void requireNotStopped();
 /// The bench of `--simulate`: a docked logger that has been worn for some days.
 hy_wristlog::simulator::DockBench makeWornBench(const std::string& model);
 
-/// The model that --model calls `name`: "vivid" or "kestrin2".
+/// The model that --model names "vivid" or "kestrin2".
 hy_wristlog::enmLoggerPointer modelFromName(const std::string& name);
 
 }  // namespace wristlog
