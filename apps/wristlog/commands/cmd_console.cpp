@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "commands/commands.h"
+#include "commands/retrieval.h"
 #include "debugger/debugger_host.h"
 #include "debugger/watched_world.h"
 #include "hy_wristlog/Class_Main.h"
@@ -11,7 +12,6 @@
 #include "recording/recording_files.h"
 #include "recording/retrieved_recording.h"
 #include "session/session.h"
-#include "words/counted.h"
 #include "words/meanings.h"
 #include "words/say.h"
 
@@ -28,7 +28,7 @@ struct Result {
   std::string Words;
 };
 
-/// What makes the traffic: runs to its end, or to an abort, while the screen shows what passes.
+/// Makes the traffic that the screen shows. Runs to its end, or to an abort.
 using Workflow = std::function<Result(hw::Class_Main&, const ConsoleOptions&)>;
 
 Result resultOf(std::int32_t code, hw::enmLoggerPointer model, const std::string& details) {
@@ -46,23 +46,11 @@ Result askStatus(hw::Class_Main& main, const ConsoleOptions& options) {
   return resultOf(code, model, " " + simple + (words == simple ? "" : ". " + words));
 }
 
-Result retrieve(hw::Class_Main& main, const ConsoleOptions& options) {
+Result retrieveRecording(hw::Class_Main& main, const ConsoleOptions& options) {
   const hw::enmLoggerPointer model = modelFromName(options.Model);
-  constexpr auto NotDecoded = static_cast<hw::enmDecodeResult>(-1);
-  std::shared_ptr<hw::Class_VardenLogger> logger;
-  auto subject = std::make_shared<hw::Class_Subject>();
-  hw::enmDecodeResult verdict = NotDecoded;
-  bool lowBattery = false;
-  const std::int32_t code =
-      main.Retrieve(model, logger, subject, verdict, &lowBattery, nullptr, options.IgnoreWarnings);
-  std::string details;
-  if (verdict != NotDecoded)
-    details += " " + wordsFor(verdict) + " " + counted(logger->Get_Samples(), "epoch") + " of " +
-               counted(logger->Get_EpochLength(), "second") + " from logger " + logger->Get_SerialNumber() +
-               ".";
-  RetrievedRecording recording(*logger, verdict != NotDecoded ? std::optional(verdict) : std::nullopt,
-                               lowBattery);
-  Result result = resultOf(code, model, details);
+  const Retrieval retrieval = retrieve(main, model, options.IgnoreWarnings);
+  RetrievedRecording recording(*retrieval.Logger, retrieval.Verdict, retrieval.LowBattery);
+  Result result = resultOf(retrieval.Code, model, retrieval.Verdict ? " " + verdictWords(retrieval) : "");
   if (const std::string trouble = recording.trouble(); !trouble.empty())
     result = {NotWhole, "Code " + std::to_string(NotWhole) + ": " + trouble};
   if (const RecordingFiles files(options.Folder, options.Force);
@@ -74,7 +62,7 @@ Result retrieve(hw::Class_Main& main, const ConsoleOptions& options) {
 }
 
 const std::map<std::string, Workflow>& workflows() {
-  static const std::map<std::string, Workflow> known{{"status", askStatus}, {"retrieve", retrieve}};
+  static const std::map<std::string, Workflow> known{{"status", askStatus}, {"retrieve", retrieveRecording}};
   return known;
 }
 
