@@ -5,6 +5,7 @@
 #include "cli/cli.h"
 #include "simulator/bench.h"
 #include "support/surroundings.h"
+#include "words/meanings.h"
 
 namespace wristlog {
 namespace {
@@ -46,6 +47,18 @@ void expectHarmless(const std::vector<std::string>& arguments, const std::string
   }
   EXPECT_EQ(("\n" + text).find("\nForged"), std::string::npos) << text;
   EXPECT_NE(text.find(seen), std::string::npos) << text;
+}
+
+TEST(Words, EveryNumberHasItsOwn) {
+  std::vector<std::int32_t> numbers;
+#define HY_FAILURE_NUMBER(name, number) numbers.push_back(number);
+#define HY_RETURN_CODE(name, number) numbers.push_back(number);
+#include "hy_wristlog/failure_numbers.inc"
+  constexpr std::int32_t NoNumber = -1;
+  for (const std::int32_t number : numbers) {
+    EXPECT_NE(meaningOf(number), meaningOf(NoNumber)) << number;
+    EXPECT_NE(pendrelExplanationOf(number, 0), meaningOf(NoNumber)) << number;
+  }
 }
 
 TEST(Words, ALoggersTextsCommandNoTerminalAndForgeNoLine) {

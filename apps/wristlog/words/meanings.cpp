@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 
 #include "engineering/docks.h"
 
@@ -16,23 +17,36 @@ struct Meaning {
   const char* Words;
 };
 
-constexpr std::array<Meaning, 52> Meanings{{
+constexpr auto Meanings = std::to_array<Meaning>({
     {ReturnCode::Success, "Success."},
+    {InvalidCall,
+     "The library was called in a way that it does not allow, or while another workflow was at work."},
     {Overflow,
      "A number came that does not fit its place: damaged on the way, or by the logger. Try again; if it "
-     "comes "
-     "again, see 'wristlog config show' for a value that cannot be."},
+     "comes again, see 'wristlog config show' for a value that cannot be."},
+    {OutOfMemory, "There is not enough memory for it, or the recording's gaps add up to years."},
     {Subscript,
      "The recording does not fit the logger's configuration. Try 'decode --diagnostic' on the saved bytes."},
+    {DivisionByZero, "A value is 0 that must not be. See 'wristlog config show' for one that cannot be."},
+    {TypeMismatch,
+     "Something came that is no number, or no date: damaged on the way, or by the logger. Try again."},
+    {Internal, "An error inside the program. Run it again with --console and send what it shows."},
+    {FileNotFound, "A file or folder was not found."},
+    {FileExists, "There is a file of that name already. --force writes over it."},
+    {DiskFull, "The disk is full."},
     {PermissionDenied, "A file or folder could not be written: permission denied."},
     {PathFileAccess, "A file or folder could not be read or written."},
+    {PathNotFound, "The folder of a file was not found."},
     {ObjectNotSet, "An argument holds no object."},
+    {ObjectUnloaded, "A part of the program was used after it had been closed."},
     {NoCharacters,
      "The logger does not answer. Seat it in its dock anew; its battery may need to be charged or replaced."},
     {NoFinalCharacter, "The logger's answer broke off. Seat it in its dock anew and clean the contacts."},
     {WrongCharacters,
      "The logger's answer was garbled. Clean the contacts, try another cable, and try again."},
     {InvalidSettings, "The port's settings are not valid."},
+    {TooFewBytes, "The logger sent too few bytes. Seat it in its dock anew and try again."},
+    {DataOverrun, "The port has lost data. Disconnect other devices and try again."},
     {InvalidPacketArray, "There is nothing to send to the logger."},
     {NoInitiation, "The logger did not ask for its configuration. Try again."},
     {TransmitTooSlow, "The port does not send. Disconnect the dock and connect it again."},
@@ -41,13 +55,31 @@ constexpr std::array<Meaning, 52> Meanings{{
      "Too many packets were damaged on the way. Clean the contacts, try another cable, and try again."},
     {NoEndAcknowledgement, "The logger did not confirm the end of its configuration. Try again."},
     {NoPacket, "The logger sent no data. Seat it in its dock anew and try again."},
+    {PortOpen, "This is not possible while the port is open."},
+    {InvalidTimeout, "The port's time limit is not valid."},
     {InvalidPort, "There is no such port."},
+    {NotWhileDesigning, "The port cannot be used at this time."},
+    {ReadOnlyProperty, "This value of the port can only be read."},
     {PortNotAvailable, "The port is in use by another program, or you may not open it."},
     {InvalidDevice, "The port does not take its settings. Disconnect the dock and connect it again."},
+    {InvalidPortSettings, "The port does not know these settings."},
+    {InvalidByteSize, "The port does not know this number of data bits."},
+    {InvalidDefaults, "The port's own settings are not valid. Disconnect the dock and connect it again."},
+    {HardwareNotAvailable,
+     "The port's hardware is missing or in use. Disconnect the dock and connect it again."},
+    {NoQueues, "The system gives the port no room for its data. Disconnect the dock and connect it again."},
+    {PortClosed, "This is not possible while the port is closed."},
+    {DeviceOpen, "The port is open already."},
+    {NoNotification, "The port does not tell what happens on it. Disconnect the dock and connect it again."},
     {PortStateFailure,
      "The dock was disconnected, or its port has locked up. Disconnect it and connect it again."},
+    {EventMaskFailure, "The port does not tell its events. Disconnect the dock and connect it again."},
+    {DeviceFailure, "The port reported a failure. Disconnect the dock and connect it again."},
     {ClosedWhileInUse, "The port was closed while it was in use."},
+    {DeviceBusy, "The port is busy. Try again."},
+    {ReadFailure, "Nothing can be read from the port. Disconnect the dock and connect it again."},
     {ControlBlockFailure, "The port reported an internal error. Disconnect the dock and connect it again."},
+    {NoZones, "This system knows no time zones. Install its time zone data."},
     {ReturnCode::NotFound, "No dock, or no logger in the dock. Connect the dock and seat the logger in it."},
     {ReturnCode::WrongMode, "The recording mode is not one of this model."},
     {ReturnCode::WrongEpoch, "The epoch length is not 15, 30, 60, 120 or 300 seconds."},
@@ -80,26 +112,35 @@ constexpr std::array<Meaning, 52> Meanings{{
      "the same."},
     {ReturnCode::NoSamples, "The recording holds no samples."},
     {ReturnCode::DecodeProblem, "The recording has a problem; see the decode result."},
+    {NoUserName, "The system does not tell who is working."},
+    {NoDomainName, "The system does not tell the domain of who is working."},
+    {NoSignedChar, "A number does not fit a signed byte."},
+    {WrongPacket, "A packet has no data, or a size or type that there is not."},
     {WrongDeviceType, "This type of device is not supported."},
     {OutOfRange, "A value is outside what the logger can keep."},
     {UnknownStructure, "The logger's configuration has a structure that is not known here."},
     {DamagedConfig, "The logger's configuration is damaged."},
+    {NoLightTest, "The recording is no light test."},
     {DamagedAnswer,
      "The logger's answers are damaged. Clean the contacts, try another cable, and try again."},
     {DockPortFailure,
      "The dock's port could not be opened. Another program may hold it; disconnect the dock and connect it "
      "again."},
-}};
+    {InvalidDockPort,
+     "The number of the dock's port is below 1. Disconnect the dock and connect it again, or correct "
+     "Docks.INI."},
+    {MemoryReadFailure, "The logger's memory could not be read. Seat it in its dock anew and try again."},
+});
 
-/// What the codes mean of the workflows with a Pendreader, where that is something of their own.
-constexpr std::array<Meaning, 27> PendrelMeanings{{
+/// The same for the workflows with a Pendreader: the numbers that only they have, and those that mean
+/// something else there.
+constexpr auto PendrelMeanings = std::to_array<Meaning>({
     {NoCharacters,
      "The logger does not answer. Seat it in the reader anew; its battery may have to be replaced, or "
      "another "
      "port be searched with --search."},
     {NoFinalCharacter, "The logger's answer broke off. Seat it in the reader anew and clean the contacts."},
     {TooFewBytes, "The logger sent too little of its memory. Seat it in the reader anew and try again."},
-    {DataOverrun, "The port has lost data. Disconnect other devices and try again."},
     {ReturnCode::NoPortSetting,
      "No port is remembered for the Pendreader. Name it with --port, or search it with --search."},
     {ReturnCode::NotWritable, "A folder cannot be written to: the file's, or the one of Settings.INI."},
@@ -133,6 +174,10 @@ constexpr std::array<Meaning, 27> PendrelMeanings{{
      "takes "
      "the machine's."},
     {PendrelMemorySize, "The size of the logger's memory is not known here. It needs service."},
+    {PendrelDeviceType, "A Pendrel logger is of no such type."},
+    {PendrelOutOfRange, "A date or an address is outside what a Pendrel logger can keep."},
+    {PendrelEpochLength, "A Pendrel logger does not have this epoch length."},
+    {PendrelSetup, "The set-up is none that a Pendrel logger takes."},
     {PendrelPort, "The port's number is below 1. Name another with --port."},
     {PendrelBlock,
      "More was asked for than the logger's memory holds: its set-up tells a wrong length. What it holds is "
@@ -140,17 +185,20 @@ constexpr std::array<Meaning, 27> PendrelMeanings{{
      "raw.bin."},
     {PendrelChecksum,
      "The logger's answers are damaged. Clean the contacts, try another cable, and try again."},
+    {PendrelAddress, "The address is outside the logger's memory."},
     {StartPassed, "The start had passed before the logger could be told. Try again."},
     {DelayOutOfBounds, "The start is too near, or too far, for the logger to wait for. Choose another."},
     {WrongDelayEcho, "The logger did not repeat its waiting time as it was sent."},
-}};
+    {PendrelMode, "A Pendrel logger does not have this recording mode."},
+});
 
 struct Verdict {
   const char* Name;
   const char* Words;
 };
 
-constexpr std::array<Verdict, 18> Verdicts{{
+/// A row for each decode result, in their order.
+constexpr auto Verdicts = std::to_array<Verdict>({
     {"Decode_OK", "The recording is sound."},
     {"Decode_ResetPOSTfailed", "The logger was reset and failed its self test; what came later is left out."},
     {"Decode_ResetPOSTpassed", "The logger was reset; what came later is left out."},
@@ -174,24 +222,25 @@ constexpr std::array<Verdict, 18> Verdicts{{
      "The recording has a gap of more than 30 days; what came later is left out."},
     {"Decode_TooLongSinceLastAcqStop", "The recording stopped more than 30 days ago."},
     {"Decode_POSTcausedEventError", "The logger was reset; what came later is left out."},
-}};
+});
 
 const Verdict* verdictOf(hy_wristlog::enmDecodeResult result) {
   const auto index = static_cast<std::size_t>(result);
   return index < Verdicts.size() ? &Verdicts[index] : nullptr;
 }
 
-template <std::size_t Count>
-const char* wordsIn(const std::array<Meaning, Count>& meanings, std::int32_t code) {
-  const auto* found = std::find_if(meanings.begin(), meanings.end(),
-                                   [&](const Meaning& meaning) { return meaning.Code == code; });
-  return found != meanings.end() ? found->Words : nullptr;
+/// Null for a code that is not in the table.
+const char* wordsIn(std::span<const Meaning> meanings, std::int32_t code) {
+  for (const Meaning& meaning : meanings)
+    if (meaning.Code == code) return meaning.Words;
+  return nullptr;
 }
 
 }  // namespace
 
 std::string meaningOf(std::int32_t returnCode) {
-  const char* const words = wordsIn(Meanings, returnCode);
+  const char* words = wordsIn(Meanings, returnCode);
+  if (words == nullptr) words = wordsIn(PendrelMeanings, returnCode);
   return words != nullptr ? words
                           : "Unexpected failure. Run it again with --console to see what passes on the link.";
 }
@@ -216,7 +265,7 @@ std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer
                ", or it is not connected well. Seat it anew and clean the contacts.";
     }
   } catch (const hy_wristlog::Failure&) {
-    // The general words remain.
+    // Only the general words are left to say.
   }
   return meaningOf(returnCode);
 }

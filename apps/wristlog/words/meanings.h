@@ -11,23 +11,23 @@ namespace wristlog {
 /// What a return code of a workflow means, and what to do about it.
 std::string meaningOf(std::int32_t returnCode);
 
-/// The same, with what can be found out at this moment about the model's dock.
+/// The same, with what can be found out now about the model's dock.
 std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer model);
 
-/// The same for the commands that work with a Pendreader on COM port `port` (0: none is known), where some
-/// codes mean something else.
+/// The same for the Pendreader's commands, where some codes mean something else. `port` is its COM port, 0
+/// when none is known.
 std::string pendrelExplanationOf(std::int32_t returnCode, std::int16_t port);
 
 /// Why the port of the model's only dock cannot be opened; empty when it can, or when there is no such dock.
 std::string portTroubleOf(hy_wristlog::enmLoggerPointer model);
 
-/// What ended a command, in a line.
+/// The failure that ended a command, in one line.
 std::string wordsFor(const hy_wristlog::Failure& failure);
 
-/// "Decode_OK".
+/// The name of the verdict: "Decode_OK".
 std::string nameOf(hy_wristlog::enmDecodeResult result);
 
-/// The verdict on a recording in a sentence.
+/// The verdict on a recording, in a sentence.
 std::string wordsFor(hy_wristlog::enmDecodeResult result);
 
 }  // namespace wristlog
