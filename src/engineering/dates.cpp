@@ -51,7 +51,7 @@ double dateFromText(std::string_view text) {
       !separatedBy(13, ":") || !separatedBy(16, ":"))
     raiseNoDate(asked);
   double date = dateSerial(field(0, 4, 9999), field(5, 2, 12), field(8, 2, 31));
-  // A day that its month does not have has moved on to another date.
+  // A day that its month does not have has been carried into the next month.
   if (isoDate(date).substr(0, 10) != text.substr(0, 10)) raiseNoDate(asked);
   if (text.size() > 10)
     date = addTime(date,

@@ -20,8 +20,8 @@ struct DockView {
 /// One row a model. Raises the failures of the device search.
 std::vector<DockView> docks();
 
-/// The file in which docks are declared that the USB tree does not show. It need not exist.
-std::string declaredDocksFile();
+/// The path of the file that declares docks which the USB tree does not show. The file need not exist.
+HY_WRISTLOG_API std::string declaredDocksFile();
 
 /// Why COM port `port` cannot be opened, and what to do about it; empty when it can be opened.
 std::string portTrouble(std::int32_t port);

@@ -34,8 +34,8 @@ ByteArray bytesOfDump(std::string_view content, const std::string& path) {
   return naming(path, [&] { return readRawDump(content, LongestRecordingFile, Addresses::Checked); });
 }
 
-/// A step of its own: a failure of a former command does not hide its failures, and one that the site wants
-/// to be left quietly or passed over is raised all the same, since the user waits for the outcome.
+/// Runs a step without the failures of earlier commands, which would hide its own. A failure that the site
+/// wants to be left quietly or passed over is raised all the same, since the user waits for the outcome.
 template <class Step>
 void anew(Step&& step) {
   auto& stack = globals().ErrorStack;
@@ -48,7 +48,7 @@ void anew(Step&& step) {
                 stack.front()->ErrorDescription);
 }
 
-/// The same for a step that writes a file.
+/// The same for a step that writes the file `named`; raises FileNotFound when there is none after it.
 template <class Step>
 void writtenAnew(const std::string& named, Step&& step) {
   anew(step);
@@ -57,7 +57,7 @@ void writtenAnew(const std::string& named, Step&& step) {
     fault::raise(fault::FileNotFound, path + " was not written");
 }
 
-/// Lets a step write the file; after a failure what stood there stands again.
+/// Lets a step write the file; when it fails, the former content is brought back.
 template <class Step>
 void restoring(const std::string& named, Step&& step) {
   const std::string path = nativePath(named);
@@ -83,7 +83,8 @@ void restoring(const std::string& named, Step&& step) {
 
 std::string hexOf(const ByteArray& bytes) { return Class_Tools::fncConvertByteArrayToHexString(bytes); }
 
-/// The block that a logger keeps when it is sent `sent`: its own part in front, and a checksum over all.
+/// The block that a logger keeps when it is sent `sent`: the logger's own part first, and a checksum over
+/// all.
 ByteArray storedBlock(const std::string& formerHex, const ByteArray& sent) {
   const auto former = Class_Tools::fncConvertHexStringToByteArray(formerHex);
   ByteArray block(former.begin(), former.end());

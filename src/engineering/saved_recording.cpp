@@ -34,7 +34,7 @@ constexpr Key Bytes{RecordingSection, "Bytes"}, BytesInLogger{RecordingSection, 
     Voltage{ReadOnlyConfigSection, "Battery Voltage"},
     LoadedVoltage{ReadOnlyConfigSection, "Loaded Battery Voltage"},
     LoggerTime{ReadOnlyConfigSection, "Logger Time"};
-/// Beside the config block, in the order of the file.
+/// What the file keeps besides the config block, in its order.
 constexpr Key Facts[] = {Firmware,      DisplayFirmware, Voltage,   LoadedVoltage, LoggerTime, Bytes,
                          BytesInLogger, Digest,          Retrieved, LowBattery,    ZoneTaken};
 
@@ -56,7 +56,7 @@ std::optional<double> dateOf(const IniFile& file, const Key& key) {
 void take(const IniFile& file, const Key& key, std::string& value) {
   if (const auto text = file.value(key.Section, key.Name)) value = *text;
 }
-/// Raises 13 for a text that is no number.
+/// Raises TypeMismatch for a text that is no number.
 void take(const IniFile& file, const Key& key, float& value) {
   const auto text = file.value(key.Section, key.Name);
   if (!text) return;
@@ -128,8 +128,8 @@ SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBatte
   saved.Raw.insert(saved.Raw.end(), record.CutOffData.begin(), record.CutOffData.end());
   if (saved.Raw.empty()) return saved;
   const std::size_t held = record.ConfigBlock.NextMemoryAddress;
-  // What fills the last packet up is none of the logger's.
-  if (saved.Raw.size() > held && saved.Raw.size() - held < Inside::of(retrieved).lastPacketBytes())
+  // The filling of the last packet is no part of what the logger holds.
+  if (saved.Raw.size() > held && saved.Raw.size() - held < retrieved.inside().lastPacketBytes())
     saved.Raw.resize(held);
 
   IniFile file = blockAlone(record.RawConfigHex);
@@ -169,7 +169,7 @@ std::shared_ptr<Class_VardenLogger> openRecording(const SavedRecording& recordin
   auto logger = loggerFromConfig(blockOf(file));
   VardenRecord& record = Inside::of(*logger).record;
   const auto retrieved = recording.retrievedAt();
-  // What the logger itself has shown goes before its block.
+  // What the logger itself has told counts more than its block.
   if (retrieved || record.FirmwareVersion.empty()) take(file, Firmware, record.FirmwareVersion);
   take(file, DisplayFirmware, record.LCDfirmwareVersion);
   take(file, Voltage, record.BatteryVoltage);
@@ -192,7 +192,7 @@ std::string withRecordingOf(const std::string& from, const std::string& into) {
   IniFile file(into);
   file.removeSection(RecordingSection);
   for (const Key& key : Facts)
-    // The firmware stands among the keys that every configuration tells.
+    // The firmware is one of the keys that every configuration has.
     if (key.Name != Firmware.Name) file.removeKey(key.Section, key.Name);
   copyFacts(IniFile(from), file);
   return file.content();

@@ -23,7 +23,7 @@ std::vector<OffsetPeriod> offsetsOf(const Class_TimeZoneInfo& zone, bool dayligh
   for (std::int32_t year = civilFromDate(fromUtc).Year - 1; year <= lastYear; ++year) {
     const double start = Class_TimeZoneTools::fncGetDaylightStart(year, zone);
     double end = Class_TimeZoneTools::fncGetStandardStart(year, zone);
-    // In the south the clock that daylight time ends by is taken for one that shows standard time.
+    // South of the equator the time at which daylight time ends is read as standard time.
     if (end < start) end += zone.DaylightBias / MinutesPerDay;
     changes.push_back({start, standard - zone.DaylightBias});
     changes.push_back({end, standard});

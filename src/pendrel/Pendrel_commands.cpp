@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* LineEnd = "\r\n";
 
-/// How the opening of a port ended; 0 for failures that have no status.
+/// The status with which the opening of a port ended; 0 for failures that have none.
 std::int32_t portStatus(std::int32_t failure) {
   constexpr std::int32_t InUse = 1, NoSuchPort = 2, Unusable = 3;
   switch (failure) {
@@ -39,7 +39,7 @@ std::int32_t portStatus(std::int32_t failure) {
   }
 }
 
-/// Characters and carriage returns; that of the last line is no part of the sum.
+/// The sum of the characters and of all carriage returns but the last line's.
 std::int32_t sumOf(const SetupLines& lines) {
   constexpr std::int32_t CarriageReturn = '\r';
   std::int32_t sum = -CarriageReturn;
@@ -101,7 +101,7 @@ void Pendrel::subCloseCOMport(bool busyPointer) {
   });
 }
 
-/// Only a carriage return that cannot be sent is sent again; an answer that stays away is no prompt.
+/// Only the sending of the carriage return is tried again; a missing answer means that there is no prompt.
 bool Pendrel::fncGetPrompt() {
   constexpr std::int32_t Silence = 1000, Pause = 500, ServeInterval = 50;
   Procedure procedure{Module, "fncGetPrompt"};

@@ -22,14 +22,14 @@ void checkAddress(StarredProcedure& command, std::int32_t address) {
   if (address < 0 || address > HighestAddress) command.fail(PendrelAddress, "Invalid memory address");
 }
 
-/// The sum behind a block is that of its bytes, kept to 16 bits, high byte first.
+/// The sum that follows a block: that of its bytes, in 16 bits, high byte first.
 bool checksumHolds(const std::vector<std::uint8_t>& block) {
   const std::uint8_t high = fault::at(block, BlockBytes), low = fault::at(block, BlockBytes + 1);
   const std::uint32_t sum = std::accumulate(block.begin(), block.begin() + BlockBytes, std::uint32_t{0});
   return (sum & 0xFFFFU) == high * 256U + low;
 }
 
-/// Fault 13 for what is not hexadecimal, fault 6 above 255.
+/// Raises TypeMismatch for text that is not hexadecimal, Overflow above 255.
 std::uint8_t byteOf(std::string_view digits) {
   const auto value = parseHexadecimal(digits);
   if (!value) fault::raise(fault::TypeMismatch);

@@ -29,7 +29,7 @@ void checkEpoch(StarredProcedure& command, std::int16_t epochLength, std::int16_
     command.fail(PendrelEpochLength, "Invalid logger epoch length");
 }
 
-/// The PC's local clock with its milliseconds: the start would otherwise be up to a second late.
+/// The PC's local clock with its milliseconds; without them the start would be up to a second late.
 double preciseNow() {
   constexpr double MillisecondsPerDay = SecondsPerDay * 1000;
   const CivilTime time = platform::current().clock().local();
@@ -38,8 +38,8 @@ double preciseNow() {
 
 }  // namespace
 
-/// An epoch below 15 seconds is refused only behind the subject text, which then stands in the logger. The
-/// times are those of the nearest second, its seconds left out.
+/// An epoch below 15 seconds is refused only after the subject text has been sent, which the logger then
+/// keeps. Times are rounded to the second, and their seconds left out.
 void Pendrel::subSendSetup(bool keepSubject) {
   StarredProcedure command{link(), "subSendSetup"};
   const auto format = [&](double date, const char* pattern) {

@@ -13,7 +13,7 @@ constexpr std::int32_t MostActivity = 32767;
 constexpr std::int32_t NominalCalibration = 128;
 constexpr std::uint8_t MarkerByte = 254;
 
-/// Activity byte to activity.
+/// The activity that each activity byte stands for.
 class ActivityScale {
  public:
   ActivityScale(std::int16_t epochLength, std::uint8_t calibration) : calibrated_(calibration != 0) {
@@ -36,7 +36,7 @@ class ActivityScale {
   bool calibrated_;
 };
 
-/// One pass over the image; each sample is put into the series as soon as its activity is known.
+/// One pass over the image; a sample enters the series as soon as its activity is known.
 class SampleWalk {
  public:
   explicit SampleWalk(PendrelRecord& record)

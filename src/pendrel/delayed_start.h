@@ -5,13 +5,13 @@
 
 namespace hy_wristlog {
 
-/// Quarter minutes and seconds.
+/// A span in quarter minutes and seconds.
 struct Shortening {
   std::int32_t QuarterMinutes = 0, Seconds = 0;
 };
 
-/// How a logger is told when to start: it idles whole epochs, the span shortened by less than one of them,
-/// from the moment at which it is released.
+/// How a logger is told when to start. From the moment of its release it waits a remainder of less than one
+/// epoch and then whole epochs.
 struct DelayedStart {
   std::int32_t Epochs = 0;  ///< 1 to 32896
   Shortening Shortened;
@@ -23,15 +23,15 @@ struct DelayedStart {
   std::string secondsWord() const;
 };
 
-/// The delay of a start on the same clock as `now`; ten seconds are held back for the exchange. Raises
-/// StartPassed for a start in the past, DelayOutOfBounds for one too near or too far, fault 11 for an epoch
-/// of 0 seconds, fault 6 for one that has more than 32767 to a day (below 3 seconds).
+/// The delay until a start, by the same clock as `now`; ten seconds are held back for the exchange. Raises
+/// StartPassed for a start in the past, DelayOutOfBounds for one too near or too far, DivisionByZero for an
+/// epoch of 0 seconds, Overflow for an epoch below 3 seconds, of which a day has more than 32767.
 DelayedStart planDelayedStart(double start, double now, std::int16_t epochLength);
 
-/// What takes `remainder` seconds, 0 or less, off a span. Raises DelayOutOfBounds above 0.
+/// The span for a `remainder` of 0 or fewer seconds. Raises DelayOutOfBounds above 0.
 Shortening shorteningFor(std::int32_t remainder);
 
-/// Raises DelayOutOfBounds for a moment that has passed, fault 6 for one beyond 24 days.
+/// Raises DelayOutOfBounds for a moment that has passed, Overflow for one beyond 24 days.
 std::int32_t millisecondsToRelease(double releaseTime, double now);
 
 }  // namespace hy_wristlog

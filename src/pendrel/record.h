@@ -10,11 +10,11 @@
 
 namespace hy_wristlog {
 
-/// The values of one Pendrel logger. Plain data: the parsers and the decoder read and write it, and know of
+/// The values of one Pendrel logger. Plain data, which the parsers and the decoder read and write; it knows
 /// no port.
 struct PendrelRecord {
   static constexpr std::int32_t HeaderBytes = 128, BlockBytes = 4096;  ///< of the memory image
-  static constexpr std::int16_t BatteryDays = 180;                     ///< that a new battery lasts
+  static constexpr std::int16_t BatteryDays = 180;                     ///< how long a new battery lasts
 
 #define HY_STORED(Name, Type, Access) Type Name{};
 #include "hy_wristlog/pendrel_properties.inc"
@@ -26,8 +26,8 @@ struct PendrelRecord {
   std::int16_t SubjectInfoVersion = 0;
   std::vector<std::uint8_t> RawData;  ///< the memory image, from address 0
 
-  /// Device_Unknown, KR_PENDREL, KR_PENDREL_CRC or KR_PENDREL_CRC_STEPS, by the first character of the serial
-  /// number and the firmware.
+  /// Told from the first character of the serial number and the firmware: Device_Unknown, KR_PENDREL,
+  /// KR_PENDREL_CRC or KR_PENDREL_CRC_STEPS.
   enmDeviceType Get_DeviceType() const;
   /// "Pendrel", "Pendrel Steps", or empty.
   std::string Get_DeviceText() const;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t StartLength = 14, BatteryDateLength = 8;
 
-/// Characters counted from 1, as many as there are.
+/// Characters of a text, counted from 1; fewer when the text ends before.
 std::string_view characters(std::string_view line, std::size_t first, std::size_t last) {
   if (line.size() < first) return {};
   return line.substr(first - 1, last - first + 1);
@@ -51,8 +51,8 @@ std::int16_t epochOfCode(std::uint8_t code) {
   }
 }
 
-/// A pointer counts from the end of the header. The highest ones are addresses inside it: nothing is
-/// recorded.
+/// The pointer is counted from the end of the header. The highest values are addresses inside the header:
+/// nothing is recorded.
 std::int32_t bytesOfPointer(std::string_view digits) {
   constexpr std::uint32_t FirstInHeader = 0xFF80;
   const auto pointer = parseHexadecimal(digits);
@@ -62,13 +62,13 @@ std::int32_t bytesOfPointer(std::string_view digits) {
 
 bool within(double value, double low, double high) { return value >= low && value <= high; }
 
-/// UnknownDate unless all three are on the calendar.
+/// UnknownDate unless day, month and year are on the calendar.
 double dateOf(double day, double month, double year) {
   if (!within(day, 1, 31) || !within(month, 1, 12) || !within(year, 0, 99)) return UnknownDate;
   return dateSerial(roundToInt32(year), roundToInt32(month), roundToInt32(day));
 }
 
-/// Of the first eight characters.
+/// The date in the first eight characters.
 double dateOf(std::string_view line) {
   const auto day = parseNumber(characters(line, 1, 2)), month = parseNumber(characters(line, 4, 5)),
              year = parseNumber(characters(line, 7, 8));

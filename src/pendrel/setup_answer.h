@@ -7,7 +7,7 @@
 #include "pendrel/record.h"
 
 /// The text with which a logger reports its set-up: eight lines, one byte a character, without their ends.
-///   0  nothing that is read
+///   0  not used
 ///   1  subject text
 ///   2  epoch code, in the first two characters
 ///   3  a byte, in the last two
@@ -15,23 +15,23 @@
 ///   5  start, "dd mm yy HH MM"
 ///   6  battery date, "dd mm yy"
 ///   7  device record "Fvv.cc.ssss.mm.rr": family letter, firmware, calibration, serial digits, memory size
-///      code, resets; any character stands for the points
+///      code, resets; any character may stand in place of the points
 /// Codes and numbers are hexadecimal, dates decimal. A field that cannot be read gets its unknown value.
 namespace hy_wristlog {
 
 using SetupLines = std::array<std::string, 8>;
 
-/// Takes SerialNumber, FirmwareVersion (0 unknown) and MemorySizeKB (-1 unknown) from line 7; they tell what
-/// the logger is. Of a line that is too short they get what there is.
+/// Takes SerialNumber, FirmwareVersion (0 unknown) and MemorySizeKB (-1 unknown) from line 7; the first two
+/// tell the device type. From a line that is too short it takes what there is.
 void takeDeviceRecord(PendrelRecord& record, std::string_view line7);
 
-/// Takes all else: the subject, which is decoded, EpochLength, SetupLine3Value, BytesUsed (at most
-/// Get_MaxBytesUsed), StartDate and StartTime, BatteryDate, ActivityCalibration (0 unknown) and Resets (-1
-/// unknown). The device record must have been taken before. Days that a month does not have carry into the
-/// next one.
+/// Takes everything else, after the device record: the subject, which is decoded, EpochLength,
+/// SetupLine3Value, BytesUsed (at most Get_MaxBytesUsed), StartDate and StartTime, BatteryDate,
+/// ActivityCalibration (0 unknown) and Resets (-1 unknown). A day that its month does not have is carried
+/// into the next month.
 void takeSetup(PendrelRecord& record, const SetupLines& lines);
 
-/// Whether the two digits of a year that a logger keeps are read back as the year of `date`: 1930 to 2029.
+/// Whether the year of `date` survives as the two digits that a logger keeps: 1930 to 2029.
 bool hasTwoDigitYear(double date);
 
 }  // namespace hy_wristlog

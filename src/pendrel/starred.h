@@ -13,7 +13,7 @@ namespace hy_wristlog {
 /// One of the Pendrel commands, which begin with three stars, and the plain part of its answer.
 struct StarredCommand {
   std::string_view Text;
-  std::int32_t Wait;   ///< milliseconds behind the last character
+  std::int32_t Wait;   ///< milliseconds after the last character
   std::int32_t Lines;  ///< of the answer, each up to its carriage return
   bool HasPrompt;      ///< ">" follows the lines
 };
@@ -35,17 +35,17 @@ inline constexpr StarredCommand ReadSetup{"***C", 500, 8, true},  //
     DelaySeconds{"***F", 500, 1, false};
 
 inline constexpr std::int32_t Baud600 = 3, Baud4800 = 6, EightDataBits = 8, NoParity = 3, OneStopBit = 1;
-inline constexpr std::int32_t Attempts = 3;        ///< at what may fail for once
+inline constexpr std::int32_t Attempts = 3;        ///< at what may fail once or twice
 inline constexpr std::int32_t ModeLocation = 109;  ///< where the steps model keeps its acquisition mode
-inline constexpr std::uint8_t ActivityMode = 255, StepsMode = 'G';  ///< and what stands there
+inline constexpr std::uint8_t ActivityMode = 255, StepsMode = 'G';  ///< its two values there
 inline constexpr const char* WrongChecksum = "Error Verifying Communications Checksum";
 
-/// The logger did not hear, heard wrong, or did not answer.
+/// Whether the logger did not hear, heard something else, or did not answer.
 constexpr bool isLinkFailure(std::int32_t number) {
   return number >= FailureNumber::NoCharacters && number <= FailureNumber::WrongCharacters;
 }
 
-/// The number of the failure with which the logger did not hear `step`, or heard it wrong; otherwise 0.
+/// The number of the failure when the logger did not hear `step`, or heard something else; otherwise 0.
 template <class Step>
 std::int32_t failureToSend(Step&& step) {
   try {
@@ -58,7 +58,7 @@ std::int32_t failureToSend(Step&& step) {
   return 0;
 }
 
-/// The last four digits of the two's complement form, upper case.
+/// The last four hexadecimal digits of the two's complement, in upper case.
 std::string hexWord(std::int32_t value);
 /// Whether the first four characters of `line` stand for `sum`, in hexadecimal.
 bool standsFor(std::string_view line, std::int32_t sum);
@@ -66,25 +66,24 @@ bool standsFor(std::string_view line, std::int32_t sum);
 std::int32_t checksumOf(std::string_view text);
 }  // namespace starred
 
-/// One call of a procedure that talks to a Pendrel logger, and its failure handling: link failures are raised
-/// again without more ado.
+/// One call of a procedure that talks to a Pendrel logger, and its failure handling: failures of the link are
+/// raised again at once.
 class StarredProcedure {
  public:
   StarredProcedure(Form_Comm& link, const char* name);
 
   Procedure procedure;
 
-  /// Types a command, character by character, each one's echo awaited. Raises NoCharacters and
-  /// WrongCharacters.
+  /// Types a command and waits for the echo of each character. Raises NoCharacters and WrongCharacters.
   void send(const StarredCommand& command, std::string_view argument = {}, bool carriageReturn = false);
-  /// The same in up to three tries, two seconds apart. The third failure keeps its number and gets `text`.
+  /// The same in up to three attempts, two seconds apart. The third failure keeps its number and gets `text`.
   void sendPatiently(const StarredCommand& command, const char* text);
   /// Raises NoCharacters and NoFinalCharacter.
   std::string readLine(char terminator = '\r');
-  /// Sends a command and reads its answer. Gives the lines, one more of them for a checksum if wanted.
+  /// Sends a command and reads the lines of its answer, and one more when a checksum is wanted.
   std::vector<std::string> ask(const StarredCommand& command, std::string_view argument = {},
                                bool withChecksum = false);
-  /// The logger needs two seconds behind its longer answers. Nothing is served meanwhile.
+  /// Waits the two seconds that the logger needs after its longer answers. No events are served meanwhile.
   void rest();
 
   /// Raises a failure with this procedure as its source.

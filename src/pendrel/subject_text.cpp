@@ -27,7 +27,7 @@ constexpr Field Identity{0, 23}, Initials{23, 3}, Gender{26, 1}, Daylight{27, 1}
     Version{63, 1};
 constexpr std::size_t TextLength = 64;
 
-// Inside the packed bytes
+// Places in the packed bytes
 constexpr Field Guid{0, 16}, BirthDay{16, 2}, Offset{18, 2}, Height{20, 2}, Weight{22, 2};
 constexpr std::size_t PackedLength = 24;
 
@@ -63,14 +63,14 @@ void putGuid(std::span<std::uint8_t> bytes, const std::string& utf8) {
   }
 }
 
-/// The high byte comes of a division that cuts towards zero, so that of -1 is 0.
+/// The high byte comes from a division that cuts towards zero, so that it is 0 for -1.
 void putBirthDay(std::span<std::uint8_t> bytes, double date) {
   const std::int32_t days = roundToInt32(std::trunc(date));
   bytes[BirthDay.Offset] = static_cast<std::uint8_t>(days / 256);
   bytes[BirthDay.Offset + 1] = static_cast<std::uint8_t>(days);
 }
 
-/// The product is a single-precision one: 70.1 gives 701 and not 700.
+/// The product has single precision: 70.1 gives 701 and not 700.
 void putTenths(std::span<std::uint8_t> bytes, Field field, float value) {
   const float product = value * 10.0F;
   putWord(bytes, field, roundToInt32(std::floor(product)));

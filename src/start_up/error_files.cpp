@@ -57,7 +57,7 @@ bool isFolder(const std::string& path) {
   return platform::current().files().state(path).Kind == platform::FileKind::Folder;
 }
 
-/// A file that cannot be read is left to the reader, which tells of it.
+/// A file that cannot be read counts as one that exists: its reader tells of it.
 bool isBlank(const std::string& path) {
   try {
     return platform::current().files().read(path).find_first_not_of(" \t\r\n") == std::string::npos;
@@ -66,8 +66,8 @@ bool isBlank(const std::string& path) {
   }
 }
 
-/// The log is written from within the dispatcher: a failure here must not come back to it, so neither this
-/// nor the writing goes through procedures.
+/// The dispatcher itself writes the log. A failure here must not come back to it, so neither this nor the
+/// writing is framed by procedures.
 void makeFolders(const std::string& folder) {
   withFileFaults(folder, [&] {
     const bool forEveryone = !belongsToUser(folder + "/");
@@ -79,7 +79,7 @@ void makeFolders(const std::string& folder) {
   });
 }
 
-/// Another command, or another process, may have logged in the same second.
+/// A name that is free: another command or process may have logged in the same second.
 std::string freeLogPath(const std::string& folder, double time) {
   const std::string start = folder + "/" + formatDate(time, "yyyy-mm-dd_Hh-Nn-Ss") + " ErrorLog";
   std::string path = start + ".XML";
@@ -97,8 +97,8 @@ std::vector<Class_ErrorAction> fncPopulateXMLErrorActions() {
   return parseErrorActions({lines.begin(), lines.end()});
 }
 
-/// The library's own actions stand before the site's file is read, so that one that cannot be read costs
-/// nothing but itself.
+/// The library's own actions are in place before the site's file is read, so that a file that cannot be read
+/// costs only its own actions.
 void fncLoadGlobalErrors() {
   std::vector<Class_ErrorAction>& actions = globals().ErrorActions;
   actions.clear();

@@ -12,8 +12,8 @@ std::vector<Class_ErrorAction> fncPopulateXMLErrorActions();
 /// Fills the thread's error actions: the site's, then the library's own.
 void fncLoadGlobalErrors();
 
-/// Writes the thread's error stack to its log in the common data folder, replacing an earlier save of the
-/// same stack and no other log. Raises the faults of writing files.
+/// Writes the thread's error stack to its log in the common data folder. It replaces an earlier log of the
+/// same stack and no other. Raises the faults of writing files.
 void fncSaveXMLErrorRecords();
 
 }  // namespace hy_wristlog

@@ -19,7 +19,6 @@ namespace {
 constexpr std::int32_t DocumentsFolderCode = 5;
 constexpr std::int32_t UserDataFolderCode = 26;
 constexpr std::int32_t CommonDataFolderCode = 35;
-constexpr std::int32_t ObjectNotSet = 91;
 
 TrapAnswer trapStartUp(const Failure& failure) {
   switch (failure.Number) {
@@ -63,7 +62,7 @@ void subMain() {
     step([&] { state.TimeOfDayFormat = Tools().fncGetLocaleTimeFormat(true); });
     state.ShortDateTimeFormat = state.ShortDateFormat + " " + state.TimeOfDayFormat;
     state.LongDateTimeFormat = state.LongDateFormat + " " + state.TimeOfDayFormat;
-    // None where there is no home: a relative one would lie wherever the program happens to run.
+    // Empty without a home folder: a relative path would depend on where the program runs.
     const auto ownFolderIn = [&](std::int32_t code) {
       const std::string folder = Tools().fncGetSpecialFolderLocation(0, code);
       return folder.empty() ? folder : joinPath(folder, state.AppName);
@@ -81,13 +80,13 @@ void subMain() {
     Class_Signature& signatures = SignatureService();
     step([&] { signatures.Get_LogonUserName(); });
     step([&] { signatures.Get_DomainName(); });
-    // Keys are needed by nobody but who signs, and signing tells what is wrong with them.
+    // A missing key matters only to signing, which tells what is wrong with it.
     ignoringFailures([&] {
       signatures.fncCheckUserContainer("Somnaris_5.0_" + signatures.Get_LogonUserName() + "_" +
                                        signatures.Get_DomainName());
     });
   });
-  // The first command owes its answer to its own failures alone.
+  // What failed here must not count as a failure of the first command.
   state.emptyErrorStack();
 }
 

@@ -51,7 +51,8 @@ void tellWritten(bool asJson, const std::string& file, const hw::Class_VardenLog
     say() << "The configuration of logger " << logger.Get_SerialNumber() << ". Written to " << file << ".\n";
 }
 
-/// What was edited, as label, former and new value; the checksum follows from the rest.
+/// The values that were edited, with label, former and new value. The checksum is left out: it follows from
+/// the rest.
 Json changes(const hw::Class_VardenLogger& before, const hw::Class_VardenLogger& after) {
   Json list = Json::array();
   const auto former = engineering::configItems(before), present = engineering::configItems(after);

@@ -17,7 +17,7 @@ namespace engineering = hy_wristlog::engineering;
 
 namespace {
 
-/// The end that goes with a start when none is asked for: the logger takes no start without one.
+/// The end to go with a start when the user names none: the logger takes no start without an end.
 constexpr const char* LatestEnd = "2038-01-01";
 
 std::int32_t secondsFromText(Session& session, const std::string& text) {
@@ -44,7 +44,7 @@ int runConfigure(const CommonOptions& common, const ConfigureOptions& options) {
                                    : hw::TimeFormat_24hour,
       &battery, &serialNumber);
   session.endProgress();
-  // An aborted configuration ends with whatever code it had come to.
+  // An aborted configuration returns the code that it had come to.
   if (interruptRequested() && serialNumber.empty()) code = hw::ReturnCode::Aborted;
   const std::string meaning =
       code == hw::ReturnCode::Aborted

@@ -40,7 +40,8 @@ hw::Class_Subject demoSubject() {
   return subject;
 }
 
-/// A line a local day, half an hour a column; the height of a block is the logarithm of the activity.
+/// Draws one line for each local day and one column for each half hour; the height of a block is the
+/// logarithm of the activity.
 void drawDays(const Speech& out, const hw::Class_VardenLogger& logger) {
   constexpr std::array Blocks{" ", "▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
   struct Column {
@@ -101,7 +102,7 @@ class Demo {
     if (!session_.asJson()) wristlog::say() << text << '\n';
   }
 
-  /// Raises what ends the demo: a step's code other than 0.
+  /// Raises a step's code other than 0, which ends the demo.
   void require(const std::string& step, std::int32_t code) {
     session_.endProgress();
     if (interruptRequested()) throw hw::Failure(hw::ReturnCode::Aborted, "Class_Main." + step, "Aborted");

@@ -23,8 +23,8 @@ bool isThere(const std::string& file) {
   return std::filesystem::exists(file, none);
 }
 
-/// Opens the recording and lets `save` write its file; the JSON document begins with the file and the size of
-/// the recording.
+/// Opens the recording and lets `save` write its file. The JSON document begins with the name of the file and
+/// the size of the recording.
 template <class Save>
 int writeFile(const CommonOptions& common, const RecordingFileOptions& options, const Save& save) {
   engineering::checkOutput(options.Output.File, options.Output.Force, options.Place.files());

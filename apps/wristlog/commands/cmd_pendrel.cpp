@@ -25,14 +25,14 @@ constexpr const char* HalfConfigured =
     "Configure it again.";
 constexpr const char* DateUnsure = " 'wristlog legacy status' tells which battery date the logger has now.";
 
-/// "02" of a number.
+/// The last two digits: "02" for 2002.
 std::string two(std::int32_t number) {
   const std::string digits = std::to_string(number % 100);
   return digits.size() == 1 ? "0" + digits : digits;
 }
 
-/// Day, month and year as the logger takes them, of "yyyy-mm-dd" or of the machine's day; empty for a day
-/// whose year two digits cannot say.
+/// Day, month and year as the logger takes them, from "yyyy-mm-dd" or, when that is empty, from the machine's
+/// clock. Empty for a year that two digits cannot say.
 std::string sixDigits(const std::string& date) {
   if (date.empty()) {
     constexpr std::int32_t FirstYear = 1930, LastYear = 2029;

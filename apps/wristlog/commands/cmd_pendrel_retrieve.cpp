@@ -69,7 +69,7 @@ void writeFiles(const RecordingFiles& files, PendrelSession& session, const hw::
   }
 }
 
-/// False, and said why, when the pictures of a recording whose other files are written could not be made.
+/// False, after telling why, when the pictures could not be made though the other files were written.
 bool drawPictures(const RecordingFiles& files, const hw::Class_Pendrel& logger, const std::string& model) {
   try {
     files.writePictures(plottedRecording(logger, model));

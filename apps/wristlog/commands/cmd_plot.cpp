@@ -19,7 +19,7 @@ namespace platform = hy_wristlog::platform;
 
 namespace {
 
-/// Raises fault 53 for a folder that is none, or has no recording in it.
+/// Raises FileNotFound for what is no folder, and for a folder without a recording.
 void requireRecording(const std::string& folder) {
   const auto kindOf = [](const std::string& path) {
     try {

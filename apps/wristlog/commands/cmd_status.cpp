@@ -35,7 +35,7 @@ Status askStatus(Session& session, hw::enmLoggerPointer model) {
   return status;
 }
 
-/// Without a logger the record holds nothing but zeros.
+/// Whether a logger was read; without one its values are all 0.
 bool wasRead(const Status& status) {
   return status.Logger && status.Subject && !engineering::rawConfigHex(*status.Logger).empty();
 }

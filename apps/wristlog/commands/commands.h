@@ -10,7 +10,7 @@ namespace wristlog {
 
 struct DemoOptions {
   std::string Folder;
-  bool OwnFolder = false;  ///< the folder is the demo's own, of which a former demo's files may go
+  bool OwnFolder = false;  ///< the demo's own folder: files of an earlier demo may be replaced
   bool Force = false;
 };
 
@@ -50,7 +50,7 @@ struct PlotOptions {
 
 struct ConsoleOptions {
   std::string Model, Workflow = "status";
-  std::string Folder;  ///< for a retrieved recording; empty: it is not kept
+  std::string Folder;  ///< where a retrieved recording is kept; empty: nowhere
   bool Force = false, IgnoreWarnings = false;
   double Speed = 1;  ///< of simulated time
 };

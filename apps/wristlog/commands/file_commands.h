@@ -24,7 +24,7 @@ struct RawLoadOptions {
 
 struct ConfigOptions {
   RecordingPlace Place;
-  std::string Model;  ///< of the docked logger whose configuration is meant; empty for a saved one
+  std::string Model;  ///< of the docked logger to read; empty: a saved configuration is meant
   OutputOptions Output;
 };
 

@@ -7,10 +7,10 @@
 
 namespace wristlog {
 
-/// The subject as a logger gives it back: texts without the blanks around them, sizes in tenths.
+/// The subject in the form in which a logger returns it: texts without blanks around them, sizes in tenths.
 hy_wristlog::Class_Subject subjectFrom(const SubjectOptions& options);
 
-/// A zone's letters as the catalogue has them.
+/// The text in capital letters, as the catalogue has its zones.
 std::string upper(std::string text);
 
 }  // namespace wristlog

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "hy_wristlog/failure_numbers.h"
 #include "recording/recording_files.h"
 #include "recording/recording_world.h"
 #include "recording/saved_recording.h"
@@ -10,7 +11,7 @@
 namespace wristlog {
 
 /// The code of a retrieval whose bytes are fewer, or more, than the logger holds.
-inline constexpr std::int32_t NotWhole = 9;
+inline constexpr std::int32_t NotWhole = hy_wristlog::FailureNumber::Subscript;
 
 /// What a retrieval has brought. It is decoded from the same data as the saved files will be, so that both
 /// give the same.

@@ -5,7 +5,7 @@
 
 namespace wristlog {
 
-/// "1 epoch", "2 epochs": the plural of `what` has an s.
+/// "1 epoch", "2 epochs": `what` must have a plural in s.
 inline std::string counted(std::int64_t count, const char* what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }

@@ -9,14 +9,14 @@
 
 namespace wristlog {
 
-/// Without one its remaining days are unknown, and read as 0.
+/// Whether the battery's date is known; without it the remaining days read 0.
 bool hasBatteryDate(const hy_wristlog::Class_Pendrel& logger);
 
-/// What a logger is, what it holds and what is wrong with it, in lines.
+/// Tells in lines what a logger is, what it holds and what is wrong with it.
 void tellStatus(const Speech& out, const hy_wristlog::Class_Pendrel& logger,
                 const hy_wristlog::PendrelDetails& details);
 
-/// What stands in the way of a good recording or of retrieving it, a sentence each.
+/// One sentence for each thing that stands in the way of recording or retrieving.
 std::vector<std::string> problemsOf(const hy_wristlog::Class_Pendrel& logger,
                                     const hy_wristlog::PendrelDetails& details);
 

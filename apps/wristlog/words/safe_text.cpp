@@ -12,7 +12,7 @@ void appendHex(std::u16string& text, std::uint32_t value, int digits) {
     text += u"0123456789ABCDEF"[value >> static_cast<unsigned>(shift) & 15U];
 }
 
-/// Takes a character off the front; 0 when none begins there.
+/// Takes the first character off the text; 0, and nothing taken, when no character begins there.
 char32_t takeCharacter(std::string_view& text) {
   const auto byte = [&](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
   const unsigned first = byte(0);
@@ -35,8 +35,8 @@ char32_t takeCharacter(std::string_view& text) {
   return character;
 }
 
-/// Takes what stands in front, a character or a byte that belongs to none, and shows it: as it is when
-/// `isShown` says so, else by its number.
+/// Takes the first character, or a first byte that belongs to none, and appends it: unchanged when `isShown`
+/// allows it, else as a number.
 template <class Shown, class Append>
 void takeVisible(std::string_view& text, const Shown& isShown, const Append& append) {
   const unsigned byte = static_cast<std::uint8_t>(text.front());
@@ -67,7 +67,8 @@ struct Range {
   char32_t First, Last;
 };
 
-/// Controls, separators of lines, marks of direction, what is invisible, and what is no character.
+/// Control characters, line separators, direction marks, invisible characters, and values that are no
+/// character.
 constexpr std::array<Range, 15> Unseen{{{0x00, 0x1F},
                                         {0x7F, 0x9F},
                                         {0xAD, 0xAD},

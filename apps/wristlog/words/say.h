@@ -6,9 +6,9 @@
 
 namespace wristlog {
 
-/// Words for people on a standard stream. String literals are the program's own: they go out as they stand,
-/// with their line ends. Every other text may come from a logger, a file or a name: it stays in its line, and
-/// nothing in it commands the terminal.
+/// Words for people on a standard stream. String literals are the program's own and are written as they are,
+/// with their line ends. Every other text may come from a logger, a file or a name: it is kept inside its
+/// line and cannot command the terminal.
 class Speech {
  public:
   explicit Speech(std::ostream& out) : out_(&out) {}
@@ -27,10 +27,10 @@ class Speech {
     else
       return putNumber(static_cast<long long>(number));
   }
-  /// A text with lines of its own, and a line end behind it; each line after the first begins with `margin`,
-  /// so that none passes for a line of the program.
+  /// Writes a text of several lines and a line end after it. Each line after the first begins with `margin`,
+  /// so that it cannot be taken for a line of the program.
   const Speech& lines(std::string_view foreign, std::string_view margin) const;
-  /// What `safeText` makes of it, with its line ends.
+  /// Writes what `safeText` makes of it, with its line ends.
   const Speech& traffic(std::string_view foreign) const;
   void flush() const;
 
@@ -41,18 +41,18 @@ class Speech {
   std::ostream* out_;
 };
 
-/// On standard output, and on standard error.
+/// Standard output, and standard error.
 Speech say();
 Speech complain();
 
-/// A document for programs on standard output, as it is.
+/// Writes a document for programs to standard output, as it is.
 void printDocument(std::string_view document);
 
-/// False when something did not go out.
+/// False when something could not be written.
 bool flushStandardOutput();
 
 }  // namespace wristlog
 
-// What is printed goes through the functions above: nothing else can be forgotten to be made safe.
+// Everything must be printed through the functions above, which make it safe.
 #include <iostream>
 #pragma GCC poison cout cerr clog
