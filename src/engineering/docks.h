@@ -21,7 +21,7 @@ struct DockView {
 std::vector<DockView> docks();
 
 /// The path of the file that declares docks which the USB tree does not show. The file need not exist.
-HY_WRISTLOG_API std::string declaredDocksFile();
+std::string declaredDocksFile();
 
 /// Why COM port `port` cannot be opened, and what to do about it; empty when it can be opened.
 std::string portTrouble(std::int32_t port);

@@ -44,19 +44,19 @@ std::string iniTextOf(const std::string& path);
 /// The config block that an INI file keeps, under the key "Raw Config Bytes" of the section "Configuration
 /// Bytes". Raises FileNotFound when there is no such file, PathFileAccess when it cannot be read, OutOfRange
 /// when it holds no block.
-HY_WRISTLOG_API std::string configHexFromIni(const std::string& path);
+std::string configHexFromIni(const std::string& path);
 
 /// The logger that the config block of an INI file describes. A block of version 1 holds no firmware version;
 /// that is then taken from the file's own key. Raises what `configHexFromIni` does, and OutOfRange,
 /// UnknownStructure and DamagedConfig for a damaged block; the description names the file.
-HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> loggerFromIni(const std::string& path);
+std::shared_ptr<Class_VardenLogger> loggerFromIni(const std::string& path);
 
 /// A raw recording from a file, which holds a raw data CSV or the bytes themselves. Raises FileNotFound when
 /// there is no such file, PathFileAccess when it cannot be read or has more than 64 MiB, TypeMismatch or
 /// Overflow for a CSV with a line that holds no byte or whose address is not the next one.
-HY_WRISTLOG_API std::vector<std::uint8_t> rawFromFile(const std::string& path);
+std::vector<std::uint8_t> rawFromFile(const std::string& path);
 /// The same, but raises TypeMismatch for a file that is no raw data CSV.
-HY_WRISTLOG_API std::vector<std::uint8_t> rawFromDump(const std::string& path);
+std::vector<std::uint8_t> rawFromDump(const std::string& path);
 
 /// Makes the bytes of a saved recording the logger's raw data, as if they had just been read.
 void setRawData(Class_VardenLogger& logger, std::vector<std::uint8_t> raw);
@@ -65,45 +65,41 @@ void setRawData(Class_VardenLogger& logger, std::vector<std::uint8_t> raw);
 /// that the command also reads or writes, even if it may be overwritten; FileExists when it exists and may
 /// not be overwritten; PathFileAccess when its name belongs to something else, such as a folder or a link;
 /// DiskFull, PermissionDenied, PathFileAccess or PathNotFound when nothing can be written to its folder.
-HY_WRISTLOG_API void checkOutput(const std::string& path, bool overwrite,
-                                 const std::vector<std::string>& inputs = {});
+void checkOutput(const std::string& path, bool overwrite, const std::vector<std::string>& inputs = {});
 /// The same for `saveConfigIni`, which keeps the lines of an existing file: raises PathFileAccess for a file
 /// that has content but no section, or that holds a NUL.
-HY_WRISTLOG_API void checkIniOutput(const std::string& path, bool overwrite,
-                                    const std::vector<std::string>& inputs = {});
+void checkIniOutput(const std::string& path, bool overwrite, const std::vector<std::string>& inputs = {});
 
-HY_WRISTLOG_API void saveRawBytes(const std::vector<std::uint8_t>& raw, const std::string& path);
+void saveRawBytes(const std::vector<std::uint8_t>& raw, const std::string& path);
 /// The facts of the configuration, and then one byte a line with its address.
-HY_WRISTLOG_API void saveRawDump(Class_VardenLogger& logger, const std::string& path);
+void saveRawDump(Class_VardenLogger& logger, const std::string& path);
 /// Decodes diagnostically and writes one row for each epoch; message boxes tell the result and a low battery.
 /// A report that fails after its heading leaves the heading, unless the file existed before. Raises what
 /// decoding raises.
-HY_WRISTLOG_API enmDecodeResult saveReport(Class_VardenLogger& logger, const std::string& path);
+enmDecodeResult saveReport(Class_VardenLogger& logger, const std::string& path);
 /// Raises NoLightTest for a recording that is no light test or holds no reading.
 void saveLightTest(Class_VardenLogger& logger, const std::string& path);
 /// The activity-only file, kind KRD. Raises OutOfRange without an activity calibration.
 void saveActivityOnly(Class_VardenLogger& logger, const std::string& path);
 
 /// Labels and values of the configuration, enumerations in words.
-HY_WRISTLOG_API std::vector<std::pair<std::string, std::string>> configItems(
-    const Class_VardenLogger& logger);
+std::vector<std::pair<std::string, std::string>> configItems(const Class_VardenLogger& logger);
 /// The configuration as an INI file that can be edited, with the block as it was read. The other lines of an
 /// existing file stay, but for what it says of a recording: that is replaced by what the file `recordingIni`
 /// says, or removed when that name is empty.
-HY_WRISTLOG_API void saveConfigIni(Class_VardenLogger& logger, const std::string& path,
-                                   const std::string& recordingIni = {});
+void saveConfigIni(Class_VardenLogger& logger, const std::string& path, const std::string& recordingIni = {});
 /// The 256 bytes that would be sent to the logger. Raises OutOfRange and Overflow for values that the logger
 /// cannot take.
-HY_WRISTLOG_API void saveConfigImage(Class_VardenLogger& logger, const std::string& path);
+void saveConfigImage(Class_VardenLogger& logger, const std::string& path);
 /// Writes both; when one fails, neither is left.
-HY_WRISTLOG_API void saveConfigIniAndImage(Class_VardenLogger& logger, const std::string& ini,
-                                           const std::string& image, const std::string& recordingIni = {});
+void saveConfigIniAndImage(Class_VardenLogger& logger, const std::string& ini, const std::string& image,
+                           const std::string& recordingIni = {});
 
 /// A logger with the configuration of `logger` and the edited values of an INI file. Its config block is the
 /// one that the logger would make of them. Raises FileNotFound and PathFileAccess for a file that cannot be
 /// read, OutOfRange for one that lacks values, and TypeMismatch, Overflow and OutOfRange for values that are
 /// damaged or that a logger would keep differently; the description names the key.
-HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> withEditedConfig(const Class_VardenLogger& logger,
-                                                                     const std::string& iniPath);
+std::shared_ptr<Class_VardenLogger> withEditedConfig(const Class_VardenLogger& logger,
+                                                     const std::string& iniPath);
 
 }  // namespace hy_wristlog::engineering

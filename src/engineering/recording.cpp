@@ -57,10 +57,10 @@ const TristateSeries& marker2(const Class_VardenLogger& logger) {
 std::int32_t marker2Count(const Class_VardenLogger& logger) { return Inside::of(logger).record.Marker2Count; }
 
 Class_Subject subjectOf(const Class_VardenLogger& logger) {
-  return hy_wristlog::subjectOf(logger.inside().record);
+  return hy_wristlog::subjectOf(Inside::of(logger).record);
 }
 
-std::string rawConfigHex(const Class_VardenLogger& logger) { return logger.inside().record.RawConfigHex; }
+std::string rawConfigHex(const Class_VardenLogger& logger) { return Inside::of(logger).record.RawConfigHex; }
 
 std::string batteryWords(Class_VardenLogger& logger) { return Inside::of(logger).fncFriendlyBatteryStatus(); }
 

@@ -129,7 +129,7 @@ SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBatte
   if (saved.Raw.empty()) return saved;
   const std::size_t held = record.ConfigBlock.NextMemoryAddress;
   // The filling of the last packet is no part of what the logger holds.
-  if (saved.Raw.size() > held && saved.Raw.size() - held < retrieved.inside().lastPacketBytes())
+  if (saved.Raw.size() > held && saved.Raw.size() - held < Inside::of(retrieved).lastPacketBytes())
     saved.Raw.resize(held);
 
   IniFile file = blockAlone(record.RawConfigHex);

@@ -31,18 +31,18 @@ struct SavedRecording {
 
 /// The recording that a retrieval has brought: every byte that came, without the filling of the last packet.
 /// Empty when nothing came.
-HY_WRISTLOG_API SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBattery);
+SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBattery);
 
 /// The recording from its files; `rawFile` may be a raw data CSV. Raises what `loggerFromIni`, `rawFromFile`
 /// and `openRecording` raise, and OutOfRange for a recording without bytes.
-HY_WRISTLOG_API SavedRecording savedRecording(const std::string& iniFile, const std::string& rawFile);
+SavedRecording savedRecording(const std::string& iniFile, const std::string& rawFile);
 
 /// The logger with its configuration and raw data, not decoded. Raises what `loggerFromConfig` raises, and
 /// TypeMismatch for a voltage or a time that cannot be read.
-HY_WRISTLOG_API std::shared_ptr<Class_VardenLogger> openRecording(const SavedRecording& recording);
+std::shared_ptr<Class_VardenLogger> openRecording(const SavedRecording& recording);
 
 /// Decodes the logger's raw data. Raises what decoding raises: WrongDeviceType, OutOfRange, Subscript.
-HY_WRISTLOG_API enmDecodeResult decode(Class_VardenLogger& logger, bool diagnostic, bool& lowBatteryDetected);
+enmDecodeResult decode(Class_VardenLogger& logger, bool diagnostic, bool& lowBatteryDetected);
 
 /// The INI text `into` with what `from` tells of a recording, besides the config block, in place of its own.
 /// An empty `from` tells nothing.

@@ -24,20 +24,18 @@ struct ZoneView {
 std::vector<ZoneView> zones();
 
 /// How far local time where a logger was worn was ahead of UTC, from a moment on.
-struct HY_WRISTLOG_API OffsetPeriod {
+struct OffsetPeriod {
   double FromUtc = 0;
   std::int32_t Minutes = 0;
 };
 
 /// The offsets of the logger's zone between two moments: the first one from `fromUtc` on, each later one from
 /// a change of the clocks on. Daylight time counts when the logger adjusts for it.
-HY_WRISTLOG_API std::vector<OffsetPeriod> offsetPeriods(const Class_VardenLogger& logger, double fromUtc,
-                                                        double toUtc);
+std::vector<OffsetPeriod> offsetPeriods(const Class_VardenLogger& logger, double fromUtc, double toUtc);
 
 /// The same for a Pendrel logger: its offset at its start, and the changes of the zone that it names,
 /// provided that this zone had that offset then.
-HY_WRISTLOG_API std::vector<OffsetPeriod> offsetPeriods(const Class_Pendrel& logger, double fromUtc,
-                                                        double toUtc);
+std::vector<OffsetPeriod> offsetPeriods(const Class_Pendrel& logger, double fromUtc, double toUtc);
 /// When the logger's recording started; the unknown date (-1) when it does not tell.
 double startUtc(const Class_Pendrel& logger);
 
