@@ -14,7 +14,7 @@ using std::chrono::sys_days;
 constexpr sys_days DayZero = std::chrono::year{1899} / 12 / 30;
 constexpr std::int64_t FirstDay = (sys_days{std::chrono::year{100} / 1 / 1} - DayZero).count();
 constexpr std::int64_t LastDay = (sys_days{std::chrono::year{9999} / 12 / 31} - DayZero).count();
-constexpr std::int64_t DaySeconds = 86400;
+constexpr auto DaySeconds = static_cast<std::int64_t>(SecondsPerDay);
 
 std::int64_t floorDivide(std::int64_t value, std::int64_t by) {
   return value / by - (value % by < 0 ? 1 : 0);

@@ -12,6 +12,8 @@
 namespace hy_wristlog {
 namespace {
 
+constexpr auto DaySeconds = static_cast<std::int64_t>(SecondsPerDay);
+
 constexpr std::array<std::string_view, 7> DayNames = {"Sunday",   "Monday", "Tuesday", "Wednesday",
                                                       "Thursday", "Friday", "Saturday"};
 constexpr std::array<std::string_view, 12> MonthNames = {"January",   "February", "March",    "April",
@@ -79,7 +81,7 @@ std::string dateField(double date, const CivilTime& time, char letter, std::size
     case 'm':
       return dayOrMonth(time.Month, MonthNames[static_cast<std::size_t>(time.Month - 1)], length);
     case 'y':
-      if (length == 1) return padded(secondsBetween(dateSerial(time.Year, 1, 1), date) / 86400 + 1, 1);
+      if (length == 1) return padded(secondsBetween(dateSerial(time.Year, 1, 1), date) / DaySeconds + 1, 1);
       return length == 2 ? padded(time.Year % 100, 2) : padded(time.Year, 4);
     case 'h':
       return padded(halfDays ? (time.Hour + 11) % 12 + 1 : time.Hour, length);

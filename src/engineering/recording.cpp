@@ -9,29 +9,10 @@
 #include "hy_wristlog/failure.h"
 #include "start_up/start_up.h"
 #include "varden/VardenLogger.h"
+#include "varden/config/packets.h"
 #include "workflows/subject_of.h"
 
 namespace hy_wristlog::engineering {
-namespace {
-
-constexpr std::size_t PacketBytes = 128;
-
-/// The packets that would have brought these bytes.
-PacketArray packetsOf(const ByteArray& bytes) {
-  std::vector<Class_Packet> packets;
-  for (std::size_t at = 0; at < bytes.size(); at += PacketBytes) {
-    Class_Packet packet;
-    packet.PacketSize = 1;
-    packet.PacketNum = static_cast<std::uint8_t>(packets.size() + 1);
-    const std::size_t end = std::min(bytes.size(), at + PacketBytes);
-    packet.BinData.assign(bytes.begin() + static_cast<std::ptrdiff_t>(at),
-                          bytes.begin() + static_cast<std::ptrdiff_t>(end));
-    packets.push_back(std::move(packet));
-  }
-  return packets;
-}
-
-}  // namespace
 
 std::shared_ptr<Class_VardenLogger> loggerFromConfig(std::string_view configHex) {
   openLibrary();
@@ -43,7 +24,7 @@ std::shared_ptr<Class_VardenLogger> loggerFromConfig(std::string_view configHex)
   for (std::size_t i = 0; i < hex.size(); i += 2)
     bytes.push_back(static_cast<std::uint8_t>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
   auto logger = std::make_shared<Class_VardenLogger>();
-  Inside::of(*logger).subDecodeVardenLoggerConfig(packetsOf(bytes));
+  Inside::of(*logger).subDecodeVardenLoggerConfig(splitIntoPackets(bytes));
   return logger;
 }
 

@@ -23,7 +23,7 @@ struct FrameFormat {
   constexpr std::size_t length() const { return crcOffset() + CrcLength; }
 };
 
-constexpr FrameFormat Formats[] = {{1, 1, 128}, {2, 2, 1024}};
+constexpr FrameFormat Formats[] = {{1, 1, Class_Packet::ShortData}, {2, 2, Class_Packet::LongData}};
 
 template <class Matches>
 const FrameFormat* findFormat(Matches matches) {

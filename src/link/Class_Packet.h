@@ -12,6 +12,8 @@ namespace hy_wristlog {
 /// a header of three bytes and a CRC-16, high byte first.
 class Class_Packet {
  public:
+  static constexpr std::size_t ShortData = 128, LongData = 1024;
+
   std::int32_t PacketSize = 0;        ///< 1 for 128 data bytes, 2 for 1024, 0 not set
   std::vector<std::uint8_t> BinData;  ///< the data bytes
   std::int32_t CRC = 0;

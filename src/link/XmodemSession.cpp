@@ -4,7 +4,7 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr std::int32_t DefaultTimeout = 3000, SilenceTime = 1000, MostTurnsForSilence = 100;
+constexpr std::int32_t SilenceTime = 1000, MostTurnsForSilence = 100;
 
 void sendControl(CommState& state, const char* name, std::string_view bytes) {
   Procedure procedure{"Form_Comm", name};
@@ -20,7 +20,7 @@ XmodemSession::XmodemSession(CommState& link, const char* name, const char* sour
     : link_(link),
       frame_(link, name),
       port_(frame_.port),
-      timeout_(timeout < 0 ? DefaultTimeout : timeout),
+      timeout_(timeout < 0 ? TransferTimeout : timeout),
       source_(source) {
   link_.abortRequested = false;
   link_.doingXMODEM = true;

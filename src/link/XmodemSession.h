@@ -14,6 +14,8 @@ inline constexpr char Soh = 1, Stx = 2, CtrlC = 3, Eot = 4, Ack = 6, Nak = 21, C
 
 inline constexpr const char* RetriesExceededText = "Maximum number of packet transmission retries exceeded";
 inline constexpr std::int32_t PollInterval = 50;  ///< milliseconds
+/// Milliseconds for each wait for an answer, unless the caller of a transfer names others.
+inline constexpr std::int32_t TransferTimeout = 3000;
 
 /// What both directions of one transfer share. Its procedure's clean-up restores the line's settings.
 class XmodemSession {

@@ -11,7 +11,8 @@ using namespace FailureNumber;
 namespace {
 
 constexpr std::int32_t MostInvitations = 5, MostBadPackets = 3, MostDuplicates = 3;
-constexpr std::size_t FrameOverhead = 5, ShortFrame = 128 + FrameOverhead, LongFrame = 1024 + FrameOverhead;
+constexpr std::size_t FrameOverhead = 5, ShortFrame = Class_Packet::ShortData + FrameOverhead,
+                      LongFrame = Class_Packet::LongData + FrameOverhead;
 
 class XmodemReceiver : public XmodemSession {
  public:

@@ -1,5 +1,6 @@
 #include "pendrel/record.h"
 
+#include "base/dates.h"
 #include "base/faults.h"
 
 namespace hy_wristlog {
@@ -7,7 +8,7 @@ namespace {
 
 constexpr std::uint8_t FirstFirmwareWithChecksums = 0x90;
 constexpr std::int32_t MostBytes = 65536 - PendrelRecord::HeaderBytes;
-constexpr float SecondsOfDay = 86400;
+constexpr auto SecondsOfDay = static_cast<float>(SecondsPerDay);
 
 }  // namespace
 

@@ -1,25 +1,23 @@
 #include "recording/plotted_parts.h"
 
+#include "base/dates.h"
 #include "engineering/dates.h"
 #include "picture/local_time.h"
 #include "picture/markup.h"
 #include "words/counted.h"
 
 namespace wristlog {
-namespace {
 
-constexpr double DayCountOf1970 = 25569, SecondsPerDay = 86400;
+namespace hw = hy_wristlog;
 
-}  // namespace
-
-std::int64_t unixSeconds(double date) { return std::llround((date - DayCountOf1970) * SecondsPerDay); }
+std::int64_t unixSeconds(double date) { return std::llround((date - hw::UnixEpochDate) * hw::SecondsPerDay); }
 double dateOf(std::int64_t unixSeconds) {
-  return DayCountOf1970 + static_cast<double>(unixSeconds) / SecondsPerDay;
+  return hw::UnixEpochDate + static_cast<double>(unixSeconds) / hw::SecondsPerDay;
 }
 
 std::string dayWords(double date) {
   if (date == UnknownDate || date == 0) return {};
-  return hy_wristlog::engineering::isoDate(date).substr(0, 10);
+  return hw::engineering::isoDate(date).substr(0, 10);
 }
 
 std::string sizeWords(float value) { return value > 0 ? picture::number(static_cast<double>(value)) : ""; }

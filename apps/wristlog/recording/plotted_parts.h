@@ -6,13 +6,14 @@
 #include <cstdint>
 #include <string>
 
+#include "base/dates.h"
 #include "hy_wristlog/series.h"
 #include "picture/recording.h"
 
 /// What the pictures of every family of loggers have in common.
 namespace wristlog {
 
-constexpr double UnknownDate = -1;
+using hy_wristlog::UnknownDate;
 
 /// Conversions between the library's dates and the pictures' moments.
 std::int64_t unixSeconds(double date);

@@ -1,5 +1,6 @@
 #include "recording/saved_recording.h"
 
+#include "base/dates.h"
 #include "engineering/files.h"
 #include "hy_wristlog/failure.h"
 #include "recording/recording_world.h"
@@ -10,12 +11,6 @@ namespace wristlog {
 
 namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
-
-namespace {
-
-constexpr double SecondsPerDay = 86400;
-
-}  // namespace
 
 std::vector<std::string> RecordingPlace::files() const {
   std::vector<std::string> names{config(), raw()};
@@ -45,7 +40,7 @@ double momentOf(const engineering::SavedRecording& recording) {
   try {
     const auto logger = decoded(recording, false).Logger;
     return logger->Get_StartTimeGMT() +
-           static_cast<double>(logger->Get_Samples()) * logger->Get_EpochLength() / SecondsPerDay;
+           static_cast<double>(logger->Get_Samples()) * logger->Get_EpochLength() / hw::SecondsPerDay;
   } catch (const hw::Failure&) {
     // The failure is not lost: decoding raises it again.
     return start;

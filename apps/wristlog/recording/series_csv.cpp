@@ -8,6 +8,7 @@
 #include <functional>
 #include <vector>
 
+#include "base/dates.h"
 #include "engineering/recording.h"
 #include "engineering/zones.h"
 
@@ -18,9 +19,6 @@ namespace engineering = hy_wristlog::engineering;
 namespace platform = hy_wristlog::platform;
 
 namespace {
-
-constexpr double SecondsPerDay = 86400;
-constexpr std::int64_t DayCountOf1970 = 25569;
 
 template <class Number>
 void append(std::string& text, Number value) {
@@ -52,12 +50,12 @@ std::string offsetText(std::int32_t minutes) {
 }
 
 /// Seconds since the day count's day 0.
-std::int64_t secondsOf(double date) { return std::llround(date * SecondsPerDay); }
+std::int64_t secondsOf(double date) { return std::llround(date * hw::SecondsPerDay); }
 
 void appendTime(std::string& text, std::int64_t seconds) {
   using namespace std::chrono;
   const auto days = floor<std::chrono::days>(std::chrono::seconds(seconds));
-  const year_month_day date{sys_days(days) - std::chrono::days(DayCountOf1970)};
+  const year_month_day date{sys_days(days) - std::chrono::days(static_cast<int>(hw::UnixEpochDate))};
   const std::int64_t second = (std::chrono::seconds(seconds) - days).count();
   append(text, static_cast<int>(date.year()));
   text += '-';
@@ -109,7 +107,7 @@ void addRows(platform::NewFile& file, const Columns& columns, const Logger& logg
     return start + static_cast<std::int64_t>(row) * logger.Get_EpochLength();
   };
   const auto periods =
-      engineering::offsetPeriods(logger, startDate, static_cast<double>(timeOf(samples)) / SecondsPerDay);
+      engineering::offsetPeriods(logger, startDate, static_cast<double>(timeOf(samples)) / hw::SecondsPerDay);
   auto next = periods.begin();
   std::int32_t offset = 0;
   std::string suffix, text;

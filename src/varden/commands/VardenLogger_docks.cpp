@@ -1,6 +1,5 @@
 #include <cstdint>
 #include <optional>
-#include <string>
 
 #include "base/faults.h"
 #include "errors/Procedure.h"
@@ -8,6 +7,7 @@
 #include "tools/Class_Tools.h"
 #include "varden/VardenLogger.h"
 #include "varden/commands/shell.h"
+#include "varden/failures.h"
 
 namespace hy_wristlog {
 
@@ -23,7 +23,7 @@ constexpr const char* TolkaSecondProduct = "4002";
 constexpr const char* ComPortClass = "{4d36e978-e325-11ce-bfc1-08002be10318}";
 constexpr const char* UsbDeviceClass = "{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
 
-/// What the open procedures return.
+/// What fncOpenTolkaPort and fncOpenQuillanderPort return.
 enum OpenResult : std::int32_t {
   Unfinished = -1,
   Opened = 0,
@@ -34,7 +34,7 @@ enum OpenResult : std::int32_t {
   LockedUp = 5,
 };
 
-/// The result that a failure of opening a port amounts to.
+/// The result that stands for a failure of opening a port.
 std::optional<OpenResult> resultOfFailure(std::int32_t number) {
   switch (number) {
     case PortNotAvailable:
@@ -61,11 +61,7 @@ std::optional<OpenResult> resultOfFailure(std::int32_t number) {
   }
 }
 
-void fail(Procedure& procedure, std::int32_t number, const char* source, const std::string& text) {
-  procedure.statement([&] { throw Failure(number, std::string(Class) + "." + source, text); });
-}
-
-/// Waits in steps of 5 ms until the DSR line is as wanted, or the time (milliseconds) is over.
+/// Waits in steps of 5 ms until the DSR line is as wanted or `wait` milliseconds are over.
 void awaitDsr(Procedure& procedure, Form_Comm& link, bool wanted, std::int32_t wait) {
   platform::Clock& clock = platform::current().clock();
   const double deadline = clock.timer() + wait / 1000.0;
@@ -91,7 +87,7 @@ bool VardenLogger::fncIsVardenFromDeviceName(std::string_view name) {
          (contains(TolkaFirstProduct) || contains(QuillanderProduct) || contains(TolkaSecondProduct));
 }
 
-/// A dock of the first form has no port of its own here, but it counts.
+/// A dock of the first form counts, but it has no port here.
 std::int16_t VardenLogger::fncTolkaDockCOMport(std::int16_t& NumConnected) {
   Procedure procedure{Class, "fncTolkaDockCOMport"};
   return procedure.run([&] {
@@ -124,7 +120,7 @@ bool VardenLogger::fncTolkaLoggerConnected(bool KeepPortOpen, bool LongDSRwait) 
     std::int16_t docks = 0;
     const std::int16_t port = procedure.statement([&] { return fncTolkaDockCOMport(docks); });
     bool connected = docks == 1 && port != 0;
-    // The port of a dock that was unplugged meanwhile fails here, and is opened anew.
+    // When the dock was unplugged meanwhile, its port fails here and is opened anew.
     bool stillGood = false;
     if (connected && port == dockCOMport_ && link().Get_PortReady())
       ignoringFailures([&] { stillGood = link().DSRHolding(); });
@@ -135,11 +131,11 @@ bool VardenLogger::fncTolkaLoggerConnected(bool KeepPortOpen, bool LongDSRwait) 
       if (result == NoLogger)
         connected = false;
       else if (result == LockedUp)
-        fail(procedure, DockPortFailure, Name,
-             "Kestrin 2 Communications Docking Station locked up, error 8015");
+        raiseIn(procedure, Name, DockPortFailure,
+                "Kestrin 2 Communications Docking Station locked up, error 8015");
       else if (result != Opened)
-        fail(procedure, DockPortFailure, Name,
-             "Kestrin 2 Communications Docking Station: Unable to open COM port");
+        raiseIn(procedure, Name, DockPortFailure,
+                "Kestrin 2 Communications Docking Station: Unable to open COM port");
     }
     if (connected) connected = procedure.statement([&] { return fncGetVardenPrompt(); });
     if (!KeepPortOpen) procedure.statement([&] { subCloseTolkaPort(); });
@@ -161,8 +157,8 @@ bool VardenLogger::fncQuillanderLoggerConnected(bool KeepPortOpen) {
       dockCOMport_ = port;
       const std::int32_t result = procedure.statement([&] { return fncOpenQuillanderPort(port, false); });
       if (result == AlreadyOpen || result == NoSuchPort)
-        fail(procedure, DockPortFailure, Name,
-             "Kestrin Vivid Communications Docking Station: Unable to open COM port");
+        raiseIn(procedure, Name, DockPortFailure,
+                "Kestrin Vivid Communications Docking Station: Unable to open COM port");
     }
     if (connected) connected = procedure.statement([&] { return fncGetVardenPrompt(); });
     if (!KeepPortOpen) procedure.statement([&] { subCloseQuillanderPort(); });
@@ -170,9 +166,9 @@ bool VardenLogger::fncQuillanderLoggerConnected(bool KeepPortOpen) {
   });
 }
 
-/// The dock shows a seated logger on DSR once DTR is up. 0 opened, 1 the port is in use, 2 there is no such
-/// port, 3 it failed, 4 no logger, 5 the dock is locked up; -1 when the site's action for another failure is
-/// to leave quietly. Raises InvalidDockPort for a port below 1.
+/// The dock shows on DSR, after DTR was raised, that a logger sits in it. Returns 0 opened, 1 port in use, 2
+/// no such port, 3 port failed, 4 no logger, 5 dock locked up, and -1 when a site's action for another
+/// failure is to leave quietly. Raises InvalidDockPort for a port below 1.
 std::int32_t VardenLogger::fncOpenTolkaPort(std::int16_t intPort, bool DelayAfterOpen, bool LongDSRwait) {
   constexpr const char* Name = "fncOpenTolkaPort";
   Procedure procedure{Class, Name};
@@ -184,7 +180,7 @@ std::int32_t VardenLogger::fncOpenTolkaPort(std::int16_t intPort, bool DelayAfte
     return TrapAnswer::Leave;
   });
   procedure.run([&] {
-    if (intPort < 1) fail(procedure, InvalidDockPort, Name, "Invalid COM Port Settings");
+    if (intPort < 1) raiseIn(procedure, Name, InvalidDockPort, "Invalid COM Port Settings");
     openDockPort(procedure, link(), intPort, DelayAfterOpen);
     procedure.statement([&] { link().subEnableDTR(); });
     awaitDsr(procedure, link(), true, LongDSRwait ? 5000 : 1000);
@@ -195,8 +191,8 @@ std::int32_t VardenLogger::fncOpenTolkaPort(std::int16_t intPort, bool DelayAfte
   return result;
 }
 
-/// The dock has no signal for a seated logger: it is woken and asked for its prompt. Results as for the other
-/// dock, except that a locked-up dock and a logger that does not answer are 3.
+/// The dock has no signal for a seated logger, so the logger is woken and asked for its prompt. Returns what
+/// fncOpenTolkaPort returns, but 3 for a dock that is locked up and for a logger that does not answer.
 std::int32_t VardenLogger::fncOpenQuillanderPort(std::int16_t intPort, bool DelayAfterOpen) {
   constexpr const char* Name = "fncOpenQuillanderPort";
   Procedure procedure{Class, Name};
@@ -210,7 +206,7 @@ std::int32_t VardenLogger::fncOpenQuillanderPort(std::int16_t intPort, bool Dela
     return TrapAnswer::Leave;
   });
   procedure.run([&] {
-    if (intPort < 1) fail(procedure, InvalidDockPort, Name, "Invalid COM Port Settings");
+    if (intPort < 1) raiseIn(procedure, Name, InvalidDockPort, "Invalid COM Port Settings");
     openDockPort(procedure, link(), intPort, DelayAfterOpen);
     procedure.statement([&] { subResetQuillander(); });
     procedure.statement([&] { link().subEnableDTR(); });
@@ -235,7 +231,7 @@ void VardenLogger::subResetQuillander() {
 
 void VardenLogger::subCloseTolkaPort() {
   Procedure procedure{Class, "subCloseTolkaPort"};
-  // Also when the dock has gone and every question to it fails.
+  // Closes the port also when the dock has gone and every question to it fails.
   procedure.cleanUp([this] { link().subClosePort(); });
   procedure.run([&] {
     if (procedure.statement([&] { return link().DSRHolding(); })) {

@@ -67,7 +67,7 @@ void VardenLogger::subSetVardenMemoryLocation(std::int32_t address, std::uint8_t
   });
 }
 
-/// All three commands share one budget of sends.
+/// The three commands have three sends together.
 void VardenLogger::subVardenConfigCRCreset() {
   change(link(), "subVardenConfigCRCreset", [](ShellProcedure& shell) {
     std::string mode, otherMode;

@@ -14,23 +14,23 @@ namespace hy_wristlog {
 using namespace FailureNumber;
 namespace {
 
-/// A configuration has 256 bytes.
+/// Far more than the 256 bytes of a configuration.
 constexpr std::size_t MostConfigBytes = 16384;
 
-/// Room for packets that come again.
+/// Leaves room for packets that come again.
 std::size_t mostDataBytes(std::int32_t bytesUsed) {
   constexpr std::size_t Any = std::size_t{20} << 20, Least = 65536;
   return bytesUsed > 0 ? std::min(Any, Least + 4 * static_cast<std::size_t>(bytesUsed)) : Any;
 }
 
-/// The link's count of packets overflows when the logger repeats packet 255. Another attempt mends that like
-/// any other failure of a transfer.
+/// Receives a transfer. The link's count of packets overflows when the logger repeats packet 255. That
+/// becomes RetriesExceeded, which another attempt may mend like any other failure of a transfer.
 PacketArray receivePackets(ShellProcedure& shell, Form_Comm& link, std::size_t most) {
   link.boundTransfers(most);
   return shell.procedure.statement([&]() -> PacketArray {
     try {
       return link.fncReceiveXmodemPackets(shell::Baud57600, shell::EightDataBits, shell::NoParity,
-                                          shell::TwoStopBits, shell::TransferTimeout);
+                                          shell::TwoStopBits, shell::LinkTimeout);
     } catch (const Failure& failure) {
       if (failure.Number != fault::Overflow) throw;
     }
@@ -43,7 +43,7 @@ void letLoggerSettle(ShellProcedure& shell) {
   shell.procedure.statement([] { Tools().subDelay(250, 50); });
 }
 
-/// Failures that a configuration with a stale CRC, or a hiccup on the line, can cause.
+/// Whether a stale CRC of the configuration, or a short disturbance of the line, can cause the failure.
 bool curedByReset(std::int32_t failure) {
   constexpr std::array Curable{NoCharacters,    NoFinalCharacter, WrongCharacters,
                                RetriesExceeded, NoPacket,         DamagedConfig};
@@ -69,7 +69,7 @@ std::unique_ptr<VardenLogger> VardenLogger::fncReadVardenConfig(bool NewLogger) 
   });
 }
 
-/// An abort during the transfer leaves the raw data as they were.
+/// After an abort during the transfer the raw data are as they were.
 void VardenLogger::fncReadVardenData() {
   ShellProcedure shell{link(), "fncReadVardenData"};
   shell.procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, RetriesExceeded, NoPacket,
@@ -92,23 +92,23 @@ void VardenLogger::subSendVardenConfig() {
   shell.procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, NoInitiation, TransmitTooSlow,
                            NoAcknowledgement, RetriesExceeded, NoEndAcknowledgement);
   shell.procedure.run([&] {
-    // A half-heard "config" may have put the logger into its receive state.
+    // A logger that heard "config" only in part may wait for packets already.
     shell.send(shell::Config.Text, [&] {
       ignoringFailures([&] { link().subSendXmodemAbort(); });
       ignoringFailures([&] { link().subSendXmodemAbort(); });
     });
     const PacketArray packets = shell.procedure.statement([&] { return Get_ConfigPackets(); });
-    // Byte by byte, since the logger writes its memory as it receives.
+    // Sent byte by byte, because the logger writes its memory while it receives.
     shell.procedure.statement([&] {
       link().subSendXmodemPackets(packets, shell::Baud57600, shell::EightDataBits, shell::NoParity,
-                                  shell::TwoStopBits, shell::TransferTimeout, true, 1);
+                                  shell::TwoStopBits, shell::LinkTimeout, true, 1);
     });
     shell.readLine('>', 200);
   });
 }
 
-/// Configuration, firmware version, battery and clock. When the configuration cannot be read, the logger is
-/// told once to make its CRC anew; an abort is not taken for that.
+/// Reads configuration, firmware version, battery and clock. When the configuration cannot be read, the
+/// logger is told once to make its CRC anew. An abort is no such failure.
 void VardenLogger::fncReadVardenSetup() {
   Procedure procedure{"Class_VardenLogger", "fncReadVardenSetup"};
   procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, RetriesExceeded, NoPacket,

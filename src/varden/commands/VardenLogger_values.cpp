@@ -20,7 +20,7 @@ namespace hy_wristlog {
 using namespace FailureNumber;
 namespace {
 
-/// What a logger says of its battery; -1 for what could not be read.
+/// The logger's answer about its battery; -1 for what could not be read.
 struct BatteryReading {
   float Voltage = -1.0F, LoadedVoltage = -1.0F;
   double Date = UnknownDate;
@@ -37,8 +37,8 @@ float voltage(std::string_view text) {
   return static_cast<float>(volts);
 }
 
-/// The date of DDMMYYYY, unknown when a part is out of range. The 31st of a shorter month is a day of the
-/// next.
+/// The date of a text DDMMYYYY, unknown when a part is out of range. The 31st of a shorter month becomes a
+/// day of the next month.
 double batteryDate(std::string_view text) {
   if (!isNumeric(text)) return UnknownDate;
   const auto part = [&](std::size_t from, std::size_t size) {
@@ -50,8 +50,8 @@ double batteryDate(std::string_view text) {
   return dateSerial(roundToInt32(year), roundToInt32(month), roundToInt32(day));
 }
 
-/// Voltage, date and, from a logger that measures it, the voltage under load, with blanks between them. In a
-/// line of another form nothing counts as read; behind a bad date the voltages do.
+/// Reads voltage, date and, from a logger that measures it, the voltage under load, with blanks between them.
+/// Of a line of another form nothing is taken. A date that is wrong leaves the voltages as read.
 bool parseBattery(std::string_view line, bool hasLoadedVoltage, BatteryReading& reading) {
   constexpr std::size_t DateSize = 8;
   const auto fields = Tools().fncParseStringKeepString(line, 0, " ");
@@ -132,7 +132,7 @@ std::uint8_t VardenLogger::fncReadVardenMemoryLocation(std::int32_t address) {
   ShellProcedure shell{link(), "fncReadVardenMemoryLocation"};
   shell.procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, MemoryReadFailure);
   return shell.procedure.run([&] {
-    // "0x", the byte, "#" and a CRC, which is not looked at.
+    // The answer is "0x", the byte, "#" and a CRC, which is not checked.
     constexpr std::size_t LineSize = 9;
     std::uint8_t value = 0;
     shell.askUntil(shell::ReadMemory, hexadecimal(static_cast<std::uint32_t>(address)), MemoryReadFailure,

@@ -8,6 +8,7 @@
 #include "base/ascii.h"
 #include "tools/Class_Tools.h"
 #include "varden/VardenLogger.h"
+#include "varden/failures.h"
 
 namespace hy_wristlog {
 namespace {
@@ -16,7 +17,7 @@ constexpr std::int32_t Sends = 3;
 constexpr std::int32_t Rounds = 3;
 constexpr std::int32_t EchoWait = 1000;
 
-/// The failure's number when the logger did not hear the command right, otherwise 0.
+/// The failure's number when the logger did not hear the command or echoed it wrong, otherwise 0.
 std::int32_t failureToSend(const Failure& failure) {
   const bool ofTheEcho =
       failure.Number == FailureNumber::NoCharacters || failure.Number == FailureNumber::WrongCharacters;
@@ -50,7 +51,7 @@ void ShellProcedure::send(std::string_view command, const std::function<void()>&
       ++failedSends_;
     }
   } while (failure != 0 && failedSends_ < Sends);
-  if (failure != 0) raise(failure, sendFailureProcedure, "Failure to send command");
+  if (failure != 0) raiseIn(procedure, sendFailureProcedure, failure, "Failure to send command");
 }
 
 std::string ShellProcedure::readLine(char terminator, std::int32_t silence) {
@@ -75,11 +76,7 @@ void ShellProcedure::askUntil(const ShellCommand& command, std::string_view argu
   fail(number, text);
 }
 
-void ShellProcedure::fail(std::int32_t number, const char* text) { raise(number, name_, text); }
-
-void ShellProcedure::raise(std::int32_t number, const char* source, const char* text) {
-  procedure.statement([&] { throw Failure(number, std::string("Class_VardenLogger.") + source, text); });
-}
+void ShellProcedure::fail(std::int32_t number, const char* text) { raiseIn(procedure, name_, number, text); }
 
 bool VardenLogger::fncCheckCRCandParse(std::string& line) {
   constexpr std::size_t CrcDigits = 4;

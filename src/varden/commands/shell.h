@@ -10,8 +10,8 @@
 
 namespace hy_wristlog {
 
-/// A command of the loggers' shell and the lines of its answer. The silence times, in milliseconds, say how
-/// long each line may keep still; 0 stands for a line that is not read.
+/// A command of the loggers' shell and the lines of its answer. The times, in milliseconds, say how long a
+/// line may stay silent. 0 stands for a line that is not read.
 struct ShellCommand {
   std::string_view Text;
   std::int32_t EchoSilence;    ///< the rest of the echo, up to its carriage return
@@ -39,34 +39,35 @@ inline constexpr ShellCommand Wake{"", 200, 0, 200},  //
     WriteMemory{"debug mem w 0x", 200, 0, 200};
 
 inline constexpr std::int32_t Baud57600 = 13, EightDataBits = 8, NoParity = 3, TwoStopBits = 3;
-inline constexpr std::int32_t TransferTimeout = 3000;  ///< milliseconds
+/// For a transfer's timeout: the link's own, `TransferTimeout` in link/XmodemSession.h.
+inline constexpr std::int32_t LinkTimeout = -1;
 }  // namespace shell
 
 /// Upper case, without leading zeros.
 std::string hexadecimal(std::uint32_t value);
 
-/// One call of a procedure that talks to the shell: its failure handling, and what is left of its sends.
+/// One call of a procedure that talks to the shell. It handles failures and counts the sends.
 class ShellProcedure {
  public:
   ShellProcedure(Form_Comm& link, const char* name)
       : procedure{"Class_VardenLogger", name}, sendFailureProcedure{name}, link_{link}, name_{name} {}
 
   Procedure procedure;
-  /// Whom a failure to send names as its source.
+  /// The procedure that a failure to send names as its source.
   const char* sendFailureProcedure;
 
-  /// Types a command. One that is not echoed, or echoed wrong, is typed again after a pause. The procedure
-  /// has three sends for all its commands: then raises NoCharacters or WrongCharacters. Other failures of a
-  /// send are forgotten, since the answer that stays away tells of them.
+  /// Types a command. A command that is not echoed, or echoed wrong, is typed again after a pause. The
+  /// procedure has three sends for all its commands; then this raises NoCharacters or WrongCharacters. Other
+  /// failures of a send are ignored, since the missing answer tells of them.
   void send(std::string_view command, const std::function<void()>& beforeRepeat = {});
 
   /// Reads up to `terminator`. Raises NoCharacters and NoFinalCharacter.
   std::string readLine(char terminator, std::int32_t silence);
 
-  /// Sends a command and reads its answer. Gives the value line, which is empty when there is none.
+  /// Sends a command, reads its answer and returns its value line, which is empty when the command has none.
   std::string ask(const ShellCommand& command, std::string_view argument = {});
 
-  /// Asks until `accepts` takes the value line, in three rounds at most. Raises `number` after the third.
+  /// Asks until `accepts` takes the value line, three times at most. Raises `number` after the third.
   void askUntil(const ShellCommand& command, std::string_view argument, std::int32_t number, const char* text,
                 const std::function<bool(std::string& line)>& accepts);
 
@@ -74,8 +75,6 @@ class ShellProcedure {
   void fail(std::int32_t number, const char* text);
 
  private:
-  void raise(std::int32_t number, const char* source, const char* text);
-
   Form_Comm& link_;
   const char* name_;
   std::int32_t failedSends_ = 0;

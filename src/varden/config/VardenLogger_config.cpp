@@ -15,18 +15,9 @@ namespace hy_wristlog {
 namespace {
 
 constexpr char Module[] = "Class_VardenLogger";
-constexpr std::size_t PacketBytes = 128;
 constexpr char UnknownZone[] = "UNK";
 
-Class_Packet makePacket(std::uint8_t number, std::vector<std::uint8_t> data) {
-  Class_Packet packet;
-  packet.PacketSize = 1;
-  packet.PacketNum = number;
-  packet.BinData = std::move(data);
-  return packet;
-}
-
-/// A procedure to which every failure is normal; it hands them on with its own name as their source.
+/// Runs a step whose failures are all passed on, with the procedure's bare name as their source.
 template <class Step>
 void passingOnAll(const char* name, Step&& step) {
   Procedure procedure{Module, name};
@@ -46,7 +37,7 @@ void passingOnAll(const char* name, Step&& step) {
 void VardenLogger::subDecodeVardenLoggerConfig(const PacketArray& packets) {
   Procedure procedure{Module, "subDecodeVardenLoggerConfig"};
   procedure.run([&] {
-    procedure.statement([&] { requirePackets(packets, "Class_VardenLogger.subDecodeVardenLoggerConfig"); });
+    procedure.statement([&] { requirePackets(packets, "subDecodeVardenLoggerConfig"); });
     record.LastLoggerTime = -1;
     const ByteArray bytes =
         procedure.statement([&] { return packets ? joinPackets(*packets) : ByteArray{}; });
@@ -55,6 +46,7 @@ void VardenLogger::subDecodeVardenLoggerConfig(const PacketArray& packets) {
     procedure.statement([&] { checkConfigVersion(bytes); });
     procedure.statement([&] {
       record.ConfigBlock = readConfigBlock(bytes);
+      // Engineers' pages find the block that was read last here, whichever logger sent it.
       platform::current().objects().get<VardenConfigBlock>() = record.ConfigBlock;
       applyConfigBlock(record.ConfigBlock, record);
     });
@@ -67,7 +59,7 @@ void VardenLogger::subDecodeVardenLoggerConfig(const PacketArray& packets) {
           Class_TimeZoneTools::fncCalcOffset(record.StartTimeGMT, *record.TimeZone, record.AutoDSTadjust);
     });
     if (record.TZstandardAbbrev != UnknownZone) return;
-    // The catalogue's zone is shared and keeps its abbreviation.
+    // A copy is changed, because the zone itself belongs to the catalogue and others use it.
     record.TimeZone = std::make_shared<Class_TimeZoneInfo>(*record.TimeZone);
     record.TimeZone->Abbreviation = UnknownZone;
   });
@@ -79,8 +71,7 @@ PacketArray VardenLogger::fncEncodeVardenLoggerConfig() {
     const ByteArray bytes = procedure.statement([&] { return encodeConfigBlock(record); });
     if (bytes.empty()) return {};
     record.EncodedConfigBytes = bytes;
-    const auto half = bytes.begin() + PacketBytes;
-    return PacketArray{{makePacket(1, {bytes.begin(), half}), makePacket(2, {half, bytes.end()})}};
+    return splitIntoPackets(bytes);
   });
 }
 
@@ -103,8 +94,7 @@ void VardenLogger::subEncodeSubjectInfo() {
 void VardenLogger::subDecodeSubjectPacket(const PacketArray& packets) {
   Procedure procedure{Module, "subDecodeSubjectPacket"};
   procedure.run([&] {
-    requirePackets(packets && !packets->empty() ? packets : PacketArray{},
-                   "Class_VardenLogger.subDecodeSubjectPacket");
+    requirePackets(packets && !packets->empty() ? packets : PacketArray{}, "subDecodeSubjectPacket");
     record.EncodedSetup = decodeSubjectBytes(packets->front().BinData);
     procedure.statement([&] { subDecodeSubjectInfo(); });
   });
@@ -112,7 +102,7 @@ void VardenLogger::subDecodeSubjectPacket(const PacketArray& packets) {
 
 PacketArray VardenLogger::fncEncodeSubjectPacket() {
   Procedure procedure{Module, "fncEncodeSubjectPacket"};
-  return procedure.run([&] { return PacketArray{{makePacket(1, encodeSubjectBytes(record))}}; });
+  return procedure.run([&] { return PacketArray(splitIntoPackets(encodeSubjectBytes(record))); });
 }
 
 void VardenLogger::Let_SubjectPacket(const PacketArray& packets) {

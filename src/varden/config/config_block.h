@@ -8,8 +8,8 @@
 
 namespace hy_wristlog {
 
-/// The fields of a config block as they are stored on the wire: times in logger seconds, enumerations as
-/// their codes, texts cut at their first NUL (but UTF-8).
+/// The fields of a config block as the wire carries them: times in logger seconds, enumerations as their
+/// codes. Texts are UTF-8 and end before their first NUL.
 struct VardenConfigBlock {
   std::uint16_t Crc = 0;
   std::uint8_t Version = 0, MemorySize = 0, FeaturesFlag1 = 0, FeaturesFlag2 = 0;

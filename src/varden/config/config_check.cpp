@@ -18,7 +18,7 @@ constexpr std::string_view Unused = "Unused 2";
   throw Failure(FailureNumber::OutOfRange, "checkEditedConfig", words);
 }
 
-/// A record whose values all fit, so that what fails is the value put into it.
+/// A record whose values are all valid, so that a failure is due to the one value that is put into it.
 VardenRecord plainRecord() {
   VardenConfigBlock block;
   block.Version = 2;
@@ -28,7 +28,7 @@ VardenRecord plainRecord() {
   return record;
 }
 
-/// What a logger gives back of a record that was sent to it.
+/// The record that a logger would give back after this one was sent to it.
 VardenRecord keptOf(const VardenRecord& record) {
   const ByteArray sent = encodeConfigBlock(record);
   ByteArray block(ConfigBlockSize);
@@ -43,7 +43,7 @@ const std::string& valueOf(const ConfigItems& items, std::string_view label) {
       ->second;
 }
 
-/// A number may be written in many ways, but rounding changes it.
+/// Whether two texts mean the same number. A text that is no number counts as the same.
 bool isSameNumber(std::string_view asked, std::string_view kept) {
   const auto one = parseNumber(asked), other = parseNumber(kept);
   return !one || !other || *one == *other;

@@ -13,6 +13,7 @@
 #include "base/faults.h"
 #include "tools/Class_Tools.h"
 #include "varden/config/wire_codes.h"
+#include "varden/failures.h"
 #include "varden/firmware.h"
 #include "varden/logger_seconds.h"
 
@@ -23,11 +24,11 @@ namespace {
 
 constexpr std::size_t VersionOffset = 2;
 
-// Offsets 28 to 62 differ with version and firmware.
+// What stands at offsets 28 to 62 depends on version and firmware.
 constexpr std::size_t VariableFrom = 28, FirmwareLength = 8, VariableTo = 63;
 
-/// The layout, for reading and writing: `visit(offset, size, field)` for every field that stands at the same
-/// place in all blocks.
+/// The layout, for reading and writing: calls `visit(offset, size, field)` for every field that stands at the
+/// same place in all blocks.
 template <class Block, class Visit>
 void visitFields(Block& block, const Visit& visit) {
   visit(0, 2, block.Crc);
@@ -93,7 +94,7 @@ struct FieldReader {
   }
 };
 
-/// Fields in front of what is sent are passed over. The last byte of a text stays 0.
+/// Writes the fields that are sent and passes over the others. The last byte of a text stays 0.
 struct FieldWriter {
   std::span<std::uint8_t> Sent;
 
@@ -117,7 +118,7 @@ struct FieldWriter {
   }
 };
 
-/// "00020002" as "00.02.0002"; what is too short gives too short a text.
+/// "00020002" becomes "00.02.0002". A shorter text gives a shorter one, which no firmware test accepts.
 std::string dottedFirmware(const std::string& stored) {
   const std::string ansi = ansiTextFromUtf8(stored);
   const auto piece = [&](std::size_t from, std::size_t length) {
@@ -142,18 +143,17 @@ void readVariablePart(std::span<const std::uint8_t> bytes, VardenConfigBlock& bl
 double dateOrNone(std::int32_t seconds) { return seconds == 0 ? 0 : dateFromUnixSeconds(seconds); }
 std::int32_t secondsOrNone(double date) { return date == 0 ? 0 : dateToLoggerSeconds(date); }
 
-Failure encodeFailure(std::int32_t number, const char* description) {
-  return {number, "Class_VardenLogger.fncEncodeVardenLoggerConfig", description};
-}
+constexpr const char* Decoding = "subDecodeVardenLoggerConfig";
+constexpr const char* Encoding = "fncEncodeVardenLoggerConfig";
 
-/// The code of a row, or OutOfRange.
+/// The code of a row. Raises OutOfRange when it has none.
 template <class Row>
 std::uint8_t wireOrRaise(Row row, const char* description) {
   if (const auto wire = wireOfRow(row)) return *wire;
-  throw encodeFailure(OutOfRange, description);
+  raiseFrom(Encoding, OutOfRange, description);
 }
 
-/// A number of 16 bits from its two bytes; the high one must fit.
+/// The number as 16 bits. Raises fault 6 when its high byte does not fit.
 std::uint16_t unsigned16(std::int32_t value) {
   return static_cast<std::uint16_t>(fault::narrow<std::uint8_t>(value / 256) << 8 | (value & 255));
 }
@@ -161,11 +161,11 @@ std::uint16_t unsigned16(std::int32_t value) {
 template <class Field>
 Field biasOrRaise(std::int32_t minutes, const char* description) {
   if (minutes < std::numeric_limits<Field>::min() || minutes > std::numeric_limits<Field>::max())
-    throw encodeFailure(OutOfRange, description);
+    raiseFrom(Encoding, OutOfRange, description);
   return static_cast<Field>(minutes);
 }
 
-/// The fields that are sent, checked in their order in the block.
+/// The fields that are sent. They are checked in the order in which they stand in the block.
 VardenConfigBlock sentFields(const VardenRecord& record) {
   VardenConfigBlock block;
   block.SubjectIdentity = record.EncodedSetup;
@@ -212,15 +212,14 @@ void checkConfigCrc(std::span<const std::uint8_t> block) {
       Class_Tools::fncGetCRC16(block.subspan(VersionOffset, ConfigBlockSize - VersionOffset)) ==
           (block[0] | block[1] << 8))
     return;
-  throw Failure(DamagedConfig, "Class_VardenLogger.subDecodeVardenLoggerConfig",
-                "Logger configuration CRC verification failed");
+  raiseFrom(Decoding, DamagedConfig, "Logger configuration CRC verification failed");
 }
 
 void checkConfigVersion(std::span<const std::uint8_t> block) {
   const std::uint8_t version = fault::at(block, VersionOffset);
   if (version != 1 && version != 2)
-    throw Failure(UnknownStructure, "Class_VardenLogger.subDecodeVardenLoggerConfig",
-                  "This logger data version (" + std::to_string(version) + ") is not supported.");
+    raiseFrom(Decoding, UnknownStructure,
+              "This logger data version (" + std::to_string(version) + ") is not supported.");
 }
 
 VardenConfigBlock readConfigBlock(std::span<const std::uint8_t> block) {
@@ -251,7 +250,7 @@ void applyConfigBlock(const VardenConfigBlock& block, VardenRecord& record) {
   record.LightScaleCalibration = block.LightCalibration;
   record.ActivityCalibration = block.ActivityCalibration;
   record.AcquisitionMode = rowOfWire<enmVardenLoggingMode>(block.AcquisitionMode);
-  // A damaged length must not lock the logger out: it comes back negative, which nobody records with.
+  // A damaged length must not lock the logger out. It becomes a negative one, which no workflow accepts.
   record.EpochLength = static_cast<std::int16_t>(block.EpochLength);
   record.StartTimeGMT = dateFromUnixSeconds(block.StartTime);
   record.EndTimeGMT = dateFromUnixSeconds(block.StopTime);
@@ -283,7 +282,7 @@ void applyConfigBlock(const VardenConfigBlock& block, VardenRecord& record) {
 
 ByteArray encodeConfigBlock(const VardenRecord& record) {
   if (record.StructureVersion != 1 && record.StructureVersion != 2)
-    throw encodeFailure(UnknownStructure, "This version of logger configuration structure not supported");
+    raiseFrom(Encoding, UnknownStructure, "This version of logger configuration structure not supported");
   const VardenConfigBlock block = sentFields(record);
   ByteArray sent(ConfigBlockSize);
   visitFields(block, FieldWriter{sent});

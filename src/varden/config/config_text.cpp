@@ -26,7 +26,7 @@ namespace {
 constexpr char Module[] = "Class_VardenLogger";
 constexpr std::string_view DayPattern = "MM-DD-YYYY", MomentPattern = "MM-DD-YYYY Hh:Nn:Ss";
 
-/// A date in the record that stands as a day, without its time.
+/// A date of the record that is written as a day, without its time.
 template <class Date>
 struct Day {
   Date& Value;
@@ -34,7 +34,8 @@ struct Day {
 template <class Date>
 Day(Date&) -> Day<Date>;
 
-/// What may be edited, for reading and writing: `visit(label, field)`.
+/// What may be edited, for reading and writing: calls `visit(label, field)`, with a default when it is not 0
+/// or empty.
 template <class Record, class Visit>
 void visitEditable(Record& r, Visit& visit) {
   visit("Subject Identity", r.EncodedSetup);
@@ -110,8 +111,8 @@ class ItemWriter {
   fault::raise(fault::TypeMismatch, std::string(label) + ": \"" + std::string(value) + "\" is no " + what);
 }
 
-/// A date by position: "MM-DD-YYYY", "Hh:Nn:Ss" behind a blank or nothing for midnight. Dates of any other
-/// length are refused, so months, days and hours have two digits.
+/// Reads a date by position: "MM-DD-YYYY", then nothing (midnight) or a blank and "Hh:Nn:Ss". A text of
+/// another length is refused, so months, days and hours have two digits.
 std::optional<double> parseDate(std::string_view text) {
   if (text.size() != DayPattern.size() && text.size() != MomentPattern.size()) return std::nullopt;
   const auto field = [&](std::size_t from, std::size_t length) -> std::int32_t {
@@ -126,7 +127,8 @@ std::optional<double> parseDate(std::string_view text) {
     if (hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 59) return std::nullopt;
     date = addTime(date, timeSerial(hour, minute, second));
   }
-  // A day that does not exist has become another one, and a separator may be any character.
+  // Writing the date back shows a day that does not exist, such as 30 February, which has become another one.
+  // Separators are not compared: they may be any character.
   const std::string back = formatDate(date, text.size() == DayPattern.size() ? DayPattern : MomentPattern);
   for (const std::size_t from : std::initializer_list<std::size_t>{0, 3, 6, 11, 14, 17})
     if (from < back.size() && back.substr(from, 2) != text.substr(from, 2)) return std::nullopt;
@@ -156,7 +158,7 @@ class FieldReader {
     if (value && !trimBlanks(*value).empty()) field = dateOf(label, *value);
   }
 
-  /// The day that the record has already keeps its time.
+  /// An unchanged day keeps the time of day that the record has.
   void read(const char* label, Day<double>& field, Value value, const char*) const {
     if (!value || trimBlanks(*value).empty()) return;
     const double day = datePart(dateOf(label, *value));

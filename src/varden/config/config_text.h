@@ -19,7 +19,8 @@ inline constexpr std::string_view RawConfigBytesKey = "Raw Config Bytes";
 /// Labels and values in the order of the files.
 using ConfigItems = std::vector<std::pair<std::string, std::string>>;
 
-/// All values but the raw bytes, enumerations in words. Raises 5 for dates outside the years 100 to 9999.
+/// All values but the raw bytes, enumerations in words. Raises fault 5 for dates outside the years 100 to
+/// 9999.
 ConfigItems configInWords(const VardenRecord& record);
 
 /// The keys that may be edited, as an INI file holds them: enumerations as their numbers.
@@ -27,10 +28,10 @@ ConfigItems editableConfig(const VardenRecord& record);
 /// The keys that tell more of the logger and are not read back.
 ConfigItems readOnlyConfig(const VardenRecord& record);
 
-/// Takes the editable values of an INI file into the record. A missing number counts as 0 (the epoch as 1), a
-/// missing text as empty ("UNK" in the zone's abbreviations); a date that is missing or blank stays. Raises
-/// 13 for a value of the wrong form, dates of another length than their pattern among them, and 6 for a
-/// number that does not fit; the description names the key.
+/// Takes the editable values of an INI file into the record. A missing number counts as 0 (an epoch as 1) and
+/// a missing text as empty (an abbreviation as "UNK"). A date that is missing or blank stays. Raises fault 13
+/// for a value of the wrong form, which includes a date that is longer or shorter than its pattern, and fault
+/// 6 for a number that does not fit. The description names the key.
 void readEditableConfig(const IniFile& file, VardenRecord& record);
 
 }  // namespace hy_wristlog

@@ -8,8 +8,8 @@
 namespace hy_wristlog {
 namespace {
 
-/// Whether a zone changes when the logger does, in that year. Compared by the second, since dates computed in
-/// different ways may differ in their last bits.
+/// Whether the zone changes in that year when the logger does. Dates that are computed in different ways may
+/// differ in their last digits, so whole seconds are compared.
 bool sameChange(double (*change)(std::int32_t, const Class_TimeZoneInfo&), const Class_TimeZoneInfo& zone,
                 double loggerChange) {
   return secondsBetween(change(civilFromDate(loggerChange).Year, zone), loggerChange) == 0;

@@ -3,11 +3,12 @@
 #include <algorithm>
 
 #include "base/faults.h"
+#include "varden/failures.h"
 
 namespace hy_wristlog {
 
-void requirePackets(const PacketArray& packets, const char* source) {
-  if (!packets) throw Failure(FailureNumber::OutOfRange, source, "Invalid packet array input");
+void requirePackets(const PacketArray& packets, const char* procedure) {
+  if (!packets) raiseFrom(procedure, FailureNumber::OutOfRange, "Invalid packet array input");
 }
 
 void dropRepeatedPackets(PacketArray& packets) {
@@ -19,12 +20,24 @@ void dropRepeatedPackets(PacketArray& packets) {
   packets->erase(repeats.begin(), repeats.end());
 }
 
+std::vector<Class_Packet> splitIntoPackets(std::span<const std::uint8_t> bytes) {
+  std::vector<Class_Packet> packets;
+  while (!bytes.empty()) {
+    const auto data = bytes.first(std::min(bytes.size(), Class_Packet::ShortData));
+    bytes = bytes.subspan(data.size());
+    Class_Packet& packet = packets.emplace_back();
+    packet.PacketSize = 1;
+    packet.PacketNum = static_cast<std::uint8_t>(packets.size());
+    packet.BinData.assign(data.begin(), data.end());
+  }
+  return packets;
+}
+
 ByteArray joinPackets(const std::vector<Class_Packet>& packets) {
-  constexpr std::size_t MostPacketBytes = 1024;
   ByteArray bytes;
-  bytes.reserve(packets.size() * MostPacketBytes);
+  bytes.reserve(packets.size() * Class_Packet::LongData);
   for (const Class_Packet& packet : packets) {
-    if (bytes.size() + packet.BinData.size() > packets.size() * MostPacketBytes)
+    if (bytes.size() + packet.BinData.size() > packets.size() * Class_Packet::LongData)
       fault::raise(fault::Subscript);
     bytes.insert(bytes.end(), packet.BinData.begin(), packet.BinData.end());
   }

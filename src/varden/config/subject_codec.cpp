@@ -28,14 +28,14 @@ std::string padded(const std::string& utf8, std::size_t length) {
   return text;
 }
 
-/// The product is a single-precision one: 70.1 gives 701 and not 700.
+/// The product has single precision, as the logger's own software has it: 70.1 gives 701, not 700.
 std::string tenths(float value) {
   const float product = value * 10.0f;
   if (!std::isfinite(product)) fault::raise(fault::Overflow);
   return formatNumber(std::trunc(product), "00000");
 }
 
-/// Hands out the fields of a text one behind the other.
+/// Hands out the fields of a text, one after the other.
 class FieldReader {
  public:
   explicit FieldReader(std::string_view text) : rest_(text) {}

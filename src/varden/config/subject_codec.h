@@ -12,12 +12,13 @@
 /// Characters are those of code page 1252.
 namespace hy_wristlog {
 
-/// Builds EncodedSetup from the subject's members and sets SubjectInfoVersion to 2. Longer fields are cut.
-/// A date of birth of -1 is written as the day that it is. Raises 5 for a date outside the years 100 to 9999,
-/// 6 for a weight or height that is no number.
+/// Builds EncodedSetup from the subject's members and sets SubjectInfoVersion to 2. A text that is too long
+/// is cut. A date of birth of -1 is written as 29 December 1899, the day that it stands for. Raises fault 5
+/// for a date outside the years 100 to 9999 and fault 6 for a weight or height that is no number.
 void encodeSubjectText(VardenRecord& record);
 
-/// Reads EncodedSetup into the subject's members. A bad field leaves its member at -1 and never fails.
+/// Reads EncodedSetup into the subject's members. Never fails: a number or date that is wrong leaves its
+/// member at -1.
 void decodeSubjectText(VardenRecord& record);
 
 /// EncodedSetup as it goes out: at most 127 characters in 128 bytes, the rest 0.

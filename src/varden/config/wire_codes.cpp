@@ -53,7 +53,7 @@ struct Codes<enmDateFormat> {
   };
 };
 
-/// A bit set on the wire: 1 marker 1, 2 marker 2, 4 backlight, 8 date and time.
+/// The wire carries a set of bits: 1 marker 1, 2 marker 2, 4 backlight, 8 date and time.
 template <>
 struct Codes<enmButtonMap> {
   static constexpr auto Unknown = ButtonMap_Unknown;

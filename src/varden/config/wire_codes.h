@@ -6,8 +6,8 @@
 
 #include "hy_wristlog/enumerations.h"
 
-/// The enumerations of the config block: the row that a code on the wire stands for, the code of a row, and
-/// its text for engineers. For the modes, formats, button maps and the three flags.
+/// The enumerations of the config block. Each of their values (a row) has a code on the wire and a text for
+/// engineers. They are the logging mode, the time and date formats, the button maps and the three flags.
 namespace hy_wristlog {
 
 /// The unknown row for a code that has none.

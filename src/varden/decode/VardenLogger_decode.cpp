@@ -30,7 +30,7 @@ DecodeOptions optionsOfThisWorld(bool diagnostic) {
 void VardenLogger::subSetRawDataFromPackets(const PacketArray& packets) {
   Procedure procedure{Module, "subSetRawDataFromPackets"};
   procedure.run([&] {
-    requirePackets(packets, "Class_VardenLogger.subSetRawDataFromPackets");
+    requirePackets(packets, "subSetRawDataFromPackets");
     record.RawData = joinPackets(*packets);
     record.CutOffData.clear();
   });
