@@ -61,7 +61,7 @@ double heapAnEpoch(VardenRecord record, const DecodeOptions& options) {
 void decodeOneMebibyte(benchmark::State& state) {
   const auto device = static_cast<enmDeviceType>(state.range(0));
   VardenRecord record = loggerRecord(device, static_cast<int>(state.range(1)));
-  const std::int32_t length = findModeLayout(device, record.AcquisitionMode)->RecordLength;
+  const std::int32_t length = findLoggingMode(device, record.AcquisitionMode)->recordLength();
   record.RawData = recording(length, static_cast<std::size_t>(state.range(2)));
   record.BytesUsed = static_cast<std::int32_t>(record.RawData->size());
   const DecodeOptions options{

@@ -13,8 +13,8 @@
 
 namespace hy_wristlog {
 
-/// The inside of Class_VardenLogger: the record, the link, and what is done with both. Failures carry the
-/// source class "Class_VardenLogger".
+/// The inside of Class_VardenLogger: the record, the link, and what is done with both. The source of a
+/// failure names the class "Class_VardenLogger".
 class VardenLogger : public LoggerLink {
  public:
   VardenRecord record;
@@ -53,20 +53,20 @@ class VardenLogger : public LoggerLink {
   PacketArray Get_SubjectPacket();
 
   // The shell: commands/VardenLogger_values.cpp, _settings.cpp, _transfers.cpp. A command that is not heard
-  // raises NoCharacters or WrongCharacters, an answer that stays away NoCharacters or NoFinalCharacter, a
-  // value that fails its check three times DamagedAnswer, a memory location that cannot be read
-  // MemoryReadFailure. A configuration raises RetriesExceeded, NoPacket, UnknownStructure and DamagedConfig
-  // as well when it is read, NoInitiation to NoEndAcknowledgement when it is sent.
-  /// False, without a failure, when no logger answers.
+  // raises NoCharacters or WrongCharacters, a missing answer NoCharacters or NoFinalCharacter. A value that
+  // fails its check three times raises DamagedAnswer, a memory location that cannot be read
+  // MemoryReadFailure. Reading a configuration also raises RetriesExceeded, NoPacket, UnknownStructure and
+  // DamagedConfig; sending one also raises NoInitiation to NoEndAcknowledgement.
+  /// Returns false, without a failure, when no logger answers.
   bool fncGetVardenPrompt();
-  /// Whether the four digits behind the first "#" are the CRC-16/XMODEM of all before it, and not 0000. The
-  /// line becomes the data without blanks around them, or empty.
+  /// Whether the four digits after the first "#" are the CRC-16/XMODEM of the text before it, and not 0000.
+  /// If so `line` becomes that text without blanks around it, otherwise empty.
   static bool fncCheckCRCandParse(std::string& line);
   void fncReadVardenFWversion();
   void fncReadVardenBatteryVoltage();
   void fncReadVardenTime();
   void fncReadVardenData();
-  /// A new logger that got the packets, or null when this one did.
+  /// Returns a new logger with the configuration, or null when it went into this one.
   std::unique_ptr<VardenLogger> fncReadVardenConfig(bool NewLogger);
   void fncReadVardenSetup();
   std::uint8_t fncReadVardenMemoryLocation(std::int32_t address);
@@ -101,40 +101,43 @@ class VardenLogger : public LoggerLink {
   enmDecodeResult fncDecodeDataArrays(bool& LowBatteryDetected, const std::optional<ByteArray>& RawBytes,
                                       bool DiagnosticDecode);
 
-  // Files for engineers: files/. A file is replaced whole; it is left as it was, with a message
-  // box, when there are no raw data, and after a failure: 53 to 76 when the system refuses, and each one's
-  // own. A failed report leaves what was composed so far where no file stood. 75 is passed on: the library's
-  // usual answer to it is to leave quietly, as if the file had been written.
+  // Files for engineers: files/. A file is replaced whole. It stays as it was when there are no raw data,
+  // which a message box tells, and after a failure. The system's refusals raise faults 53 to 76; each file
+  // has failures of its own. A report that fails leaves what was composed so far if no file stood there.
+  // Fault 75 is passed on, because the library's usual action for it is to leave quietly, as if the file had
+  // been written.
 
-  /// One byte a line, behind the facts of the configuration.
+  /// Writes the facts of the configuration, then one byte a line.
   void subSaveRawDataToFile(std::string_view path);
-  /// The same back into RawData and BytesUsed; the configuration stays. A message box, and nothing read, for
-  /// a file without the heading. Raises 13, 6 and 9 as `readRawDump`, 53 to 76 when there is no reading it.
+  /// Reads such a file into RawData and BytesUsed; the configuration stays. A file without the heading is
+  /// refused in a message box. Raises faults 13, 6 and 9 as `readRawDump` does, and 53 to 76 when the file
+  /// cannot be read.
   void subReadRawDataFromFile(std::string_view path);
-  /// Decodes diagnostically, tells the result and a low battery in message boxes, and writes a row an epoch
-  /// and the events. Raises what decoding raises; WrongDeviceType and OutOfRange for a device or mode without
-  /// columns.
+  /// Decodes diagnostically, tells the result and a low battery in message boxes, and writes a row for each
+  /// epoch and the events. Raises what decoding raises, and WrongDeviceType or OutOfRange for a device or
+  /// mode without columns.
   void subSaveDecodedDataToFile(std::string_view path);
-  /// A Kestrin 2's light test: a row a second from the start that the stream tells, which becomes
-  /// StartTimeGMT. Raises NoLightTest for a stream that does not begin with an acquisition start.
+  /// Writes a Kestrin 2's light test, a row for each second. It begins with the start time in the stream,
+  /// which becomes StartTimeGMT. Raises NoLightTest for a stream that does not begin with an acquisition
+  /// start.
   void subSaveDecodedTolkaTestDataToFile(std::string_view path);
-  /// Activity alone, kind KRD, from the last acquisition start, which becomes StartTimeGMT. Raises OutOfRange
-  /// without an activity calibration, and when BytesUsed is 0.
+  /// Writes the activity alone, as a KRD file, from the last acquisition start, whose time becomes
+  /// StartTimeGMT. Raises OutOfRange without an activity calibration and when BytesUsed is 0.
   void subSaveActivityOnlyKRD(std::string_view path);
 
   // The configuration as text: config/config_text.cpp
 
-  /// Every value under its label, and the block as it was read. Other lines of the file stay. Raises 5 for a
-  /// text with line breaks and dates outside the years 100 to 9999, and 53 to 76.
+  /// Writes every value under its label, and the block as it was read. Other lines of the file stay. Raises
+  /// fault 5 for a text with line breaks and for dates outside the years 100 to 9999, and 53 to 76.
   void subWriteConfigToINIfile(std::string_view path);
-  /// Takes the section "Config Data" into the record; what is derived from it (subject, zone) stays. A
-  /// missing key counts as 0, as 1 for the epoch, "UNK" for an abbreviation, and leaves a date. Raises 13 for
-  /// a value that is no number, date or hexadecimal text and 6 for one beyond its field, with the record
-  /// unchanged.
+  /// Takes the section "Config Data" into the record; what was derived from it (subject, zone) stays. A
+  /// missing number counts as 0, a missing epoch as 1, a missing abbreviation as "UNK"; a missing date stays
+  /// as it was. Raises fault 13 for a value that is no number, date or hexadecimal text and 6 for one that
+  /// does not fit its field. The record is then unchanged.
   void subReadConfigFromINIfile(std::string_view path);
-  /// The 256 bytes that would be sent. Raises what encoding raises, and 53 to 76.
+  /// Writes the 256 bytes that would be sent. Raises what encoding raises, and faults 53 to 76.
   void subWriteConfigToBINfile(std::string_view path);
-  /// A line a value: label, separator, value, CR LF; enumerations in words.
+  /// A line for each value: label, separator, value, CR LF. Enumerations stand in words.
   std::string fncConfigToString(std::string_view separator);
 
   // Time: logger_seconds.cpp
@@ -148,7 +151,8 @@ class VardenLogger : public LoggerLink {
   std::int16_t Get_BatteryPercent();
   std::string fncFriendlyBatteryStatus();
   double Get_MaxRecordingTimeAvailable(bool fromPresentFill) const;
-  /// The size of the last packet that fncReadVardenData has read: fewer bytes than that may fill it up.
+  /// The size of the last packet that fncReadVardenData has received. Up to so many bytes, less one, may fill
+  /// it up after the recording's last byte.
   std::size_t lastPacketBytes() const { return lastPacketBytes_; }
 
  private:

@@ -9,19 +9,18 @@
 #include "base/numbers.h"
 #include "errors/Procedure.h"
 #include "varden/VardenLogger.h"
-#include "varden/decode/sample_decoder.h"
+#include "varden/failures.h"
+#include "varden/logging_modes.h"
 
 namespace hy_wristlog {
 namespace {
 
 constexpr char Module[] = "Class_VardenLogger";
-constexpr float TolkaChargedVoltage = 2.9f;
 
-/// 0 for what records nothing, and for the 32 Hz test mode, whose samples are no epochs.
+/// 0 for a mode that the model does not have, and for one whose samples are no epochs.
 std::int32_t bytesPerEpoch(const VardenRecord& record) {
-  if (record.AcquisitionMode == VardenMode_InternalActivity32Hz) return 0;
-  const ModeLayout* layout = findModeLayout(record.DeviceType, record.AcquisitionMode);
-  return layout != nullptr ? layout->RecordLength : 0;
+  const LoggingMode* mode = findLoggingMode(record.DeviceType, record.AcquisitionMode);
+  return mode != nullptr && mode->samplesAreEpochs() ? mode->recordLength() : 0;
 }
 
 }  // namespace
@@ -53,8 +52,7 @@ float VardenLogger::fncGetBatteryPercent(float voltage, float loadedVoltage) con
   Procedure procedure{Module, "fncGetBatteryPercent"};
   return procedure.run([&] {
     if (record.DeviceType != KR_QUILLANDER)
-      throw Failure(FailureNumber::WrongDeviceType, "Class_VardenLogger.fncGetBatteryPercent",
-                    "Invalid Logger Type");
+      raiseFrom("fncGetBatteryPercent", FailureNumber::WrongDeviceType, "Invalid Logger Type");
     return vividBatteryPercent(voltage, loadedVoltage);
   });
 }
@@ -64,12 +62,11 @@ float VardenLogger::fncGetBatteryLife(float voltage, float loadedVoltage, float&
   return procedure.run([&] {
     if (record.DeviceType == KR_QUILLANDER) {
       percent = procedure.statement([&] { return fncGetBatteryPercent(voltage, loadedVoltage); });
-      return percent * 365.0f / 100.0f;
+      return percent * static_cast<float>(Get_MaxBatteryLife()) / 100.0f;
     }
     if (record.DeviceType != KR_TOLKA)
-      throw Failure(FailureNumber::WrongDeviceType, "Class_VardenLogger.fncGetBatteryLife",
-                    "Invalid Logger Type");
-    const bool charged = voltage >= TolkaChargedVoltage;
+      raiseFrom("fncGetBatteryLife", FailureNumber::WrongDeviceType, "Invalid Logger Type");
+    const bool charged = voltage >= ChargedTolkaVoltage;
     percent = charged ? 100.0f : 0.0f;
     return charged ? static_cast<float>(Get_MaxBatteryLife()) : 0.0f;
   });
@@ -104,7 +101,7 @@ std::string VardenLogger::fncFriendlyBatteryStatus() {
              "%) battery life remaining";
     }
     if (record.DeviceType != KR_TOLKA || record.BatteryVoltage < 0) return Unknown;
-    return record.BatteryVoltage >= TolkaChargedVoltage ? "Battery Fully Charged"
+    return record.BatteryVoltage >= ChargedTolkaVoltage ? "Battery Fully Charged"
                                                         : "Battery NOT Fully Charged";
   });
 }

@@ -14,25 +14,25 @@ struct FirmwareVersion {
   std::int32_t Build = 0;
 };
 
-/// The three fields of a version text; what stands between and behind them does not matter. No value when the
-/// text is shorter than 10 characters or a field is not all digits. Says nothing about whether such a
-/// firmware exists.
+/// Reads the three fields of a version text. The characters between and after them do not matter. No value
+/// when the text is shorter than 10 characters or a field is not all digits. Whether such firmware exists is
+/// not looked at.
 std::optional<FirmwareVersion> parseFirmware(std::string_view text);
 
-/// Firmware that the library knows: 00.01 from build 23 on, 00.02, 01.00 and 01.01. All capability tests are
-/// false for other firmware.
+/// Whether the library knows the firmware: 00.01 from build 23 on, 00.02, 01.00 and 01.01. For other firmware
+/// all functions below are false.
 bool isValidFirmware(const VardenRecord& record);
 /// The config block has a memory-full flag.
 bool hasMemoryFullFlag(const VardenRecord& record);
 /// The battery is also read under load.
 bool hasLoadedVoltage(const VardenRecord& record);
 bool hasSleepMode(const VardenRecord& record);
-/// Of the 00.01 firmware build 29 alone has it; later builds fell back to the old format.
+/// Of the firmware 00.01 only build 29 has the new format. Later builds have the old one again.
 bool hasNewEventFormat(const VardenRecord& record);
 bool hasNewLightScaleFactors(const VardenRecord& record);
 
-/// Takes the answer to "show ver" into FirmwareVersion and LCDfirmwareVersion, as the device type tells.
-/// Other device types leave both as they were.
+/// Takes the answer to "show ver" into FirmwareVersion and LCDfirmwareVersion. The form of the answer depends
+/// on the device type. Other device types leave both as they were.
 void parseVersionInfo(VardenRecord& record, std::string_view version);
 
 }  // namespace hy_wristlog

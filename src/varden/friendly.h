@@ -5,7 +5,7 @@
 
 #include "hy_wristlog/enumerations.h"
 
-/// The words of engineers' files and pages for the values of a logger's record. Values without words give
+/// The values of a logger's record in the words of engineers' files and pages. A value without words gives
 /// "Unknown".
 namespace hy_wristlog {
 

@@ -27,7 +27,8 @@ VardenRecord VardenRecord::copy() const {
 }
 
 void VardenRecord::erase() {
-  // The wrist array goes only when the blue light array, not it itself, holds an array.
+  // The wrist array is emptied when the blue light array holds something; whether it does so itself is not
+  // asked.
   TristateSeries wrist;
   if (BlueLightArray.empty()) wrist = std::move(WristStatusArray);
   *this = VardenRecord();

@@ -14,10 +14,10 @@
 
 namespace hy_wristlog {
 
-/// Bytes; inside std::optional, no value is "holds no array".
+/// Bytes. An empty std::optional of them stands for "holds no array".
 using ByteArray = std::vector<std::uint8_t>;
 
-/// The values of one Varden logger. Plain data: codecs and the decoder read and write it, and know of no
+/// The values of one Varden logger. Plain data: codecs and the decoder read and write them without knowing a
 /// port.
 struct VardenRecord {
 #define HY_STORED(Name, Type, Access, Copy) Type Name{};
@@ -25,13 +25,13 @@ struct VardenRecord {
 #define HY_MEMBER(Name, Type, Copy) Type Name{};
 #include "varden/record_members.inc"
 
-  /// Seconds of an unread clock and volts of an unread battery are -1 in a new record.
+  /// The time of a clock and the voltages of a battery that were not read are -1.
   VardenRecord();
 
-  /// What fncCopyClass hands over; the rest of the copy is as new.
+  /// The values that fncCopyClass hands over. The others are as in a new record.
   VardenRecord copy() const;
-  /// Everything to zero or empty; the clock and the voltages end at 0, not at -1. WristStatusArray stays when
-  /// BlueLightArray is empty.
+  /// Sets everything to zero or empty, the clock and the voltages too, which begin at -1. WristStatusArray
+  /// stays when BlueLightArray is empty.
   void erase();
 };
 

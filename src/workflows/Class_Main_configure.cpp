@@ -7,6 +7,7 @@
 #include "base/faults.h"
 #include "errors/GlobalState.h"
 #include "timezones/Class_TimeZoneTools.h"
+#include "varden/logging_modes.h"
 #include "workflows/attempts.h"
 #include "workflows/configure_times.h"
 #include "workflows/subject_of.h"
@@ -98,8 +99,7 @@ class ConfigureWorkflow {
 
   std::int32_t checkArguments() {
     if (model_ == nullptr) return ReturnCode::WrongLogger;
-    if (request_.AcquisitionMode < VardenMode_ActivityOnly || request_.AcquisitionMode > model_->HighestMode)
-      return ReturnCode::WrongMode;
+    if (!isOffered(model_->DeviceType, request_.AcquisitionMode)) return ReturnCode::WrongMode;
     if (model_->DeviceType == KR_QUILLANDER) {
       if (request_.DateFormat != DateFormat_MMDD && request_.DateFormat != DateFormat_DDMM)
         return ReturnCode::WrongDateFormat;

@@ -7,6 +7,8 @@
 #include "base/faults.h"
 #include "base/numbers.h"
 #include "timezones/Class_TimeZoneTools.h"
+#include "varden/battery.h"
+#include "varden/logging_modes.h"
 #include "workflows/attempts.h"
 #include "workflows/configure_times.h"
 #include "workflows/subject_of.h"
@@ -17,7 +19,6 @@ using namespace FailureNumber;
 namespace {
 
 constexpr std::int16_t LowVividPercent = 10;
-constexpr float LowKestrin2Voltage = 2.9F;
 
 bool hasUsableSubject(const VardenRecord& record) {
   return record.SubjectInfoVersion != -1 && !record.SubjectIdentity.empty() &&
@@ -83,15 +84,14 @@ class RetrieveWorkflow {
 
   bool checkModel() {
     if (!checkLogger(attempts_, state_, *model_)) return false;
-    const auto mode = record().AcquisitionMode;
-    return (mode >= VardenMode_ActivityOnly && mode <= model_->HighestMode) ||
+    return isOffered(model_->DeviceType, record().AcquisitionMode) ||
            attempts_.endWith(ReturnCode::WrongMode);
   }
 
   bool checkBattery() {
     return attempts_.step([&] {
       if (model_->DeviceType == KR_QUILLANDER ? logger().Get_BatteryPercent() < LowVividPercent
-                                              : record().BatteryVoltage < LowKestrin2Voltage)
+                                              : record().BatteryVoltage < ChargedTolkaVoltage)
         lowBattery = true;
     });
   }

@@ -1,10 +1,12 @@
 #include "workflows/docked_model.h"
 
+#include "varden/logging_modes.h"
+
 namespace hy_wristlog {
 namespace {
 
-constexpr DockedModel KestrinVivid{KR_QUILLANDER, "Kestrin Vivid", VardenMode_ActivityAndSpecialLight};
-constexpr DockedModel Kestrin2{KR_TOLKA, "Kestrin 2", VardenMode_ActivityAndStandardLight};
+constexpr DockedModel KestrinVivid{KR_QUILLANDER, "Kestrin Vivid"};
+constexpr DockedModel Kestrin2{KR_TOLKA, "Kestrin 2"};
 
 }  // namespace
 
@@ -25,11 +27,8 @@ const DockedModel* dockedModel(enmLoggerPointer loggerType) {
 }
 
 bool hasFactoryValues(const VardenRecord& record, const DockedModel& model) {
-  const bool light = model.DeviceType == KR_QUILLANDER
-                         ? record.RedLightCalibration != 0 && record.GreenLightCalibration != 0 &&
-                               record.BlueLightCalibration != 0
-                         : record.LightScaleCalibration != 0;
-  return light && record.ActivityCalibration > 0 && record.DeviceType == model.DeviceType;
+  return record.DeviceType == model.DeviceType && record.ActivityCalibration > 0 &&
+         hasLightCalibration(record);
 }
 
 }  // namespace hy_wristlog

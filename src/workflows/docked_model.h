@@ -11,7 +11,6 @@ namespace hy_wristlog {
 struct DockedModel {
   enmDeviceType DeviceType;
   const char* Words;
-  enmVardenLoggingMode HighestMode;
 
   std::int16_t findDock(VardenLogger& logger, std::int16_t& numConnected) const;
   bool connect(VardenLogger& logger) const;

@@ -3,6 +3,7 @@
 
 #include "cli/cli.h"
 #include "cli/cli_checks.h"
+#include "varden/logging_modes.h"
 
 namespace wristlog {
 namespace {
@@ -41,7 +42,7 @@ void addConfigure(CommandLine& cli) {
   sub->add_option("--mode", options->Mode,
                   "1 activity, 2 light (Vivid: colours), 3 both; Vivid also 4 lux, 5 activity and lux")
       ->required()
-      ->check(CLI::Range(1, 5));
+      ->check(CLI::Range(1, int{hy_wristlog::highestOfferedMode()}));
   sub->add_option("--epoch", options->EpochLength, "Seconds a value: 15, 30, 60, 120 or 300")
       ->required()
       ->check(CLI::IsMember({15, 30, 60, 120, 300}));

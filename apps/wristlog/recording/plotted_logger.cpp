@@ -5,7 +5,9 @@
 
 #include "engineering/recording.h"
 #include "engineering/zones.h"
+#include "hy_wristlog/failure.h"
 #include "recording/plotted_parts.h"
+#include "varden/logging_modes.h"
 #include "words/meanings.h"
 
 namespace wristlog {
@@ -19,40 +21,50 @@ std::string modelWords(hw::enmDeviceType type) {
   return type == hw::KR_QUILLANDER ? "Kestrin Vivid" : type == hw::KR_TOLKA ? "Kestrin 2" : "Logger";
 }
 
-std::string modeWords(const hw::Class_VardenLogger& logger) {
-  const bool vivid = logger.Get_DeviceType() == hw::KR_QUILLANDER;
-  switch (logger.Get_AcquisitionMode()) {
-    case hw::VardenMode_ActivityOnly:
+std::string activityWords(hw::ActivityPart part) {
+  switch (part) {
+    case hw::ActivityPart::None:
+      return {};
+    case hw::ActivityPart::Code:
       return "activity";
-    case hw::VardenMode_StandardLightOnly:
-      return vivid ? "light in three colours" : "light";
-    case hw::VardenMode_ActivityAndStandardLight:
-      return vivid ? "activity and light in three colours" : "activity and light";
-    case hw::VardenMode_SpecialLightOnly:
-      return "light";
-    case hw::VardenMode_ActivityAndSpecialLight:
-      return "activity and light";
-    case hw::VardenMode_InternalOffWristFrequency:
-      return "off-wrist frequency, an internal mode";
-    case hw::VardenMode_InternalLightCalibration:
-      return "light calibration, an internal mode";
-    case hw::VardenMode_InternalActivity32Hz:
-      return "activity at 32 Hz, an internal mode";
-    default:
-      return "mode " + std::to_string(logger.Get_AcquisitionMode());
+    case hw::ActivityPart::Raw:
+      return "activity at 32 Hz";
   }
+  return {};
 }
 
-picture::LightScale lightScaleOf(const hw::Class_VardenLogger& logger) {
-  const bool vivid = logger.Get_DeviceType() == hw::KR_QUILLANDER;
-  if (logger.Get_AcquisitionMode() == hw::VardenMode_InternalOffWristFrequency) return {"(frequency)", 0, 5};
-  if (vivid && logger.Get_AcquisitionMode() == hw::VardenMode_InternalLightCalibration)
-    return {"(current)", -12, 0};
-  if (!logger.Get_RedLightArray().empty()) return {"µW/cm²", -2, 4};
-  return {"lux", -1, 5};
+struct LightOfMode {
+  const char* Words;
+  picture::LightScale Scale;
+};
+
+LightOfMode lightOf(hw::LightPart part) {
+  const picture::LightScale lux{"lux", -1, 5};
+  switch (part) {
+    case hw::LightPart::None:
+      return {"", lux};
+    case hw::LightPart::Lux:
+      return {"light", lux};
+    case hw::LightPart::CalibrationLux:
+      return {"light calibration", lux};
+    case hw::LightPart::Colours:
+      return {"light in three colours", {"µW/cm²", -2, 4}};
+    case hw::LightPart::Currents:
+      return {"light calibration", {"(current)", -12, 0}};
+    case hw::LightPart::Frequency:
+      return {"off-wrist frequency", {"(frequency)", 0, 5}};
+  }
+  return {};
 }
 
-void addLight(picture::PlottedRecording& plot, const hw::Class_VardenLogger& logger) {
+std::string modeWords(const hw::LoggingMode& mode) {
+  const std::string activity = activityWords(mode.Activity), light = lightOf(mode.Light).Words;
+  return activity + (activity.empty() || light.empty() ? "" : " and ") + light +
+         (mode.Use == hw::ModeUse::Internal ? ", an internal mode" : "");
+}
+
+void addLight(picture::PlottedRecording& plot, const hw::Class_VardenLogger& logger,
+              const hw::LoggingMode& mode) {
   using enum picture::LightColour;
   const auto add = [&](picture::LightColour colour, const hw::LightSeries& values) {
     if (!values.empty()) plot.Light.push_back({colour, seriesOf(values)});
@@ -60,9 +72,8 @@ void addLight(picture::PlottedRecording& plot, const hw::Class_VardenLogger& log
   add(Red, logger.Get_RedLightArray());
   add(Green, logger.Get_GreenLightArray());
   add(Blue, logger.Get_BlueLightArray());
-  // Gaps can leave a recording of colours with a light series that holds no value.
-  if (plot.Light.empty()) add(Lux, logger.Get_LightArray());
-  plot.LightAxis = lightScaleOf(logger);
+  add(Lux, logger.Get_LightArray());
+  plot.LightAxis = lightOf(mode.Light).Scale;
 }
 
 picture::Sign signOf(std::string_view words) {
@@ -87,14 +98,15 @@ void addEvents(picture::PlottedRecording& plot, const hw::Class_VardenLogger& lo
   }
 }
 
-void addFacts(picture::PlottedRecording& plot, const DecodedRecording& recording) {
+void addFacts(picture::PlottedRecording& plot, const DecodedRecording& recording,
+              const hw::LoggingMode& mode) {
   hw::Class_VardenLogger& logger = *recording.Logger;
   const auto add = [&](const char* label, const std::string& value) { addFact(plot, label, value); };
   addSubjectFacts(plot, logger);
   add("Logger", modelWords(logger.Get_DeviceType()));
   add("Serial number", logger.Get_SerialNumber());
   add("Firmware", logger.Get_FirmwareVersion());
-  add("Recorded", modeWords(logger));
+  add("Recorded", modeWords(mode));
   addPeriodFacts(plot);
   add("Markers", std::to_string(logger.Get_MarkerCount()) + " of button 1, " +
                      std::to_string(engineering::marker2Count(logger)) + " of button 2");
@@ -118,6 +130,9 @@ picture::PlottedRecording plottedRecording(DecodedRecording recording) {
   // A picture must not depend on how long ago a sound recording ended.
   if (recording.Result == hw::Decode_TooLongSinceLastAcqStop) recording.Result = hw::Decode_OK;
   hw::Class_VardenLogger& logger = *recording.Logger;
+  const hw::LoggingMode* mode = hw::findLoggingMode(logger.Get_DeviceType(), logger.Get_AcquisitionMode());
+  if (mode == nullptr)
+    throw hw::Failure(hw::FailureNumber::OutOfRange, "plottedRecording", hw::IncompatibleMode);
   picture::PlottedRecording plot;
   plot.Subject = logger.Get_SubjectIdentity();
   plot.Logger = modelWords(logger.Get_DeviceType()) + " " + logger.Get_SerialNumber();
@@ -129,13 +144,13 @@ picture::PlottedRecording plottedRecording(DecodedRecording recording) {
     for (const auto& period : engineering::offsetPeriods(logger, dateOf(plot.Start), dateOf(plot.end())))
       plot.Offsets.push_back({unixSeconds(period.FromUtc), period.Minutes});
   plot.Activity = seriesOf(logger.Get_ActivityArray());
-  addLight(plot, logger);
+  addLight(plot, logger, *mode);
   for (const hw::Tristate off : logger.Get_WristStatusArray())
     plot.OffWrist.push_back(off == hw::Tristate::True);
   addMarkers(plot, logger.Get_MarkerArray(), 1);
   addMarkers(plot, engineering::marker2(logger), 2);
   addEvents(plot, logger);
-  addFacts(plot, recording);
+  addFacts(plot, recording, *mode);
   addWarnings(plot, recording);
   return plot;
 }

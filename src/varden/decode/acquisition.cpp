@@ -5,23 +5,22 @@
 
 #include "base/dates.h"
 #include "base/numbers.h"
-#include "varden/decode/sample_decoder.h"
 
 namespace hy_wristlog {
 namespace {
 
-constexpr std::int64_t LongestGapSeconds = std::int64_t{30} * 86400;
+constexpr auto LongestGapSeconds = static_cast<std::int64_t>(30 * SecondsPerDay);
 
-/// The epochs without a value that all gaps of a recording add: those of two years in steps of 15 seconds. A
-/// logger's clock and its recording live on one battery, which carries it for a year at the most.
-constexpr std::int64_t MostFilledEpochs = std::int64_t{2} * 365 * 5760;
+/// The most epochs that the gaps of one recording may add: two years of 15 seconds. The logger's clock and
+/// its memory live on one battery, which lasts a year at most.
+constexpr auto MostFilledEpochs = static_cast<std::int64_t>(2 * 365 * SecondsPerDay / 15);
 
-/// The second a date lies in. Sums of days carry a noise of about a microsecond, which must not move a date
-/// on a whole second into the one before.
+/// The second in which a date lies. Sums of days are wrong by about a microsecond, which must not move a date
+/// that lies on a whole second into the second before.
 double wholeSecond(double date) { return std::trunc(date * SecondsPerDay + 0.001); }
 
-/// Ends the walk with 15 when the gap is too long to be true; else makes room for its epochs. Fault 7 when
-/// the gaps add more than a recording can mean.
+/// Makes room for the epochs of a gap. Ends the walk with result 15, and returns false, when the gap is
+/// longer than 30 days. Raises fault 7 when the recording's gaps add up to more than `MostFilledEpochs`.
 bool prepareFill(DecodeWalk& walk, double from) {
   if (!walk.Options.Diagnostic && secondsBetween(from, walk.EventTime) > LongestGapSeconds) {
     walk.stop(Decode_BigDiffBetweenAcqTimes);
@@ -49,7 +48,7 @@ void fillFromStartTime(DecodeWalk& walk) {
   if (!prepareFill(walk, time)) return;
   while (secondsBetween(time, walk.EventTime) > 0) {
     walk.LastSample = time;
-    fillEpoch(walk, walk.Layout->FirstFill);
+    fillEpoch(walk, walk.Mode->firstFill());
     time += walk.epoch();
   }
 }
@@ -78,7 +77,7 @@ void startFirst(DecodeWalk& walk, double time) {
 void startAcquisition(DecodeWalk& walk, double time) {
   if (walk.Acquiring) {
     walk.EventTime = time;
-    fillFromLastSample(walk, walk.Layout->RunningFill);
+    fillFromLastSample(walk, walk.Mode->restartFill());
   } else if (walk.EventTime == 0) {
     startFirst(walk, time);
   } else if (walk.LastStop == 0) {
@@ -92,7 +91,7 @@ void startAcquisition(DecodeWalk& walk, double time) {
     walk.Acquiring = true;
     walk.EventTime = time;
     walk.LastStop = 0;
-    fillFromLastSample(walk, walk.Layout->Samples);
+    fillFromLastSample(walk, walk.Mode->samples());
   }
 }
 

@@ -4,13 +4,13 @@
 
 namespace hy_wristlog {
 
-/// An acquisition start at `time`: begins or goes on with acquiring, and fills the gap before it with epochs
-/// that have no value. Ends the walk with result 5 or 15. Fault 7 when the gaps of a recording add up to more
-/// than it can mean.
+/// Handles an acquisition start at `time`: acquiring begins or goes on, and the gap before it is filled with
+/// epochs without a value. Ends the walk with result 5 or 15. Raises fault 7 when the recording's gaps add up
+/// to more than a logger can record.
 void startAcquisition(DecodeWalk& walk, double time);
 
-/// An acquisition stop at `time`. Ends the walk with result 6 when data lie behind it; result 16 tells of a
-/// stop long ago.
+/// Handles an acquisition stop at `time`. Ends the walk with result 6 when samples are later than the stop.
+/// Result 16 tells of a stop long ago.
 void stopAcquisition(DecodeWalk& walk, double time);
 
 }  // namespace hy_wristlog

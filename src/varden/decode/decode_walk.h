@@ -8,11 +8,13 @@
 
 #include "base/faults.h"
 #include "varden/decode/epoch_arrays.h"
+#include "varden/logging_modes.h"
 #include "varden/record.h"
 
 namespace hy_wristlog {
 
-struct ModeLayout;
+/// The source of what decoding raises.
+inline constexpr const char* DecodeProcedure = "fncDecodeDataArrays";
 
 struct DecodeOptions {
   /// Relaxes the checks: any epoch length, unknown gaps, the internal modes, and values recorded in a dock.
@@ -29,7 +31,7 @@ struct DecodeWalk {
   VardenRecord& Record;
   const DecodeOptions& Options;
   EpochArrays Arrays{Record};
-  const ModeLayout* Layout = nullptr;
+  const LoggingMode* Mode = nullptr;
   bool Quillander = false;
   bool NewEventFormat = false;
   double EpochsPerDay = 0;
@@ -59,9 +61,10 @@ struct DecodeWalk {
     return Record.StartTimeGMT + static_cast<double>(index) / EpochsPerDay;
   }
   bool inside(std::int64_t position) const { return position < Length; }
-  /// Fault 9 behind the raw bytes, which may end before `Length`.
+  /// Raises fault 9 for a position beyond the raw bytes, which may end before `Length`.
   std::uint8_t byteAt(std::int64_t position) const { return fault::at(Raw, position); }
-  /// The coming epoch's element. The one in which the logger comes back still counts as off the wrist.
+  /// The wrist element of the epoch at `Index`. The epoch in which the logger comes back to the wrist still
+  /// counts as off it.
   Tristate takeWristStatus() {
     const bool off = OnWristPulse || OffWrist;
     OnWristPulse = false;

@@ -75,7 +75,7 @@ template <class Array>
 void EpochArrays::extend(Array& array, SeriesSet which, std::int64_t index) {
   if (!(held_ & which) || index < 0 || index > upperBound_) fault::raise(fault::Subscript);
   const auto size = static_cast<std::int64_t>(array.size());
-  // Some room beyond, so that growing by single elements does not copy each time.
+  // Grows by more than is asked for, so that growing element by element does not copy each time.
   const std::int64_t grown = std::min(upperBound_ + 1, std::max(index + 1, size + size / 4));
   array.reserve(static_cast<std::size_t>(grown));
   array.resize(static_cast<std::size_t>(grown), emptyElement(array));

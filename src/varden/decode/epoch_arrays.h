@@ -4,40 +4,32 @@
 #include <cstdint>
 
 #include "varden/record.h"
+#include "varden/series_set.h"
 
 namespace hy_wristlog {
 
-/// A set of the record's eight arrays.
-using SeriesSet = std::uint8_t;
-
-namespace series {
-inline constexpr SeriesSet Activity = 1, Light = 2, Red = 4, Green = 8, Blue = 16, Marker = 32, Marker2 = 64,
-                           Wrist = 128;
-inline constexpr SeriesSet Colours = Red | Green | Blue;
-}  // namespace series
-
-/// The record's arrays while a recording is decoded: one set of arrays with one upper bound, which every
-/// store is checked against. Memory follows the elements that are stored, not the bound, so that a generous
-/// bound costs nothing; `settle` brings both together.
+/// The record's arrays while a recording is decoded. They have one upper bound in common, and every store is
+/// checked against it. Memory grows with the elements that are stored, not with the bound, so a bound that is
+/// far too high costs nothing. In the end `settle` gives all arrays the same size.
 class EpochArrays {
  public:
-  /// More than any logger records, gaps included. Beyond it: fault 7.
+  /// More elements than any logger records, gaps included. Raises fault 7 beyond it.
   static constexpr std::int64_t MostElements = std::int64_t{1} << 26;
 
   explicit EpochArrays(VardenRecord& record) : record_(record) {}
 
   /// Empties all eight arrays.
   void clear();
-  /// Makes the arrays of `set` hold the indices 0 to `elements` - 1; `expected` of them will likely be
-  /// stored.
+  /// Gives the arrays of `set` the indices 0 to `elements` - 1. Room is made for `expected` of them.
   void allocate(SeriesSet set, std::int64_t elements, std::int64_t expected);
-  /// Moves the upper bound, keeping the content below it. Fault 9 below -1.
+  /// Moves the upper bound and keeps the content up to it. Raises fault 9 for a bound below -1.
   void redimension(std::int64_t upperBound);
   std::int64_t upperBound() const { return upperBound_; }
-  /// Gives the arrays exactly `elements` elements; those that were never stored are empty ones.
+  /// Gives the arrays exactly `elements` elements. Those that were never stored are empty ones.
   void settle(std::int64_t elements);
 
-  /// The element of one array, to be stored. Fault 9 beyond the bound, and for an array outside the set.
+  /// The element of one array, to be stored. Raises fault 9 beyond the bound and for an array outside the
+  /// set.
   template <SeriesSet Which>
   auto& at(std::int64_t index) {
     auto& array = arrayOf<Which>();

@@ -45,7 +45,7 @@ enum class DockMove : std::uint8_t { None, In, Out };
 struct DockEvent {
   bool NewFormat;
   std::uint8_t Bits;
-  const char* Suffix;  ///< behind the text of an acquisition event
+  const char* Suffix;  ///< after the text of an acquisition event
   const char* Text;    ///< of an event of its own; null: not a valid event
   DockMove Move;
   bool UndockSkip;  ///< set by an event of its own
@@ -86,7 +86,7 @@ const DockEvent& dockEvent(bool newFormat, std::uint8_t bits) {
   fault::raise(fault::Internal);
 }
 
-/// `time` is `UnknownDate` when the record does not tell it.
+/// `time` is `UnknownDate` when the record does not tell it. Raises fault 9 when the record is not all there.
 void addEvent(DecodeWalk& walk, double time, const char* text, const char* suffix = "",
               std::int64_t length = EventRecordLength) {
   walk.byteAt(walk.Position + length - 1);

@@ -11,11 +11,11 @@ inline constexpr std::int64_t StatusRecordLength = 2;
 inline constexpr std::uint8_t AcquisitionStart = 1;
 inline constexpr std::uint8_t ResetEvent = 8;
 
-/// Handles the 7-byte event record at the walk's position and moves behind it.
+/// Handles the 7-byte event record at the walk's position and moves the position after it.
 void handleEventRecord(DecodeWalk& walk);
 
-/// Handles the 2-byte status record at the walk's position and moves behind it. What it tells belongs to the
-/// epoch that follows.
+/// Handles the 2-byte status record at the walk's position and moves the position after it. The record tells
+/// of the epoch that follows.
 void handleStatusRecord(DecodeWalk& walk);
 
 }  // namespace hy_wristlog

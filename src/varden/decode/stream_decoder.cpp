@@ -6,22 +6,20 @@
 #include "base/dates.h"
 #include "base/numbers.h"
 #include "varden/decode/event_records.h"
+#include "varden/failures.h"
 #include "varden/firmware.h"
 
 namespace hy_wristlog {
 
-using namespace FailureNumber;
 namespace {
 
 constexpr std::array EpochLengths{15, 30, 60, 120, 300};
 constexpr std::int64_t OldFirmwareBarrier = 65535;
 constexpr std::int32_t LastFirmwareWithBarrier = 28;
 
-[[noreturn]] void fail(std::int32_t number, const char* text) {
-  throw Failure(number, "Class_VardenLogger.fncDecodeDataArrays", text);
-}
+[[noreturn]] void refuse(const char* text) { raiseFrom(DecodeProcedure, FailureNumber::OutOfRange, text); }
 
-/// Up to 00.01.0028.
+/// Firmware up to 00.01.0028 recorded wrongly after byte 65535.
 bool hasBarrier(const VardenRecord& record) {
   const auto firmware = parseFirmware(record.FirmwareVersion);
   return firmware && firmware->Major == 0 && firmware->Minor == 1 &&
@@ -51,8 +49,8 @@ void StreamDecoder::prepare() {
   walk_.Result = Decode_InputError;
   if (record.BytesUsed < 1) return;
   if (!diagnostic && std::count(EpochLengths.begin(), EpochLengths.end(), record.EpochLength) == 0)
-    fail(OutOfRange, "Invalid Epoch Length");
-  if (record.StartTimeGMT < UnixEpochDate) fail(OutOfRange, "Invalid Start Time");
+    refuse("Invalid Epoch Length");
+  if (record.StartTimeGMT < UnixEpochDate) refuse("Invalid Start Time");
   if (!acceptsFirmware()) return;
 
   if (record.RawData) walk_.Raw = *record.RawData;
@@ -74,7 +72,7 @@ void StreamDecoder::prepare() {
 
 bool StreamDecoder::acceptsFirmware() {
   if (isValidFirmware(walk_.Record)) return true;
-  if (!walk_.Options.Diagnostic) fail(OutOfRange, "Invalid Firmware Version");
+  if (!walk_.Options.Diagnostic) refuse("Invalid Firmware Version");
   if (walk_.Options.ShowMessage)
     walk_.Options.ShowMessage("Unknown FW version",
                               "Firmware version is unknown. Do a 'show version' before 'show data'\r\n"
@@ -83,19 +81,15 @@ bool StreamDecoder::acceptsFirmware() {
 }
 
 void StreamDecoder::allocate() {
-  const VardenRecord& record = walk_.Record;
-  if (record.DeviceType != KR_QUILLANDER && record.DeviceType != KR_TOLKA)
-    fail(WrongDeviceType, "Incompatible Device Type");
-  walk_.Layout = findModeLayout(record.DeviceType, record.AcquisitionMode);
-  if (!walk_.Layout) fail(OutOfRange, "Incompatible Logging Mode");
-  if (!meetsNeed(record, walk_.Layout->Need, walk_.Options.Diagnostic))
-    fail(OutOfRange, walk_.Layout->Refusal);
+  const LoggingMode& mode = requireLoggingMode(walk_.Record, DecodeProcedure);
+  if (const char* refusal = refusalToDecode(mode, walk_.Record, walk_.Options.Diagnostic)) refuse(refusal);
+  walk_.Mode = &mode;
   const auto bytes = std::min(walk_.Length, static_cast<std::int64_t>(walk_.Raw.size()));
-  walk_.Arrays.allocate(walk_.Layout->arrays(), walk_.Length, bytes / walk_.Layout->RecordLength + 1);
+  walk_.Arrays.allocate(mode.arrays(), walk_.Length, bytes / mode.recordLength() + 1);
 }
 
-/// What a logger writes behind a reset cannot be told from samples: the recording ends with the first reset
-/// event that a plain search finds. Later matches move that end on again.
+/// Bytes after a reset cannot be told from samples, so the recording ends with the first reset event that a
+/// plain search finds. Each later match moves the end to itself again.
 void StreamDecoder::cutAtReset() {
   const std::int64_t end = walk_.Length;
   if (walk_.Record.Resets == 0 || end <= EventRecordLength) return;
@@ -144,7 +138,8 @@ void StreamDecoder::handleStatus() {
     handleStatusRecord(walk_);
 }
 
-/// Runs behind an event or status at the very end of the bytes too, which adds one epoch without value.
+/// Also runs after an event or status record at the very end of the bytes, which adds one epoch without a
+/// value.
 void StreamDecoder::handleSample() {
   if (walk_.Stop || !walk_.Acquiring) return;
   samples_->decode();

@@ -8,19 +8,19 @@
 namespace hy_wristlog {
 
 /// Decodes a recording: walks once over `RawData` and turns its event, status and sample records into the
-/// arrays, one element an epoch, and into `EventArray`. Works on the record in place, so that what was
-/// decoded before a problem stays. Reads and writes nothing but the record; what it needs of the world stands
-/// in the options.
+/// arrays, one element an epoch, and into `EventArray`. It works on the record in place, so what was decoded
+/// before a problem stays. It touches nothing but the record; what it needs of the world stands in the
+/// options.
 ///
-/// `decode`, then `finish`.
+/// Call `decode`, then `finish`.
 class StreamDecoder {
  public:
   StreamDecoder(VardenRecord& record, const DecodeOptions& options) : walk_{record, options} {}
   StreamDecoder(const StreamDecoder&) = delete;
   StreamDecoder& operator=(const StreamDecoder&) = delete;
 
-  /// Checks the record, makes the arrays and walks over the bytes. Without bytes, or with unknown firmware in
-  /// a diagnostic decode, nothing is decoded: the result stays `Decode_InputError`. After a failure the
+  /// Checks the record, makes the arrays and walks over the bytes. Nothing is decoded, and the result stays
+  /// `Decode_InputError`, without bytes and in a diagnostic decode of unknown firmware. After a failure the
   /// arrays hold the epochs decoded so far. Raises
   ///  - OutOfRange "Invalid Epoch Length", "Invalid Start Time", "Invalid Firmware Version", the texts of
   ///  missing
@@ -33,12 +33,12 @@ class StreamDecoder {
   ///    arrays below what is to be stored, and at a gap before a start while acquiring in mode 2 of the
   ///    Quillander.
   void decode();
-  /// Cuts the arrays to the samples (without samples they keep an empty element for every byte) and hands
-  /// result and counts to the record.
+  /// Cuts the arrays to the samples and hands result and counts to the record. Without samples the arrays
+  /// keep an empty element for every byte.
   void finish();
 
   enmDecodeResult result() const { return walk_.Result; }
-  /// None when it never came to a walk.
+  /// No value when no walk began.
   std::optional<bool> lowBatteryDetected() const;
 
  private:

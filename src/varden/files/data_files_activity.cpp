@@ -11,6 +11,7 @@
 #include "errors/Procedure.h"
 #include "varden/VardenLogger.h"
 #include "varden/decode/event_records.h"
+#include "varden/failures.h"
 #include "varden/files/data_files.h"
 #include "varden/logger_seconds.h"
 
@@ -18,22 +19,22 @@ namespace hy_wristlog {
 namespace {
 
 constexpr std::int64_t TimeAt = 3;
-/// The reader steps over all of an event record but its last byte, which so counts as an activity code.
+/// The reader passes over an event record but for its last byte, which so counts as an activity code.
 constexpr std::int64_t EventStep = EventRecordLength - 1;
 constexpr std::size_t SubjectLength = 19;
 constexpr std::int32_t SecondsPerUnit = 15;
 
-[[noreturn]] void fail(const char* text) {
-  throw Failure(FailureNumber::OutOfRange, "Class_VardenLogger.subSaveActivityOnlyKRD", text);
-}
+constexpr const char* Name = "subSaveActivityOnlyKRD";
+
+[[noreturn]] void refuse(const char* text) { raiseFrom(Name, FailureNumber::OutOfRange, text); }
 
 void checkRecord(const VardenRecord& record) {
-  if (record.ActivityCalibration == 0) fail("Activity calibration is zero! Try 'Show Config' first...");
-  if (record.BytesUsed == 0) fail("Next memory address is zero! Try 'Show Config' first...");
+  if (record.ActivityCalibration == 0) refuse("Activity calibration is zero! Try 'Show Config' first...");
+  if (record.BytesUsed == 0) refuse("Next memory address is zero! Try 'Show Config' first...");
 }
 
-/// The text of each activity code: the counts, whose steps grow by one every 32, scaled by 128 / calibration
-/// without a limit. Unlike in the decoder code 253 has counts.
+/// The text of each activity code: the counts of the decoder's scale times 128 / calibration, but without its
+/// limit, and code 253 has counts too.
 std::array<std::string, 256> activityTexts(std::uint8_t calibration) {
   constexpr std::int32_t HighestCount = 32767;
   constexpr std::size_t CodesWithCounts = 254;
@@ -47,9 +48,9 @@ std::array<std::string, 256> activityTexts(std::uint8_t calibration) {
   return texts;
 }
 
-/// Takes the start time of the last acquisition start and gives the position to read from; without one the
-/// record keeps its start time and reading begins at 0. Bytes among the samples that look like a start count
-/// as one; a start in the last 6 bytes is passed over.
+/// Takes over the time of the last acquisition start and returns the position after it. Without a start the
+/// record keeps its time and the position is 0. Samples that look like a start count as one. A start in the
+/// last 6 bytes does not count.
 std::int64_t findLastStart(VardenRecord& record, std::int64_t last) {
   const ByteArray& raw = *record.RawData;
   std::int64_t position = 0;
@@ -61,7 +62,7 @@ std::int64_t findLastStart(VardenRecord& record, std::int64_t last) {
   return position;
 }
 
-/// The file takes the offset with the opposite sign of the decoded report.
+/// The offset has the opposite sign of the one in the decoded report.
 void addHeading(DataFile& file, const VardenRecord& record) {
   const double start = addTime(record.StartTimeGMT, -(record.GMToffset / MinutesPerDay));
   const std::string subject = ansiTextFromUtf8(record.EncodedSetup).substr(0, SubjectLength);
@@ -90,7 +91,7 @@ void addActivity(DataFile& file, const VardenRecord& record, std::int64_t positi
 }  // namespace
 
 void VardenLogger::subSaveActivityOnlyKRD(std::string_view path) {
-  Procedure procedure{"Class_VardenLogger", "subSaveActivityOnlyKRD"};
+  Procedure procedure{"Class_VardenLogger", Name};
   procedure.passesOn(fault::PathFileAccess);
   DataFile file(path);
   procedure.cleanUp([&file] { file.leave(); });

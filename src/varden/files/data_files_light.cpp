@@ -8,6 +8,7 @@
 #include "errors/Procedure.h"
 #include "varden/VardenLogger.h"
 #include "varden/decode/event_records.h"
+#include "varden/failures.h"
 #include "varden/files/data_files.h"
 #include "varden/logger_seconds.h"
 
@@ -18,14 +19,14 @@ constexpr std::int64_t TimeAt = 2, SampleLength = 2;
 
 constexpr std::array<const char*, 4> Resistors{"0 = 560 ohm", "1 = 8.2 kohm", "2 = 150 kohm", "3 = 2.2 Mohm"};
 
-[[noreturn]] void fail(const char* text) {
-  throw Failure(FailureNumber::NoLightTest, "Class_VardenLogger.subSaveDecodedTolkaTestDataToFile", text);
-}
+constexpr const char* Name = "subSaveDecodedTolkaTestDataToFile";
+
+[[noreturn]] void refuse(const char* text) { raiseFrom(Name, FailureNumber::NoLightTest, text); }
 
 void checkStart(const ByteArray& raw) {
-  if (fault::at(raw, 0) != EventMark) fail("First byte of Tolka Test data stream is not 253 event mark.");
+  if (fault::at(raw, 0) != EventMark) refuse("First byte of Tolka Test data stream is not 253 event mark.");
   if ((fault::at(raw, 1) & AcquisitionStart) == 0)
-    fail("Second byte of Tolka Test data stream is not acquisition start bitmap.");
+    refuse("Second byte of Tolka Test data stream is not acquisition start bitmap.");
 }
 
 std::string resistorText(std::uint8_t selection) {
@@ -46,7 +47,7 @@ void addReadings(DataFile& file, const VardenRecord& record) {
 }  // namespace
 
 void VardenLogger::subSaveDecodedTolkaTestDataToFile(std::string_view path) {
-  Procedure procedure{"Class_VardenLogger", "subSaveDecodedTolkaTestDataToFile"};
+  Procedure procedure{"Class_VardenLogger", Name};
   procedure.passesOn(fault::PathFileAccess);
   DataFile file(path);
   procedure.cleanUp([&file] { file.leave(); });

@@ -20,7 +20,7 @@ namespace {
 constexpr char Module[] = "Class_VardenLogger";
 constexpr std::string_view Heading = "QV/HY Varden Logger Raw Data Output File";
 constexpr std::string_view AddressLabel = "Address";
-/// So much of a wrong value is shown.
+/// The most characters of a wrong value that a failure's description shows.
 constexpr std::size_t Excerpt = 40;
 
 void addBytes(DataFile& file, const ByteArray& raw, std::int64_t last) {
@@ -50,7 +50,7 @@ std::string withoutQuotes(std::string_view line) {
 
 std::string inLine(std::size_t number) { return " in line " + std::to_string(number); }
 
-/// Lines that are missing or stand elsewhere would shift or swap bytes unnoticed.
+/// A missing or moved line would shift or swap bytes, and nobody would notice.
 void checkAddress(std::string_view line, std::size_t index, std::size_t number) {
   const std::string_view address = line.substr(0, line.find(','));
   const std::size_t from = address.find('('), to = address.find(')');
@@ -84,7 +84,8 @@ bool isRawDump(std::string_view content) { return takeLine(content).find(Heading
 
 ByteArray readRawDump(std::string_view content, std::size_t mostBytes, Addresses addresses) {
   bool inData = false;
-  // A subject may be called Address too: only the line that begins so ends the heading.
+  // The heading ends with the line that begins with "Address". A subject of that name stands in the middle of
+  // its line.
   std::size_t number = 0;
   for (; !inData && !content.empty(); ++number)
     inData = withoutQuotes(takeLine(content)).starts_with(AddressLabel);

@@ -11,13 +11,15 @@
 #include "errors/GlobalState.h"
 #include "errors/Procedure.h"
 #include "varden/VardenLogger.h"
+#include "varden/failures.h"
 #include "varden/files/data_files.h"
+#include "varden/logging_modes.h"
 
 namespace hy_wristlog {
 namespace {
 
 constexpr char Module[] = "Class_VardenLogger";
-constexpr char Source[] = "Class_VardenLogger.subSaveDecodedDataToFile";
+constexpr char Name[] = "subSaveDecodedDataToFile";
 
 constexpr std::array<const char*, 18> ResultTexts{
     "",
@@ -63,7 +65,7 @@ void tellResult(enmDecodeResult result) {
   tell(index < ResultTexts.size() ? ResultTexts[index] : "Unknown Decode Result.");
 }
 
-/// A column of the report: its heading, the series it shows and their number format, empty for none.
+/// A column of the report: its heading, the series that it shows and their number format (empty for none).
 struct Column {
   const char* Heading;
   ActivitySeries VardenRecord::*Counts;
@@ -91,34 +93,41 @@ constexpr Column BlueCurrent = light("Blue Light (current)", &VardenRecord::Blue
 constexpr Column OffWristFrequency =
     light("Off Wrist Reporting Frequnecy", &VardenRecord::RedLightArray, Unformatted);
 
-/// Fails for a device and mode that the report has no columns for.
-std::vector<Column> columnsOf(enmDeviceType device, enmVardenLoggingMode mode) {
-  const bool quillander = device == KR_QUILLANDER;
-  if (!quillander && device != KR_TOLKA)
-    throw Failure(FailureNumber::WrongDeviceType, Source, "Incompatible Device Type");
-  switch (mode) {
-    case VardenMode_ActivityOnly:
-      return quillander ? std::vector{Activity, Wrist} : std::vector{Activity};
-    case VardenMode_StandardLightOnly:
-      return quillander ? std::vector{Red, Green, Blue, Wrist} : std::vector{Illuminance};
-    case VardenMode_ActivityAndStandardLight:
-      return quillander ? std::vector{Activity, Red, Green, Blue, Wrist} : std::vector{Activity, Illuminance};
-    case VardenMode_SpecialLightOnly:
-      if (quillander) return {Illuminance, Wrist};
+/// Raises WrongDeviceType or OutOfRange for a device or mode without columns.
+std::vector<Column> columnsOf(const VardenRecord& record) {
+  const LoggingMode& mode = requireLoggingMode(record, Name);
+  std::vector<Column> columns;
+  const auto add = [&](const auto&... more) { (columns.push_back(more), ...); };
+  switch (mode.Activity) {
+    case ActivityPart::None:
       break;
-    case VardenMode_ActivityAndSpecialLight:
-      if (quillander) return {Activity, Illuminance, Wrist};
+    case ActivityPart::Code:
+      add(Activity);
       break;
-    case VardenMode_InternalOffWristFrequency:
-      if (quillander) return {OffWristFrequency, Wrist};
+    case ActivityPart::Raw:
+      raiseFrom(Name, FailureNumber::OutOfRange, IncompatibleMode);
+  }
+  switch (mode.Light) {
+    case LightPart::None:
       break;
-    case VardenMode_InternalLightCalibration:
-      return quillander ? std::vector{RedCurrent, GreenCurrent, BlueCurrent, Wrist}
-                        : std::vector{RawIlluminance};
-    default:
+    case LightPart::Lux:
+      add(Illuminance);
+      break;
+    case LightPart::CalibrationLux:
+      add(RawIlluminance);
+      break;
+    case LightPart::Colours:
+      add(Red, Green, Blue);
+      break;
+    case LightPart::Currents:
+      add(RedCurrent, GreenCurrent, BlueCurrent);
+      break;
+    case LightPart::Frequency:
+      add(OffWristFrequency);
       break;
   }
-  throw Failure(FailureNumber::OutOfRange, Source, "Incompatible Logging Mode");
+  if (mode.arrays() & series::Wrist) add(Wrist);
+  return columns;
 }
 
 /// The texts of one column. What was never stored is empty, except that the wrist then counts as on.
@@ -163,7 +172,7 @@ void addHeading(DataFile& file, const VardenRecord& record) {
   file.line();
 }
 
-/// Epochs are counted by the exact number of them in a day, unlike in the decoder, which rounds it.
+/// The time of an epoch follows from the exact number of epochs in a day. The decoder rounds that number.
 void addRows(DataFile& file, const VardenRecord& record, const std::vector<Column>& columns) {
   file.field("Date/Time Stamp (Local)");
   for (const Column& column : columns) file.field(column.Heading);
@@ -193,7 +202,7 @@ void addEvents(DataFile& file, const VardenRecord& record) {
 }  // namespace
 
 void VardenLogger::subSaveDecodedDataToFile(std::string_view path) {
-  Procedure procedure{Module, "subSaveDecodedDataToFile"};
+  Procedure procedure{Module, Name};
   procedure.passesOn(fault::PathFileAccess);
   DataFile file(path);
   procedure.cleanUp([&file] { file.leave(); });
@@ -203,8 +212,7 @@ void VardenLogger::subSaveDecodedDataToFile(std::string_view path) {
     bool lowBattery = false;
     tellResult(procedure.statement([&] { return fncDecodeDataArrays(lowBattery, std::nullopt, true); }));
     if (lowBattery) tell("Low battery condition detected (but not shutdown.");
-    const auto columns =
-        procedure.statement([&] { return columnsOf(record.DeviceType, record.AcquisitionMode); });
+    const auto columns = procedure.statement([&] { return columnsOf(record); });
     procedure.statement([&] {
       addRows(file, record, columns);
       addEvents(file, record);
