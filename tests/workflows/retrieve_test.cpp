@@ -174,6 +174,8 @@ TEST(Retrieve, VerdictsOfTheDecoder) {
       {poke(0, {1}), Decode_NonEventDataOutsideAcquisition, 10030, false},
       {poke(40, {253, 0}), Decode_EventDecodingError, 10030, true},
       {poke(30, {253, 4, 0, 0, 0, 0, 105}), Decode_MemoryFull, 0, true},
+      // A restart long before the first one: decoding raises, and what it might have told stays untold.
+      {poke(30, {253, 1, 0, 0, 0, 0, 0}), static_cast<enmDecodeResult>(99), 9, false},
   };
   for (const enmLoggerPointer model : Models) {
     for (const auto& [arrange, result, code, clears] : cases)
