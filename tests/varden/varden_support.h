@@ -144,15 +144,13 @@ inline std::string seriesOf(const VardenRecord& record) {
   return text;
 }
 
-/// "number description" of the failure that `step` raises, with "module.procedure: " between when
-/// `withSource`; empty when there is none.
+/// "number description" of the failure that `step` raises, empty when there is none; with its source,
+/// `outcome`.
 template <class Step>
 std::string raisedBy(Step&& step, bool withSource = false) {
+  if (withSource) return outcome(step);
   const Failure failure = caught(step);
-  if (failure.Number == 0) return {};
-  const std::size_t from = failure.Source.find(':') + 1;
-  const std::string source = failure.Source.substr(from, failure.Source.find('@') - from) + ": ";
-  return std::to_string(failure.Number) + " " + (withSource ? source : "") + failure.Description;
+  return failure.Number == 0 ? "" : std::to_string(failure.Number) + " " + failure.Description;
 }
 
 struct InSimulatedWorld : testing::Test {
