@@ -72,7 +72,8 @@ void addLight(picture::PlottedRecording& plot, const hw::Class_VardenLogger& log
   add(Red, logger.Get_RedLightArray());
   add(Green, logger.Get_GreenLightArray());
   add(Blue, logger.Get_BlueLightArray());
-  add(Lux, logger.Get_LightArray());
+  // Gaps can leave a recording of colours with a light series that holds no value.
+  if (plot.Light.empty()) add(Lux, logger.Get_LightArray());
   plot.LightAxis = lightOf(mode.Light).Scale;
 }
 
