@@ -104,17 +104,17 @@ TEST(Commands, AreTypedAtTheLoggersPaceAndFailUnheard) {
         echo = " Form_Comm.subSendChars: ",
         reader = " Form_Comm.fncGetCharLine: ",
         thrice = " Class_Pendrel.fncReadSetup: Failure to send read setup command",
-        few = "3005 Form_Comm.fncGetBinaryStream: Insufficient number of binary data bytes received";
-    const auto deaf = happens("..."), garbled = happens("~~~"), silent = happens("", ""),
-               partial = happens("", "?");
+        few = "3005 Form_Comm.fncGetBinaryStream: Insufficient number of binary data bytes received",
+        silent = "3001" + reader + "No characters received",
+        partial = "3002" + reader + "No carriage return or final character received";
+    const auto deaf = happens("...");
     EXPECT_EQ(deaf.first, "3001" + (setup ? thrice : echo + "No Characters Received"));
     EXPECT_NEAR(deaf.second, setup ? 3 * 3.15 + 4 : 3.15, 0.01);
-    EXPECT_EQ(garbled.first, "3003" + (setup ? thrice : echo + "Wrong Characters Received"));
+    EXPECT_EQ(happens("~~~").first, "3003" + (setup ? thrice : echo + "Wrong Characters Received"));
     EXPECT_EQ(happens(setup ? ".~" : "").first, "");
     if (command.Is != Command::Mute) {
-      EXPECT_EQ(silent.first, block ? few : "3001" + reader + "No characters received");
-      EXPECT_EQ(partial.first,
-                block ? few : "3002" + reader + "No carriage return or final character received");
+      EXPECT_EQ(happens("", "").first, block ? few : silent);
+      EXPECT_EQ(happens("", "?").first, block ? few : partial);
     }
     ScriptedSession gone = sessionFor(command);
     gone.world->Before = [](const std::string& operation) {
@@ -133,19 +133,14 @@ TEST(Commands, AnswersThatDoNotHold) {
   const std::tuple<int, std::string, std::string, std::string> cases[] = {
       {Crc, o, "FF\r" + sumOf("006DFF") + "more\r>", ""},
       {Crc, o, "FF\r" + sumOf("006DFE") + "\r>", wrong},
-      {Crc, o, "ZZ\rZZZZ\r>", wrong},
       {Crc, o, told("100"), "6 Overflow"},
       {Crc, o, told("-1"), type},
       {Old, o, "\r>", type},
-      {Old, o, "FFFFFFFFF\r>", type},
       {Old, c, setupAnswer("C90", "E3F"), wrong},
-      {Old, c, setupAnswer("C90", "none"), wrong},
       {Crc, c, setupAnswer("C8F", "0000"), ""},
       {Crc, c, setupAnswer("C8F").substr(0, setupAnswer("C8F").size() - 1), "3001 No characters received"},
       {Crc, w, echoed(words + sum + "0"), other},
-      {Crc, w, echoed(words + sum.substr(1)), other},
       {Crc, w, echoed("007B0008" + sum), other},
-      {Crc, w, echoed(""), other},
       {Crc, w, echoed(words + "0000"), wrong},
       {Steps, n, block + std::string("\x20\0more", 6), ""},
       {Crc, n, block + std::string("\x20\x01", 2), wrong},
@@ -169,8 +164,8 @@ TEST(Commands, TheSetupTextTellsTheMode) {
     session.logger.fncReadSetup();
     EXPECT_EQ(session.logger.record.AcquisitionMode, mode);
     EXPECT_EQ(session.logger.record.Resets, 7);
-    std::string text = std::string("***O006D") + digits + '\r';
-    text = setupAnswer("B90").substr(1, setupAnswer("B90").size() - 2) + text;
+    std::string text =
+        setupAnswer("B90").substr(1, setupAnswer("B90").size() - 2) + "***O006D" + digits + '\r';
     for (std::size_t at = 0; (at = text.find('\r', at)) != std::string::npos; at += 2)
       text.insert(at + 1, 1, '\n');
     EXPECT_EQ(session.logger.record.SetupText, text);
@@ -180,18 +175,21 @@ TEST(Commands, TheSetupTextTellsTheMode) {
 TEST(Commands, BlocksAndAddressesThatAreNot) {
   ScriptedSession session;
   Pendrel& logger = session.logger;
-  logger.record.SerialNumber = "A";
-  for (const auto& [size, block] : {std::pair{64, 16}, {64, -1}, {8, 2}, {3, 0}, {-1, 0}, {64, 15}}) {
+  const std::string source = " Class_Pendrel.";
+  for (const auto& [size, block] : {std::pair{64, 16}, {64, -1}, {8, 2}, {3, 0}, {-1, 0}}) {
     logger.record.MemorySizeKB = static_cast<std::int16_t>(size);
     EXPECT_EQ(outcome([&, number = block] { logger.fncReadMemoryBlock(static_cast<std::int16_t>(number)); }),
-              block == 15 ? "10102 Class_Pendrel.fncReadMemoryBlock: Unsupported device"
-                          : "10107 Class_Pendrel.fncReadMemoryBlock: Invalid block number for download");
+              "10107" + source + "fncReadMemoryBlock: Invalid block number for download");
   }
-  for (const std::int32_t wrong : {-1, 65536, INT32_MAX, INT32_MIN}) {
+  logger.record.MemorySizeKB = 64;
+  logger.record.SerialNumber = "A";
+  EXPECT_EQ(outcome([&] { logger.fncReadMemoryBlock(15); }),
+            "10102" + source + "fncReadMemoryBlock: Unsupported device");
+  for (const std::int32_t wrong : {-1, 65536}) {
     EXPECT_EQ(outcome([&] { logger.fncReadMemoryLocation(wrong); }),
-              "10110 Class_Pendrel.fncReadMemoryLocation: Invalid memory address");
+              "10110" + source + "fncReadMemoryLocation: Invalid memory address");
     EXPECT_EQ(outcome([&] { logger.subSetMemorylocation(wrong, 0); }),
-              "10110 Class_Pendrel.subSetMemorylocation: Invalid memory address");
+              "10110" + source + "subSetMemorylocation: Invalid memory address");
   }
   EXPECT_EQ(session.world->Written, "");
 }
@@ -202,17 +200,15 @@ TEST(Commands, NonsenseFromTheWire) {
   const auto all = commands();
   std::mt19937 random{4096};
   const auto below = [&](std::size_t limit) { return random() % limit; };
-  const auto spoil = [&](std::string& answer) {
-    const std::size_t size = answer.size(), kept = below(3) == 0 ? 0 : size;
-    answer.resize(below(3) == 0 ? below(200) : size);
-    for (std::size_t at = 0; at < answer.size(); ++at)
-      if (at >= kept || below(size) < 3) answer[at] = Letters[below(Letters.size())];
-  };
   for (int round = 0; round < 1000; ++round) {
     const Command& command = all[below(all.size())];
-    ScriptedSession session = sessionFor(command, below(5) == 0 ? "~" : "", spoil);
-    const std::int32_t number = numberOf([&] { command.Do(session.logger); });
-    EXPECT_TRUE(expected.contains(number)) << command.Answers.begin()->first << ' ' << number;
+    ScriptedSession session = sessionFor(command, below(5) == 0 ? "~" : "", [&](std::string& answer) {
+      if (below(3) == 0) answer.resize(below(200));
+      const std::size_t spared = below(3) == 0 ? 1 : 1 + answer.size() / 3;
+      for (char& character : answer)
+        if (below(spared) == 0) character = Letters[below(Letters.size())];
+    });
+    EXPECT_TRUE(expected.contains(numberOf([&] { command.Do(session.logger); })));
     EXPECT_LT(session.world->Now, 30000);
     EXPECT_LE(session.logger.record.BytesUsed, 65408);
   }

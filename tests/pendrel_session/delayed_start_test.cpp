@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <map>
 #include <random>
 
 #include "base/dates.h"
@@ -29,24 +28,20 @@ TEST(DelayedStart, Words) {
 }
 
 TEST(DelayedStart, Limits) {
-  const std::map<std::int32_t, std::string> texts = {{10111, "Start date and time have already passed"},
-                                                     {10112, "Number of epochs to delay is out of bounds"},
-                                                     {11, "Division by zero"},
-                                                     {6, "Overflow"}};
   const std::tuple<double, std::int16_t, std::int32_t> cases[] = {
       {-10.01, 0, 10111}, {-10, 60, 10112}, {0.4, 60, 10112}, {32896 * 15 + 1, 15, 10112},
       {100, -15, 10112},  {100, 0, 11},     {100, 2, 6},      {100, -1, 6},
       {1e10, 60, 6},      {NAN, 60, 6}};
   for (const auto& [seconds, epoch, number] : cases)
-    EXPECT_EQ(failureOf([&, s = seconds, e = epoch] { wordsFor(s, e); }), std::pair(number, texts.at(number)))
-        << seconds << ' ' << epoch;
+    EXPECT_EQ(numberOf([&, s = seconds, e = epoch] { wordsFor(s, e); }), number) << seconds << ' ' << epoch;
+  EXPECT_EQ(failureOf([] { wordsFor(-11, 60); }).second, "Start date and time have already passed");
+  EXPECT_EQ(failureOf([] { wordsFor(-10, 60); }).second, "Number of epochs to delay is out of bounds");
   EXPECT_EQ(failureOf([] { shorteningFor(1); }),
             (std::pair{10112, std::string("Number of seconds/quarter minutes delay is out of bounds")}));
 
   EXPECT_EQ(millisecondsToRelease(Now + 7.6543 / SecondsPerDay, Now), 7654);
   EXPECT_EQ(millisecondsToRelease(Now, Now + 0.0004 / SecondsPerDay), 0);
-  EXPECT_EQ(failureOf([] { millisecondsToRelease(Now, Now + 0.001 / SecondsPerDay); }),
-            (std::pair{10112, std::string("Too much time elapsed, time to release port has passed.")}));
+  EXPECT_EQ(numberOf([] { millisecondsToRelease(Now, Now + 0.001 / SecondsPerDay); }), 10112);
   EXPECT_EQ(numberOf([] { millisecondsToRelease(Now - 30, Now); }), 10112) << "beyond 32 bits too";
   EXPECT_EQ(numberOf([] { millisecondsToRelease(Now + 30, Now); }), 6);
 }

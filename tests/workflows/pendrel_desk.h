@@ -8,11 +8,10 @@
 #include "base/dates.h"
 #include "base/formats.h"
 #include "base/inside.h"
-#include "hy_wristlog/host.h"
 #include "pendrel/Pendrel.h"
-#include "simulator/bench.h"
 #include "support/surroundings.h"
 #include "workflows/pendrel/PendrelWorkflows.h"
+#include "workflows/workbench.h"
 
 namespace hy_wristlog::pendrel_desk {
 
@@ -22,19 +21,6 @@ using simulator::once;
 using simulator::PendrelModel;
 
 inline constexpr PendrelModel Models[] = {PendrelModel::Plain, PendrelModel::Checksums, PendrelModel::Steps};
-
-/// Asks for an abort in one of its rounds.
-struct AbortingHost : Host {
-  Class_Main* Main = nullptr;
-  std::int32_t Rounds = 0, AbortIn = -1, Downloaded = 0, Expected = 0;
-  void downloadProgress(std::int32_t bytesSoFar, std::int32_t bytesExpected) override {
-    Downloaded = bytesSoFar;
-    Expected = bytesExpected;
-  }
-  void serveEvents() override {
-    if (++Rounds == AbortIn) Main->AbortComms();
-  }
-};
 
 inline simulator::PendrelBenchOptions optionsOf(PendrelModel model) {
   simulator::PendrelBenchOptions options;
@@ -53,13 +39,6 @@ class Desk {
         workflows(*main) {
     host->Main = main.get();
     setHost(host);
-    subject.Let_Identity("Jane");
-    subject.Let_GUID("0123456789ABCDEF0123456789ABCDEF");
-    subject.Let_Gender("F");
-    subject.Let_Initials("JD");
-    subject.Let_DOB(dateSerial(1984, 5, 6));
-    subject.Let_Weight(70.5F);
-    subject.Let_Height(168.5F);
     workflows.fncWriteCOMportToINI(1);
   }
   ~Desk() { setHost(nullptr); }
@@ -104,8 +83,8 @@ class Desk {
  public:
   std::unique_ptr<Class_Main> main;
   PendrelWorkflows workflows;
-  std::shared_ptr<AbortingHost> host = std::make_shared<AbortingHost>();
-  Class_Subject subject;
+  std::shared_ptr<workbench::WatchingHost> host = std::make_shared<workbench::WatchingHost>();
+  Class_Subject subject = workbench::jane();
   std::int32_t start = 0;
   float battery = -7;
   std::string serialNumber = "none";
@@ -127,7 +106,6 @@ inline const Arrange
     Nothing = [](Desk&) {},
     NoSettings = [](Desk& desk) { std::filesystem::remove(desk.settingsFile()); },
     NoFolder = [](Desk& desk) { desk.bench.World->Faults.FileWrite.When = always(); },
-    NoPort = [](Desk& desk) { desk.bench.Dock->unplug(); },
     HeldPort = [](Desk& desk) { desk.bench.Dock->Faults.Held = true; },
     LockedPort = [](Desk& desk) { desk.bench.Dock->Faults.LockedUp = true; },
     NoLogger = [](Desk& desk) { desk.bench.Dock->pullOut(); };

@@ -3,9 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-
+#include "support/surroundings.h"
 #include "workflows/workbench.h"
 
 namespace hy_wristlog::workbench {
@@ -52,24 +50,21 @@ TEST(SavedRecording, HasEveryByteThatCameAndTellsWhenTheyAreNotTheLoggers) {
 }
 
 TEST(SavedRecording, KeepsWhatAnOlderBlockLacks) {
-  const auto folder = std::filesystem::path(testing::TempDir()) / "older-structure";
-  std::filesystem::create_directory(folder);
-  const auto file = [&](const char* name) { return (folder / name).string(); };
+  const TemporaryFolder folder;
   Workbench desk(LggrPntr_KRVivid, optionsOf(LggrPntr_KRVivid, "00.01.0029"));
   wear(desk);
   ASSERT_EQ(desk.stored().number(block::Version), 1);
   ASSERT_EQ(desk.retrieve(), 0);
   const auto saved = engineering::savedRecording(*desk.data, false);
-  std::ofstream(file("raw.bin"), std::ios::binary)
-      .write(reinterpret_cast<const char*>(saved.Raw.data()), std::ssize(saved.Raw));
-  std::ofstream(file("config.ini"), std::ios::binary) << saved.Ini;
-  const auto logger = engineering::loggerFromIni(file("config.ini"));
-  engineering::saveConfigIni(*logger, file("exported.ini"), file("config.ini"));
-  const auto edited = engineering::withEditedConfig(*logger, file("exported.ini"));
-  engineering::saveConfigIni(*edited, file("imported.ini"), file("config.ini"));
-  for (const char* config : {"config.ini", "exported.ini", "imported.ini"}) {
-    SCOPED_TRACE(config);
-    const auto again = engineering::savedRecording(file(config), file("raw.bin"));
+  const std::string raw = folder.put("raw.bin", std::string(saved.Raw.begin(), saved.Raw.end())),
+                    config = folder.put("config.ini", saved.Ini);
+  const auto logger = engineering::loggerFromIni(config);
+  engineering::saveConfigIni(*logger, folder / "exported.ini", config);
+  const auto edited = engineering::withEditedConfig(*logger, folder / "exported.ini");
+  engineering::saveConfigIni(*edited, folder / "imported.ini", config);
+  for (const char* name : {"config.ini", "exported.ini", "imported.ini"}) {
+    SCOPED_TRACE(name);
+    const auto again = engineering::savedRecording(folder / name, raw);
     EXPECT_EQ(again.Ini, saved.Ini);
     EXPECT_EQ(again.mismatch(), "");
     const auto opened = engineering::openRecording(again);
@@ -79,7 +74,6 @@ TEST(SavedRecording, KeepsWhatAnOlderBlockLacks) {
     EXPECT_EQ(engineering::decode(*opened, false, low), Decode_OK);
     EXPECT_EQ(opened->Get_ActivityArray(), desk.data->Get_ActivityArray());
   }
-  std::filesystem::remove_all(folder);
 }
 
 }  // namespace

@@ -51,6 +51,18 @@ struct ConfigureArguments {
   std::int32_t DateFormat = DateFormat_MMDD, TimeFormat = TimeFormat_12hourAMPM;
 };
 
+inline Class_Subject jane() {
+  Class_Subject subject;
+  subject.Let_Identity("Jane");
+  subject.Let_Initials("JD");
+  subject.Let_GUID("0123456789ABCDEF0123456789ABCDEF");
+  subject.Let_Gender("F");
+  subject.Let_DOB(dateSerial(1984, 5, 6));
+  subject.Let_Weight(70.1F);
+  subject.Let_Height(168.5F);
+  return subject;
+}
+
 /// A host's application: one logger of a model in its dock, the public object, and what it handed out.
 class Workbench {
  public:
@@ -62,12 +74,6 @@ class Workbench {
         main(std::make_unique<Class_Main>()) {
     host->Main = main.get();
     setHost(host);
-    subject->Let_Identity("Jane");
-    subject->Let_GUID("0123456789ABCDEF0123456789ABCDEF");
-    subject->Let_Gender("F");
-    subject->Let_DOB(dateSerial(1984, 5, 6));
-    subject->Let_Weight(70.1F);
-    subject->Let_Height(168.5F);
   }
 
   std::int32_t configure(const ConfigureArguments& with = {}) {
@@ -99,7 +105,7 @@ class Workbench {
  public:
   std::unique_ptr<Class_Main> main;
   std::shared_ptr<WatchingHost> host = std::make_shared<WatchingHost>();
-  std::shared_ptr<Class_Subject> subject = std::make_shared<Class_Subject>(), statusSubject;
+  std::shared_ptr<Class_Subject> subject = std::make_shared<Class_Subject>(jane()), statusSubject;
   std::shared_ptr<Class_VardenLogger> data;
   enmDecodeResult result = Decode_OK;
   bool lowBattery = false;
