@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <memory>
-#include <set>
 #include <string>
 
 #include "base/dates.h"
@@ -113,11 +112,5 @@ inline const Arrange
 inline Arrange settings(const std::string& content) {
   return [=](Desk& desk) { putFile(desk.settingsFile(), content); };
 }
-
-/// All that a workflow may answer to a logger, a line or a port that fails.
-inline const std::set<std::int32_t> Told{0,     5,     6,     11,    13,    3001,  3002,  3003,
-                                         3005,  3006,  8002,  8012,  8015,  10005, 10006, 10007,
-                                         10008, 10009, 10010, 10011, 10012, 10013, 10014, 10016,
-                                         10017, 10019, 10101, 10107, 10108, 10111, 10112, 10113};
 
 }  // namespace hy_wristlog::pendrel_desk

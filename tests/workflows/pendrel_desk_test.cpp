@@ -136,31 +136,6 @@ TEST(PendrelWorkflow, AnAbortEndsItAtTheNextStepWhereverItComes) {
   }
 }
 
-TEST(PendrelWorkflow, WhateverTheLineDoesItEndsWithACodeThatIsTold) {
-  for (const PendrelModel model : Models)
-    for (const auto& [work, worn] : {std::pair{Configuring, 0h}, {Retrieving, 20h}}) {
-      Desk whole(model);
-      whole.record(worn);
-      ASSERT_EQ(work(whole), 0);
-      const auto bytes = static_cast<std::int32_t>(whole.bench.line().traffic().BytesToPc);
-      for (std::int32_t at = 0; at < bytes; at += bytes / 25)
-        for (const bool cut : {true, false}) {
-          Desk desk(model);
-          desk.record(worn);
-          if (cut)
-            desk.bench.line().Faults.CutAfterToPc = static_cast<std::uint64_t>(at);
-          else
-            desk.bench.line().Faults.AlterToPc = {at, 3};
-          const double began = desk.bench.World->elapsed();
-          const std::int32_t code = work(desk);
-          EXPECT_EQ(Told.count(code), 1U) << code << " at " << at;
-          EXPECT_FALSE(cut && code == 0);
-          EXPECT_LT(desk.bench.World->elapsed() - began, 90) << at;
-          EXPECT_TRUE(desk.portClosed());
-        }
-    }
-}
-
 std::string krc(Desk& desk, const std::string& name = "out.krc", std::int32_t code = 0) {
   const std::string path = desk.bench.World->rootFolder() + "/" + name;
   EXPECT_EQ(desk.workflows.fncWriteKRCfile(path), code);
