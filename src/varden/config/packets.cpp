@@ -13,11 +13,11 @@ void requirePackets(const PacketArray& packets, const char* procedure) {
 
 void dropRepeatedPackets(PacketArray& packets) {
   if (!packets) return;
-  const auto repeats =
-      std::ranges::unique(*packets, [](const Class_Packet& before, const Class_Packet& after) {
+  const auto repeats = std::unique(
+      packets->begin(), packets->end(), [](const Class_Packet& before, const Class_Packet& after) {
         return before.PacketNum == after.PacketNum && before.BinData == after.BinData;
       });
-  packets->erase(repeats.begin(), repeats.end());
+  packets->erase(repeats, packets->end());
 }
 
 std::vector<Class_Packet> splitIntoPackets(std::span<const std::uint8_t> bytes) {
