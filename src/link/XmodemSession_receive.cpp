@@ -11,6 +11,8 @@ using namespace FailureNumber;
 namespace {
 
 constexpr std::int32_t MostInvitations = 5, MostBadPackets = 3, MostDuplicates = 3;
+/// Of one packet in all. A refused frame between two of them begins the count of duplicates anew.
+constexpr std::int32_t MostRepeats = 32;
 constexpr std::size_t FrameOverhead = 5, ShortFrame = Class_Packet::ShortData + FrameOverhead,
                       LongFrame = Class_Packet::LongData + FrameOverhead;
 
@@ -119,13 +121,16 @@ class XmodemReceiver : public XmodemSession {
   /// Recognises a packet that came again, which is kept a second time. Any other number is accepted as it is.
   Step checkNumber(std::uint8_t number) {
     if (number != expected_ && number == numberBefore()) {
-      if (duplicates_ > MostDuplicates) return giveUp(RetriesExceeded, RetriesExceededText);
+      if (duplicates_ > MostDuplicates || repeats_ == MostRepeats)
+        return giveUp(RetriesExceeded, RetriesExceededText);
+      ++repeats_;
       ++duplicates_;
       --expected_;
       link_.tellLost(duplicates_, MostDuplicates, expected_ - 1);
       return Step::GoOn;
     }
     duplicates_ = 1;
+    repeats_ = 0;
     return Step::GoOn;
   }
 
@@ -168,7 +173,7 @@ class XmodemReceiver : public XmodemSession {
   Class_Packet packet_;
   std::string bytes_;
   std::uint8_t expected_ = 1;
-  std::int32_t duplicates_ = 0;
+  std::int32_t duplicates_ = 0, repeats_ = 0;
   /// Errors of the present packet. Starts at 0 but is reset to 1, so the first packet may be bad three times
   /// and later ones twice.
   std::int32_t errors_ = 0;
