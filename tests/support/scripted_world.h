@@ -17,7 +17,8 @@ namespace hy_wristlog::scripted {
 /// script. Times are milliseconds.
 class World final : public platform::WrappedPlatform, platform::Clock, platform::SerialPorts {
  public:
-  World() : WrappedPlatform(platform::makeLinuxPlatform()) {}
+  explicit World(std::shared_ptr<Platform> machine = platform::makeLinuxPlatform())
+      : WrappedPlatform(std::move(machine)) {}
 
   std::int64_t Now = 0;
   void after(std::int64_t delay, std::function<void()> action) {

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "support/quiet_world.h"
+#include "support/script.h"
+
+namespace hy_wristlog::fuzz {
+
+/// The far end of the serial line, a logger that does what a script says. Its lines:
+///   on TEXT              what follows is sent when the text has been heard
+///   say TEXT             sends the text; `value TEXT` with a CRC and a prompt, `summed TEXT` with the sum of
+///   its
+///                        characters and a prompt; `sum TEXT` sends the sum alone
+///   block SEED SPOIL     a block of a Pendrel's memory with its sum, which SPOIL changes
+///   late MS              what follows in this answer comes so much later
+///   payload COUNT SEED   bytes to be sent; also `config MODE SEED`, a config block, and `stream EPOCHS
+///   SEED`, a recording send SIZE            sends the payload in packets of 128 (1) or 1024 (2) bytes, each
+///   when the one before has been
+///                        acknowledged, and the end of the transmission
+///   packet STEP SIZE SEED SPOIL  one packet; the steps lead from number to number, SPOIL changes its CRC
+///   take COUNT           acknowledges so many packets of 128 bytes and the end of the transmission
+///   hex BYTES            bytes as they are
+///   mute                 typed characters have no echo from here on
+///   error KIND           the port tells a line error with what follows
+///   gone COUNT           the port is unplugged at its so many-th operation
+class FarEnd {
+ public:
+  FarEnd(const QuietWorld& world, const std::vector<Line>& script);
+  FarEnd(const FarEnd&) = delete;
+  FarEnd& operator=(const FarEnd&) = delete;
+  ~FarEnd() { world_->OnWrite = nullptr, world_->Before = nullptr; }
+
+  /// Whether the bytes are data of packets that were sent with the right CRC, one behind the other.
+  bool hasSent(const std::vector<std::uint8_t>& data, std::size_t packetBytes) const;
+  std::size_t packets() const { return packets_.size(); }
+
+ private:
+  struct Piece {
+    std::string Text;
+    std::int64_t Delay = 0;
+    bool IsPacket = false;
+    std::int64_t Error = 0;
+  };
+  /// An answer and what it waits for: a text, or so many bytes.
+  struct Step {
+    std::string On;
+    std::size_t Bytes = 0;
+    bool Echo = true;
+    std::vector<Piece> Answer{};
+  };
+
+  void read(const Line& line);
+  void begin(std::string on, std::size_t bytes, bool echo);
+  void add(std::string text, bool isPacket = false);
+  void packet(std::vector<std::uint8_t> data, std::uint8_t number, std::size_t size, std::uint16_t spoil);
+  void hear(char byte);
+  void answer();
+
+  const QuietWorld& world_;
+  std::deque<Step> steps_{1};
+  std::set<std::vector<std::uint8_t>> packets_;
+  std::vector<std::uint8_t> payload_;
+  std::string heard_, lastPacket_;
+  std::size_t count_ = 0, written_ = 0;
+  std::int64_t late_ = 0, error_ = 0, operations_ = 0;
+  std::uint8_t number_ = 0;
+  bool echo_ = true;
+};
+
+}  // namespace hy_wristlog::fuzz

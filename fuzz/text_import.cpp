@@ -1,0 +1,132 @@
+// The engineers' text files: configurations that were edited, and raw data files.
+#include <algorithm>
+#include <string>
+
+#include "engineering/files.h"
+#include "engineering/recording.h"
+#include "engineering/saved_recording.h"
+#include "support/quiet_world.h"
+#include "support/script.h"
+#include "tools/ini_file.h"
+#include "varden/VardenLogger.h"
+#include "varden/config/config_check.h"
+#include "varden/config/config_codec.h"
+#include "varden/config/config_text.h"
+#include "varden/files/data_files.h"
+
+namespace hy_wristlog::fuzz {
+namespace {
+
+constexpr std::string_view Lines[] = {"[Config Data]",
+                                      "[Read Only Config Data]",
+                                      "[Configuration Bytes]",
+                                      "[Recording]",
+                                      "Subject Identity=2Jo",
+                                      "Battery Installed/Charged Date=02-29-2024",
+                                      "Acquisition Mode=#",
+                                      "Epoch Length=#",
+                                      "Acquisition Start Time=03-31-2020 02:00:00",
+                                      "Time Zone Bias=#",
+                                      "Time Zone Standard Bias=#",
+                                      "Time Zone DST End=",
+                                      "Time Zone Standard Abbreviation=' E'",
+                                      "Button 1 Map=#",
+                                      "Resets=#",
+                                      "Off Wrist On Threshold=#.5",
+                                      "Unused 2=00FF0102030405A6",
+                                      "Bytes=#",
+                                      "Battery Voltage=3.#",
+                                      "Retrieved=2026-03-02 14:00:00",
+                                      "; #",
+                                      "\"QV/HY Varden Logger Raw Data Output File\"",
+                                      "\"Address\",\"Raw Data Value\"",
+                                      "\"0000# (#)\",\"#\"",
+                                      "#",
+                                      "\"\",\"253\""};
+
+/// What an INI file holds is the same after it was written and read.
+void checkIni(std::string_view text) {
+  IniFile file(text);
+  const std::string whole = file.content();
+  require(IniFile(whole).content() == whole, "an INI file written again differs");
+  constexpr std::string_view Value = " 'a\" ";
+  file.setValue("Recording", "Bytes", IniFile::quotedIfNeeded(Value));
+  require(IniFile(file.content()).value("recording", "bytes") == Value, "a value got lost");
+  require(file.removeKey("Recording", "BYTES"), "a key cannot be removed");
+  file.removeSection("Recording");
+}
+
+void checkConfiguration(const QuietWorld& world, std::string_view text) {
+  const IniFile file(text);
+  VardenRecord record;
+  if (world.failureOf([&] { checkEditedConfig(file); }) == 0)
+    reached("configurations that a logger would keep", 1);
+  if (world.failureOf([&] { readEditableConfig(file, record); }) != 0) return;
+  world.failureOf([&] { encodeConfigBlock(record); });
+  ConfigItems items;
+  if (world.failureOf([&] { items = editableConfig(record); }) != 0) return;
+  IniFile written("");
+  for (const auto& [label, value] : items) {
+    if (!IniFile::canHold(value)) return;
+    written.setValue(ConfigDataSection, label, IniFile::quotedIfNeeded(value));
+  }
+  VardenRecord back = record;
+  require(world.failureOf([&] { readEditableConfig(IniFile(written.content()), back); }) == 0,
+          "a configuration that was written cannot be read");
+  require(editableConfig(back) == items, "a configuration read back differs");
+  reached("configurations", 1);
+}
+
+/// The program's way: the file is opened as a saved recording and as an edited configuration.
+void openFile(const QuietWorld& world, const std::string& text) {
+  const std::string path = "/quiet/folders/config.ini", csv = "/quiet/folders/raw.csv";
+  world->files().write(path, text);
+  world->files().write(csv, text);
+  std::shared_ptr<Class_VardenLogger> logger;
+  if (world.failureOf([&] { logger = engineering::loggerFromIni(path); }) == 0) {
+    reached("files with a config block", 1);
+    world.failureOf([&] { engineering::withEditedConfig(*logger, path); });
+    world.failureOf([&] { engineering::saveConfigIni(*logger, path); });
+  }
+  world.failureOf([&] {
+    const auto recording = engineering::savedRecording(path, csv);
+    recording.mismatch();
+    recording.retrievedAt();
+    bool low = false;
+    engineering::decode(*engineering::openRecording(recording), true, low);
+  });
+}
+
+void checkDump(const QuietWorld& world, std::string_view text) {
+  ByteArray strict, lenient;
+  const auto refused = world.failureOf(
+      [&] { strict = readRawDump(text, engineering::LongestRecordingFile, Addresses::Checked); });
+  if (world.failureOf([&] { lenient = readRawDump(text, MostDumpedBytes); }) != 0) return;
+  if (refused == 0) require(strict == lenient, "the addresses change the bytes");
+  if (lenient.empty()) return;
+  VardenLogger logger;
+  logger.record.RawData = lenient;
+  logger.record.BytesUsed = static_cast<std::int32_t>(lenient.size());
+  const std::string path = "/quiet/folders/dump.csv";
+  if (world.failureOf([&] { logger.subSaveRawDataToFile(path); }) != 0) return;
+  require(readRawDump(world->files().read(path), MostDumpedBytes, Addresses::Checked) == lenient,
+          "a dump read back differs");
+  reached("bytes of dumps", static_cast<std::int64_t>(lenient.size()));
+}
+
+}  // namespace
+
+const std::span<const std::string_view> Grammar = Lines;
+
+void run(std::string_view text) {
+  const QuietWorld world;
+  world.failureOf([&] { IniFile::requireUtf8(text, "file"); });
+  checkIni(text);
+  if (isRawDump(text))
+    checkDump(world, text);
+  else
+    checkConfiguration(world, text);
+  openFile(world, std::string(text));
+}
+
+}  // namespace hy_wristlog::fuzz
