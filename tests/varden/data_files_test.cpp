@@ -150,8 +150,8 @@ TEST_F(DataFiles, TheDumpEndsWithBytesUsed) {
     logger.record.BytesUsed = used;
     return seriesText(readRawDump(written(&VardenLogger::subSaveRawDataToFile)));
   };
-  EXPECT_EQ(bytes(2) + "|" + bytes(0) + "|" + bytes(4) + "|" + bytes(99) + "|" + bytes(-3),
-            "1 2|1 2 3 4|1 2 3 4|1 2 3 4|");
+  EXPECT_EQ(bytes(3) + "|" + bytes(0) + "|" + bytes(4) + "|" + bytes(99) + "|" + bytes(-3),
+            "1 2 3|1 2 3 4|1 2 3 4|1 2 3 4|");
 }
 
 TEST_F(DataFiles, NonsenseFilesAreRefused) {
