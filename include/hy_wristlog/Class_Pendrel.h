@@ -19,7 +19,7 @@ class Pendrel;
 /// recording. Dates are in the logger's local time; -1 is unknown. An object belongs to the thread that made
 /// it.
 ///
-/// pendrel_properties.inc lists the properties: each has a `Get_` and, unless it is GetOnly, a `Let_`.
+/// pendrel_properties.inc lists the properties: each has a `Get_`, those with GetLet also a `Let_`.
 /// - `EpochLength`: seconds; -1 unknown.
 /// - `StartTime`: a part of a day.
 /// - `BytesUsed`: the recorded bytes, without the 128 bytes of the memory's header; -1 unknown.

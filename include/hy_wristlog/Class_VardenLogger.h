@@ -19,9 +19,9 @@ class VardenLogger;
 /// recording and decoded series. Dates are in UTC; -1 is unknown. An object belongs to the thread that made
 /// it.
 ///
-/// varden_properties.inc lists the properties: each has a `Get_` and, unless it is GetOnly, a `Let_`. They
-/// read and write the object and talk to no logger. `BattLifeRemaining` and `BatteryPercent` are worked out
-/// at each read and raise the failure WrongDeviceType for a device type that they are not defined for.
+/// varden_properties.inc lists the properties: each has a `Get_`, those with GetLet or LetGet also a `Let_`.
+/// They read and write the object and talk to no logger. `BattLifeRemaining` and `BatteryPercent` are worked
+/// out at each read and raise the failure WrongDeviceType for a device type that they are not defined for.
 class HY_WRISTLOG_API Class_VardenLogger {
  public:
   Class_VardenLogger();

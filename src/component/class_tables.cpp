@@ -57,7 +57,7 @@ constexpr bool fits(std::size_t required, std::size_t count) {
 #define HY_METHOD(Name, Required, ...)                                                         \
   constexpr auto Name##Parameters = CallingOf<&Class_Main::Name>::parameters({{__VA_ARGS__}}); \
   static_assert(fits(Required, Name##Parameters.size()));                                      \
-  static_assert(CallingOf<&Class_Main::Name>::waysFit(Name##Parameters));
+  static_assert(CallingOf<&Class_Main::Name>::waysFit(Name##Parameters), "HY_IN for inputs alone");
 #include "hy_wristlog/main_members.inc"
 
 constexpr Member Main[] = {

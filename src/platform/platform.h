@@ -170,7 +170,8 @@ class HY_WRISTLOG_API Environment {
   virtual ~Environment() = default;
   /// 5 documents, 26 the user's application data, 35 application data of all users; empty for others.
   virtual std::string specialFolder(std::int32_t code) = 0;
-  /// The folder of the library itself, where a site may put ErrorActions.XML.
+  /// The folder of the library, or of a program that has the library inside. A site may put ErrorActions.XML
+  /// there.
   virtual std::string libraryFolder() = 0;
   /// A pattern such as "M/d/yyyy"; empty when the locale gives nothing.
   virtual std::string localeInfo(LocaleItem item) = 0;
