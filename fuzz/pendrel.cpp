@@ -7,6 +7,7 @@
 #include "pendrel/setup_answer.h"
 #include "pendrel/subject_text.h"
 #include "support/far_end.h"
+#include "support/logger_bytes.h"
 
 namespace hy_wristlog::fuzz {
 namespace {
@@ -86,7 +87,7 @@ struct Session {
     } else if (line.is("used")) {
       record.BytesUsed = number(1, INT32_MIN, INT32_MAX);
     } else if (line.is("image")) {
-      put(number(1, -2, 1000000), number(2, 0, 65536), Values(line.number(3)));
+      put(number(1, -2, 1000000), anyBytes(static_cast<std::size_t>(number(2, 0, 65536)), line.number(3)));
     } else if (line.is("poke")) {
       const auto bytes = Line("hex " + std::string(line.word(2))).bytes();
       put(number(1, -2, 1000000), bytes);
@@ -108,12 +109,6 @@ struct Session {
     world.failureOf(
         [&] { logger.subSetRawDataBlock(at, at + static_cast<std::int32_t>(bytes.size()) - 1, bytes); });
   }
-  void put(std::int32_t at, std::int32_t count, Values values) {
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(count));
-    for (std::uint8_t& byte : bytes) byte = values.byte();
-    put(at, bytes);
-  }
-
   void call(const Line& line) {
     const std::string_view name = line.word(1);
     const auto value = static_cast<std::int32_t>(line.number(2));

@@ -5,8 +5,10 @@
 #include "engineering/files.h"
 #include "engineering/recording.h"
 #include "engineering/saved_recording.h"
+#include "support/logger_bytes.h"
 #include "support/quiet_world.h"
 #include "support/script.h"
+#include "tools/Class_Tools.h"
 #include "tools/ini_file.h"
 #include "varden/VardenLogger.h"
 #include "varden/config/config_check.h"
@@ -20,6 +22,7 @@ namespace {
 constexpr std::string_view Lines[] = {"[Config Data]",
                                       "[Read Only Config Data]",
                                       "[Configuration Bytes]",
+                                      "Raw Config Bytes=#",
                                       "[Recording]",
                                       "Subject Identity=2Jo",
                                       "Battery Installed/Charged Date=02-29-2024",
@@ -77,23 +80,42 @@ void checkConfiguration(const QuietWorld& world, std::string_view text) {
   reached("configurations", 1);
 }
 
+/// A short number in the place of a config block stands for the block of that mode.
+std::string withBlock(std::string_view text) {
+  IniFile file(text);
+  const auto value = file.value(ConfigBytesSection, RawConfigBytesKey);
+  if (!value || value->size() > 4) return std::string(text);
+  const std::string line = "mode " + std::string(*value);
+  const std::int64_t mode = Line(line).number(1);
+  file.setValue(ConfigBytesSection, RawConfigBytesKey,
+                Class_Tools::fncConvertByteArrayToHexString(configBlock(mode, mode)));
+  return file.content();
+}
+
 /// The program's way: the file is opened as a saved recording and as an edited configuration.
-void openFile(const QuietWorld& world, const std::string& text) {
-  const std::string path = "/quiet/folders/config.ini", csv = "/quiet/folders/raw.csv";
-  world->files().write(path, text);
-  world->files().write(csv, text);
+void openFile(const QuietWorld& world, std::string_view text) {
+  const std::string path = "/quiet/folders/config.ini", raw = "/quiet/folders/raw",
+                    saved = "/quiet/folders/saved.ini";
+  world->files().write(path, withBlock(text));
+  world->files().write(raw, text);
   std::shared_ptr<Class_VardenLogger> logger;
   if (world.failureOf([&] { logger = engineering::loggerFromIni(path); }) == 0) {
     reached("files with a config block", 1);
-    world.failureOf([&] { engineering::withEditedConfig(*logger, path); });
-    world.failureOf([&] { engineering::saveConfigIni(*logger, path); });
+    world.failureOf([&] {
+      const auto edited = engineering::withEditedConfig(*logger, path);
+      reached("edited configurations", 1);
+      engineering::saveConfigIni(*edited, saved, path);
+      require(engineering::configHexFromIni(saved) == engineering::rawConfigHex(*edited),
+              "a configuration saved as text is another one");
+    });
   }
   world.failureOf([&] {
-    const auto recording = engineering::savedRecording(path, csv);
+    const auto recording = engineering::savedRecording(path, raw);
     recording.mismatch();
     recording.retrievedAt();
     bool low = false;
     engineering::decode(*engineering::openRecording(recording), true, low);
+    reached("recordings that were opened", 1);
   });
 }
 
@@ -126,7 +148,7 @@ void run(std::string_view text) {
     checkDump(world, text);
   else
     checkConfiguration(world, text);
-  openFile(world, std::string(text));
+  openFile(world, text);
 }
 
 }  // namespace hy_wristlog::fuzz

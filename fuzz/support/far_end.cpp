@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "simulator/checksum.h"
+#include "support/logger_bytes.h"
 
 namespace hy_wristlog::fuzz {
 namespace {
@@ -24,39 +25,6 @@ std::uint32_t sumOf(std::string_view text) {
   return sum;
 }
 
-void putNumber(std::vector<std::uint8_t>& bytes, std::size_t at, std::size_t size, std::int64_t value) {
-  for (std::size_t i = 0; i < size; ++i) bytes[at + i] = static_cast<std::uint8_t>(value >> 8 * i);
-}
-
-std::vector<std::uint8_t> configBlock(std::int64_t mode, Values values) {
-  std::vector<std::uint8_t> block(256);
-  const auto text = [&](std::size_t at, std::string_view characters) {
-    std::copy(characters.begin(), characters.end(), block.begin() + static_cast<std::ptrdiff_t>(at));
-  };
-  block[2] = block[27] = 2;
-  text(6, "V0012345");
-  text(28, "01000001");
-  text(64, "2Fuzz");
-  putNumber(block, 22, 4, values.below(100000));
-  block[198] = 128;
-  block[199] = static_cast<std::uint8_t>(mode);
-  putNumber(block, 200, 2, 60);
-  for (const std::size_t date : {192U, 202U, 206U})
-    putNumber(block, date, 4, 1577836800 + values.below(100000));
-  for (const std::size_t calibration : {196U, 231U, 233U, 235U}) putNumber(block, calibration, 2, 1);
-  block[230] = 0x11;
-  block[237] = block[238] = 1;
-  putNumber(block, 0, 2, simulator::checksum(std::span(block).subspan(2)));
-  return block;
-}
-
-/// An activity recording that starts on 2020-01-01.
-std::vector<std::uint8_t> recording(std::int64_t epochs, Values values) {
-  std::vector<std::uint8_t> bytes{253, 1, 0, 0x00, 0xE1, 0x0B, 0x5E};
-  for (std::int64_t i = 0; i < epochs; ++i) bytes.push_back(static_cast<std::uint8_t>(values.below(253)));
-  return bytes;
-}
-
 }  // namespace
 
 FarEnd::FarEnd(const QuietWorld& world, const std::vector<Line>& script) : world_(world) {
@@ -70,7 +38,6 @@ FarEnd::FarEnd(const QuietWorld& world, const std::vector<Line>& script) : world
 void FarEnd::read(const Line& line) {
   if (steps_.size() > MostSteps || written_ > MostBytes) return;
   const auto count = static_cast<std::size_t>(line.number(1, 0, 100000));
-  const Values values(line.number(2));
   if (line.is("on")) begin(line.text(), 0, echo_);
   if (line.is("mute")) echo_ = false;
   if (line.is("late")) late_ = line.number(1, 0, 60000);
@@ -80,8 +47,8 @@ void FarEnd::read(const Line& line) {
   if (line.is("sum")) add(fourDigits(sumOf(line.text())) + "\r>");
   if (line.is("summed")) add(line.text() + "\r" + fourDigits(sumOf(line.text())) + "\r>");
   if (line.is("block")) {
-    std::string block(4096, '\0');
-    for (Values random(line.number(1)); char& byte : block) byte = static_cast<char>(random.below(255));
+    const auto bytes = anyBytes(4096, line.number(1));
+    const std::string block(bytes.begin(), bytes.end());
     const std::uint32_t sum = sumOf(block) + static_cast<std::uint32_t>(line.number(2));
     add(block + static_cast<char>(sum >> 8) + static_cast<char>(sum));
   }
@@ -89,18 +56,13 @@ void FarEnd::read(const Line& line) {
     const auto bytes = line.bytes();
     add({bytes.begin(), bytes.end()});
   }
-  if (line.is("config")) payload_ = configBlock(line.number(1), values);
-  if (line.is("stream")) payload_ = recording(line.number(1, 0, 100000), values);
-  if (line.is("payload")) {
-    payload_.resize(count);
-    for (Values random = values; std::uint8_t & byte : payload_) byte = random.byte();
-  }
+  if (line.is("config")) payload_ = configBlock(line.number(1), line.number(2));
+  if (line.is("stream")) payload_ = activityRecording(line.number(1, 0, 100000), line.number(2));
+  if (line.is("payload")) payload_ = anyBytes(count, line.number(2));
   if (line.is("packet")) {
     const std::size_t size = line.number(2) == 2 ? 1024 : 128;
-    std::vector<std::uint8_t> data(size);
-    for (Values random(line.number(3)); std::uint8_t & byte : data) byte = random.byte();
     number_ = static_cast<std::uint8_t>(number_ + line.number(1));
-    packet(std::move(data), number_, size, static_cast<std::uint16_t>(line.number(4)));
+    packet(anyBytes(size, line.number(3)), number_, size, static_cast<std::uint16_t>(line.number(4)));
   }
   if (line.is("send")) {
     const std::size_t size = line.number(1) == 2 ? 1024 : 128;
