@@ -36,6 +36,8 @@ constexpr std::string_view Lines[] = {"logger vivid # 60 01.00.0001",
 /// 2020-01-01; the times of the scripts count from there.
 constexpr std::int64_t Origin = 1577836800;
 constexpr std::size_t MostBytes = 300000;
+/// Longer than the longest gap that counts as one; filling it takes no second.
+constexpr std::int64_t LongestWait = 4000000;
 
 double dateAt(std::int64_t seconds) { return static_cast<double>(Origin + seconds) / 86400.0 + 25569; }
 
@@ -89,9 +91,9 @@ struct Recording {
     } else if (line.is("stop")) {
       event(2, clock_);
     } else if (line.is("wait")) {
-      clock_ += line.number(1, -100000000, 100000000);
+      clock_ += line.number(1, -LongestWait, LongestWait);
     } else if (line.is("event")) {
-      event(line.number(1), clock_ + line.number(2, -100000000, 100000000));
+      event(line.number(1), clock_ + line.number(2, -LongestWait, LongestWait));
     } else if (line.is("value")) {
       event(line.number(1), line.number(2) - Origin);
     } else if (line.is("status")) {
