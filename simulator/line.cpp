@@ -75,7 +75,9 @@ void SimulatedLine::dropUnsent() {
 void SimulatedLine::startNext(Direction direction) {
   Lane& lane = direction == Direction::ToLogger ? toLogger_ : toPc_;
   if (lane.Queue.empty()) return;
-  const Moment begins = std::max(timeline_.now(), lane.Queue.front().NotBefore);
+  Moment begins = std::max(timeline_.now(), lane.Queue.front().NotBefore);
+  if ((direction == Direction::ToLogger ? Faults.DelayToLogger : Faults.DelayToPc).strikes())
+    begins += Faults.DelayFor;
   lane.Arrival.set(begins + characterTime(direction == Direction::ToLogger ? pc_ : far_));
 }
 
@@ -114,8 +116,13 @@ void SimulatedLine::actWhenDue() {
 void SimulatedLine::deliverToLogger(std::uint8_t byte) {
   if (Faults.LoseToLogger.strikes() || !listener_) return;
   if (Faults.AlterToLogger.strikes()) byte ^= Faults.AlterMask;
+  if (Faults.DoubleToLogger.strikes()) hearAtLogger(byte);
+  hearAtLogger(byte);
+}
+
+void SimulatedLine::hearAtLogger(std::uint8_t byte) {
   if (understandEachOther(pc_, far_)) {
-    listener_(byte);
+    if (listener_) listener_(byte);
     return;
   }
   for (const HeardCharacter& heard : hear(byte, pc_, far_))
@@ -129,6 +136,11 @@ void SimulatedLine::deliverToPc(std::uint8_t byte) {
     return;
   }
   if (Faults.AlterToPc.strikes()) byte ^= Faults.AlterMask;
+  if (Faults.DoubleToPc.strikes()) hearAtPc(byte);
+  hearAtPc(byte);
+}
+
+void SimulatedLine::hearAtPc(std::uint8_t byte) {
   if (understandEachOther(far_, pc_)) {
     receive(byte);
     return;

@@ -19,7 +19,10 @@ struct LineFaults {
   Fault LoseToLogger{}, LoseToPc{};
   Fault AlterToLogger{}, AlterToPc{};
   std::uint8_t AlterMask = 0x04;  ///< the bits an altered byte has flipped
-  Fault OverrunToPc{};            ///< the byte is lost and the port counts an overrun
+  Fault DoubleToLogger{}, DoubleToPc{};
+  Fault DelayToLogger{}, DelayToPc{};  ///< the byte, and with it all behind it, leaves only after `DelayFor`
+  nanoseconds DelayFor = std::chrono::milliseconds{300};
+  Fault OverrunToPc{};  ///< the byte is lost and the port counts an overrun
   /// The line is dead in both directions once so many bytes have passed.
   std::optional<std::uint64_t> CutAfterToLogger, CutAfterToPc, CutAfterTotal;
   bool CutEndsOnReopen = false;  ///< opening the port again mends the line
@@ -93,7 +96,9 @@ class SimulatedLine {
   void startNext(Direction direction);
   void arrive(Direction direction);
   void deliverToLogger(std::uint8_t byte);
+  void hearAtLogger(std::uint8_t byte);
   void deliverToPc(std::uint8_t byte);
+  void hearAtPc(std::uint8_t byte);
   void receive(std::uint8_t byte);
   void passOn(std::uint8_t byte);
   void applyCuts();

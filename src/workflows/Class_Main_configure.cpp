@@ -34,10 +34,11 @@ struct ConfigureRequest {
 
 bool sameMoment(double a, double b) { return secondsBetween(a, b) == 0; }
 
-/// Whether the configuration read back is the one that was sent.
+/// Whether the configuration read back is the one that was sent, in a logger that has forgotten its former
+/// recording: a command that it misheard is answered with a prompt too.
 bool sameConfiguration(const VardenRecord& wanted, const VardenRecord& found) {
   const bool same =
-      wanted.AcqThreshold == found.AcqThreshold && wanted.TZbias == found.TZbias &&
+      found.BytesUsed == 0 && wanted.AcqThreshold == found.AcqThreshold && wanted.TZbias == found.TZbias &&
       found.SubjectInfoVersion != -1 && wanted.SubjectInfoVersion == found.SubjectInfoVersion &&
       wanted.AutoDSTadjust == found.AutoDSTadjust && wanted.EpochLength == found.EpochLength &&
       wanted.GMToffset == found.GMToffset && sameMoment(wanted.SubjectDOB, found.SubjectDOB) &&
