@@ -6,6 +6,7 @@
 #include "simulator/simulated_world.h"
 #include "support/in_world.h"
 #include "support/surroundings.h"
+#include "support/without_start_up.h"
 
 namespace hy_wristlog {
 

@@ -9,6 +9,7 @@
 #include "simulator/simulated_world.h"
 #include "support/failures.h"
 #include "support/in_world.h"
+#include "support/without_start_up.h"
 #include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
