@@ -179,13 +179,18 @@ TEST(Commands, SettingsThatCannotBeReadAreTriedOnceMoreAfterAReset) {
       {[](auto& faults) { faults.BadConfigChecksum = simulator::once(); }, "", all},
       {[](auto& faults) { faults.BadConfigChecksum = simulator::always(); },
        "11505 Class_VardenLogger.fncReadVardenConfig: Logger configuration CRC verification failed", reset},
-      {[](auto& faults) { faults.Transfer.CancelPacket = simulator::once(); }, "", all}};
+      {[](auto& faults) { faults.Transfer.CancelPacket = simulator::once(); }, "", all},
+      {[](auto& faults) { faults.BadLineChecksum = simulator::always(); },
+       "11507 Class_VardenLogger.fncReadVardenFWversion: Checksum failed when retrieving logger time",
+       {"show config", "show ver", "show ver", "show ver"}}};
   for (const auto& [spoil, expected, commands] : cases) {
     Session session{simulator::vividBenchOptions()};
     session.connect();
     spoil(session.bench.Logger->Faults);
     EXPECT_EQ(outcome([&] { session.logger.fncReadVardenSetup(); }), expected);
     EXPECT_EQ(session.commands(), commands);
+    for (const auto& record : globals().ErrorStack)
+      EXPECT_FALSE(record && record->ErrorProcedure == "fncReadVardenSetup" && record->MsgboxWasDisplayed);
   }
 }
 
