@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <sstream>
 
 namespace hy_wristlog {
@@ -59,34 +58,6 @@ TEST(ErrorActionsText, LinesAreReadByTheirIndentation) {
     std::string read;
     for (const Class_ErrorAction& action : parse(text)) read += brief(action);
     EXPECT_EQ(read, expected) << text;
-  }
-}
-
-TEST(ErrorActionsText, DamageStaysBehindTheElementsBeforeIt) {
-  std::mt19937 random{20260302};
-  const auto pick = [&](std::size_t n) { return random() % n; };
-  constexpr std::size_t LinesEach = 5;
-  for (int round = 0; round < 300; ++round) {
-    std::vector<std::string> lines;
-    for (std::size_t count = pick(8); count > 0; --count) {
-      lines.emplace_back(" <Error>");
-      lines.push_back("  <ErrorNumber>" + std::to_string(pick(99)) + "</ErrorNumber>");
-      lines.push_back("  <ErrorAction>" + std::to_string(5000 + pick(9)) + "</ErrorAction>");
-      lines.push_back("  <CustomMessageText>" + std::string(pick(40), 't') + "</CustomMessageText>");
-      lines.emplace_back(" </Error>");
-    }
-    lines.emplace_back("</Errors>");
-    const auto whole = parseErrorActions(lines);
-    ASSERT_EQ(whole.size(), lines.size() / LinesEach);
-    const std::size_t damage = pick(lines.size());
-    for (std::size_t at = damage; at < lines.size(); at += 1 + pick(20)) {
-      std::string& line = lines[at];
-      if (!line.empty()) line.erase(pick(line.size()), 1 + pick(6));
-      line.insert(pick(line.size() + 1), 1, "</> \0\xff-9"[pick(8)]);
-    }
-    const auto read = parseErrorActions(lines);
-    ASSERT_GE(read.size(), damage / LinesEach);
-    for (std::size_t i = 0; i < damage / LinesEach; ++i) ASSERT_EQ(brief(read[i]), brief(whole[i]));
   }
 }
 

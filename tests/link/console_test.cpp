@@ -15,9 +15,7 @@ TEST(DiagnosticConsole, CopiesWhatIsSelectedInWholeCharacters) {
   const struct {
     std::size_t Start, Length;
     const char* Selected;
-  } cases[] = {{0, 2, "ab"},      {1, 0, ""},        {2, 1, "\u00E9"},
-               {3, 2, "\u00E9c"}, {1, 2, "b\u00E9"}, {4, Far, "c\r\n"},
-               {Far, Far, ""},    {3, 0, ""},        {0, Far, "ab\u00E9c\r\n"}};
+  } cases[] = {{1, 0, ""}, {3, 2, "\u00E9c"}, {1, 2, "b\u00E9"}, {4, Far, "c\r\n"}, {Far, Far, ""}};
   for (const auto& c : cases) {
     SCOPED_TRACE(std::to_string(c.Start) + '+' + std::to_string(c.Length));
     ShownLink o{

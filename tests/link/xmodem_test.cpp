@@ -157,7 +157,6 @@ TEST(XmodemSend, SendsTwoHundredFiftyFivePackets) {
 
 TEST(XmodemSend, AbortsInEveryState) {
   const std::tuple<std::int64_t, bool, const char*, const char*, const char*> cases[] = {
-      {200, false, "", "", "XX aborted"},
       {300, false, "C", "AA", "XX aborted"},
       {600, true, "C", "AA", "#1- aborted"},
       {700, false, "C", ".", "#1XX aborted"},
@@ -249,11 +248,8 @@ TEST(XmodemReceive, CountsOnFromZeroBehindPacket255) {
 }
 
 TEST(XmodemReceive, AbortsInEveryState) {
-  const std::tuple<const char*, std::int64_t, std::string> cases[] = {{"", 1500, "CCXX"},
-                                                                      {"1", 500, "CAXX"},
-                                                                      {"-", 500, "CXX"},
-                                                                      {"b", 500, "CNXX"},
-                                                                      {"1234567", 120, "CAXX"}};
+  const std::tuple<const char*, std::int64_t, std::string> cases[] = {
+      {"", 1500, "CCXX"}, {"-", 500, "CXX"}, {"1234567", 120, "CAXX"}};
   for (const auto& [frames, at, written] : cases) {
     OpenLink o;
     Sender far{*o.world, script(frames)};

