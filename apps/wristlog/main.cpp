@@ -4,10 +4,6 @@
 int main(int argc, char** argv) {
   wristlog::prepareStandardStreams();
   wristlog::CommandLine cli;
-  wristlog::addWorkflowCommands(cli);
-  wristlog::addFileCommands(cli);
-  wristlog::addPlotCommand(cli);
-  wristlog::addConsoleCommand(cli);
-  wristlog::addPendrelCommands(cli);
+  wristlog::addCommands(cli);
   return cli.run(argc, argv);
 }

@@ -14,6 +14,7 @@
 #include "errors/Procedure.h"
 #include "hy_wristlog/Class_Main.h"
 #include "platform/platform.h"
+#include "record/session_recorder.h"
 #include "recording/json_output.h"
 #include "session/process.h"
 #include "words/meanings.h"
@@ -21,7 +22,6 @@
 #include "words/say.h"
 
 namespace wristlog {
-namespace {}  // namespace
 
 CommandLine::CommandLine()
     : app_(std::make_unique<CLI::App>("Talks to wrist-worn activity loggers in their docks", "wristlog")) {
@@ -45,6 +45,7 @@ int CommandLine::run(int argc, char** argv) {
 }
 
 int CommandLine::parseAndRun(int argc, char** argv) {
+  if (argc > 0) Common.Arguments.assign(argv + 1, argv + argc);
   try {
     app_->parse(argc, argv);
   } catch (const CLI::Success& answer) {
@@ -58,7 +59,7 @@ int CommandLine::parseAndRun(int argc, char** argv) {
   }
   try {
     const hy_wristlog::CommandUnderWay underWay;
-    return command_();
+    return runCommand();
   } catch (const hy_wristlog::Failure& failure) {
     return fail(failure);
   } catch (const hy_wristlog::platform::SystemError& error) {
@@ -69,6 +70,23 @@ int CommandLine::parseAndRun(int argc, char** argv) {
   } catch (const std::exception& problem) {
     return fail({hy_wristlog::FailureNumber::InvalidCall, "wristlog", problem.what()});
   }
+}
+
+int CommandLine::runCommand() {
+  if (!usesLink_) return command_();
+  Common.Recorder = recorderFor(Common.Record, Common.Redact);
+  if (!Common.Recorder) return command_();
+  int status = Unsuccessful;
+  try {
+    status = command_();
+  } catch (const std::exception&) {
+    Common.Recorder->finish(status);
+    throw;
+  } catch (const hy_wristlog::platform::SystemError&) {
+    Common.Recorder->finish(status);
+    throw;
+  }
+  return Common.Recorder->finish(status) ? status : std::max<int>(status, Unsuccessful);
 }
 
 int CommandLine::show(const CLI::Error& answer) const {
@@ -111,7 +129,24 @@ CLI::App* CommandLine::addGroup(const char* name, const char* description) {
   return group;
 }
 
-void CommandLine::addLink(CLI::App* sub, const std::set<std::string>& simulated) {
+void CommandLine::addRecord(CLI::App* sub, CLI::Option* when) {
+  CLI::Option* record =
+      sub->add_option("--record", Common.Record,
+                      "Record the session in this new file, for 'wristlog replay'; also HY_WRISTLOG_RECORD")
+          ->check(validFile);
+  CLI::Option* redact =
+      sub->add_flag("--redact", Common.Redact, "Leave who wears the logger out of the record");
+  if (when == nullptr) {
+    sub->preparse_callback([this](std::size_t) { usesLink_ = true; });
+    return;
+  }
+  when->each([this](const std::string&) { usesLink_ = true; });
+  record->needs(when);
+  redact->needs(when);
+}
+
+void CommandLine::addLink(CLI::App* sub, const std::set<std::string>& simulated, CLI::Option* when) {
+  addRecord(sub, when);
   sub->add_option("--simulate", Common.Simulate, "A simulated dock with a worn logger, in simulated time")
       ->check(CLI::IsMember(simulated));
   sub->add_flag("--console", Common.Console, "Show what passes on the link on standard error");

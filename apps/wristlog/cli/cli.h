@@ -46,8 +46,12 @@ class CommandLine {
   /// Adds a group: a name before commands, as in "wristlog legacy status".
   CLI::App* addGroup(const char* name, const char* description);
 
-  /// Adds the options of a command that talks to a logger.
-  void addLink(CLI::App* sub, const std::set<std::string>& simulated = {"vivid", "kestrin2"});
+  /// "--record" and "--redact": from now on the command `sub`, or with `when` only when this option is given,
+  /// is one whose session can be recorded.
+  void addRecord(CLI::App* sub, CLI::Option* when = nullptr);
+  /// The options of a command that talks to a logger; `when` as above.
+  void addLink(CLI::App* sub, const std::set<std::string>& simulated = {"vivid", "kestrin2"},
+               CLI::Option* when = nullptr);
   static void addModel(CLI::App* sub, std::string& model);
   static void addAttempts(CLI::App* sub, std::int16_t& attempts);
   static void addSubject(CLI::App* sub, SubjectOptions& subject, const SubjectLimits& limits);
@@ -59,12 +63,14 @@ class CommandLine {
 
  private:
   int parseAndRun(int argc, char** argv);
+  int runCommand();
   int show(const CLI::Error& answer) const;
   int refuse(const CLI::ParseError& error, int argc, char** argv) const;
   int fail(const hy_wristlog::Failure& failure) const;
 
   std::unique_ptr<CLI::App> app_;
   std::function<int()> command_;
+  bool usesLink_ = false;
 };
 
 void addWorkflowCommands(CommandLine& cli);
@@ -72,5 +78,8 @@ void addFileCommands(CommandLine& cli);
 void addPlotCommand(CommandLine& cli);
 void addConsoleCommand(CommandLine& cli);
 void addPendrelCommands(CommandLine& cli);
+void addReplayCommand(CommandLine& cli);
+/// All of them.
+void addCommands(CommandLine& cli);
 
 }  // namespace wristlog

@@ -17,6 +17,7 @@ void addConsoleCommand(CommandLine& cli) {
   CommandLine::addFolder(sub, options->Folder, options->Force,
                          "Folder for a retrieved recording's files; else it is read, but not kept");
   sub->add_flag("--ignore-warnings", options->IgnoreWarnings, "Go on where a warning would end a retrieval");
+  cli.addRecord(sub);
   sub->add_option("--simulate", cli.Common.Simulate, "A simulated dock with a worn logger")
       ->check(CLI::IsMember({"vivid", "kestrin2"}));
   sub->add_option("--speed", options->Speed,

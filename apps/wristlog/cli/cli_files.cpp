@@ -45,7 +45,7 @@ void addConfigSource(CommandLine& cli, CLI::App* sub, ConfigOptions& options) {
                        "Read the docked logger instead: vivid (Kestrin Vivid) or kestrin2 (Kestrin 2)")
           ->check(CLI::IsMember({"vivid", "kestrin2"}));
   group->require_option(1);
-  cli.addLink(sub);
+  cli.addLink(sub, {"vivid", "kestrin2"}, model);
   for (const char* name : {"--simulate", "--console"}) sub->get_option(name)->needs(model);
 }
 

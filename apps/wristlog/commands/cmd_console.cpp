@@ -8,6 +8,7 @@
 #include "debugger/debugger_host.h"
 #include "debugger/watched_world.h"
 #include "hy_wristlog/Class_Main.h"
+#include "record/session_recorder.h"
 #include "recording/json_output.h"
 #include "recording/recording_files.h"
 #include "recording/retrieved_recording.h"
@@ -75,13 +76,19 @@ Result watch(const CommonOptions& common, const ConsoleOptions& options) {
       "Communications Debugger: " + options.Workflow + ", " + model + (bench ? ", simulated" : ""),
       machine->clock());
   const auto host = std::make_shared<DebuggerHost>(screen);
-  const platform::WorldScope here(makeWatchedWorld(bench ? bench->World : machine, machine->clock(),
-                                                   options.Speed, [&screen] { screen.attend(); }));
+  std::shared_ptr<platform::Platform> world = bench ? bench->World : machine;
+  if (common.Recorder) world = common.Recorder->begin(world, common.Arguments, common.Simulate);
+  const platform::WorldScope here(
+      makeWatchedWorld(world, machine->clock(), options.Speed, [&screen] { screen.attend(); }));
   hw::setHost(host);
   if (!options.Folder.empty()) RecordingFiles(options.Folder, options.Force).prepare();
   Result result;
   hw::Class_Main main;
-  host->Abort = [&main] { main.AbortComms(); };
+  bool stopping = false;
+  host->Abort = [&] {
+    if (common.Recorder && !std::exchange(stopping, true)) common.Recorder->stop();
+    main.AbortComms();
+  };
   try {
     result = workflows().at(options.Workflow)(main, options);
   } catch (const hw::Failure& failure) {

@@ -101,8 +101,8 @@ int runPendrelRetrieve(const CommonOptions& common, const ReaderOptions& reader,
       options.Folder, options.Force,
       {"series.csv", "recording.json", "raw.bin", "setup.txt", "actogram.svg", "report.html"});
   files.prepare();
-  constexpr bool KeepTraffic = true;
-  PendrelSession session(common, reader, KeepTraffic);
+  constexpr bool KeepRecord = true;
+  PendrelSession session(common, reader, KeepRecord);
   const Retrieved result = retrieve(session, reader.Search, options.Repair);
   const hw::PendrelDetails details = session.workflows().Details();
   const bool good = result.Code == 0;
@@ -120,13 +120,7 @@ int runPendrelRetrieve(const CommonOptions& common, const ReaderOptions& reader,
   if (!details.Memory.empty())
     complain() << "What was read of the memory, " << details.Memory.size() << " bytes, is in "
                << options.Folder << "/raw.bin.\n";
-  const std::string traffic =
-      session.traffic().empty() ? "Nothing came from the logger.\n" : session.traffic();
-  complain() << "What passed on the link is in "
-             << files.writeSessionLog("wristlog " + session.main().Get_Version() +
-                                      ", legacy retrieve, code " + std::to_string(result.Code) + ": " +
-                                      session.meaningOf(result.Code) + "\n\n" + traffic)
-             << "; send it along when you ask for help.\n";
+  session.writeRecord(files, result.Code);
   return status;
 }
 

@@ -54,16 +54,6 @@ Written write(Retrieval& retrieval, RetrievedRecording& recording, const Recordi
   return written;
 }
 
-void keepTraffic(Session& session, const RecordingFiles& files, const std::string& model, std::int32_t code,
-                 const std::string& meaning) {
-  if (code == 0 || session.traffic().empty()) return;
-  complain() << "What passed on the link is in "
-             << files.writeSessionLog("wristlog " + session.main().Get_Version() + ", retrieve --model " +
-                                      model + ", code " + std::to_string(code) + ": " + meaning + "\n\n" +
-                                      session.traffic())
-             << "; send it along when you ask for help.\n";
-}
-
 Json documentOf(const Retrieval& retrieval, const RetrievedRecording& recording, const std::string& meaning) {
   Json document = recordingJson(*retrieval.Logger, retrieval.Verdict, retrieval.LowBattery);
   document["bytes_received"] = recording.bytes();
@@ -91,8 +81,8 @@ void tell(const Retrieval& retrieval, const RetrievedRecording& recording, const
 int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   const RecordingFiles files(options.Folder, options.Force);
   files.prepare();
-  constexpr bool KeepTraffic = true;
-  Session session(common, KeepTraffic);
+  constexpr bool KeepRecord = true;
+  Session session(common, KeepRecord);
   const hw::enmLoggerPointer model = modelFromName(options.Model);
   session.main().Let_MaxCommunicationRetries(options.Attempts);
   Retrieval retrieval = retrieve(session.main(), model, options.IgnoreWarnings);
@@ -101,7 +91,7 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   RetrievedRecording recording(*retrieval.Logger, retrieval.Verdict, retrieval.LowBattery);
   const std::string meaning = judge(retrieval, recording, model);
   const Written written = write(retrieval, recording, files);
-  keepTraffic(session, files, options.Model, retrieval.Code, meaning);
+  if (retrieval.Code != 0) session.writeRecord(files, retrieval.Code, meaning);
   if (session.asJson())
     print(documentOf(retrieval, recording, meaning));
   else

@@ -44,6 +44,10 @@ auto onFiles(const std::string& path, const Operation& operation) {
   }
 }
 
+bool exists(const std::string& path) {
+  return platform::current().files().state(path).Kind != platform::FileKind::Missing;
+}
+
 void addEventsCsv(platform::NewFile& file, const hw::Class_VardenLogger& logger) {
   file.add("\"Time\",\"Event\",\"Record\"\n");
   const hw::EventLog& events = engineering::events(logger);
@@ -137,8 +141,7 @@ bool RecordingFiles::isFromDemo() const {
 
 bool RecordingFiles::holdAny() const {
   const auto all = paths();
-  return std::any_of(all.begin(), all.end(),
-                     [](const std::string& path) { return std::filesystem::exists(path); });
+  return std::any_of(all.begin(), all.end(), exists);
 }
 
 void RecordingFiles::claim() const {
@@ -171,7 +174,7 @@ void RecordingFiles::writeDecoded(const hw::Class_VardenLogger& logger, const Js
 void RecordingFiles::requireEpochs(const hw::Class_VardenLogger& logger) const {
   if (logger.Get_Samples() > 0) return;
   for (const std::string& path : paths())
-    if (std::filesystem::exists(path))
+    if (exists(path))
       throw hw::Failure(hw::FailureNumber::OutOfRange, Source,
                         "The recording holds no epochs, so " + path + " is left as it is");
 }
@@ -194,8 +197,7 @@ void RecordingFiles::writePictures(const DecodedRecording& recording) const {
 
 std::string RecordingFiles::writeSessionLog(const std::string& text) const {
   std::string name = "session.log";
-  for (int number = 2; std::filesystem::exists(path(name)); ++number)
-    name = "session-" + std::to_string(number) + ".log";
+  for (int number = 2; exists(path(name)); ++number) name = "session-" + std::to_string(number) + ".log";
   writeFile(name, text);
   return path(name);
 }

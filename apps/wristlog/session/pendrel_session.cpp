@@ -9,8 +9,8 @@
 
 namespace wristlog {
 
-PendrelSession::PendrelSession(const CommonOptions& common, const ReaderOptions& reader, bool keepTraffic)
-    : session_(common, keepTraffic), workflows_(session_.main()) {
+PendrelSession::PendrelSession(const CommonOptions& common, const ReaderOptions& reader, bool keepRecord)
+    : session_(common, keepRecord), workflows_(session_.main()) {
   workflows_.TryingPort = [this](std::int16_t port) { showProgress("Trying COM" + std::to_string(port)); };
   std::int16_t port = reader.Port;
   if (port == 0 && !reader.Search) port = session_.simulatedPort().value_or(0);

@@ -18,12 +18,14 @@ class PendrelSession {
  public:
   /// Remembers a port that the user names, and that of a simulated reader, at once. Raises NotWritable when
   /// it cannot.
-  PendrelSession(const CommonOptions& common, const ReaderOptions& reader, bool keepTraffic = false);
+  PendrelSession(const CommonOptions& common, const ReaderOptions& reader, bool keepRecord = false);
 
   hy_wristlog::PendrelWorkflows& workflows() { return workflows_; }
   hy_wristlog::Class_Pendrel& logger() { return *workflows_.LegacyLogger(); }
   hy_wristlog::Class_Main& main() { return session_.main(); }
-  const std::string& traffic() const { return session_.traffic(); }
+  void writeRecord(const RecordingFiles& files, std::int32_t code) {
+    session_.writeRecord(files, code, meaningOf(code));
+  }
   bool asJson() const { return session_.asJson(); }
   void showProgress(const std::string& text) { session_.showProgress(text); }
 

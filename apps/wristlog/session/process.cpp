@@ -49,6 +49,8 @@ void catchInterrupts() {
 
 bool interruptRequested() { return interrupted != 0; }
 
+void setInterruptRequested(bool requested) { interrupted = requested ? 1 : 0; }
+
 SignalsHeld::SignalsHeld() {
   sigset_t held;
   sigemptyset(&held);

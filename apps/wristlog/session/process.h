@@ -15,6 +15,8 @@ bool standardOutputIsWhole();
 /// From now on Ctrl-C (or a request to terminate) only sets a mark; a second one ends the program at once.
 void catchInterrupts();
 bool interruptRequested();
+/// As if it had been pressed, or not.
+void setInterruptRequested(bool requested);
 
 /// Blocks signals, so that no half-written file is left over.
 class SignalsHeld {

@@ -3,12 +3,14 @@
 #include <chrono>
 
 #include "hy_wristlog/failure.h"
+#include "record/session_recorder.h"
 #include "session/process.h"
 #include "session/terminal_host.h"
 
 namespace wristlog {
 
 namespace sim = hy_wristlog::simulator;
+namespace platform = hy_wristlog::platform;
 
 namespace {
 
@@ -43,9 +45,9 @@ sim::DockBench makeWornBench(const std::string& model) {
   return makeWornVardenBench(model);
 }
 
-Session::Session(const CommonOptions& options, bool keepTraffic) : options_(options) {
+Session::Session(const CommonOptions& options, bool keepRecord) : options_(options) {
   if (!options.Simulate.empty()) bench_ = makeWornBench(options.Simulate);
-  start(keepTraffic);
+  start(keepRecord);
 }
 
 Session::Session(const CommonOptions& options, const sim::DockBench& bench)
@@ -53,9 +55,16 @@ Session::Session(const CommonOptions& options, const sim::DockBench& bench)
   start(false);
 }
 
-void Session::start(bool keepTraffic) {
+void Session::start(bool keepRecord) {
   if (bench_) scope_.emplace(bench_->World);
-  host_ = std::make_shared<TerminalHost>(HostOptions{options_.Console, keepTraffic});
+  recorder_ = options_.Recorder;
+  if (!recorder_ && keepRecord) recorder_ = std::make_shared<SessionRecorder>(options_.Redact);
+  if (recorder_) {
+    recorded_.emplace(recorder_->begin(platform::shareCurrent(), options_.Arguments, options_.Simulate));
+  }
+  host_ = std::make_shared<TerminalHost>(options_.Console, [this] {
+    if (recorder_) recorder_->stop();
+  });
   hy_wristlog::setHost(host_);
   main_ = std::make_unique<hy_wristlog::Class_Main>();
   host_->attach(main_.get());
@@ -67,7 +76,20 @@ Session::~Session() {
   hy_wristlog::setHost(nullptr);
 }
 
-const std::string& Session::traffic() const { return host_->traffic(); }
+void Session::writeRecord(const RecordingFiles& files, std::int32_t code, const std::string& meaning) {
+  std::string place = recorder_->file();
+  if (place.empty()) {
+    try {
+      place = files.writeSessionLog(
+          recorder_->text(Unsuccessful, "Code " + std::to_string(code) + ": " + meaning));
+    } catch (const hy_wristlog::Failure& failure) {
+      if (!options_.Redact) throw;
+      complain() << "No session.log was kept: " << failure.Description << ".\n";
+      return;
+    }
+  }
+  complain() << "What passed on the link is in " << place << "; send it along when you ask for help.\n";
+}
 
 std::optional<std::int16_t> Session::simulatedPort() const {
   if (!bench_) return std::nullopt;

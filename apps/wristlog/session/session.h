@@ -7,19 +7,21 @@
 
 #include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/enumerations.h"
+#include "recording/recording_files.h"
 #include "session/options.h"
 #include "simulator/bench.h"
 #include "words/say.h"
 
 namespace wristlog {
 
+class SessionRecorder;
 class TerminalHost;
 
 /// One run of a command: the world it works in, the library, and what the user sees.
 class Session {
  public:
-  /// With `keepTraffic`, `traffic` returns what has passed on the link.
-  explicit Session(const CommonOptions& options, bool keepTraffic = false);
+  /// With `keepRecord` the session is recorded for `writeRecord`, whether the user wants a record or not.
+  explicit Session(const CommonOptions& options, bool keepRecord = false);
   /// Works in a world that the caller has made.
   Session(const CommonOptions& options, const hy_wristlog::simulator::DockBench& bench);
   ~Session();
@@ -28,7 +30,9 @@ class Session {
 
   hy_wristlog::Class_Main& main() { return *main_; }
   bool asJson() const { return options_.AsJson; }
-  const std::string& traffic() const;
+  /// Leaves the record of a session that failed with `code` in session.log beside `files`, or where the user
+  /// wants it, and tells where.
+  void writeRecord(const RecordingFiles& files, std::int32_t code, const std::string& meaning);
   /// The port of the simulated dock; none on the machine itself.
   std::optional<std::int16_t> simulatedPort() const;
   void showProgress(const std::string& text);
@@ -36,11 +40,13 @@ class Session {
   void endProgress();
 
  private:
-  void start(bool keepTraffic);
+  void start(bool keepRecord);
 
   CommonOptions options_;
   std::optional<hy_wristlog::simulator::DockBench> bench_;
   std::optional<hy_wristlog::platform::WorldScope> scope_;
+  std::shared_ptr<SessionRecorder> recorder_;
+  std::optional<hy_wristlog::platform::WorldScope> recorded_;
   std::shared_ptr<TerminalHost> host_;
   std::unique_ptr<hy_wristlog::Class_Main> main_;
 };

@@ -3,10 +3,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "debugger/clipboard.h"
 #include "session/process.h"
-#include "words/safe_text.h"
 #include "words/say.h"
 
 namespace wristlog {
@@ -23,8 +23,10 @@ class ProgressEvents : public hy_wristlog::LoggerEvents {
 
 }  // namespace
 
-TerminalHost::TerminalHost(const HostOptions& options)
-    : options_(options), showProgress_(!options.ShowConsole && isatty(STDERR_FILENO) == 1) {
+TerminalHost::TerminalHost(bool showConsole, std::function<void()> onStop)
+    : onStop_(std::move(onStop)),
+      showConsole_(showConsole),
+      showProgress_(!showConsole && isatty(STDERR_FILENO) == 1) {
   catchInterrupts();
 }
 
@@ -32,9 +34,9 @@ TerminalHost::~TerminalHost() { endProgress(); }
 
 void TerminalHost::serveEvents() {
   if (!interruptRequested() || main_ == nullptr) return;
+  if (!stopAnnounced_) onStop_();
   main_->AbortComms();
-  if (stopAnnounced_) return;
-  stopAnnounced_ = true;
+  if (std::exchange(stopAnnounced_, true)) return;
   endProgress();
   complain() << "Stopping, and leaving the logger in order. Ctrl-C again ends at once.\n";
 }
@@ -49,7 +51,7 @@ hy_wristlog::MessageBoxButton TerminalHost::showMessageBox(std::string_view titl
 }
 
 void TerminalHost::workflowStarted(const std::shared_ptr<hy_wristlog::Class_VardenLogger>& logger) {
-  if (showProgress_ || options_.KeepTraffic) logger->subscribe(std::make_shared<ProgressEvents>(*this));
+  if (showProgress_) logger->subscribe(std::make_shared<ProgressEvents>(*this));
 }
 
 void TerminalHost::downloadProgress(std::int32_t bytesSoFar, std::int32_t bytesExpected) {
@@ -61,7 +63,6 @@ void TerminalHost::downloadProgress(std::int32_t bytesSoFar, std::int32_t bytesE
 }
 
 void TerminalHost::showProgress(const std::string& text) {
-  if (options_.KeepTraffic) traffic_.append("\n-- " + text + "\n");
   if (!showProgress_ || stopAnnounced_) return;
   complain() << "\r\033[K" << text;
   complain().flush();
@@ -74,15 +75,9 @@ void TerminalHost::endProgress() {
   progressShown_ = false;
 }
 
-void TerminalHost::append(std::string_view text) {
-  if (options_.ShowConsole) complain().traffic(text).flush();
-  if (options_.KeepTraffic) traffic_.append(safeText(text));
-}
+void TerminalHost::append(std::string_view text) { complain().traffic(text).flush(); }
 
-void TerminalHost::showLastError(std::string_view text) {
-  if (options_.ShowConsole) complain() << "\nLast error: " << text << "\n";
-  if (options_.KeepTraffic) traffic_.append("\nLast error: " + safeLine(text) + "\n");
-}
+void TerminalHost::showLastError(std::string_view text) { complain() << "\nLast error: " << text << "\n"; }
 
 void TerminalHost::copyToClipboard(std::string_view text) {
   for (const int file : {STDERR_FILENO, STDOUT_FILENO})

@@ -1,0 +1,119 @@
+#include "record/session_recorder.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <exception>
+#include <filesystem>
+
+#include "hy_wristlog/failure.h"
+#include "record/redaction.h"
+#include "record/session_record.h"
+#include "words/say.h"
+
+namespace wristlog {
+
+namespace hw = hy_wristlog;
+namespace platform = hy_wristlog::platform;
+
+namespace {
+
+std::string systemWords(std::int32_t error) { return platform::current().environment().errorText(error); }
+
+}  // namespace
+
+SessionRecorder::SessionRecorder(const std::string& file, bool redact) : file_(file), redact_(redact) {
+  descriptor_ = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, 0666);
+  if (descriptor_ >= 0) return;
+  const std::int32_t error = errno;
+  if (error == EEXIST)
+    throw hw::Failure(hw::FailureNumber::FileExists, "wristlog",
+                      file + " exists. A record takes no other file's place");
+  throw hw::Failure(hw::FailureNumber::PathFileAccess, "wristlog", file + ": " + systemWords(error));
+}
+
+SessionRecorder::~SessionRecorder() {
+  if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+std::shared_ptr<platform::Platform> SessionRecorder::begin(const std::shared_ptr<platform::Platform>& world,
+                                                           const std::vector<std::string>& arguments,
+                                                           const std::string& simulated) {
+  write(headerLine(sessionIn(*world, arguments, simulated)));
+  world_ = world;
+  began_ = world->clock().timer();
+  return platform::makeRecordedWorld(world, shared_from_this());
+}
+
+void SessionRecorder::take(const platform::WireEvent& event) noexcept {
+  try {
+    write(eventLine(event, latest_));
+  } catch (const std::exception&) {
+    trouble_ = ENOMEM;
+  }
+}
+
+void SessionRecorder::stop() {
+  take({.Kind = platform::WireKind::Stop, .Time = world_->clock().timer() - began_});
+}
+
+void SessionRecorder::write(const std::string& line) noexcept {
+  if (trouble_ != 0) return;
+  if (descriptor_ < 0 || redact_) {
+    try {
+      lines_ += line;
+    } catch (const std::bad_alloc&) {
+      trouble_ = ENOMEM;
+    }
+    return;
+  }
+  for (std::size_t at = 0; at < line.size();) {
+    const auto count = ::write(descriptor_, line.data() + at, line.size() - at);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) {
+      trouble_ = count < 0 ? errno : EIO;
+      return;
+    }
+    at += static_cast<std::size_t>(count);
+  }
+}
+
+std::string SessionRecorder::text(int exitStatus, const std::string& words) const {
+  const std::string whole = lines_ + endLine(exitStatus, words);
+  return redact_ ? textOf(redacted(recordOf(whole))) : whole;
+}
+
+bool SessionRecorder::finish(int exitStatus) {
+  if (descriptor_ < 0 || !world_) {
+    if (descriptor_ >= 0) std::filesystem::remove(file_);
+    return true;
+  }
+  try {
+    const std::string rest = redact_ ? text(exitStatus) : endLine(exitStatus, "");
+    redact_ = false;
+    write(rest);
+  } catch (const hw::Failure& failure) {
+    std::filesystem::remove(file_);
+    complain() << "No record was kept: " << failure.Description << ".\n";
+    return false;
+  }
+  if (::fsync(descriptor_) != 0 && trouble_ == 0 && errno != EINVAL && errno != EROFS) trouble_ = errno;
+  if (trouble_ == 0) return true;
+  complain() << "The record " << file_ << " is not whole: " << systemWords(trouble_) << '\n';
+  return false;
+}
+
+std::shared_ptr<SessionRecorder> recorderFor(const std::string& option, bool redact) {
+  if (!option.empty()) return std::make_shared<SessionRecorder>(option, redact);
+  const std::string named = platform::current().environment().variable("HY_WRISTLOG_RECORD").value_or("");
+  if (named.empty()) return nullptr;
+  const std::filesystem::path path(named);
+  std::filesystem::path free = path;
+  for (int number = 2; std::filesystem::exists(std::filesystem::symlink_status(free)); ++number)
+    free = path.parent_path() /
+           (path.stem().string() + "-" + std::to_string(number) + path.extension().string());
+  return std::make_shared<SessionRecorder>(free.string(), redact);
+}
+
+}  // namespace wristlog

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/platform.h"
+#include "platform/recorded_world.h"
+
+namespace wristlog {
+
+/// Writes the record of a session while it goes on, so that a crash leaves what there was until then. With
+/// `redact` it waits for the end, since only then it is known what to leave out.
+class SessionRecorder : public hy_wristlog::platform::WireSink,
+                        public std::enable_shared_from_this<SessionRecorder> {
+ public:
+  /// Keeps the record in memory alone.
+  explicit SessionRecorder(bool redact) : redact_(redact) {}
+  /// Makes the file. Raises PathFileAccess, or FileExists when there is one of this name.
+  SessionRecorder(const std::string& file, bool redact);
+  ~SessionRecorder() override;
+  SessionRecorder(const SessionRecorder&) = delete;
+  SessionRecorder& operator=(const SessionRecorder&) = delete;
+
+  /// From now on what the session does in `world` is the record's; returns the world to do it in.
+  std::shared_ptr<hy_wristlog::platform::Platform> begin(
+      const std::shared_ptr<hy_wristlog::platform::Platform>& world,
+      const std::vector<std::string>& arguments, const std::string& simulated);
+  void take(const hy_wristlog::platform::WireEvent& event) noexcept override;
+  /// The user asks to stop.
+  void stop();
+
+  /// The file; empty for a record in memory.
+  const std::string& file() const { return file_; }
+  /// The record until now, of one in memory, as that of a session which ends so; redacted when that was asked
+  /// for. Raises InvalidCall when it cannot be.
+  std::string text(int exitStatus, const std::string& words = {}) const;
+  /// False, and said why, when the record is not the whole of the session.
+  bool finish(int exitStatus);
+
+ private:
+  void write(const std::string& line) noexcept;
+
+  std::string file_;
+  int descriptor_ = -1;
+  bool redact_;
+  std::int32_t trouble_ = 0;  ///< errno of the write that failed
+  std::string lines_;         ///< only when it is needed later
+  std::shared_ptr<hy_wristlog::platform::Platform> world_;
+  double began_ = 0;
+  std::int32_t latest_ = 0;  ///< opening of a port
+};
+
+/// What HY_WRISTLOG_RECORD, or the option, names; null when nothing is to be recorded. The variable's file
+/// gets a number when it exists: "session.jsonl" and then "session-2.jsonl".
+std::shared_ptr<SessionRecorder> recorderFor(const std::string& option, bool redact);
+
+}  // namespace wristlog
