@@ -136,7 +136,11 @@ int runReplay(const CommonOptions& common, const ReplayOptions& options, const C
                << "\n  Now: " << difference->Now << '\n';
     return std::max<int>(status, Unsuccessful);
   }
-  if (record.ExitStatus && *record.ExitStatus != status) {
+  if (!record.ExitStatus) {
+    complain() << "The record is cut: it ends before its session did.\n";
+    return std::max<int>(status, Unsuccessful);
+  }
+  if (*record.ExitStatus != status) {
     complain() << "The command ended with exit status " << status << ", in the record with "
                << *record.ExitStatus << ".\n";
     return std::max<int>(status, Unsuccessful);

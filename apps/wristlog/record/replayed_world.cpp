@@ -436,7 +436,7 @@ class ReplayedFiles : public platform::Files {
   /// Folders on the way to what the command names: they are there.
   bool isAbove(const std::string& path) const {
     const std::string own = normal(path).string();
-    return own.empty() || own == "." || own == "/" ||
+    return own.empty() || own == "." || own == "/" || line_->world().rootFolder().starts_with(own + "/") ||
            std::any_of(names_.begin(), names_.end(),
                        [&](const std::string& name) { return name.starts_with(own + "/"); });
   }
