@@ -16,8 +16,9 @@ class Recording {
 
   Platform& world() { return *world_; }
   std::int32_t nextLink() { return ++links_; }
+  double now() { return world_->clock().timer() - began_; }
   void tell(WireEvent event) {
-    event.Time = world_->clock().timer() - began_;
+    event.Time = now();
     sink_->take(event);
   }
 
@@ -58,7 +59,10 @@ class RecordedPort : public SerialPort {
   }
   std::size_t read(std::span<std::uint8_t> into) override {
     const std::size_t count = watched([&] { return port_->read(into); });
-    if (count > 0) tell({.Kind = WireKind::Received, .Bytes = {into.begin(), into.begin() + count}});
+    if (count > 0)
+      tell({.Kind = WireKind::Received, .Empty = empty_, .Bytes = {into.begin(), into.begin() + count}});
+    else
+      empty_ = recording_->now();
     return count;
   }
   std::size_t write(std::span<const std::uint8_t> bytes) override {
@@ -103,6 +107,7 @@ class RecordedPort : public SerialPort {
   std::unique_ptr<SerialPort> port_;
   std::int32_t link_;
   std::optional<ModemLines> lines_;
+  double empty_ = -1;
   bool gone_ = false;
 };
 

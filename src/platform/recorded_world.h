@@ -51,6 +51,7 @@ constexpr bool isSaid(WireKind kind) { return kind < WireKind::Received; }
 struct WireEvent {
   WireKind Kind = WireKind::Open;
   double Time = 0;        ///< seconds since the recording began
+  double Empty = -1;      ///< of what was received: when the program had last found nothing there; -1: never
   std::int32_t Link = 0;  ///< which opening of a port it belongs to, counted from 1; 0 for none
   std::int32_t Number = 0;
   LineSettings Settings{};

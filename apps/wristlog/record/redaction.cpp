@@ -239,6 +239,7 @@ class Redaction {
 
   void run() {
     redactArguments();
+    redactPaths();
     for (platform::WireEvent& event : record_.Events)
       if (event.Kind == WireKind::Random) std::fill(event.Bytes.begin(), event.Bytes.end(), 0);
     for (const Piece& piece : pieces()) piece.FromLogger ? answered(piece.Bytes) : said(piece.Bytes);
@@ -278,6 +279,21 @@ class Redaction {
       record_.Arguments = withoutOption(record_.Arguments, option, true);
       record_.Arguments.insert(record_.Arguments.end(), {option, redact(value)});
     }
+  }
+
+  /// Folders and files are often called after whom they are about.
+  void redactPaths() {
+    std::vector<std::string>& arguments = record_.Arguments;
+    if (!valueOf(arguments, "--out").empty()) {
+      arguments = withoutOption(arguments, "--out", true);
+      arguments.insert(arguments.end(), {"--out", "recording"});
+    }
+    if (arguments.size() < 2 || arguments[1] != "export-krc") return;
+    for (std::size_t i = 2; i < arguments.size(); ++i)
+      if (arguments[i] == "--port")
+        ++i;
+      else if (!arguments[i].starts_with("--"))
+        arguments[i] = "recording";
   }
 
   using Redact = std::function<std::string(const std::string&)>;

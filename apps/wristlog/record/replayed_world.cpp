@@ -141,12 +141,6 @@ class ReplayedLine {
     while (!differed_ && next_ < events_.size() && !platform::isSaid(events_[next_].Kind) && due() <= now())
       happen();
   }
-  /// Nothing if nothing is on its way.
-  std::optional<nanoseconds> nextDue() const {
-    if (differed_ || next_ == events_.size() || platform::isSaid(events_[next_].Kind)) return std::nullopt;
-    return due();
-  }
-
   /// What has come to one port and was not yet taken.
   struct Arrived {
     std::deque<std::uint8_t> Bytes;
@@ -210,7 +204,14 @@ class ReplayedLine {
     skipSides();
   }
 
-  nanoseconds due() const { return lastHeard_ + spanOf(events_[next_].Time - lastHeardTime_); }
+  /// Between the moments at which the program found nothing and then something, so that it may look a little
+  /// earlier or later than it did.
+  nanoseconds due() const {
+    const WireEvent& event = events_[next_];
+    const double before = next_ > 0 ? events_[next_ - 1].Time : 0;
+    const double least = std::clamp(event.Empty, std::min(before, event.Time), event.Time);
+    return lastHeard_ + spanOf((least + event.Time) / 2 - lastHeardTime_);
+  }
 
   /// What had come before the record's next word has come now at the latest.
   void comeToWord() {
@@ -277,21 +278,19 @@ namespace {
 
 using SharedLine = std::shared_ptr<ReplayedLine>;
 
-/// Waits end where the record has something to happen, so that it is seen at the recorded time.
+/// Lets happen what is due whenever time passes.
 class ReplayedClock : public platform::Clock {
  public:
-  explicit ReplayedClock(SharedLine line) : line_(std::move(line)) {}
+  ReplayedClock(SharedLine line, double timer) : line_(std::move(line)), timer_(spanOf(timer)) {}
   hw::CivilTime utc() override { return clock().utc(); }
   hw::CivilTime local() override { return clock().local(); }
-  double timer() override { return clock().timer(); }
+  double timer() override { return std::chrono::duration<double>{timer_ + line_->now()}.count(); }
   void sleep(std::chrono::milliseconds duration) override {
     clock().sleep(duration);
     line_->attend();
   }
   void idle() override {
-    constexpr nanoseconds Least{1000}, Round{1000000};
-    const nanoseconds left = line_->nextDue().value_or(nanoseconds::max()) - line_->now();
-    line_->world().advance(std::clamp(left, Least, Round));
+    clock().idle();
     line_->attend();
   }
 
@@ -299,6 +298,7 @@ class ReplayedClock : public platform::Clock {
   platform::Clock& clock() { return line_->world().clock(); }
 
   SharedLine line_;
+  nanoseconds timer_;
 };
 
 class ReplayedPort : public platform::SerialPort {
@@ -460,7 +460,7 @@ class ReplayedPlatform : public platform::WrappedPlatform {
   ReplayedPlatform(const std::shared_ptr<sim::SimulatedWorld>& world, const SharedLine& line,
                    const SessionRecord& record, const std::string& folder)
       : WrappedPlatform(world),
-        clock_(line),
+        clock_(line, record.Timer),
         ports_(line),
         devices_(line),
         cryptography_(line),

@@ -274,17 +274,21 @@ void takeDetails(WireEvent& event, const Json& details, const Json& line) {
   }
 }
 
-double secondsIn(const Json& value) {
-  constexpr double Longest = 1e7;
+double secondsIn(const Json& value, double most = 1e7) {
   require(value.is_number());
   const auto seconds = value.get<double>();
-  require(seconds >= 0 && seconds <= Longest);
+  require(seconds >= 0 && seconds <= most);
   return seconds;
 }
+
+constexpr double UsualRound = 0.0011;
+
+double rounded(double seconds) { return std::round(seconds * 1e6) / 1e6; }
 
 WireEvent eventOf(const Json& line) {
   WireEvent event;
   event.Time = secondsIn(member(line, "t"));
+  event.Empty = line.contains("empty") ? secondsIn(line.at("empty")) : std::max(event.Time - UsualRound, 0.0);
   if (line.contains("link")) event.Link = numberIn(line.at("link"));
   if (line.contains("failure")) event.Trouble = failureOf(line.at("failure"));
   for (const auto& [kind, name] : KindNames)
@@ -325,6 +329,7 @@ SessionRecord headerOf(const Json& line) {
   record.Simulated = textIn(member(line, "simulated"));
   record.Zone = textIn(member(line, "zone"));
   record.Start = startOf(textIn(member(line, "start_utc")));
+  record.Timer = secondsIn(member(line, "timer"), 1e9);
   record.Redacted = flagIn(member(line, "redacted"));
   const Json& locale = member(line, "locale");
   require(locale.is_object());
@@ -393,6 +398,7 @@ SessionRecord sessionIn(platform::Platform& world, const std::vector<std::string
   record.Simulated = simulated;
   record.Zone = zoneKeyOf(world);
   record.Start = world.clock().utc();
+  record.Timer = world.clock().timer();
   for (const auto& [item, name] : LocaleNames) record.Locale[item] = world.environment().localeInfo(item);
   return record;
 }
@@ -405,13 +411,17 @@ std::string headerLine(const SessionRecord& record) {
             {"simulated", record.Simulated},
             {"zone", record.Zone},
             {"start_utc", startText(record.Start)},
+            {"timer", record.Timer},
             {"redacted", record.Redacted}};
   for (const auto& [item, name] : LocaleNames) line["locale"][name] = record.Locale.at(item);
   return lineOf(line);
 }
 
 std::string eventLine(const WireEvent& event, std::int32_t& latest) {
-  Json line{{"t", std::round(event.Time * 1e6) / 1e6}};
+  Json line{{"t", rounded(event.Time)}};
+  // Whoever looks every millisecond need not say so.
+  if (event.Kind == WireKind::Received && event.Time - event.Empty > UsualRound)
+    line["empty"] = std::max(rounded(event.Empty), 0.0);
   if (event.Kind == WireKind::Open) latest = event.Link;
   if (event.Link != 0 && event.Link != latest) line["link"] = event.Link;
   const auto* const name = std::find_if(KindNames.begin(), KindNames.end(),

@@ -22,6 +22,7 @@ struct SessionRecord {
   std::string Simulated;               ///< whom --simulate named
   std::string Zone;                    ///< the catalogue's key of the machine's zone; empty when it has none
   hy_wristlog::CivilTime Start;        ///< UTC
+  double Timer = 0;                    ///< what the world's timer said then: sums of it round as they did
   std::map<hy_wristlog::platform::LocaleItem, std::string> Locale;
   bool Redacted = false;
 

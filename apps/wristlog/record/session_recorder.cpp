@@ -23,7 +23,8 @@ std::string systemWords(std::int32_t error) { return platform::current().environ
 
 }  // namespace
 
-SessionRecorder::SessionRecorder(const std::string& file, bool redact) : file_(file), redact_(redact) {
+SessionRecorder::SessionRecorder(const std::string& file, bool redact)
+    : file_(file), redact_(redact), keeps_(redact) {
   descriptor_ = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, 0666);
   if (descriptor_ >= 0) return;
   const std::int32_t error = errno;
@@ -60,14 +61,12 @@ void SessionRecorder::stop() {
 
 void SessionRecorder::write(const std::string& line) noexcept {
   if (trouble_ != 0) return;
-  if (descriptor_ < 0 || redact_) {
-    try {
+  if (keeps_) try {
       lines_ += line;
     } catch (const std::bad_alloc&) {
       trouble_ = ENOMEM;
     }
-    return;
-  }
+  if (descriptor_ < 0 || redact_) return;
   for (std::size_t at = 0; at < line.size();) {
     const auto count = ::write(descriptor_, line.data() + at, line.size() - at);
     if (count < 0 && errno == EINTR) continue;
@@ -91,7 +90,7 @@ bool SessionRecorder::finish(int exitStatus) {
   }
   try {
     const std::string rest = redact_ ? text(exitStatus) : endLine(exitStatus, "");
-    redact_ = false;
+    keeps_ = redact_ = false;
     write(rest);
   } catch (const hw::Failure& failure) {
     std::filesystem::remove(file_);

@@ -16,7 +16,7 @@ class SessionRecorder : public hy_wristlog::platform::WireSink,
                         public std::enable_shared_from_this<SessionRecorder> {
  public:
   /// Keeps the record in memory alone.
-  explicit SessionRecorder(bool redact) : redact_(redact) {}
+  explicit SessionRecorder(bool redact) : redact_(redact), keeps_(true) {}
   /// Makes the file. Raises PathFileAccess, or FileExists when there is one of this name.
   SessionRecorder(const std::string& file, bool redact);
   ~SessionRecorder() override;
@@ -31,10 +31,10 @@ class SessionRecorder : public hy_wristlog::platform::WireSink,
   /// The user asks to stop.
   void stop();
 
-  /// The file; empty for a record in memory.
-  const std::string& file() const { return file_; }
-  /// The record until now, of one in memory, as that of a session which ends so; redacted when that was asked
-  /// for. Raises InvalidCall when it cannot be.
+  /// Keeps the record in memory too, from its beginning on.
+  void keep() { keeps_ = true; }
+  /// The record until now, of one that is kept in memory, as that of a session which ends so; redacted when
+  /// that was asked for. Raises InvalidCall when it cannot be.
   std::string text(int exitStatus, const std::string& words = {}) const;
   /// False, and said why, when the record is not the whole of the session.
   bool finish(int exitStatus);
@@ -44,7 +44,7 @@ class SessionRecorder : public hy_wristlog::platform::WireSink,
 
   std::string file_;
   int descriptor_ = -1;
-  bool redact_;
+  bool redact_, keeps_ = false;
   std::int32_t trouble_ = 0;  ///< errno of the write that failed
   std::string lines_;         ///< only when it is needed later
   std::shared_ptr<hy_wristlog::platform::Platform> world_;

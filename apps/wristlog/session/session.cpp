@@ -60,6 +60,7 @@ void Session::start(bool keepRecord) {
   recorder_ = options_.Recorder;
   if (!recorder_ && keepRecord) recorder_ = std::make_shared<SessionRecorder>(options_.Redact);
   if (recorder_) {
+    if (keepRecord) recorder_->keep();
     recorded_.emplace(recorder_->begin(platform::shareCurrent(), options_.Arguments, options_.Simulate));
   }
   host_ = std::make_shared<TerminalHost>(options_.Console, [this] {
@@ -77,18 +78,14 @@ Session::~Session() {
 }
 
 void Session::writeRecord(const RecordingFiles& files, std::int32_t code, const std::string& meaning) {
-  std::string place = recorder_->file();
-  if (place.empty()) {
-    try {
-      place = files.writeSessionLog(
-          recorder_->text(Unsuccessful, "Code " + std::to_string(code) + ": " + meaning));
-    } catch (const hy_wristlog::Failure& failure) {
-      if (!options_.Redact) throw;
-      complain() << "No session.log was kept: " << failure.Description << ".\n";
-      return;
-    }
+  try {
+    const std::string text = recorder_->text(Unsuccessful, "Code " + std::to_string(code) + ": " + meaning);
+    complain() << "What passed on the link is in " << files.writeSessionLog(text)
+               << "; send it along when you ask for help.\n";
+  } catch (const hy_wristlog::Failure& failure) {
+    if (!options_.Redact) throw;
+    complain() << "No session.log was kept: " << failure.Description << ".\n";
   }
-  complain() << "What passed on the link is in " << place << "; send it along when you ask for help.\n";
 }
 
 std::optional<std::int16_t> Session::simulatedPort() const {

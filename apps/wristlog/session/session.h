@@ -30,8 +30,7 @@ class Session {
 
   hy_wristlog::Class_Main& main() { return *main_; }
   bool asJson() const { return options_.AsJson; }
-  /// Leaves the record of a session that failed with `code` in session.log beside `files`, or where the user
-  /// wants it, and tells where.
+  /// Leaves the record of a session that failed with `code` in session.log beside `files`, and tells where.
   void writeRecord(const RecordingFiles& files, std::int32_t code, const std::string& meaning);
   /// The port of the simulated dock; none on the machine itself.
   std::optional<std::int16_t> simulatedPort() const;
