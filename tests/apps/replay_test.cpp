@@ -65,7 +65,7 @@ void makeSession(const RecordedSession& session) {
   std::vector<std::string> arguments{std::istream_iterator<std::string>(words), {}};
   std::vector<char*> pointers;
   for (std::string& argument : arguments) pointers.push_back(argument.data());
-  const sim::BenchScope scope(bench);
+  const hy_wristlog::platform::WorldScope scope(bench.World);
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
   {
