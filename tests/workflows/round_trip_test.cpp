@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <thread>
 
 #include "base/inside.h"
 #include "workflows/workbench.h"
@@ -93,6 +94,14 @@ TEST(RoundTrip, AZoneIsKnownAgainInTheNextYear) {
     EXPECT_EQ(february.status(), 0);
     EXPECT_EQ(Inside::of(*february.data).record.TimeZone->Abbreviation, zone);
   }
+}
+
+/// Each thread has its world, its session and its recording; what they share is locked.
+TEST(Threads, RunTheirWorkflowsSideBySide) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i)
+    threads.emplace_back([i] { roundTrip(Models[i % 2], VardenMode_ActivityOnly, 30); });
+  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace
