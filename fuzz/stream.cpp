@@ -8,6 +8,7 @@
 #include "support/fuzz.h"
 #include "support/script.h"
 #include "varden/decode/stream_decoder.h"
+#include "varden/logging_modes.h"
 
 namespace hy_wristlog::fuzz {
 namespace {
@@ -119,9 +120,9 @@ struct Recording {
   }
   /// Records as long as the mode's, each of which begins with a byte that is no mark.
   void samples(std::int64_t count, Values values) {
-    const ModeLayout* layout = findModeLayout(Record.DeviceType, Record.AcquisitionMode);
-    const std::int32_t length = layout ? layout->RecordLength : 1;
-    const bool light = length == 2 || length == 4;
+    const LoggingMode* mode = findLoggingMode(Record.DeviceType, Record.AcquisitionMode);
+    const std::int32_t length = mode != nullptr ? mode->recordLength() : 1;
+    const bool light = mode != nullptr && mode->activityBytes() == 0;
     for (std::int64_t i = 0; i < count; ++i) {
       put(values.below(light ? 32 : 253));
       for (std::int32_t k = 1; k < length; ++k) put(values.below(!light && k == 1 ? 32 : 256));
