@@ -96,11 +96,11 @@ KINDS = {
 }
 
 
-def mutants(tree, seed):
+def mutants(tree, seed, rooms):
     """Endless: a line of code, one of the kinds that fit it, one of its places. No mutant comes twice."""
     lines = []
     for path in sorted((tree / "src").rglob("*")):
-        if path.suffix not in (".cpp", ".h"):
+        if path.suffix not in (".cpp", ".h") or (rooms and path.relative_to(tree).parts[1] not in rooms):
             continue
         for number, line in enumerate(path.read_text().splitlines()):
             # Of the same length, without what must not be changed.
@@ -123,8 +123,8 @@ def mutants(tree, seed):
 
 
 class Bench:
-    def __init__(self, work, jobs):
-        self.work, self.build, self.jobs, self.seconds = work, work / "build", jobs, {}
+    def __init__(self, work, jobs, rooms):
+        self.work, self.build, self.jobs, self.rooms, self.seconds = work, work / "build", jobs, rooms, {}
 
     def copy_tree(self):
         """Files that are equal keep their time, so that nothing is built twice."""
@@ -149,6 +149,8 @@ class Bench:
 
     def programs(self):
         rooms = {path.parent.name for path in (self.work / "tests").glob("*/*_test.cpp")}
+        if self.rooms:
+            return [room + "_tests" for room in sorted(rooms) if room.startswith(tuple(self.rooms))]
         return [room + "_tests" for room in sorted(rooms)] + [PYTHON]
 
     def nearest_first(self, file):
@@ -205,7 +207,7 @@ class Bench:
             ["cmake", "-S", "..", "-B", ".", "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-O0 -g1"], None
         )
         if status == 0:
-            status, said = self.make()
+            status, said = self.make(*(target for program in self.programs() for target in self.target_of(program)))
         if status != 0:
             sys.exit(said[-4000:] + "\nThe tree itself does not build.")
         print(f"built in {time.time() - start:.0f} s", flush=True)
@@ -271,10 +273,12 @@ def main():
     parser.add_argument("--seed", type=int, default=20260302)
     parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="compilers at a time")
     parser.add_argument("--work", type=pathlib.Path, default=ROOT / "build-mutate")
+    parser.add_argument("--rooms", type=lambda text: text.split(","), default=[],
+                        help="mutate these folders of src/ only, and run only the test programs of their names")
     parser.add_argument("--list", action="store_true", help="tell the mutants and try none")
     parser.add_argument("--report", action="store_true", help="tell the results so far and try none")
     options = parser.parse_args()
-    wanted = zip(range(options.count), mutants(ROOT, options.seed))
+    wanted = zip(range(options.count), mutants(ROOT, options.seed, options.rooms))
     if options.list:
         for number, mutant in wanted:
             print(f"{number} {mutant['file']}:{mutant['line']} {mutant['kind']}\n  - {mutant['from']}\n  + {mutant['to']}")
@@ -284,8 +288,8 @@ def main():
         return report([json.loads(line) for line in results_path.read_text().splitlines()[1:]])
 
     options.work.mkdir(parents=True, exist_ok=True)
-    bench = Bench(options.work.resolve(), options.jobs)
-    header = {"tree": bench.copy_tree(), "seed": options.seed}
+    bench = Bench(options.work.resolve(), options.jobs, options.rooms)
+    header = {"tree": bench.copy_tree(), "seed": options.seed, "rooms": options.rooms}
     lines = results_path.read_text().splitlines() if results_path.is_file() else []
     results = []
     if lines and header.items() <= json.loads(lines[0]).items():
