@@ -110,21 +110,6 @@ TEST(DebuggerText, MovesCaretAndWindow) {
   }
 }
 
-TEST(DebuggerText, ScrollsWithoutLosingTheCaret) {
-  DebuggerText text = textOf("a\nb\nc\nd\ne\nf");
-  text.scroll(-1);
-  EXPECT_EQ(seen(text), "c|d|^e|");
-  text.append("\ng");
-  text.scroll(-100);
-  EXPECT_EQ(seen(text), "a|b|^c|");
-  text.scroll(1);
-  text.scroll(1);
-  EXPECT_EQ(seen(text), "^c|d|e|");
-  text.scroll(100);
-  text.append("h");
-  EXPECT_EQ(seen(text), "e|f|gh^|") << "at the end it follows again";
-}
-
 TEST(DebuggerText, SelectsByKeysAndByMouse) {
   DebuggerText text = textOf("abcdef\ngh");
   EXPECT_EQ(text.selectedText(), "");
@@ -162,12 +147,6 @@ TEST(DebuggerText, DropsTheOldestOfTooMuch) {
   for (int i = 0; i < 1000; ++i) text.append("line " + std::to_string(i) + "\n");
   EXPECT_TRUE(text.text().size() >= 800 && text.text().size() <= 1000) << text.text().size();
   EXPECT_EQ(text.text().substr(0, 5), "line ") << "whole rows go";
-  text.append(std::string(5000, 'x'));
-  EXPECT_LE(text.text().size(), 1000U);
-  text.press(0, 0);
-  text.append(std::string(3000, 'y'));
-  text.release(0, 1);
-  EXPECT_EQ(text.selectedText(), "yy") << "what was pressed on has gone";
 }
 
 }  // namespace

@@ -51,11 +51,6 @@ class TerminalRun {
   void type(std::string_view keys) const {
     if (::write(user_, keys.data(), keys.size()) < 0) std::abort();
   }
-  /// Types, and reads for a moment.
-  void press(std::string_view keys) {
-    type(keys);
-    read(20);
-  }
   void signal(int number) const { ::kill(child_, number); }
   void resize(unsigned short rows, unsigned short columns) const {
     const winsize size{rows, columns, 0, 0};
