@@ -57,15 +57,15 @@ Session::Session(const CommonOptions& options, const sim::DockBench& bench)
 
 void Session::start(bool keepRecord) {
   if (bench_) scope_.emplace(bench_->World);
+  host_ = std::make_shared<TerminalHost>(options_.Console, [this] {
+    if (recorder_) recorder_->stop();
+  });
   recorder_ = options_.Recorder;
   if (!recorder_ && keepRecord) recorder_ = std::make_shared<SessionRecorder>(options_.Redact);
   if (recorder_) {
     if (keepRecord) recorder_->keep();
     recorded_.emplace(recorder_->begin(platform::shareCurrent(), options_.Arguments, options_.Simulate));
   }
-  host_ = std::make_shared<TerminalHost>(options_.Console, [this] {
-    if (recorder_) recorder_->stop();
-  });
   hy_wristlog::setHost(host_);
   main_ = std::make_unique<hy_wristlog::Class_Main>();
   host_->attach(main_.get());
