@@ -94,16 +94,13 @@ void prepareFolder(const std::string& folder) {
 class Replaying {
  public:
   explicit Replaying(const ReplayedWorld& world)
-      : former_(platform::use(world.platform())), wasInterrupted_(interruptRequested()) {}
-  ~Replaying() {
-    platform::use(std::move(former_));
-    setInterruptRequested(wasInterrupted_);
-  }
+      : scope_(world.platform()), wasInterrupted_(interruptRequested()) {}
+  ~Replaying() { setInterruptRequested(wasInterrupted_); }
   Replaying(const Replaying&) = delete;
   Replaying& operator=(const Replaying&) = delete;
 
  private:
-  std::shared_ptr<platform::Platform> former_;
+  platform::WorldScope scope_;
   bool wasInterrupted_;
 };
 

@@ -13,10 +13,10 @@ class SessionRecorder;
 struct CommonOptions {
   bool AsJson = false;
   bool Console = false;
-  bool Redact = false;                        ///< records leave out who wears the logger
-  std::string Simulate;                       ///< the logger that `--simulate` names; empty for the machine's docks
-  std::string Record;                         ///< the file of `--record`, or empty
-  std::vector<std::string> Arguments;         ///< the command's, as they were given
+  bool Redact = false;                 ///< records leave out who wears the logger
+  std::string Simulate;                ///< the logger that `--simulate` names; empty for the machine's docks
+  std::string Record;                  ///< the file of `--record`, or empty
+  std::vector<std::string> Arguments;  ///< the command's, as they were given
   std::shared_ptr<SessionRecorder> Recorder;  ///< null when nothing is to be recorded
 };
 
