@@ -364,7 +364,7 @@ class Main(Workflows):
     def AbortComms(self) -> None:
         """Asks the running workflow to stop; for callbacks. Between workflows it does nothing. Retrieve ends
         with 10013; Configure ends with 0 all the same, its result without a serial number, or with the failure
-        of what the abort broke off. GetStatus is not stopped."""
+        of what the abort broke off. GetStatus ends with 10013 too."""
         self._dispatch.call("AbortComms").clear()
 
     def LoggerSecondsToDate(self, LoggerSeconds1970: int) -> Optional[datetime]:

@@ -222,7 +222,6 @@ class Events(BenchCase):
                     main.Retrieve(VIVID)
                 self.assertLess(self.bench.elapsed - before, 10)
                 self.assertIs(signal.getsignal(signal.SIGINT), signal.default_int_handler)
-            # GetStatus cannot be stopped, and is interrupted all the same.
             main.on_wait = self.after(5, interrupt)
             with self.assertRaises(KeyboardInterrupt):
                 main.GetStatus(VIVID)
