@@ -112,7 +112,7 @@ void goRound(VardenRecord subject) {
     require(round == 0 || subject.EncodedSetup == written, "a subject written again differs");
     written = subject.EncodedSetup;
     decodeSubjectText(subject);
-    // An unknown weight or height, "-00010", is a character too long: what stands behind it moves.
+    // An unknown weight or height, "-00010", is a character too long: what stands after it moves.
     if (subject.SubjectWeight < 0 || subject.SubjectHeight < 0) return;
   }
   reached("subjects that went round", 1);

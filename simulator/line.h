@@ -20,7 +20,7 @@ struct LineFaults {
   Fault AlterToLogger{}, AlterToPc{};
   std::uint8_t AlterMask = 0x04;  ///< the bits an altered byte has flipped
   Fault DoubleToLogger{}, DoubleToPc{};
-  Fault DelayToLogger{}, DelayToPc{};  ///< the byte, and with it all behind it, leaves only after `DelayFor`
+  Fault DelayToLogger{}, DelayToPc{};  ///< the byte, and with it all after it, leaves only after `DelayFor`
   nanoseconds DelayFor = std::chrono::milliseconds{300};
   Fault OverrunToPc{};  ///< the byte is lost and the port counts an overrun
   /// The line is dead in both directions once so many bytes have passed.

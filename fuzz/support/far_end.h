@@ -37,7 +37,7 @@ class FarEnd {
   FarEnd& operator=(const FarEnd&) = delete;
   ~FarEnd() { world_->OnWrite = nullptr, world_->Before = nullptr; }
 
-  /// Whether the bytes are data of packets that were sent with the right CRC, one behind the other.
+  /// Whether the bytes are data of packets that were sent with the right CRC, one after the other.
   bool hasSent(const std::vector<std::uint8_t>& data, std::size_t packetBytes) const;
   std::size_t packets() const { return packets_.size(); }
 

@@ -13,7 +13,7 @@ namespace hy_wristlog::fuzz {
 class Line {
  public:
   explicit Line(std::string_view text);
-  /// Empty behind the last word.
+  /// Empty after the last word.
   std::string_view word(std::size_t index) const {
     return index < words_.size() ? words_[index] : std::string_view{};
   }
@@ -24,7 +24,7 @@ class Line {
   /// The same within bounds.
   std::int64_t number(std::size_t index, std::int64_t least, std::int64_t most) const;
   double real(std::size_t index) const;
-  /// All behind the first word and the blank that ends it, "\r", "\n", "\\" and "\x1B" standing for bytes.
+  /// All after the first word and the blank that ends it, "\r", "\n", "\\" and "\x1B" standing for bytes.
   std::string text() const;
   /// The bytes of the second word's pairs of hexadecimal digits.
   std::vector<std::uint8_t> bytes() const;

@@ -10,7 +10,7 @@ namespace {
 
 using Motion = DebuggerText::Motion;
 
-/// The window's rows, "|" behind each; what is selected stands in braces, the caret's cell is marked "^".
+/// The window's rows, "|" after each; what is selected stands in braces, the caret's cell is marked "^".
 std::string seen(const DebuggerText& text) {
   std::string shown;
   std::size_t number = 0;

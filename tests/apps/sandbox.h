@@ -62,7 +62,7 @@ class Sandbox {
   std::string Environment;  ///< more variables, in the place of the usual ones
 };
 
-/// The keys in their order, a blank behind each.
+/// The keys in their order, a blank after each.
 inline std::string keysOf(const Json& object) {
   std::string keys;
   for (const auto& [key, value] : object.items()) keys += key + " ";

@@ -61,7 +61,7 @@ std::string outcome(OpenLink& o, const Failure& failure) {
 }
 
 /// A logger that takes packets. One letter a sending: A, N, C, x for ACK, NAK, "C" and another byte, "." for
-/// silence, "5" for "C" and an ACK behind it.
+/// silence, "5" for "C" and an ACK after it.
 struct Receiver {
   Receiver(scripted::World& far, std::string script, std::size_t length = 133)
       : world(far), answers(std::move(script)), frameLength(length) {

@@ -40,17 +40,17 @@ TEST_F(PendrelDecoder, WalksTheSamples) {
     std::int32_t BytesUsed = Whole;
   } cases[] = {
       {"activity", "0 1 2 3", "A 0 5 10 15 M ?x4 S ?; 4 0"},
-      {"marker behind its sample", "3 254 3", "A 15x2 M 1 ? S ?; 2 1"},
+      {"marker after its sample", "3 254 3", "A 15x2 M 1 ? S ?; 2 1"},
       {"two marks: the second is a sample", "3 254 254 3", "A 15 0 15 M 1 ?x2 S ?; 3 1"},
       {"a mark for a sample takes a marker", "254x4 255 254", "A 0x3 M 1x3 S ?; 3 3"},
       {"255 is no marker", "3 255 3", "A 15 0 15 M ?x3 S ?; 3 0"},
-      {"marker behind the end", "3 3 254", "A 15x2 M ?x2 S ?; 2 0", "C901234", 1, 2},
+      {"marker after the end", "3 3 254", "A 15x2 M ?x2 S ?; 2 0", "C901234", 1, 2},
       {"nothing recorded", "3 3", "A 15 M ? S ?; 1 0", "C901234", 1, 0},
       {"length unknown", "3 254", "A 15 M ? S ?; 1 0", "C901234", 1, -1},
       {"steps model without steps", "3 254 3", "A 15x2 M 1 ? S ?x2; 2 1", Counting},
       {"steps", "3 7 3 253 254 3 254 3 255 254 0 0", "A 15x4 0 M ? 1 ? 1 ? S 7 253 0x3; 5 2", Counting, 2},
-      {"steps behind the end", "3 7 3 8 254", "A 15x2 M ?x2 S 7 ?; 2 0", Counting, 2, 3},
-      {"marker behind the end of steps", "3 7 254", "A 15 M ? S 7; 1 0", Counting, 2, 2},
+      {"steps after the end", "3 7 3 8 254", "A 15x2 M ?x2 S 7 ?; 2 0", Counting, 2, 3},
+      {"marker after the end of steps", "3 7 254", "A 15 M ? S 7; 1 0", Counting, 2, 2},
   };
   for (const auto& [name, bytes, series, serial, mode, used] : cases) {
     Pendrel logger;

@@ -40,7 +40,7 @@ struct Command {
   Kind Is;
   int Type;
   ScriptedSession::Answers Answers;
-  double Wait;  ///< seconds behind the last characters
+  double Wait;  ///< seconds after the last characters
   Call Do;
   std::int64_t Result = 0;
 };

@@ -53,7 +53,7 @@ struct Session {
 struct ScriptedSession {
   using Answers = std::map<std::string, std::string>;
 
-  /// The answers stand behind the echo of a command's last character; blocks come a second later. The first
+  /// The answers stand after the echo of a command's last character; blocks come a second later. The first
   /// commands are heard well (' '), garbled ('~') or not at all ('.'), as `hearings` say.
   explicit ScriptedSession(Answers answers = {}, std::string hearings = {}, int type = KR_PENDREL_CRC)
       : answers_(std::move(answers)), hearings_(std::move(hearings)) {

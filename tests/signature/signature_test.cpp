@@ -107,7 +107,7 @@ TEST(Signatures, EachStepOfTheProviderFailsWithItsText) {
       world->Faults.Cryptography = {EACCES, once(static_cast<std::int32_t>(i))};
       const std::string text = "Error " + steps[i] + " (13)";
       EXPECT_EQ(failureOf(operation), steps[i].empty() ? std::pair(0, std::string()) : std::pair(13, text));
-      EXPECT_EQ(numberOf(operation), 0) << "behind " << text;
+      EXPECT_EQ(numberOf(operation), 0) << "after " << text;
     }
   world->Faults.Cryptography = {EACCES, {0, 2}};
   EXPECT_EQ(failureOf(verify), std::pair(13, "Error " + acquire + " (13)"));

@@ -91,7 +91,7 @@ TEST_F(FilesTest, WhatIsThere) {
   for (const char* name : {"f.txt", "r", ".h", ".rh"}) put(name, "x");
   for (const char* name : {"r", ".rh"}) fs::permissions(at(name), fs::perms::owner_read);
   fs::create_directory(at("folder"));
-  // Name behind the folder's, is a file, is a folder's, access.
+  // Name after the folder's, is a file, is a folder's, access.
   std::istringstream cases(
       "/f.txt 1 1 ExistsFullAccess \\f.txt 1 1 ExistsFullAccess /r 1 1 ExistsReadOnly /.h 1 1 ExistsHidden "
       "/.rh 1 1 ExistsReadOnlyAndHidden /no.txt 0 1 DoesNotExist /no 0 0 DoesNotExist "

@@ -237,7 +237,7 @@ TEST_F(ConfigCodecTest, RandomBlocksGiveASaneRecordOrAKnownFailure) {
     EXPECT_TRUE(refusal.empty() || refusal.substr(0, 6) == "11503 ") << refusal;
     if (!refusal.empty()) continue;
     ++encodes;
-    // Texts may have lost what stood behind a NUL, an epoch its sign; everything else comes back.
+    // Texts may have lost what stood after a NUL, an epoch its sign; everything else comes back.
     block.Bytes[201] &= 0x7F;
     const ByteArray& sent = *logger.record.EncodedConfigBytes;
     EXPECT_TRUE(std::equal(sent.begin() + 128, sent.begin() + 158, block.Bytes.begin() + 192)) << round;

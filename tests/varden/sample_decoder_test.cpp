@@ -49,7 +49,7 @@ TEST(SampleDecoder, DecodesEachRecord) {
       {"Tolka both, light out of range", T, 3, "5 34 0", "13: A -1 5 L -1x2"},
       {"Tolka test light", T, 8, "0 224", "0: L -1 1"},
       {"raw activity", T, 9, "250", "0: A -1 250", NewEvents, 0},
-      {"cut behind the activity", T, 3, "5", "0: A -1x2 L -1x2"},
+      {"cut after the activity", T, 3, "5", "0: A -1x2 L -1x2"},
       {"cut colours", Q, 3, "5 0x3", "0: A -1x2 R -1x2 G -1x2 B -1x2"},
       {"two records", Q, 2, "0x8", "0: R -1 0.0009313226x2 G -1 0.0009313226x2 B -1 0.0009313226x2"},
   };

@@ -51,7 +51,7 @@ enum class Hearing : std::uint8_t { Good, Deaf, Garbled };
 struct ScriptedSession {
   using AnswersByCommand = std::map<std::string, std::deque<std::string>>;
 
-  /// `answers` stand behind the echo, in turn, and the last one stays. The typed commands are heard as
+  /// `answers` stand after the echo, in turn, and the last one stays. The typed commands are heard as
   /// `hearings` say, one after another, and later ones well.
   explicit ScriptedSession(AnswersByCommand answers = {}, std::deque<Hearing> hearings = {})
       : Answers(std::move(answers)), Hearings(std::move(hearings)) {

@@ -92,7 +92,7 @@ TEST(ConfigureTimes, FitIntoTheGrid) {
     }
 }
 
-/// Day counts cannot hold most times of day exactly: none of them may slip into the epoch before or behind.
+/// Day counts cannot hold most times of day exactly: none of them may slip into the epoch before or after.
 TEST(ConfigureTimes, AMomentOnTheGridStays) {
   const Workbench world(LggrPntr_KRVivid);
   const TimeZoneRef zone = TimeZoneTools().fncGetTZIfromAbbrev("GMT");
