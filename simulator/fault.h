@@ -4,6 +4,9 @@
 
 namespace hy_wristlog::simulator {
 
+// The faults themselves are members of the parts that fail: varden_shell.h (a logger's commands), xmodem.h,
+// pendrel_shell.h, line.h (the cable), dock.h, simulated_world.h (files, devices, time).
+
 /// A fault that strikes some occurrences of what it is about: it lets `Skip` of them pass, then spoils
 /// `Times` of them (`Always`: all that follow). The default never strikes.
 struct Fault {

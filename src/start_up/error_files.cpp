@@ -1,3 +1,5 @@
+// The folder of the error logs is the common data folder: `commonFolder` in
+// platform/linux/linux_environment.cpp.
 #include "start_up/error_files.h"
 
 #include <array>
@@ -31,11 +33,11 @@ constexpr std::array<OwnAction, 12> OwnActions{{
     {401, errResumeNext, false, false, 10, ""},
     {35601, errRaise, false, false, 6, ""},
     {23333, errRaise, false, false, 10, ""},
-    {70, errRaise, true, true, 10,
+    {PermissionDenied, errRaise, true, true, 10,
      "The file or database you are trying to access vbcrlf is locked or is in use by another program. vbcrlf "
      "Please close all other programs that may be vbcrlf using this file and retry this operation."},
     {ObjectUnloaded, errResumeNext, false, false, 2, ""},
-    {75, errExit, true, true, 2,
+    {PathFileAccess, errExit, true, true, 2,
      "The logged on user does not have write permissions to a file vbcrlf or folder needed by Somnaris. "
      "Please "
      "contact your system vbcrlf administrator to gain full access to your computer"},

@@ -61,8 +61,6 @@ std::string hexOfArray(const GrowingArray<T>& array, Append append) {
 
 }  // namespace
 
-Class_Tools& Tools() { return platform::current().objects().get<Class_Tools>(); }
-
 std::int32_t Class_Tools::fncGetCRC16(std::span<const std::uint8_t> bytes) {
   if (bytes.data() == nullptr) {
     guarded("fncGetCRC16", [] { fault::raise(fault::Subscript); });

@@ -1,14 +1,14 @@
 #include "varden/logger_seconds.h"
 
 #include "base/dates.h"
+#include "hy_wristlog/failure_numbers.h"
 #include "tools/logger_seconds.h"
 #include "varden/VardenLogger.h"
 
 namespace hy_wristlog {
 
 std::int32_t dateToLoggerSeconds(double date) {
-  constexpr std::int32_t TooEarly = 11503;
-  return loggerSecondsFromDate(date, "Class_VardenLogger", TooEarly);
+  return loggerSecondsFromDate(date, "Class_VardenLogger", FailureNumber::OutOfRange);
 }
 
 double VardenLogger::fncLoggerSecondsToDate(std::int32_t seconds) { return dateFromUnixSeconds(seconds); }

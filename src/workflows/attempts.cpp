@@ -23,7 +23,7 @@ TrapAnswer Attempts::trap(const Failure& failure) {
   if (failure.Number != FailureNumber::UnknownStructure) return WorkflowRun::trap(failure);
   code = failure.Number;
   globals().emptyErrorStack();
-  portFailed_ = true;
+  unknownStructure_ = true;
   return TrapAnswer::GoOn;
 }
 
@@ -31,7 +31,7 @@ TrapAnswer Attempts::mend() {
   close();
   if (round_ >= state_.MaxCommunicationRetries - 1) return TrapAnswer::Leave;
   ++round_;
-  portFailed_ = false;
+  unknownStructure_ = false;
   attemptFailed_ = true;
   return TrapAnswer::GoOn;
 }
@@ -61,7 +61,7 @@ bool checkLogger(Attempts& attempts, MainState& state, const DockedModel& model)
   const VardenLogger& logger = state.logger();
   if (logger.record.DeviceType != model.DeviceType) return attempts.endWith(ReturnCode::WrongLogger);
   if (!logger.fncIsValidFirmware()) return attempts.endWith(ReturnCode::WrongFirmware);
-  if (attempts.portFailed()) return attempts.endWith(ReturnCode::UnknownStructure);
+  if (attempts.hasUnknownStructure()) return attempts.endWith(ReturnCode::UnknownStructure);
   return hasFactoryValues(logger.record, model) || attempts.endWith(ReturnCode::NoFactoryValues);
 }
 

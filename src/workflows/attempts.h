@@ -20,7 +20,7 @@ class Attempts final : public WorkflowRun, private platform::EventSource {
   ~Attempts() override;
 
   /// Whether the logger could be reached, but its configuration has a structure that is not known here.
-  bool portFailed() const { return portFailed_; }
+  bool hasUnknownStructure() const { return unknownStructure_; }
 
  private:
   void serveEvents() override;
@@ -31,7 +31,7 @@ class Attempts final : public WorkflowRun, private platform::EventSource {
 
   std::shared_ptr<platform::Platform> world_ = platform::shareCurrent();
   std::int32_t round_ = 0;
-  bool portFailed_ = false;
+  bool unknownStructure_ = false;
 };
 
 /// Finds the model's one dock, wakes the logger in it and reads its set-up.

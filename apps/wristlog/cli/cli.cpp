@@ -14,8 +14,8 @@
 #include "errors/Procedure.h"
 #include "hy_wristlog/Class_Main.h"
 #include "platform/platform.h"
-#include "record/session_recorder.h"
 #include "recording/json_output.h"
+#include "replay/session_recorder.h"
 #include "session/process.h"
 #include "words/meanings.h"
 #include "words/safe_text.h"
@@ -186,6 +186,15 @@ CLI::Option* CommandLine::addFolder(CLI::App* sub, std::string& folder, bool& fo
 void CommandLine::addUnchecked(CLI::App* sub, bool& unchecked) {
   sub->add_flag("--unchecked", unchecked,
                 "Take the bytes as they are, though they are not those that the configuration tells of");
+}
+
+void addCommands(CommandLine& cli) {
+  addWorkflowCommands(cli);
+  addFileCommands(cli);
+  addPlotCommand(cli);
+  addConsoleCommand(cli);
+  addPendrelCommands(cli);
+  addReplayCommand(cli);
 }
 
 }  // namespace wristlog

@@ -73,13 +73,15 @@ class CommandLine {
   bool usesLink_ = false;
 };
 
+// The groups of commands, each in cli_<group>.cpp: a new command is added there, and does its work in
+// commands/cmd_<name>.cpp.
 void addWorkflowCommands(CommandLine& cli);
 void addFileCommands(CommandLine& cli);
 void addPlotCommand(CommandLine& cli);
 void addConsoleCommand(CommandLine& cli);
 void addPendrelCommands(CommandLine& cli);
 void addReplayCommand(CommandLine& cli);
-/// All of them.
+/// Adds them all.
 void addCommands(CommandLine& cli);
 
 }  // namespace wristlog

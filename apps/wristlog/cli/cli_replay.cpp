@@ -3,7 +3,7 @@
 
 #include "cli/cli.h"
 #include "cli/cli_checks.h"
-#include "record/replay.h"
+#include "replay/replay.h"
 
 namespace wristlog {
 namespace {
@@ -12,6 +12,7 @@ int runArguments(const std::vector<std::string>& arguments) {
   std::vector<std::string> words{"wristlog"};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
   CommandLine cli;
@@ -34,15 +35,6 @@ void addReplayCommand(CommandLine& cli) {
   sub->footer(
       "Example: wristlog replay subject-17/session.log\n"
       "Time is simulated. Where the program now says something else it tells where, and ends with 1.");
-}
-
-void addCommands(CommandLine& cli) {
-  addWorkflowCommands(cli);
-  addFileCommands(cli);
-  addPlotCommand(cli);
-  addConsoleCommand(cli);
-  addPendrelCommands(cli);
-  addReplayCommand(cli);
 }
 
 }  // namespace wristlog

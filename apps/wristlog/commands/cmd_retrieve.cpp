@@ -28,8 +28,8 @@ std::string judge(Retrieval& retrieval, const RetrievedRecording& recording, hw:
   // The request may have come before there was a logger to abort.
   if (interruptRequested() && retrieval.Code != 0 && !recording.isThere())
     retrieval.Code = hw::ReturnCode::Aborted;
-  const std::string meaning = explanationOf(retrieval.Code, model);
-  const std::string trouble = recording.trouble();
+  std::string meaning = explanationOf(retrieval.Code, model);
+  std::string trouble = recording.trouble();
   if (trouble.empty()) return meaning;
   retrieval.Verdict.reset();
   if (retrieval.Code != 0 && retrieval.Code != NotWhole) return meaning + " " + trouble;

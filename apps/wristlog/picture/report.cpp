@@ -9,46 +9,10 @@
 #include "picture/local_time.h"
 #include "picture/markup.h"
 #include "picture/shapes.h"
+#include "picture/style.h"
 
 namespace wristlog::picture {
 namespace {
-
-constexpr const char* PageStyle = R"(:root{color-scheme:light dark}
-body{margin:0 auto;max-width:1080px;padding:24px;background:#fff;color:#1d2733;
-font:15px/1.5 system-ui,"Segoe UI","Liberation Sans","DejaVu Sans",sans-serif}
-h1{font-size:1.7em;margin:0 0 .2em;overflow-wrap:anywhere}
-h2{font-size:1.2em;margin:1.8em 0 .5em}
-.period{margin:0;color:#52606d}
-.scroll{overflow-x:auto}
-table{border-collapse:collapse;font-variant-numeric:tabular-nums}
-th,td{padding:.25em .9em .25em 0;text-align:left;vertical-align:top;border-bottom:1px solid #dfe4e9}
-td{overflow-wrap:anywhere}
-thead th{border-bottom:2px solid #9aa5b1;vertical-align:bottom}
-td.number{white-space:nowrap}
-.number{text-align:right}
-tbody th{font-weight:600;white-space:nowrap}
-.facts tbody th{font-weight:400;color:#52606d}
-.warnings{padding:.7em 1em .7em 2em;margin:1em 0 0;border-left:4px solid #d9480f;background:#fff4ec}
-.note{color:#52606d}
-figure{margin:0 0 10px;overflow-x:auto}
-figure svg{width:100%;min-width:640px;height:auto;display:block}
-@media screen and (prefers-color-scheme:dark){
-body{background:#14191f;color:#e4e8ec}
-.period,.note,.facts tbody th{color:#a9b4bf}
-th,td{border-color:#2c353f}
-thead th{border-color:#6b7886}
-.warnings{background:#33231a;border-color:#ff8a4d}
-}
-@media print{
-@page{margin:12mm}
-:root{color-scheme:light}
-body{max-width:none;padding:0;font-size:10pt}
-figure,tr,.warnings{break-inside:avoid}
-h2{break-after:avoid}
-thead{display:table-header-group}
-*{-webkit-print-color-adjust:exact;print-color-adjust:exact}
-}
-)";
 
 /// Cells of one row; every text is escaped here.
 class Row {
@@ -208,7 +172,7 @@ std::string reportHtml(const PlottedRecording& recording, const RecordedDays& da
       "<meta name=\"color-scheme\" content=\"light dark\"/>\n"
       "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
       "style-src 'unsafe-inline'\"/>\n<title>" +
-      escaped("Recording of " + subject) + "</title>\n<style>\n" + PageStyle + pictureStyle() +
+      escaped("Recording of " + subject) + "</title>\n<style>\n" + pageStyle() + pictureStyle() +
       "</style>\n</head>\n<body>\n<main>\n<h1>" + escaped("Recording of " + subject) +
       "</h1>\n<p class=\"period\">" +
       escaped("Logger " + recording.Logger +

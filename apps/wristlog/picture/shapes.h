@@ -17,7 +17,4 @@ const char* signWords(Sign sign);
 /// The classes that fill, and the hatching's definition under an identifier of its own.
 std::string hatchPattern(const std::string& id);
 
-/// The colours of the picture, for light and dark screens and for paper.
-std::string pictureStyle();
-
 }  // namespace wristlog::picture

@@ -2,6 +2,7 @@
 
 #include "picture/markup.h"
 #include "picture/shapes.h"
+#include "picture/style.h"
 
 namespace wristlog::picture {
 

@@ -3,7 +3,7 @@
 #include <chrono>
 
 #include "hy_wristlog/failure.h"
-#include "record/session_recorder.h"
+#include "replay/session_recorder.h"
 #include "session/process.h"
 #include "session/terminal_host.h"
 

@@ -1,3 +1,5 @@
+// The words for codes and decode results. A state of GetStatus, such as "Dock Not Connected", is told by
+// src/workflows/Class_Main_status.cpp.
 #include "words/meanings.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "record/redaction.h"
+#include "replay/redaction.h"
 
 #include <algorithm>
 #include <array>
@@ -19,6 +19,15 @@ namespace platform = hy_wristlog::platform;
 using platform::WireKind;
 
 namespace {
+
+/// The subject's fields are known here by their places in config block, subject texts and arguments.
+constexpr int SubjectFields = 0
+#define HY_STORED(Name, Type) +1
+#define HY_TIDIED(Name, Type) +1
+#define HY_COMPUTED(Name, Type) +1
+#include "hy_wristlog/subject_properties.inc"
+    ;
+static_assert(SubjectFields == 8, "Leave a new field of the subject out of redacted records too");
 
 using Bytes = std::span<std::uint8_t>;
 

@@ -1,4 +1,4 @@
-#include "record/replayed_world.h"
+#include "replay/replayed_world.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "record/session_recorder.h"
+#include "replay/session_recorder.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -8,8 +8,8 @@
 #include <filesystem>
 
 #include "hy_wristlog/failure.h"
-#include "record/redaction.h"
-#include "record/session_record.h"
+#include "replay/redaction.h"
+#include "replay/session_record.h"
 #include "words/say.h"
 
 namespace wristlog {

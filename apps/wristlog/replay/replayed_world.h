@@ -7,7 +7,7 @@
 #include <string>
 
 #include "platform/platform.h"
-#include "record/session_record.h"
+#include "replay/session_record.h"
 
 namespace wristlog {
 

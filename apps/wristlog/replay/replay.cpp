@@ -1,4 +1,4 @@
-#include "record/replay.h"
+#include "replay/replay.h"
 
 #include <algorithm>
 #include <array>
@@ -9,8 +9,8 @@
 
 #include "hy_wristlog/failure.h"
 #include "platform/platform.h"
-#include "record/replayed_world.h"
-#include "record/session_record.h"
+#include "replay/replayed_world.h"
+#include "replay/session_record.h"
 #include "session/process.h"
 #include "words/say.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "record/session_record.h"
+#include "replay/session_record.h"
 
 namespace wristlog {
 

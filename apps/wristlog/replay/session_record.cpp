@@ -1,4 +1,4 @@
-#include "record/session_record.h"
+#include "replay/session_record.h"
 
 #include <algorithm>
 #include <array>
