@@ -84,7 +84,7 @@ class HY_WRISTLOG_API Class_Main {
   /// Asks the running workflow to stop at its next checkpoint. May only be called while the library serves
   /// the host's events (`Host::serveEvents`); between workflows it does nothing. Retrieve ends with Aborted.
   /// Configure ends with Success all the same and leaves its outputs as they were, or ends with the failure
-  /// of what the abort broke off. GetStatus is not stopped.
+  /// of what the abort broke off. GetStatus ends with Aborted too, its outputs as they were but for the text.
   void AbortComms();
 
  private:

@@ -11,8 +11,8 @@ namespace {
 /// Where the parts of a recorded world tell what they see.
 class Recording {
  public:
-  Recording(std::shared_ptr<Platform> world, std::shared_ptr<WireSink> sink)
-      : world_(std::move(world)), sink_(std::move(sink)), began_(world_->clock().timer()) {}
+  Recording(std::shared_ptr<Platform> world, std::shared_ptr<WireSink> sink, double began)
+      : world_(std::move(world)), sink_(std::move(sink)), began_(began) {}
 
   Platform& world() { return *world_; }
   std::int32_t nextLink() { return ++links_; }
@@ -228,9 +228,9 @@ class RecordedCryptography : public CryptographicProvider {
 
 class RecordedWorld : public WrappedPlatform {
  public:
-  RecordedWorld(const std::shared_ptr<Platform>& world, const std::shared_ptr<WireSink>& sink)
+  RecordedWorld(const std::shared_ptr<Platform>& world, const std::shared_ptr<WireSink>& sink, double began)
       : WrappedPlatform(world),
-        recording_(std::make_shared<Recording>(world, sink)),
+        recording_(std::make_shared<Recording>(world, sink, began)),
         ports_(recording_),
         devices_(recording_),
         cryptography_(recording_) {}
@@ -258,8 +258,8 @@ std::unique_ptr<DeviceList> deviceListOf(const ListedDevices& listed) {
 }
 
 std::shared_ptr<Platform> makeRecordedWorld(const std::shared_ptr<Platform>& world,
-                                            const std::shared_ptr<WireSink>& sink) {
-  return std::make_shared<RecordedWorld>(world, sink);
+                                            const std::shared_ptr<WireSink>& sink, double began) {
+  return std::make_shared<RecordedWorld>(world, sink, began);
 }
 
 }  // namespace hy_wristlog::platform

@@ -26,7 +26,7 @@ struct ListedDevices {
 };
 
 /// A list that answers as `listed`. Raises SystemError when the list itself was refused.
-HY_WRISTLOG_API std::unique_ptr<DeviceList> deviceListOf(const ListedDevices& listed);
+std::unique_ptr<DeviceList> deviceListOf(const ListedDevices& listed);
 
 /// What the program does at a port stands before `Received`, what comes to it from there on.
 enum class WireKind : std::uint8_t {
@@ -64,7 +64,7 @@ struct WireEvent {
   std::optional<Failure> Trouble{};
 };
 
-class HY_WRISTLOG_API WireSink {
+class WireSink {
  public:
   WireSink() = default;
   WireSink(const WireSink&) = delete;
@@ -74,8 +74,9 @@ class HY_WRISTLOG_API WireSink {
   virtual void take(const WireEvent& event) noexcept = 0;
 };
 
-/// A world that is `world`, but tells `sink` what crosses the seam at its ports. A port may outlive it.
-HY_WRISTLOG_API std::shared_ptr<Platform> makeRecordedWorld(const std::shared_ptr<Platform>& world,
-                                                            const std::shared_ptr<WireSink>& sink);
+/// A world that is `world`, but tells `sink` what crosses the seam at its ports. Times count from `began` on
+/// the world's timer. A port may outlive it.
+std::shared_ptr<Platform> makeRecordedWorld(const std::shared_ptr<Platform>& world,
+                                            const std::shared_ptr<WireSink>& sink, double began);
 
 }  // namespace hy_wristlog::platform

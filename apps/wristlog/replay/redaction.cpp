@@ -351,6 +351,7 @@ class Redaction {
     line_ += c;
     const auto endsWith = [&](std::string_view text) { return std::string_view(line_).ends_with(text); };
     if (c != '\r' && c != Cancel && !endsWith("***C") && !endsWith("***B")) return;
+    brokenOff_ = c == Cancel && (brokenOff_ || state_ == State::Asked || state_ == State::Receiving);
     endTransfer();
     state_ = State::Shell;
     if (endsWith("show config\r"))
@@ -380,6 +381,7 @@ class Redaction {
 
   void answered(const Passed& bytes) {
     constexpr std::uint8_t Soh = 1, Eot = 4;
+    constexpr std::size_t LongestPrompt = 2;
     switch (state_) {
       case State::Receiving:
         if (*bytes.front() == Soh && bytes.size() == Packets::Length)
@@ -405,6 +407,9 @@ class Redaction {
         if (bytes.size() != 1) refuse("an echo of its text is not one character");
         return echoed(bytes.front());
       default:
+        // What was on its way when the program broke off may be a part of the configuration.
+        if (brokenOff_ && bytes.size() > LongestPrompt)
+          refuse("its configuration came after the transfer had been broken off");
         return;
     }
   }
@@ -507,6 +512,7 @@ class Redaction {
   std::string line_;
   Passed frame_;
   bool isSent_ = false;
+  bool brokenOff_ = false;  ///< a transfer of the configuration, and nothing was typed since
   Passed typedSubject_, echoes_;
 };
 

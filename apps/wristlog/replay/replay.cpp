@@ -126,15 +126,15 @@ int runReplay(const CommonOptions& common, const ReplayOptions& options, const C
     status = run(arguments);
     difference = world.difference();
   }
+  if (!record.ExitStatus) {
+    complain() << "The record is cut: it ends before its session did.\n";
+    return std::max<int>(status, Unsuccessful);
+  }
   if (difference) {
     complain() << "The program now says something else than in the record, at byte " << difference->Byte
                << " of what it sends, " << secondsText(difference->Time)
                << " s after the start.\n  Recorded: " << difference->Recorded
                << "\n  Now: " << difference->Now << '\n';
-    return std::max<int>(status, Unsuccessful);
-  }
-  if (!record.ExitStatus) {
-    complain() << "The record is cut: it ends before its session did.\n";
     return std::max<int>(status, Unsuccessful);
   }
   if (*record.ExitStatus != status) {

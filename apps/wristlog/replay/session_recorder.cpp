@@ -25,7 +25,7 @@ std::string systemWords(std::int32_t error) { return platform::current().environ
 
 SessionRecorder::SessionRecorder(const std::string& file, bool redact)
     : file_(file), redact_(redact), keeps_(redact) {
-  descriptor_ = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, 0666);
+  descriptor_ = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, 0600);
   if (descriptor_ >= 0) return;
   const std::int32_t error = errno;
   if (error == EEXIST)
@@ -44,7 +44,7 @@ std::shared_ptr<platform::Platform> SessionRecorder::begin(const std::shared_ptr
   write(headerLine(sessionIn(*world, arguments, simulated)));
   world_ = world;
   began_ = world->clock().timer();
-  return platform::makeRecordedWorld(world, shared_from_this());
+  return platform::makeRecordedWorld(world, shared_from_this(), began_);
 }
 
 void SessionRecorder::take(const platform::WireEvent& event) noexcept {
