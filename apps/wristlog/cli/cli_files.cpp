@@ -2,12 +2,11 @@
 #include <memory>
 
 #include "cli/cli.h"
+#include "cli/cli_checks.h"
 #include "commands/file_commands.h"
 
 namespace wristlog {
 namespace {
-
-std::string validFile(const std::string& text) { return text.empty() ? "the file has no name" : ""; }
 
 void addOutput(CLI::App* sub, OutputOptions& output, const char* description) {
   sub->add_option("--out", output.File, description)->required()->check(validFile);
