@@ -22,6 +22,7 @@ import sys
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
+MEMORY = pathlib.Path("/dev/shm")
 GIBIBYTE = 1 << 30
 PYTHON = "python"
 CODE_LINE = re.compile(r"[\w)]")
@@ -125,6 +126,8 @@ def mutants(tree, seed, rooms):
 class Bench:
     def __init__(self, work, jobs, rooms):
         self.work, self.build, self.jobs, self.rooms, self.seconds = work, work / "build", jobs, rooms, {}
+        # In memory where there is such a place: the tests write many files that nobody needs to outlive them.
+        self.temporary = MEMORY / f"wristlog-mutate-{os.getpid()}" if os.access(MEMORY, os.W_OK) else work / "tmp"
 
     def copy_tree(self):
         """Files that are equal keep their time, so that nothing is built twice."""
@@ -155,7 +158,7 @@ class Bench:
 
     def nearest_first(self, file):
         room = file.split("/")[1]
-        near = {"start_up": "workflows", "engineering": "apps", "dialogs": "apps"}.get(room, room)
+        near = {"start_up": "workflows", "engineering": "apps"}.get(room, room)
         return sorted(
             self.programs(),
             key=lambda name: (not name.startswith(near), name != "workflows_tests", self.seconds.get(name, 0), name),
@@ -163,8 +166,8 @@ class Bench:
 
     def run(self, command, timeout):
         """The exit status (None: out of time) and what it said."""
-        shutil.rmtree(self.work / "tmp", ignore_errors=True)
-        (self.work / "tmp").mkdir()
+        shutil.rmtree(self.temporary, ignore_errors=True)
+        self.temporary.mkdir()
 
         def limits():
             resource.setrlimit(resource.RLIMIT_AS, (8 * GIBIBYTE, 8 * GIBIBYTE))
@@ -172,7 +175,7 @@ class Bench:
 
         with subprocess.Popen(
             command, cwd=self.build, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-            start_new_session=True, preexec_fn=limits, env={**os.environ, "TMPDIR": str(self.work / "tmp")},
+            start_new_session=True, preexec_fn=limits, env={**os.environ, "TMPDIR": str(self.temporary)},
         ) as process:
             try:
                 said, _ = process.communicate(timeout=timeout)
@@ -181,6 +184,8 @@ class Bench:
                 os.killpg(process.pid, signal.SIGKILL)
                 said, _ = process.communicate()
                 return None, said.decode(errors="replace")
+            finally:
+                shutil.rmtree(self.temporary, ignore_errors=True)
 
     def make(self, *targets):
         return self.run(["ninja", f"-j{self.jobs}", *targets], None)

@@ -34,7 +34,8 @@ class TerminalRun {
       ::close(user_);
       ::login_tty(::dup(program_));
       ::close(program_);
-      ::signal(SIGINT, SIG_DFL);  // who runs the tests may have it ignored
+      // Who runs the tests may have them ignored.
+      for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP}) ::signal(number, SIG_DFL);
       ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
       ::_exit(127);
     }

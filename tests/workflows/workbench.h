@@ -150,4 +150,13 @@ inline std::unique_ptr<Workbench> recorded(enmLoggerPointer model, simulator::na
   return made;
 }
 
+/// A workbench whose logger has recorded for a while and has ended, so that its bytes do not change any more.
+inline std::unique_ptr<Workbench> ended(enmLoggerPointer model, std::chrono::minutes worn = 5min) {
+  auto made = recorded(model, worn);
+  made->stored().set(block::StopTime, made->bench.World->now());
+  made->wait(31s);
+  made->bench.line().resetTraffic();
+  return made;
+}
+
 }  // namespace hy_wristlog::workbench
