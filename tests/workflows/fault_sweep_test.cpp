@@ -121,7 +121,8 @@ void sweep(const Workflow<Desk>& workflow) {
     EXPECT_TRUE(workflow.Result(*desk) == whole) << "after " << code;
   }
   EXPECT_GT(failed, 0);
-  std::cout << testing::UnitTest::GetInstance()->current_test_info()->name() << ": " << all << " bytes, " << tries << " faults, " << failed << " named failures\n";
+  std::cout << testing::UnitTest::GetInstance()->current_test_info()->name() << ": " << all << " bytes, "
+            << tries << " faults, " << failed << " named failures\n";
 }
 
 Workflow<Workbench> status(enmLoggerPointer model) {
@@ -171,7 +172,15 @@ std::function<std::unique_ptr<PendrelDesk>()> endedPendrel(PendrelModel model) {
 Workflow<PendrelDesk> pendrelSetup(PendrelModel model) {
   return {model == PendrelModel::Steps ? 5 : 31, model != PendrelModel::Plain, endedPendrel(model),
           [](PendrelDesk& desk) { return desk.workflows.ReadPendrelSetup(false); },
-          [](PendrelDesk& desk) { return desk.workflows.Details().SetupText; }};
+          [](PendrelDesk& desk) {
+            // After the seven lines comes their checksum, which stands for the same sum with a digit in the
+            // other case, or doubled at its end.
+            constexpr std::int32_t Lines = 7;
+            std::string text = desk.workflows.Details().SetupText;
+            std::size_t end = 0;
+            for (std::int32_t i = 0; i < Lines; ++i) end = text.find('\n', end) + 1;
+            return text.substr(0, end) + std::to_string(desk.read().AcquisitionMode);
+          }};
 }
 
 Workflow<PendrelDesk> pendrelConfigure(PendrelModel model) {
@@ -196,6 +205,7 @@ Workflow<PendrelDesk> pendrelRetrieve(PendrelModel model) {
 struct Swept {
   std::string Name;
   std::function<void()> Sweep;
+  friend void PrintTo(const Swept& swept, std::ostream* out) { *out << swept.Name; }
 };
 
 std::vector<Swept> everyWorkflow() {
@@ -215,8 +225,8 @@ std::vector<Swept> everyWorkflow() {
   return all;
 }
 
-// A sample of the faults, most sparse where data pass that are long and alike. `./dev sweep` tries every fault
-// at every byte.
+// A sample of the faults, most sparse where data pass that are long and alike. `./dev sweep` tries every
+// fault at every byte.
 class FaultSweep : public testing::TestWithParam<Swept> {};
 TEST_P(FaultSweep, AFaultAtAnyByteGivesAllOrANamedFailure) { GetParam().Sweep(); }
 INSTANTIATE_TEST_SUITE_P(Every, FaultSweep, testing::ValuesIn(everyWorkflow()),
