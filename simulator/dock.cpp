@@ -21,7 +21,7 @@ constexpr nanoseconds DsrRises = 120ms, DsrFalls = 30ms, WakingUp = 40ms, Shorte
 constexpr std::string_view ComPortClass = "{4d36e978-e325-11ce-bfc1-08002be10318}";
 constexpr std::string_view UsbDeviceClass = "{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
 
-[[noreturn]] void fail(std::int32_t number, const char* text) { throw Failure{number, "SerialPort", text}; }
+[[noreturn]] void raise(std::int32_t number, const char* text) { throw Failure{number, "SerialPort", text}; }
 
 }  // namespace
 
@@ -52,7 +52,7 @@ class SimulatedPort : public platform::SerialPort {
   }
   std::shared_ptr<SimulatedDock> dock() const {
     auto dock = find();
-    if (!dock) fail(8015, "The device has gone");
+    if (!dock) raise(FailureNumber::PortStateFailure, "The device has gone");
     return dock;
   }
 
@@ -133,17 +133,17 @@ bool SimulatedDock::hasClass(std::string_view classGuid) const {
 }
 
 std::unique_ptr<platform::SerialPort> SimulatedDock::open() {
-  if (Faults.Open.When.strikes()) fail(Faults.Open.Number, "The port cannot be opened");
-  if (open_ || Faults.Held) fail(8005, "The port is already open");
+  if (Faults.Open.When.strikes()) raise(Faults.Open.Number, "The port cannot be opened");
+  if (open_ || Faults.Held) raise(FailureNumber::PortNotAvailable, "The port is already open");
   open_ = true;
   line_.portOpened();
   return std::make_unique<SimulatedPort>(shared_from_this());
 }
 
 void SimulatedDock::configure(const platform::LineSettings& settings) {
-  if (Faults.Configure.When.strikes()) fail(Faults.Configure.Number, "The port cannot be set");
+  if (Faults.Configure.When.strikes()) raise(Faults.Configure.Number, "The port cannot be set");
   const bool possible = settings.Baud > 0 && settings.DataBits >= 4 && settings.DataBits <= 8;
-  if (Faults.LockedUp || !possible) fail(8015, "The device refuses the settings");
+  if (Faults.LockedUp || !possible) raise(FailureNumber::PortStateFailure, "The device refuses the settings");
   line_.setPcSettings(settings);
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "hy_wristlog/failure_numbers.h"
 #include "platform/platform.h"
 #include "simulator/dockable.h"
 #include "simulator/fault.h"
@@ -23,7 +24,7 @@ struct DockOptions {
 
 /// A failure that an operation of the port raises.
 struct PortFault {
-  std::int32_t Number = 8015;
+  std::int32_t Number = FailureNumber::PortStateFailure;
   Fault When{};
 };
 

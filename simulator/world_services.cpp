@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "hy_wristlog/failure.h"
+#include "hy_wristlog/failure_numbers.h"
 #include "simulator/calendar.h"
 
 namespace hy_wristlog::simulator {
@@ -165,7 +166,7 @@ void SimulatedClock::pauseWhenDue() {
 std::unique_ptr<platform::SerialPort> SimulatedPorts::open(std::int32_t number) {
   for (const auto& dock : docks_)
     if (dock->plugged() && dock->comPort() == number) return dock->open();
-  throw Failure{8002, "SerialPorts", "There is no port COM" + std::to_string(number)};
+  throw Failure{FailureNumber::InvalidPort, "SerialPorts", "There is no port COM" + std::to_string(number)};
 }
 
 std::unique_ptr<platform::DeviceList> SimulatedDevices::devicesOfClass(std::string_view classGuid) {

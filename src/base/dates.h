@@ -22,7 +22,7 @@ struct CivilTime {
 
 /// The day of a year, month and day. Month and day outside their ranges carry over into the next greater
 /// unit, so 31 February is in March and month 0 is the December before. Years 0 to 29 mean 2000 to 2029,
-/// 30 to 99 mean 1930 to 1999. Fault 5 outside the years 100 to 9999.
+/// 30 to 99 mean 1930 to 1999. Raises InvalidCall outside the years 100 to 9999.
 double dateSerial(std::int32_t year, std::int32_t month, std::int32_t day);
 
 /// The fraction of a day; minutes and seconds outside 0 to 59 carry, negative ones too. May be negative or
@@ -33,11 +33,11 @@ double timeSerial(std::int32_t hour, std::int32_t minute, std::int32_t second);
 double addTime(double date, double time);
 
 /// Fields carry as in `dateSerial` and `timeSerial`, years stand as they are; milliseconds are left out,
-/// since dates carry whole seconds. Fault 5 outside the years 100 to 9999.
+/// since dates carry whole seconds. Raises InvalidCall outside the years 100 to 9999.
 double dateFromCivil(const CivilTime& time);
 
-/// The date rounded to its nearest second, as calendar fields; Millisecond is 0. Fault 5 outside the years
-/// 100 to 9999 and for NaN.
+/// The date rounded to its nearest second, as calendar fields; Millisecond is 0. Raises InvalidCall outside
+/// the years 100 to 9999 and for NaN.
 CivilTime civilFromDate(double date);
 
 /// Sunday 0 to Saturday 6. This function and all below that need a date's fields round it as `civilFromDate`
@@ -60,8 +60,8 @@ double dateFromLinear(double linear);
 inline constexpr double EarliestSecondsDate = 713.8651851851852;
 /// Seconds since 1970-01-01, without leap seconds and zone, as a date.
 double dateFromUnixSeconds(std::int32_t seconds);
-/// The date to the nearest second, halves to even. Fault 6 for a date beyond 2038-01-19 03:14:07 or before
-/// EarliestSecondsDate.
+/// The date to the nearest second, halves to even. Raises Overflow for a date beyond 2038-01-19 03:14:07 or
+/// before EarliestSecondsDate.
 std::int32_t unixSecondsFromDate(double date);
 
 /// Compares whole seconds, since dates that were computed in different ways differ in their last digits.

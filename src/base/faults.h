@@ -17,7 +17,7 @@ using namespace FailureNumber;
 /// Raises the fault with its usual description; `detail`, when given, is appended.
 [[noreturn]] void raise(std::int32_t number, const std::string& detail = {});
 
-/// `container[index]`, or fault 9.
+/// `container[index]`. Raises Subscript outside.
 template <class Container, class Index>
 decltype(auto) at(Container& container, Index index) {
   if constexpr (std::is_signed_v<Index>)
@@ -26,7 +26,7 @@ decltype(auto) at(Container& container, Index index) {
   return container[static_cast<std::size_t>(index)];
 }
 
-/// The value as a `To`, or fault 6.
+/// The value as a `To`. Raises Overflow when it does not fit.
 template <class To, class From>
 requires std::is_integral_v<To> && std::is_integral_v<From>
 constexpr To narrow(From value) {

@@ -9,8 +9,8 @@
 /// Text to numbers, and real to whole numbers.
 namespace hy_wristlog {
 
-/// Rounds to the nearest whole number, exact halves to even. Fault 6 when the result does not fit, and for
-/// NaN.
+/// Rounds to the nearest whole number, exact halves to even. Raises Overflow when the result does not fit,
+/// and for NaN.
 std::int16_t roundToInt16(double value);
 std::int32_t roundToInt32(double value);
 std::int64_t roundToInt64(double value);
@@ -24,7 +24,7 @@ bool isNumeric(std::string_view text);
 std::optional<double> parseUngroupedNumber(std::string_view text);
 
 /// The decimal number at the start of the text; 0 when there is none. Blanks are skipped, even among the
-/// digits. Fault 6 when it is too great.
+/// digits. Raises Overflow when it is too great.
 double leadingNumber(std::string_view text);
 
 /// The value of up to 32 bits in hexadecimal digits; none when there are none, or other characters among

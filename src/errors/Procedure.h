@@ -169,7 +169,8 @@ void ignoringFailures(Step&& step) {
   }
 }
 
-/// The exception being handled, as a Failure: memory that ran out is fault 7, a foreign exception fault 51.
+/// The exception being handled, as a Failure: memory that ran out is OutOfMemory, a foreign exception
+/// Internal.
 Failure currentFailure();
 
 }  // namespace hy_wristlog

@@ -62,8 +62,8 @@ class Form_Comm {
   void subEnableDTR();
   void subDisableDTR();
   void subToggleRTS();
-  /// Inverts RTS every `intInterval` milliseconds while events are served; 0 keeps RTStoggleInterval. Fault 5
-  /// for a negative interval.
+  /// Inverts RTS every `intInterval` milliseconds while events are served; 0 keeps RTStoggleInterval. Raises
+  /// InvalidCall for a negative interval.
   void subEnableRTStoggle(std::int16_t intInterval);
   void subDisableRTStoggle();
   /// Pulses RTS `NumResets` times, at least once, then waits; milliseconds, a width of 0 counting as 1.
@@ -99,8 +99,8 @@ class Form_Comm {
                             std::int32_t vParity, std::int32_t vStopBits, std::int32_t CmdTimeout,
                             bool ByteByByte, std::int32_t ByteByByteDelay);
   /// The packets; no array when nothing came or the transfer was aborted. A packet that came again is in it
-  /// twice. Raises InvalidSettings, RetriesExceeded, NoPacket, and fault 6 when a packet other than 0 follows
-  /// packet 255.
+  /// twice. Raises InvalidSettings, RetriesExceeded, NoPacket, and Overflow when a packet other than 0
+  /// follows packet 255.
   PacketArray fncReceiveXmodemPackets(std::int32_t vBaudRate, std::int32_t vDataBits, std::int32_t vParity,
                                       std::int32_t vStopBits, std::int32_t CmdTimeout);
   /// Sets how many bytes a transfer may bring before it ends with RetriesExceeded; 20 MiB at first.

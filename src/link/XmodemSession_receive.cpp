@@ -134,7 +134,7 @@ class XmodemReceiver : public XmodemSession {
     return Step::GoOn;
   }
 
-  /// The number before the expected one, in a byte. At 0 this raises fault 6: after packet 255 only packet 0
+  /// The number before the expected one, in a byte. At 0 this raises Overflow: after packet 255 only packet 0
   /// is accepted. The caller may begin the transfer anew.
   std::uint8_t numberBefore() {
     return procedure().statement([&] { return fault::narrow<std::uint8_t>(expected_ - 1); });

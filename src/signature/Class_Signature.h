@@ -16,7 +16,7 @@ namespace hy_wristlog {
 /// text in UTF-16, little-endian, without byte order mark. Signatures are RSASSA-PKCS1-v1_5 with SHA-1 (RFC
 /// 8017), public keys SubjectPublicKeyInfo in DER (RFC 5280), both as upper-case hexadecimal text; the
 /// openssl command reads and makes the same. What the system refuses is raised with the system's number,
-/// which also ends the description. Wrong arguments are fault 5.
+/// which also ends the description. Wrong arguments raise InvalidCall.
 class Class_Signature {
  public:
   std::int16_t Get_SignatureGMTOffset() const { return gmtOffset_; }  ///< minutes from UTC to local time
@@ -27,7 +27,7 @@ class Class_Signature {
   double Get_SignatureLocalTime() const;
   std::int32_t Get_SignatureCount() const { return count_; }
   void Let_SignatureCount(std::int32_t count) { count_ = count; }
-  /// Fault 6 at the end of the 32-bit range.
+  /// Raises Overflow at the end of the 32-bit range.
   void fncIncrementSigCount();
   const std::string& Get_SignatureMeaningText() const { return meaningText_; }
   void Let_SignatureMeaningText(std::string text) { meaningText_ = std::move(text); }
@@ -63,13 +63,13 @@ class Class_Signature {
   /// a new one. False when the new pair cannot be made or stored, as where a home is missing or cannot be
   /// written to. Keys that may not be read are never replaced.
   static bool fncCheckUserContainer(std::string_view containerName);
-  /// The signature of the data with the container's key. Fault 5 when it has no usable pair, or the data are
-  /// not UTF-8.
+  /// The signature of the data with the container's key. Raises InvalidCall when it has no usable pair, or
+  /// the data are not UTF-8.
   static std::string fncGenerateSignature(std::string_view containerName, std::string_view data);
-  /// The container's public key. Fault 5 when it has no usable pair.
+  /// The container's public key. Raises InvalidCall when it has no usable pair.
   static std::string fncGetPublicKey(std::string_view containerName);
-  /// Whether the holder of the key has signed these data. False also for a text that is no signature. Fault 5
-  /// for a public key that is no hexadecimal text, and for data that are not UTF-8.
+  /// Whether the holder of the key has signed these data. False also for a text that is no signature. Raises
+  /// InvalidCall for a public key that is no hexadecimal text, and for data that are not UTF-8.
   static bool fncVerifySignature(std::string_view publicKey, std::string_view data,
                                  std::string_view signature);
   /// Deletes the container with its key pair, if there is one.

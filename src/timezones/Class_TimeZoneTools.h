@@ -19,8 +19,8 @@ struct LocalZone {
 };
 
 /// The zone catalogue and local/UTC arithmetic. Dates are day counts that carry whole seconds, offsets are
-/// minutes to add to UTC. Members that take a date raise fault 5 outside the years 100 to 9999, and fault 6
-/// for a zone whose bias does not fit 16 bits.
+/// minutes to add to UTC. Members that take a date raise InvalidCall outside the years 100 to 9999, and
+/// Overflow for a zone whose bias does not fit 16 bits.
 class Class_TimeZoneTools {
  public:
   Class_TimeZoneInfo CurrentTZI;
@@ -75,7 +75,7 @@ class Class_TimeZoneTools {
   /// The offset as "+05:30". From 1440 minutes on the hours start again at 00.
   static std::string fncFormatOffset(std::int16_t minutes);
   /// The minutes of an offset: "5:30" is 330. The part after the colon is always added, so "-5:30" is -270.
-  /// Text without a colon is minutes, other text 0. Fault 6 when the result does not fit.
+  /// Text without a colon is minutes, other text 0. Raises Overflow when the result does not fit.
   static std::int16_t fncHoursToMinutes(std::string_view text);
   /// The UTC date of the change to daylight time, cut to the minute. A zone without daylight time gives the
   /// size of its offset as a time on day 0, so 0 at Greenwich alone.

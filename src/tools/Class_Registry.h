@@ -33,8 +33,8 @@ class Class_Registry {
 
   /// The value in the type it was stored with; `Default` when it cannot be read.
   RegistryValue Get_Value() const;
-  /// Stores the value as `ValueType`. Raises the system's error number when the store refuses, fault 13 for a
-  /// value that is not of that type and fault 5 for an unknown type.
+  /// Stores the value as `ValueType`. Raises the system's error number when the store refuses, TypeMismatch
+  /// for a value that is not of that type and InvalidCall for an unknown type.
   void Let_Value(const RegistryValue& value) const;
 
   /// The names of the key's values, or of the keys below it.

@@ -20,24 +20,24 @@ class Class_Tools {
  public:
   // Bytes (Class_Tools_bytes.cpp)
 
-  /// CRC-16/XMODEM (catalogue of parametrised CRC algorithms), 0 to 65535. Fault 9 when there is no array:
-  /// a span without data.
+  /// CRC-16/XMODEM (catalogue of parametrised CRC algorithms), 0 to 65535. Raises Subscript when there is no
+  /// array: a span without data.
   static std::int32_t fncGetCRC16(std::span<const std::uint8_t> bytes);
   /// Two upper-case digits.
   static std::string fncConvertByteToHexString(std::uint8_t byte);
   /// Two upper-case digits a byte, nothing between them. Elements are counted from index 0, so an array with
-  /// another lower bound is fault 9; no array gives an empty text.
+  /// another lower bound raises Subscript; no array gives an empty text.
   static std::string fncConvertByteArrayToHexString(std::span<const std::uint8_t> bytes);
   static std::string fncConvertByteArrayToHexString(const GrowingArray<std::uint8_t>& bytes);
   /// The same for numbers and texts: numbers, and texts that are numbers, give their digits when these are
-  /// one or two (0 to 255) and nothing otherwise; other texts are taken over. Fault 6 for a number beyond 32
-  /// bits.
+  /// one or two (0 to 255) and nothing otherwise; other texts are taken over. Raises Overflow for a number
+  /// beyond 32 bits.
   static std::string fncConvertByteArrayToHexString(const GrowingArray<NumberOrText>& elements);
   /// The bytes as a 0-based array. An odd length, or a character that is no digit, gives the mark of an
-  /// invalid text: one element at index -1. Fault 9 for an empty text.
+  /// invalid text: one element at index -1. Raises Subscript for an empty text.
   static GrowingArray<std::uint8_t> fncConvertHexStringToByteArray(std::string_view text);
   /// The text becomes upper case. 0 when it is empty or has a character that is no digit; from 80000000 on
-  /// negative; fault 6 beyond 32 bits.
+  /// negative. Raises Overflow beyond 32 bits.
   static std::int32_t fncConvertHexStringToLong(std::string& text);
   /// Two's complement, -128 to 127.
   static std::int16_t fncConvertSignedCharToInt(std::uint8_t byte);
@@ -56,7 +56,7 @@ class Class_Tools {
   static GrowingArray<std::string> fncParseStringKeepString(std::string_view text, std::int16_t lowerBound,
                                                             std::string_view delimiter);
   /// The pieces that delimiters end, from index 1; what follows the last delimiter counts when it is longer
-  /// than one character. Fault 5 for an empty delimiter.
+  /// than one character. Raises InvalidCall for an empty delimiter.
   static GrowingArray<std::string> fncStringToLineArray(std::string_view text, std::string_view delimiter);
   /// Lines joined with blanks; a last line of one character is dropped.
   static std::string fncStripVbCrLf(std::string_view text);
@@ -68,7 +68,7 @@ class Class_Tools {
   /// The least whole number that is not below the value.
   static double fncTrueCeiling(double value);
   /// Whole years between two dates, by birthdays; one of 29 February falls on 1 March in other years. 0 for
-  /// date 0. Fault 5 for dates outside the years 100 to 9999.
+  /// date 0. Raises InvalidCall for dates outside the years 100 to 9999.
   static std::int16_t fncAgeDiff(double from, double to);
   /// `hy_wristlog::fncRedimArray`.
   template <class T>
@@ -80,10 +80,11 @@ class Class_Tools {
   static void subDelay(std::int32_t milliseconds, std::optional<double> eventInterval = std::nullopt);
 
   // Files and folders (Class_Tools_files.cpp). "\" and "/" both separate folders. What the system refuses is
-  // raised as fault 53, 61, 70, 75 or 76, unless the result tells it.
+  // raised as FileNotFound, DiskFull, PermissionDenied, PathFileAccess or PathNotFound, unless the result
+  // tells it.
 
-  /// The lines of a file, from index 1. Fault 9 when there are more of them than a third of the file's bytes,
-  /// and for an empty file.
+  /// The lines of a file, from index 1. Raises Subscript when there are more of them than a third of the
+  /// file's bytes, and for an empty file.
   static GrowingArray<std::string> fncReadFile2Array(std::string_view path);
   /// Replaces the file with the lines. False when the site's action for a failure is to leave quietly.
   static bool fncSaveFile(std::string_view path, std::span<const std::string> lines);

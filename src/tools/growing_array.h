@@ -10,7 +10,7 @@
 namespace hy_wristlog {
 
 /// An array with a lower bound of its own. Before `redim` it is no array at all. An index outside the bounds
-/// is fault 9, and so is asking for bounds or elements of no array.
+/// raises Subscript, and so does asking for bounds or elements of no array.
 template <class T>
 class GrowingArray {
  public:
@@ -29,7 +29,7 @@ class GrowingArray {
   T& operator[](std::int32_t index) { return elements_[offset(index)]; }
   const T& operator[](std::int32_t index) const { return elements_[offset(index)]; }
 
-  /// Makes a new array of default elements. Fault 9 for an upper bound below the lower one.
+  /// Makes a new array of default elements. Raises Subscript for an upper bound below the lower one.
   void redim(std::int32_t lower, std::int32_t upper) {
     const std::size_t size = sizeOf(lower, upper);
     elements_.assign(size, T{});
@@ -37,7 +37,7 @@ class GrowingArray {
     isArray_ = true;
   }
 
-  /// Moves the upper bound and keeps the elements; a lower bound other than the present one is fault 9.
+  /// Moves the upper bound and keeps the elements; a lower bound other than the present one raises Subscript.
   void redimPreserve(std::int32_t lower, std::int32_t upper) {
     const std::size_t size = sizeOf(lower, upper);
     if (!isArray_) {
@@ -82,7 +82,7 @@ class GrowingArray {
 };
 
 /// Adds one element to the end and returns its index. With a lower bound of -1 the array is 0-based, and the
-/// first element used is 1. Fault 9 when the array has another lower bound.
+/// first element used is 1. Raises Subscript when the array has another lower bound.
 template <class T>
 std::int32_t fncRedimArray(GrowingArray<T>& array, std::int16_t lowerBound = 1) {
   constexpr std::int16_t ZeroLeftUnset = -1;

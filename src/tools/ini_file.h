@@ -13,7 +13,7 @@ namespace hy_wristlog {
 class IniFile {
  public:
   explicit IniFile(std::string_view content);
-  /// Raises fault 13 for a content of `path` that is not UTF-8. The description says what it seems to be.
+  /// Raises TypeMismatch for a content of `path` that is not UTF-8. The description says what it seems to be.
   static void requireUtf8(std::string_view content, const std::string& path);
   /// Whether the content is, or begins as, text of two bytes a character.
   static bool isUtf16(std::string_view content);

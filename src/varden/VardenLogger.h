@@ -102,16 +102,15 @@ class VardenLogger : public LoggerLink {
                                       bool DiagnosticDecode);
 
   // Files for engineers: files/. A file is replaced whole. It stays as it was when there are no raw data,
-  // which a message box tells, and after a failure. The system's refusals raise faults 53 to 76; each file
-  // has failures of its own. A report that fails leaves what was composed so far if no file stood there.
-  // Fault 75 is passed on, because the library's usual action for it is to leave quietly, as if the file had
-  // been written.
+  // which a message box tells, and after a failure. What the system refuses is raised as FileNotFound,
+  // DiskFull, PermissionDenied, PathFileAccess or PathNotFound; each file has failures of its own. A report
+  // that fails leaves what was composed so far if no file stood there. PathFileAccess is passed on, because
+  // the library's usual action for it is to leave quietly, as if the file had been written.
 
   /// Writes the facts of the configuration, then one byte a line.
   void subSaveRawDataToFile(std::string_view path);
   /// Reads such a file into RawData and BytesUsed; the configuration stays. A file without the heading is
-  /// refused in a message box. Raises faults 13, 6 and 9 as `readRawDump` does, and 53 to 76 when the file
-  /// cannot be read.
+  /// refused in a message box. Raises what `readRawDump` raises, and what the system refuses.
   void subReadRawDataFromFile(std::string_view path);
   /// Decodes diagnostically, tells the result and a low battery in message boxes, and writes a row for each
   /// epoch and the events. Raises what decoding raises, and WrongDeviceType or OutOfRange for a device or
@@ -128,14 +127,15 @@ class VardenLogger : public LoggerLink {
   // The configuration as text: config/config_text.cpp
 
   /// Writes every value under its label, and the block as it was read. Other lines of the file stay. Raises
-  /// fault 5 for a text with line breaks and for dates outside the years 100 to 9999, and 53 to 76.
+  /// InvalidCall for a text with line breaks and for dates outside the years 100 to 9999, and what the system
+  /// refuses.
   void subWriteConfigToINIfile(std::string_view path);
   /// Takes the section "Config Data" into the record; what was derived from it (subject, zone) stays. A
   /// missing number counts as 0, a missing epoch as 1, a missing abbreviation as "UNK"; a missing date stays
-  /// as it was. Raises fault 13 for a value that is no number, date or hexadecimal text and 6 for one that
-  /// does not fit its field. The record is then unchanged.
+  /// as it was. Raises TypeMismatch for a value that is no number, date or hexadecimal text and Overflow for
+  /// one that does not fit its field. The record is then unchanged.
   void subReadConfigFromINIfile(std::string_view path);
-  /// Writes the 256 bytes that would be sent. Raises what encoding raises, and faults 53 to 76.
+  /// Writes the 256 bytes that would be sent. Raises what encoding raises, and what the system refuses.
   void subWriteConfigToBINfile(std::string_view path);
   /// A line for each value: label, separator, value, CR LF. Enumerations stand in words.
   std::string fncConfigToString(std::string_view separator);

@@ -41,9 +41,9 @@ enum class ModeUse : std::uint8_t {
 enum class Oddity : std::uint8_t {
   None,
   /// A start while acquiring stores into the light array too. The mode has none, so the decode fails with
-  /// fault 9.
+  /// Subscript.
   RestartFillsLight,
-  SilentOverflow,  ///< light beyond a float becomes -1 without result 11
+  SilentOverflow,  ///< light beyond a float becomes -1 without Decode_OverflowOccurred
   /// The mode has arrays, but fails at its first sample and fills nothing before the first start.
   Undecodable,
 };

@@ -4,6 +4,7 @@
 #include "commands/commands.h"
 #include "commands/subject_options.h"
 #include "engineering/dates.h"
+#include "hy_wristlog/failure_numbers.h"
 #include "recording/json_output.h"
 #include "session/process.h"
 #include "session/session.h"
@@ -61,7 +62,8 @@ int runConfigure(const CommonOptions& common, const ConfigureOptions& options) {
   else
     complain() << "Code " << code << ": " << meaning << '\n';
   if (code == 0 && subject.Get_Gender().empty())
-    complain() << "Without a gender, retrieving ends with warning 10014 unless --ignore-warnings is given.\n";
+    complain() << "Without a gender, retrieving ends with warning " << hw::ReturnCode::SubjectUnusable
+               << " unless --ignore-warnings is given.\n";
   return code == 0 ? Good : Unsuccessful;
 }
 

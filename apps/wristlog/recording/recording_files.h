@@ -26,9 +26,10 @@ class RecordingFiles {
   RecordingFiles(std::string folder, bool overwrite, std::vector<std::string> names)
       : folder_(std::move(folder)), overwrite_(overwrite), names_(std::move(names)) {}
 
-  /// To be called before the work: tries whether all can be written. Raises fault 58 when a file that would
-  /// be written exists and may not be overwritten, 75 when the folder cannot be used, or when something that
-  /// is no plain file (a link, say) has the name of one. The folder is made with its first file.
+  /// To be called before the work: tries whether all can be written. Raises FileExists when a file that would
+  /// be written exists and may not be overwritten, PathFileAccess when the folder cannot be used, or when
+  /// something that is no plain file (a link, say) has the name of one. The folder is made with its first
+  /// file.
   void prepare() const;
   /// The same for a demo, which may overwrite a folder with nothing but another demo's files.
   void prepareForDemo();
@@ -54,7 +55,7 @@ class RecordingFiles {
  private:
   bool isFromDemo() const;
   /// Locks the folder before its first file is written, so that no other program writes a recording there.
-  /// Raises fault 58 when one has come since `prepare`.
+  /// Raises FileExists when one has come since `prepare`.
   void claim() const;
   /// The missing ones of the folder and those above it, the uppermost first.
   std::vector<std::string> missingFolders() const;

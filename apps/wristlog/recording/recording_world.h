@@ -13,7 +13,7 @@ class RecordingWorld {
   /// has them.
   enum class Texts : std::uint8_t { Neutral, Users };
 
-  /// Raises 5 for a moment outside the years 100 to 9999.
+  /// Raises InvalidCall for a moment outside the years 100 to 9999.
   explicit RecordingWorld(double utc, Texts texts = Texts::Neutral);
 
  private:

@@ -22,8 +22,9 @@ struct RecordingPlace {
   std::vector<std::string> files() const;
 };
 
-/// Raises 53, 75 and what damaged files raise; OutOfRange for a recording without bytes and for bytes that
-/// are not those of the configuration. With `Unchecked` such bytes cause only a warning on standard error.
+/// Raises FileNotFound, PathFileAccess and what damaged files raise; OutOfRange for a recording without bytes
+/// and for bytes that are not those of the configuration. With `Unchecked` such bytes cause only a warning on
+/// standard error.
 hy_wristlog::engineering::SavedRecording readRecording(const RecordingPlace& place);
 
 /// The moment (UTC) that a recording is seen from: when it was retrieved or, where that is not known, when

@@ -1,9 +1,11 @@
 #include "words/pendrel_words.h"
 
 #include <cmath>
+#include <cstdint>
 #include <sstream>
 
 #include "engineering/dates.h"
+#include "hy_wristlog/failure_numbers.h"
 #include "words/counted.h"
 
 namespace wristlog {
@@ -70,15 +72,26 @@ std::vector<std::string> problemsOf(const hw::Class_Pendrel& logger, const hw::P
   const auto when = [&](bool wrong, const char* words) {
     if (wrong) problems.emplace_back(words);
   };
-  when(details.MemorySizeKB < 1, "The size of the memory is not known here: it cannot be read (10101).");
-  when(details.DeviceType == hw::KR_PENDREL_CRC_STEPS && logger.Get_AcquisitionMode() == hw::PD_Mode_Unknown,
-       "The recording mode is unknown: it cannot be retrieved (10005).");
-  when(logger.Get_BytesUsed() < 0, "How much was recorded is unknown: retrieve with --repair (10016).");
-  when(!hasStart(logger), "The start is unknown: retrieve with --repair (10007).");
-  when(!hasEpoch(logger), "The epoch length is not 15, 30 or 60 seconds: retrieve with --repair (10006).");
-  when(logger.Get_TimeZoneAbbrev().empty() || logger.Get_GMToffset() == NoOffset,
-       "The time zone is unknown: retrieve with --repair (10019).");
-  when(!hasSubject(logger), "The subject's details are incomplete: retrieve with --repair (10014).");
+  // `code` is what a retrieval would end with.
+  const auto whenRetrievingFails = [&](bool wrong, const std::string& words, std::int32_t code) {
+    if (wrong) problems.push_back(words + " (" + std::to_string(code) + ").");
+  };
+  whenRetrievingFails(details.MemorySizeKB < 1, "The size of the memory is not known here: it cannot be read",
+                      hw::FailureNumber::PendrelMemorySize);
+  whenRetrievingFails(
+      details.DeviceType == hw::KR_PENDREL_CRC_STEPS && logger.Get_AcquisitionMode() == hw::PD_Mode_Unknown,
+      "The recording mode is unknown: it cannot be retrieved", hw::ReturnCode::WrongMode);
+  whenRetrievingFails(logger.Get_BytesUsed() < 0, "How much was recorded is unknown: retrieve with --repair",
+                      hw::ReturnCode::UnknownLength);
+  whenRetrievingFails(!hasStart(logger), "The start is unknown: retrieve with --repair",
+                      hw::ReturnCode::WrongStart);
+  whenRetrievingFails(!hasEpoch(logger),
+                      "The epoch length is not 15, 30 or 60 seconds: retrieve with --repair",
+                      hw::ReturnCode::WrongEpoch);
+  whenRetrievingFails(logger.Get_TimeZoneAbbrev().empty() || logger.Get_GMToffset() == NoOffset,
+                      "The time zone is unknown: retrieve with --repair", hw::ReturnCode::UnknownZone);
+  whenRetrievingFails(!hasSubject(logger), "The subject's details are incomplete: retrieve with --repair",
+                      hw::ReturnCode::SubjectUnusable);
   when(logger.Get_Resets() > 0, "The logger has been reset.");
   when(!hasBatteryDate(logger), "The date of its battery is unknown: see battery-date.");
   when(hasBatteryDate(logger) && logger.Get_BattLifeRemaining() < FewDays,

@@ -153,7 +153,7 @@ std::uint8_t wireOrRaise(Row row, const char* description) {
   raiseFrom(Encoding, OutOfRange, description);
 }
 
-/// The number as 16 bits. Raises fault 6 when its high byte does not fit.
+/// The number as 16 bits. Raises Overflow when its high byte does not fit.
 std::uint16_t unsigned16(std::int32_t value) {
   return static_cast<std::uint16_t>(fault::narrow<std::uint8_t>(value / 256) << 8 | (value & 255));
 }

@@ -20,7 +20,7 @@ inline constexpr std::size_t ConfigSentFrom = 64;
 void checkConfigCrc(std::span<const std::uint8_t> block);
 /// Raises UnknownStructure for a structure version other than 1 and 2.
 void checkConfigVersion(std::span<const std::uint8_t> block);
-/// Raises fault 9 for less than a whole block.
+/// Raises Subscript for less than a whole block.
 VardenConfigBlock readConfigBlock(std::span<const std::uint8_t> block);
 
 /// Takes the fields into the record's members; EncodedSetup is not taken apart. A block of version 1 leaves
@@ -28,8 +28,8 @@ VardenConfigBlock readConfigBlock(std::span<const std::uint8_t> block);
 void applyConfigBlock(const VardenConfigBlock& block, VardenRecord& record);
 
 /// The 256 bytes to send. Raises UnknownStructure for a structure version other than 1 and 2. Raises
-/// OutOfRange for an enumeration without a code, a bias out of range and a date before 1901-12-13, and fault
-/// 6 for a number that does not fit its field.
+/// OutOfRange for an enumeration without a code, a bias out of range and a date before 1901-12-13, and
+/// Overflow for a number that does not fit its field.
 ByteArray encodeConfigBlock(const VardenRecord& record);
 
 }  // namespace hy_wristlog

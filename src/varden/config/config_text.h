@@ -19,7 +19,7 @@ inline constexpr std::string_view RawConfigBytesKey = "Raw Config Bytes";
 /// Labels and values in the order of the files.
 using ConfigItems = std::vector<std::pair<std::string, std::string>>;
 
-/// All values but the raw bytes, enumerations in words. Raises fault 5 for dates outside the years 100 to
+/// All values but the raw bytes, enumerations in words. Raises InvalidCall for dates outside the years 100 to
 /// 9999.
 ConfigItems configInWords(const VardenRecord& record);
 
@@ -29,9 +29,9 @@ ConfigItems editableConfig(const VardenRecord& record);
 ConfigItems readOnlyConfig(const VardenRecord& record);
 
 /// Takes the editable values of an INI file into the record. A missing number counts as 0 (an epoch as 1) and
-/// a missing text as empty (an abbreviation as "UNK"). A date that is missing or blank stays. Raises fault 13
-/// for a value of the wrong form, which includes a date that is longer or shorter than its pattern, and fault
-/// 6 for a number that does not fit. The description names the key.
+/// a missing text as empty (an abbreviation as "UNK"). A date that is missing or blank stays. Raises
+/// TypeMismatch for a value of the wrong form, which includes a date that is longer or shorter than its
+/// pattern, and Overflow for a number that does not fit. The description names the key.
 void readEditableConfig(const IniFile& file, VardenRecord& record);
 
 }  // namespace hy_wristlog

@@ -17,7 +17,7 @@ void dropRepeatedPackets(PacketArray& packets);
 /// The bytes in packets of 128 (the last one may be shorter), numbered from 1.
 std::vector<Class_Packet> splitIntoPackets(std::span<const std::uint8_t> bytes);
 
-/// The data bytes of all packets in their order. Raises fault 9 for more than 1024 a packet.
+/// The data bytes of all packets in their order. Raises Subscript for more than 1024 a packet.
 ByteArray joinPackets(const std::vector<Class_Packet>& packets);
 
 }  // namespace hy_wristlog

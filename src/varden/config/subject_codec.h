@@ -13,8 +13,9 @@
 namespace hy_wristlog {
 
 /// Builds EncodedSetup from the subject's members and sets SubjectInfoVersion to 2. A text that is too long
-/// is cut. A date of birth of -1 is written as 29 December 1899, the day that it stands for. Raises fault 5
-/// for a date outside the years 100 to 9999 and fault 6 for a weight or height that is no number.
+/// is cut. A date of birth of -1 is written as 29 December 1899, the day that it stands for. Raises
+/// InvalidCall for a date outside the years 100 to 9999 and Overflow for a weight or height that is no
+/// number.
 void encodeSubjectText(VardenRecord& record);
 
 /// Reads EncodedSetup into the subject's members. Never fails: a number or date that is wrong leaves its

@@ -19,8 +19,9 @@ constexpr auto MostFilledEpochs = static_cast<std::int64_t>(2 * 365 * SecondsPer
 /// that lies on a whole second into the second before.
 double wholeSecond(double date) { return std::trunc(date * SecondsPerDay + 0.001); }
 
-/// Makes room for the epochs of a gap. Ends the walk with result 15, and returns false, when the gap is
-/// longer than 30 days. Raises fault 7 when the recording's gaps add up to more than `MostFilledEpochs`.
+/// Makes room for the epochs of a gap. Ends the walk with Decode_BigDiffBetweenAcqTimes, and returns false,
+/// when the gap is longer than 30 days. Raises OutOfMemory when the recording's gaps add up to more than
+/// `MostFilledEpochs`.
 bool prepareFill(DecodeWalk& walk, double from) {
   if (!walk.Options.Diagnostic && secondsBetween(from, walk.EventTime) > LongestGapSeconds) {
     walk.stop(Decode_BigDiffBetweenAcqTimes);

@@ -61,7 +61,7 @@ struct DecodeWalk {
     return Record.StartTimeGMT + static_cast<double>(index) / EpochsPerDay;
   }
   bool inside(std::int64_t position) const { return position < Length; }
-  /// Raises fault 9 for a position beyond the raw bytes, which may end before `Length`.
+  /// Raises Subscript for a position beyond the raw bytes, which may end before `Length`.
   std::uint8_t byteAt(std::int64_t position) const { return fault::at(Raw, position); }
   /// The wrist element of the epoch at `Index`. The epoch in which the logger comes back to the wrist still
   /// counts as off it.

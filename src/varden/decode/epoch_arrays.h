@@ -13,7 +13,7 @@ namespace hy_wristlog {
 /// far too high costs nothing. In the end `settle` gives all arrays the same size.
 class EpochArrays {
  public:
-  /// More elements than any logger records, gaps included. Raises fault 7 beyond it.
+  /// More elements than any logger records, gaps included. Raises OutOfMemory beyond it.
   static constexpr std::int64_t MostElements = std::int64_t{1} << 26;
 
   explicit EpochArrays(VardenRecord& record) : record_(record) {}
@@ -22,13 +22,13 @@ class EpochArrays {
   void clear();
   /// Gives the arrays of `set` the indices 0 to `elements` - 1. Room is made for `expected` of them.
   void allocate(SeriesSet set, std::int64_t elements, std::int64_t expected);
-  /// Moves the upper bound and keeps the content up to it. Raises fault 9 for a bound below -1.
+  /// Moves the upper bound and keeps the content up to it. Raises Subscript for a bound below -1.
   void redimension(std::int64_t upperBound);
   std::int64_t upperBound() const { return upperBound_; }
   /// Gives the arrays exactly `elements` elements. Those that were never stored are empty ones.
   void settle(std::int64_t elements);
 
-  /// The element of one array, to be stored. Raises fault 9 beyond the bound and for an array outside the
+  /// The element of one array, to be stored. Raises Subscript beyond the bound and for an array outside the
   /// set.
   template <SeriesSet Which>
   auto& at(std::int64_t index) {

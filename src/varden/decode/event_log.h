@@ -19,7 +19,7 @@ class EventLog {
   /// Empties the log. `dateText` writes the dates of the entries to come.
   void restart(DateText dateText);
   /// `time` is `UnknownDate` when the record does not tell it. The entry's words are `text` and `suffix`,
-  /// which must outlive the log. Raises fault 5 for a date outside the years 100 to 9999.
+  /// which must outlive the log. Raises InvalidCall for a date outside the years 100 to 9999.
   void add(double time, const char* text, const char* suffix, std::span<const std::uint8_t> record);
 
   std::size_t size() const { return entries_.size(); }

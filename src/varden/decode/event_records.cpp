@@ -86,7 +86,8 @@ const DockEvent& dockEvent(bool newFormat, std::uint8_t bits) {
   fault::raise(fault::Internal);
 }
 
-/// `time` is `UnknownDate` when the record does not tell it. Raises fault 9 when the record is not all there.
+/// `time` is `UnknownDate` when the record does not tell it. Raises Subscript when the record is not all
+/// there.
 void addEvent(DecodeWalk& walk, double time, const char* text, const char* suffix = "",
               std::int64_t length = EventRecordLength) {
   walk.byteAt(walk.Position + length - 1);

@@ -28,8 +28,8 @@ class SampleDecoder {
   SampleDecoder(DecodeWalk& walk, bool newLightScaleFactors);
 
   /// Stores the sample of the epoch `Index` and moves the position after it. Values are -1 when the record is
-  /// cut short, was made in a dock, or is out of range (result 13 or 11). Raises OutOfRange for a mode that
-  /// cannot be decoded.
+  /// cut short, was made in a dock, or is out of range (Decode_Physio_Decode_Error or
+  /// Decode_OverflowOccurred). Raises OutOfRange for a mode that cannot be decoded.
   void decode();
 
  private:

@@ -23,13 +23,14 @@ class StreamDecoder {
   /// `Decode_InputError`, without bytes and in a diagnostic decode of unknown firmware. After a failure the
   /// arrays hold the epochs decoded so far. Raises
   ///  - OutOfRange "Invalid Epoch Length", "Invalid Start Time", "Invalid Firmware Version", the texts of
-  ///  missing
-  ///    calibrations, and "Incompatible Logging Mode", which mode 9 of the Quillander meets at its first
-  ///    sample;
+  ///    missing calibrations, and "Incompatible Logging Mode", which mode 9 of the Quillander meets at its
+  ///    first sample;
   ///  - WrongDeviceType "Incompatible Device Type";
-  ///  - fault 5 for an impossible start time, 6 and 7 for a recording beyond all bounds, 7 for gaps that add
-  ///    up to more epochs of 15 s than two years have, 11 for an epoch length of 0 in a diagnostic decode;
-  ///  - fault 9 when `BytesUsed` reaches beyond the raw bytes, when a start that runs back has shrunk the
+  ///  - InvalidCall for an impossible start time;
+  ///  - Overflow and OutOfMemory for a recording beyond all bounds, OutOfMemory also for gaps that add up to
+  ///    more epochs of 15 s than two years have;
+  ///  - DivisionByZero for an epoch length of 0 in a diagnostic decode;
+  ///  - Subscript when `BytesUsed` reaches beyond the raw bytes, when a start that runs back has shrunk the
   ///    arrays below what is to be stored, and at a gap before a start while acquiring in mode 2 of the
   ///    Quillander.
   void decode();

@@ -34,7 +34,8 @@ class DataFile {
     endLine();
   }
 
-  /// Raises fault 53, 61, 70, 75 or 76 when the system refuses. A former file is then unharmed.
+  /// Raises FileNotFound, DiskFull, PermissionDenied, PathFileAccess or PathNotFound when the system refuses.
+  /// A former file is then unharmed.
   void save();
   /// To be called on every way out. When `save` was not reached and no former file stands there, it writes
   /// what was composed.
@@ -61,7 +62,7 @@ bool requireRawData(const VardenRecord& record);
 /// Shows a message box with the button OK. Without a title it bears the library's name.
 void tell(std::string_view text, std::string_view title = {});
 
-/// Four bytes of a recording, little-endian. Raises fault 9 when they are not all there.
+/// Four bytes of a recording, little-endian. Raises Subscript when they are not all there.
 std::int32_t loggerSecondsAt(const ByteArray& raw, std::int64_t position);
 
 /// Whether the text begins as a raw data file does.
@@ -73,11 +74,11 @@ inline constexpr std::size_t MostDumpedBytes = 300000;
 enum class Addresses : std::uint8_t { Ignored, Checked };
 
 /// The bytes of a raw data file. They begin after its line "Address", one a line: what follows the line's
-/// first comma, without quotes. Empty lines are passed over. Lines end with LF, CR LF or CR. Raises fault 13
-/// for a line without a number and for a file without the line "Address", 6 for a number that is no byte, 9
-/// for more than `mostBytes` bytes. When addresses are checked, raises 13 too for a line whose decimal
-/// address (16 in "00010 (16)") is not the index of its byte; a line without an address is accepted. The
-/// description names the line.
+/// first comma, without quotes. Empty lines are passed over. Lines end with LF, CR LF or CR. Raises
+/// TypeMismatch for a line without a number and for a file without the line "Address", Overflow for a number
+/// that is no byte, Subscript for more than `mostBytes` bytes. When addresses are checked, raises
+/// TypeMismatch too for a line whose decimal address (16 in "00010 (16)") is not the index of its byte; a
+/// line without an address is accepted. The description names the line.
 ByteArray readRawDump(std::string_view content, std::size_t mostBytes = MostDumpedBytes,
                       Addresses addresses = Addresses::Ignored);
 
