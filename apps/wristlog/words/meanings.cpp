@@ -19,6 +19,8 @@ struct Meaning {
   const char* Words;
 };
 
+constexpr const char* StructureWords = "The logger's configuration has a structure that is not known here.";
+
 constexpr auto Meanings = std::to_array<Meaning>({
     {ReturnCode::Success, "Success."},
     {InvalidCall,
@@ -103,7 +105,7 @@ constexpr auto Meanings = std::to_array<Meaning>({
     {ReturnCode::WrongTimeFormat, "The time format is not known."},
     {ReturnCode::WrongEnd,
      "The end lies before the start or outside what the logger can do. A start needs an end."},
-    {ReturnCode::UnknownStructure, "The logger's configuration has a structure that is not known here."},
+    {ReturnCode::UnknownStructure, StructureWords},
     {ReturnCode::ClockFailed, "The logger's clock does not take the time. It needs service."},
     {ReturnCode::LoggerReset,
      "Warning: the logger has been reset since it was configured. --ignore-warnings retrieves all the same."},
@@ -120,7 +122,7 @@ constexpr auto Meanings = std::to_array<Meaning>({
     {WrongPacket, "A packet has no data, or a size or type that there is not."},
     {WrongDeviceType, "This type of device is not supported."},
     {OutOfRange, "A value is outside what the logger can keep."},
-    {UnknownStructure, "The logger's configuration has a structure that is not known here."},
+    {UnknownStructure, StructureWords},
     {DamagedConfig, "The logger's configuration is damaged."},
     {NoLightTest, "The recording is no light test."},
     {DamagedAnswer,
