@@ -105,7 +105,7 @@ void SimulatedPendrel::befall(const Happening& happening) {
     case Happening::Kind::OutOfDock:
       recorder_.dockChanged(happening.What == Happening::Kind::IntoDock);
       break;
-    default:
+    case Happening::Kind::BatteryLow:
       break;
   }
 }

@@ -43,9 +43,10 @@ bool isOf(Argument kind, char c) {
       return decimal;
     case Argument::Hex:
       return decimal || (c >= 'A' && c <= 'F');
-    default:
-      return static_cast<std::uint8_t>(c) >= 32;
+    case Argument::Text:
+      break;
   }
+  return static_cast<std::uint8_t>(c) >= 32;
 }
 
 bool knows(PendrelModel model, char letter) {
@@ -173,7 +174,7 @@ void PendrelShell::receive(std::uint8_t byte) {
     case Match::None:
       typed_ = byte == '*' ? "*" : "";
       break;
-    default:
+    case Match::Begun:
       break;
   }
 }

@@ -20,9 +20,11 @@ bool parityBit(unsigned data, LineParity parity) {
       return !odd;
     case LineParity::Mark:
       return true;
-    default:
-      return false;
+    case LineParity::None:
+    case LineParity::Space:
+      break;
   }
+  return false;
 }
 
 double stopBits(LineStopBits bits) {

@@ -64,7 +64,8 @@ void assignVariable(const HyVariant& argument, HyVariant value) {
     case HY_VT_BOOL:
       *reference.pboolVal = value.boolVal;
       break;
-    default:
+    case HY_VT_I4:
+    case HY_VT_INT:
       *reference.plVal = value.lVal;
       break;
   }

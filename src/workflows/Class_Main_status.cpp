@@ -123,9 +123,10 @@ StatusTexts loggerState(const VardenLogger& logger, const DockedModel& model) {
       return same("Ready to Configure");
     case DataAvail_Yes:
       return withData(logger);
-    default:
-      return unknownStatus();
+    case DataAvail_Unknown:
+      break;
   }
+  return unknownStatus();
 }
 
 StatusTexts abortedTexts() { return {"Aborted", "The inquiry was aborted; the logger is as it was."}; }

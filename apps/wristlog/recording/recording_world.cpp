@@ -40,9 +40,11 @@ class NeutralTexts : public platform::Environment {
         return ".";
       case platform::LocaleItem::Time:
         return "HH:mm:ss";
-      default:
-        return "yyyy-MM-dd";
+      case platform::LocaleItem::LongDate:
+      case platform::LocaleItem::ShortDate:
+        break;
     }
+    return "yyyy-MM-dd";
   }
   std::string specialFolder(std::int32_t code) override { return inner_.specialFolder(code); }
   std::string libraryFolder() override { return inner_.libraryFolder(); }

@@ -175,16 +175,18 @@ std::string timePatternFromStrftime(std::string_view format) {
 }
 
 std::string localePattern(LocaleItem item) {
-  if (item == LocaleItem::DecimalSeparator) return UserLocale{LC_NUMERIC, LC_NUMERIC_MASK}.text(RADIXCHAR);
-  const UserLocale locale{LC_TIME, LC_TIME_MASK};
+  const auto format = [](nl_item pattern) { return fullFormat(UserLocale{LC_TIME, LC_TIME_MASK}, pattern); };
   switch (item) {
+    case LocaleItem::DecimalSeparator:
+      return UserLocale{LC_NUMERIC, LC_NUMERIC_MASK}.text(RADIXCHAR);
     case LocaleItem::ShortDate:
-      return datePatternFromStrftime(fullFormat(locale, D_FMT));
+      return datePatternFromStrftime(format(D_FMT));
     case LocaleItem::LongDate:
-      return datePatternFromStrftime(fullFormat(locale, D_T_FMT));
-    default:
-      return timePatternFromStrftime(fullFormat(locale, T_FMT));
+      return datePatternFromStrftime(format(D_T_FMT));
+    case LocaleItem::Time:
+      return timePatternFromStrftime(format(T_FMT));
   }
+  return {};
 }
 
 }  // namespace hy_wristlog::platform
