@@ -42,7 +42,8 @@ struct LoggerParts {
   bool InStorage = false;  ///< put to sleep by command: records nothing
 };
 
-/// Bytes of one epoch's record; 0 when the model does not have the mode.
+/// Bytes of one epoch's record; 0 when the model does not have the mode. Not the library's table of modes
+/// (varden/logging_modes.h), so that a mistake there shows in the tests.
 std::size_t recordLength(LoggerModel model, Mode mode);
 
 /// The activity code whose step of the scale holds `counts`, 0 to 252.
