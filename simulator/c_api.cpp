@@ -59,7 +59,7 @@ Desk& desk() {
 }
 
 template <class Action>
-HySimulatorResult guarded(Action&& action) noexcept {
+HySimulatorResult resultOf(Action&& action) noexcept {
   HySimulatorResult result = HY_SIMULATOR_REFUSED;
   try {
     try {
@@ -92,7 +92,7 @@ OpenBench& find(std::int32_t number) {
 
 template <class Action>
 HySimulatorResult withBench(std::int32_t number, Action&& action) noexcept {
-  return guarded([&] { action(find(number)); });
+  return resultOf([&] { action(find(number)); });
 }
 
 std::string_view textOf(const char* text) {
@@ -243,7 +243,7 @@ using namespace hy_wristlog::simulator;
 const char* hySimulatorLastError(void) { return desk().LastError.c_str(); }
 
 HySimulatorResult hySimulatorOpen(const char* model, const char* zone, int64_t begins, int32_t* bench) {
-  return guarded([&] {
+  return resultOf([&] {
     require(bench != nullptr, "there is no room for the bench's number");
     *bench = 0;
     requireIdle(platform::current());

@@ -117,7 +117,7 @@ std::string CommState::transferSettings(Procedure& procedure, std::int32_t baudR
   takeIfZero(parity, form.Parity);
   takeIfZero(stopBits, form.StopBits);
   const auto text = lineSettingsText(baudRate, dataBits, parity, stopBits);
-  if (!text) fail(procedure, InvalidSettings, "Form_Comm.fncGetBinaryStream", "Invalid COM Port Settings");
+  if (!text) raiseIn(procedure, InvalidSettings, "Form_Comm.fncGetBinaryStream", "Invalid COM Port Settings");
   return text.value_or("");
 }
 
@@ -149,7 +149,7 @@ void Form_Comm::subOpenPort(std::int16_t intPort, std::int32_t vBaudRate, std::i
   });
   const PortSteps port{state_->control, procedure};
   const auto refuse = [&] {
-    fail(procedure, InvalidSettings, "Form_Comm.subOpenPort", "Invalid COM Port Settings");
+    raiseIn(procedure, InvalidSettings, "Form_Comm.subOpenPort", "Invalid COM Port Settings");
   };
 
   procedure.run([&] {

@@ -101,15 +101,15 @@ std::vector<std::uint8_t> Form_Comm::fncGetBinaryStream(std::int32_t& NumBytes, 
     std::vector<std::uint8_t> bytes;
     if (IgnoreLength) {
       const Arrival arrival = watchArrival(*state_, port, SIZE_MAX, PageDelay, ByteDelay);
-      if (arrival.Overrun) fail(procedure, DataOverrun, Source, "Data overrun error occurred, data lost");
+      if (arrival.Overrun) raiseIn(procedure, DataOverrun, Source, "Data overrun error occurred, data lost");
       NumBytes = static_cast<std::int32_t>(arrival.Count);
       if (arrival.Count >= 1) bytes = takeBytes(*state_, port);
     } else {
       const auto wanted = static_cast<std::size_t>(std::max(NumBytes, 0));
       const Arrival arrival = watchArrival(*state_, port, wanted, PageDelay, PageDelay);
-      if (arrival.Overrun) fail(procedure, DataOverrun, Source, "Data overrun error occurred, data lost");
+      if (arrival.Overrun) raiseIn(procedure, DataOverrun, Source, "Data overrun error occurred, data lost");
       if (arrival.Count < wanted)
-        fail(procedure, TooFewBytes, Source, "Insufficient number of binary data bytes received");
+        raiseIn(procedure, TooFewBytes, Source, "Insufficient number of binary data bytes received");
       bytes = takeBytes(*state_, port);
       procedure.statement([&] {
         if (NumBytes < 0) fault::raise(fault::Subscript);

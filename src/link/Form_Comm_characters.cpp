@@ -36,11 +36,11 @@ std::string collectEcho(CommState& state, const PortSteps& port, std::size_t exp
 void checkEcho(Procedure& procedure, const std::string& echo, char sent, std::size_t expected) {
   constexpr const char* Source = "Form_Comm.fncSendChars";
   if (echo.empty())
-    fail(procedure, NoCharacters, Source, "No Characters Received");
+    raiseIn(procedure, NoCharacters, Source, "No Characters Received");
   else if (echo.size() != expected)
-    fail(procedure, WrongCharacters, Source, "No Characters or Wrong Characters Received");
+    raiseIn(procedure, WrongCharacters, Source, "No Characters or Wrong Characters Received");
   else if (std::any_of(echo.begin(), echo.end(), [&](char c) { return c != sent; }))
-    fail(procedure, WrongCharacters, Source, "Wrong Characters Received");
+    raiseIn(procedure, WrongCharacters, Source, "Wrong Characters Received");
 }
 
 }  // namespace
@@ -105,9 +105,9 @@ std::string Form_Comm::fncGetCharLine(char CharToWaitFor, std::int32_t RXdelay) 
 
     if (read != final) {
       if (line.empty())
-        fail(procedure, NoCharacters, Source, "No characters received");
+        raiseIn(procedure, NoCharacters, Source, "No characters received");
       else
-        fail(procedure, NoFinalCharacter, Source, "No carriage return or final character received");
+        raiseIn(procedure, NoFinalCharacter, Source, "No carriage return or final character received");
     }
     return line;
   });

@@ -66,7 +66,7 @@ class PortSteps {
 };
 
 /// Raises a failure of the procedure's own in a statement, so that a site's action may go on after it.
-inline void fail(Procedure& procedure, std::int32_t number, const char* source, const char* text) {
+inline void raiseIn(Procedure& procedure, std::int32_t number, const char* source, const char* text) {
   procedure.statement([&] { throw Failure(number, source, text); });
 }
 

@@ -55,7 +55,7 @@ XmodemSession::Step XmodemSession::giveUp(std::int32_t number, const char* text)
 }
 
 XmodemSession::Step XmodemSession::failWith(std::int32_t number, const char* text) {
-  fail(procedure(), number, source_, text);
+  raiseIn(procedure(), number, source_, text);
   return Step::Failed;
 }
 

@@ -80,7 +80,7 @@ std::int32_t Pendrel::fncOpenCOMport(std::int16_t intPort, bool settle) {
     return status != 0 ? TrapAnswer::Leave : TrapAnswer::Dispatch;
   });
   command.procedure.run([&] {
-    if (intPort < 1) command.fail(PendrelPort, "Invalid COM Port Settings");
+    if (intPort < 1) command.raise(PendrelPort, "Invalid COM Port Settings");
     command.procedure.statement([&] {
       link().subOpenPort(intPort, starred::Baud600, starred::EightDataBits, starred::NoParity,
                          starred::OneStopBit, settle ? SettleTime : 0, true, true);
@@ -141,7 +141,7 @@ void Pendrel::fncReadSetup() {
       record.SetupText += checksum;
       command.readLine('>');
       if (checksum.size() < 4 || !starred::standsFor(checksum, sumOf(lines)))
-        command.fail(PendrelChecksum, "fncReadZBsetup", starred::WrongChecksum);
+        command.raise(PendrelChecksum, "fncReadZBsetup", starred::WrongChecksum);
     } else {
       command.readLine('>');
     }

@@ -19,7 +19,7 @@ constexpr std::int32_t BlockBytes = PendrelRecord::BlockBytes, BlockKilobytes = 
 constexpr std::int32_t HighestAddress = 65535;
 
 void checkAddress(StarredProcedure& command, std::int32_t address) {
-  if (address < 0 || address > HighestAddress) command.fail(PendrelAddress, "Invalid memory address");
+  if (address < 0 || address > HighestAddress) command.raise(PendrelAddress, "Invalid memory address");
 }
 
 /// The sum that follows a block: that of its bytes, in 16 bits, high byte first.
@@ -42,8 +42,8 @@ std::vector<std::uint8_t> Pendrel::fncReadMemoryBlock(std::int16_t block) {
   StarredProcedure command{link(), "fncReadMemoryBlock"};
   return command.procedure.run([&] {
     if (block < 0 || block > record.MemorySizeKB / BlockKilobytes - 1)
-      command.fail(PendrelBlock, "Invalid block number for download");
-    if (record.Get_DeviceType() == Device_Unknown) command.fail(PendrelDeviceType, "Unsupported device");
+      command.raise(PendrelBlock, "Invalid block number for download");
+    if (record.Get_DeviceType() == Device_Unknown) command.raise(PendrelDeviceType, "Unsupported device");
 
     const bool checked = record.Get_CTcompliant();
     const auto number = static_cast<std::uint8_t>((block * 16) & 0xF0);
@@ -54,7 +54,7 @@ std::vector<std::uint8_t> Pendrel::fncReadMemoryBlock(std::int16_t block) {
                                        starred::OneStopBit, 4000, 500, false, 150);
     });
     if (checked && !command.procedure.statement([&] { return checksumHolds(bytes); }))
-      command.fail(PendrelChecksum, "fncReadZBblock", starred::WrongChecksum);
+      command.raise(PendrelChecksum, "fncReadZBblock", starred::WrongChecksum);
     command.procedure.statement([&] {
       const std::int32_t address = block * BlockBytes;
       subSetRawDataBlock(address, address + BlockBytes - 1, bytes);
@@ -72,7 +72,7 @@ std::uint8_t Pendrel::fncReadMemoryLocation(std::int32_t address) {
     const bool checked = record.Get_CTcompliant();
     const auto lines = command.ask(starred::ReadLocation, digits, checked);
     if (checked && !starred::standsFor(lines[1], starred::checksumOf(digits + lines[0])))
-      command.fail(PendrelChecksum, starred::WrongChecksum);
+      command.raise(PendrelChecksum, starred::WrongChecksum);
     return command.procedure.statement([&] { return byteOf(lines[0]); });
   });
 }

@@ -26,7 +26,7 @@ constexpr const char* HourMinute = "HHmm";
 
 void checkEpoch(StarredProcedure& command, std::int16_t epochLength, std::int16_t shortest) {
   if (epochLength < shortest || epochLength > LongestEpoch)
-    command.fail(PendrelEpochLength, "Invalid logger epoch length");
+    command.raise(PendrelEpochLength, "Invalid logger epoch length");
 }
 
 /// The PC's local clock with its milliseconds; without them the start would be up to a second late.
@@ -50,7 +50,7 @@ void Pendrel::subSendSetup(bool keepSubject) {
     record.ProgressPercent = 0;
     if (!keepSubject) {
       command.procedure.statement([&] { subEncodeSubjectInfo(); });
-      if (record.SubjectInfo.empty()) command.fail(PendrelSetup, "Invalid logger setup");
+      if (record.SubjectInfo.empty()) command.raise(PendrelSetup, "Invalid logger setup");
     }
     command.send(starred::Subject, record.SubjectInfo, record.SubjectInfo.size() < SubjectSize);
     record.ProgressPercent = 25;
@@ -66,7 +66,7 @@ void Pendrel::subSendSetup(bool keepSubject) {
     if (record.Get_DeviceType() == KR_PENDREL_CRC_STEPS) {
       const bool activityOnly = record.AcquisitionMode == PD_Mode_ActivityOnly;
       if (!activityOnly && record.AcquisitionMode != PD_Mode_ActivityAndSteps)
-        command.fail(PendrelMode, "Invalid Acquisition Mode");
+        command.raise(PendrelMode, "Invalid Acquisition Mode");
       const std::uint8_t mode = activityOnly ? starred::ActivityMode : starred::StepsMode;
       command.procedure.statement([&] { subSetMemorylocation(starred::ModeLocation, mode); });
     }
@@ -86,10 +86,10 @@ std::int32_t Pendrel::fncSendDelayedStart(double startUtc) {
       constexpr std::size_t ChecksumDigits = 4;
       const std::string echo = command.ask(starred::Delay, words).back();
       if (echo.size() != words.size() + ChecksumDigits || !echo.starts_with(words))
-        command.fail(WrongDelayEcho, "Wrong echo received from delayed start command");
+        command.raise(WrongDelayEcho, "Wrong echo received from delayed start command");
       const std::string_view checksum = std::string_view(echo).substr(std::min(echo.size(), words.size()));
       if (!starred::standsFor(checksum, starred::checksumOf(words)))
-        command.fail(PendrelChecksum, starred::WrongChecksum);
+        command.raise(PendrelChecksum, starred::WrongChecksum);
     } else {
       command.ask(starred::DelayEpochs, plan.epochWord());
       command.ask(starred::DelaySeconds, plan.secondsWord());

@@ -51,7 +51,7 @@ void StarredProcedure::sendPatiently(const StarredCommand& command, const char* 
     const std::int32_t failure =
         procedure.statement([&] { return starred::failureToSend([&] { type(command, {}, false); }); });
     if (failure == 0) return;
-    if (attempt == starred::Attempts) return fail(failure, text);
+    if (attempt == starred::Attempts) return raise(failure, text);
     rest();
   }
 }
@@ -74,9 +74,9 @@ void StarredProcedure::rest() {
   procedure.statement([] { platform::current().clock().sleep(std::chrono::milliseconds{2000}); });
 }
 
-void StarredProcedure::fail(std::int32_t number, const char* text) { fail(number, name_, text); }
+void StarredProcedure::raise(std::int32_t number, const char* text) { raise(number, name_, text); }
 
-void StarredProcedure::fail(std::int32_t number, const char* sourceProcedure, const char* text) {
+void StarredProcedure::raise(std::int32_t number, const char* sourceProcedure, const char* text) {
   procedure.statement(
       [&] { throw Failure(number, std::string(Pendrel::Module) + '.' + sourceProcedure, text); });
 }

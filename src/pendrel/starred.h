@@ -87,8 +87,8 @@ class StarredProcedure {
   void rest();
 
   /// Raises a failure with this procedure as its source.
-  void fail(std::int32_t number, const char* text);
-  void fail(std::int32_t number, const char* sourceProcedure, const char* text);
+  void raise(std::int32_t number, const char* text);
+  void raise(std::int32_t number, const char* sourceProcedure, const char* text);
 
  private:
   void type(const StarredCommand& command, std::string_view argument, bool carriageReturn);

@@ -61,14 +61,14 @@ int CommandLine::parseAndRun(int argc, char** argv) {
     const hy_wristlog::CommandUnderWay underWay;
     return runCommand();
   } catch (const hy_wristlog::Failure& failure) {
-    return fail(failure);
+    return tellFailure(failure);
   } catch (const hy_wristlog::platform::SystemError& error) {
-    return fail({hy_wristlog::FailureNumber::PathFileAccess, "wristlog",
-                 hy_wristlog::platform::current().environment().errorText(error.Number)});
+    return tellFailure({hy_wristlog::FailureNumber::PathFileAccess, "wristlog",
+                        hy_wristlog::platform::current().environment().errorText(error.Number)});
   } catch (const std::bad_alloc&) {
-    return fail({hy_wristlog::FailureNumber::OutOfMemory, "wristlog", "There is not enough memory"});
+    return tellFailure({hy_wristlog::FailureNumber::OutOfMemory, "wristlog", "There is not enough memory"});
   } catch (const std::exception& problem) {
-    return fail({hy_wristlog::FailureNumber::InvalidCall, "wristlog", problem.what()});
+    return tellFailure({hy_wristlog::FailureNumber::InvalidCall, "wristlog", problem.what()});
   }
 }
 
@@ -105,7 +105,7 @@ int CommandLine::refuse(const CLI::ParseError& error, int argc, char** argv) con
   return WrongUsage;
 }
 
-int CommandLine::fail(const hy_wristlog::Failure& failure) const {
+int CommandLine::tellFailure(const hy_wristlog::Failure& failure) const {
   if (Common.AsJson)
     print(failureJson(failure));
   else

@@ -66,7 +66,7 @@ class CommandLine {
   int runCommand();
   int show(const CLI::Error& answer) const;
   int refuse(const CLI::ParseError& error, int argc, char** argv) const;
-  int fail(const hy_wristlog::Failure& failure) const;
+  int tellFailure(const hy_wristlog::Failure& failure) const;
 
   std::unique_ptr<CLI::App> app_;
   std::function<int()> command_;

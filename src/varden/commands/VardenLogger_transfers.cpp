@@ -34,7 +34,7 @@ PacketArray receivePackets(ShellProcedure& shell, Form_Comm& link, std::size_t m
     } catch (const Failure& failure) {
       if (failure.Number != fault::Overflow) throw;
     }
-    shell.fail(RetriesExceeded, "Packet 255 was repeated");
+    shell.raise(RetriesExceeded, "Packet 255 was repeated");
     return {};
   });
 }
@@ -62,7 +62,7 @@ std::unique_ptr<VardenLogger> VardenLogger::fncReadVardenConfig(bool NewLogger) 
     shell.procedure.statement([&] { subErase(); });
     shell.ask(shell::ShowConfig);
     const PacketArray packets = receivePackets(shell, link(), MostConfigBytes);
-    if (!packets) shell.fail(NoPacket, "No packets received");
+    if (!packets) shell.raise(NoPacket, "No packets received");
     shell.procedure.statement([&] { (fresh ? *fresh : *this).Let_ConfigPackets(packets); });
     letLoggerSettle(shell);
     return fresh;

@@ -73,10 +73,10 @@ void ShellProcedure::askUntil(const ShellCommand& command, std::string_view argu
     std::string line = ask(command, argument);
     if (procedure.statement([&] { return accepts(line); })) return;
   }
-  fail(number, text);
+  raise(number, text);
 }
 
-void ShellProcedure::fail(std::int32_t number, const char* text) { raiseIn(procedure, name_, number, text); }
+void ShellProcedure::raise(std::int32_t number, const char* text) { raiseIn(procedure, name_, number, text); }
 
 bool VardenLogger::fncCheckCRCandParse(std::string& line) {
   constexpr std::size_t CrcDigits = 4;

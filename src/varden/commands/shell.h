@@ -72,7 +72,7 @@ class ShellProcedure {
                 const std::function<bool(std::string& line)>& accepts);
 
   /// Raises a failure with this procedure as its source.
-  void fail(std::int32_t number, const char* text);
+  void raise(std::int32_t number, const char* text);
 
  private:
   Form_Comm& link_;
