@@ -8,10 +8,10 @@
 namespace hy_wristlog::platform {
 namespace {
 
-/// Where the parts of a recorded world tell what they see.
-class Recording {
+/// The record that the parts of a recorded world tell what they see.
+class WireRecord {
  public:
-  Recording(std::shared_ptr<Platform> world, std::shared_ptr<WireSink> sink, double began)
+  WireRecord(std::shared_ptr<Platform> world, std::shared_ptr<WireSink> sink, double began)
       : world_(std::move(world)), sink_(std::move(sink)), began_(began) {}
 
   Platform& world() { return *world_; }
@@ -29,7 +29,7 @@ class Recording {
   std::int32_t links_ = 0;
 };
 
-using SharedRecording = std::shared_ptr<Recording>;
+using SharedRecord = std::shared_ptr<WireRecord>;
 
 bool isAny(const LineErrors& errors) {
   return (errors.Overrun | errors.Framing | errors.Parity | errors.Break | errors.BufferOverflow) != 0;
@@ -47,8 +47,8 @@ class RecordedPort : public SerialPort {
   }
 
  public:
-  RecordedPort(SharedRecording recording, std::unique_ptr<SerialPort> port, std::int32_t link)
-      : recording_(std::move(recording)), port_(std::move(port)), link_(link) {}
+  RecordedPort(SharedRecord record, std::unique_ptr<SerialPort> port, std::int32_t link)
+      : record_(std::move(record)), port_(std::move(port)), link_(link) {}
   ~RecordedPort() override { tell({.Kind = WireKind::Close}); }
   RecordedPort(const RecordedPort&) = delete;
   RecordedPort& operator=(const RecordedPort&) = delete;
@@ -62,7 +62,7 @@ class RecordedPort : public SerialPort {
     if (count > 0)
       tell({.Kind = WireKind::Received, .Empty = empty_, .Bytes = {into.begin(), into.begin() + count}});
     else
-      empty_ = recording_->now();
+      empty_ = record_->now();
     return count;
   }
   std::size_t write(std::span<const std::uint8_t> bytes) override {
@@ -100,10 +100,10 @@ class RecordedPort : public SerialPort {
  private:
   void tell(WireEvent event) {
     event.Link = link_;
-    recording_->tell(std::move(event));
+    record_->tell(std::move(event));
   }
 
-  SharedRecording recording_;
+  SharedRecord record_;
   std::unique_ptr<SerialPort> port_;
   std::int32_t link_;
   std::optional<ModemLines> lines_;
@@ -113,22 +113,22 @@ class RecordedPort : public SerialPort {
 
 class RecordedPorts : public SerialPorts {
  public:
-  explicit RecordedPorts(SharedRecording recording) : recording_(std::move(recording)) {}
+  explicit RecordedPorts(SharedRecord record) : record_(std::move(record)) {}
   std::unique_ptr<SerialPort> open(std::int32_t number) override {
-    WireEvent event{.Kind = WireKind::Open, .Link = recording_->nextLink(), .Number = number};
+    WireEvent event{.Kind = WireKind::Open, .Link = record_->nextLink(), .Number = number};
     try {
-      auto port = recording_->world().serialPorts().open(number);
-      recording_->tell(event);
-      return std::make_unique<RecordedPort>(recording_, std::move(port), event.Link);
+      auto port = record_->world().serialPorts().open(number);
+      record_->tell(event);
+      return std::make_unique<RecordedPort>(record_, std::move(port), event.Link);
     } catch (const Failure& failure) {
       event.Trouble = failure;
-      recording_->tell(event);
+      record_->tell(event);
       throw;
     }
   }
 
  private:
-  SharedRecording recording_;
+  SharedRecord record_;
 };
 
 template <class Operation>
@@ -190,28 +190,28 @@ class AnsweredList : public DeviceList {
 /// Asks for everything at once, so that the record is whole whatever the program then looks at.
 class RecordedDevices : public DeviceTree {
  public:
-  explicit RecordedDevices(SharedRecording recording) : recording_(std::move(recording)) {}
+  explicit RecordedDevices(SharedRecord record) : record_(std::move(record)) {}
   std::unique_ptr<DeviceList> devicesOfClass(std::string_view classGuid) override {
     WireEvent event{.Kind = WireKind::Devices, .Text = std::string(classGuid)};
-    event.Devices = listed(recording_->world().deviceTree(), classGuid);
-    recording_->tell(event);
+    event.Devices = listed(record_->world().deviceTree(), classGuid);
+    record_->tell(event);
     return deviceListOf(event.Devices);
   }
 
  private:
-  SharedRecording recording_;
+  SharedRecord record_;
 };
 
 /// Identifiers are drawn, and sent to loggers.
 class RecordedCryptography : public CryptographicProvider {
  public:
-  explicit RecordedCryptography(SharedRecording recording) : recording_(std::move(recording)) {}
+  explicit RecordedCryptography(SharedRecord record) : record_(std::move(record)) {}
   std::array<std::uint8_t, 16> md5(std::span<const std::uint8_t> bytes) override {
     return inner().md5(bytes);
   }
   void randomBytes(std::span<std::uint8_t> into) override {
     inner().randomBytes(into);
-    recording_->tell({.Kind = WireKind::Random, .Bytes = {into.begin(), into.end()}});
+    record_->tell({.Kind = WireKind::Random, .Bytes = {into.begin(), into.end()}});
   }
   std::unique_ptr<Sha1Hash> createSha1() override { return inner().createSha1(); }
   std::unique_ptr<KeyContainer> openContainer(const std::string& file) override {
@@ -221,19 +221,19 @@ class RecordedCryptography : public CryptographicProvider {
   void deleteDamagedContainer(const std::string& file) override { inner().deleteDamagedContainer(file); }
 
  private:
-  CryptographicProvider& inner() { return recording_->world().cryptography(); }
+  CryptographicProvider& inner() { return record_->world().cryptography(); }
 
-  SharedRecording recording_;
+  SharedRecord record_;
 };
 
 class RecordedWorld : public WrappedPlatform {
  public:
   RecordedWorld(const std::shared_ptr<Platform>& world, const std::shared_ptr<WireSink>& sink, double began)
       : WrappedPlatform(world),
-        recording_(std::make_shared<Recording>(world, sink, began)),
-        ports_(recording_),
-        devices_(recording_),
-        cryptography_(recording_) {}
+        record_(std::make_shared<WireRecord>(world, sink, began)),
+        ports_(record_),
+        devices_(record_),
+        cryptography_(record_) {}
   /// The objects that the library keeps in a world may still use it while they end.
   ~RecordedWorld() override { objects().clear(); }
   RecordedWorld(const RecordedWorld&) = delete;
@@ -244,7 +244,7 @@ class RecordedWorld : public WrappedPlatform {
   CryptographicProvider& cryptography() override { return cryptography_; }
 
  private:
-  SharedRecording recording_;
+  SharedRecord record_;
   RecordedPorts ports_;
   RecordedDevices devices_;
   RecordedCryptography cryptography_;

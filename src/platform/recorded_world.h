@@ -28,7 +28,7 @@ struct ListedDevices {
 /// A list that answers as `listed`. Raises SystemError when the list itself was refused.
 std::unique_ptr<DeviceList> deviceListOf(const ListedDevices& listed);
 
-/// What the program does at a port stands before `Received`, what comes to it from there on.
+/// What the program does at a port stands before `Received`; what comes to it, from there on.
 enum class WireKind : std::uint8_t {
   Open,       ///< `Number`; a refusal in `Trouble`
   Configure,  ///< `Settings`
@@ -50,7 +50,7 @@ constexpr bool isSaid(WireKind kind) { return kind < WireKind::Received; }
 
 struct WireEvent {
   WireKind Kind = WireKind::Open;
-  double Time = 0;        ///< seconds since the recording began
+  double Time = 0;        ///< seconds since the record began
   double Empty = -1;      ///< of what was received: when the program had last found nothing there; -1: never
   std::int32_t Link = 0;  ///< which opening of a port it belongs to, counted from 1; 0 for none
   std::int32_t Number = 0;
