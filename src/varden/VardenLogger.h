@@ -140,7 +140,7 @@ class VardenLogger : public LoggerLink {
   /// A line for each value: label, separator, value, CR LF. Enumerations stand in words.
   std::string fncConfigToString(std::string_view separator);
 
-  // Time: logger_seconds.cpp
+  // Time: varden_seconds.cpp
   static double fncLoggerSecondsToDate(std::int32_t seconds);
   static std::int32_t fncDateToLoggerSeconds(double date);
 

@@ -1,5 +1,5 @@
 #include "varden/battery.h"
-#include "varden/logger_seconds.h"
+#include "varden/varden_seconds.h"
 
 #include <algorithm>
 #include <limits>

@@ -3,10 +3,10 @@
 #include <nlohmann/json.hpp>
 #include "engineering/dates.h"
 #include "engineering/recording.h"
+#include "recording/decoded_recording.h"
 #include "recording/json_output.h"
 #include "recording/recording_files.h"
 #include "recording/recording_world.h"
-#include "recording/saved_recording.h"
 #include "words/counted.h"
 #include "words/meanings.h"
 #include "words/say.h"

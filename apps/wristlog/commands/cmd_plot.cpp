@@ -5,11 +5,11 @@
 #include "hy_wristlog/failure.h"
 #include "picture/findings.h"
 #include "platform/platform.h"
+#include "recording/decoded_recording.h"
 #include "recording/json_output.h"
 #include "recording/plotted_logger.h"
 #include "recording/recording_files.h"
 #include "recording/recording_world.h"
-#include "recording/saved_recording.h"
 #include "words/say.h"
 
 namespace wristlog {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "recording/saved_recording.h"
+#include "recording/decoded_recording.h"
 #include "session/options.h"
 
 namespace wristlog {

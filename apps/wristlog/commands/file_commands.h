@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "recording/saved_recording.h"
+#include "recording/decoded_recording.h"
 #include "session/options.h"
 
 namespace wristlog {

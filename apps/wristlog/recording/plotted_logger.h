@@ -1,7 +1,7 @@
 #pragma once
 
 #include "picture/recording.h"
-#include "recording/saved_recording.h"
+#include "recording/decoded_recording.h"
 
 namespace wristlog {
 

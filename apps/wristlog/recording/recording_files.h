@@ -8,8 +8,8 @@
 
 #include "picture/recording.h"
 #include "platform/platform.h"
+#include "recording/decoded_recording.h"
 #include "recording/json.h"
-#include "recording/saved_recording.h"
 
 namespace wristlog {
 

@@ -4,9 +4,9 @@
 #include <string>
 
 #include "hy_wristlog/failure_numbers.h"
+#include "recording/decoded_recording.h"
 #include "recording/recording_files.h"
 #include "recording/recording_world.h"
-#include "recording/saved_recording.h"
 
 namespace wristlog {
 

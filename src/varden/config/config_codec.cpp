@@ -15,7 +15,7 @@
 #include "varden/config/wire_codes.h"
 #include "varden/failures.h"
 #include "varden/firmware.h"
-#include "varden/logger_seconds.h"
+#include "varden/varden_seconds.h"
 
 namespace hy_wristlog {
 

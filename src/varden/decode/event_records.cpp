@@ -4,7 +4,7 @@
 
 #include "base/dates.h"
 #include "varden/decode/acquisition.h"
-#include "varden/logger_seconds.h"
+#include "varden/varden_seconds.h"
 
 namespace hy_wristlog {
 namespace {

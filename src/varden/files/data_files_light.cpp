@@ -10,7 +10,7 @@
 #include "varden/decode/event_records.h"
 #include "varden/failures.h"
 #include "varden/files/data_files.h"
-#include "varden/logger_seconds.h"
+#include "varden/varden_seconds.h"
 
 namespace hy_wristlog {
 namespace {

@@ -1,4 +1,4 @@
-#include "varden/logger_seconds.h"
+#include "varden/varden_seconds.h"
 
 #include "base/dates.h"
 #include "hy_wristlog/failure_numbers.h"

@@ -1,4 +1,4 @@
-#include "recording/saved_recording.h"
+#include "recording/decoded_recording.h"
 
 #include "base/dates.h"
 #include "engineering/files.h"
