@@ -22,12 +22,12 @@
 namespace hy_wristlog::platform {
 
 /// An operation of the system failed. Callers turn it into the Failure of their own contract.
-struct HY_WRISTLOG_API SystemError {
+struct SystemError {
   std::int32_t Number;  ///< errno
 };
 
 /// The thread's time, and the only way to let it pass.
-class HY_WRISTLOG_API Clock {
+class Clock {
  public:
   virtual ~Clock() = default;
   virtual CivilTime utc() = 0;
@@ -62,7 +62,7 @@ struct LineErrors {
 
 /// An open serial port; destruction closes it. No member blocks. When the device has gone (hang-up,
 /// unplugged) every member but the destructor raises Failure PortStateFailure.
-class HY_WRISTLOG_API SerialPort {
+class SerialPort {
  public:
   virtual ~SerialPort() = default;
   /// Raises PortStateFailure when the device refuses the settings.
@@ -80,7 +80,7 @@ class HY_WRISTLOG_API SerialPort {
   virtual LineErrors takeErrors() = 0;
 };
 
-class HY_WRISTLOG_API SerialPorts {
+class SerialPorts {
  public:
   virtual ~SerialPorts() = default;
   /// Opens COM port `number`, both output lines low. Raises InvalidPort (no such port), PortNotAvailable
@@ -89,7 +89,7 @@ class HY_WRISTLOG_API SerialPorts {
 };
 
 /// The present devices of one interface class. Members raise SystemError.
-class HY_WRISTLOG_API DeviceList {
+class DeviceList {
  public:
   virtual ~DeviceList() = default;
   /// False past the last device.
@@ -101,7 +101,7 @@ class HY_WRISTLOG_API DeviceList {
   virtual std::string friendlyName(std::size_t index) = 0;
 };
 
-class HY_WRISTLOG_API DeviceTree {
+class DeviceTree {
  public:
   virtual ~DeviceTree() = default;
   /// `classGuid` in registry form with braces, any case. Raises SystemError.
@@ -116,7 +116,7 @@ struct SettingValue {
 };
 
 /// Keys are paths with "\" between their names. Comparisons ignore ASCII case. Members raise SystemError.
-class HY_WRISTLOG_API SettingsStore {
+class SettingsStore {
  public:
   virtual ~SettingsStore() = default;
   virtual bool keyExists(std::int32_t root, std::string_view key) = 0;
@@ -153,7 +153,7 @@ struct ZoneRecord {
 };
 
 /// The zones of the system under the catalogue's keys ("Eastern Standard Time").
-class HY_WRISTLOG_API ZoneRecords {
+class ZoneRecords {
  public:
   virtual ~ZoneRecords() = default;
   virtual std::vector<std::string> keys() = 0;
@@ -165,7 +165,7 @@ class HY_WRISTLOG_API ZoneRecords {
 enum class LocaleItem : std::uint8_t { DecimalSeparator, LongDate, ShortDate, Time };
 
 /// Folders, variables and formats of the user, and the user's names.
-class HY_WRISTLOG_API Environment {
+class Environment {
  public:
   virtual ~Environment() = default;
   /// 5 documents, 26 the user's application data, 35 application data of all users; empty for others.
@@ -196,14 +196,14 @@ struct FileState {
 
 /// A file that is being written. `finish` puts it whole in its place; without `finish` a former file stays
 /// unchanged. Members raise SystemError; after that the object must not be used.
-class HY_WRISTLOG_API NewFile {
+class NewFile {
  public:
   NewFile() = default;
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
   virtual ~NewFile() = default;
-  void add(std::string_view text);
-  void finish();
+  HY_WRISTLOG_API void add(std::string_view text);
+  HY_WRISTLOG_API void finish();
 
  protected:
   /// To be called at least once, also for an empty file.
@@ -218,7 +218,7 @@ class HY_WRISTLOG_API NewFile {
 };
 
 /// A lock that is held as long as the object lives.
-class HY_WRISTLOG_API FolderLock {
+class FolderLock {
  public:
   FolderLock() = default;
   FolderLock(const FolderLock&) = delete;
@@ -227,7 +227,7 @@ class HY_WRISTLOG_API FolderLock {
 };
 
 /// Whole files. Paths are absolute or relative Linux paths. Members raise SystemError.
-class HY_WRISTLOG_API Files {
+class Files {
  public:
   static constexpr std::size_t LongestFile = std::size_t{512} << 20;
   /// The most that a text file is read up to. Settings, error actions and configurations are shorter.
@@ -256,7 +256,7 @@ class HY_WRISTLOG_API Files {
 using Sha1Digest = std::array<std::uint8_t, 20>;
 
 /// SHA-1 (FIPS 180-4) of bytes that come in pieces. Members raise SystemError.
-class HY_WRISTLOG_API Sha1Hash {
+class Sha1Hash {
  public:
   virtual ~Sha1Hash() = default;
   virtual void add(std::span<const std::uint8_t> bytes) = 0;
@@ -269,7 +269,7 @@ enum class KeyPairState : std::uint8_t { Missing, Damaged, Usable };
 /// A place for one RSA key pair, seen as it was when the container was opened. Signatures are
 /// RSASSA-PKCS1-v1_5 with SHA-1, public keys SubjectPublicKeyInfo in DER (RFC 8017, RFC 5280). Members raise
 /// SystemError.
-class HY_WRISTLOG_API KeyContainer {
+class KeyContainer {
  public:
   virtual ~KeyContainer() = default;
   virtual KeyPairState keyPairState() = 0;
@@ -288,7 +288,7 @@ class HY_WRISTLOG_API KeyContainer {
 };
 
 /// Members raise SystemError.
-class HY_WRISTLOG_API CryptographicProvider {
+class CryptographicProvider {
  public:
   virtual ~CryptographicProvider() = default;
   /// RFC 1321.
@@ -305,7 +305,7 @@ class HY_WRISTLOG_API CryptographicProvider {
 };
 
 /// Runs while events are served: for instance a link with its line events and its timer.
-class HY_WRISTLOG_API EventSource {
+class EventSource {
  public:
   virtual void serveEvents() = 0;
 
@@ -314,7 +314,7 @@ class HY_WRISTLOG_API EventSource {
 };
 
 /// Objects of which each thread's world has one. They are made on first use and end with the world.
-class HY_WRISTLOG_API WorldObjects {
+class WorldObjects {
  public:
   WorldObjects() = default;
   WorldObjects(const WorldObjects&) = delete;
@@ -350,7 +350,7 @@ class HY_WRISTLOG_API WorldObjects {
 };
 
 /// What the world is for one thread.
-class HY_WRISTLOG_API Platform {
+class Platform {
  public:
   Platform() = default;
   Platform(const Platform&) = delete;
@@ -385,7 +385,7 @@ class HY_WRISTLOG_API Platform {
 /// The calling thread's world: the machine itself, unless `use` has set another one.
 HY_WRISTLOG_API Platform& current();
 /// The same, for those that must keep their world alive.
-HY_WRISTLOG_API std::shared_ptr<Platform> shareCurrent();
+std::shared_ptr<Platform> shareCurrent();
 
 /// Makes `world` the calling thread's world; null brings the machine back. Returns the former world, null for
 /// the machine. What belonged to the former world stays with it.
