@@ -15,9 +15,6 @@ Class_Subject subjectOf(const Record& record) {
 #define HY_TIDIED(Name, Type) HY_STORED(Name, Type)
 #define HY_COMPUTED(Name, Type)
 #include "hy_wristlog/subject_properties.inc"
-#undef HY_STORED
-#undef HY_TIDIED
-#undef HY_COMPUTED
   return subject;
 }
 
@@ -31,9 +28,6 @@ void putSubject(Record& record, Class_Subject& subject) {
 #define HY_TIDIED(Name, Type) HY_STORED(Name, Type)
 #define HY_COMPUTED(Name, Type)
 #include "hy_wristlog/subject_properties.inc"
-#undef HY_STORED
-#undef HY_TIDIED
-#undef HY_COMPUTED
 }
 
 }  // namespace hy_wristlog
