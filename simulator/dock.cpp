@@ -10,16 +10,16 @@
 namespace hy_wristlog::simulator {
 
 using namespace std::chrono_literals;
+using platform::ComPortClass;
 using platform::LineParity;
 using platform::LineStopBits;
+using platform::UsbDeviceClass;
 
 namespace {
 
 constexpr platform::LineSettings VardenSettings{57600, LineParity::None, 8, LineStopBits::Two},
     PendrelSettings{600, LineParity::None, 8, LineStopBits::One};
 constexpr nanoseconds DsrRises = 120ms, DsrFalls = 30ms, WakingUp = 40ms, ShortestWakePulse = 20ms;
-constexpr std::string_view ComPortClass = "{4d36e978-e325-11ce-bfc1-08002be10318}";
-constexpr std::string_view UsbDeviceClass = "{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
 
 [[noreturn]] void raise(std::int32_t number, const char* text) { throw Failure{number, "SerialPort", text}; }
 

@@ -8,16 +8,11 @@
 namespace hy_wristlog {
 namespace {
 
-using platform::LineParity;
-using platform::LineStopBits;
+using platform::ParityLetters;
+using platform::StopBitTexts;
 
 constexpr std::int32_t BaudRates[] = {110,   300,   600,   1200,  2400,  4800,   9600,   14400,
                                       19200, 28800, 38400, 56000, 57600, 115200, 128000, 256000};
-constexpr std::string_view ParityLetters = "emnos";
-constexpr LineParity Parities[] = {LineParity::Even, LineParity::Mark, LineParity::None, LineParity::Odd,
-                                   LineParity::Space};
-constexpr std::string_view StopBitTexts[] = {"1", "1.5", "2"};
-constexpr LineStopBits StopBits[] = {LineStopBits::One, LineStopBits::OneAndHalf, LineStopBits::Two};
 constexpr std::int32_t FewestDataBits = 4, MostDataBits = 8;
 
 /// The entry that stands for `index`, counted from 1; null when there is none.
@@ -70,7 +65,8 @@ std::optional<platform::LineSettings> parseLineSettings(std::string_view text) {
   if (!baud || !placeOf(BaudRates, *baud) || !parity || !dataBits || *dataBits < FewestDataBits ||
       *dataBits > MostDataBits || !stop)
     return std::nullopt;
-  return platform::LineSettings{*baud, Parities[*parity], *dataBits, StopBits[*stop]};
+  return platform::LineSettings{*baud, static_cast<platform::LineParity>(*parity), *dataBits,
+                                static_cast<platform::LineStopBits>(*stop)};
 }
 
 }  // namespace hy_wristlog

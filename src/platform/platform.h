@@ -41,6 +41,9 @@ class Clock {
 
 enum class LineParity : std::uint8_t { Even, Mark, None, Odd, Space };
 enum class LineStopBits : std::uint8_t { One, OneAndHalf, Two };
+/// In the order of the enumerators.
+inline constexpr std::string_view ParityLetters = "emnos";
+inline constexpr std::array<std::string_view, 3> StopBitTexts{"1", "1.5", "2"};
 
 struct LineSettings {
   std::int32_t Baud = 9600;
@@ -100,6 +103,10 @@ class DeviceList {
   /// For instance "Communications Dock (COM33)".
   virtual std::string friendlyName(std::size_t index) = 0;
 };
+
+/// The classes that docks belong to.
+inline constexpr const char* ComPortClass = "{4d36e978-e325-11ce-bfc1-08002be10318}";
+inline constexpr const char* UsbDeviceClass = "{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
 
 class DeviceTree {
  public:

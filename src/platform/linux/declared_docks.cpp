@@ -6,6 +6,7 @@
 #include "base/ascii.h"
 #include "platform/linux/port_numbers.h"
 #include "platform/linux/system_io.h"
+#include "platform/platform.h"
 
 namespace hy_wristlog::platform {
 namespace {

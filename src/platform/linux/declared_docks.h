@@ -7,9 +7,6 @@
 
 namespace hy_wristlog::platform {
 
-inline constexpr std::string_view ComPortClass = "{4d36e978-e325-11ce-bfc1-08002be10318}";
-inline constexpr std::string_view UsbDeviceClass = "{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
-
 /// A dock that the user declares. Entries that say nothing usable are empty or 0.
 struct DeclaredDock {
   std::string VendorID, ProductID;  ///< four upper-case hexadecimal digits

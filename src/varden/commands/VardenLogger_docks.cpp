@@ -14,14 +14,15 @@ namespace hy_wristlog {
 using namespace FailureNumber;
 namespace {
 
+using platform::ComPortClass;
+using platform::UsbDeviceClass;
+
 constexpr const char* Class = "Class_VardenLogger";
 
 constexpr const char* VendorID = "5245";
 constexpr const char* QuillanderProduct = "4000";
 constexpr const char* TolkaFirstProduct = "4001";
 constexpr const char* TolkaSecondProduct = "4002";
-constexpr const char* ComPortClass = "{4d36e978-e325-11ce-bfc1-08002be10318}";
-constexpr const char* UsbDeviceClass = "{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
 
 /// What fncOpenTolkaPort and fncOpenQuillanderPort return.
 enum OpenResult : std::int32_t {
