@@ -8,6 +8,13 @@
 
 namespace hy_wristlog::engineering {
 
+std::string modelWords(enmLoggerPointer model) {
+  const DockedModel* docked = dockedModel(model);
+  return docked != nullptr ? docked->Words : "";
+}
+
+std::string modelWords(enmDeviceType type) { return deviceText(type); }
+
 std::vector<DockView> docks() {
   openLibrary();
   std::vector<DockView> views;

@@ -17,6 +17,10 @@ struct DockView {
   std::int32_t Port = 0;       ///< COM port of the only one; 0 when there is none, several, or no port
 };
 
+/// "Kestrin Vivid" or "Kestrin 2".
+std::string modelWords(enmLoggerPointer model);
+std::string modelWords(enmDeviceType type);
+
 /// One row a model. Raises the failures of the device search.
 std::vector<DockView> docks();
 

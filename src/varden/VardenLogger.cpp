@@ -41,11 +41,7 @@ ByteArray VardenLogger::Get_RawData(std::int32_t count) const {
   return {record.RawData->begin(), record.RawData->begin() + static_cast<std::ptrdiff_t>(kept)};
 }
 
-std::string VardenLogger::Get_DeviceText() const {
-  if (record.DeviceType == KR_QUILLANDER) return "Kestrin Vivid";
-  if (record.DeviceType == KR_TOLKA) return "Kestrin 2";
-  return {};
-}
+std::string VardenLogger::Get_DeviceText() const { return deviceText(record.DeviceType); }
 
 std::int32_t VardenLogger::Get_MaxBatteryLife() const {
   if (record.DeviceType == KR_QUILLANDER) return 365;

@@ -17,6 +17,12 @@ namespace hy_wristlog {
 /// Bytes. An empty std::optional of them stands for "holds no array".
 using ByteArray = std::vector<std::uint8_t>;
 
+/// A model's name as users know it; empty for another type.
+constexpr const char* deviceText(enmDeviceType type) {
+  if (type == KR_QUILLANDER) return "Kestrin Vivid";
+  return type == KR_TOLKA ? "Kestrin 2" : "";
+}
+
 /// The values of one Varden logger. Plain data: codecs and the decoder read and write them without knowing a
 /// port.
 struct VardenRecord {

@@ -5,8 +5,8 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr DockedModel KestrinVivid{KR_QUILLANDER, "Kestrin Vivid"};
-constexpr DockedModel Kestrin2{KR_TOLKA, "Kestrin 2"};
+constexpr DockedModel KestrinVivid{KR_QUILLANDER, deviceText(KR_QUILLANDER)};
+constexpr DockedModel Kestrin2{KR_TOLKA, deviceText(KR_TOLKA)};
 
 }  // namespace
 

@@ -7,6 +7,7 @@
 #include "commands/retrieval.h"
 #include "debugger/debugger_host.h"
 #include "debugger/watched_world.h"
+#include "engineering/docks.h"
 #include "hy_wristlog/Class_Main.h"
 #include "recording/json_output.h"
 #include "recording/recording_files.h"
@@ -71,7 +72,7 @@ Result watch(const CommonOptions& common, const ConsoleOptions& options) {
   std::optional<hw::simulator::DockBench> bench;
   if (!common.Simulate.empty()) bench = makeWornBench(common.Simulate);
   const std::shared_ptr<platform::Platform> machine = platform::shareCurrent();
-  const std::string model = options.Model == "vivid" ? "Kestrin Vivid" : "Kestrin 2";
+  const std::string model = engineering::modelWords(modelFromName(options.Model));
   DebuggerScreen screen(
       "Communications Debugger: " + options.Workflow + ", " + model + (bench ? ", simulated" : ""),
       machine->clock());

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "engineering/docks.h"
 #include "engineering/recording.h"
 #include "engineering/zones.h"
 #include "hy_wristlog/failure.h"
@@ -16,10 +17,6 @@ namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
 
 namespace {
-
-std::string modelWords(hw::enmDeviceType type) {
-  return type == hw::KR_QUILLANDER ? "Kestrin Vivid" : type == hw::KR_TOLKA ? "Kestrin 2" : "Logger";
-}
 
 std::string activityWords(hw::ActivityPart part) {
   switch (part) {
@@ -104,7 +101,7 @@ void addFacts(picture::PlottedRecording& plot, const DecodedRecording& recording
   hw::Class_VardenLogger& logger = *recording.Logger;
   const auto add = [&](const char* label, const std::string& value) { addFact(plot, label, value); };
   addSubjectFacts(plot, logger);
-  add("Logger", modelWords(logger.Get_DeviceType()));
+  add("Logger", engineering::modelWords(logger.Get_DeviceType()));
   add("Serial number", logger.Get_SerialNumber());
   add("Firmware", logger.Get_FirmwareVersion());
   add("Recorded", modeWords(mode));
@@ -136,7 +133,7 @@ picture::PlottedRecording plottedRecording(DecodedRecording recording) {
     throw hw::Failure(hw::FailureNumber::OutOfRange, "plottedRecording", hw::IncompatibleMode);
   picture::PlottedRecording plot;
   plot.Subject = logger.Get_SubjectIdentity();
-  plot.Logger = modelWords(logger.Get_DeviceType()) + " " + logger.Get_SerialNumber();
+  plot.Logger = engineering::modelWords(logger.Get_DeviceType()) + " " + logger.Get_SerialNumber();
   plot.Zone = engineering::zoneName(logger);
   plot.Epoch = logger.Get_EpochLength();
   if (plot.Epoch > 0) plot.Epochs = static_cast<std::size_t>(std::max(0, logger.Get_Samples()));
