@@ -26,7 +26,7 @@ struct Worst {
   const char* Name;
   simulator::Mode Mode;
   std::size_t SampleBytes;
-  bool Marks;  ///< all four of a status, in front of each sample
+  bool Marks;  ///< all four of a status, before each sample
   int Gaps;    ///< of 30 days
   int GapDays;
   std::int32_t Epoch = 15;

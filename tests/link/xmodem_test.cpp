@@ -126,7 +126,7 @@ TEST(XmodemSend, TellsItsStagesAndTakesItsTime) {
             "Packets sent, sending EOT\nEOT sent...waiting for response\nACK received\n"
             "End Packet Send Routine\n");
   EXPECT_EQ(o.world->journal(), "4800 n8 2; 57600 n8 2");
-  // 50 for the C, 500 before the packet, 133 bytes with 1 in front of each, two answers of two polls.
+  // 50 for the C, 500 before the packet, 133 bytes with 1 ms before each, two answers of two polls.
   EXPECT_NEAR(static_cast<double>(o.world->Now), 50 + 500 + 133 + 200, 3);
 }
 

@@ -210,7 +210,7 @@ constexpr auto Verdicts = std::to_array<Verdict>({
     {"Decode_MemoryFull", "The logger recorded until its memory was full."},
     {"Decode_StartBeforeLastStop", "A start lies before the last stop; what came later is left out."},
     {"Decode_AcqStopTimeBeforePriorData",
-     "A stop lies before the data in front of it; what came later is left out."},
+     "A stop is earlier than data recorded before it; what came later is left out."},
     {"Decode_MarkerEventOutsideAcquisition",
      "A marker lies outside the recording; what came later is left out."},
     {"Decode_InputError", "There was nothing to decode."},
