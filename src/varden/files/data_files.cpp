@@ -2,6 +2,7 @@
 
 #include "base/faults.h"
 #include "errors/GlobalState.h"
+#include "errors/Procedure.h"
 #include "platform/platform.h"
 #include "tools/paths.h"
 
@@ -61,9 +62,17 @@ std::int64_t lastRawIndex(const VardenRecord& record) {
   return record.BytesUsed == 0 || record.BytesUsed > upperBound ? upperBound : record.BytesUsed - 1;
 }
 
-bool requireRawData(const VardenRecord& record) {
-  if (!record.RawData) tell("Insufficient data");
-  return record.RawData.has_value();
+void saveDataFile(const VardenRecord& record, const char* name, std::string_view path,
+                  const std::function<void(Procedure&, DataFile&)>& compose) {
+  Procedure procedure{"Class_VardenLogger", name};
+  procedure.passesOn(fault::PathFileAccess);
+  DataFile file(path);
+  procedure.cleanUp([&file] { file.leave(); });
+  procedure.run([&] {
+    if (!record.RawData) return tell("Insufficient data");
+    compose(procedure, file);
+    procedure.statement([&] { file.save(); });
+  });
 }
 
 void tell(std::string_view text, std::string_view title) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -12,6 +13,8 @@
 /// What the engineers' files have in common. Their lines end with CR LF. A comma-separated field stands in
 /// double quotes; quotes inside it are not doubled. Text is UTF-8.
 namespace hy_wristlog {
+
+class Procedure;
 
 /// A text file that is written while it is composed and takes its place when it is saved. So a former file is
 /// replaced by a whole one or not at all. When a report fails half-way, the lines so far are kept if no
@@ -56,8 +59,10 @@ class DataFile {
 /// greater. The record must hold raw data.
 std::int64_t lastRawIndex(const VardenRecord& record);
 
-/// Whether the record holds raw data; when it does not, a message box says "Insufficient data".
-bool requireRawData(const VardenRecord& record);
+/// The body of the procedure `name`, which writes a file that `compose` fills. Without raw data, which a
+/// message box tells, nothing is written.
+void saveDataFile(const VardenRecord& record, const char* name, std::string_view path,
+                  const std::function<void(Procedure&, DataFile&)>& compose);
 
 /// Shows a message box with the button OK. Without a title it bears the library's name.
 void tell(std::string_view text, std::string_view title = {});

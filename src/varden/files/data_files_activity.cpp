@@ -91,18 +91,12 @@ void addActivity(DataFile& file, const VardenRecord& record, std::int64_t positi
 }  // namespace
 
 void VardenLogger::subSaveActivityOnlyKRD(std::string_view path) {
-  Procedure procedure{"Class_VardenLogger", Name};
-  procedure.passesOn(fault::PathFileAccess);
-  DataFile file(path);
-  procedure.cleanUp([&file] { file.leave(); });
-  procedure.run([&] {
-    if (!requireRawData(record)) return;
+  saveDataFile(record, Name, path, [this](Procedure& procedure, DataFile& file) {
     procedure.statement([&] { checkRecord(record); });
     const std::int64_t last = lastRawIndex(record);
     const std::int64_t position = procedure.statement([&] { return findLastStart(record, last); });
     procedure.statement([&] { addHeading(file, record); });
     procedure.statement([&] { addActivity(file, record, position, last); });
-    procedure.statement([&] { file.save(); });
   });
 }
 

@@ -47,12 +47,7 @@ void addReadings(DataFile& file, const VardenRecord& record) {
 }  // namespace
 
 void VardenLogger::subSaveDecodedTolkaTestDataToFile(std::string_view path) {
-  Procedure procedure{"Class_VardenLogger", Name};
-  procedure.passesOn(fault::PathFileAccess);
-  DataFile file(path);
-  procedure.cleanUp([&file] { file.leave(); });
-  procedure.run([&] {
-    if (!requireRawData(record)) return;
+  saveDataFile(record, Name, path, [this](Procedure& procedure, DataFile& file) {
     procedure.statement([&] { checkStart(*record.RawData); });
     procedure.statement(
         [&] { record.StartTimeGMT = dateFromUnixSeconds(loggerSecondsAt(*record.RawData, TimeAt)); });
@@ -68,7 +63,6 @@ void VardenLogger::subSaveDecodedTolkaTestDataToFile(std::string_view path) {
       file.line();
     });
     procedure.statement([&] { addReadings(file, record); });
-    procedure.statement([&] { file.save(); });
   });
 }
 

@@ -17,7 +17,6 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr char Module[] = "Class_VardenLogger";
 constexpr std::string_view Heading = "QV/HY Varden Logger Raw Data Output File";
 constexpr std::string_view AddressLabel = "Address";
 /// The most characters of a wrong value that a failure's description shows.
@@ -105,12 +104,7 @@ ByteArray readRawDump(std::string_view content, std::size_t mostBytes, Addresses
 }
 
 void VardenLogger::subSaveRawDataToFile(std::string_view path) {
-  Procedure procedure{Module, "subSaveRawDataToFile"};
-  procedure.passesOn(fault::PathFileAccess);
-  DataFile file(path);
-  procedure.cleanUp([&file] { file.leave(); });
-  procedure.run([&] {
-    if (!requireRawData(record)) return;
+  saveDataFile(record, "subSaveRawDataToFile", path, [this](Procedure& procedure, DataFile& file) {
     procedure.statement([&] {
       file.line(Heading);
       file.line("Subject ID:", record.EncodedSetup);
@@ -125,12 +119,11 @@ void VardenLogger::subSaveRawDataToFile(std::string_view path) {
       file.line();
       addBytes(file, *record.RawData, lastRawIndex(record));
     });
-    procedure.statement([&] { file.save(); });
   });
 }
 
 void VardenLogger::subReadRawDataFromFile(std::string_view path) {
-  Procedure procedure{Module, "subReadRawDataFromFile"};
+  Procedure procedure{"Class_VardenLogger", "subReadRawDataFromFile"};
   procedure.passesOn(fault::PathFileAccess);
   procedure.run([&] {
     const std::string content = procedure.statement([&] { return readFile(nativePath(path)); });

@@ -18,7 +18,6 @@
 namespace hy_wristlog {
 namespace {
 
-constexpr char Module[] = "Class_VardenLogger";
 constexpr char Name[] = "subSaveDecodedDataToFile";
 
 constexpr std::array<const char*, 18> ResultTexts{
@@ -202,12 +201,7 @@ void addEvents(DataFile& file, const VardenRecord& record) {
 }  // namespace
 
 void VardenLogger::subSaveDecodedDataToFile(std::string_view path) {
-  Procedure procedure{Module, Name};
-  procedure.passesOn(fault::PathFileAccess);
-  DataFile file(path);
-  procedure.cleanUp([&file] { file.leave(); });
-  procedure.run([&] {
-    if (!requireRawData(record)) return;
+  saveDataFile(record, Name, path, [this](Procedure& procedure, DataFile& file) {
     procedure.statement([&] { addHeading(file, record); });
     bool lowBattery = false;
     tellResult(procedure.statement([&] { return fncDecodeDataArrays(lowBattery, std::nullopt, true); }));
@@ -217,7 +211,6 @@ void VardenLogger::subSaveDecodedDataToFile(std::string_view path) {
       addRows(file, record, columns);
       addEvents(file, record);
     });
-    procedure.statement([&] { file.save(); });
   });
 }
 
