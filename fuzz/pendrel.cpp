@@ -53,11 +53,8 @@ constexpr std::string_view Lines[] = {
     "error #",
     "gone #"};
 
-constexpr std::size_t MostCalls = 12;
-constexpr std::int64_t LongestCall = 3600000;  ///< simulated milliseconds
-
-struct Session {
-  explicit Session(std::string_view text) : script(linesOf(text)), farEnd(world, script) {}
+struct PendrelConversation : Conversation {
+  using Conversation::Conversation;
 
   void hold() {
     world.failureOf([&] { logger.fncOpenCOMport(7, false); });
@@ -98,10 +95,7 @@ struct Session {
       record.SubjectInfo.resize(64, ' ');
       checkSubject();
     } else if (line.is("call")) {
-      const std::int64_t before = world->Now;
-      world.failureOf([&] { call(line); });
-      if (world->Now - before > LongestCall)
-        finding("a call takes " + std::to_string(world->Now - before) + " ms");
+      failureOfCall([&] { call(line); });
     }
   }
 
@@ -163,9 +157,6 @@ struct Session {
     reached("subjects that went round", 1);
   }
 
-  QuietWorld world;
-  std::vector<Line> script;
-  FarEnd farEnd;
   Pendrel logger;
   SetupLines setup;
 };
@@ -174,6 +165,6 @@ struct Session {
 
 const std::span<const std::string_view> Grammar = Lines;
 
-void run(std::string_view script) { Session(script).hold(); }
+void run(std::string_view script) { PendrelConversation(script).hold(); }
 
 }  // namespace hy_wristlog::fuzz

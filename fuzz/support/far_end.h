@@ -15,15 +15,14 @@ namespace hy_wristlog::fuzz {
 
 /// The far end of the serial line, a logger that does what a script says. Its lines:
 ///   on TEXT              what follows is sent when the text has been heard
-///   say TEXT             sends the text; `value TEXT` with a CRC and a prompt, `summed TEXT` with the sum of
-///   its
-///                        characters and a prompt; `sum TEXT` sends the sum alone
+///   say TEXT             sends the text; `value TEXT` with a CRC and a prompt, `summed TEXT` with the sum
+///                        of its characters and a prompt; `sum TEXT` sends the sum alone
 ///   block SEED SPOIL     a block of a Pendrel's memory with its sum, which SPOIL changes
 ///   late MS              what follows in this answer comes so much later
-///   payload COUNT SEED   bytes to be sent; also `config MODE SEED`, a config block, and `stream EPOCHS
-///   SEED`, a recording send SIZE            sends the payload in packets of 128 (1) or 1024 (2) bytes, each
-///   when the one before has been
-///                        acknowledged, and the end of the transmission
+///   payload COUNT SEED   bytes to be sent; also `config MODE SEED`, a config block, and
+///                        `stream EPOCHS SEED`, a recording
+///   send SIZE            sends the payload in packets of 128 (1) or 1024 (2) bytes, each when the one before
+///                        has been acknowledged, and the end of the transmission
 ///   packet STEP SIZE SEED SPOIL  one packet; the steps lead from number to number, SPOIL changes its CRC
 ///   take COUNT           acknowledges so many packets of 128 bytes and the end of the transmission
 ///   hex BYTES            bytes as they are
@@ -72,6 +71,28 @@ class FarEnd {
   std::int64_t late_ = 0, error_ = 0, operations_ = 0;
   std::uint8_t number_ = 0;
   bool echo_ = true;
+};
+
+/// A script and the world in which the far end does what it says. Its lines "call NAME" are the target's own.
+struct Conversation {
+  static constexpr std::size_t MostCalls = 12;
+
+  explicit Conversation(std::string_view text) : script(linesOf(text)), farEnd(world, script) {}
+
+  /// The failure of a call, which must not last for an hour of simulated time.
+  template <class Call>
+  std::int32_t failureOfCall(Call&& call) const {
+    constexpr std::int64_t LongestCall = 3600000;
+    const std::int64_t before = world->Now;
+    const std::int32_t failure = world.failureOf(call);
+    if (world->Now - before > LongestCall)
+      finding("a call takes " + std::to_string(world->Now - before) + " ms");
+    return failure;
+  }
+
+  QuietWorld world;
+  std::vector<Line> script;
+  FarEnd farEnd;
 };
 
 }  // namespace hy_wristlog::fuzz
