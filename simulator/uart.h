@@ -17,8 +17,8 @@ struct HeardCharacter {
 };
 
 /// What a receiver makes of one character sent with other settings: the waveform is sampled in the middle of
-/// the receiver's own bits, so a wrong speed gives garbage, several characters, or none. Each character is
-/// heard by itself, as if the line rested after it.
+/// the receiver's own bits, so a wrong speed gives garbage, several characters, or none. The line rests after
+/// each character.
 std::vector<HeardCharacter> hear(std::uint8_t byte, const platform::LineSettings& sender,
                                  const platform::LineSettings& receiver);
 

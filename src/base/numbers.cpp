@@ -19,7 +19,7 @@ To roundTo(double value) {
   double rounded = std::floor(value);
   const double rest = value - rounded;
   if (rest > 0.5 || (rest == 0.5 && std::fmod(rounded, 2.0) != 0.0)) rounded += 1.0;
-  // The greatest 64-bit number is no double, but one more is.
+  // The bounds are doubles: 2^63 - 1 is none, but 2^63, which is -Lowest, is one.
   constexpr double Lowest = static_cast<double>(std::numeric_limits<To>::min());
   if (!(rounded >= Lowest && rounded < -Lowest)) fault::raise(fault::Overflow);
   return static_cast<To>(rounded);

@@ -22,7 +22,7 @@ constexpr double CurrencyUnits = 10000;
 double numberOfText(const HyVariant& value) {
   const std::string text = textOf(value.bstrVal);
   if (const auto number = parseNumber(text)) return *number;
-  // A text that is numeric and yet no number is too large.
+  // The value of a numeric text can only be missing because it is too large.
   refuse(isNumeric(text) ? HY_DISP_E_OVERFLOW : HY_DISP_E_TYPEMISMATCH);
 }
 

@@ -44,11 +44,9 @@ constexpr std::array<OwnAction, 12> OwnActions{{
     {25000, errResumeNext, false, true, 2, ""},
     {-2147217865, errClose, true, true, 2,
      "The database that you are using may have been deleted or moved vbcrlf or a network share that the "
-     "database "
-     "is stored on may be vbcrlf temporarily disconected. vbcrlf vbcrlf You will not be able to continue "
-     "until "
-     "you have restored vbcrlf the connection. vbcrlf vbcrlf The software will now close. If this problem "
-     "persists please vbcrlf contact Halcyra Product Support."},
+     "database is stored on may be vbcrlf temporarily disconected. vbcrlf vbcrlf You will not be able to "
+     "continue until you have restored vbcrlf the connection. vbcrlf vbcrlf The software will now close. "
+     "If this problem persists please vbcrlf contact Halcyra Product Support."},
     {ControlBlockFailure, errRaiseAll, false, false, 1, ""},
     {ClosedWhileInUse, errRaiseAll, false, false, 1, ""},
     {PortStateFailure, errRaiseAll, false, false, 1, ""},

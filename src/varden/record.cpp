@@ -27,8 +27,7 @@ VardenRecord VardenRecord::copy() const {
 }
 
 void VardenRecord::erase() {
-  // The wrist array is emptied when the blue light array holds something; whether it does so itself is not
-  // asked.
+  // The wrist array goes with the blue light array: it stays when that one is empty.
   TristateSeries wrist;
   if (BlueLightArray.empty()) wrist = std::move(WristStatusArray);
   *this = VardenRecord();

@@ -29,9 +29,9 @@ StatusTexts same(const std::string& text) { return {text, text}; }
 
 StatusTexts unknownStatus() {
   return {"Error: Unknown Status",
-          "Status information in the logger is corrupted or has been lost. If this logger has data you need, "
-          "click "
-          "'Retrieve' to recover data. Otherwise click 'Configure' to reset the logger's configuration."};
+          "Status information in the logger is corrupted or has been lost. If this logger has data you "
+          "need, click 'Retrieve' to recover data. Otherwise click 'Configure' to reset the logger's "
+          "configuration."};
 }
 
 StatusTexts tooManyDocks(const std::string& model) {

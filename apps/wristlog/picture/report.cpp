@@ -144,22 +144,17 @@ std::string readingSection(const RecordedDays& days) {
   const std::string minutes = std::to_string(1440 / std::max<std::size_t>(1, days.ColumnsPerDay));
   return "<section><h2>How to read the picture</h2>\n"
          "<p>Each row is 48 hours long: a local day, from midnight to midnight, and the day that follows it. "
-         "So "
-         "every day but the first is shown twice, and a night is never cut in two. What happens at the same "
-         "time "
-         "each day stands in one column; a rhythm that drifts runs aslant.</p>\n"
+         "So every day but the first is shown twice, and a night is never cut in two. What happens at the "
+         "same time each day stands in one column; a rhythm that drifts runs aslant.</p>\n"
          "<p>A bar is the mean of " +
          minutes +
          " minutes. The height of a row is chosen so that all but the highest half percent of the bars fit "
-         "in; "
-         "higher ones are cut and marked. Light is drawn on a logarithmic scale; values beyond it stand at "
-         "its ends. "
-         "A place where nothing was stored is filled grey, a value of 0 has a base line, and where there is "
-         "neither "
-         "the recording had not begun or was over.</p>\n"
+         "in; higher ones are cut and marked. Light is drawn on a logarithmic scale; values beyond it stand "
+         "at its ends. A place where nothing was stored is filled grey, a value of 0 has a base line, and "
+         "where there is neither the recording had not begun or was over.</p>\n"
          "<p>When the clocks are put forward the skipped hour stays blank; when they are put back the "
-         "repeated hour "
-         "shows the larger of its two values. Both are marked. The tables count every epoch.</p></section>\n";
+         "repeated hour shows the larger of its two values. Both are marked. The tables count every "
+         "epoch.</p></section>\n";
 }
 
 }  // namespace

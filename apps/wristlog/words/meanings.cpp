@@ -141,8 +141,7 @@ constexpr auto Meanings = std::to_array<Meaning>({
 constexpr auto PendrelMeanings = std::to_array<Meaning>({
     {NoCharacters,
      "The logger does not answer. Seat it in the reader anew; its battery may have to be replaced, or "
-     "another "
-     "port be searched with --search."},
+     "another port be searched with --search."},
     {NoFinalCharacter, "The logger's answer broke off. Seat it in the reader anew and clean the contacts."},
     {TooFewBytes, "The logger sent too little of its memory. Seat it in the reader anew and try again."},
     {ReturnCode::NoPortSetting,
@@ -166,8 +165,7 @@ constexpr auto PendrelMeanings = std::to_array<Meaning>({
      "The subject's details in the logger are incomplete. When retrieving, --repair takes them as they are."},
     {ReturnCode::UnknownLength,
      "How much was recorded cannot be read from the logger. When retrieving, --repair reads 64 KB, all that "
-     "the largest "
-     "memory holds; of a smaller one raw.bin has the rest."},
+     "the largest memory holds; of a smaller one raw.bin has the rest."},
     {ReturnCode::UnreadableBlock,
      "A part of the memory could not be read in five attempts. Try another port or adapter."},
     {ReturnCode::WrongDate,
@@ -175,8 +173,7 @@ constexpr auto PendrelMeanings = std::to_array<Meaning>({
      "is all that the logger's two digits of the year can mean."},
     {ReturnCode::UnknownZone,
      "The time zone is unknown, or the logger has none. See 'wristlog zones'; when retrieving, --repair "
-     "takes "
-     "the machine's."},
+     "takes the machine's."},
     {PendrelMemorySize, "The size of the logger's memory is not known here. It needs service."},
     {PendrelDeviceType, "A Pendrel logger is of no such type."},
     {PendrelOutOfRange, "A date or an address is outside what a Pendrel logger can keep."},
@@ -185,8 +182,7 @@ constexpr auto PendrelMeanings = std::to_array<Meaning>({
     {PendrelPort, "The port's number is below 1. Name another with --port."},
     {PendrelBlock,
      "More was asked for than the logger's memory holds: its set-up tells a wrong length. What it holds is "
-     "in "
-     "raw.bin."},
+     "in raw.bin."},
     {PendrelChecksum,
      "The logger's answers are damaged. Clean the contacts, try another cable, and try again."},
     {PendrelAddress, "The address is outside the logger's memory."},
@@ -269,7 +265,7 @@ std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer
                ", or it is not connected well. Seat it anew and clean the contacts.";
     }
   } catch (const hy_wristlog::Failure&) {
-    // Only the general words are left to say.
+    // The search for docks has failed, so only the code's own words can be told.
   }
   return meaningOf(returnCode);
 }
