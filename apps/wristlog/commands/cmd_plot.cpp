@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <nlohmann/json.hpp>
 
@@ -30,12 +31,15 @@ void requireRecording(const std::string& folder) {
   };
   if (kindOf(folder) != platform::FileKind::Folder)
     throw hw::Failure(hw::FailureNumber::FileNotFound, "wristlog", folder + " is not a folder");
-  for (const std::string name : {"config.ini", "raw.bin"})
-    if (kindOf(folder + "/" + name) == platform::FileKind::Missing)
-      throw hw::Failure(
-          hw::FailureNumber::FileNotFound, "wristlog",
-          folder + " holds no recording: " + name +
-              " is missing. Name a folder that 'wristlog retrieve' or 'wristlog decode' has written");
+  constexpr std::array Needed{"config.ini", "raw.bin"};
+  const auto missing = std::find_if(Needed.begin(), Needed.end(), [&](const std::string& name) {
+    return kindOf(folder + "/" + name) == platform::FileKind::Missing;
+  });
+  if (missing != Needed.end())
+    throw hw::Failure(
+        hw::FailureNumber::FileNotFound, "wristlog",
+        folder + " holds no recording: " + *missing +
+            " is missing. Name a folder that 'wristlog retrieve' or 'wristlog decode' has written");
 }
 
 }  // namespace

@@ -22,15 +22,19 @@ class Legend {
   void entry(const std::string& name, const std::string& meaning,
              const std::function<void(double x, double y)>& swatch) {
     constexpr double CellWidth = (SheetWidth - 40) / CellsAcross;
-    const double x = 20 + static_cast<double>(count_ % CellsAcross) * CellWidth;
-    const double y = sheet_.y() + static_cast<double>(count_ / CellsAcross) * CellHeight;
+    const std::size_t column = count_ % CellsAcross, row = count_ / CellsAcross;
+    const double x = 20 + static_cast<double>(column) * CellWidth;
+    const double y = sheet_.y() + static_cast<double>(row) * CellHeight;
     swatch(x, y + 4);
     sheet_.text("a-label", x + SwatchWidth + 8, y + 13, name);
     sheet_.text("a-small", x + SwatchWidth + 8, y + 27, meaning);
     ++count_;
   }
 
-  void finish() { sheet_.down(static_cast<double>((count_ + CellsAcross - 1) / CellsAcross) * CellHeight); }
+  void finish() {
+    const std::size_t rows = (count_ + CellsAcross - 1) / CellsAcross;
+    sheet_.down(static_cast<double>(rows) * CellHeight);
+  }
 
  private:
   Sheet& sheet_;
