@@ -122,17 +122,18 @@ class VardenLogger(EventSource):
     RedLightArray = Numbers("Microwatts per square centimetre: array of type \"f\".", "f")
     GreenLightArray = Numbers("Microwatts per square centimetre: array of type \"f\".", "f")
     BlueLightArray = Numbers("Microwatts per square centimetre: array of type \"f\".", "f")
-    BattLifeRemaining = Real("Days. Raises HyWristlogError 11502 for an unknown device type.")
+    BattLifeRemaining = Real("Days. Raises HyWristlogError 11502 (WrongDeviceType) for an unknown device type.")
     BatteryPercent = Whole(
-        "Of a Kestrin Vivid. For others HyWristlogError 11502 is raised; within ten seconds of a failure it "
-        "reads 0."
+        "Of a Kestrin Vivid. For others HyWristlogError 11502 (WrongDeviceType) is raised; within ten seconds "
+        "of a failure it reads 0."
     )
     CurrentGMTtime = Moment("The logger's clock now, worked out from its last reading.", utc=True)
 
     def subVardenConfigCRCreset(self) -> None:
         """Makes the docked logger compute its configuration's checksum anew. Its port must be open.
 
-        Raises HyWristlogError 3001 to 3003 and 11507.
+        Raises HyWristlogError 3001 to 3003 (NoCharacters, NoFinalCharacter, WrongCharacters) and 11507
+        (DamagedAnswer).
         """
         with self._working():
             self._dispatch.call("subVardenConfigCRCreset").clear()
@@ -280,7 +281,7 @@ class Main(Workflows):
 
         `EpochLength` is 15, 30, 60, 120 or 300 seconds. `TimeZoneAbbrev` is one of the zone catalogue's; empty
         takes the machine's zone. Both formats must be given. A start without an end is refused with 10023
-        for epochs of up to 120 seconds.
+        (WrongEnd) for epochs of up to 120 seconds.
         """
         battery, serial = _Variable(VT_R4, math.nan), _Variable(VT_BSTR)
         code = self._run(
@@ -363,8 +364,8 @@ class Main(Workflows):
 
     def AbortComms(self) -> None:
         """Asks the running workflow to stop; for callbacks. Between workflows it does nothing. Retrieve ends
-        with 10013; Configure ends with 0 all the same, its result without a serial number, or with the failure
-        of what the abort broke off. GetStatus ends with 10013 too."""
+        with 10013 (Aborted); Configure ends with 0 all the same, its result without a serial number, or with
+        the failure of what the abort broke off. GetStatus ends with 10013 too."""
         self._dispatch.call("AbortComms").clear()
 
     def LoggerSecondsToDate(self, LoggerSeconds1970: int) -> Optional[datetime]:
