@@ -145,7 +145,7 @@ void CommandLine::addRecord(CLI::App* sub, CLI::Option* when) {
   redact->needs(when);
 }
 
-void CommandLine::addLink(CLI::App* sub, const std::set<std::string>& simulated, CLI::Option* when) {
+void CommandLine::addLink(CLI::App* sub, const std::vector<std::string>& simulated, CLI::Option* when) {
   addRecord(sub, when);
   sub->add_option("--simulate", Common.Simulate, "A simulated dock with a worn logger, in simulated time")
       ->check(CLI::IsMember(simulated));
@@ -155,7 +155,7 @@ void CommandLine::addLink(CLI::App* sub, const std::set<std::string>& simulated,
 void CommandLine::addModel(CLI::App* sub, std::string& model) {
   sub->add_option("--model", model, "The logger's model: vivid (Kestrin Vivid) or kestrin2 (Kestrin 2)")
       ->required()
-      ->check(CLI::IsMember({"vivid", "kestrin2"}));
+      ->check(CLI::IsMember(VardenModels));
 }
 
 void CommandLine::addAttempts(CLI::App* sub, std::int16_t& attempts) {

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <set>
 #include <string>
+#include <vector>
 
 #include "commands/commands.h"
 #include "hy_wristlog/failure.h"
@@ -17,6 +17,9 @@ class ParseError;
 }  // namespace CLI
 
 namespace wristlog {
+
+/// What --model and --simulate call the models.
+inline const std::vector<std::string> VardenModels{"vivid", "kestrin2"};
 
 /// The limits of a subject's values that a family of loggers can keep.
 struct SubjectLimits {
@@ -50,7 +53,7 @@ class CommandLine {
   /// is one whose session can be recorded.
   void addRecord(CLI::App* sub, CLI::Option* when = nullptr);
   /// The options of a command that talks to a logger; `when` as above.
-  void addLink(CLI::App* sub, const std::set<std::string>& simulated = {"vivid", "kestrin2"},
+  void addLink(CLI::App* sub, const std::vector<std::string>& simulated = VardenModels,
                CLI::Option* when = nullptr);
   static void addModel(CLI::App* sub, std::string& model);
   static void addAttempts(CLI::App* sub, std::int16_t& attempts);

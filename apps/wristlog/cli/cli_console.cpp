@@ -19,7 +19,7 @@ void addConsoleCommand(CommandLine& cli) {
   sub->add_flag("--ignore-warnings", options->IgnoreWarnings, "Go on where a warning would end a retrieval");
   cli.addRecord(sub);
   sub->add_option("--simulate", cli.Common.Simulate, "A simulated dock with a worn logger")
-      ->check(CLI::IsMember({"vivid", "kestrin2"}));
+      ->check(CLI::IsMember(VardenModels));
   sub->add_option("--speed", options->Speed,
                   "How many times as fast as in life simulated time passes (else once); 0: as fast as it can")
       ->check(validSpeed);

@@ -42,9 +42,9 @@ void addConfigSource(CommandLine& cli, CLI::App* sub, ConfigOptions& options) {
       group
           ->add_option("--model", options.Model,
                        "Read the docked logger instead: vivid (Kestrin Vivid) or kestrin2 (Kestrin 2)")
-          ->check(CLI::IsMember({"vivid", "kestrin2"}));
+          ->check(CLI::IsMember(VardenModels));
   group->require_option(1);
-  cli.addLink(sub, {"vivid", "kestrin2"}, model);
+  cli.addLink(sub, VardenModels, model);
   for (const char* name : {"--simulate", "--console"}) sub->get_option(name)->needs(model);
 }
 
