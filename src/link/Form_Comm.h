@@ -43,7 +43,7 @@ class Form_Comm {
   std::int16_t RTStoggleInterval = 333;
   bool RaiseEventOnChar = false;
 
-  /// The last event of the port, of any kind; 1006 (lost data) until a receive loop has seen it.
+  /// The last event of the port, of any kind; `Overrun` (lost data) until a receive loop has seen it.
   std::int32_t Get_LastCOMerrorNum() const;
   bool Get_PortReady() const;
   bool Get_DoingXMODEM() const;

@@ -53,7 +53,7 @@ class SerialControl {
   /// How many bytes one Input takes; 0 for all that wait.
   std::int32_t InputLen() const { return inputLen_; }
   void InputLen(std::int32_t length);
-  /// Bytes that arrive while this many wait are lost, which event 1008 tells.
+  /// Bytes that arrive while this many wait are lost, which `ReceiveOverflow` tells.
   void InBufferSize(std::size_t size);
   /// How many waiting bytes cause a receive event; 0 for no such events.
   std::int32_t RThreshold() const { return rThreshold_; }
