@@ -3,7 +3,7 @@
 
 #include "cli/cli.h"
 #include "cli/cli_checks.h"
-#include "replay/replay.h"
+#include "commands/commands.h"
 
 namespace wristlog {
 namespace {

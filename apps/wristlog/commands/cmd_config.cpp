@@ -7,7 +7,7 @@
 #include "engineering/files.h"
 #include "engineering/recording.h"
 #include "recording/json_output.h"
-#include "session/process.h"
+#include "recording/signals_held.h"
 #include "session/session.h"
 #include "words/meanings.h"
 #include "words/say.h"

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "recording/decoded_recording.h"
 #include "session/options.h"
@@ -55,6 +57,13 @@ struct ConsoleOptions {
   double Speed = 1;  ///< of simulated time
 };
 
+struct ReplayOptions {
+  std::string File, Folder;
+};
+
+/// Runs a command of the program with these arguments, "wristlog" before them; gives its exit status.
+using CommandRunner = std::function<int(const std::vector<std::string>&)>;
+
 int runDemo(const CommonOptions& common, const DemoOptions& options);
 int runDocks(const CommonOptions& common);
 int runStatus(const CommonOptions& common, const std::string& model);
@@ -63,6 +72,7 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options);
 int runDecode(const CommonOptions& common, const DecodeOptions& options);
 int runPlot(const CommonOptions& common, const PlotOptions& options);
 int runConsole(const CommonOptions& common, const ConsoleOptions& options);
+int runReplay(const CommonOptions& common, const ReplayOptions& options, const CommandRunner& run);
 int runZones(const CommonOptions& common);
 
 }  // namespace wristlog

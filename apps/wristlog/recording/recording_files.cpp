@@ -18,7 +18,7 @@
 #include "recording/json_output.h"
 #include "recording/plotted_logger.h"
 #include "recording/series_csv.h"
-#include "session/process.h"
+#include "recording/signals_held.h"
 #include "words/meanings.h"
 
 namespace wristlog {

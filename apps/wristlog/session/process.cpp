@@ -4,14 +4,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <initializer_list>
+#include <csignal>
 
+#include "recording/signals_held.h"
 #include "words/say.h"
 
 namespace wristlog {
 namespace {
-
-constexpr std::initializer_list<int> Interrupts{SIGINT, SIGTERM, SIGHUP};
 
 volatile std::sig_atomic_t interrupted = 0;
 
@@ -50,14 +49,5 @@ void catchInterrupts() {
 bool interruptRequested() { return interrupted != 0; }
 
 void setInterruptRequested(bool requested) { interrupted = requested ? 1 : 0; }
-
-SignalsHeld::SignalsHeld() {
-  sigset_t held;
-  sigemptyset(&held);
-  for (const int number : Interrupts) sigaddset(&held, number);
-  ::pthread_sigmask(SIG_BLOCK, &held, &former_);
-}
-
-SignalsHeld::~SignalsHeld() { ::pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
 
 }  // namespace wristlog

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <csignal>
-
 namespace wristlog {
 
 /// To be called before anything is opened. Opens closed standard streams, so that no file or port gets their
@@ -17,17 +15,5 @@ void catchInterrupts();
 bool interruptRequested();
 /// As if it had been pressed, or not.
 void setInterruptRequested(bool requested);
-
-/// Blocks signals, so that no half-written file is left over.
-class SignalsHeld {
- public:
-  SignalsHeld();
-  ~SignalsHeld();
-  SignalsHeld(const SignalsHeld&) = delete;
-  SignalsHeld& operator=(const SignalsHeld&) = delete;
-
- private:
-  sigset_t former_{};
-};
 
 }  // namespace wristlog

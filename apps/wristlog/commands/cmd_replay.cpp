@@ -1,5 +1,3 @@
-#include "replay/replay.h"
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -7,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "commands/commands.h"
 #include "hy_wristlog/failure.h"
 #include "platform/platform.h"
 #include "replay/replayed_world.h"
@@ -24,19 +23,19 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-[[noreturn]] void refuse(std::int32_t number, const std::string& words) {
+[[noreturn]] void refuseReplay(std::int32_t number, const std::string& words) {
   throw hw::Failure(number, "wristlog", words);
 }
 
-SessionRecord read(const std::string& file) {
+SessionRecord readRecord(const std::string& file) {
   constexpr std::size_t LongestRecord = std::size_t{256} << 20;
   try {
     return recordOf(platform::current().files().readUpTo(LongestRecord, file));
   } catch (const platform::SystemError& error) {
-    refuse(hw::FailureNumber::PathFileAccess,
-           file + ": " + platform::current().environment().errorText(error.Number));
+    refuseReplay(hw::FailureNumber::PathFileAccess,
+                 file + ": " + platform::current().environment().errorText(error.Number));
   } catch (const hw::Failure& failure) {
-    refuse(failure.Number, file + " cannot be replayed: " + failure.Description);
+    refuseReplay(failure.Number, file + " cannot be replayed: " + failure.Description);
   }
 }
 
@@ -71,7 +70,8 @@ Arguments commandOf(const SessionRecord& record) {
   constexpr std::array Known{"docks", "status", "configure", "retrieve", "config", "console", "legacy"};
   const std::string name = record.Arguments.empty() ? "" : record.Arguments.front();
   if (std::find(Known.begin(), Known.end(), name) == Known.end())
-    refuse(hw::FailureNumber::InvalidCall, "The record is that of a command that uses no link: " + name);
+    refuseReplay(hw::FailureNumber::InvalidCall,
+                 "The record is that of a command that uses no link: " + name);
   if (name == "console") return workflowOfConsole(record);
   Arguments arguments = record.Arguments;
   // What the world of the record tells, and what would leave it.
@@ -86,8 +86,8 @@ void prepareFolder(const std::string& folder) {
   std::error_code error;
   fs::create_directories(folder, error);
   const bool isEmpty = !error && fs::is_empty(folder, error);
-  if (error) refuse(hw::FailureNumber::PathFileAccess, folder + ": " + error.message());
-  if (!isEmpty) refuse(hw::FailureNumber::FileExists, folder + " is not empty");
+  if (error) refuseReplay(hw::FailureNumber::PathFileAccess, folder + ": " + error.message());
+  if (!isEmpty) refuseReplay(hw::FailureNumber::FileExists, folder + " is not empty");
 }
 
 /// The world of the record is the thread's, and its Ctrl-C the program's, as long as this lives.
@@ -113,7 +113,7 @@ std::string secondsText(double seconds) {
 }  // namespace
 
 int runReplay(const CommonOptions& common, const ReplayOptions& options, const CommandRunner& run) {
-  const SessionRecord record = read(options.File);
+  const SessionRecord record = readRecord(options.File);
   Arguments arguments = commandOf(record);
   for (const auto& [wanted, name] : {std::pair{common.AsJson, "--json"}, {common.Console, "--console"}})
     if (wanted && !has(arguments, name)) arguments.emplace_back(name);
