@@ -101,12 +101,12 @@ std::uint16_t crcOf(std::span<const std::uint8_t> bytes) {
   return static_cast<std::uint16_t>(crc);
 }
 
-/// The half of a configuration that a packet carries, and what is left out of it.
+/// The packets of a transfer of the configuration, each with one half of it, and what is left out of them.
 class Packets {
  public:
   static constexpr std::size_t HeadLength = 3, DataLength = 128, Length = HeadLength + DataLength + 2;
 
-  /// What must not be found in the redacted record.
+  /// Adds to `secrets` what must not be found in the redacted record.
   explicit Packets(std::set<std::string>& secrets) : secrets_(secrets) {}
 
   void take(const Passed& frame) { frames_.push_back(frame); }
@@ -153,7 +153,7 @@ class Packets {
     secrets_.insert(text);
     neutralise(identity);
   }
-  /// Behind the identity.
+  /// The 63 bytes after the identity.
   void redactRest(Bytes rest) {
     neutralise(rest.subspan(0, 3));
     secrets_.insert(trimmed(textOf(rest.subspan(3, 32))));
@@ -406,7 +406,9 @@ class Redaction {
         if (typedSubject_.empty()) return;
         if (bytes.size() != 1) refuse("an echo of its text is not one character");
         return echoed(bytes.front());
-      default:
+      case State::Shell:
+      case State::Asked:
+      case State::Sending:
         // What was on its way when the program broke off may be a part of the configuration.
         if (brokenOff_ && bytes.size() > LongestPrompt)
           refuse("its configuration came after the transfer had been broken off");

@@ -59,9 +59,17 @@ std::string wordsOf(const WireEvent& event, std::size_t from = 0) {
       return "the input discarded";
     case WireKind::Close:
       return "the port closed";
-    default:
-      return {};
+    // These the program does not say.
+    case WireKind::Received:
+    case WireKind::Lines:
+    case WireKind::Errors:
+    case WireKind::Gone:
+    case WireKind::Stop:
+    case WireKind::Devices:
+    case WireKind::Random:
+      break;
   }
+  return {};
 }
 
 bool isSame(const WireEvent& recorded, const WireEvent& now) {
@@ -91,8 +99,8 @@ std::shared_ptr<sim::SimulatedWorld> worldOf(const SessionRecord& record) {
 
 }  // namespace
 
-/// How far the record has been heard. What came to the program follows, by the recorded time, what it had
-/// said last; so an answer waits for its question however fast the program has become.
+/// How far the replay has come in the record. What came to the program comes again so long after its last
+/// word as in the record: a program that has become faster gets no answer before its question.
 class ReplayedLine {
  public:
   ReplayedLine(const SessionRecord& record, std::shared_ptr<sim::SimulatedWorld> world,
@@ -109,8 +117,8 @@ class ReplayedLine {
   nanoseconds now() const { return world_->timeline().elapsed(); }
   std::int32_t nextLink() { return ++links_; }
 
-  /// A word of the program; the failure that the port raised at it in the record is raised again. Returns the
-  /// recorded one, null when it is another.
+  /// Takes what the program says. Returns the recorded event, or null when that is another one. Raises what
+  /// the port raised there in the record.
   const WireEvent* hear(const WireEvent& said) {
     comeToWord();
     raiseTrouble(said.Link);
@@ -193,8 +201,8 @@ class ReplayedLine {
     return &recorded;
   }
 
-  /// The clock may have been read, and shown or sent: it stands at each word where it stood in the record,
-  /// unless the program has become slower.
+  /// Moves the time on to that of the word in the record, since the program may show or send it. A program
+  /// that has become slower keeps its own time.
   void heard() {
     const double time = events_[next_++].Time;
     sentOfWord_ = 0;
@@ -204,8 +212,8 @@ class ReplayedLine {
     skipSides();
   }
 
-  /// Between the moments at which the program found nothing and then something, so that it may look a little
-  /// earlier or later than it did.
+  /// When the next event comes to the program. The record has two moments: the last look that found nothing,
+  /// and the one that found it. It comes midway, so that the program may look a little earlier or later now.
   nanoseconds due() const {
     const WireEvent& event = events_[next_];
     const double before = next_ > 0 ? events_[next_ - 1].Time : 0;
@@ -213,7 +221,7 @@ class ReplayedLine {
     return lastHeard_ + spanOf((least + event.Time) / 2 - lastHeardTime_);
   }
 
-  /// What had come before the record's next word has come now at the latest.
+  /// To be called before a word of the program: lets happen what came before it in the record.
   void comeToWord() {
     while (!differed_ && next_ < events_.size() && !platform::isSaid(events_[next_].Kind)) happen();
   }
@@ -242,7 +250,16 @@ class ReplayedLine {
       case WireKind::Stop:
         onStop_();
         break;
-      default:
+      case WireKind::Devices:
+      case WireKind::Random:
+      // What the program says is heard.
+      case WireKind::Open:
+      case WireKind::Configure:
+      case WireKind::Sent:
+      case WireKind::Dtr:
+      case WireKind::Rts:
+      case WireKind::Discard:
+      case WireKind::Close:
         break;
     }
   }

@@ -281,6 +281,7 @@ double secondsIn(const Json& value, double most = 1e7) {
   return seconds;
 }
 
+/// Seconds between two looks at the port, at most, while the program waits.
 constexpr double UsualRound = 0.0011;
 
 double rounded(double seconds) { return std::round(seconds * 1e6) / 1e6; }
@@ -419,7 +420,7 @@ std::string headerLine(const SessionRecord& record) {
 
 std::string eventLine(const WireEvent& event, std::int32_t& latest) {
   Json line{{"t", rounded(event.Time)}};
-  // Whoever looks every millisecond need not say so.
+  // Left out where the program looks every millisecond: readers assume that.
   if (event.Kind == WireKind::Received && event.Time - event.Empty > UsualRound)
     line["empty"] = std::max(rounded(event.Empty), 0.0);
   if (event.Kind == WireKind::Open) latest = event.Link;
