@@ -4,7 +4,6 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -72,9 +71,10 @@ bool flagIn(const Json& value) {
 
 std::int32_t numberIn(const Json& value) {
   require(value.is_number_integer());
+  // The library takes what exceeds 64 bits with a sign for a negative number.
+  require(!value.is_number_unsigned() || std::in_range<std::int32_t>(value.get<std::uint64_t>()));
   const auto number = value.get<std::int64_t>();
-  require(number >= std::numeric_limits<std::int32_t>::min() &&
-          number <= std::numeric_limits<std::int32_t>::max());
+  require(std::in_range<std::int32_t>(number));
   return static_cast<std::int32_t>(number);
 }
 
