@@ -82,6 +82,7 @@ void Session::writeRecord(const RecordingFiles& files, std::int32_t code, const 
     const std::string text = recorder_->text(Unsuccessful, "Code " + std::to_string(code) + ": " + meaning);
     complain() << "What passed on the link is in " << files.writeSessionLog(text)
                << "; send it along when you ask for help.\n";
+    if (!options_.Redact) complain() << "It tells who wears the logger; --redact leaves that out.\n";
   } catch (const hy_wristlog::Failure& failure) {
     if (!options_.Redact) throw;
     complain() << "No session.log was kept: " << failure.Description << ".\n";
