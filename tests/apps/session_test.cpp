@@ -54,11 +54,12 @@ TEST(Session, ASilentLoggerAndARequestToStopEndInWords) {
   }
   EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(25));
 
-  const Outcome twice = box.run("retrieve --model vivid --out twice",
+  const Outcome twice = box.run("retrieve --model vivid --out twice --redact --record kept",
                                 "& program=$!; sleep 1; kill -TERM $program; sleep 0.3; kill -TERM $program; "
                                 "wait $program");
   EXPECT_EQ(twice.Status, 128 + 15) << "the second request ends it at once";
   EXPECT_EQ(twice.Out, "");
+  EXPECT_FALSE(box.has("kept")) << "it would be in the way of the next record";
 
   const Outcome silent = box.run("docks");
   EXPECT_NE(silent.Out.find("dock on COM60, Logger Not Found"), std::string::npos) << silent.Out;

@@ -79,6 +79,9 @@ int CommandLine::runCommand() {
   int status = Unsuccessful;
   try {
     status = command_();
+  } catch (const hy_wristlog::Failure& failure) {
+    Common.Recorder->finish(status, failure);
+    throw;
   } catch (const std::exception&) {
     Common.Recorder->finish(status);
     throw;

@@ -63,7 +63,12 @@ void addPort(const SessionRecord& record, Arguments& arguments) {
   if (arguments.size() < 2 || arguments[1] == "find-port" || has(arguments, "--search") ||
       !valueOf(arguments, "--port").empty() || opened == record.Events.end())
     return;
-  arguments.insert(arguments.end(), {"--port", std::to_string(opened->Number)});
+  addOption(arguments, {"--port", std::to_string(opened->Number)});
+}
+
+bool usesPort(const SessionRecord& record) {
+  return std::any_of(record.Events.begin(), record.Events.end(),
+                     [](const platform::WireEvent& event) { return platform::isSaid(event.Kind); });
 }
 
 Arguments commandOf(const SessionRecord& record) {
@@ -78,6 +83,7 @@ Arguments commandOf(const SessionRecord& record) {
   for (const auto& [option, takesValue] :
        {std::pair{"--record", true}, {"--redact", false}, {"--simulate", true}, {"--force", false}})
     arguments = withoutOption(arguments, option, takesValue);
+  if (record.Redacted) addOption(arguments, {"--redact"});
   if (name == "legacy") addPort(record, arguments);
   return arguments;
 }
@@ -116,7 +122,9 @@ int runReplay(const CommonOptions& common, const ReplayOptions& options, const C
   const SessionRecord record = readRecord(options.File);
   Arguments arguments = commandOf(record);
   for (const auto& [wanted, name] : {std::pair{common.AsJson, "--json"}, {common.Console, "--console"}})
-    if (wanted && !has(arguments, name)) arguments.emplace_back(name);
+    if (wanted && !has(arguments, name)) addOption(arguments, {name});
+  // What failed before the link was used was the machine it ran on, which the record does not hold.
+  if (record.Failed && !usesPort(record)) throw hw::Failure(*record.Failed);
   if (!options.Folder.empty()) prepareFolder(options.Folder);
   int status = Unsuccessful;
   std::optional<Difference> difference;
@@ -139,7 +147,7 @@ int runReplay(const CommonOptions& common, const ReplayOptions& options, const C
   }
   if (*record.ExitStatus != status) {
     complain() << "The command ended with exit status " << status << ", in the record with "
-               << *record.ExitStatus << ".\n";
+               << *record.ExitStatus << (record.Failed ? ": " + record.Failed->Description : "") << ".\n";
     return std::max<int>(status, Unsuccessful);
   }
   return status;

@@ -286,22 +286,27 @@ class Redaction {
       if (option == std::string_view("--identity") || option == std::string_view("--guid"))
         secrets_.insert(value);
       record_.Arguments = withoutOption(record_.Arguments, option, true);
-      record_.Arguments.insert(record_.Arguments.end(), {option, redact(value)});
+      addOption(record_.Arguments, {option, redact(value)});
     }
   }
 
-  /// Folders and files are often called after whom they are about.
+  /// Folders and files are often called after whom they are about, and failures tell of them.
   void redactPaths() {
+    if (!record_.DocksFile.empty()) record_.DocksFile = "Docks.INI";
+    if (record_.Failed) record_.Failed->Description = "What it said has been left out of the record";
     std::vector<std::string>& arguments = record_.Arguments;
     if (!valueOf(arguments, "--out").empty()) {
       arguments = withoutOption(arguments, "--out", true);
-      arguments.insert(arguments.end(), {"--out", "recording"});
+      addOption(arguments, {"--out", "recording"});
     }
     if (arguments.size() < 2 || arguments[1] != "export-krc") return;
+    bool isOption = true;
     for (std::size_t i = 2; i < arguments.size(); ++i)
-      if (arguments[i] == "--port")
+      if (isOption && arguments[i] == "--port")
         ++i;
-      else if (!arguments[i].starts_with("--"))
+      else if (isOption && arguments[i].starts_with("--"))
+        isOption = arguments[i] != "--";
+      else
         arguments[i] = "recording";
   }
 
@@ -487,6 +492,20 @@ class Redaction {
     packets_.end(std::exchange(isSent_, false));
   }
 
+  /// Of the arguments what may be the subject's: neither commands nor names of options and models.
+  std::vector<std::string> freeValues() const {
+    constexpr std::size_t CommandWords = 2;
+    std::vector<std::string> values;
+    for (std::size_t i = 0; i < record_.Arguments.size(); ++i) {
+      const std::string& argument = record_.Arguments[i];
+      if (argument.starts_with("--"))
+        values.push_back(argument.substr(std::min(argument.find('='), argument.size())));
+      else if (i >= CommandWords && argument != record_.Model)
+        values.push_back(argument);
+    }
+    return values;
+  }
+
   /// Where bytes were lost, or the logger spoke unasked, something may have been overlooked.
   void requireNothingLeft() {
     constexpr std::size_t Shortest = 4, Window = 8;
@@ -494,7 +513,7 @@ class Redaction {
     for (const platform::WireEvent& event : record_.Events)
       if (event.Kind == WireKind::Sent || event.Kind == WireKind::Received)
         streams[event.Kind == WireKind::Sent ? 0 : 1].append(event.Bytes.begin(), event.Bytes.end());
-    for (const std::string& argument : record_.Arguments) streams[0] += argument + '\n';
+    for (const std::string& value : freeValues()) streams[0] += value + '\n';
     for (const std::string& secret : secrets_) {
       if (secret.size() < Shortest || secret == NeutralGuid) continue;
       const std::size_t length = std::min(secret.size(), Window);

@@ -89,6 +89,7 @@ std::shared_ptr<sim::SimulatedWorld> worldOf(const SessionRecord& record) {
   options.Begins = beginOf(record.Start);
   options.Zone = record.Zone.empty() ? "UTC" : record.Zone;
   options.Locale = record.Locale;
+  options.Variables["HY_WRISTLOG_DOCKS"] = record.DocksFile;
   try {
     return std::make_shared<sim::SimulatedWorld>(options);
   } catch (const std::invalid_argument&) {

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "engineering/docks.h"
 #include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/failure.h"
 #include "recording/json.h"
@@ -332,6 +333,7 @@ SessionRecord headerOf(const Json& line) {
   record.Start = startOf(textIn(member(line, "start_utc")));
   record.Timer = secondsIn(member(line, "timer"), 1e9);
   record.Redacted = flagIn(member(line, "redacted"));
+  if (line.contains("docks_file")) record.DocksFile = textIn(line.at("docks_file"));
   const Json& locale = member(line, "locale");
   require(locale.is_object());
   for (const auto& [item, name] : LocaleNames) record.Locale[item] = textIn(member(locale, name));
@@ -364,10 +366,14 @@ bool isOption(const std::string& argument, std::string_view option) {
          (argument.starts_with(option) && argument.size() > option.size() && argument[option.size()] == '=');
 }
 
+std::size_t endOfOptions(const std::vector<std::string>& arguments) {
+  return static_cast<std::size_t>(std::find(arguments.begin(), arguments.end(), "--") - arguments.begin());
+}
+
 }  // namespace
 
 std::string valueOf(const std::vector<std::string>& arguments, std::string_view option) {
-  for (std::size_t i = 0; i < arguments.size(); ++i)
+  for (std::size_t i = 0; i < endOfOptions(arguments); ++i)
     if (isOption(arguments[i], option)) {
       if (arguments[i].size() > option.size()) return arguments[i].substr(option.size() + 1);
       return i + 1 < arguments.size() ? arguments[i + 1] : "";
@@ -378,13 +384,19 @@ std::string valueOf(const std::vector<std::string>& arguments, std::string_view 
 std::vector<std::string> withoutOption(const std::vector<std::string>& arguments, std::string_view option,
                                        bool takesValue) {
   std::vector<std::string> left;
+  const std::size_t end = endOfOptions(arguments);
   for (std::size_t i = 0; i < arguments.size(); ++i) {
-    if (!isOption(arguments[i], option))
+    if (i >= end || !isOption(arguments[i], option))
       left.push_back(arguments[i]);
     else if (takesValue && arguments[i] == option)
       ++i;
   }
   return left;
+}
+
+void addOption(std::vector<std::string>& arguments, const std::vector<std::string>& option) {
+  arguments.insert(arguments.begin() + static_cast<std::ptrdiff_t>(endOfOptions(arguments)), option.begin(),
+                   option.end());
 }
 
 SessionRecord sessionIn(platform::Platform& world, const std::vector<std::string>& arguments,
@@ -396,6 +408,8 @@ SessionRecord sessionIn(platform::Platform& world, const std::vector<std::string
        {std::pair{"--record", true}, {"--redact", false}, {"--simulate", true}, {"--force", false}})
     record.Arguments = withoutOption(record.Arguments, option, takesValue);
   record.Model = modelOf(arguments);
+  if (!arguments.empty() && arguments.front() == "docks")
+    record.DocksFile = hw::engineering::declaredDocksFile();
   record.Simulated = simulated;
   record.Zone = zoneKeyOf(world);
   record.Start = world.clock().utc();
@@ -415,6 +429,7 @@ std::string headerLine(const SessionRecord& record) {
             {"timer", record.Timer},
             {"redacted", record.Redacted}};
   for (const auto& [item, name] : LocaleNames) line["locale"][name] = record.Locale.at(item);
+  if (!record.DocksFile.empty()) line["docks_file"] = record.DocksFile;
   return lineOf(line);
 }
 
@@ -433,9 +448,10 @@ std::string eventLine(const WireEvent& event, std::int32_t& latest) {
   return lineOf(line);
 }
 
-std::string endLine(int exitStatus, const std::string& words) {
+std::string endLine(int exitStatus, const std::string& words, const std::optional<hw::Failure>& failed) {
   Json line{{"exit_status", exitStatus}};
   if (!words.empty()) line["words"] = words;
+  if (failed) line["failure"] = failureIn(*failed);
   return lineOf(line);
 }
 
@@ -443,7 +459,7 @@ std::string textOf(const SessionRecord& record) {
   std::string text = headerLine(record);
   std::int32_t latest = 0;
   for (const WireEvent& event : record.Events) text += eventLine(event, latest);
-  if (record.ExitStatus) text += endLine(*record.ExitStatus, record.Words);
+  if (record.ExitStatus) text += endLine(*record.ExitStatus, record.Words, record.Failed);
   return text;
 }
 
@@ -466,6 +482,7 @@ SessionRecord recordOf(std::string_view text) {
       } else if (line.contains("exit_status")) {
         record.ExitStatus = numberIn(line.at("exit_status"));
         if (line.contains("words")) record.Words = textIn(line.at("words"));
+        if (line.contains("failure")) record.Failed = failureOf(line.at("failure"));
       } else {
         WireEvent event = eventOf(line);
         require(event.Time >= before);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/dates.h"
+#include "hy_wristlog/failure.h"
 #include "platform/platform.h"
 #include "platform/recorded_world.h"
 
@@ -25,11 +26,13 @@ struct SessionRecord {
   double Timer = 0;                    ///< what the world's timer said then: sums of it round as they did
   std::map<hy_wristlog::platform::LocaleItem, std::string> Locale;
   bool Redacted = false;
+  std::string DocksFile;  ///< where docks are declared, for the command that names the file; else empty
 
   std::vector<hy_wristlog::platform::WireEvent> Events;
 
-  std::optional<int> ExitStatus;  ///< none when the session did not come to its end
-  std::string Words;              ///< how it ended, for people
+  std::optional<int> ExitStatus;               ///< none when the session did not come to its end
+  std::string Words;                           ///< how it ended, for people
+  std::optional<hy_wristlog::Failure> Failed;  ///< what the command raised
 };
 
 /// A session of `arguments` that begins now in `world`.
@@ -40,7 +43,8 @@ SessionRecord sessionIn(hy_wristlog::platform::Platform& world, const std::vecto
 std::string headerLine(const SessionRecord& record);
 /// `latest` counts the ports opened before, and this one: an event of another port names it.
 std::string eventLine(const hy_wristlog::platform::WireEvent& event, std::int32_t& latest);
-std::string endLine(int exitStatus, const std::string& words);
+std::string endLine(int exitStatus, const std::string& words,
+                    const std::optional<hy_wristlog::Failure>& failed = {});
 /// All of them.
 std::string textOf(const SessionRecord& record);
 
@@ -48,10 +52,13 @@ std::string textOf(const SessionRecord& record);
 /// that is not whole is left out: a session may have ended while it was written.
 SessionRecord recordOf(std::string_view text);
 
-/// The value of an option ("--out DIR" or "--out=DIR") among arguments; empty when it is not there.
+/// The value of an option ("--out DIR" or "--out=DIR") among arguments; empty when it is not there. What
+/// stands after "--" is no option, here and in the following.
 std::string valueOf(const std::vector<std::string>& arguments, std::string_view option);
 /// The arguments without an option and, when it takes one, its value.
 std::vector<std::string> withoutOption(const std::vector<std::string>& arguments, std::string_view option,
                                        bool takesValue);
+/// Adds an option, with its value.
+void addOption(std::vector<std::string>& arguments, const std::vector<std::string>& option);
 
 }  // namespace wristlog

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "hy_wristlog/failure.h"
 #include "platform/platform.h"
 #include "platform/recorded_world.h"
 
@@ -17,8 +18,10 @@ class SessionRecorder : public hy_wristlog::platform::WireSink,
  public:
   /// Keeps the record in memory alone.
   explicit SessionRecorder(bool redact) : redact_(redact), keeps_(true) {}
-  /// Makes the file. Raises PathFileAccess, or FileExists when there is one of this name.
-  SessionRecorder(const std::string& file, bool redact);
+  /// Makes the file; with `redact` only tries to, so that none is left when the program is ended. Raises
+  /// PathFileAccess, or FileExists when there is one of this name: with `numbered` another name is taken
+  /// then, "session-2.jsonl" for "session.jsonl".
+  SessionRecorder(const std::string& file, bool redact, bool numbered);
   ~SessionRecorder() override;
   SessionRecorder(const SessionRecorder&) = delete;
   SessionRecorder& operator=(const SessionRecorder&) = delete;
@@ -35,16 +38,20 @@ class SessionRecorder : public hy_wristlog::platform::WireSink,
   void keep() { keeps_ = true; }
   /// The record until now, of one that is kept in memory, as that of a session which ends so; redacted when
   /// that was asked for. Raises InvalidCall when it cannot be.
-  std::string text(int exitStatus, const std::string& words = {}) const;
-  /// False, and said why, when the record is not the whole of the session.
-  bool finish(int exitStatus);
+  std::string text(int exitStatus, const std::string& words = {},
+                   const std::optional<hy_wristlog::Failure>& failed = {}) const;
+  /// Ends the file. False, after telling why, when it could not be written to its end. A record from which
+  /// the subject cannot be left out is told and not kept.
+  bool finish(int exitStatus, const std::optional<hy_wristlog::Failure>& failed = {});
 
  private:
+  void create();
+  void remove();
   void write(const std::string& line) noexcept;
 
-  std::string file_;
+  std::string wanted_, file_;
   int descriptor_ = -1;
-  bool redact_, keeps_ = false;
+  bool redact_, keeps_ = false, numbered_ = false;
   std::int32_t trouble_ = 0;  ///< errno of the write that failed
   std::string lines_;         ///< only when it is needed later
   std::shared_ptr<hy_wristlog::platform::Platform> world_;
@@ -52,8 +59,7 @@ class SessionRecorder : public hy_wristlog::platform::WireSink,
   std::int32_t latest_ = 0;  ///< opening of a port
 };
 
-/// What HY_WRISTLOG_RECORD, or the option, names; null when nothing is to be recorded. The variable's file
-/// gets a number when it exists: "session.jsonl" and then "session-2.jsonl".
+/// What the option names or else, numbered, HY_WRISTLOG_RECORD; null when nothing is to be recorded.
 std::shared_ptr<SessionRecorder> recorderFor(const std::string& option, bool redact);
 
 }  // namespace wristlog
