@@ -2,6 +2,7 @@
 
 #include "apps/sandbox.h"
 #include "cli/cli.h"
+#include "session/process.h"
 #include "simulator/bench.h"
 
 namespace {
@@ -12,19 +13,28 @@ using namespace std::chrono_literals;
 
 const fs::path Sessions = fs::path(TEST_DATA) / "sessions";
 
+/// A command with a fault of its line, or stopped, at a byte: of all, or of those to the program.
 struct RecordedSession {
   std::string Name, Command;
-  std::uint64_t CutAfter, AlteredByte;  ///< of all, and of those to the program; 0 for none
+  struct {
+    std::uint64_t Cut = 0, Stopped = 0;
+    int Altered = 0;
+  } At;
   int Status;
-  std::string Word, OtherWord;  ///< something that the program says, and something else
 } const Recorded[] = {
-    {"vivid", "retrieve --model vivid --out subject-17", 0, 0, 0, "w", "v"},
-    {"vivid-altered", "retrieve --model vivid --json --out subject-17", 0, 900, 0, "w", "v"},
-    {"vivid-cut", "retrieve --model vivid --out subject-17", 1000, 0, 1, "w", "v"},
-    {"kestrin2", "retrieve --model kestrin2 --out subject-17", 0, 0, 0, "w", "v"},
-    {"kestrin2-cut", "retrieve --model kestrin2 --out subject-17", 200, 0, 1, "w", "v"},
-    {"pendrel27", "legacy retrieve --port 1 --out subject-17", 0, 0, 0, "C", "D"},
-    {"pendrel13-cut", "legacy status --port 1 --json", 60, 0, 1, "C", "D"},
+    {"vivid", "retrieve --model vivid --out subject-17", {}, 0},
+    {"vivid-altered", "retrieve --model vivid --json --out subject-17", {.Altered = 900}, 0},
+    {"vivid-cut", "retrieve --model vivid --out subject-17", {.Cut = 1000}, 1},
+    {"vivid-stopped", "retrieve --model vivid --out subject-17", {.Stopped = 1000}, 1},
+    {"kestrin2", "retrieve --model kestrin2 --out subject-17", {}, 0},
+    {"kestrin2-redacted", "retrieve --model kestrin2 --out recording --redact", {}, 0},
+    {"kestrin2-cut", "retrieve --model kestrin2 --out subject-17", {.Cut = 200}, 1},
+    {"pendrel13", "legacy retrieve --port 1 --out subject-17", {}, 0},
+    {"pendrel13-cut", "legacy status --port 1 --json", {.Cut = 60}, 1},
+    {"pendrel14", "legacy retrieve --port 1 --out subject-17", {}, 0},
+    {"pendrel14-altered", "legacy retrieve --port 1 --out subject-17", {.Altered = 700}, 1},
+    {"pendrel27", "legacy retrieve --port 1 --out subject-17", {}, 0},
+    {"pendrel27-cut", "legacy export-krc --port 1 -- subject-17.krc", {.Cut = 600}, 1},
 };
 
 template <class Bench>
@@ -37,8 +47,10 @@ sim::DockBench worn(Bench bench, const auto& setup) {
 sim::DockBench benchOf(const RecordedSession& session) {
   if (session.Name.starts_with("pendrel")) {
     sim::PendrelBenchOptions options;
-    const bool steps = session.Name == "pendrel27";
-    options.Logger.Model = steps ? sim::PendrelModel::Steps : sim::PendrelModel::Plain;
+    const bool steps = session.Name.starts_with("pendrel27");
+    options.Logger.Model = steps                                   ? sim::PendrelModel::Steps
+                           : session.Name.starts_with("pendrel14") ? sim::PendrelModel::Checksums
+                                                                   : sim::PendrelModel::Plain;
     return worn(sim::makePendrelBench(options),
                 [&](const auto& world) { return sim::ordinaryPendrelSetup(world, 60, steps); });
   }
@@ -54,11 +66,16 @@ void makeSession(const RecordedSession& session) {
   fs::current_path(box.Folder);
   const sim::DockBench bench = benchOf(session);
   bench.line().HoldBack = 200ms;
-  if (session.CutAfter > 0) bench.line().Faults.CutAfterTotal = session.CutAfter;
-  if (session.AlteredByte > 0) bench.line().Faults.AlterToPc = {static_cast<int>(session.AlteredByte), 1};
+  sim::LineFaults& faults = bench.line().Faults;
+  if (session.At.Cut > 0) faults.CutAfterTotal = session.At.Cut;
+  if (session.At.Altered > 0) faults.AlterToPc = {session.At.Altered, 1};
+  if (session.At.Stopped > 0) faults.ActAfterTotal = session.At.Stopped;
+  faults.Action = [] { wristlog::setInterruptRequested(true); };
   const fs::path record = Sessions / (session.Name + ".jsonl");
   fs::remove(record);
-  std::istringstream words("wristlog " + session.Command + " --record " + record.string());
+  std::string command = "wristlog " + session.Command;
+  command.insert(std::min(command.find(" -- "), command.size()), " --record " + record.string());
+  std::istringstream words(command);
   std::vector<std::string> arguments{std::istream_iterator<std::string>(words), {}};
   std::vector<char*> pointers;
   for (std::string& argument : arguments) pointers.push_back(argument.data());
@@ -70,12 +87,13 @@ void makeSession(const RecordedSession& session) {
     wristlog::addCommands(cli);
     EXPECT_EQ(cli.run(static_cast<int>(pointers.size()), pointers.data()), session.Status);
   }
+  wristlog::setInterruptRequested(false);
   fs::current_path(here);
   std::ofstream(Sessions / (session.Name + ".txt"))
       << testing::internal::GetCapturedStdout() << testing::internal::GetCapturedStderr();
-  if (box.has("subject-17/series.csv"))
-    fs::copy_file(box.Folder / "subject-17/series.csv", Sessions / (session.Name + ".csv"),
-                  fs::copy_options::overwrite_existing);
+  for (const std::string folder : {"subject-17", "recording"})
+    if (const fs::path series = box.Folder / folder / "series.csv"; fs::exists(series))
+      fs::copy_file(series, Sessions / (session.Name + ".csv"), fs::copy_options::overwrite_existing);
 }
 
 std::string contentOf(const fs::path& path) {
@@ -94,25 +112,35 @@ TEST(Replay, RecordedSessionsSayWhatTheySaidAndNameAChangedByte) {
     EXPECT_EQ(outcome.Out + outcome.Err, contentOf(Sessions / (session.Name + ".txt")));
     EXPECT_EQ(box.content("copy/series.csv"), contentOf(Sessions / (session.Name + ".csv")));
 
-    const std::string word = "\"out\":\"" + session.Word + "\"";
+    const std::string word = session.Name.starts_with("pendrel") ? R"("out":"C")" : R"("out":"w")";
     ASSERT_NE(text.find(word), std::string::npos);
-    box.write("changed", text.replace(text.find(word), word.size(), "\"out\":\"" + session.OtherWord + "\""));
+    box.write("changed", text.replace(text.find(word), word.size(), R"("out":"#")"));
     const Outcome changed = box.run("replay changed");
     EXPECT_EQ(changed.Status, 1);
-    EXPECT_NE(changed.Err.find("\"" + session.OtherWord + "\"\n  Now: "), std::string::npos) << changed.Err;
+    EXPECT_NE(changed.Err.find("#\"\n  Now: "), std::string::npos) << changed.Err;
   }
 }
 
-TEST(Replay, ARedactedRecordReplaysAndNamesNobody) {
+TEST(Replay, WhatACommandToldItTellsAgainAndARedactedRecordNamesNobody) {
   for (const std::string command :
-       {"configure --model vivid --simulate vivid", "legacy configure --simulate pendrel27"}) {
-    const Sandbox box;
-    const Outcome outcome =
-        box.run(command + " --mode 1 --epoch 60 --identity Quincy --redact --record kept --json");
-    const Outcome again = box.run("replay kept");
+       {"configure --model vivid --simulate vivid --mode 1 --epoch 60 --identity Quincy --redact --json",
+        "configure --model vivid --simulate vivid --mode 1 --epoch 60 --identity mode --redact --json",
+        "legacy configure --simulate pendrel27 --mode 1 --epoch 60 --identity Quincy --redact --json",
+        "legacy export-krc --simulate pendrel13 -- x.krc", "docks",
+        "config export --model vivid --simulate vivid --out missing/config.ini"}) {
+    SCOPED_TRACE(command);
+    Sandbox box;
+    box.Environment = "HY_WRISTLOG_RECORD=kept";
+    const Outcome outcome = box.run(command), again = box.run("replay kept");
+    EXPECT_EQ(outcome.Status, command.ends_with("config.ini") ? 1 : 0) << outcome.Err;
+    EXPECT_EQ(again.Status, outcome.Status);
     EXPECT_EQ(again.Out + again.Err, outcome.Out + outcome.Err);
-    for (const char* name : {"Quincy", "5175696e6379"})
-      EXPECT_EQ(box.content("kept").find(name), std::string::npos) << name;
+    std::string kept = box.content("kept");
+    for (const char* name : {"Quincy", "5175696e6379"}) EXPECT_EQ(kept.find(name), std::string::npos) << name;
+
+    kept.insert(kept.find("\"exit_status\":") + 14, "1844674407370955161");
+    box.write("damaged", kept);
+    EXPECT_NE(box.run("replay damaged").Err.find(" is damaged"), std::string::npos);
   }
 }
 
