@@ -436,8 +436,9 @@ std::string headerLine(const SessionRecord& record) {
 std::string eventLine(const WireEvent& event, std::int32_t& latest) {
   Json line{{"t", rounded(event.Time)}};
   // Left out where the program looks every millisecond: readers assume that.
-  if (event.Kind == WireKind::Received && event.Time - event.Empty > UsualRound)
-    line["empty"] = std::max(rounded(event.Empty), 0.0);
+  const double empty = std::max(rounded(event.Empty), 0.0);
+  if (event.Kind == WireKind::Received && rounded(rounded(event.Time) - empty) > UsualRound)
+    line["empty"] = empty;
   if (event.Kind == WireKind::Open) latest = event.Link;
   if (event.Link != 0 && event.Link != latest) line["link"] = event.Link;
   const auto* const name = std::find_if(KindNames.begin(), KindNames.end(),

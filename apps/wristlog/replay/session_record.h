@@ -48,7 +48,7 @@ std::string endLine(int exitStatus, const std::string& words,
 /// All of them.
 std::string textOf(const SessionRecord& record);
 
-/// Raises BadFileFormat, with the line, for a text that is no session record or a damaged one. A last line
+/// Raises InvalidCall, with the line, for a text that is no session record or a damaged one. A last line
 /// that is not whole is left out: a session may have ended while it was written.
 SessionRecord recordOf(std::string_view text);
 
