@@ -46,7 +46,8 @@ void run(std::string_view text) {
     reached("records", 1);
     const wristlog::SessionRecord neutral = wristlog::redacted(record);
     requireSameAgain(neutral);
-    require(neutral.Redacted && neutral.Events.size() == record.Events.size(), "not the same record redacted");
+    require(neutral.Redacted && neutral.Events.size() == record.Events.size(),
+            "not the same record redacted");
     reached("redacted records", 1);
   });
 }

@@ -18,7 +18,7 @@ class SessionRecorder : public hy_wristlog::platform::WireSink,
  public:
   /// Keeps the record in memory alone.
   explicit SessionRecorder(bool redact) : redact_(redact), keeps_(true) {}
-  /// Makes the file; with `redact` only tries to, so that none is left when the program is ended. Raises
+  /// Makes the file; with `redact` only tries to, so that none is left when the program is killed. Raises
   /// PathFileAccess, or FileExists when there is one of this name: with `numbered` another name is taken
   /// then, "session-2.jsonl" for "session.jsonl".
   SessionRecorder(const std::string& file, bool redact, bool numbered);
@@ -41,7 +41,7 @@ class SessionRecorder : public hy_wristlog::platform::WireSink,
   std::string text(int exitStatus, const std::string& words = {},
                    const std::optional<hy_wristlog::Failure>& failed = {}) const;
   /// Ends the file. False, after telling why, when it could not be written to its end. A record from which
-  /// the subject cannot be left out is told and not kept.
+  /// the subject cannot be left out is not kept: that is told, and is no fault of the session.
   bool finish(int exitStatus, const std::optional<hy_wristlog::Failure>& failed = {});
 
  private:
