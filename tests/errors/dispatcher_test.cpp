@@ -149,8 +149,8 @@ TEST_F(Dispatcher, AFailureOfItsOwnShowsABoxAndAnswers0) {
     begin({});
     globals().saveErrorRecords = save;
     EXPECT_EQ(fail(true), 0);
-    EXPECT_EQ(world.Reader->Boxes.back(),
-              std::string("fncErrorHandle|Error Handling Problem, Err Number: ") + text);
+    EXPECT_EQ(std::exchange(world.Reader->Shown, {}),
+              std::string("[fncErrorHandle] Error Handling Problem, Err Number: ") + text + "\n");
   }
 }
 

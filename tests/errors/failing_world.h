@@ -7,16 +7,9 @@
 #include "errors/GlobalState.h"
 #include "simulator/simulated_world.h"
 #include "support/in_world.h"
+#include "support/noting_host.h"
 
 namespace hy_wristlog::failing {
-
-struct BoxReader : Host {
-  MessageBoxButton showMessageBox(std::string_view title, std::string_view text, std::int32_t) override {
-    Boxes.push_back(std::string(title) + "|" + std::string(text));
-    return MessageBoxButton::Ok;
-  }
-  std::vector<std::string> Boxes;
-};
 
 /// A world that begins on 2 March 2026, 9:00 local time, and notes the stack's size at each save of the log.
 struct World {
@@ -25,7 +18,7 @@ struct World {
     globals().saveErrorRecords = [this] { Saved.push_back(globals().ErrorStack.size()); };
   }
   InWorld<simulator::SimulatedWorld> Simulated;
-  std::shared_ptr<BoxReader> Reader = std::make_shared<BoxReader>();
+  std::shared_ptr<NotingHost> Reader = std::make_shared<NotingHost>();
   std::vector<std::size_t> Saved;
 };
 

@@ -1,28 +1,23 @@
-#include <gtest/gtest.h>
-
-#include "hy_wristlog/host.h"
 #include "pendrel_session/session.h"
+#include "support/noting_host.h"
 
 namespace hy_wristlog::pendrel_session {
 namespace {
 
-struct NotingHost final : Host {
-  explicit NotingHost(std::string& notes) : Notes(notes) {}
+struct BusyHost final : Host {
+  explicit BusyHost(std::string& notes) : Notes(notes) {}
   void showBusy(bool busy) override { Notes += busy ? "busy; " : "back; "; }
-  void serveEvents() override { ++Served; }
   std::string& Notes;
-  std::int32_t Served = 0;
 };
 
 TEST(Port, OpensOrTellsWhyNot) {
   const std::string refused = " Form_Comm.subOpenPort: refused";
+  // clang-format off
   const std::tuple<int, std::vector<std::int32_t>, std::string> cases[] = {
-      {0, {0}, ""},
-      {1, {8005}, ""},
-      {2, {8002, 8012}, ""},
-      {3, {8001, 8003, 8006, 8011, 8013, 8016, 8017, 8018, 8021}, ""},
-      {-1, {6, 8000, 8004, 8007, 8020}, refused},
+      {0, {0}, ""}, {1, {8005}, ""}, {2, {8002, 8012}, ""},
+      {3, {8001, 8003, 8006, 8011, 8013, 8016, 8017, 8018, 8021}, ""}, {-1, {6, 8000, 8004, 8007, 8020}, refused},
       {-1, {8015}, " Class_Pendrel.fncOpenCOMport: refused"}};
+  // clang-format on
   for (const auto& [expected, numbers, failure] : cases)
     for (const std::int32_t number : numbers) {
       scripted::InWorld world;
@@ -51,7 +46,7 @@ TEST(Port, ClosesWithABusyPointer) {
   for (const bool fails : {false, true}) {
     ScriptedSession session;
     std::string notes;
-    session.world->setHost(std::make_shared<NotingHost>(notes));
+    session.world->setHost(std::make_shared<BusyHost>(notes));
     session.world->Before = [&](const std::string& operation) {
       if (operation == "rts") notes += "closing; ";
       if (operation == "rts" && fails) throw Failure(8004, "", "stuck");
@@ -72,8 +67,7 @@ TEST(Port, Prompt) {
   for (const auto& [answer, hearing, sends, expected, seconds] : cases) {
     SCOPED_TRACE(answer + " " + sends);
     ScriptedSession session{{{"\r", answer}}, hearing};
-    std::string notes;
-    const auto host = std::make_shared<NotingHost>(notes);
+    const auto host = std::make_shared<NotingHost>();
     session.world->setHost(host);
     std::size_t tries = 0;
     session.world->Before = [&, &sends = sends](const std::string& operation) {

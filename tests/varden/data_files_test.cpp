@@ -42,42 +42,33 @@ struct DataFiles : InSimulatedWorld {
   }
 
   TemporaryFolder folder;
-  std::shared_ptr<Boxes> boxes = std::make_shared<Boxes>();
+  std::shared_ptr<NotingHost> boxes = std::make_shared<NotingHost>();
   VardenLogger logger;
 };
 
 /// One sample of each mode with its columns; light 1.0 lux, colours 2^10 of their scale.
+// clang-format off
 const std::tuple<enmDeviceType, int, const char*> Modes[] = {
-    {KR_QUILLANDER, 1, "200 status12 0 255"},
-    {KR_QUILLANDER, 2, "36 64 64 64 status12 0 0 0 0"},
-    {KR_QUILLANDER, 3, "200 36 64 64 64 status12 1 0 0 0 0"},
-    {KR_QUILLANDER, 4, "0 224 status12 2 0"},
-    {KR_QUILLANDER, 5, "200 0 224 status12 1 2 0"},
-    {KR_QUILLANDER, 7, "1 2 status12 200 255"},
-    {KR_QUILLANDER, 8, "36 64 64 64 status12 0 0 0 0"},
-    {KR_TOLKA, 1, "200 0"},
-    {KR_TOLKA, 2, "0 224 2 0"},
-    {KR_TOLKA, 3, "200 0 224 1 2 0"},
-    {KR_TOLKA, 8, "0 0 2 0"}};
+      {KR_QUILLANDER, 1, "200 status12 0 255"}, {KR_QUILLANDER, 2, "36 64 64 64 status12 0 0 0 0"},
+      {KR_QUILLANDER, 3, "200 36 64 64 64 status12 1 0 0 0 0"}, {KR_QUILLANDER, 4, "0 224 status12 2 0"},
+      {KR_QUILLANDER, 5, "200 0 224 status12 1 2 0"}, {KR_QUILLANDER, 7, "1 2 status12 200 255"},
+      {KR_QUILLANDER, 8, "36 64 64 64 status12 0 0 0 0"}, {KR_TOLKA, 1, "200 0"}, {KR_TOLKA, 2, "0 224 2 0"},
+      {KR_TOLKA, 3, "200 0 224 1 2 0"}, {KR_TOLKA, 8, "0 0 2 0"}};
+// clang-format on
 
 TEST_F(DataFiles, WholeFiles) {
   const char* const activity = "event2@-60 start@0 1 200 status1 252 event64@120 255 3x2 stop@300 9x9";
   const char* const lightTest = "253 1 0 225 11 94 0 10 1 20 2 30 3 40 7 255 9x8";
-  const struct {
-    enmDeviceType Device;
-    int Mode;
-    const char* Stream;
-    Writer Write;
-    const char* File;
-  } cases[] = {{KR_QUILLANDER, 3, "start@0 9", &VardenLogger::subSaveRawDataToFile, "raw_dump.csv"},
-               {KR_QUILLANDER, 1, "start@0 200 status3 1 event96@120 stop@300",
-                &VardenLogger::subSaveDecodedDataToFile, "report.csv"},
-               {KR_TOLKA, 1, lightTest, &VardenLogger::subSaveDecodedTolkaTestDataToFile, "light_test.csv"},
-               {KR_TOLKA, 1, activity, &VardenLogger::subSaveActivityOnlyKRD, "activity.krd"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.File);
-    fill(c.Device, c.Mode, c.Stream);
-    EXPECT_EQ(written(c.Write), golden(c.File));
+  const std::tuple<enmDeviceType, int, const char*, Writer, const char*> cases[] = {
+      {KR_QUILLANDER, 3, "start@0 9", &VardenLogger::subSaveRawDataToFile, "raw_dump.csv"},
+      {KR_QUILLANDER, 1, "start@0 200 status3 1 event96@120 stop@300",
+       &VardenLogger::subSaveDecodedDataToFile, "report.csv"},
+      {KR_TOLKA, 1, lightTest, &VardenLogger::subSaveDecodedTolkaTestDataToFile, "light_test.csv"},
+      {KR_TOLKA, 1, activity, &VardenLogger::subSaveActivityOnlyKRD, "activity.krd"}};
+  for (const auto& [device, mode, stream, write, file] : cases) {
+    SCOPED_TRACE(file);
+    fill(device, mode, stream);
+    EXPECT_EQ(written(write), golden(file));
   }
   EXPECT_EQ(logger.record.StartTimeGMT, dateAt(0));
 }
@@ -157,27 +148,26 @@ TEST_F(DataFiles, TheDumpEndsWithBytesUsed) {
 TEST_F(DataFiles, NonsenseFilesAreRefused) {
   const std::string heading = "\"QV/HY Varden Logger Raw Data Output File\"\r\n",
                     start = heading + "\"Address\"\r\n\r\n";
-  const struct {
-    std::string Content, Outcome;
-  } cases[] = {{"", "box"},
-               {std::string(3, '\0') + "\xFF\xFE" + heading.substr(9), "box"},
-               {heading, "13 Type mismatch: the raw data file ends before its line \"Address\""},
-               {start, ""},
-               {heading + "Address,Raw\n\n0,1\n\n0,\" 255 \"\n2", "1 255 2"},
-               {start + "0,1,2\r\n", "13 Type mismatch: \"1,2\" is no byte in line 4"},
-               {start + "0,x" + std::string(99, 'x') + "\n",
-                "13 Type mismatch: \"" + std::string(40, 'x') + "\" is no byte in line 4"},
-               {start + "0,256\n", "6 Overflow: \"256\" is no byte in line 4"},
-               {start + "0,1" + std::string(999, '0') + "\n",
-                "6 Overflow: \"1" + std::string(39, '0') + "\" is no byte in line 4"}};
-  for (const auto& c : cases) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"", "box"},
+      {std::string(3, '\0') + "\xFF\xFE" + heading.substr(9), "box"},
+      {heading, "13 Type mismatch: the raw data file ends before its line \"Address\""},
+      {start, ""},
+      {heading + "Address,Raw\n\n0,1\n\n0,\" 255 \"\n2", "1 255 2"},
+      {start + "0,1,2\r\n", "13 Type mismatch: \"1,2\" is no byte in line 4"},
+      {start + "0,x" + std::string(99, 'x') + "\n",
+       "13 Type mismatch: \"" + std::string(40, 'x') + "\" is no byte in line 4"},
+      {start + "0,256\n", "6 Overflow: \"256\" is no byte in line 4"},
+      {start + "0,1" + std::string(999, '0') + "\n",
+       "6 Overflow: \"1" + std::string(39, '0') + "\" is no byte in line 4"}};
+  for (const auto& [content, expected] : cases) {
     boxes->Shown.clear();
     logger.record.RawData.reset();
-    const std::string path = folder.put("nonsense", c.Content);
+    const std::string path = folder.put("nonsense", content);
     std::string outcome = raisedBy([&] { logger.subReadRawDataFromFile(path); });
     if (boxes->Shown.starts_with("[Incorrect file format] Incorrect file format. ")) outcome = "box";
     if (outcome.empty()) outcome = seriesText(*logger.record.RawData);
-    EXPECT_EQ(outcome, c.Outcome) << c.Content;
+    EXPECT_EQ(outcome, expected) << content;
   }
   const std::string swapped =
       start + "\"00000 (0)\",7\r\n\r\n2\r\n,3\r\n\"00004 (4)\",5\r\n\"00003 (3)\",4\r\n";
@@ -231,17 +221,16 @@ TEST_F(DataFiles, WhatTheDiskRefusesHarmsNoFormerFile) {
   fill(KR_TOLKA, 1, "start@0 1x30000");
   fncLoadGlobalErrors();
   const std::string former = folder.put("former", "[kept]\r\nkey=value\r\n"), fresh = folder / "new";
+  // clang-format off
   const struct {
     std::string Path;
     std::int32_t SystemError, Raised;
     simulator::Fault When = simulator::always();
-  } cases[] = {{former, ENOSPC, 61},
-               {fresh, ENOSPC, 61},
-               {former, EACCES, 70},
-               {folder.path(), 0, 75},
-               {folder / "none/new", 0, 76},
-               {former, ENOSPC, 61, simulator::once(1)},
-               {fresh, ENOSPC, 61, simulator::once(1)}};
+  } cases[] = {
+      {former, ENOSPC, 61}, {fresh, ENOSPC, 61}, {former, EACCES, 70}, {folder.path(), 0, 75},
+      {folder / "none/new", 0, 76}, {former, ENOSPC, 61, simulator::once(1)},
+      {fresh, ENOSPC, 61, simulator::once(1)}};
+  // clang-format on
   for (const Writer write : writers)
     for (const auto& c : cases) {
       // In the middle of a file: only those of the recording have one.

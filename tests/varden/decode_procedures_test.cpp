@@ -45,7 +45,7 @@ TEST_F(DecodeProcedures, DecodeGivenBytesByTheWorldsFormatAndClock) {
 }
 
 TEST_F(DecodeProcedures, UnknownFirmwareIsToldWhenDiagnosing) {
-  const auto boxes = std::make_shared<Boxes>();
+  const auto boxes = std::make_shared<NotingHost>();
   world->setHost(boxes);
   logger.record = loggerRecord(KR_TOLKA, 1, "09.00.0000");
   EXPECT_EQ(logger.fncDecodeDataArrays(lowBattery, Stream("start@0").Bytes, true), Decode_InputError);

@@ -13,19 +13,11 @@
 #include "simulator/simulated_world.h"
 #include "support/failures.h"
 #include "support/in_world.h"
+#include "support/noting_host.h"
 #include "support/without_start_up.h"
 #include "varden/decode/stream_decoder.h"
 
 namespace hy_wristlog {
-
-/// Keeps what is shown to the user.
-struct Boxes : Host {
-  std::string Shown;
-  MessageBoxButton showMessageBox(std::string_view title, std::string_view text, std::int32_t) override {
-    ((((Shown += '[') += title) += "] ") += text) += '\n';
-    return MessageBoxButton::Ok;
-  }
-};
 
 /// 2020-01-01 00:00:00; times in the streams of the tests count from there.
 constexpr std::int32_t StartSeconds = 1577836800;
