@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <random>
 #include <set>
 
@@ -130,23 +128,17 @@ TEST(Commands, AnswersThatDoNotHold) {
   const auto echoed = [](const std::string& text) { return "\r" + line(text) + ">"; };
   const std::string wrong = "10108 Error Verifying Communications Checksum",
                     other = "10113 Wrong echo received from delayed start command", type = "13 Type mismatch";
+  // clang-format off
   const std::tuple<int, std::string, std::string, std::string> cases[] = {
-      {Crc, o, "FF\r" + sumOf("006DFF") + "more\r>", ""},
-      {Crc, o, "FF\r" + sumOf("006DFE") + "\r>", wrong},
-      {Crc, o, told("100"), "6 Overflow"},
-      {Crc, o, told("-1"), type},
-      {Old, o, "\r>", type},
-      {Old, c, setupAnswer("C90", "E3F"), wrong},
-      {Crc, c, setupAnswer("C8F", "0000"), ""},
+      {Crc, o, "FF\r" + sumOf("006DFF") + "more\r>", ""}, {Crc, o, "FF\r" + sumOf("006DFE") + "\r>", wrong},
+      {Crc, o, told("100"), "6 Overflow"}, {Crc, o, told("-1"), type}, {Old, o, "\r>", type},
+      {Old, c, setupAnswer("C90", "E3F"), wrong}, {Crc, c, setupAnswer("C8F", "0000"), ""},
       {Crc, c, setupAnswer("C8F").substr(0, setupAnswer("C8F").size() - 1), "3001 No characters received"},
-      {Crc, w, echoed(words + sum + "0"), other},
-      {Crc, w, echoed("007B0008" + sum), other},
-      {Crc, w, echoed(words + "0000"), wrong},
-      {Steps, n, block + std::string("\x20\0more", 6), ""},
-      {Crc, n, block + std::string("\x20\x01", 2), wrong},
-      {Crc, n, block + std::string("\0\x20", 2), wrong},
-      {Crc, n, block, "3005 Insufficient number of binary data bytes received"},
-  };
+      {Crc, w, echoed(words + sum + "0"), other}, {Crc, w, echoed("007B0008" + sum), other},
+      {Crc, w, echoed(words + "0000"), wrong}, {Steps, n, block + std::string("\x20\0more", 6), ""},
+      {Crc, n, block + std::string("\x20\x01", 2), wrong}, {Crc, n, block + std::string("\0\x20", 2), wrong},
+      {Crc, n, block, "3005 Insufficient number of binary data bytes received"}};
+  // clang-format on
   for (const auto& [model, text, answer, expected] : cases) {
     ScriptedSession session{{{text, answer}}, {}, model};
     const Call call = text == o ? readAt(0x6D) : text == c ? readSetup : text == n ? readBlock(2) : sendDelay;

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <cstdio>
-#include <functional>
 #include <map>
 #include <numeric>
 #include <string>
@@ -11,8 +12,7 @@
 
 #include "pendrel/Pendrel.h"
 #include "simulator/bench.h"
-#include "support/failures.h"
-#include "support/scripted_world.h"
+#include "support/scripted_session.h"
 
 namespace hy_wristlog::pendrel_session {
 
@@ -49,41 +49,20 @@ struct Session {
   Pendrel logger;
 };
 
-/// A logger object whose port leads to a logger that follows a script.
-struct ScriptedSession {
+struct ScriptedSession : scripted::Session<Pendrel> {
   using Answers = std::map<std::string, std::string>;
 
-  /// The answers stand after the echo of a command's last character; blocks come a second later. The first
-  /// commands are heard well (' '), garbled ('~') or not at all ('.'), as `hearings` say.
+  /// The answers stand after the echo of a command's last character; blocks come a second later.
   explicit ScriptedSession(Answers answers = {}, std::string hearings = {}, int type = KR_PENDREL_CRC)
-      : answers_(std::move(answers)), hearings_(std::move(hearings)) {
+      : Session(std::move(hearings)), answers_(std::move(answers)) {
     logger.fncOpenCOMport(7, false);
     become(logger, type);
     world->Journal.clear();
-    world->OnWrite = [this](std::string_view bytes) {
-      for (const char byte : bytes) hear(byte);
-    };
   }
-  /// What came of a step and how many seconds it took.
-  std::pair<std::string, double> timed(const std::function<void()>& step) {
-    const std::int64_t before = world->Now;
-    std::string result = outcome(step);
-    return {result, static_cast<double>(world->Now - before) / 1000};
-  }
-
-  scripted::InWorld world;
-  Pendrel logger;
 
  private:
-  void hear(char byte) {
-    if (typed_.empty() && !hearings_.empty()) {
-      const char hearing = hearings_.front();
-      hearings_.erase(0, 1);
-      if (hearing == '~') world->Incoming += hearing;
-      if (hearing != ' ') return;
-    }
-    typed_ += byte;
-    world->Incoming += byte;
+  void hear(char byte) override {
+    if (!takes(byte)) return;
     const auto found = answers_.find(typed_);
     if (found == answers_.end()) return;
     world->deliver(found->second, typed_.starts_with("***N") ? 1000 : 0);
@@ -91,7 +70,6 @@ struct ScriptedSession {
   }
 
   Answers answers_;
-  std::string hearings_, typed_;
 };
 
 }  // namespace hy_wristlog::pendrel_session

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "errors/Procedure.h"
 #include "varden_session/session.h"
 
@@ -25,11 +23,11 @@ bool isConnected(VardenLogger& logger, DockKind kind, bool keepOpen = true, bool
 }
 
 TEST(Docks, DeviceNames) {
-  const std::pair<const char*, bool> cases[] = {{"USB\\VID_5245&PID_4000", true},
-                                                {"USB\\VID_5245&PID_4001", true},
-                                                {"usb 4002 of 5245", true},
-                                                {"USB\\VID_5245&PID_4003", false},
-                                                {"USB\\VID_1234&PID_4000", false}};
+  // clang-format off
+  const std::pair<const char*, bool> cases[] = {
+      {"USB\\VID_5245&PID_4000", true}, {"USB\\VID_5245&PID_4001", true}, {"usb 4002 of 5245", true},
+      {"USB\\VID_5245&PID_4003", false}, {"USB\\VID_1234&PID_4000", false}};
+  // clang-format on
   for (const auto& [name, expected] : cases)
     EXPECT_EQ(VardenLogger::fncIsVardenFromDeviceName(name), expected) << name;
 }
@@ -74,16 +72,13 @@ TEST(Docks, ALoggerAnswersInEachForm) {
 
 TEST(Docks, OnlyOneDockWithAPortIsOpened) {
   constexpr auto Vivid = DockKind::Quillander, First = DockKind::TolkaFirst, Second = DockKind::TolkaSecond;
-  const std::tuple<std::vector<std::pair<DockKind, std::optional<bool>>>, DockKind, std::int16_t,
-                   std::int16_t>
-      cases[] = {{{}, Vivid, 0, 0},
-                 {{}, First, 0, 0},
-                 {{{First, {}}}, First, 1, 0},
-                 {{{First, true}}, First, 1, 33},
-                 {{{First, true}, {Second, {}}}, First, 2, 34},
-                 {{{Second, {}}, {Second, {}}}, First, 2, 0},
-                 {{{Vivid, {}}, {Vivid, {}}}, Vivid, 2, 0},
-                 {{{Vivid, {}}, {Second, {}}}, Vivid, 1, 33}};
+  using Plugged = std::vector<std::pair<DockKind, std::optional<bool>>>;
+  // clang-format off
+  const std::tuple<Plugged, DockKind, std::int16_t, std::int16_t> cases[] = {
+      {{}, Vivid, 0, 0}, {{}, First, 0, 0}, {{{First, {}}}, First, 1, 0}, {{{First, true}}, First, 1, 33},
+      {{{First, true}, {Second, {}}}, First, 2, 34}, {{{Second, {}}, {Second, {}}}, First, 2, 0},
+      {{{Vivid, {}}, {Vivid, {}}}, Vivid, 2, 0}, {{{Vivid, {}}, {Second, {}}}, Vivid, 1, 33}};
+  // clang-format on
   for (const auto& [docks, asked, counted, port] : cases) {
     const hy_wristlog::InWorld<simulator::SimulatedWorld> world;
     VardenLogger logger;

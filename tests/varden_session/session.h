@@ -1,15 +1,15 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <deque>
-#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "simulator/bench.h"
 #include "simulator/checksum.h"
-#include "support/failures.h"
-#include "support/scripted_world.h"
+#include "support/scripted_session.h"
 #include "varden/VardenLogger.h"
 
 namespace hy_wristlog::session {
@@ -45,42 +45,20 @@ inline std::string value(const std::string& text) {
   return text + crc + "\r>";
 }
 
-enum class Hearing : std::uint8_t { Good, Deaf, Garbled };
-
-/// A logger object whose port leads to a logger that follows a script.
-struct ScriptedSession {
+struct ScriptedSession : scripted::Session<VardenLogger> {
   using AnswersByCommand = std::map<std::string, std::deque<std::string>>;
 
-  /// `answers` stand after the echo, in turn, and the last one stays. The typed commands are heard as
-  /// `hearings` say, one after another, and later ones well.
-  explicit ScriptedSession(AnswersByCommand answers = {}, std::deque<Hearing> hearings = {})
-      : Answers(std::move(answers)), Hearings(std::move(hearings)) {
-    world->OnWrite = [this](std::string_view bytes) {
-      for (const char byte : bytes) hear(byte);
-    };
+  /// `answers` stand after the echo, in turn, and the last one stays.
+  explicit ScriptedSession(AnswersByCommand answers = {}, std::string hearings = {})
+      : Session(std::move(hearings)), Answers(std::move(answers)) {
     logger.link().subOpenPort(33, 13, 8, 3, 3, 0, false, true);
   }
 
-  double elapsedDuring(const std::function<void()>& step) {
-    const std::int64_t before = world->Now;
-    step();
-    return static_cast<double>(world->Now - before) / 1000;
-  }
-  /// What came of a step and how long it took.
-  std::pair<std::string, double> timed(const std::function<void()>& step) {
-    std::string result;
-    const double elapsed = elapsedDuring([&] { result = outcome(step); });
-    return {result, elapsed};
-  }
-
-  scripted::InWorld world;
-  VardenLogger logger;
   AnswersByCommand Answers;
-  std::deque<Hearing> Hearings;
   std::vector<std::string> Lines;  ///< the commands that came in whole
 
  private:
-  void hear(char byte) {
+  void hear(char byte) override {
     std::string& toPc = world->Incoming;
     if (byte == '\r') {
       Lines.push_back(std::exchange(typed_, {}));
@@ -90,18 +68,8 @@ struct ScriptedSession {
       if (answers.size() > 1) answers.pop_front();
       return;
     }
-    if (byte < ' ') return;
-    if (typed_.empty() && !Hearings.empty()) {
-      const Hearing hearing = Hearings.front();
-      Hearings.pop_front();
-      if (hearing == Hearing::Garbled) toPc += '~';
-      if (hearing != Hearing::Good) return;
-    }
-    typed_ += byte;
-    toPc += byte;
+    if (byte >= ' ') takes(byte);
   }
-
-  std::string typed_;
 };
 
 }  // namespace hy_wristlog::session
