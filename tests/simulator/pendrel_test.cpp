@@ -13,28 +13,16 @@ PendrelBenchOptions optionsOf(PendrelModel model, std::size_t kilobytes = 64) {
 }
 
 /// Somebody at the PC's end of a Pendreader's line.
-struct Reader {
-  explicit Reader(const PendrelBenchOptions& options)
-      : Lab(makePendrelBench(options)), Port(Lab.World->serialPorts().open(1)) {
-    speed(600);
-    Port->setDtr(true);
-    Port->setRts(true);
-  }
+struct Reader : FarEnd<PendrelBench> {
+  explicit Reader(const PendrelBenchOptions& options) : FarEnd(makePendrelBench(options)) { speed(600); }
   void speed(int baud) {
     Port->configure({baud, platform::LineParity::None, 8, platform::LineStopBits::One});
   }
   /// Types at the pace of the line, waits, and returns what has come by then.
   std::string exchange(const std::string& text, int milliseconds = 3000) {
-    Port->write({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
-    Lab.World->advance(std::chrono::milliseconds{milliseconds + 17 * static_cast<int>(text.size())});
-    std::string answer(70000, '\0');
-    answer.resize(Port->read({reinterpret_cast<std::uint8_t*>(answer.data()), answer.size()}));
-    return answer;
+    return FarEnd::exchange(text, milliseconds + 17 * static_cast<int>(text.size()));
   }
   SimulatedPendrel& logger() const { return *Lab.Logger; }
-
-  PendrelBench Lab;
-  std::unique_ptr<platform::SerialPort> Port;
 };
 
 unsigned sumOf(const std::string& text) {
@@ -57,55 +45,33 @@ std::string setupText(const std::string& beforeRecord, const std::string& record
 TEST(Pendrel, AnswersToTheByte) {
   const std::string fresh = std::string(64, ' ') + "\r02\r00\rFF80\r00 00 00 00 00\r02 03 26\r",
                     subject = "Subject 17 * " + std::string(51, 'x'), read = "***O006D",
-                    delay = "***A04***W0043030A", steps = setupText(fresh, "B21 80 1234 FF 00", true);
-  const std::string altered = "?\rS" + fresh.substr(64) + "C9\r";
-  const auto sound = [](PendrelFaults&) {};
-  const std::tuple<PendrelModel, std::size_t, void (*)(PendrelFaults&), std::string, std::string> cases[] = {
-      {Plain, 8, sound, "***C", setupText(fresh, "C8B 80 1234 1F 00", false)},
-      {Checksums, 32, sound, "***C", setupText(fresh, "C94 80 1234 7F 00", true)},
-      {Steps, 64, sound, "***B" + subject + "***A81***D311209***E2359***L290200***P006D47***C",
+                    delay = "***A04***W0043030A";
+  const std::tuple<PendrelModel, std::size_t, std::string, std::string> cases[] = {
+      {Plain, 8, "***C", setupText(fresh, "C8B 80 1234 1F 00", false)},
+      {Checksums, 32, "***C", setupText(fresh, "C94 80 1234 7F 00", true)},
+      {Steps, 64, "***B" + subject + "***A81***D311209***E2359***L290200***P006D47***C",
        "***B" + subject + "***A81***D311209***E2359***L290200\r>***P006D47\r>" +
            setupText(subject + "\r81\r00\rFF80\r31 12 09 23 59\r29 02 00\r", "B21 80 1234 FF 00", true)},
-      {Checksums, 64, sound, read, read + "FF\r" + hexOf(sumOf("006DFF")) + "\r>"},
-      {Steps, 8, sound, "***P1FFF0A***P20000B***O1FFF***O2000",
+      {Checksums, 64, read, read + "FF\r" + hexOf(sumOf("006DFF")) + "\r>"},
+      {Steps, 8, "***P1FFF0A***P20000B***O1FFF***O2000",
        "***P1FFF0A\r>***P20000B\r>***O1FFF0A\r" + hexOf(sumOf("1FFF0A")) + "\r>***O2000FF\r" +
            hexOf(sumOf("2000FF")) + "\r>"},
-      {Checksums, 64, sound, delay, delay + "\r0043030A" + hexOf(sumOf("0043030A")) + "\r>"},
-      {Plain, 64, sound, "***A04***H0043***F030A", "***A04***H0043\r***F030A\r"},
-      {Plain, 64, [](auto& f) { f.LoseEcho = once(3); }, read, "***006DFF\r>"},
-      {Plain, 64, [](auto& f) { f.DelayEcho = once(), f.EchoDelay = 4s; }, "*", ""},
-      {Plain, 64, [](auto& f) { f.Unheeded['O'] = once(1); }, read + "***O0000***O0001",
-       read + "FF\r>***O0000***O0001FF\r>"},
-      {Steps, 64,
-       [](auto& f) { f.Feigned['P'] = f.Feigned['L'] = f.Feigned['B'] = f.Feigned['E'] = always(); },
-       "***P006D47***L010101***B" + subject + "***E2359***C",
-       "***P006D47\r>***L010101\r>***B" + subject + "***E2359" + steps},
-      {Steps, 64, [](auto& f) { f.BadChecksum['C'] = once(); }, "***C",
-       steps.substr(0, steps.size() - 6) + hexOf(sumOf(steps.substr(4, steps.size() - 11)) ^ 0x101) + "\r>"},
-      {Steps, 64, [](auto& f) { f.WrongDelayEcho = once(); }, delay,
-       delay + "\r00430300" + hexOf(sumOf("0043030A")) + "\r>"},
-      {Checksums, 64,
-       [](auto& f) {
-         f.SetupLines = {{0, "?"}, {1, "S"}, {7, "C9"}, {9, "no"}};
-       },
-       "***C", "***C" + altered + hexOf(sumOf(altered) - 13) + "\r>"},
+      {Checksums, 64, delay, delay + "\r0043030A" + hexOf(sumOf("0043030A")) + "\r>"},
+      {Plain, 64, "***A04***H0043***F030A", "***A04***H0043\r***F030A\r"},
   };
-  for (const auto& [model, kilobytes, spoil, typed, answer] : cases) {
+  for (const auto& [model, kilobytes, typed, answer] : cases) {
     Reader reader{optionsOf(model, kilobytes)};
-    spoil(reader.logger().Faults);
     EXPECT_EQ(reader.exchange(typed), answer) << int(model) << ' ' << typed;
   }
 }
 
 TEST(Pendrel, StreamsItsBlocks) {
-  const std::tuple<PendrelModel, void (*)(PendrelFaults&), std::size_t, unsigned> cases[] = {
-      {Plain, [](auto&) {}, 4096, 0},
-      {Checksums, [](auto&) {}, 4098, 0},
-      {Steps, [](auto&) {}, 4098, 0},
-      {Steps, [](auto& f) { f.BadChecksum['N'] = once(); }, 4098, 0x101},
-      {Plain, [](auto& f) { f.ShortBlock = once(), f.Shortfall = 96; }, 4000, 0},
-      {Plain, [](auto& f) { f.LongBlock = once(); }, 4103, 0}};
-  for (const auto& [model, spoil, length, error] : cases) {
+  const std::tuple<PendrelModel, void (*)(PendrelFaults&), std::size_t> cases[] = {
+      {Plain, [](auto&) {}, 4096},
+      {Checksums, [](auto&) {}, 4098},
+      {Steps, [](auto&) {}, 4098},
+      {Plain, [](auto& f) { f.LongBlock = once(); }, 4103}};
+  for (const auto& [model, spoil, length] : cases) {
     Reader reader{optionsOf(model, 8)};
     for (std::size_t at = 0; at < 8192; ++at)
       reader.logger().memory().write(at, static_cast<std::uint8_t>(at * 7 + at / 256));
@@ -121,7 +87,7 @@ TEST(Pendrel, StreamsItsBlocks) {
     if (length == 4098) {
       const std::uint8_t high = static_cast<std::uint8_t>(block[4096]),
                          low = static_cast<std::uint8_t>(block[4097]);
-      EXPECT_EQ((sumOf(data) ^ error) & 0xFFFFU, high * 256U + low);
+      EXPECT_EQ(sumOf(data) & 0xFFFFU, high * 256U + low);
     }
     reader.speed(600);
     EXPECT_EQ(reader.exchange("\r"), "\r>") << "and it speaks slowly again";

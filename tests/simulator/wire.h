@@ -43,16 +43,13 @@ inline std::string frameOf(unsigned number, const std::string& data) {
 inline std::string textOf(const auto& bytes) { return {bytes.begin(), bytes.end()}; }
 inline std::string imageOf(SimulatedLogger& logger) { return textOf(logger.block().image()); }
 
-/// Somebody at the PC's end of the line of a bench, with the logger awake.
-struct Wire {
-  explicit Wire(const BenchOptions& options = vividBenchOptions())
-      : Lab(makeBench(options)), Port(Lab.World->serialPorts().open(Lab.Dock->comPort())) {
-    Port->configure(LoggerLine);
+/// Somebody at the PC's end of the line of a bench.
+template <class Bench>
+struct FarEnd {
+  explicit FarEnd(Bench bench)
+      : Lab(std::move(bench)), Port(Lab.World->serialPorts().open(Lab.Dock->comPort())) {
     Port->setDtr(true);
     Port->setRts(true);
-    wait(100);
-    Port->setRts(false);
-    wait(200);
   }
   void wait(int milliseconds) { Lab.World->clock().sleep(std::chrono::milliseconds{milliseconds}); }
   /// Sends, waits, and returns what has come by then.
@@ -66,6 +63,16 @@ struct Wire {
 
   Bench Lab;
   std::unique_ptr<platform::SerialPort> Port;
+};
+
+/// With the logger awake.
+struct Wire : FarEnd<Bench> {
+  explicit Wire(const BenchOptions& options = vividBenchOptions()) : FarEnd(makeBench(options)) {
+    Port->configure(LoggerLine);
+    wait(100);
+    Port->setRts(false);
+    wait(200);
+  }
 };
 
 }  // namespace hy_wristlog::simulator
