@@ -125,12 +125,7 @@ Ref<HyTypeInfo> partOf(HyTypeInfo* info, uint32_t part, int32_t flags) {
 }
 
 TEST(TypeInfo, LeadsFromAClassToItsInterfaceAndEvents) {
-  struct Case {
-    HyGuid ClassId, InterfaceId;
-    const HyGuid* Events;
-    const char* Name;
-  };
-  const Case cases[] = {
+  const std::tuple<HyGuid, HyGuid, const HyGuid*, const char*> cases[] = {
       {HY_CLSID_MAIN, HY_IID_MAIN, nullptr, "Class_Main"},
       {HY_CLSID_VARDEN_LOGGER, HY_IID_VARDEN_LOGGER, &HY_DIID_VARDEN_LOGGER_EVENTS, "Class_VardenLogger"},
       {HY_CLSID_PENDREL, HY_IID_PENDREL, &HY_DIID_PENDREL_EVENTS, "Class_Pendrel"},
@@ -139,21 +134,21 @@ TEST(TypeInfo, LeadsFromAClassToItsInterfaceAndEvents) {
     const HyGuid own = attributesOf(info).guid;
     return memcmp(&own, &id, sizeof id) == 0;
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.Name);
-    const auto object = make(c.ClassId);
+  for (const auto& [classId, interfaceId, eventsId, name] : cases) {
+    SCOPED_TRACE(name);
+    const auto object = make(classId);
     const auto provider = query<HyProvideClassInfo>(object.get(), HY_IID_PROVIDE_CLASS_INFO);
     Ref<HyTypeInfo> info;
     provider->GetClassInfo(provider.get(), info.receive());
-    EXPECT_EQ(nameOf(info.get()), c.Name);
-    EXPECT_TRUE(is(info.get(), c.ClassId));
+    EXPECT_EQ(nameOf(info.get()), name);
+    EXPECT_TRUE(is(info.get(), classId));
     EXPECT_EQ(attributesOf(info.get()).typekind, HY_TKIND_COCLASS);
-    const uint32_t parts = c.Events != nullptr ? 2 : 1;
+    const uint32_t parts = eventsId != nullptr ? 2 : 1;
     ASSERT_EQ(attributesOf(info.get()).cImplTypes, parts);
     EXPECT_EQ(partOf(info.get(), parts, 0).get(), nullptr);
     for (uint32_t part = 0; part < parts; ++part) {
       const auto described = partOf(info.get(), part, part == 0 ? 1 : 3);
-      EXPECT_TRUE(is(described.get(), part == 0 ? c.InterfaceId : *c.Events));
+      EXPECT_TRUE(is(described.get(), part == 0 ? interfaceId : *eventsId));
       const std::vector<std::string> events = {"1 CommEventError(3 1 ErrorNum, 8* 3 ErrorDescription, ) 24",
                                                "1 CommProgress(8* 3 ProgressText, ) 24",
                                                "1 AbortAcknowledged() 24"};
@@ -163,7 +158,7 @@ TEST(TypeInfo, LeadsFromAClassToItsInterfaceAndEvents) {
       EXPECT_EQ(partOf(base.get(), 0, 0).get(), nullptr);
     }
     void* made = nullptr;
-    EXPECT_EQ(info->CreateInstance(info.get(), nullptr, &c.InterfaceId, &made), HY_S_OK);
+    EXPECT_EQ(info->CreateInstance(info.get(), nullptr, &interfaceId, &made), HY_S_OK);
     auto* another = static_cast<HyDispatch*>(made);
     EXPECT_EQ(another->lpVtbl->Release(another), 0U);
   }

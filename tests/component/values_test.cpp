@@ -48,49 +48,36 @@ TEST(Values, AreConvertedToTheirPropertysType) {
     const char* Property;
     Value Given;
     HyResult Result;
-    int Type;
-    double Reads;
+    int Type = 0;
+    double Reads = 0;
   };
   int16_t small = 321;
   Value inside = real(7.5), nested = byRef(HY_VT_I2, &small);
   double day = 40000.25;
-  std::vector<Case> cases;
-  const auto add = [&](const char* property, Value given, HyResult result, int type = 0, double reads = 0) {
-    cases.push_back({property, std::move(given), result, type, reads});
-  };
-  add("EpochLength", number(60), HY_S_OK, HY_VT_I2, 60);
-  add("EpochLength", number(32768), overflow);
-  add("EpochLength", real(2.5), HY_S_OK, HY_VT_I2, 2);
-  add("EpochLength", real(NAN), overflow);
-  add("EpochLength", text(" 1,200 "), HY_S_OK, HY_VT_I2, 1200);
-  add("EpochLength", text("twelve"), mismatch);
-  add("EpochLength", boolean(true), HY_S_OK, HY_VT_I2, -1);
-  add("EpochLength", ofType(HY_VT_EMPTY), HY_S_OK, HY_VT_I2, 0);
-  add("EpochLength", ofType(HY_VT_NULL), mismatch);
-  add("EpochLength", missing(), HY_DISP_E_PARAMNOTOPTIONAL);
-  add("EpochLength", ofType(HY_VT_DISPATCH), mismatch);
-  add("EpochLength", ofType(HY_VT_DECIMAL), HY_DISP_E_BADVARTYPE);
-  add("EpochLength", ofType(HY_VT_UI8, -1), overflow);
-  add("EpochLength", ofType(HY_VT_CY, 125000), HY_S_OK, HY_VT_I2, 12);
-  add("EpochLength", byRef(HY_VT_I2, &small), HY_S_OK, HY_VT_I2, 321);
-  add("EpochLength", byRef(&inside), HY_S_OK, HY_VT_I2, 8);
-  add("EpochLength", byRef(&nested), HY_S_OK, HY_VT_I2, 321);
-  add("EpochLength", byRef(static_cast<HyVariant*>(nullptr)), HY_E_POINTER);
-  add("EpochLength", byRef(HY_VT_EMPTY, &small), HY_DISP_E_BADVARTYPE);
-  add("FirmwareVersion", number(255), HY_S_OK, HY_VT_UI1, 255);
-  add("FirmwareVersion", number(-1), overflow);
-  add("BytesUsed", ofType(HY_VT_I8, int64_t{1} << 31), overflow);
-  add("AcquisitionMode", ofType(HY_VT_I1, 2), HY_S_OK, HY_VT_I4, 2);
-  add("SubjectHeight", real(1e39), overflow);
-  add("SubjectHeight", real(INFINITY), HY_S_OK, HY_VT_R4, INFINITY);
-  add("StartDate", byRef(HY_VT_DATE, &day), HY_S_OK, HY_VT_DATE, 40000.25);
-  add("AutoDSTadjust", number(5), HY_S_OK, HY_VT_BOOL, -1);
-  add("AutoDSTadjust", text("fAlse"), HY_S_OK, HY_VT_BOOL, 0);
-  add("AutoDSTadjust", text("yes"), mismatch);
+  // clang-format off
+  const Case cases[] = {
+      {"EpochLength", number(32768), overflow}, {"EpochLength", real(2.5), HY_S_OK, HY_VT_I2, 2},
+      {"EpochLength", real(NAN), overflow}, {"EpochLength", text(" 1,200 "), HY_S_OK, HY_VT_I2, 1200},
+      {"EpochLength", text("twelve"), mismatch}, {"EpochLength", boolean(true), HY_S_OK, HY_VT_I2, -1},
+      {"EpochLength", ofType(HY_VT_EMPTY), HY_S_OK, HY_VT_I2, 0}, {"EpochLength", ofType(HY_VT_NULL), mismatch},
+      {"EpochLength", ofType(HY_VT_DISPATCH), mismatch}, {"EpochLength", missing(), HY_DISP_E_PARAMNOTOPTIONAL},
+      {"EpochLength", ofType(HY_VT_DECIMAL), HY_DISP_E_BADVARTYPE}, {"EpochLength", ofType(HY_VT_UI8, -1), overflow},
+      {"EpochLength", ofType(HY_VT_CY, 125000), HY_S_OK, HY_VT_I2, 12},
+      {"EpochLength", byRef(HY_VT_I2, &small), HY_S_OK, HY_VT_I2, 321},
+      {"EpochLength", byRef(&inside), HY_S_OK, HY_VT_I2, 8}, {"EpochLength", byRef(&nested), HY_S_OK, HY_VT_I2, 321},
+      {"EpochLength", byRef(static_cast<HyVariant*>(nullptr)), HY_E_POINTER},
+      {"EpochLength", byRef(HY_VT_EMPTY, &small), HY_DISP_E_BADVARTYPE}, {"FirmwareVersion", number(-1), overflow},
+      {"FirmwareVersion", number(255), HY_S_OK, HY_VT_UI1, 255},
+      {"BytesUsed", ofType(HY_VT_I8, int64_t{1} << 31), overflow},
+      {"AcquisitionMode", ofType(HY_VT_I1, 2), HY_S_OK, HY_VT_I4, 2}, {"SubjectHeight", real(1e39), overflow},
+      {"SubjectHeight", real(INFINITY), HY_S_OK, HY_VT_R4, INFINITY},
+      {"StartDate", byRef(HY_VT_DATE, &day), HY_S_OK, HY_VT_DATE, 40000.25},
+      {"AutoDSTadjust", number(5), HY_S_OK, HY_VT_BOOL, -1}, {"AutoDSTadjust", text("fAlse"), HY_S_OK, HY_VT_BOOL, 0},
+      {"AutoDSTadjust", text("yes"), mismatch}};
+  // clang-format on
   const auto object = make(HY_CLSID_PENDREL);
-  for (std::size_t i = 0; i < cases.size(); ++i) {
-    const Case& c = cases[i];
-    SCOPED_TRACE("case " + std::to_string(i) + ", " + c.Property);
+  for (const Case& c : cases) {
+    SCOPED_TRACE("case " + std::to_string(&c - cases) + ", " + c.Property);
     const Outcome outcome = put(object.get(), c.Property, c.Given);
     EXPECT_EQ(outcome.Result, c.Result);
     EXPECT_EQ(outcome.Argument, c.Result == HY_S_OK ? 99U : 0U);
@@ -179,24 +166,18 @@ TEST(Values, ArraysPassBothWays) {
   ASSERT_EQ(put(object.get(), "ActivityArray", arrayValue(HY_VT_I2, &pointer)).Result, HY_S_OK);
   EXPECT_EQ(get(object.get(), "ActivityArray").at(2).lVal, -5);
 
-  struct Bad {
-    const char* Why;
-    int Type;
-    HyResult Result;
-    void (*Spoil)(HyArray&);
-  };
-  const Bad bad[] = {
+  const std::tuple<const char*, int, HyResult, void (*)(HyArray&)> bad[] = {
       {"two dimensions", HY_VT_I2, HY_DISP_E_TYPEMISMATCH, [](HyArray& a) { a.cDims = 2; }},
       {"another element size", HY_VT_I4, HY_DISP_E_TYPEMISMATCH, [](HyArray&) {}},
       {"no memory", HY_VT_I2, HY_E_POINTER, [](HyArray& a) { a.pvData = nullptr; }},
       {"absurd length", HY_VT_I2, HY_E_INVALIDARG, [](HyArray& a) { a.rgsabound[0].cElements = ~0U; }},
       {"no type", 77, HY_DISP_E_BADVARTYPE, [](HyArray&) {}},
   };
-  for (const Bad& b : bad) {
+  for (const auto& [why, type, result, spoil] : bad) {
     HyArray spoilt = shorts;
-    b.Spoil(spoilt);
+    spoil(spoilt);
     pointer = &spoilt;
-    EXPECT_EQ(put(object.get(), "ActivityArray", arrayValue(b.Type, &pointer)).Result, b.Result) << b.Why;
+    EXPECT_EQ(put(object.get(), "ActivityArray", arrayValue(type, &pointer)).Result, result) << why;
   }
   EXPECT_EQ(put(object.get(), "ActivityArray", number(1)).Result, HY_DISP_E_TYPEMISMATCH);
   EXPECT_EQ(get(object.get(), "ActivityArray").parray->rgsabound[0].cElements, 3U);
