@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <functional>
 
@@ -66,40 +64,28 @@ TEST(DebuggerScreen, RestoresTheTerminalHoweverItEnds) {
   const Sandbox box;
   box.write("file", "in the way");
   using Act = std::function<void(TerminalRun&)>;
-  const auto send = [](int number) { return Act([=](TerminalRun& run) { run.signal(number); }); };
-  const auto typing = [](std::string keys) { return Act([=](TerminalRun& run) { run.type(keys); }); };
-  const auto twice = [](const Act& act) {
-    return Act([=](TerminalRun& run) {
-      act(run);
-      ASSERT_TRUE(run.shows("Stopping"));
-      act(run);
-    });
+  const Act terminateTwice = [](TerminalRun& run) {
+    run.signal(SIGTERM);
+    ASSERT_TRUE(run.shows("Stopping"));
+    run.signal(SIGTERM);
   };
-  const auto then = [&](const Act& act, const std::string& text, const std::string& keys) {
-    return Act([=](TerminalRun& run) {
-      act(run);
-      ASSERT_TRUE(run.shows(text)) << run.Last;
-      run.type(keys);
-    });
+  const Act stopAndLeave = [](TerminalRun& run) {
+    run.type(CtrlC);
+    ASSERT_TRUE(run.shows("Code 10013")) << run.Last;
+    run.type("q");
   };
-  const auto exited = [](int status) { return status << 8; };
-  const struct {
-    const char* Name;
-    std::string Options;
-    Act End;
-    int Status;
-  } cases[] = {{"q at its end", Status, then({typing("")}, "Code 0", "q"), 0},
-               {"Ctrl-C, then q", SlowRetrieval, then(typing(CtrlC), "Code 10013", "q"), exited(1)},
-               {"terminate twice", SlowestRetrieval, twice(send(SIGTERM)), SIGTERM},
-               {"quit", SlowRetrieval, typing("\x1C"), SIGQUIT},
-               {"failure", SlowRetrieval + " --out file", typing(""), exited(1)}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.Name);
-    TerminalRun run(box, c.Options);
+  const std::tuple<std::string, Act, int> cases[] = {
+      {SlowRetrieval, stopAndLeave, 1 << 8},
+      {SlowestRetrieval, terminateTwice, SIGTERM},
+      {SlowRetrieval, [](TerminalRun& run) { run.type("\x1C"); }, SIGQUIT},
+      {SlowRetrieval + " --out file", [](TerminalRun&) {}, 1 << 8}};
+  for (const auto& [options, end, expected] : cases) {
+    SCOPED_TRACE(options);
+    TerminalRun run(box, options);
     ASSERT_TRUE(run.writes("Communications Debugger")) << run.All;
-    c.End(run);
+    end(run);
     const int status = run.finish();
-    EXPECT_EQ(status & ~0x80, c.Status)
+    EXPECT_EQ(status & ~0x80, expected)
         << run.All.substr(run.All.size() - std::min<std::size_t>(run.All.size(), 300));
     EXPECT_TRUE(run.isRestored());
     EXPECT_NE(run.All.find(LeavesScreen), std::string::npos);

@@ -89,17 +89,18 @@ TEST(DebuggerText, WrapsAndFollowsItsEnd) {
 
 TEST(DebuggerText, MovesCaretAndWindow) {
   const std::string lines = "a\nbcd\ne\nfgh\ni\njkl\nm";
+  // clang-format off
   const struct {
     std::vector<Motion> Motions;
     const char* Seen;
-  } cases[] = {{{}, "i|jkl|m^|"},
-               {{Motion::Left, Motion::Left}, "i|jkl^|m|"},
-               {{Motion::Up, Motion::Up, Motion::Up}, "f^gh|i|jkl|"},
-               {{Motion::Left, Motion::Left, Motion::Up, Motion::Up}, "fgh^|i|jkl|"},
-               {{Motion::PageUp}, "e|fgh|i^|"},
-               {{Motion::PageUp, Motion::PageUp, Motion::PageUp, Motion::PageUp}, "a^|bcd|e|"},
-               {{Motion::Start, Motion::Left, Motion::Up}, "^a|bcd|e|"},
-               {{Motion::Start, Motion::End, Motion::Right, Motion::Down}, "i|jkl|m^|"}};
+  } cases[] = {
+      {{}, "i|jkl|m^|"}, {{Motion::Left, Motion::Left}, "i|jkl^|m|"},
+      {{Motion::Up, Motion::Up, Motion::Up}, "f^gh|i|jkl|"},
+      {{Motion::Left, Motion::Left, Motion::Up, Motion::Up}, "fgh^|i|jkl|"}, {{Motion::PageUp}, "e|fgh|i^|"},
+      {{Motion::PageUp, Motion::PageUp, Motion::PageUp, Motion::PageUp}, "a^|bcd|e|"},
+      {{Motion::Start, Motion::Left, Motion::Up}, "^a|bcd|e|"},
+      {{Motion::Start, Motion::End, Motion::Right, Motion::Down}, "i|jkl|m^|"}};
+  // clang-format on
   for (const auto& c : cases) {
     DebuggerText text = textOf(lines);
     for (const Motion motion : c.Motions) text.move(motion);

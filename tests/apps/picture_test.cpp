@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <locale>
 
@@ -70,16 +68,13 @@ class DecimalComma : public std::numpunct<char> {
 }  // namespace
 
 TEST(Picture, TextAndNumbersInMarkup) {
+  // clang-format off
   const std::pair<std::string, std::string> texts[] = {
-      {"<script>\"&'", "&lt;script&gt;&quot;&amp;&#39;"},
-      {"]]>--", "]]&gt;--"},
-      {"é€\n", "é€\n"},
-      {std::string("\0\x0B\x7F\xC2\x85", 5), "\uFFFD\uFFFD\uFFFD\uFFFD"},
-      {"\xE9<", "\uFFFD&lt;"},
-      {"\xE2\x82<", "\uFFFD\uFFFD&lt;"},
-      {"\xC0\xBC\xED\xA0\x80<", "\uFFFD\uFFFD\uFFFD&lt;"},
-      {"\xEF\xBF\xBE\xF4\x90\x80\x80<", "\uFFFD\uFFFD&lt;"},
-      {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"}};
+      {"<script>\"&'", "&lt;script&gt;&quot;&amp;&#39;"}, {"]]>--", "]]&gt;--"}, {"é€\n", "é€\n"},
+      {std::string("\0\x0B\x7F\xC2\x85", 5), "\uFFFD\uFFFD\uFFFD\uFFFD"}, {"\xE9<", "\uFFFD&lt;"},
+      {"\xE2\x82<", "\uFFFD\uFFFD&lt;"}, {"\xC0\xBC\xED\xA0\x80<", "\uFFFD\uFFFD\uFFFD&lt;"},
+      {"\xEF\xBF\xBE\xF4\x90\x80\x80<", "\uFFFD\uFFFD&lt;"}, {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"}};
+  // clang-format on
   for (const auto& [text, markup] : texts) {
     const std::string result = escaped(text);
     EXPECT_EQ(MarkupCheck::problemOf(result), "");
@@ -95,23 +90,18 @@ TEST(Picture, TextAndNumbersInMarkup) {
 
 TEST(Picture, EpochsBecomeColumns) {
   const float none = NoValue;
-  const struct {
-    const char* Name;
-    std::int64_t Start;
-    std::int32_t Epoch;
-    Series Activity;
-    const char* Columns;
-  } cases[] = {{"means of 5 minutes", Monday, 60, {1, 2, 3, 4, 5, 9}, "0-1:3 1-2:9"},
-               {"gap beside zero", Monday, 300, {0, 0, none, none, 4}, "0-2:0 2-4:gap 4-5:4"},
-               {"a gap in a column does not lower it", Monday, 60, {4, none, none, 8, none}, "0-1:6"},
-               {"long epochs reach over columns", Monday + 120, 300, {10, 20}, "0-1:10 1-2:16 2-3:20"},
-               {"longest epochs", Monday, 32767, {7}, "0-110:7"},
-               {"before 1970", -600, 300, {1, 2, 3}, "286-287:1 287-288:2"}};
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.Name);
-    const RecordedDays days = daysOf(recordingOf(each.Start, each.Epoch, each.Activity));
-    EXPECT_EQ(runs(days.Days.at(0), stateOf), each.Columns);
-    EXPECT_EQ(days.Totals.Epochs, std::ssize(each.Activity));
+  const std::tuple<const char*, std::int64_t, std::int32_t, Series, const char*> cases[] = {
+      {"means of 5 minutes", Monday, 60, {1, 2, 3, 4, 5, 9}, "0-1:3 1-2:9"},
+      {"gap beside zero", Monday, 300, {0, 0, none, none, 4}, "0-2:0 2-4:gap 4-5:4"},
+      {"a gap in a column does not lower it", Monday, 60, {4, none, none, 8, none}, "0-1:6"},
+      {"long epochs reach over columns", Monday + 120, 300, {10, 20}, "0-1:10 1-2:16 2-3:20"},
+      {"longest epochs", Monday, 32767, {7}, "0-110:7"},
+      {"before 1970", -600, 300, {1, 2, 3}, "286-287:1 287-288:2"}};
+  for (const auto& [name, start, epoch, activity, columns] : cases) {
+    SCOPED_TRACE(name);
+    const RecordedDays days = daysOf(recordingOf(start, epoch, activity));
+    EXPECT_EQ(runs(days.Days.at(0), stateOf), columns);
+    EXPECT_EQ(days.Totals.Epochs, std::ssize(activity));
   }
   PlottedRecording recording = recordingOf(Monday + 23 * Hour, 1800, {5, none, 6, 7});
   recording.OffWrist = {true, true, false, true};
@@ -267,7 +257,6 @@ TEST(Picture, FoldersWithoutARecording) {
   ASSERT_EQ(box.run("retrieve --model vivid --simulate vivid --out good").Status, 0);
   const std::string config = box.content("good/config.ini");
   for (const std::string folder : {"half", "broken", "zeros"}) {
-    std::filesystem::create_directory(box.Folder / folder);
     box.write(folder + "/config.ini", folder == "broken" ? "[Configuration Bytes]\n" : config);
     if (folder != "half") box.write(folder + "/raw.bin", std::string(5000, '\0'));
   }

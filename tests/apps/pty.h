@@ -22,11 +22,7 @@ class TerminalRun {
 
   TerminalRun(const Sandbox& box, const std::string& arguments,
               const std::string& terminal = "xterm-256color", winsize size = {24, 100, 0, 0}) {
-    const std::string home = box.Folder.string();
-    const std::string command = "cd " + home + " && exec env -i TERM=" + terminal + " HOME=" + home +
-                                " XDG_CONFIG_HOME=" + home + "/config XDG_STATE_HOME=" + home +
-                                "/state HY_WRISTLOG_SYS=" + home + "/sys HY_WRISTLOG_DOCKS=" + home +
-                                "/Docks.INI LC_ALL=C.UTF-8 " WRISTLOG_PROGRAM " " + arguments;
+    const std::string command = box.inSurroundings("LC_ALL=C.UTF-8 TERM=" + terminal) + arguments;
     if (::openpty(&user_, &program_, nullptr, nullptr, &size) != 0) std::abort();
     ::tcgetattr(program_, &before_);
     child_ = ::fork();

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "apps/sandbox.h"
 #include "cli/cli.h"
 #include "session/process.h"
@@ -9,6 +7,7 @@ namespace {
 
 namespace fs = std::filesystem;
 namespace sim = hy_wristlog::simulator;
+using hy_wristlog::contentOf;
 using namespace std::chrono_literals;
 
 const fs::path Sessions = fs::path(TEST_DATA) / "sessions";
@@ -94,10 +93,6 @@ void makeSession(const RecordedSession& session) {
   for (const std::string folder : {"subject-17", "recording"})
     if (const fs::path series = box.Folder / folder / "series.csv"; fs::exists(series))
       fs::copy_file(series, Sessions / (session.Name + ".csv"), fs::copy_options::overwrite_existing);
-}
-
-std::string contentOf(const fs::path& path) {
-  return {std::istreambuf_iterator<char>(std::ifstream(path, std::ios::binary).rdbuf()), {}};
 }
 
 TEST(Replay, RecordedSessionsSayWhatTheySaidAndNameAChangedByte) {

@@ -1,13 +1,14 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
+
+#include "support/surroundings.h"
 
 using Json = nlohmann::ordered_json;
 
@@ -20,45 +21,36 @@ struct Outcome {
 /// daylight time and, where it is installed, a locale with a decimal comma.
 class Sandbox {
  public:
-  Sandbox() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "wristlog-apps-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) std::abort();
-    Folder = pattern;
-    std::filesystem::create_directories(Folder / "sys");
-  }
-  ~Sandbox() {
-    std::error_code ignored;
-    std::filesystem::remove_all(Folder, ignored);
-  }
-  Sandbox(const Sandbox&) = delete;
-  Sandbox& operator=(const Sandbox&) = delete;
+  Sandbox() { std::filesystem::create_directories(Folder / "sys"); }
 
   /// `arguments` as a shell takes them; `behind` may redirect, `before` set variables or limits.
   Outcome run(const std::string& arguments, const std::string& behind = "",
               const std::string& before = "") const {
-    const std::string home = Folder.string();
-    const std::string command = "cd " + home + " && " + before + " env -i HOME=" + home +
-                                " XDG_CONFIG_HOME=" + home + "/config XDG_STATE_HOME=" + home +
-                                "/state HY_WRISTLOG_SYS=" + home + "/sys HY_WRISTLOG_DOCKS=" + home +
-                                "/Docks.INI TZ=America/New_York LC_ALL=de_DE.UTF-8 " + Environment +
-                                " " WRISTLOG_PROGRAM " " + arguments + " </dev/null >.out 2>.err " + behind;
-    const int status = std::system(command.c_str());
+    const int status =
+        std::system((before + inSurroundings("TZ=America/New_York LC_ALL=de_DE.UTF-8 " + Environment) +
+                     arguments + " </dev/null >.out 2>.err " + behind)
+                        .c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, content(".out"), content(".err")};
   }
-
-  std::string content(const std::string& name) const {
-    std::ifstream file(Folder / name, std::ios::binary);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
+  /// A shell's words up to the program's arguments, with more variables than those of every run.
+  std::string inSurroundings(const std::string& variables) const {
+    const std::string home = Folder.string();
+    return "cd " + home + " && exec env -i HOME=" + home + " XDG_CONFIG_HOME=" + home +
+           "/config XDG_STATE_HOME=" + home + "/state HY_WRISTLOG_SYS=" + home +
+           "/sys HY_WRISTLOG_DOCKS=" + home + "/Docks.INI " + variables + " " WRISTLOG_PROGRAM " ";
   }
+
+  std::string content(const std::string& name) const { return hy_wristlog::contentOf(Folder / name); }
   void write(const std::string& name, const std::string& text) const {
-    std::ofstream(Folder / name, std::ios::binary) << text;
+    hy_wristlog::putFile(Folder / name, text);
   }
-
   bool has(const std::string& name) const { return std::filesystem::exists(Folder / name); }
 
-  std::filesystem::path Folder;
+ private:
+  hy_wristlog::TemporaryFolder folder_;
+
+ public:
+  std::filesystem::path Folder = folder_.path();
   std::string Environment;  ///< more variables, in the place of the usual ones
 };
 

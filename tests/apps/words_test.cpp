@@ -19,10 +19,7 @@ const std::string Hostile = "\x1B[2J\r\nForged\x9D";
 /// All that a command tells people, run in the thread's world.
 std::string told(const std::vector<std::string>& arguments) {
   CommandLine cli;
-  addWorkflowCommands(cli);
-  addFileCommands(cli);
-  addPlotCommand(cli);
-  addPendrelCommands(cli);
+  addCommands(cli);
   std::vector<std::string> words = arguments;
   words.insert(words.begin(), "wristlog");
   std::vector<char*> pointers;
