@@ -50,8 +50,7 @@ TEST_F(PendrelDecoder, WalksTheSamples) {
       {"steps model without steps", "3 254 3", "A 15x2 M 1 ? S ?x2; 2 1", Counting},
       {"steps", "3 7 3 253 254 3 254 3 255 254 0 0", "A 15x4 0 M ? 1 ? 1 ? S 7 253 0x3; 5 2", Counting, 2},
       {"steps after the end", "3 7 3 8 254", "A 15x2 M ?x2 S 7 ?; 2 0", Counting, 2, 3},
-      {"marker after the end of steps", "3 7 254", "A 15 M ? S 7; 1 0", Counting, 2, 2},
-  };
+      {"marker after the end of steps", "3 7 254", "A 15 M ? S 7; 1 0", Counting, 2, 2}};
   for (const auto& [name, bytes, series, serial, mode, used] : cases) {
     Pendrel logger;
     logger.record = recordOf(bytes, serial, mode, used);

@@ -9,13 +9,14 @@ using PendrelRecordTest = InSimulatedWorld;
 
 TEST_F(PendrelRecordTest, ModelsAndHowLongTheyRecord) {
   const double epochsOf7 = static_cast<double>(86400.0F / 7);  // in a day, in single precision
+  // clang-format off
   const std::tuple<const char*, int, const char*, int, int, double> cases[] = {
       {"C001234", 0x8F, "13 Pendrel 0 65408 180", 0, 60, 65408.0 / 1440},
       {"C901234", 0x90, "14 Pendrel 1 65408 180", 1, 7, 65408.0 / epochsOf7},
       {"C", 0, "13 Pendrel 0 65408 180", 1, 0, 0},
       {"B901234", 0xFF, "27 Pendrel Steps 1 65408 180", 2, 15, 32704.0 / 5760},
-      {"B", 0x90, "27 Pendrel Steps 1 65408 180", 0, 15, 0},
-      {"", 0x90, "0  0 0 0", 1, 60, 0}};
+      {"B", 0x90, "27 Pendrel Steps 1 65408 180", 0, 15, 0}, {"", 0x90, "0  0 0 0", 1, 60, 0}};
+  // clang-format on
   for (const auto& [serial, firmware, facts, mode, epoch, days] : cases) {
     PendrelRecord r;
     r.SerialNumber = serial;

@@ -109,14 +109,12 @@ TEST(SerialPort, AFullQueueTakesWhatFitsAndDoesNotBlock) {
 TEST(SerialPort, SetsTheLine) {
   const auto none = LineParity::None;
   const auto one = LineStopBits::One, oneAndHalf = LineStopBits::OneAndHalf, two = LineStopBits::Two;
-  const LineSettings good[] = {{57600, none, 8, two},
-                               {600, none, 8, one},
-                               {14400, LineParity::Mark, 8, one},
-                               {28800, LineParity::Space, 8, one},
-                               {56000, LineParity::Even, 7, one},
-                               {128000, LineParity::Odd, 8, one},
-                               {256000, none, 8, one},
-                               {9600, none, 5, oneAndHalf}};
+  // clang-format off
+  const LineSettings good[] = {
+      {57600, none, 8, two}, {600, none, 8, one}, {14400, LineParity::Mark, 8, one},
+      {28800, LineParity::Space, 8, one}, {56000, LineParity::Even, 7, one}, {128000, LineParity::Odd, 8, one},
+      {256000, none, 8, one}, {9600, none, 5, oneAndHalf}};
+  // clang-format on
   const LineSettings bad[] = {{9600, none, 8, oneAndHalf}, {9600, none, 5, two}, {9600, none, 4, one},
                               {9600, none, 9, one},        {0, none, 8, one},    {-9600, none, 8, one}};
   FarEnd far;

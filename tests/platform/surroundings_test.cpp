@@ -81,16 +81,13 @@ TEST(Environment, LocalClockFollowsTheZone) {
 }
 
 TEST(Locale, FormatsBecomePatterns) {
+  // clang-format off
   const std::tuple<const char*, const char*, const char*> cases[] = {
-      {"%a %d %b %Y %T %Z", "ddd dd MMM yyyy", "Hh:Nn:Ss"},
-      {"%I:%M:%S %p", "", "h:Nn:Ss tt"},
-      {"%a %-d. %B %Y, %H:%M", "ddd d. MMMM yyyy", "Hh:Nn"},
-      {"%Y年%m月%d日 %H時%M分%S秒", "yyyy年MM月dd日", "Hh時Nn分Ss秒"},
-      {"%A %e de %B de %Y, %R", "dddd d \\d\\e MMMM \\d\\e yyyy", "Hh:Nn"},
-      {"%Ey/%Om/%02d", "yy/MM/dd", ""},
-      {"%d\u00A0%m %H", "dd MM", "Hh"},
-      {"%-", "", ""},
-      {"%q%%100", "", ""}};
+      {"%a %d %b %Y %T %Z", "ddd dd MMM yyyy", "Hh:Nn:Ss"}, {"%I:%M:%S %p", "", "h:Nn:Ss tt"},
+      {"%a %-d. %B %Y, %H:%M", "ddd d. MMMM yyyy", "Hh:Nn"}, {"%Y年%m月%d日 %H時%M分%S秒", "yyyy年MM月dd日", "Hh時Nn分Ss秒"},
+      {"%A %e de %B de %Y, %R", "dddd d \\d\\e MMMM \\d\\e yyyy", "Hh:Nn"}, {"%Ey/%Om/%02d", "yy/MM/dd", ""},
+      {"%d\u00A0%m %H", "dd MM", "Hh"}, {"%-", "", ""}, {"%q%%100", "", ""}};
+  // clang-format on
   for (const auto& [format, date, time] : cases) {
     EXPECT_EQ(datePatternFromStrftime(format), date) << format;
     EXPECT_EQ(timePatternFromStrftime(format), time) << format;

@@ -53,19 +53,15 @@ TEST(Zones, RulesOfEveryFormBecomeRecords) {
 }
 
 TEST(Zones, TheMachinesZoneIsFoundByNameThenByRule) {
+  // clang-format off
   const std::pair<const char*, const char*> cases[] = {
-      {"America/New_York", "Eastern Standard Time"},
-      {"America/Detroit", "Eastern Standard Time"},
-      {":Europe/Warsaw", "Central European Standard Time"},
-      {"Asia/Calcutta", "India Standard Time"},
-      {"/usr/share/zoneinfo/Europe/Paris", "Romance Standard Time"},
-      {"Pacific/Chatham", ""},
-      {"PST8PDT,M3.2.0,M11.1.0", "Pacific Standard Time"},
-      {"Europe/Dublin", "GMT Standard Time"},
-      {"UTC", "Greenwich Standard Time"},
-      {"No/Such_Zone", "Greenwich Standard Time"},
-      {"", "Greenwich Standard Time"},
-      {"../../../etc/passwd", "Greenwich Standard Time"}};
+      {"America/New_York", "Eastern Standard Time"}, {"America/Detroit", "Eastern Standard Time"},
+      {":Europe/Warsaw", "Central European Standard Time"}, {"Asia/Calcutta", "India Standard Time"},
+      {"/usr/share/zoneinfo/Europe/Paris", "Romance Standard Time"}, {"Pacific/Chatham", ""},
+      {"PST8PDT,M3.2.0,M11.1.0", "Pacific Standard Time"}, {"Europe/Dublin", "GMT Standard Time"},
+      {"UTC", "Greenwich Standard Time"}, {"No/Such_Zone", "Greenwich Standard Time"},
+      {"", "Greenwich Standard Time"}, {"../../../etc/passwd", "Greenwich Standard Time"}};
+  // clang-format on
   LinuxZones zones;
   for (const auto& [name, key] : cases) {
     const Variable tz{"TZ", name};

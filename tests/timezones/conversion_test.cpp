@@ -52,6 +52,7 @@ TEST(IsDayLight, AtTheChanges) {
 }
 
 TEST(UTCToLocalDate, LooksAtTheClockAsItWouldReadInDaylightTime) {
+  // clang-format off
   const std::tuple<Class_TimeZoneInfo, const char*, bool, const char*> cases[] = {
       {newYork(), "2026-03-08 06:00:00", true, "2026-03-08 01:00:00"},
       {newYork(), "2026-03-08 06:00:01", true, "2026-03-08 02:00:01"},
@@ -62,8 +63,8 @@ TEST(UTCToLocalDate, LooksAtTheClockAsItWouldReadInDaylightTime) {
       {sydney(), "2026-04-04 15:59:59", true, "2026-04-05 02:59:59"},
       {sydney(), "2026-04-04 16:00:00", true, "2026-04-05 02:00:00"},
       {zone(-345, -60), "2026-07-01 20:00:00", true, "2026-07-02 01:45:00"},
-      {zone(1500), "2026-03-01 00:59:00", false, "2026-02-27 23:59:00"},
-  };
+      {zone(1500), "2026-03-01 00:59:00", false, "2026-02-27 23:59:00"}};
+  // clang-format on
   for (const auto& [where, utc, daylight, local] : cases)
     EXPECT_EQ(textOfDate(Tools::fncUTCToLocalDate(at(utc), where, daylight)), local) << utc;
 }

@@ -65,15 +65,12 @@ TEST_F(ToolsTest, HexadecimalNumbers) {
 }
 
 TEST_F(ToolsTest, Fields) {
+  // clang-format off
   const std::tuple<const char*, const char*, std::int16_t, std::vector<NumberOrText>> cases[] = {
-      {"1,abc,,2.5", ",", 1, {1.0, "abc", "", 2.5}},
-      {"", ",", 1, {""}},
-      {"a,", ",", 0, {"a"}},
-      {",a", ",", 0, {"", "a"}},
-      {"a--b--", "--", 0, {"a", "-b", "-"}},
-      {"a,b", ",", -1, {0.0, "a", "b"}},
-      {"1;1,5;&HFF; 7 ", ";", 0, {1.0, 1.0, 0.0, 7.0}},
-      {"ab", "", 0, {"", ""}}};
+      {"1,abc,,2.5", ",", 1, {1.0, "abc", "", 2.5}}, {"", ",", 1, {""}}, {"a,", ",", 0, {"a"}},
+      {",a", ",", 0, {"", "a"}}, {"a--b--", "--", 0, {"a", "-b", "-"}}, {"a,b", ",", -1, {0.0, "a", "b"}},
+      {"1;1,5;&HFF; 7 ", ";", 0, {1.0, 1.0, 0.0, 7.0}}, {"ab", "", 0, {"", ""}}};
+  // clang-format on
   for (const auto& [text, delimiter, bound, expected] : cases) {
     const auto fields = Tools().fncParseString(text, bound, delimiter);
     EXPECT_EQ(elementsOf(fields), expected) << text;

@@ -15,18 +15,16 @@ TEST(Devices, PortOfTheOneMatchingDevice) {
   using Names = std::vector<std::pair<std::string, std::string>>;
   const char* match = "usb\\vid_5245&pid_4000&rev_0600";
   // Port, count, failing names.
+  // clang-format off
   const std::tuple<Names, std::int16_t, std::int16_t, int> cases[] = {
-      {{}, 0, 0, 0},
-      {{{match, "Dock (COM33)"}}, 33, 1, 0},
+      {{}, 0, 0, 0}, {{{match, "Dock (COM33)"}}, 33, 1, 0},
       {{{"USB\\VID_0001&PID_4000", "COM1"}, {match, "COM 7"}}, 7, 1, 0},
-      {{{match, "Dock (COM33)"}, {match, "Dock (COM34)"}}, 0, 2, 0},
-      {{{match, "Communications Dock"}}, 0, 1, 0},
-      {{{match, "COM99999"}}, 0, 1, 0},
-      {{{match, std::string("Dock\0(COM33)", 12)}}, 0, 1, 0},
+      {{{match, "Dock (COM33)"}, {match, "Dock (COM34)"}}, 0, 2, 0}, {{{match, "Communications Dock"}}, 0, 1, 0},
+      {{{match, "COM99999"}}, 0, 1, 0}, {{{match, std::string("Dock\0(COM33)", 12)}}, 0, 1, 0},
       {{{"USB\\VID_0001&PID_5245_4000", "COM3"}}, 3, 1, 0},
-      {{{std::string("USB\\VID_0001\0USB\\VID_5245&PID_4000", 34), "COM3"}}, 0, 0, 0},
-      {{{match, "COM3"}}, 3, 1, 2},
+      {{{std::string("USB\\VID_0001\0USB\\VID_5245&PID_4000", 34), "COM3"}}, 0, 0, 0}, {{{match, "COM3"}}, 3, 1, 2},
       {{{match, "COM3"}}, 0, 1, 3}};
+  // clang-format on
   for (const auto& [devices, port, count, failing] : cases) {
     const InWorld<simulator::SimulatedWorld> world;
     for (const auto& [id, name] : devices) world->addDock({{}, 33, {}, id, name});
@@ -87,14 +85,13 @@ TEST(Registry, KeepsTypes) {
   const InWorld<simulator::SimulatedWorld> world{options};
   platform::SettingsStore& store = world->settings();
   Class_Registry registry;
+  // clang-format off
   const std::tuple<std::int32_t, RegistryValue, RegistryValue, Bytes> cases[] = {
-      {1, "ab", "ab", {'a', 'b', 0}},
-      {1, 17, "17", {'1', '7', 0}},
+      {1, "ab", "ab", {'a', 'b', 0}}, {1, 17, "17", {'1', '7', 0}},
       {2, "%HOME%/x%NO%%HOME%%", "/home/u/x%NO%/home/u%", bytesOf({"%HOME%/x%NO%%HOME%%", 20})},
-      {3, Bytes{1, 0, 2}, Bytes{1, 0, 2}, {1, 0, 2}},
-      {4, -2, -2, {0xFE, 0xFF, 0xFF, 0xFF}},
-      {4, "&H102", 0x102, {2, 1, 0, 0}},
-      {5, INT32_MIN + 0x010203, INT32_MIN + 0x010203, {0x80, 1, 2, 3}}};
+      {3, Bytes{1, 0, 2}, Bytes{1, 0, 2}, {1, 0, 2}}, {4, -2, -2, {0xFE, 0xFF, 0xFF, 0xFF}},
+      {4, "&H102", 0x102, {2, 1, 0, 0}}, {5, INT32_MIN + 0x010203, INT32_MIN + 0x010203, {0x80, 1, 2, 3}}};
+  // clang-format on
   const auto root = Class_Registry::CurrentUser;
   for (const auto& [type, written, read, data] : cases) {
     registry.SetRegistrySetting(root, "Soft\\Key", "Name", written, type);

@@ -181,8 +181,7 @@ TEST_F(ConfigCodecTest, EncodingFailures) {
       {[](auto& r) { r.DateFormat = DateFormat_Unknown; }, "11503 Invalid Date Format"},
       {[](auto& r) { r.Button1Map = ButtonMap_Unknown; }, "11503 Invalid Button 1 Map"},
       {[](auto& r) { r.Button2Map = static_cast<enmButtonMap>(12); }, "11503 Invalid Button 1 Map"},
-      {[](auto& r) { r.DataAvailable = DataAvail_Unknown; }, "11503 Invalid Data Available Flag"},
-  };
+      {[](auto& r) { r.DataAvailable = DataAvail_Unknown; }, "11503 Invalid Data Available Flag"}};
   for (const auto& [spoil, failure] : cases) {
     VardenLogger logger;
     logger.record = decoded(goodBlock());

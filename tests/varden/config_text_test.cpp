@@ -83,37 +83,35 @@ TEST_F(ConfigText, ValuesAreReadOrRefused) {
            "\" is no date of the form MM-DD-YYYY Hh:Nn:Ss";
   };
   const auto start = moment(&VardenRecord::StartTimeGMT), battery = moment(&VardenRecord::BatteryDate);
-  const struct {
-    const char* Line;
-    std::function<std::string(const VardenRecord&)> Shown;
-    std::string Outcome;
-  } cases[] = {{"resets = \" 12 \"", number(&VardenRecord::Resets), "12"},
-               {"Resets=256", {}, "6 Overflow: Resets: \"256\""},
-               {"Resets=-1", {}, "6 Overflow: Resets: \"-1\""},
-               {"Resets=many", {}, "13 Type mismatch: Resets: \"many\" is no number"},
-               {"Epoch Length=60,5", {}, "13 Type mismatch: Epoch Length: \"60,5\" is no number"},
-               {"Epoch Length=32767", number(&VardenRecord::EpochLength), "32767"},
-               {"Epoch Length=32768", {}, "6 Overflow: Epoch Length: \"32768\""},
-               {"Light Calibration Factor=1E99", {}, "6 Overflow: Light Calibration Factor: \"1E99\""},
-               {"Acquisition Mode=77", number(&VardenRecord::AcquisitionMode), "77"},
-               {"Acquisition Start Time=02-29-2024 23:59:58", start, "2024-02-29 23:59:58"},
-               {"Acquisition Start Time=02/29/2024", start, "2024-02-29 00:00:00"},
-               {"Acquisition Start Time=\"   \"", start, "2024-06-15 12:00:00"},
-               {"Acquisition Start Time=02-30-2024", {}, noDate("02-30-2024")},
-               {"Acquisition Start Time=02-20-2024 24:00:00", {}, noDate("02-20-2024 24:00:00")},
-               {"Acquisition Start Time=2024-02-20", {}, noDate("2024-02-20")},
-               {"Acquisition Start Time=1-2-24", {}, noDate("1-2-24")},
-               {"Battery Installed/Charged Date=11-14-2023", battery, "2023-11-14 22:13:20"},
-               {"Battery Installed/Charged Date=11-15-2023", battery, "2023-11-15 00:00:00"},
-               {"Unused 2=0a0B", [](const VardenRecord& r) { return seriesText(*r.Unused2); }, "10 11"},
-               {"Unused 2=0a0", {}, "13 Type mismatch: Unused 2: \"0a0\" is no hexadecimal text"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.Line);
+  using Shows = std::function<std::string(const VardenRecord&)>;
+  const std::tuple<std::string, Shows, std::string> cases[] = {
+      {"resets = \" 12 \"", number(&VardenRecord::Resets), "12"},
+      {"Resets=256", {}, "6 Overflow: Resets: \"256\""},
+      {"Resets=-1", {}, "6 Overflow: Resets: \"-1\""},
+      {"Resets=many", {}, "13 Type mismatch: Resets: \"many\" is no number"},
+      {"Epoch Length=60,5", {}, "13 Type mismatch: Epoch Length: \"60,5\" is no number"},
+      {"Epoch Length=32767", number(&VardenRecord::EpochLength), "32767"},
+      {"Epoch Length=32768", {}, "6 Overflow: Epoch Length: \"32768\""},
+      {"Light Calibration Factor=1E99", {}, "6 Overflow: Light Calibration Factor: \"1E99\""},
+      {"Acquisition Mode=77", number(&VardenRecord::AcquisitionMode), "77"},
+      {"Acquisition Start Time=02-29-2024 23:59:58", start, "2024-02-29 23:59:58"},
+      {"Acquisition Start Time=02/29/2024", start, "2024-02-29 00:00:00"},
+      {"Acquisition Start Time=\"   \"", start, "2024-06-15 12:00:00"},
+      {"Acquisition Start Time=02-30-2024", {}, noDate("02-30-2024")},
+      {"Acquisition Start Time=02-20-2024 24:00:00", {}, noDate("02-20-2024 24:00:00")},
+      {"Acquisition Start Time=2024-02-20", {}, noDate("2024-02-20")},
+      {"Acquisition Start Time=1-2-24", {}, noDate("1-2-24")},
+      {"Battery Installed/Charged Date=11-14-2023", battery, "2023-11-14 22:13:20"},
+      {"Battery Installed/Charged Date=11-15-2023", battery, "2023-11-15 00:00:00"},
+      {"Unused 2=0a0B", [](const VardenRecord& r) { return seriesText(*r.Unused2); }, "10 11"},
+      {"Unused 2=0a0", {}, "13 Type mismatch: Unused 2: \"0a0\" is no hexadecimal text"}};
+  for (const auto& [line, shows, outcome] : cases) {
+    SCOPED_TRACE(line);
     logger.record = fullRecord();
-    const std::string path = folder.put("edited.ini", "[Config Data]\n" + std::string(c.Line) + "\n");
+    const std::string path = folder.put("edited.ini", "[Config Data]\n" + line + "\n");
     const std::string raised = raisedBy([&] { logger.subReadConfigFromINIfile(path); });
-    EXPECT_EQ(c.Shown ? raised + c.Shown(logger.record) : raised, c.Outcome);
-    if (c.Shown) continue;
+    EXPECT_EQ(shows ? raised + shows(logger.record) : raised, outcome);
+    if (shows) continue;
     VardenLogger untouched;
     untouched.record = fullRecord();
     EXPECT_EQ(logger.fncConfigToString("="), untouched.fncConfigToString("="));
@@ -127,12 +125,9 @@ TEST_F(ConfigText, WhatALoggerWouldKeepOtherwiseIsRefused) {
     return "11503 KEY: of \"" + asked + "\" a logger would keep \"" + stored + "\"";
   };
   const std::string form = " is no date of the form MM-DD-YYYY Hh:Nn:Ss", early = "01-01-1900";
-  const struct {
-    std::string Key, Value, Raised;
-  } cases[] = {
-      {"Resets", " +15.0 ", ""},
-      {"Resets", "16", kept("16", "0")},
-      {"Epoch Length", "-5", kept("-5", "32763")},
+  // clang-format off
+  const std::tuple<std::string, std::string, std::string> cases[] = {
+      {"Resets", " +15.0 ", ""}, {"Resets", "16", kept("16", "0")}, {"Epoch Length", "-5", kept("-5", "32763")},
       {"Epoch Length", "60.6", kept("60.6", "61")},
       {"Epoch Length", "0", "11503 KEY: an epoch has at least one second"},
       {"Off Wrist On Threshold", "-1", kept("-1", "255")},
@@ -140,21 +135,19 @@ TEST_F(ConfigText, WhatALoggerWouldKeepOtherwiseIsRefused) {
       {"Subject Identity", std::string(127, 'x'), ""},
       {"Subject Identity", std::string(128, 'x'), kept(std::string(128, 'x'), std::string(127, 'x'))},
       {"Subject Identity", "\u65E5", kept("\u65E5", "?")},
-      {"Time Zone Daylight Abbreviation", "ABCDEFG", kept("ABCDEFG", "ABC")},
-      {"Unused 2", "1e99999999999999", ""},
+      {"Time Zone Daylight Abbreviation", "ABCDEFG", kept("ABCDEFG", "ABC")}, {"Unused 2", "1e99999999999999", ""},
       {"Unused 2", "000102030405060708", kept("000102030405060708", "0001020304050607")},
       {"Time Zone Bias", "32768", "11503 KEY: \"32768\": Out of Bounds Offset Value"},
       {"Button 2 Map", "77", "11503 KEY: \"77\": Invalid Button 1 Map"},
-      {"Battery Installed/Charged Date", early,
-       "11503 KEY: \"" + early + "\": Date is before 12/13/1901 8:45:52 PM"},
+      {"Battery Installed/Charged Date", early, "11503 KEY: \"" + early + "\": Date is before 12/13/1901 8:45:52 PM"},
       {"Acquisition Start Time", "13-01-9999", "13 Type mismatch: KEY: \"13-01-9999\"" + form},
       {"Time Zone DST End", "12-31-9999 99:00:00", "13 Type mismatch: KEY: \"12-31-9999 99:00:00\"" + form}};
-  for (const auto& c : cases) {
+  // clang-format on
+  for (auto [key, value, expected] : cases) {
     IniFile file(content);
-    file.setValue(ConfigDataSection, c.Key, IniFile::quotedIfNeeded(c.Value));
-    std::string expected = c.Raised;
-    if (const auto key = expected.find("KEY"); key != std::string::npos) expected.replace(key, 3, c.Key);
-    EXPECT_EQ(raisedBy([&] { checkEditedConfig(file); }), expected) << c.Key << '=' << c.Value;
+    file.setValue(ConfigDataSection, key, IniFile::quotedIfNeeded(value));
+    if (const auto at = expected.find("KEY"); at != std::string::npos) expected.replace(at, 3, key);
+    EXPECT_EQ(raisedBy([&] { checkEditedConfig(file); }), expected) << key << '=' << value;
   }
 }
 

@@ -35,13 +35,12 @@ TEST_F(RecordTest, FirmwareAndWhatItCanDo) {
 
 TEST_F(RecordTest, VersionAnswers) {
   // Answer; firmware|display firmware.
+  // clang-format off
   const std::tuple<enmDeviceType, const char*, const char*> cases[] = {
-      {KR_QUILLANDER, "01.01.000", "|"},
-      {KR_QUILLANDER, "01.01.0002 1.23", "01.01.0002|"},
-      {KR_QUILLANDER, "01.01.0002 1.234xx", "01.01.0002|1.234"},
-      {KR_TOLKA, "01.01.0002 1.234", "01.01.0002 1.234|"},
-      {Device_Unknown, "01.01.0002 1.234", "old|old"},
-  };
+      {KR_QUILLANDER, "01.01.000", "|"}, {KR_QUILLANDER, "01.01.0002 1.23", "01.01.0002|"},
+      {KR_QUILLANDER, "01.01.0002 1.234xx", "01.01.0002|1.234"}, {KR_TOLKA, "01.01.0002 1.234", "01.01.0002 1.234|"},
+      {Device_Unknown, "01.01.0002 1.234", "old|old"}};
+  // clang-format on
   for (const auto& [device, answer, versions] : cases) {
     VardenRecord record = loggerRecord(device, 1, "old");
     record.LCDfirmwareVersion = "old";

@@ -114,16 +114,12 @@ TEST(LoggingModes, NeedCalibrations) {
                     never = "11503 Incompatible Logging Mode";
   // Device, modes, what must not be 0.
   constexpr auto Q = KR_QUILLANDER, T = KR_TOLKA;
+  // clang-format off
   const std::tuple<enmDeviceType, std::string, const char*, std::string> cases[] = {
-      {Q, "1", "A", activity},
-      {Q, "24", "RGB", light},
-      {Q, "35", "ARGB", both},
-      {Q, "06789", "-ARGBL", never},
-      {T, "1", "A", activity},
-      {T, "2", "L", light},
-      {T, "3", "AL", both},
-      {T, "0456789", "-ARGBL", never},
+      {Q, "1", "A", activity}, {Q, "24", "RGB", light}, {Q, "35", "ARGB", both}, {Q, "06789", "-ARGBL", never},
+      {T, "1", "A", activity}, {T, "2", "L", light}, {T, "3", "AL", both}, {T, "0456789", "-ARGBL", never},
       {KR_PENDREL, "1", "-ARGBL", "11502 Incompatible Device Type"}};
+  // clang-format on
   for (const auto& [device, modes, needs, failure] : cases)
     for (const char mode : modes)
       for (const char missing : std::string("-ARGBL")) {
