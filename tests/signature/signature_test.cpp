@@ -55,15 +55,16 @@ TEST(Signatures, WrongArgumentsAreNamed) {
   const std::string noText = "Invalid procedure call or argument: the data are not UTF-8";
   Signature::fncCheckUserContainer(Name);
   const std::string key = Signature::fncGetPublicKey(Name);
+  // clang-format off
   const std::pair<std::function<void()>, std::string> cases[] = {
-      {[] { Signature::fncCheckUserContainer(""); }, noName},
-      {[] { Signature::fncDeleteContainer(""); }, noName},
+      {[] { Signature::fncCheckUserContainer(""); }, noName}, {[] { Signature::fncDeleteContainer(""); }, noName},
       {[] { Signature::fncGenerateSignature("nobody's", Data); }, noPair},
       {[] { Signature::fncGetPublicKey("nobody's"); }, noPair},
       {[] { Signature::fncVerifySignature("", Data, "00"); }, noKey},
       {[] { Signature::fncVerifySignature("no key", Data, "00"); }, noKey},
       {[] { Signature::fncGenerateSignature(Name, "\xC0\xAF"); }, noText},
       {[&] { Signature::fncVerifySignature(key, "\xED\xA0\x80", "00"); }, noText}};
+  // clang-format on
   for (const auto& [action, text] : cases) EXPECT_EQ(failureOf(action), std::pair(5, text));
   const std::string keysWithoutMeaning[] = {"3082", key + "00", key.substr(0, key.size() - 2),
                                             std::string(key.size(), '0'), EllipticCurveKey};
@@ -73,12 +74,6 @@ TEST(Signatures, WrongArgumentsAreNamed) {
 }
 
 TEST(Signatures, EachStepOfTheProviderFailsWithItsText) {
-  enum Container { Missing, Damaged, Usable };
-  struct Case {
-    std::function<void()> Operation;
-    Container Before;
-    std::vector<std::string> Steps;
-  };
   std::string key, signature;
   const std::string acquire = "Acquiring Provider Context", exists = "Verifying Container",
                     hash = "Acquiring Hash Handle", add = "Hashing Data";
@@ -87,23 +82,24 @@ TEST(Signatures, EachStepOfTheProviderFailsWithItsText) {
   const auto publish = [] { EXPECT_NE(Signature::fncGetPublicKey(Name), ""); };
   const auto verify = [&] { EXPECT_TRUE(Signature::fncVerifySignature(key, Data, signature)); };
   const auto remove = [] { Signature::fncDeleteContainer(Name); };
-  const Case cases[] = {
-      {check, Damaged, {acquire, exists, "Deleting Corrupted Container", "Re-creating Corrupted Container"}},
-      {sign, Usable, {acquire, exists, hash, add, "Getting Size of Signature", "Getting Signature"}},
-      {publish, Usable, {acquire, exists, "Getting Size of Public Key", "Getting Public Key"}},
+  // Whether the pair is damaged before; the steps that fail one after another.
+  const std::tuple<std::function<void()>, bool, std::vector<std::string>> cases[] = {
+      {check, true, {acquire, exists, "Deleting Corrupted Container", "Re-creating Corrupted Container"}},
+      {sign, false, {acquire, exists, hash, add, "Getting Size of Signature", "Getting Signature"}},
+      {publish, false, {acquire, exists, "Getting Size of Public Key", "Getting Public Key"}},
       // A scratch container that cannot be had is replaced by the second one.
-      {verify, Usable, {"", "Importing Public Key", hash, add, "Verifying Signature"}},
-      {remove, Usable, {acquire}}};
+      {verify, false, {"", "Importing Public Key", hash, add, "Verifying Signature"}},
+      {remove, false, {acquire}}};
   const InWorld<simulator::SimulatedWorld> world;
   const std::string file = world->rootFolder() + "/AppData/HY_Wristlog/Keys/" + Name + ".pem";
   Signature::fncCheckUserContainer(Name);
   key = Signature::fncGetPublicKey(Name);
   signature = Signature::fncGenerateSignature(Name, Data);
   const std::string pair = contentOf(file);
-  for (const auto& [operation, before, steps] : cases)
+  for (const auto& [operation, damaged, steps] : cases)
     for (std::size_t i = 0; i < steps.size(); ++i) {
       Signature::fncDeleteContainer(Name);
-      if (before != Missing) putFile(file, before == Usable ? pair : "damaged");
+      putFile(file, damaged ? "damaged" : pair);
       world->Faults.Cryptography = {EACCES, once(static_cast<std::int32_t>(i))};
       const std::string text = "Error " + steps[i] + " (13)";
       EXPECT_EQ(failureOf(operation), steps[i].empty() ? std::pair(0, std::string()) : std::pair(13, text));

@@ -41,9 +41,7 @@ const std::pair<const char*, Arrange> Earlier[] = {
 /// not change meanwhile.
 Outcome disturbed(Workflow workflow, std::int32_t lostByte, const Arrange& earlier,
                   simulator::nanoseconds gap) {
-  const auto desk = recorded(LggrPntr_KRVivid, 5min);
-  desk->stored().set(block::StopTime, desk->bench.World->now());
-  desk->wait(31s);
+  const auto desk = ended(LggrPntr_KRVivid);
   earlier(*desk);
   desk->wait(gap);
   desk->data = nullptr;

@@ -141,8 +141,7 @@ TEST(PendrelConfigure, EveryStateHasItsCode) {
       {"subject not taken", PendrelModel::Plain, onCommand(&Faults::Feigned, 'B'), 10012},
       {"delay echo", PendrelModel::Checksums, onByte(&Faults::WrongDelayEcho, always()), 10113},
       {"start unheard", PendrelModel::Checksums, onCommand(&Faults::Unheeded, 'W'), 3001},
-      {"clear unheard", PendrelModel::Steps, onCommand(&Faults::Unheeded, 'X'), 3001},
-  };
+      {"clear unheard", PendrelModel::Steps, onCommand(&Faults::Unheeded, 'X'), 3001}};
   for (const auto& each : cases) {
     SCOPED_TRACE(each.What);
     Desk desk(each.Model);

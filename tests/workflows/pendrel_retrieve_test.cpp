@@ -37,18 +37,14 @@ TEST(PendrelRetrieve, BringsWhatEachModelRecorded) {
   }
 }
 
-/// `Repaired` looks at what was put in the place of the gap.
+/// The checks look at what was put in the place of the gap.
 TEST(PendrelRetrieve, RefusesGapsInTheSetupOrRepairsThem) {
   const std::string blank(64, ' ');
   const auto subject = [](const std::string& at28) {
     return "Subject 17             AB F" + at28 + "ASNFZ4mrze8BI0VniavN73hY/tQGlQLT2";
   };
-  const struct {
-    const char* What;
-    Arrange Before;
-    std::int32_t Code;
-    std::function<bool(const PendrelRecord&)> Repaired;
-  } cases[] = {
+  using Check = std::function<bool(const PendrelRecord&)>;
+  const std::tuple<const char*, Arrange, std::int32_t, Check> cases[] = {
       {"length", line(4, "12"), 10016, [](const auto& r) { return r.BytesUsed == 65408; }},
       {"start", line(5, "02 03 26 09:01"), 0, [](const auto& r) { return r.StartTime > 0.3; }},
       {"start date", line(5, "xx 03 26 09 01"), 10007,
@@ -63,15 +59,15 @@ TEST(PendrelRetrieve, RefusesGapsInTheSetupOrRepairsThem) {
       {"no gender", line(1, std::string(subject("TEST")).replace(26, 1, " ")), 0,
        [](const auto& r) { return r.SubjectGender == " "; }},
   };
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.What);
+  for (const auto& [what, arrange, code, repaired] : cases) {
+    SCOPED_TRACE(what);
     Desk desk(PendrelModel::Plain);
     desk.record(1h);
-    each.Before(desk);
-    EXPECT_EQ(desk.retrieve(), each.Code);
+    arrange(desk);
+    EXPECT_EQ(desk.retrieve(), code);
     EXPECT_TRUE(desk.portClosed());
     EXPECT_EQ(desk.retrieve(true), 0);
-    EXPECT_TRUE(each.Repaired(desk.read()));
+    EXPECT_TRUE(repaired(desk.read()));
   }
 }
 
@@ -101,12 +97,7 @@ TEST(PendrelRetrieve, EveryStateHasItsCode) {
   const auto memory = [](std::size_t address, std::uint8_t value) {
     return [=](Desk& desk) { desk.logger().memory().write(address, value); };
   };
-  const struct {
-    const char* What;
-    PendrelModel Model;
-    Arrange Before;
-    std::int32_t Code, Repaired;
-  } cases[] = {
+  const std::tuple<const char*, PendrelModel, Arrange, std::int32_t, std::int32_t> cases[] = {
       {"locked up", PendrelModel::Plain, LockedPort, 8015, 8015},
       {"mode", PendrelModel::Steps, memory(109, 0), 10005, 10005},
       {"memory size", PendrelModel::Plain, line(7, "C80 80 1234 EE 00"), 10101, 10101},
@@ -115,15 +106,15 @@ TEST(PendrelRetrieve, EveryStateHasItsCode) {
       {"short block", PendrelModel::Plain, onByte(&Faults::ShortBlock, once(1)), 3005, 0},
       {"block unheard", PendrelModel::Plain, onCommand(&Faults::Unheeded, 'N'), 3005, 3005},
   };
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.What);
-    Desk desk(each.Model);
+  for (const auto& [what, model, arrange, code, repaired] : cases) {
+    SCOPED_TRACE(what);
+    Desk desk(model);
     desk.record(80h);
-    each.Before(desk);
-    EXPECT_EQ(desk.retrieve(), each.Code);
+    arrange(desk);
+    EXPECT_EQ(desk.retrieve(), code);
     EXPECT_TRUE(desk.portClosed());
     desk.bench.World->advance(15s);
-    EXPECT_EQ(desk.retrieve(true), each.Repaired);
+    EXPECT_EQ(desk.retrieve(true), repaired);
   }
 }
 
