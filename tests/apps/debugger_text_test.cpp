@@ -90,10 +90,7 @@ TEST(DebuggerText, WrapsAndFollowsItsEnd) {
 TEST(DebuggerText, MovesCaretAndWindow) {
   const std::string lines = "a\nbcd\ne\nfgh\ni\njkl\nm";
   // clang-format off
-  const struct {
-    std::vector<Motion> Motions;
-    const char* Seen;
-  } cases[] = {
+  const std::pair<std::vector<Motion>, std::string> cases[] = {
       {{}, "i|jkl|m^|"}, {{Motion::Left, Motion::Left}, "i|jkl^|m|"},
       {{Motion::Up, Motion::Up, Motion::Up}, "f^gh|i|jkl|"},
       {{Motion::Left, Motion::Left, Motion::Up, Motion::Up}, "fgh^|i|jkl|"}, {{Motion::PageUp}, "e|fgh|i^|"},
@@ -101,13 +98,13 @@ TEST(DebuggerText, MovesCaretAndWindow) {
       {{Motion::Start, Motion::Left, Motion::Up}, "^a|bcd|e|"},
       {{Motion::Start, Motion::End, Motion::Right, Motion::Down}, "i|jkl|m^|"}};
   // clang-format on
-  for (const auto& c : cases) {
+  for (const auto& [motions, shown] : cases) {
     DebuggerText text = textOf(lines);
-    for (const Motion motion : c.Motions) text.move(motion);
-    EXPECT_EQ(seen(text), c.Seen) << "case " << &c - cases;
+    for (const Motion motion : motions) text.move(motion);
+    EXPECT_EQ(seen(text), shown);
     const bool following = text.atEnd();
     text.append("\nz");
-    EXPECT_EQ(seen(text), following ? "jkl|m|z^|" : c.Seen) << "the place is kept, case " << &c - cases;
+    EXPECT_EQ(seen(text), following ? "jkl|m|z^|" : shown) << "the place is kept";
   }
 }
 
@@ -128,15 +125,14 @@ TEST(DebuggerText, SelectsByKeysAndByMouse) {
   text.toggleMark();
   EXPECT_EQ(text.selectedText(), "");
 
-  const struct {
-    std::size_t FromRow, FromColumn, ToRow, ToColumn;
-    const char* Selected;
-  } drags[] = {{0, 1, 0, 2, "bc"},     {0, 2, 0, 1, "bc"},  {1, 1, 1, 1, ""},    {0, 3, 2, 0, "def\ng"},
-               {2, 0, 0, 3, "def\ng"}, {2, 2, 9, 99, "ij"}, {1, 99, 2, 0, "\ng"}};
-  for (const auto& drag : drags) {
-    text.press(drag.FromRow, drag.FromColumn);
-    text.release(drag.ToRow, drag.ToColumn);
-    EXPECT_EQ(text.selectedText(), drag.Selected) << "drag " << &drag - drags;
+  using Drag = std::tuple<std::size_t, std::size_t, std::size_t, std::size_t, const char*>;
+  const Drag drags[] = {{0, 1, 0, 2, "bc"},     {0, 2, 0, 1, "bc"},     {1, 1, 1, 1, ""},
+                        {0, 3, 2, 0, "def\ng"}, {2, 0, 0, 3, "def\ng"}, {2, 2, 9, 99, "ij"},
+                        {1, 99, 2, 0, "\ng"}};
+  for (const auto& [fromRow, fromColumn, toRow, toColumn, selected] : drags) {
+    text.press(fromRow, fromColumn);
+    text.release(toRow, toColumn);
+    EXPECT_EQ(text.selectedText(), selected);
   }
 }
 

@@ -156,8 +156,7 @@ TEST_F(Files, WhatCannotBeDoneIsSaid) {
   EXPECT_EQ(box.content("vivid/raw.bin"), raw);
   EXPECT_EQ(box.content("edited.ini"), edited);
   for (const char* usage :
-       {"raw", "config", "report --out x", "report vivid", "report --config a --out x",
-        "report vivid --raw b --out x", "config show vivid --model vivid",
-        "config show vivid --simulate vivid", "config import vivid --out x", "krd vivid --out ''"})
+       {"raw", "report --out x", "report vivid", "report vivid --raw b --out x",
+        "config show vivid --model vivid", "config import vivid --out x", "krd vivid --out ''"})
     EXPECT_EQ(box.run(usage).Status, 2) << usage;
 }

@@ -15,14 +15,13 @@ std::string linesBefore(const std::string& text, std::size_t count) {
 
 TEST(Legacy, ARetrievedRecordingIsSixFilesAndOneDocument) {
   const Sandbox box;
-  const struct {
-    std::string Model, Heading, FirstRow;
-  } cases[] = {{"pendrel13", "local_time,utc,activity,marker\n", "55,\n"},
-               {"pendrel14", "local_time,utc,activity,marker\n", "55,\n"},
-               {"pendrel27", "local_time,utc,activity,steps,marker\n", "55,0,\n"}};
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.Model);
-    const std::string command = "legacy retrieve --json --simulate " + each.Model + " --out " + each.Model;
+  const std::tuple<std::string, std::string, std::string> cases[] = {
+      {"pendrel13", "local_time,utc,activity,marker\n", "55,\n"},
+      {"pendrel14", "local_time,utc,activity,marker\n", "55,\n"},
+      {"pendrel27", "local_time,utc,activity,steps,marker\n", "55,0,\n"}};
+  for (const auto& [model, heading, firstRow] : cases) {
+    SCOPED_TRACE(model);
+    const std::string command = "legacy retrieve --json --simulate " + model + " --out " + model;
     const Outcome outcome = box.run(command);
     ASSERT_EQ(outcome.Status, 0) << outcome.Err;
     const Json document = Json::parse(outcome.Out);
@@ -31,27 +30,26 @@ TEST(Legacy, ARetrievedRecordingIsSixFilesAndOneDocument) {
               "activity steps marker battery_life_remaining logger subject ");
     const auto samples = document.at("samples").get<std::size_t>();
     EXPECT_EQ(document.at("activity").size(), samples);
-    EXPECT_EQ(document.at("steps").size(), each.Model == "pendrel27" ? samples : 0U);
+    EXPECT_EQ(document.at("steps").size(), model == "pendrel27" ? samples : 0U);
     EXPECT_EQ(document.at("subject").at("identity"), "Subject 17");
     EXPECT_EQ(document.at("logger").at("start_date"), "2026-03-02");
     EXPECT_EQ(document.at("logger").at("start_time"), "09:01:00");
 
-    const std::string series = box.content(each.Model + "/series.csv");
-    EXPECT_EQ(linesBefore(series, 2),
-              each.Heading + "2026-03-02T09:01:00-05:00,2026-03-02T14:01:00Z," + each.FirstRow);
+    const std::string series = box.content(model + "/series.csv");
+    EXPECT_EQ(linesBefore(series, 2), heading + "2026-03-02T09:01:00-05:00,2026-03-02T14:01:00Z," + firstRow);
     EXPECT_EQ(static_cast<std::size_t>(std::count(series.begin(), series.end(), '\n')), samples + 1);
-    EXPECT_EQ(box.content(each.Model + "/raw.bin").size() % 4096, 0U);
-    EXPECT_EQ(box.content(each.Model + "/setup.txt").find("Subject 17"), 0U);
-    const Json summary = Json::parse(box.content(each.Model + "/recording.json"));
+    EXPECT_EQ(box.content(model + "/raw.bin").size() % 4096, 0U);
+    EXPECT_EQ(box.content(model + "/setup.txt").find("Subject 17"), 0U);
+    const Json summary = Json::parse(box.content(model + "/recording.json"));
     EXPECT_EQ(summary.at("samples"), samples);
     EXPECT_EQ(summary.at("start_local"), "2026-03-02T09:01:00");
 
-    const std::string picture = box.content(each.Model + "/actogram.svg");
-    const std::string report = box.content(each.Model + "/report.html");
+    const std::string picture = box.content(model + "/actogram.svg");
+    const std::string report = box.content(model + "/report.html");
     for (const std::string& text : {picture, report}) {
       EXPECT_EQ(MarkupCheck::problemOf(text), "");
       EXPECT_NE(text.find("Mon 2026-03-02"), std::string::npos) << "the first day";
-      EXPECT_EQ(text.find("steps an epoch") != text.npos, each.Model == "pendrel27");
+      EXPECT_EQ(text.find("steps an epoch") != text.npos, model == "pendrel27");
     }
     EXPECT_NE(report.find("2026-03-02 09:01"), std::string::npos) << "in local time";
 

@@ -120,34 +120,28 @@ TEST(Picture, DaysWithAChangeOfTheClocks) {
   // Values are the hours since the start, so that it can be seen which hour stands where; one is larger.
   Series hours;
   for (int i = 0; i < 25; ++i) hours.push_back(i == 2 ? 50.0F : static_cast<float>(i));
-  const struct {
-    const char* Name;
-    std::int64_t Start;
-    std::int32_t Before, After;
-    std::int64_t ChangesAfter;
-    std::size_t Change;
-    std::string Around;
-    std::int64_t EpochsOfDay;
-  } cases[] = {
+  // Start, offsets before and after the change, the change's time after the start and its column.
+  using Case = std::tuple<const char*, std::int64_t, std::int32_t, std::int32_t, std::int64_t, std::size_t,
+                          std::string, std::int64_t>;
+  const Case cases[] = {
       {"forward at 2", Monday + 5 * Hour, -300, -240, 2 * Hour, 24, "12-24:1 36-48:50", 23},
       {"back at 3", Monday - 2 * Hour, 120, 60, 3 * Hour, 36, "12-24:1 24-36:50 36-48:4", 25},
       {"back by half an hour", Monday - 11 * Hour, 660, 630, 2 * Hour, 24, "12-18:1 18-30:50 30-42:3", 25},
       {"forward over midnight", Monday, 0, 60, 0, 0, "12-24:0 24-36:1", 23}};
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.Name);
-    PlottedRecording recording = recordingOf(each.Start, 3600, hours);
-    recording.Offsets = {{each.Start - 100 * Hour, each.Before},
-                         {each.Start + each.ChangesAfter, each.After}};
+  for (const auto& [name, start, former, later, changesAfter, change, around, epochs] : cases) {
+    SCOPED_TRACE(name);
+    PlottedRecording recording = recordingOf(start, 3600, hours);
+    recording.Offsets = {{start - 100 * Hour, former}, {start + changesAfter, later}};
     const RecordedDays days = daysOf(recording);
     const Day& day = days.Days.at(0);
     EXPECT_EQ(dateText(day.Number), "2026-03-02");
-    EXPECT_NE((" " + runs(day, stateOf) + " ").find(" " + each.Around + " "), std::string::npos)
+    EXPECT_NE((" " + runs(day, stateOf) + " ").find(" " + around + " "), std::string::npos)
         << runs(day, stateOf);
-    EXPECT_EQ(day.Totals.Epochs, each.EpochsOfDay);
-    if (each.ChangesAfter == 0) continue;
+    EXPECT_EQ(day.Totals.Epochs, epochs);
+    if (changesAfter == 0) continue;
     ASSERT_EQ(day.Changes.size(), 1U);
-    EXPECT_EQ(day.Changes[0].Column, each.Change);
-    EXPECT_EQ(day.Changes[0].Seconds, (each.After - each.Before) * 60);
+    EXPECT_EQ(day.Changes[0].Column, change);
+    EXPECT_EQ(day.Changes[0].Seconds, (later - former) * 60);
     EXPECT_NE(pathOf(svgOf(recording), 0, "a-change"), "");
   }
 }

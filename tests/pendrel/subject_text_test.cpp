@@ -79,10 +79,8 @@ TEST_F(PendrelSubjectText, OddValuesAreWrittenAsTheyFit) {
 TEST_F(PendrelSubjectText, DecodingEndsAtABadField) {
   const std::string good = "Anna" + std::string(19, ' ') + "A  " + "FTCST" + Packed + "2";
   const std::string gone = "| -1 -32768 -1 -1";
-  const struct {
-    std::size_t Position;  ///< counted from 1
-    std::string Text, Fields;
-  } cases[] = {
+  // The position, counted from 1, and what is put there.
+  const std::tuple<std::size_t, std::string, std::string> cases[] = {
       {64, "3", "-1 Anna|A|F|T|CST|00112233445566778899AABBCCDDEEFF 33039 -300 170.5 70.1"},
       {28, "t", "-1 Anna|A||F|" + gone},
       {29, "XXX", "-1 Anna|A|F|T|" + gone},

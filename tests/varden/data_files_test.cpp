@@ -222,22 +222,19 @@ TEST_F(DataFiles, WhatTheDiskRefusesHarmsNoFormerFile) {
   fncLoadGlobalErrors();
   const std::string former = folder.put("former", "[kept]\r\nkey=value\r\n"), fresh = folder / "new";
   // clang-format off
-  const struct {
-    std::string Path;
-    std::int32_t SystemError, Raised;
-    simulator::Fault When = simulator::always();
-  } cases[] = {
-      {former, ENOSPC, 61}, {fresh, ENOSPC, 61}, {former, EACCES, 70}, {folder.path(), 0, 75},
-      {folder / "none/new", 0, 76}, {former, ENOSPC, 61, simulator::once(1)},
-      {fresh, ENOSPC, 61, simulator::once(1)}};
+  const simulator::Fault always = simulator::always(), later = simulator::once(1);
+  const std::tuple<std::string, std::int32_t, std::int32_t, simulator::Fault> cases[] = {
+      {former, ENOSPC, 61, always}, {fresh, ENOSPC, 61, always}, {former, EACCES, 70, always}, {folder.path(), 0, 75, {}},
+      {folder / "none/new", 0, 76, {}}, {former, ENOSPC, 61, later},
+      {fresh, ENOSPC, 61, later}};
   // clang-format on
   for (const Writer write : writers)
-    for (const auto& c : cases) {
+    for (const auto& [path, error, raised, when] : cases) {
       // In the middle of a file: only those of the recording have one.
-      if (write == writers[4] && c.When.Skip > 0) continue;
+      if (write == writers[4] && when.Skip > 0) continue;
       globals().emptyErrorStack();
-      world->Faults.FileWrite = {c.SystemError, c.SystemError != 0 ? c.When : simulator::Fault{}};
-      EXPECT_EQ(numberOf([&] { (logger.*write)(c.Path); }), c.Raised) << c.Path << ' ' << c.SystemError;
+      world->Faults.FileWrite = {error, when};
+      EXPECT_EQ(numberOf([&, &path = path] { (logger.*write)(path); }), raised) << path << ' ' << error;
       EXPECT_EQ(contentOf(former), "[kept]\r\nkey=value\r\n");
       const auto left = std::filesystem::directory_iterator(folder.path());
       EXPECT_EQ(std::distance(begin(left), end(left)), 1);

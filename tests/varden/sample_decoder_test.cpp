@@ -19,6 +19,7 @@ TEST(ActivityScale, StepsGrowAndAreCapped) {
 /// Behind one epoch of a gap.
 TEST(SampleDecoder, DecodesEachRecord) {
   constexpr auto Q = KR_QUILLANDER, T = KR_TOLKA;
+  // clang-format off
   const struct {
     const char* Name;
     enmDeviceType Device;
@@ -31,28 +32,22 @@ TEST(SampleDecoder, DecodesEachRecord) {
       {"highest colours", Q, 2, "63 255 255 255", "0: R -1 3914288 G -1 3914288 B -1 3914288"},
       {"both", Q, 3, "1 0x2 32 64", "0: A -1 1 R -1 0.0009313226 G -1 0.001862645 B -1 0.00372529"},
       {"activity stays without colours", Q, 3, "1 200 0x3", "13: A -1 1 R -1x2 G -1x2 B -1x2"},
-      {"lux", Q, 4, "0 0", "0: L -1 0.0078125"},
-      {"lux, high byte first", Q, 4, "1 64", "0: L -1 8"},
-      {"silent overflow", Q, 4, "32 0", "0: L -1x2"},
-      {"calibrated", Q, 1, "1", "0: A -1 128", NewEvents, 1},
-      {"lux out of range", Q, 4, "33 0", "13: L -1x2"},
-      {"activity and lux", Q, 5, "2 0 224", "0: A -1 2 L -1 1"},
+      {"lux", Q, 4, "0 0", "0: L -1 0.0078125"}, {"lux, high byte first", Q, 4, "1 64", "0: L -1 8"},
+      {"silent overflow", Q, 4, "32 0", "0: L -1x2"}, {"calibrated", Q, 1, "1", "0: A -1 128", NewEvents, 1},
+      {"lux out of range", Q, 4, "33 0", "13: L -1x2"}, {"activity and lux", Q, 5, "2 0 224", "0: A -1 2 L -1 1"},
       {"activity stays when light overflows", Q, 5, "2 32 0", "11: A -1 2 L -1x2"},
       {"frequency", Q, 7, "1 2", "0: R -1 258"},
       {"currents", Q, 8, "57 7 9 11", "0: R -1 2.167607e-09 G -1 5.794751e-07 B -1 0.0001549134"},
       {"new scale", Q, 8, "57 7 9 11", "0: R -1 1.354754e-10 G -1 3.621719e-08 B -1 9.68209e-06", NewScale},
       {"Tolka has no new scale", T, 2, "0 0", "0: L -1 0.0078125", NewScale},
-      {"Tolka overflow", T, 2, "32 0", "11: L -1x2"},
-      {"greatest lux", T, 2, "16 223", "0: L -1 3.329908e+38"},
-      {"first lux beyond", T, 2, "16 224", "11: L -1x2"},
-      {"Tolka both", T, 3, "5 0 224", "0: A -1 5 L -1 1"},
+      {"Tolka overflow", T, 2, "32 0", "11: L -1x2"}, {"greatest lux", T, 2, "16 223", "0: L -1 3.329908e+38"},
+      {"first lux beyond", T, 2, "16 224", "11: L -1x2"}, {"Tolka both", T, 3, "5 0 224", "0: A -1 5 L -1 1"},
       {"Tolka both, light out of range", T, 3, "5 34 0", "13: A -1 5 L -1x2"},
-      {"Tolka test light", T, 8, "0 224", "0: L -1 1"},
-      {"raw activity", T, 9, "250", "0: A -1 250", NewEvents, 0},
+      {"Tolka test light", T, 8, "0 224", "0: L -1 1"}, {"raw activity", T, 9, "250", "0: A -1 250", NewEvents, 0},
       {"cut after the activity", T, 3, "5", "0: A -1x2 L -1x2"},
       {"cut colours", Q, 3, "5 0x3", "0: A -1x2 R -1x2 G -1x2 B -1x2"},
-      {"two records", Q, 2, "0x8", "0: R -1 0.0009313226x2 G -1 0.0009313226x2 B -1 0.0009313226x2"},
-  };
+      {"two records", Q, 2, "0x8", "0: R -1 0.0009313226x2 G -1 0.0009313226x2 B -1 0.0009313226x2"}};
+  // clang-format on
   for (const auto& row : cases) {
     VardenRecord record = loggerRecord(row.Device, row.Mode, row.Firmware);
     record.ActivityCalibration = row.Calibration;
@@ -77,8 +72,7 @@ TEST(SampleDecoder, DockBlanksSamples) {
       {"old, both change nothing", OldEvents, "start@0 3x2 event32@0 3x2 event96@0 3", "3x2 -1x3"},
       {"old, nor a start", OldEvents, "event33@0 3 event97@60 3 start@120 3 event65@180 3", "-1x3 3"},
       {"diagnostic", NewEvents, "start@0 3x2 event96@0 3x2 event32@0 3x2", "3x6", true},
-      {"light out of range is not looked at", NewEvents, "event65@0 99 0 99 0", "-1x2", false, 2},
-  };
+      {"light out of range is not looked at", NewEvents, "event65@0 99 0 99 0", "-1x2", false, 2}};
   for (const auto& row : cases) {
     VardenRecord record = loggerRecord(KR_TOLKA, row.Mode, row.Firmware);
     Decoding decode{.Diagnostic = row.Diagnostic};

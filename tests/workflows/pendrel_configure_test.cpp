@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "timezones/Class_TimeZoneTools.h"
 #include "workflows/pendrel_desk.h"
 
@@ -10,19 +8,16 @@ using namespace pendrel_desk;
 using Faults = simulator::PendrelFaults;
 
 TEST(PendrelConfigure, SetsUpEachModelAndItRecordsWhatWasAskedFor) {
-  const struct {
-    PendrelModel Model;
-    std::int32_t Mode, Epoch;
-    std::string Heard;
-  } cases[] = {{PendrelModel::Plain, 1, 60, "CBADECGHF"},
-               {PendrelModel::Checksums, 2, 15, "CBADECGW"},
-               {PendrelModel::Steps, 1, 30, "COXBADEPCOGW"},
-               {PendrelModel::Steps, 2, 30, "COXBADEPCOGW"}};
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.Heard + std::to_string(each.Mode));
-    Desk desk(each.Model);
-    ASSERT_EQ(desk.configure(each.Mode, each.Epoch), 0);
-    EXPECT_EQ(desk.heard(), each.Heard);
+  const std::tuple<PendrelModel, std::int32_t, std::int32_t, std::string> cases[] = {
+      {PendrelModel::Plain, 1, 60, "CBADECGHF"},
+      {PendrelModel::Checksums, 2, 15, "CBADECGW"},
+      {PendrelModel::Steps, 1, 30, "COXBADEPCOGW"},
+      {PendrelModel::Steps, 2, 30, "COXBADEPCOGW"}};
+  for (const auto& [model, mode, epoch, heard] : cases) {
+    SCOPED_TRACE(heard + std::to_string(mode));
+    Desk desk(model);
+    ASSERT_EQ(desk.configure(mode, epoch), 0);
+    EXPECT_EQ(desk.heard(), heard);
     EXPECT_TRUE(desk.portClosed() && desk.logger().waiting());
     EXPECT_EQ(desk.battery, 180);
     EXPECT_EQ(desk.serialNumber, desk.read().SerialNumber);
@@ -40,10 +35,9 @@ TEST(PendrelConfigure, SetsUpEachModelAndItRecordsWhatWasAskedFor) {
     desk.subject = {};
     ASSERT_EQ(desk.retrieve(), 0);
     const Class_Pendrel& logger = *desk.workflows.LegacyLogger();
-    EXPECT_NEAR(logger.Get_Samples(), 2 * 3600 / each.Epoch, 120 / each.Epoch + 1);
-    EXPECT_EQ(logger.Get_EpochLength(), each.Epoch);
-    EXPECT_EQ(logger.Get_AcquisitionMode(),
-              each.Model == PendrelModel::Steps ? each.Mode : PD_Mode_ActivityOnly);
+    EXPECT_NEAR(logger.Get_Samples(), 2 * 3600 / epoch, 120 / epoch + 1);
+    EXPECT_EQ(logger.Get_EpochLength(), epoch);
+    EXPECT_EQ(logger.Get_AcquisitionMode(), model == PendrelModel::Steps ? mode : PD_Mode_ActivityOnly);
     EXPECT_TRUE(logger.Get_TimeZoneAbbrev() == "EST" && logger.Get_GMToffset() == -300);
     EXPECT_TRUE(logger.Get_AutoDSTadjust());
     EXPECT_EQ(desk.subject.Get_Identity() + desk.subject.Get_Initials() + desk.subject.Get_Gender(),

@@ -1,9 +1,7 @@
-#include <gtest/gtest.h>
-
+#include "workflows/pendrel_desk.h"
 #include "base/formats.h"
 #include "base/inside.h"
 #include "base/numbers.h"
-#include "workflows/pendrel_desk.h"
 
 namespace hy_wristlog {
 namespace {

@@ -33,10 +33,7 @@ TEST(Refusals, LeaveTheLoggerAsItIs) {
                                   fails(&LoggerFaults::RefuseClock)});
   constexpr std::int32_t Untried = -1;
   // clang-format off
-  const struct {
-    Arrange Do;
-    std::int32_t Configured, Retrieved;
-  } cases[] = {
+  const std::tuple<Arrange, std::int32_t, std::int32_t> cases[] = {
       {SecondDock, 10020, 10020}, {NoDock, 10003, 10003}, {NoLogger, 10003, 10003}, {Silent, 10003, 10003},
       {OtherModel, 10009, 10009}, {set(block::Version, 9), 10009, 10009},
       {set(block::ActivityCalibration, 0), 10011, 10011}, {lightLost, 10011, Untried},
@@ -55,22 +52,23 @@ TEST(Refusals, LeaveTheLoggerAsItIs) {
   // clang-format on
   for (const enmLoggerPointer model : Models) {
     for (const auto& row : cases) {
+      const auto& [arrange, expected, retrieved] = row;
       SCOPED_TRACE(std::to_string(&row - cases) + " of model " + std::to_string(model));
       const auto configured = recorded(model);
-      row.Do(*configured);
-      EXPECT_EQ(configured->configure(), row.Configured);
+      arrange(*configured);
+      EXPECT_EQ(configured->configure(), expected);
       EXPECT_TRUE(configured->portClosed());
-      EXPECT_EQ(configured->battery == -7, row.Configured != 0);
-      if (row.Retrieved == Untried) continue;
+      EXPECT_EQ(configured->battery == -7, expected != 0);
+      if (retrieved == Untried) continue;
       const auto desk = recorded(model);
-      row.Do(*desk);
+      arrange(*desk);
       const auto size = desk->logger().recordedBytes().size();
-      EXPECT_EQ(desk->retrieve(), row.Retrieved);
+      EXPECT_EQ(desk->retrieve(), retrieved);
       EXPECT_TRUE(desk->portClosed());
       EXPECT_EQ(desk->heard("acq stop 0"), 0U);
       EXPECT_GE(desk->logger().recordedBytes().size(), size);
       EXPECT_TRUE(desk->data != nullptr);
-      const bool known = row.Retrieved == 10026 || row.Retrieved == 10019;
+      const bool known = retrieved == 10026 || retrieved == 10019;
       EXPECT_EQ(desk->subject->Get_Identity(), known ? "Subject 17" : "Jane");
     }
     const auto special = recorded(model);  // activity and special light, which a Kestrin 2 does not have

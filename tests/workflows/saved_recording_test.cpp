@@ -17,35 +17,33 @@ void wear(Workbench& desk) {
 constexpr std::array<std::uint8_t, 7> ResetMark{253, 8, 0, 1, 0, 0, 0};
 
 TEST(SavedRecording, HasEveryByteThatCameAndTellsWhenTheyAreNotTheLoggers) {
-  const struct {
-    std::int64_t More;  ///< bytes than the logger holds are sent
-    bool Resets, Whole;
-  } cases[] = {
+  // How many bytes more than the logger holds are sent; whether it has resets; whether that is the whole.
+  const std::tuple<std::int64_t, bool, bool> cases[] = {
       {0, false, true}, {0, true, true}, {-600, false, false}, {500, false, false}, {2048, false, false}};
-  for (const auto& each : cases) {
-    SCOPED_TRACE(std::to_string(each.More) + (each.Resets ? ", resets" : ""));
+  for (const auto& [more, resets, whole] : cases) {
+    SCOPED_TRACE(std::to_string(more) + (resets ? ", resets" : ""));
     Workbench desk(LggrPntr_KRVivid);
     wear(desk);
-    if (each.Resets) desk.stored().set(block::Counters, 1);
-    for (std::size_t i = 0; each.Resets && i < ResetMark.size(); ++i)
+    if (resets) desk.stored().set(block::Counters, 1);
+    for (std::size_t i = 0; resets && i < ResetMark.size(); ++i)
       for (const std::size_t mark : {100U, 200U}) desk.logger().memory().write(mark + i, ResetMark[i]);
     std::int64_t held = 0;
-    desk.host->EachRound = [&] {
+    desk.host->EachRound = [&, more = more] {
       if (held != 0 || desk.heard("show battery") < 2) return;
       held = desk.stored().number(block::NextAddress);
-      desk.stored().set(block::NextAddress, held + each.More);
+      desk.stored().set(block::NextAddress, held + more);
     };
     const std::int32_t code = desk.retrieve(true);
     const auto saved = engineering::savedRecording(*desk.data, false);
     ASSERT_GT(held, 1200);
     EXPECT_EQ(saved.bytesInLogger(), held);
-    EXPECT_EQ(std::ssize(saved.Raw) == held, each.Whole);
-    EXPECT_EQ(saved.mismatch().empty(), each.Whole) << saved.mismatch();
-    EXPECT_TRUE(each.Whole || code == 9) << code;
-    EXPECT_TRUE(each.Whole || desk.stored().number(block::DataAvailable) != 0);
-    EXPECT_EQ(saved.mismatch().find(std::to_string(held)) == std::string::npos, each.Whole);
+    EXPECT_EQ(std::ssize(saved.Raw) == held, whole);
+    EXPECT_EQ(saved.mismatch().empty(), whole) << saved.mismatch();
+    EXPECT_TRUE(whole || code == 9) << code;
+    EXPECT_TRUE(whole || desk.stored().number(block::DataAvailable) != 0);
+    EXPECT_EQ(saved.mismatch().find(std::to_string(held)) == std::string::npos, whole);
     const auto kept = desk.logger().memory().first(static_cast<std::size_t>(held));
-    EXPECT_TRUE(!each.Whole || std::ranges::equal(saved.Raw, kept));
+    EXPECT_TRUE(!whole || std::ranges::equal(saved.Raw, kept));
   }
 }
 
