@@ -21,13 +21,13 @@ using platform::WireKind;
 namespace {
 
 /// The subject's fields are known here by their places in config block, subject texts and arguments.
-constexpr int SubjectFields = 0
-#define HY_STORED(Name, Type) +1
-#define HY_TIDIED(Name, Type) +1
-#define HY_COMPUTED(Name, Type) +1
+constexpr std::array SubjectFields{
+#define HY_STORED(Name, Type) #Name,
+#define HY_TIDIED(Name, Type) #Name,
+#define HY_COMPUTED(Name, Type) #Name,
 #include "hy_wristlog/subject_properties.inc"
-    ;
-static_assert(SubjectFields == 8, "Leave a new field of the subject out of redacted records too");
+};
+static_assert(SubjectFields.size() == 8, "Leave a new field of the subject out of redacted records too");
 
 using Bytes = std::span<std::uint8_t>;
 

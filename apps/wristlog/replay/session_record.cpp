@@ -44,8 +44,6 @@ constexpr std::array<std::pair<platform::LocaleItem, const char*>, 4> LocaleName
      {platform::LocaleItem::LongDate, "long_date"},
      {platform::LocaleItem::ShortDate, "short_date"},
      {platform::LocaleItem::Time, "time"}}};
-constexpr std::string_view Parities = "emnos";
-constexpr std::array<const char*, 3> StopBits{"1", "1.5", "2"};
 
 /// Something in a line is not as it is written.
 struct Damaged {};
@@ -133,20 +131,20 @@ hw::Failure failureOf(const Json& value) {
 
 Json settingsJson(const platform::LineSettings& settings) {
   return {{"baud", settings.Baud},
-          {"parity", std::string(1, Parities[static_cast<std::size_t>(settings.Parity)])},
+          {"parity", std::string(1, platform::ParityLetters[static_cast<std::size_t>(settings.Parity)])},
           {"data_bits", settings.DataBits},
-          {"stop_bits", StopBits[static_cast<std::size_t>(settings.StopBits)]}};
+          {"stop_bits", platform::StopBitTexts[static_cast<std::size_t>(settings.StopBits)]}};
 }
 
 platform::LineSettings settingsOf(const Json& value) {
   require(value.is_object());
   const std::string parity = textIn(member(value, "parity")), stop = textIn(member(value, "stop_bits"));
-  const auto place = parity.size() == 1 ? Parities.find(parity) : std::string_view::npos;
-  const auto stopBits = std::find(StopBits.begin(), StopBits.end(), stop);
-  require(place != std::string_view::npos && stopBits != StopBits.end());
+  const auto place = parity.size() == 1 ? platform::ParityLetters.find(parity) : std::string_view::npos;
+  const auto stopBits = std::find(platform::StopBitTexts.begin(), platform::StopBitTexts.end(), stop);
+  require(place != std::string_view::npos && stopBits != platform::StopBitTexts.end());
   return {numberIn(member(value, "baud")), static_cast<platform::LineParity>(place),
           numberIn(member(value, "data_bits")),
-          static_cast<platform::LineStopBits>(stopBits - StopBits.begin())};
+          static_cast<platform::LineStopBits>(stopBits - platform::StopBitTexts.begin())};
 }
 
 Json devicesJson(const platform::ListedDevices& listed) {

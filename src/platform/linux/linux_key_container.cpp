@@ -141,8 +141,10 @@ LinuxKeyContainer::~LinuxKeyContainer() { forgetContent(); }
 /// Wipes the text and leaves an empty one, which counts as a damaged pair.
 void LinuxKeyContainer::forgetContent() {
   if (!content_) return;
+  // NOLINTBEGIN(clang-analyzer-cplusplus.InnerPointer): its characters are not used afterwards
   OPENSSL_cleanse(content_->data(), content_->size());
-  content_->clear();  // NOLINT(clang-analyzer-cplusplus.InnerPointer): its characters are not used afterwards
+  content_->clear();
+  // NOLINTEND(clang-analyzer-cplusplus.InnerPointer)
 }
 
 void LinuxKeyContainer::remove(const std::string& file) {

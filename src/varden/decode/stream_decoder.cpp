@@ -85,6 +85,7 @@ void StreamDecoder::allocate() {
   if (const char* refusal = refusalToDecode(mode, walk_.Record, walk_.Options.Diagnostic)) refuse(refusal);
   walk_.Mode = &mode;
   const auto bytes = std::min(walk_.Length, static_cast<std::int64_t>(walk_.Raw.size()));
+  // NOLINTNEXTLINE(clang-analyzer-core.DivideZero): every mode records something
   walk_.Arrays.allocate(mode.arrays(), walk_.Length, bytes / mode.recordLength() + 1);
 }
 
