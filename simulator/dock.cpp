@@ -44,6 +44,11 @@ class SimulatedPort : public platform::SerialPort {
     return {.Cts = false, .Dsr = dock()->dsr_, .Cd = false, .Ring = false};
   }
   platform::LineErrors takeErrors() override { return dock()->line_.takeErrors(); }
+  void awaitInput(std::chrono::microseconds longest) override {
+    if (const auto found = find())
+      found->timeline_.advanceTo(found->timeline_.now() + longest,
+                                 [&] { return found->line_.hasInput() || find() == nullptr; });
+  }
 
  private:
   std::shared_ptr<SimulatedDock> find() const {

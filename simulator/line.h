@@ -67,6 +67,7 @@ class SimulatedLine {
   std::size_t write(std::span<const std::uint8_t> bytes);
   std::size_t outstanding() const { return toLogger_.Queue.size(); }
   std::size_t read(std::span<std::uint8_t> into);
+  bool hasInput() const { return !received_.empty(); }
   void discardInput();
   platform::LineErrors takeErrors();
 

@@ -11,6 +11,14 @@ void Timeline::advanceTo(Moment target) {
   now_ = std::max(now_, target);
 }
 
+void Timeline::advanceTo(Moment target, const std::function<bool()>& reached) {
+  while (!reached())
+    if (!fireNext(target)) {
+      now_ = std::max(now_, target);
+      return;
+    }
+}
+
 bool Timeline::fireNext(Moment limit) {
   using Key = std::pair<Moment, std::uint64_t>;
   Alarm* next = nullptr;

@@ -29,6 +29,8 @@ class Timeline {
   /// An action may itself move time on; the outer call then goes on from there.
   void advanceTo(Moment target);
   void advance(nanoseconds duration) { advanceTo(now_ + duration); }
+  /// Stops at the moment at which `reached` becomes true, and at the latest at `target`.
+  void advanceTo(Moment target, const std::function<bool()>& reached);
 
   /// Does something once, at a later moment.
   void after(nanoseconds delay, std::function<void()> action);

@@ -34,6 +34,14 @@ struct CommState final : platform::EventSource {
   double deadline(std::int32_t milliseconds) const { return timer() + milliseconds / 1000.0; }
   bool consoleInUse() const { return consoleVisible || form.RaiseEventOnChar; }
   void progress(std::string text) const;
+  bool wakesOnInput() const { return world->wakesOnInput(); }
+  /// One turn of a wait for bytes that ends at `deadline`: serves events, and lets `round` milliseconds pass
+  /// or, where waits end with their bytes, idles. Returns how many milliseconds of waiting it stands for.
+  std::int32_t turn(std::int32_t round, double deadline, std::size_t missing = 1);
+  /// Lets a millisecond pass; where waits end with their bytes, the time until `missing` more than the `seen`
+  /// ones may be there, until the next round of events or the deadline, whichever comes first. Returns how
+  /// many milliseconds of waiting it stands for, at least 1: a pause of the process does not count.
+  std::int32_t idle(double deadline, std::size_t missing = 1, std::size_t seen = 0);
   /// Drops the bytes that wait, after showing them when the console is in use.
   void flush(const PortSteps& port);
   /// Shows bytes as "[" hexadecimal digits "]" when the console is in use.

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "base/dates.h"
@@ -91,6 +92,43 @@ void CommState::comSerial_OnComm() {
 }
 
 void CommState::progress(std::string text) const { owner->CommProgress(text); }
+
+std::int32_t CommState::turn(std::int32_t round, double deadline, std::size_t missing) {
+  if (!wakesOnInput()) {
+    Tools().subDelay(round);
+    return round;
+  }
+  world->serveEvents();
+  return idle(deadline, missing);
+}
+
+std::int32_t CommState::idle(double deadline, std::size_t missing, std::size_t seen) {
+  using Milliseconds = std::chrono::duration<double, std::milli>;
+  using Seconds = std::chrono::duration<double>;
+  constexpr Milliseconds EventRound{50}, Tick{1};
+  platform::Clock& clock = world->clock();
+  if (!wakesOnInput()) {
+    clock.idle();
+    return 1;
+  }
+  if (control.received() > seen) return 1;
+  const double began = timer();
+  const double end = toggling ? std::min(deadline, nextToggle) : deadline;
+  // A tick more, since a wait is over only when its deadline has passed.
+  const Milliseconds longest = std::clamp<Milliseconds>(Seconds{end - began} + Tick, Tick, EventRound);
+  // Of many bytes nobody is woken for each one, but when the line can have brought nearly all.
+  const auto settings = missing > 1 ? parseLineSettings(control.Settings()) : std::nullopt;
+  const Milliseconds onTheLine =
+      settings ? Seconds{static_cast<double>(missing - 1) * platform::characterSeconds(*settings)}
+               : Seconds{0};
+  if (onTheLine >= Tick)
+    clock.sleep(std::chrono::floor<std::chrono::milliseconds>(std::min(onTheLine, longest)));
+  else
+    control.awaitInput(std::chrono::ceil<std::chrono::microseconds>(longest));
+  if (timer() <= began) clock.idle();
+  const Milliseconds passed = std::min<Milliseconds>(Seconds{timer() - began}, longest);
+  return std::max(1, static_cast<std::int32_t>(passed.count()));
+}
 
 /// Shows only what waits when it begins, since a device that never stops would hold the caller here.
 void CommState::flush(const PortSteps& port) {

@@ -50,8 +50,8 @@ Arrival watchArrival(CommState& state, const PortSteps& port, std::size_t enough
     if (state.consoleInUse() && state.sink != nullptr)
       state.sink->showReceiveCount(static_cast<std::int32_t>(arrival.Count));
     state.world->serveEvents();
-    if (late || arrival.Count >= enough || --turns < 0) return arrival;
-    state.world->clock().idle();
+    if (late || arrival.Count >= enough || turns <= 0) return arrival;
+    turns -= state.idle(deadline, enough - arrival.Count, arrival.Count);
   }
 }
 

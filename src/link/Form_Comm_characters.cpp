@@ -11,8 +11,9 @@ namespace {
 // The longest line of a logger has some seventy characters. A longer one comes from a faulty device: it is
 // read without pauses, and broken off when it comes slowly.
 constexpr std::size_t LongestLine = 4096, LongestOwnLine = 128;
-constexpr std::int32_t TurnTime = 5;              ///< milliseconds
-constexpr std::int32_t TurnsBesideSilence = 400;  ///< turns, which a pause of the process does not use up
+constexpr std::int32_t TurnTime = 5;  ///< milliseconds
+constexpr std::int32_t TimeBesideSilence =
+    2000;  ///< milliseconds, which a pause of the process does not use up
 
 enum SendMode : std::int32_t { CharByChar = 1, WithEcho = 2 };
 
@@ -29,7 +30,7 @@ std::string collectEcho(CommState& state, const PortSteps& port, std::size_t exp
     }
     state.world->serveEvents();
     if (late || echo.size() == expected) return echo;
-    state.world->clock().idle();
+    state.idle(deadline, expected - echo.size());
   }
 }
 
@@ -86,8 +87,8 @@ std::string Form_Comm::fncGetCharLine(char CharToWaitFor, std::int32_t RXdelay) 
   return procedure.run([&] {
     std::string line, read;
     double deadline = state_->deadline(RXdelay);
-    std::int32_t turns = RXdelay / TurnTime + TurnsBesideSilence;
-    while (read != final && line.size() <= LongestLine && turns > 0) {
+    std::int32_t left = RXdelay + TimeBesideSilence;
+    while (read != final && line.size() <= LongestLine && left > 0) {
       const bool late = state_->timer() > deadline;
       const bool arrived = port.InBufferCount() >= 1;
       if (arrived) {
@@ -98,9 +99,8 @@ std::string Form_Comm::fncGetCharLine(char CharToWaitFor, std::int32_t RXdelay) 
       } else if (late) {
         break;
       }
-      if (arrived && read != final && line.size() > LongestOwnLine) continue;
-      Tools().subDelay(TurnTime);
-      --turns;
+      const bool pauses = !state_->wakesOnInput() && (read == final || line.size() <= LongestOwnLine);
+      if (!arrived || pauses) left -= state_->turn(TurnTime, deadline);
     }
 
     if (read != final) {

@@ -91,7 +91,7 @@ void SerialControl::InBufferSize(std::size_t size) {
 
 std::size_t SerialControl::InBufferCount() {
   pump();
-  return received_.size() - taken_;
+  return received();
 }
 
 void SerialControl::discardInput() {
@@ -106,7 +106,7 @@ void SerialControl::discardInput() {
 std::string SerialControl::Input() {
   if (!port_) raiseClosed();
   pump();
-  const std::size_t waiting = received_.size() - taken_;
+  const std::size_t waiting = received();
   const std::size_t count = inputLen_ == 0 ? waiting : std::min(waiting, static_cast<std::size_t>(inputLen_));
   std::string bytes = received_.substr(taken_, count);
   taken_ += count;
@@ -115,6 +115,10 @@ std::string SerialControl::Input() {
     taken_ = 0;
   }
   return bytes;
+}
+
+void SerialControl::awaitInput(std::chrono::microseconds longest) {
+  if (port_) port_->awaitInput(longest);
 }
 
 std::size_t SerialControl::OutBufferCount() {
@@ -147,7 +151,7 @@ void SerialControl::receive() {
     if (count == 0) return;
     total += count;
     arrived_ = true;
-    const std::size_t room = inBufferSize_ - std::min(inBufferSize_, received_.size() - taken_);
+    const std::size_t room = inBufferSize_ - std::min(inBufferSize_, received());
     if (count > room) overflowed_ = true;
     if (taken_ > inBufferSize_) {
       received_.erase(0, taken_);
@@ -172,8 +176,7 @@ void SerialControl::deliverEvents() {
     add(lines.Cd != lines_.Cd, comm_event::Cd);
     add(lines.Ring != lines_.Ring, comm_event::Ring);
     lines_ = lines;
-    add(arrived_ && rThreshold_ > 0 && std::cmp_greater_equal(received_.size() - taken_, rThreshold_),
-        comm_event::Receive);
+    add(arrived_ && rThreshold_ > 0 && std::cmp_greater_equal(received(), rThreshold_), comm_event::Receive);
     arrived_ = false;
     const platform::LineErrors errors = port_->takeErrors();
     add(errors.Break > 0, comm_event::Break);

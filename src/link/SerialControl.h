@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -59,10 +60,14 @@ class SerialControl {
   std::int32_t RThreshold() const { return rThreshold_; }
   void RThreshold(std::int32_t count) { rThreshold_ = count; }
 
+  /// Bytes that have been taken from the port and wait to be read.
+  std::size_t received() const { return received_.size() - taken_; }
   /// Waiting bytes; 0 while the port is closed.
   std::size_t InBufferCount();
   void discardInput();
   std::string Input();
+  /// Returns when a byte may wait, and at the latest after `longest`.
+  void awaitInput(std::chrono::microseconds longest);
   /// Bytes that have not left yet; 0 while the port is closed.
   std::size_t OutBufferCount();
   void Output(std::string_view bytes);

@@ -48,7 +48,7 @@ class XmodemReceiver : public XmodemSession {
       link_.showHex({&xmodem::WantCrc, 1});
       const double deadline = link_.deadline(timeout_);
       for (bool late = false; !late;) {
-        Tools().subDelay(PollInterval);
+        link_.turn(PollInterval, deadline);
         if (abortRequested()) return Step::Aborted;
         late = link_.timer() > deadline;
         if (port_.InBufferCount() >= 1) return Step::GoOn;
@@ -82,7 +82,7 @@ class XmodemReceiver : public XmodemSession {
     double deadline = link_.deadline(timeout_);
     std::size_t waiting = 0;
     for (bool late = false; waiting == 0 && !late;) {
-      Tools().subDelay(PollInterval);
+      link_.turn(PollInterval, deadline);
       late = link_.timer() > deadline;
       waiting = port_.InBufferCount();
       if (waiting == 0 && abortRequested()) return Arrival::Aborted;
@@ -101,7 +101,11 @@ class XmodemReceiver : public XmodemSession {
       if (port_.InBufferCount() >= 1) readMore();
       if (late && bytes_.size() < expected) break;
       bad = bytes_.size() > expected;
-      Tools().subDelay(PollInterval);
+      const bool complete = bad || bytes_.size() == expected;
+      if (complete && link_.wakesOnInput())
+        link_.world->serveEvents();
+      else
+        link_.turn(PollInterval, deadline, expected - std::min(bytes_.size(), expected));
       if (link_.lastCOMerrorNum == comm_event::Overrun) {
         link_.lastCOMerrorNum = 0;
         bad = true;

@@ -177,7 +177,7 @@ class XmodemSender : public XmodemSession {
         if (!read.empty()) answer.Byte = read.front();
         link_.showHex(read, lineEnd);
       }
-      if (!late) Tools().subDelay(PollInterval);
+      if (!late && !(link_.wakesOnInput() && known())) link_.turn(PollInterval, deadline);
       answer.Aborted = abortRequested();
     }
     return answer;

@@ -53,6 +53,15 @@ struct LineSettings {
   bool operator==(const LineSettings&) const = default;
 };
 
+/// How long a character takes on the line, with its start bit.
+inline double characterSeconds(const LineSettings& line) {
+  const double stopBits = line.StopBits == LineStopBits::One   ? 1
+                          : line.StopBits == LineStopBits::Two ? 2
+                                                               : 1.5;
+  const std::int32_t parityBits = line.Parity == LineParity::None ? 0 : 1;
+  return (1 + line.DataBits + parityBits + stopBits) / line.Baud;
+}
+
 struct ModemLines {
   bool Cts = false, Dsr = false, Cd = false, Ring = false;
   bool operator==(const ModemLines&) const = default;
@@ -63,8 +72,8 @@ struct LineErrors {
   std::uint32_t Overrun = 0, Framing = 0, Parity = 0, Break = 0, BufferOverflow = 0;
 };
 
-/// An open serial port; destruction closes it. No member blocks. When the device has gone (hang-up,
-/// unplugged) every member but the destructor raises Failure PortStateFailure.
+/// An open serial port; destruction closes it. No member but `awaitInput` blocks. When the device has gone
+/// (hang-up, unplugged) every member but that one and the destructor raises Failure PortStateFailure.
 class SerialPort {
  public:
   virtual ~SerialPort() = default;
@@ -81,6 +90,8 @@ class SerialPort {
   virtual void setRts(bool on) = 0;
   virtual ModemLines modemLines() = 0;
   virtual LineErrors takeErrors() = 0;
+  /// Returns when a byte waits or the device has gone, and at the latest after `longest`. May return earlier.
+  virtual void awaitInput(std::chrono::microseconds longest);
 };
 
 class SerialPorts {
@@ -375,6 +386,9 @@ class Platform {
 
   Host& host();
   void setHost(std::shared_ptr<Host> host);
+  /// Whether waits for a logger end with the byte that they wait for, instead of going on in fixed rounds.
+  bool wakesOnInput() const { return wakesOnInput_; }
+  void setWakeOnInput(bool on) { wakesOnInput_ = on; }
   WorldObjects& objects() { return objects_; }
 
   void addEventSource(EventSource& source);
@@ -385,7 +399,7 @@ class Platform {
  private:
   std::shared_ptr<Host> host_;
   std::vector<EventSource*> sources_;
-  bool serving_ = false;
+  bool serving_ = false, wakesOnInput_ = false;
   WorldObjects objects_;
 };
 

@@ -59,15 +59,17 @@ class RecordedPort : public SerialPort {
   }
   std::size_t read(std::span<std::uint8_t> into) override {
     const std::size_t count = watched([&] { return port_->read(into); });
+    const auto taken = into.first(count);
     if (count > 0)
-      tell({.Kind = WireKind::Received, .Empty = empty_, .Bytes = {into.begin(), into.begin() + count}});
+      tell({.Kind = WireKind::Received, .Empty = empty_, .Bytes = {taken.begin(), taken.end()}});
     else
       empty_ = record_->now();
     return count;
   }
   std::size_t write(std::span<const std::uint8_t> bytes) override {
     const std::size_t count = watched([&] { return port_->write(bytes); });
-    if (count > 0) tell({.Kind = WireKind::Sent, .Bytes = {bytes.begin(), bytes.begin() + count}});
+    const auto sent = bytes.first(count);
+    if (count > 0) tell({.Kind = WireKind::Sent, .Bytes = {sent.begin(), sent.end()}});
     return count;
   }
   std::size_t outstanding() override {
@@ -96,6 +98,7 @@ class RecordedPort : public SerialPort {
     if (isAny(errors)) tell({.Kind = WireKind::Errors, .Errors = errors});
     return errors;
   }
+  void awaitInput(std::chrono::microseconds longest) override { port_->awaitInput(longest); }
 
  private:
   void tell(WireEvent event) {

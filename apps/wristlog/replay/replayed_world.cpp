@@ -47,8 +47,8 @@ std::string wordsOf(const WireEvent& event, std::size_t from = 0) {
     case WireKind::Configure:
       return std::to_string(event.Settings.Baud) + " baud, " + std::to_string(event.Settings.DataBits) +
              " data bits, parity " +
-             std::string(1, "emnos"[static_cast<std::size_t>(event.Settings.Parity)]) + ", stop bits " +
-             std::array{"1", "1.5", "2"}[static_cast<std::size_t>(event.Settings.StopBits)];
+             platform::ParityLetters[static_cast<std::size_t>(event.Settings.Parity)] + ", stop bits " +
+             std::string(platform::StopBitTexts[static_cast<std::size_t>(event.Settings.StopBits)]);
     case WireKind::Sent:
       return quoted(std::span(event.Bytes).subspan(from));
     case WireKind::Dtr:
@@ -328,9 +328,7 @@ class ReplayedPort : public platform::SerialPort {
 
   void configure(const platform::LineSettings& settings) override {
     line_->hear({.Kind = WireKind::Configure, .Link = link_, .Settings = settings});
-    const int bits = 1 + settings.DataBits + (settings.Parity == platform::LineParity::None ? 0 : 1) +
-                     (settings.StopBits == platform::LineStopBits::One ? 1 : 2);
-    byteTime_ = spanOf(static_cast<double>(bits) / std::max(settings.Baud, 1));
+    byteTime_ = spanOf(settings.Baud > 0 ? platform::characterSeconds(settings) : 1);
   }
   std::size_t read(std::span<std::uint8_t> into) override {
     auto& bytes = line_->arrivedAt(link_).Bytes;
@@ -460,7 +458,8 @@ class ReplayedFiles : public platform::Files {
   }
   std::string mapped(const std::string& path) const {
     const std::filesystem::path plain = normal(path);
-    const std::string own = plain.string(), root = line_->world().rootFolder();
+    const std::string root = line_->world().rootFolder();
+    std::string own = plain.string();
     if (own == root || own.starts_with(root + "/")) return own;
     if (outIsFolder_ && plain == out_) return folder_;
     return folder_ + "/" + plain.filename().string();

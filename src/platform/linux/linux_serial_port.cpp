@@ -150,4 +150,11 @@ LineErrors LinuxSerialPort::takeErrors() {
           grown(now.buf_overrun, before.buf_overrun)};
 }
 
+void LinuxSerialPort::awaitInput(std::chrono::microseconds longest) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(longest);
+  const timespec limit{seconds.count(), std::chrono::nanoseconds{longest - seconds}.count()};
+  pollfd state{device_.get(), POLLIN, 0};
+  ::ppoll(&state, 1, &limit, nullptr);
+}
+
 }  // namespace hy_wristlog::platform

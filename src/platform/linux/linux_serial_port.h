@@ -30,6 +30,7 @@ class LinuxSerialPort final : public SerialPort {
   void setRts(bool on) override;
   ModemLines modemLines() override;
   LineErrors takeErrors() override;
+  void awaitInput(std::chrono::microseconds longest) override;
 
  private:
   [[noreturn]] void raiseGone() const;
