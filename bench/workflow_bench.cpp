@@ -1,6 +1,7 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <iterator>
 #include <vector>
 
 #include "hy_wristlog/Class_Main.h"
@@ -33,23 +34,39 @@ void OpenLibrary(benchmark::State& state) {
 }
 BENCHMARK(OpenLibrary)->Unit(benchmark::kMillisecond);
 
-/// A full memory of 1 MiB. `simulated_s` is the session's time on the simulated clock, `line_limit_s` what
-/// its bytes need on the line alone (11 bits a byte at 57600).
-void RetrieveMebibyte(benchmark::State& state) {
+struct Retrieved {
+  const char* Name;
+  simulator::Mode Mode;
+  std::int32_t EpochLength;
+  std::chrono::hours Worn;
+  bool WakesOnInput;
+};
+constexpr std::chrono::hours Week{7 * 24}, FortyDays{40 * 24};
+constexpr Retrieved Retrievals[] = {
+    {"1 MiB", simulator::Mode::ActivityAndStandardLight, 15, FortyDays, false},
+    {"1 MiB, waking on input", simulator::Mode::ActivityAndStandardLight, 15, FortyDays, true},
+    {"a week of minutes", simulator::Mode::ActivityAndStandardLight, 60, Week, false},
+    {"a week of minutes, waking on input", simulator::Mode::ActivityAndStandardLight, 60, Week, true}};
+
+/// A whole session with a Kestrin Vivid. `simulated_s` is its time on the simulated clock, `line_limit_s`
+/// what the logger's bytes need on the line alone (11 bits a byte at 57600).
+void Retrieve(benchmark::State& state) {
+  const Retrieved& with = Retrievals[state.range(0)];
+  state.SetLabel(with.Name);
   double simulated = 0;
   double lineLimit = 0;
   for (auto _ : state) {
     state.PauseTiming();
     const simulator::Bench bench = simulator::makeVividBench();
     const platform::WorldScope scope(bench.World);
-    bench.Logger->setUp(
-        simulator::ordinarySetup(*bench.World, simulator::Mode::ActivityAndStandardLight, 15));
-    bench.Logger->wear(std::chrono::hours(24 * 40));
+    bench.Logger->setUp(simulator::ordinarySetup(*bench.World, with.Mode, with.EpochLength));
+    bench.Logger->wear(with.Worn);
     const double before = bench.World->elapsed();
     const simulator::Traffic traffic = bench.line().traffic();
     state.ResumeTiming();
 
     Class_Main main;
+    main.Let_WakeOnInput(with.WakesOnInput);
     std::shared_ptr<Class_VardenLogger> logger;
     auto subject = std::make_shared<Class_Subject>();
     enmDecodeResult result{};
@@ -64,7 +81,7 @@ void RetrieveMebibyte(benchmark::State& state) {
   state.counters["simulated_s"] = simulated;
   state.counters["line_limit_s"] = lineLimit;
 }
-BENCHMARK(RetrieveMebibyte)->Unit(benchmark::kSecond)->Iterations(2);
+BENCHMARK(Retrieve)->DenseRange(0, std::size(Retrievals) - 1)->Unit(benchmark::kSecond)->Iterations(2);
 
 }  // namespace
 }  // namespace hy_wristlog

@@ -35,6 +35,13 @@ class HY_WRISTLOG_API Class_Main {
   bool Get_LegacyClearMemoryOnConfigure() const;
   void Let_LegacyClearMemoryOnConfigure(bool value);
   std::int16_t Get_LegacyCOMport() const;
+  /// Whether the waits of this object's workflows end with the byte that they wait for. False at first: then
+  /// they look for bytes in fixed rounds, of 50 ms in a transfer, and serve events in each of them. When
+  /// true, a download takes hardly longer than its bytes take on the wire, and events are served when bytes
+  /// come and at least every 50 ms. Results, codes, events and texts are the same, and so are the pauses that
+  /// a logger needs.
+  bool Get_WakeOnInput() const;
+  void Let_WakeOnInput(bool value);
 
   /// Prepares the docked logger for a recording: clock, configuration, subject, and reads it back.
   ///

@@ -35,6 +35,8 @@ void Class_Main::Let_LegacyClearMemoryOnConfigure(bool value) {
   inside_->LegacyClearMemoryOnConfigure = value;
 }
 std::int16_t Class_Main::Get_LegacyCOMport() const { return inside_->LegacyCOMport; }
+bool Class_Main::Get_WakeOnInput() const { return inside_->WakeOnInput; }
+void Class_Main::Let_WakeOnInput(bool value) { inside_->WakeOnInput = value; }
 
 Date Class_Main::LoggerSecondsToDate(std::int32_t LoggerSeconds1970) {
   Procedure procedure{"Class_Main", "LoggerSecondsToDate", ProcedureKind::Command};

@@ -9,6 +9,7 @@
 #include "hy_wristlog/Class_Pendrel.h"
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "pendrel/Pendrel.h"
+#include "platform/platform.h"
 #include "varden/VardenLogger.h"
 
 namespace hy_wristlog {
@@ -25,6 +26,7 @@ struct MainState {
   std::int32_t PendrelBytesRead = 0;  ///< how much of the memory the last retrieval has read
   bool PendrelSetupTouched = false;   ///< the last ConfigureLegacy began to change the logger
   std::int16_t MaxCommunicationRetries = 1;
+  bool WakeOnInput = false;
   bool AtWork = false;  ///< inside Configure, GetStatus or Retrieve
 
   VardenLogger& logger() { return Inside::of(*ActiveLogger); }
@@ -32,6 +34,21 @@ struct MainState {
   void follow(std::shared_ptr<LoggerEvents> follower);
   /// Replaces ActiveLogger by a new logger and shows it to the host.
   void makeActiveLogger();
+};
+
+/// Lets the world's waits be those of a Class_Main as long as one of its workflows runs.
+class WaitsOf {
+ public:
+  explicit WaitsOf(const MainState& state) : former_(world_->wakesOnInput()) {
+    world_->setWakeOnInput(state.WakeOnInput);
+  }
+  WaitsOf(const WaitsOf&) = delete;
+  WaitsOf& operator=(const WaitsOf&) = delete;
+  ~WaitsOf() { world_->setWakeOnInput(former_); }
+
+ private:
+  std::shared_ptr<platform::Platform> world_ = platform::shareCurrent();
+  bool former_;
 };
 
 /// Marks the time of a workflow. A host that is served in that time may ask for another workflow, which would
@@ -48,6 +65,7 @@ class WorkMark {
  private:
   MainState& state_;
   bool mayBegin_;
+  WaitsOf waits_{state_};
 };
 
 }  // namespace hy_wristlog

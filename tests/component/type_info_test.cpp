@@ -74,7 +74,9 @@ TEST(TypeInfo, TellsTheMembersOfMain) {
       "1 Retrieve(3 1 LoggerType, _Class_VardenLogger** 2 KestrinData, _Class_Subject** 3 Subject, "
       "3* 2 DecodeResult, 11* 18 LowBatteryDetected, 8* 18 XMLfilePath, 11 17 IgnoreWarnings, "
       "11 17 ReconfigureAfterRetrieve, 11 17 AppendData, ) 3",
-      "1 AbortComms() 24"};
+      "1 AbortComms() 24",
+      "2 WakeOnInput() 11",
+      "4 WakeOnInput(11 1 , ) 24"};
   EXPECT_EQ(functionsOf(info.get()), expected);
 
   // It calls, finds names, and makes objects like the object itself.
@@ -90,7 +92,7 @@ TEST(TypeInfo, TellsTheMembersOfMain) {
   EXPECT_EQ(version.text(), get(main.get(), "Version").text());
   HyString few[2];
   uint32_t count = 9;
-  EXPECT_EQ(info->GetNames(info.get(), 11, few, 2, &count), HY_TYPE_E_ELEMENTNOTFOUND);
+  EXPECT_EQ(info->GetNames(info.get(), 12, few, 2, &count), HY_TYPE_E_ELEMENTNOTFOUND);
   EXPECT_EQ(main->GetTypeInfo(main.get(), 1, 0, info.receive()), HY_DISP_E_BADINDEX);
 }
 

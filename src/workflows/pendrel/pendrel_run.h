@@ -22,6 +22,8 @@ class PendrelRun final : public WorkflowRun {
 
  private:
   void close() override;
+
+  WaitsOf waits_{state_};
 };
 
 /// Clears an earlier abort request, finds the port (by searching, or from Settings.INI), opens it and reads
