@@ -170,7 +170,8 @@ class Workflows(EventSource):
     """An object whose calls take long: they let the host live, and can be interrupted."""
 
     on_wait: Optional[Callable[[], Any]] = None
-    """Called about every millisecond while the library waits for a logger."""
+    """Called when bytes of a logger come, and at least every 50 ms while the library waits for them; every 50 ms in
+    a transfer and about every millisecond otherwise, when `WakeOnInput` is False."""
     on_download: Optional[Callable[[int, int], Any]] = None
     """Called with the bytes of a recording that have come, and how many are expected (0: not known)."""
 

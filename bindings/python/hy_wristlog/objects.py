@@ -262,6 +262,11 @@ class Main(Workflows):
     Version = Text("Of the library: \"major.minor.revision\".")
     LegacyClearMemoryOnConfigure = Truth("Of the Pendrel family's workflows.", writable=True)
     LegacyCOMport = Whole("COM port of the Pendrel reader; 0 unknown.")
+    WakeOnInput = Truth("Whether waits end with the byte that they wait for; True in this package.", writable=True)
+
+    def __init__(self) -> None:
+        super().__init__()
+        self.WakeOnInput = True
 
     def Configure(
         self,
