@@ -40,8 +40,6 @@ std::shared_ptr<Platform> use(std::shared_ptr<Platform> world) {
   return std::exchange(threadWorld(), std::move(world));
 }
 
-void SerialPort::awaitInput(std::chrono::microseconds) { current().clock().idle(); }
-
 void NewFile::pass(std::string_view piece) {
   begun_ = true;
   write(piece);

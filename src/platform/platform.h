@@ -91,7 +91,7 @@ class SerialPort {
   virtual ModemLines modemLines() = 0;
   virtual LineErrors takeErrors() = 0;
   /// Returns when a byte waits or the device has gone, and at the latest after `longest`. May return earlier.
-  virtual void awaitInput(std::chrono::microseconds longest);
+  virtual void awaitInput(std::chrono::microseconds longest) = 0;
 };
 
 class SerialPorts {

@@ -8,9 +8,8 @@
 #include "varden/series_set.h"
 
 /// What each model records in each of its modes. Decoder, report, pictures, battery life and workflows look
-/// here, so a new mode is a row of `LoggingModes`, its number in enumerations.h and its code in
-/// config/wire_codes.cpp. A new kind of part does not compile until everyone who handles parts knows it. A
-/// mode without a row is refused.
+/// here; docs/contributing.md names what else belongs to a new mode. The compiler warns of everyone who does
+/// not know a new kind of part. A mode without a row is refused.
 namespace hy_wristlog {
 
 struct VardenRecord;

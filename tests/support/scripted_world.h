@@ -80,6 +80,7 @@ class World final : public platform::WrappedPlatform, platform::Clock, platform:
     void setRts(bool on) override { Far.before("rts").note(on ? "rts on" : "rts off"); }
     platform::ModemLines modemLines() override { return Far.before("lines").Lines; }
     platform::LineErrors takeErrors() override { return std::exchange(Far.before("errors").Errors, {}); }
+    void awaitInput(std::chrono::microseconds) override { Far.advance(1); }
     World& Far;
   };
 

@@ -78,11 +78,7 @@ Arguments commandOf(const SessionRecord& record) {
     refuseReplay(hw::FailureNumber::InvalidCall,
                  "The record is that of a command that uses no link: " + name);
   if (name == "console") return workflowOfConsole(record);
-  Arguments arguments = record.Arguments;
-  // What the world of the record tells, and what would leave it.
-  for (const auto& [option, takesValue] :
-       {std::pair{"--record", true}, {"--redact", false}, {"--simulate", true}, {"--force", false}})
-    arguments = withoutOption(arguments, option, takesValue);
+  Arguments arguments = withoutOwnWorld(record.Arguments);
   if (record.Redacted) addOption(arguments, {"--redact"});
   if (name == "legacy") addPort(record, arguments);
   return arguments;

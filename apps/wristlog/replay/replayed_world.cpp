@@ -356,6 +356,7 @@ class ReplayedPort : public platform::SerialPort {
   void setRts(bool on) override { line_->hear({.Kind = WireKind::Rts, .Link = link_, .On = on}); }
   platform::ModemLines modemLines() override { return line_->arrivedAt(link_).Lines; }
   platform::LineErrors takeErrors() override { return std::exchange(line_->arrivedAt(link_).Errors, {}); }
+  void awaitInput(std::chrono::microseconds) override { platform::current().clock().idle(); }
 
  private:
   SharedLine line_;

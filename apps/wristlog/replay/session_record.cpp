@@ -397,14 +397,18 @@ void addOption(std::vector<std::string>& arguments, const std::vector<std::strin
                    option.end());
 }
 
+std::vector<std::string> withoutOwnWorld(std::vector<std::string> arguments) {
+  for (const auto& [option, takesValue] :
+       {std::pair{"--record", true}, {"--redact", false}, {"--simulate", true}, {"--force", false}})
+    arguments = withoutOption(arguments, option, takesValue);
+  return arguments;
+}
+
 SessionRecord sessionIn(platform::Platform& world, const std::vector<std::string>& arguments,
                         const std::string& simulated) {
   SessionRecord record;
   record.Program = hw::Class_Main().Get_Version();
-  record.Arguments = arguments;
-  for (const auto& [option, takesValue] :
-       {std::pair{"--record", true}, {"--redact", false}, {"--simulate", true}, {"--force", false}})
-    record.Arguments = withoutOption(record.Arguments, option, takesValue);
+  record.Arguments = withoutOwnWorld(arguments);
   record.Model = modelOf(arguments);
   if (!arguments.empty() && arguments.front() == "docks")
     record.DocksFile = hw::engineering::declaredDocksFile();

@@ -58,6 +58,9 @@ std::string valueOf(const std::vector<std::string>& arguments, std::string_view 
 /// The arguments without an option and, when it takes one, its value.
 std::vector<std::string> withoutOption(const std::vector<std::string>& arguments, std::string_view option,
                                        bool takesValue);
+/// The arguments without those that the world of a record tells, or that would leave it.
+std::vector<std::string> withoutOwnWorld(std::vector<std::string> arguments);
+
 /// Adds an option, with its value.
 void addOption(std::vector<std::string>& arguments, const std::vector<std::string>& option);
 

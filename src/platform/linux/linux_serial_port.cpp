@@ -154,7 +154,9 @@ void LinuxSerialPort::awaitInput(std::chrono::microseconds longest) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(longest);
   const timespec limit{seconds.count(), std::chrono::nanoseconds{longest - seconds}.count()};
   pollfd state{device_.get(), POLLIN, 0};
-  ::ppoll(&state, 1, &limit, nullptr);
+  const bool woken = ::ppoll(&state, 1, &limit, nullptr) > 0;
+  // A device that has gone wakes at once, and would again in the next round.
+  if (woken && (state.revents & POLLIN) == 0) std::this_thread::sleep_for(std::chrono::milliseconds{1});
 }
 
 }  // namespace hy_wristlog::platform
