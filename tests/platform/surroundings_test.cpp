@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <functional>
 
 #ifdef __SANITIZE_ADDRESS__
@@ -73,6 +74,8 @@ TEST(Environment, LocalClockFollowsTheZone) {
     const Variable tz{"TZ", zone};
     EXPECT_NEAR((dateFromCivil(clock.local()) - dateFromCivil(clock.utc())) * 1440, minutes, 0.1);
   }
+  EXPECT_NEAR(dateFromCivil(clock.utc()),
+              UnixEpochDate + static_cast<double>(std::time(nullptr)) / SecondsPerDay, 0.001);
   const double before = clock.timer();
   clock.sleep(std::chrono::milliseconds{5});
   clock.sleep(std::chrono::milliseconds{-5});

@@ -32,6 +32,7 @@ TEST(Zones, RulesOfEveryFormBecomeRecords) {
   const ZoneTransition never{};
   const std::tuple<const char*, std::int32_t, std::int32_t, ZoneTransition, ZoneTransition> cases[] = {
       {"IST-5:30", -330, 0, never, never},
+      {"BRT+3", 180, 0, never, never},
       {"EST5EDT", 300, -60, {0, 11, 0, 1, 2}, {0, 3, 0, 2, 2}},
       {"<+1030>-10:30<+11>-11,M10.1.0,M4.1.0", -630, -30, {0, 4, 0, 1, 2}, {0, 10, 0, 1, 2}},
       {"EET-2EEST,M4.5.5/0,M10.5.4/24", -120, -60, {0, 10, 4, 5, 24}, {0, 4, 5, 5, 0}},

@@ -37,12 +37,15 @@ TEST(Configure, WhatTheLoggerGets) {
   for (const enmLoggerPointer model : Models) {
     const bool vivid = model == LggrPntr_KRVivid;
     const auto desk = recorded(model, 10min);
+    EXPECT_EQ(desk->status(), 0);
+    const auto handedOut = desk->data;
     for (const auto& field : {block::Counters, block::Button1, block::Button2})
       desk->stored().set(field, 0x35);
     desk->logger().clock().set(12345);
     desk->logger().forgetCommands();
     EXPECT_EQ(desk->configure({3, 60, "EST", true, 0, 0, 0, DateFormat_DDMM, TimeFormat_24hour}), 0);
     EXPECT_FALSE(globals().ErrorStack.at(0).has_value());
+    EXPECT_EQ(handedOut->Get_EpochLength(), 30);
     const simulator::RecordingSetup setup = readSetup(desk->stored());
     EXPECT_EQ(setup.RecordingMode, simulator::Mode::ActivityAndStandardLight);
     EXPECT_TRUE(setup.EpochLength == 60 && setup.StartTime % 60 == 0);
