@@ -74,6 +74,7 @@ TEST_F(Files, ConfigurationsAreShownEditedAndTakenBack) {
   const Json shown = json("config show vivid").at("config");
   EXPECT_EQ(shown.size(), 44U);
   EXPECT_EQ(shown.at("Kestrin Model"), "Quillander (2)");
+  EXPECT_EQ(shown.at("Firmware Version"), "01.01.0007") << "which is no part of the configuration's bytes";
   EXPECT_NE(box.run("config show --config vivid/config.ini").Out.find("\nEpoch Length: 60\n"),
             std::string::npos);
   const Outcome docked = box.run("config show --model kestrin2 --simulate kestrin2 --console");
