@@ -38,8 +38,8 @@ class HY_WRISTLOG_API Class_Main {
   /// Whether the waits of this object's workflows end with the byte that they wait for. False at first: then
   /// they look for bytes in fixed rounds, of 50 ms in a transfer, and serve events in each of them. When
   /// true, a download takes hardly longer than its bytes take on the wire, and events are served when bytes
-  /// come and at least every 50 ms. Results, codes, events and texts are the same, and so are the pauses that
-  /// a logger needs.
+  /// come and at least every 50 ms. A logger that answers in time gives the same results, codes, events and
+  /// texts, and gets the same pauses that it needs.
   bool Get_WakeOnInput() const;
   void Let_WakeOnInput(bool value);
 
