@@ -39,9 +39,10 @@ struct CommState final : platform::EventSource {
   /// or, where waits end with their bytes, idles. Returns how many milliseconds of waiting it stands for.
   std::int32_t turn(std::int32_t round, double deadline, std::size_t missing = 1);
   /// Lets a millisecond pass; where waits end with their bytes, the time until `missing` more than the `seen`
-  /// ones may be there, until the next round of events or the deadline, whichever comes first. Returns how
-  /// many milliseconds of waiting it stands for, at least 1: a pause of the process does not count.
-  std::int32_t idle(double deadline, std::size_t missing = 1, std::size_t seen = 0);
+  /// ones may be there, until the next round of events or until `slack` milliseconds after the deadline,
+  /// which are those by which a fixed round can pass it. Returns how many milliseconds of waiting it stands
+  /// for, at least 1: a pause of the process does not count.
+  std::int32_t idle(double deadline, std::size_t missing = 1, std::size_t seen = 0, std::int32_t slack = 1);
   /// Drops the bytes that wait, after showing them when the console is in use.
   void flush(const PortSteps& port);
   /// Shows bytes as "[" hexadecimal digits "]" when the console is in use.

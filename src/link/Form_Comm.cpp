@@ -99,10 +99,10 @@ std::int32_t CommState::turn(std::int32_t round, double deadline, std::size_t mi
     return round;
   }
   world->serveEvents();
-  return idle(deadline, missing);
+  return idle(deadline, missing, 0, round);
 }
 
-std::int32_t CommState::idle(double deadline, std::size_t missing, std::size_t seen) {
+std::int32_t CommState::idle(double deadline, std::size_t missing, std::size_t seen, std::int32_t slack) {
   using Milliseconds = std::chrono::duration<double, std::milli>;
   using Seconds = std::chrono::duration<double>;
   constexpr Milliseconds EventRound{50}, Tick{1};
@@ -113,9 +113,10 @@ std::int32_t CommState::idle(double deadline, std::size_t missing, std::size_t s
   }
   if (control.received() > seen) return 1;
   const double began = timer();
-  const double end = toggling ? std::min(deadline, nextToggle) : deadline;
-  // A tick more, since a wait is over only when its deadline has passed.
-  const Milliseconds longest = std::clamp<Milliseconds>(Seconds{end - began} + Tick, Tick, EventRound);
+  const Seconds left{deadline - began}, untilToggle{nextToggle - began};
+  const Milliseconds end = left + Milliseconds{slack};
+  const Milliseconds longest =
+      std::clamp<Milliseconds>(toggling ? std::min<Milliseconds>(end, untilToggle) : end, Tick, EventRound);
   // Of many bytes nobody is woken for each one, but when the line can have brought nearly all.
   const auto settings = missing > 1 ? parseLineSettings(control.Settings()) : std::nullopt;
   const Milliseconds onTheLine =

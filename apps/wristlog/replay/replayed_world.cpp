@@ -163,6 +163,11 @@ class ReplayedLine {
     return arrived_[link];
   }
 
+  bool hasNews(std::int32_t link) {
+    attend();
+    return !arrived_[link].Bytes.empty() || arrived_[link].Trouble;
+  }
+
   std::unique_ptr<platform::DeviceList> devicesOfClass(std::string_view classGuid) {
     const auto found = devices_.find(std::string(classGuid));
     if (found == devices_.end()) return platform::deviceListOf({});
@@ -356,7 +361,10 @@ class ReplayedPort : public platform::SerialPort {
   void setRts(bool on) override { line_->hear({.Kind = WireKind::Rts, .Link = link_, .On = on}); }
   platform::ModemLines modemLines() override { return line_->arrivedAt(link_).Lines; }
   platform::LineErrors takeErrors() override { return std::exchange(line_->arrivedAt(link_).Errors, {}); }
-  void awaitInput(std::chrono::microseconds) override { platform::current().clock().idle(); }
+  void awaitInput(std::chrono::microseconds longest) override {
+    for (const nanoseconds end = line_->now() + longest; line_->now() < end && !line_->hasNews(link_);)
+      platform::current().clock().idle();
+  }
 
  private:
   SharedLine line_;

@@ -68,6 +68,7 @@ void Session::start(bool keepRecord) {
   }
   hy_wristlog::setHost(host_);
   main_ = std::make_unique<hy_wristlog::Class_Main>();
+  main_->Let_WakeOnInput(true);
   host_->attach(main_.get());
 }
 
