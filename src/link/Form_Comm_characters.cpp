@@ -12,8 +12,8 @@ namespace {
 // read without pauses, and broken off when it comes slowly.
 constexpr std::size_t LongestLine = 4096, LongestOwnLine = 128;
 constexpr std::int32_t TurnTime = 5;  ///< milliseconds
-constexpr std::int32_t TimeBesideSilence =
-    2000;  ///< milliseconds, which a pause of the process does not use up
+/// Milliseconds, which a pause of the process does not use up.
+constexpr std::int64_t TimeBesideSilence = 2000;
 
 enum SendMode : std::int32_t { CharByChar = 1, WithEcho = 2 };
 
@@ -87,7 +87,7 @@ std::string Form_Comm::fncGetCharLine(char CharToWaitFor, std::int32_t RXdelay) 
   return procedure.run([&] {
     std::string line, read;
     double deadline = state_->deadline(RXdelay);
-    std::int32_t left = RXdelay + TimeBesideSilence;
+    std::int64_t left = RXdelay + TimeBesideSilence;
     while (read != final && line.size() <= LongestLine && left > 0) {
       const bool late = state_->timer() > deadline;
       const bool arrived = port.InBufferCount() >= 1;
