@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <deque>
 #include <set>
@@ -79,15 +80,20 @@ struct Conversation {
 
   explicit Conversation(std::string_view text) : script(linesOf(text)), farEnd(world, script) {}
 
-  /// The failure of a call, which must not last for an hour of simulated time.
+  /// The failure of a call, which must not last for an hour of simulated time. The far end may send its
+  /// packets as late as the receiver's patience with each of them allows.
   template <class Call>
   std::int32_t failureOfCall(Call&& call) const {
-    constexpr std::int64_t LongestCall = 3600000;
+    constexpr std::int64_t LongestCall = 3600000, Patience = 15000;
     const std::int64_t before = world->Now;
     const std::int32_t failure = world.failureOf(call);
-    if (world->Now - before > LongestCall)
+    if (world->Now - before > LongestCall + Patience * packetsInScript())
       finding("a call takes " + std::to_string(world->Now - before) + " ms");
     return failure;
+  }
+
+  std::int64_t packetsInScript() const {
+    return std::count_if(script.begin(), script.end(), [](const Line& line) { return line.is("packet"); });
   }
 
   QuietWorld world;

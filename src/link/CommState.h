@@ -32,8 +32,12 @@ struct CommState final : platform::EventSource {
 
   double timer() const { return world->clock().timer(); }
   double deadline(std::int32_t milliseconds) const { return timer() + milliseconds / 1000.0; }
+  /// Whether a wait that nothing else breaks off is over.
+  bool isOver(double deadline) const { return timer() > deadline || world->endsWaits(); }
   bool consoleInUse() const { return consoleVisible || form.RaiseEventOnChar; }
   void progress(std::string text) const;
+  /// Serves events and lets so many milliseconds pass, also after an abort request.
+  void pause(std::int32_t milliseconds) const;
   bool wakesOnInput() const { return world->wakesOnInput(); }
   /// One turn of a wait for bytes that ends at `deadline`: serves events, and lets `round` milliseconds pass
   /// or, where waits end with their bytes, idles. Returns how many milliseconds of waiting it stands for.

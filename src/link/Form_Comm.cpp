@@ -93,9 +93,14 @@ void CommState::comSerial_OnComm() {
 
 void CommState::progress(std::string text) const { owner->CommProgress(text); }
 
+void CommState::pause(std::int32_t milliseconds) const {
+  world->serveEvents();
+  world->clock().sleep(std::chrono::milliseconds{milliseconds});
+}
+
 std::int32_t CommState::turn(std::int32_t round, double deadline, std::size_t missing) {
   if (!wakesOnInput()) {
-    Tools().subDelay(round);
+    pause(round);
     return round;
   }
   world->serveEvents();

@@ -36,7 +36,7 @@ Arrival watchArrival(CommState& state, const PortSteps& port, std::size_t enough
   std::int64_t turns = mostTurns(port.Settings(), enough, std::int64_t{firstWait} + nextWait);
   double deadline = state.deadline(firstWait);
   for (;;) {
-    bool late = state.timer() > deadline;
+    bool late = state.isOver(deadline);
     const std::size_t waiting = port.InBufferCount();
     if (waiting > arrival.Count) {
       arrival.Count = waiting;

@@ -22,7 +22,7 @@ std::string collectEcho(CommState& state, const PortSteps& port, std::size_t exp
   std::string echo;
   const double deadline = state.deadline(TXdelay);
   for (;;) {
-    const bool late = state.timer() > deadline;
+    const bool late = state.isOver(deadline);
     if (port.InBufferCount() >= 1) {
       const std::string read = port.Input();
       echo += read;
@@ -89,7 +89,7 @@ std::string Form_Comm::fncGetCharLine(char CharToWaitFor, std::int32_t RXdelay) 
     double deadline = state_->deadline(RXdelay);
     std::int64_t left = RXdelay + TimeBesideSilence;
     while (read != final && line.size() <= LongestLine && left > 0) {
-      const bool late = state_->timer() > deadline;
+      const bool late = state_->isOver(deadline);
       const bool arrived = port.InBufferCount() >= 1;
       if (arrived) {
         deadline = state_->deadline(RXdelay);

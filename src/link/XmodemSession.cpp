@@ -1,5 +1,4 @@
 #include "link/XmodemSession.h"
-#include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
 namespace {
@@ -71,7 +70,7 @@ void XmodemSession::awaitSilence() {
     } else if (late) {
       return;
     }
-    Tools().subDelay(PollInterval);
+    link_.pause(PollInterval);
   }
 }
 

@@ -3,7 +3,6 @@
 
 #include "base/faults.h"
 #include "link/XmodemSession.h"
-#include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
 

@@ -120,14 +120,16 @@ class XmodemSender : public XmodemSession {
     return failWith(NoAcknowledgement, "Failure to receive packet acknowledgement");
   }
 
+  /// Where waits end with their input, an abort is heard after the packet: in the middle of one the logger
+  /// would take the cancelling for data, and refuse the packet only a second later.
   Step sendByteByByte(std::string_view image) {
     for (const char& byte : image) {
-      if (byteDelay_ > 0) Tools().subDelay(byteDelay_);
+      if (byteDelay_ > 0) link_.pause(byteDelay_);
       const double deadline = link_.deadline(timeout_);
       port_.Output({&byte, 1});
       const Step step = awaitSent(deadline);
       if (step != Step::GoOn) return step;
-      if (abortRequested()) return Step::Aborted;
+      if (abortRequested() && !link_.wakesOnInput()) return Step::Aborted;
     }
     return Step::GoOn;
   }

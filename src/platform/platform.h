@@ -367,6 +367,14 @@ class WorldObjects {
   std::vector<Slot> objects_;
 };
 
+/// How those who work with a logger wait.
+struct Waits {
+  /// Waits for a logger end with the byte that they wait for, instead of going on in fixed rounds.
+  bool EndWithInput = false;
+  /// Where waits end with their input: as long as this is true, they and pauses end at once.
+  const bool* AbortRequest = nullptr;
+};
+
 /// What the world is for one thread.
 class Platform {
  public:
@@ -386,9 +394,11 @@ class Platform {
 
   Host& host();
   void setHost(std::shared_ptr<Host> host);
-  /// Whether waits for a logger end with the byte that they wait for, instead of going on in fixed rounds.
-  bool wakesOnInput() const { return wakesOnInput_; }
-  void setWakeOnInput(bool on) { wakesOnInput_ = on; }
+  const Waits& waits() const { return waits_; }
+  void setWaits(const Waits& waits) { waits_ = waits; }
+  bool wakesOnInput() const { return waits_.EndWithInput; }
+  /// Whether whoever waits now should not wait any longer.
+  bool endsWaits() const { return waits_.EndWithInput && waits_.AbortRequest != nullptr && *waits_.AbortRequest; }
   WorldObjects& objects() { return objects_; }
 
   void addEventSource(EventSource& source);
@@ -399,7 +409,8 @@ class Platform {
  private:
   std::shared_ptr<Host> host_;
   std::vector<EventSource*> sources_;
-  bool serving_ = false, wakesOnInput_ = false;
+  bool serving_ = false;
+  Waits waits_;
   WorldObjects objects_;
 };
 

@@ -76,7 +76,8 @@ class Class_Tools {
     return hy_wristlog::fncRedimArray(array, lowerBound);
   }
   /// Serves the pending events once, then waits. With an interval, in milliseconds too, it serves them again
-  /// while it waits, at most once an interval; so callers must expect to be re-entered.
+  /// while it waits, at most once an interval; so callers must expect to be re-entered. Where waits end with
+  /// their input, events are always served, and an abort request ends the pause.
   static void subDelay(std::int32_t milliseconds, std::optional<double> eventInterval = std::nullopt);
 
   // Files and folders (Class_Tools_files.cpp). "\" and "/" both separate folders. What the system refuses is

@@ -45,6 +45,20 @@ void forEachLine(std::string_view text, std::string_view delimiter, Take take) {
   if (isLongerThanOneCharacter(text)) take(text);
 }
 
+/// Ends with the time or with an abort request.
+void pauseUnlessAborted(platform::Platform& world, std::int32_t milliseconds, double eventInterval) {
+  using Seconds = std::chrono::duration<double>;
+  constexpr Seconds Rounding{1e-6};
+  const double end = world.clock().timer() + milliseconds / 1000.0;
+  while (!world.endsWaits()) {
+    const Seconds left = Seconds{end - world.clock().timer()} - Rounding;
+    if (left <= Seconds{0}) return;
+    const Seconds round = std::min<Seconds>(left, std::chrono::duration<double, std::milli>{eventInterval});
+    world.clock().sleep(std::chrono::ceil<std::chrono::milliseconds>(round));
+    world.serveEvents();
+  }
+}
+
 }  // namespace
 
 GrowingArray<NumberOrText> Class_Tools::fncParseString(std::string_view text, std::int16_t lowerBound,
@@ -123,6 +137,7 @@ void Class_Tools::subDelay(std::int32_t milliseconds, std::optional<double> even
     platform::Platform& world = platform::current();
     platform::Clock& clock = world.clock();
     world.serveEvents();
+    if (world.wakesOnInput()) return pauseUnlessAborted(world, milliseconds, eventInterval.value_or(50));
     if (!eventInterval) {
       if (milliseconds > 0) clock.sleep(std::chrono::milliseconds(milliseconds));
       return;

@@ -39,16 +39,16 @@ struct MainState {
 /// Lets the world's waits be those of a Class_Main as long as one of its workflows runs.
 class WaitsOf {
  public:
-  explicit WaitsOf(const MainState& state) : former_(world_->wakesOnInput()) {
-    world_->setWakeOnInput(state.WakeOnInput);
+  explicit WaitsOf(const MainState& state) : former_(world_->waits()) {
+    world_->setWaits({state.WakeOnInput, &state.AbortFlag});
   }
   WaitsOf(const WaitsOf&) = delete;
   WaitsOf& operator=(const WaitsOf&) = delete;
-  ~WaitsOf() { world_->setWakeOnInput(former_); }
+  ~WaitsOf() { world_->setWaits(former_); }
 
  private:
   std::shared_ptr<platform::Platform> world_ = platform::shareCurrent();
-  bool former_;
+  platform::Waits former_;
 };
 
 /// Marks the time of a workflow. A host that is served in that time may ask for another workflow, which would

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <optional>
+
 #include "workflows/workbench.h"
 
 namespace hy_wristlog::workbench {
@@ -120,6 +122,50 @@ TEST(Interruption, AnAbortAtAnyRound) {
       ASSERT_EQ(configured.configure(), 0);
     }
   }
+}
+
+/// The time from an abort `after` so many seconds of a workflow to the workflow's end; none when it had ended.
+std::optional<double> timeToEnd(Workbench& desk, std::int32_t (*run)(Workbench&), double after) {
+  const double begun = desk.bench.World->elapsed();
+  const auto passed = [&] { return desk.bench.World->elapsed() - begun; };
+  bool asked = false;
+  desk.host->EachRound = [&] {
+    if (asked || passed() < after) return;
+    asked = true;
+    desk.main->AbortComms();
+  };
+  run(desk);
+  desk.host->EachRound = nullptr;
+  return asked ? std::optional(passed() - after) : std::nullopt;
+}
+
+TEST(Interruption, AnAbortIsOverSoonWhereWaitsEndWithTheirInput) {
+  constexpr double Longest = 1.5;
+  std::int32_t (*const workflows[])(Workbench&) = {[](Workbench& desk) { return desk.status(); },
+                                                   [](Workbench& desk) { return desk.retrieve(); },
+                                                   [](Workbench& desk) { return desk.configure(); }};
+  const Arrange nothing = [](Workbench&) {}, heals = [](Workbench& desk) { desk.logger().Faults = {}; },
+                lost = [](Workbench& desk) {
+                  auto& transfer = desk.logger().Faults.Transfer;
+                  transfer.LosePacket = transfer.LoseAnswer = transfer.LoseInvitation = always();
+                };
+  const std::pair<Arrange, double> troubles[] = {{nothing, 0.053}, {Silent, 0.371}, {lost, 0.971}};
+  for (const auto& [trouble, between] : troubles)
+    for (const enmLoggerPointer model : Models)
+      for (const auto run : workflows)
+        for (double after = 0;; after += between * Stride) {
+          SCOPED_TRACE(std::to_string(after) + " s after the beginning");
+          const auto desk = ended(model);
+          desk->main->Let_WakeOnInput(true);
+          trouble(*desk);
+          const auto took = timeToEnd(*desk, run, after);
+          if (!took) break;
+          ASSERT_LE(*took, Longest);
+          EXPECT_TRUE(desk->portClosed());
+          heals(*desk);
+          EXPECT_EQ(desk->status(), 0);
+          ASSERT_TRUE(desk->simple.starts_with("Ready") || desk->simple.starts_with("Waiting")) << desk->simple;
+        }
 }
 
 TEST(Interruption, AWorkflowInsideAWorkflowIsRefused) {

@@ -64,11 +64,11 @@ std::optional<OpenResult> resultOfFailure(std::int32_t number) {
 
 /// Waits in steps of 5 ms until the DSR line is as wanted or `wait` milliseconds are over.
 void awaitDsr(Procedure& procedure, Form_Comm& link, bool wanted, std::int32_t wait) {
-  platform::Clock& clock = platform::current().clock();
-  const double deadline = clock.timer() + wait / 1000.0;
+  platform::Platform& world = platform::current();
+  const double deadline = world.clock().timer() + wait / 1000.0;
   for (bool late = false, asWanted = false; !asWanted && !late;) {
     procedure.statement([] { Tools().subDelay(5); });
-    late = clock.timer() >= deadline;
+    late = world.clock().timer() >= deadline || world.endsWaits();
     asWanted = procedure.statement([&] { return link.DSRHolding(); }) == wanted;
   }
 }

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/faults.h"
+#include "platform/platform.h"
 #include "tools/Class_Tools.h"
 #include "varden/VardenLogger.h"
 #include "varden/commands/shell.h"
@@ -139,7 +140,12 @@ void VardenLogger::subAbortLoggerComms() {
   procedure.run([&] {
     abortMark_ = true;
     procedure.statement([&] { link().subAbortProcess(); });
-    procedure.statement([] { Tools().subDelay(250, 50); });
+    constexpr std::int32_t PromptTime = 250;
+    // A logger that hears the cancelling answers with its prompt.
+    if (platform::current().wakesOnInput())
+      ignoringFailures([&] { link().fncGetCharLine('>', PromptTime); });
+    else
+      procedure.statement([] { Tools().subDelay(PromptTime, 50); });
   });
 }
 
