@@ -41,7 +41,7 @@ Arrival watchArrival(CommState& state, const PortSteps& port, std::size_t enough
     if (waiting > arrival.Count) {
       arrival.Count = waiting;
       deadline = state.deadline(nextWait);
-      late = false;
+      late = state.world->endsWaits();
     }
     if (state.lastCOMerrorNum == comm_event::Overrun) {
       arrival.Overrun = true;

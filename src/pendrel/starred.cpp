@@ -71,7 +71,12 @@ std::vector<std::string> StarredProcedure::ask(const StarredCommand& command, st
 }
 
 void StarredProcedure::rest() {
-  procedure.statement([] { platform::current().clock().sleep(std::chrono::milliseconds{2000}); });
+  procedure.statement([] {
+    constexpr std::int32_t Pause = 2000;
+    platform::Platform& world = platform::current();
+    if (world.wakesOnInput()) return Tools().subDelay(Pause);
+    world.clock().sleep(std::chrono::milliseconds{Pause});
+  });
 }
 
 void StarredProcedure::raise(std::int32_t number, const char* text) { raise(number, name_, text); }

@@ -111,17 +111,28 @@ const Work Configuring = [](Desk&desk) { return desk.configure(); },
            Retrieving = [](Desk&desk) { return desk.retrieve(); };
 
 TEST(PendrelWorkflow, AnAbortEndsItAtTheNextStepWhereverItComes) {
-  for (const auto& [work, worn, last] : {std::tuple{Configuring, 0h, 99}, {Retrieving, 80h, 80}}) {
+  constexpr double Soon = 1.5;
+  for (const auto& [work, worn, last, wakes] : {std::tuple{Configuring, 0h, 99, false},
+                                                {Configuring, 0h, 99, true},
+                                                {Retrieving, 80h, 80, false},
+                                                {Retrieving, 80h, 80, true}}) {
     Desk whole(PendrelModel::Steps);
+    whole.main->Let_WakeOnInput(wakes);
     whole.record(worn);
     ASSERT_EQ(work(whole), 0);
     const std::int32_t rounds = whole.host->Rounds;
     ASSERT_GT(rounds, 100);
     for (const std::int32_t part : {0, 1, 10, 30, 60, last}) {
       Desk desk(PendrelModel::Steps);
+      desk.main->Let_WakeOnInput(wakes);
       desk.record(worn);
       desk.host->AbortIn = 1 + rounds * part / 100;
+      double asked = 0;
+      desk.host->EachRound = [&] {
+        if (desk.host->Rounds == desk.host->AbortIn) asked = desk.bench.World->elapsed();
+      };
       EXPECT_EQ(work(desk), 10013) << part;
+      EXPECT_TRUE(!wakes || desk.bench.World->elapsed() < asked + Soon) << part;
       EXPECT_TRUE(desk.portClosed());
       EXPECT_EQ(desk.serialNumber, "none");
       EXPECT_TRUE(worn == 0h || desk.host->Downloaded < whole.host->Downloaded);
