@@ -168,6 +168,28 @@ TEST(Interruption, AnAbortIsOverSoonWhereWaitsEndWithTheirInput) {
         }
 }
 
+TEST(Interruption, ADockThatIsPulledOutIsToldAtOnceWhereWaitsEndWithTheirInput) {
+  constexpr double AtOnce = 0.1;
+  constexpr std::uint64_t FirstData = 700, Between = 53 * Stride;
+  const Undisturbed good(LggrPntr_KRVivid);
+  for (const enmLoggerPointer model : Models)
+    for (std::uint64_t at = FirstData; at < FirstData + good.Memory.size(); at += Between) {
+      SCOPED_TRACE("after " + std::to_string(at) + " bytes");
+      const auto desk = ended(model);
+      desk->main->Let_WakeOnInput(true);
+      desk->main->Let_MaxCommunicationRetries(3);
+      desk->bench.Dock->unplugAfterBytes(at);
+      double pulled = 0;
+      desk->bench.line().Faults.Action = [&] {
+        pulled = desk->bench.World->elapsed();
+        desk->bench.Dock->unplug();
+      };
+      EXPECT_EQ(desk->retrieve(), 10003);
+      ASSERT_GT(pulled, 0);
+      EXPECT_LE(desk->bench.World->elapsed(), pulled + AtOnce);
+    }
+}
+
 TEST(Interruption, AWorkflowInsideAWorkflowIsRefused) {
   const Undisturbed good(LggrPntr_KRVivid);
   const auto desk = ended(LggrPntr_KRVivid);
