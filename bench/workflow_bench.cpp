@@ -39,12 +39,14 @@ struct Retrieved {
   simulator::Mode Mode;
   std::int32_t EpochLength;
   std::chrono::hours Worn;
-  bool WakesOnInput;
+  bool WakesOnInput, ShortPackets = false;
 };
 constexpr std::chrono::hours Week{7 * 24}, FortyDays{40 * 24};
 constexpr Retrieved Retrievals[] = {
     {"1 MiB", simulator::Mode::ActivityAndStandardLight, 15, FortyDays, false},
     {"1 MiB, waking on input", simulator::Mode::ActivityAndStandardLight, 15, FortyDays, true},
+    {"1 MiB in short packets, waking on input", simulator::Mode::ActivityAndStandardLight, 15, FortyDays,
+     true, true},
     {"a week of minutes", simulator::Mode::ActivityAndStandardLight, 60, Week, false},
     {"a week of minutes, waking on input", simulator::Mode::ActivityAndStandardLight, 60, Week, true}};
 
@@ -61,6 +63,7 @@ void Retrieve(benchmark::State& state) {
     const platform::WorldScope scope(bench.World);
     bench.Logger->setUp(simulator::ordinarySetup(*bench.World, with.Mode, with.EpochLength));
     bench.Logger->wear(with.Worn);
+    bench.Logger->Faults.Transfer.OnlyShortPackets = with.ShortPackets;
     const double before = bench.World->elapsed();
     const simulator::Traffic traffic = bench.line().traffic();
     state.ResumeTiming();

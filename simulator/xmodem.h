@@ -21,17 +21,18 @@ std::vector<std::uint8_t> frame(std::uint8_t number, std::span<const std::uint8_
 
 /// What goes wrong in a transfer. Each fault counts what its comment names.
 struct TransferFaults {
-  Fault DamagePacket{};     ///< sent packets: a flipped bit, the frame's CRC stays
-  Fault LosePacket{};       ///< sent packets: nothing goes out
-  Fault TruncatePacket{};   ///< sent packets: only the first half goes out
-  Fault MisnumberPacket{};  ///< sent packets: numbered two too high
-  Fault DoublePacket{};     ///< sent packets: sent again after the PC has acknowledged it
-  Fault CancelPacket{};     ///< sent packets: two CAN instead, and the transfer is over
-  Fault NakPacket{};        ///< received packets: refused although they were good
-  Fault CancelReceive{};    ///< received packets: answered by two CAN
-  Fault LoseAnswer{};       ///< received packets: stored, but the answer is lost
-  Fault NakEnd{};           ///< received EOT: refused
-  Fault LoseInvitation{};   ///< the C that asks for the next packet
+  Fault DamagePacket{};           ///< sent packets: a flipped bit, the frame's CRC stays
+  Fault LosePacket{};             ///< sent packets: nothing goes out
+  Fault TruncatePacket{};         ///< sent packets: only the first half goes out
+  Fault MisnumberPacket{};        ///< sent packets: numbered two too high
+  Fault DoublePacket{};           ///< sent packets: sent again after the PC has acknowledged it
+  Fault CancelPacket{};           ///< sent packets: two CAN instead, and the transfer is over
+  Fault NakPacket{};              ///< received packets: refused although they were good
+  Fault CancelReceive{};          ///< received packets: answered by two CAN
+  Fault LoseAnswer{};             ///< received packets: stored, but the answer is lost
+  Fault NakEnd{};                 ///< received EOT: refused
+  Fault LoseInvitation{};         ///< the C that asks for the next packet
+  bool OnlyShortPackets = false;  ///< a logger that knows no packets of 1024 bytes
 };
 
 /// The logger's sending end: waits for the PC's C, then sends packet after packet and waits for each ACK.

@@ -42,7 +42,7 @@ XmodemSender::XmodemSender(Timeline& timeline, TransferFaults& faults, Output ou
 
 void XmodemSender::start(std::vector<std::uint8_t> data, bool longPackets) {
   data_ = std::move(data);
-  longPackets_ = longPackets;
+  longPackets_ = longPackets && !faults_.OnlyShortPackets;
   sendTwice_ = false;
   offset_ = 0;
   number_ = 1;

@@ -398,7 +398,9 @@ class Platform {
   void setWaits(const Waits& waits) { waits_ = waits; }
   bool wakesOnInput() const { return waits_.EndWithInput; }
   /// Whether whoever waits now should not wait any longer.
-  bool endsWaits() const { return waits_.EndWithInput && waits_.AbortRequest != nullptr && *waits_.AbortRequest; }
+  bool endsWaits() const {
+    return waits_.EndWithInput && waits_.AbortRequest != nullptr && *waits_.AbortRequest;
+  }
   WorldObjects& objects() { return objects_; }
 
   void addEventSource(EventSource& source);

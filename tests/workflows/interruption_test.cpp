@@ -124,7 +124,8 @@ TEST(Interruption, AnAbortAtAnyRound) {
   }
 }
 
-/// The time from an abort `after` so many seconds of a workflow to the workflow's end; none when it had ended.
+/// The time from an abort `after` so many seconds of a workflow to the workflow's end; none when it had
+/// ended.
 std::optional<double> timeToEnd(Workbench& desk, std::int32_t (*run)(Workbench&), double after) {
   const double begun = desk.bench.World->elapsed();
   const auto passed = [&] { return desk.bench.World->elapsed() - begun; };
@@ -144,8 +145,8 @@ TEST(Interruption, AnAbortIsOverSoonWhereWaitsEndWithTheirInput) {
   std::int32_t (*const workflows[])(Workbench&) = {[](Workbench& desk) { return desk.status(); },
                                                    [](Workbench& desk) { return desk.retrieve(); },
                                                    [](Workbench& desk) { return desk.configure(); }};
-  const Arrange nothing = [](Workbench&) {}, heals = [](Workbench& desk) { desk.logger().Faults = {}; },
-                lost = [](Workbench& desk) {
+  const Arrange nothing = [](Workbench&) {}, heals = [](Workbench&desk) { desk.logger().Faults = {}; },
+                lost = [](Workbench&desk) {
                   auto& transfer = desk.logger().Faults.Transfer;
                   transfer.LosePacket = transfer.LoseAnswer = transfer.LoseInvitation = always();
                 };
@@ -164,7 +165,8 @@ TEST(Interruption, AnAbortIsOverSoonWhereWaitsEndWithTheirInput) {
           EXPECT_TRUE(desk->portClosed());
           heals(*desk);
           EXPECT_EQ(desk->status(), 0);
-          ASSERT_TRUE(desk->simple.starts_with("Ready") || desk->simple.starts_with("Waiting")) << desk->simple;
+          ASSERT_TRUE(desk->simple.starts_with("Ready") || desk->simple.starts_with("Waiting"))
+              << desk->simple;
         }
 }
 
