@@ -18,8 +18,8 @@
 #include "platform/platform.h"
 #include "simulator/xmodem.h"
 
-// These run in real time: a transfer over a pseudo-terminal, at whose far end a thread sends as slowly as a line of
-// 57600 baud does.
+// These run in real time: a transfer over a pseudo-terminal, at whose far end a thread sends as slowly as a
+// line of 57600 baud does.
 namespace hy_wristlog {
 namespace {
 
@@ -93,7 +93,8 @@ double threadSeconds() {
   return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
 }
 
-/// `of_line` is the share of the line's 5236 bytes a second, `of_core` that of a core which the receiver needs.
+/// `of_line` is the share of the line's 5236 bytes a second, `of_core` that of a core which the receiver
+/// needs.
 void ReceiveOverPseudoTerminal(benchmark::State& state) {
   const std::size_t packetBytes = state.range(0) != 0 ? xmodem::LongData : xmodem::ShortData;
   const bool wakesOnInput = state.range(1) != 0;
@@ -116,7 +117,8 @@ void ReceiveOverPseudoTerminal(benchmark::State& state) {
     const double seconds = std::chrono::duration<double>(Clock::now() - begun).count();
     state.counters["of_core"] = (threadSeconds() - used) / seconds;
     state.counters["of_line"] = static_cast<double>(sender.bytes()) / seconds / BytesPerSecond;
-    if (!packets || packets->size() != RecordingBytes / packetBytes) state.SkipWithError("not all packets came");
+    if (!packets || packets->size() != RecordingBytes / packetBytes)
+      state.SkipWithError("not all packets came");
     platform::current().setWaits(former);
   }
   std::filesystem::remove(docks);

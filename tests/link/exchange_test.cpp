@@ -67,29 +67,34 @@ TEST(Exchange, ReadsLinesUntilSilence) {
   const std::string full(4096, 'x');
   Arrivals trickle;
   for (std::int64_t at = 0; at < 10000; at += 190) trickle.emplace_back(at, "x");
-  const std::tuple<Arrivals, std::string, const char*, double> cases[] = {
-      {{{0, "ab\rcd"}}, "ab", "", 15},
-      {{{0, "\nab\r"}}, "\nab", "", 20},
-      {{{0, "\r"}}, "", "", 5},
-      {{{100, "a"}, {290, "b"}, {480, "c"}, {670, "\r"}}, "abc", "", 675},
-      {{}, "", "3001 No characters received", 205},
-      {{{210, "a\r"}}, "", "3001 No characters received", 205},
-      {{{10, "ab"}}, "", "3002 No carriage return or final character received", 220},
-      {{{0, full + '\r'}}, full, "", 645},
-      {{{0, full + "x\r"}}, "", "3002 No carriage return or final character received", 640},
-      {trickle, "", "3002 No carriage return or final character received", 2200},
+  // The times of fixed rounds, and where waits end with their input.
+  const std::tuple<Arrivals, std::string, const char*, double, double> cases[] = {
+      {{{0, "ab\rcd"}}, "ab", "", 15, 0},
+      {{{0, "\nab\r"}}, "\nab", "", 20, 0},
+      {{{0, "\r"}}, "", "", 5, 0},
+      {{{100, "a"}, {290, "b"}, {480, "c"}, {670, "\r"}}, "abc", "", 675, 670},
+      {{}, "", "3001 No characters received", 205, 205},
+      {{{210, "a\r"}}, "", "3001 No characters received", 205, 205},
+      {{{10, "ab"}}, "", "3002 No carriage return or final character received", 220, 215},
+      {{{0, full + '\r'}}, full, "", 645, 0},
+      {{{0, full + "x\r"}}, "", "3002 No carriage return or final character received", 640, 0},
+      {trickle, "", "3002 No carriage return or final character received", 2200, 2200},
   };
-  for (const auto& [arrivals, expected, why, time] : cases) {
-    OpenLink o;
-    for (const auto& [moment, bytes] : arrivals) o.world->deliver(bytes, moment);
-    std::string line;
-    const Failure failure = caught([&] { line = o.link->fncGetCharLine('\r', 200); });
-    EXPECT_EQ(line, expected);
-    const std::string number = std::to_string(failure.Number);
-    EXPECT_EQ(failure.Number == 0 ? "" : number + ' ' + failure.Description, why);
-    EXPECT_EQ(failure.Source.starts_with(number + ":Form_Comm.fncGetCharLine@"), failure.Number != 0);
-    EXPECT_NEAR(static_cast<double>(o.world->Now), time, 5) << why;
-  }
+  for (const bool wakes : {false, true})
+    for (const auto& [arrivals, expected, why, time, wakingTime] : cases) {
+      OpenLink o;
+      o.world->setWaits({wakes, nullptr});
+      for (const auto& [moment, bytes] : arrivals) o.world->deliver(bytes, moment);
+      std::string line;
+      const Failure failure = caught([&] { line = o.link->fncGetCharLine('\r', 200); });
+      EXPECT_EQ(line, expected);
+      const std::string number = std::to_string(failure.Number);
+      EXPECT_EQ(failure.Number == 0 ? "" : number + ' ' + failure.Description, why);
+      EXPECT_EQ(failure.Source.starts_with(number + ":Form_Comm.fncGetCharLine@"), failure.Number != 0);
+      EXPECT_NEAR(static_cast<double>(o.world->Now), wakes ? wakingTime : time, 5) << why;
+      if (expected != "ab") continue;
+      EXPECT_EQ(o.link->fncGetCharLine('d', 200), "c") << "left where it was";
+    }
 }
 
 /// Whatever waits when a call begins to look, more waits when it looks again.

@@ -85,6 +85,7 @@ Result watch(const CommonOptions& common, const ConsoleOptions& options) {
   if (!options.Folder.empty()) RecordingFiles(options.Folder, options.Force).prepare();
   Result result;
   hw::Class_Main main;
+  main.Let_WakeOnInput(true);
   bool stopping = false;
   host->Abort = [&] {
     if (common.Recorder && !std::exchange(stopping, true)) common.Recorder->stop();

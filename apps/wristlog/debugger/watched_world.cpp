@@ -13,7 +13,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-class WatchedClock : public platform::Clock {
+class WatchedClock : public platform::Clock, public platform::EventSource {
  public:
   WatchedClock(platform::Clock& inner, platform::Clock& machine, double speed, std::function<void()> attend)
       : inner_(inner),
@@ -39,6 +39,9 @@ class WatchedClock : public platform::Clock {
     if (simulated_) keepPace();
     attend_();
   }
+
+  /// A wait for input passes this clock by, but not the events.
+  void serveEvents() override { simulated_ ? keepPace() : attend_(); }
 
  private:
   static constexpr milliseconds Slice{10};
@@ -76,9 +79,14 @@ class WatchedWorld : public platform::WrappedPlatform {
  public:
   WatchedWorld(const std::shared_ptr<platform::Platform>& world, platform::Clock& machine, double speed,
                std::function<void()> attend)
-      : WrappedPlatform(world), clock_(world->clock(), machine, speed, std::move(attend)) {}
+      : WrappedPlatform(world), clock_(world->clock(), machine, speed, std::move(attend)) {
+    addEventSource(clock_);
+  }
   /// Ends the library's objects first, since they may use the world while they end.
-  ~WatchedWorld() override { objects().clear(); }
+  ~WatchedWorld() override {
+    objects().clear();
+    removeEventSource(clock_);
+  }
   WatchedWorld(const WatchedWorld&) = delete;
   WatchedWorld& operator=(const WatchedWorld&) = delete;
 
