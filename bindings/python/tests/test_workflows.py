@@ -127,7 +127,7 @@ class Events(BenchCase):
             acknowledged: List[bool] = []
             main.on_abort = lambda: acknowledged.append(True)
             main.AbortComms()  # between workflows it does nothing
-            for waits in (1, 150, 300):
+            for waits in range(1, 701, 30):
                 main.on_wait = self.after(waits, main.AbortComms)
                 self.assertEqual(main.Retrieve(VIVID).code, ABORTED)
             self.assertTrue(acknowledged, "a transfer that is broken off says so")
