@@ -1,6 +1,7 @@
 #include "varden/decode/sample_decoder.h"
 
 #include <cstring>
+#include <random>
 
 #include "varden_support.h"
 
@@ -55,6 +56,35 @@ TEST(SampleDecoder, DecodesEachRecord) {
     decode(record, ("start@0 stop@60 start@120 " + std::string(row.Bytes)).c_str());
     EXPECT_EQ(std::to_string(decode.Result) + ":" + seriesOf(record), row.Outcome) << row.Name;
     EXPECT_EQ(record.WristStatusArray.empty(), row.Device == KR_TOLKA);
+  }
+}
+
+/// A status without a bit before each sample keeps samples from being decoded in runs, and changes nothing.
+TEST(SampleDecoder, DecodesARunAsItDecodesItsSamples) {
+  std::mt19937 random(1);
+  for (const LoggingMode& mode : LoggingModes) {
+    if (mode.Odd == Oddity::Undecodable) continue;
+    for (const unsigned lightBytes : {16, 33, 34}) {
+      Stream run("start@0"), samples("start@0");
+      for (int sample = 0; sample < 5000; ++sample) {
+        samples.status(0);
+        for (int byte = 0; byte < mode.recordLength(); ++byte) {
+          const bool first = byte < mode.activityBytes(), high = byte == mode.activityBytes();
+          const int value = static_cast<int>(random() % (first ? 253U : high ? lightBytes : 256U));
+          run.many(1, value), samples.many(1, value);
+        }
+      }
+      VardenRecord one = loggerRecord(mode.Device, mode.Mode), other = one;
+      Decoding decodeOne{.Diagnostic = true}, decodeOther{.Diagnostic = true};
+      decodeOne(one, run), decodeOther(other, samples);
+      EXPECT_EQ(decodeOne.Result, decodeOther.Result) << mode.Device << " " << mode.Mode;
+      EXPECT_EQ(one.Samples, other.Samples);
+      EXPECT_TRUE(one.ActivityArray == other.ActivityArray && one.LightArray == other.LightArray &&
+                  one.RedLightArray == other.RedLightArray && one.GreenLightArray == other.GreenLightArray &&
+                  one.BlueLightArray == other.BlueLightArray && one.MarkerArray == other.MarkerArray &&
+                  one.WristStatusArray == other.WristStatusArray)
+          << mode.Device << " " << mode.Mode;
+    }
   }
 }
 

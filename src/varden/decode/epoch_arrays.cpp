@@ -7,6 +7,9 @@
 namespace hy_wristlog {
 namespace {
 
+/// Few enough to be in the processor's cache still when they are stored.
+constexpr std::int64_t ElementsAhead = 1024;
+
 constexpr std::int32_t emptyElement(const ActivitySeries&) { return EmptyActivity; }
 constexpr float emptyElement(const LightSeries&) { return EmptyLight; }
 constexpr Tristate emptyElement(const TristateSeries&) { return Tristate::Empty; }
@@ -74,11 +77,14 @@ void EpochArrays::storeNoValue(SeriesSet set, std::int64_t index) {
 template <class Array>
 void EpochArrays::extend(Array& array, SeriesSet which, std::int64_t index) {
   if (!(held_ & which) || index < 0 || index > upperBound_) fault::raise(fault::Subscript);
+  const std::int64_t bound = upperBound_ + 1, needed = index + 1;
   const auto size = static_cast<std::int64_t>(array.size());
-  // Grows by more than is asked for, so that growing element by element does not copy each time.
-  const std::int64_t grown = std::min(upperBound_ + 1, std::max(index + 1, size + size / 4));
-  array.reserve(static_cast<std::size_t>(grown));
-  array.resize(static_cast<std::size_t>(grown), emptyElement(array));
+  // Room for more than is asked for, so that growing element by element does not copy each time.
+  if (static_cast<std::size_t>(needed) > array.capacity())
+    array.reserve(static_cast<std::size_t>(std::min(bound, std::max(needed, size + size / 4))));
+  const std::int64_t ahead =
+      std::min({bound, size + ElementsAhead, static_cast<std::int64_t>(array.capacity())});
+  array.resize(static_cast<std::size_t>(std::max(needed, ahead)), emptyElement(array));
 }
 
 template void EpochArrays::extend(ActivitySeries&, SeriesSet, std::int64_t);

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "varden/record.h"
 #include "varden/series_set.h"
@@ -38,6 +39,14 @@ class EpochArrays {
     return array[static_cast<std::size_t>(index)];
   }
 
+  /// The `count` elements of one array from `index` on, to be stored. Raises what `at` raises.
+  template <SeriesSet Which>
+  auto run(std::int64_t index, std::int64_t count) {
+    auto& array = arrayOf<Which>();
+    if (static_cast<std::size_t>(index + count) > array.size()) extend(array, Which, index + count - 1);
+    return std::span(array).subspan(static_cast<std::size_t>(index), static_cast<std::size_t>(count));
+  }
+
   /// Stores -1 in the activity and light arrays of `set`.
   void storeNoValue(SeriesSet set, std::int64_t index);
 
@@ -62,6 +71,7 @@ class EpochArrays {
       return record_.WristStatusArray;
   }
 
+  /// Gives the array an element `index`, and some more after it.
   template <class Array>
   void extend(Array& array, SeriesSet which, std::int64_t index);
   template <class Do>

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "varden/decode/decode_walk.h"
 
@@ -31,23 +33,31 @@ class SampleDecoder {
   /// cut short, was made in a dock, or is out of range (Decode_Physio_Decode_Error or
   /// Decode_OverflowOccurred). Raises OutOfRange for a mode that cannot be decoded.
   void decode();
+  /// Decodes the samples that follow the one of `decode`, many at a time, and moves index and position after
+  /// them. It stops before all that is more than values to be stored: a mark, a value out of range, the
+  /// position `end`, the end of the bytes or of the arrays. In a dock it does nothing.
+  void decodeRun(std::int64_t end);
 
  private:
+  const std::uint8_t* recordAt(std::int64_t position) const { return walk_.Raw.data() + position; }
   const std::uint8_t* takeRecord();
   void storeActivity(const std::uint8_t* record);
   void storeLight(const std::uint8_t* record);
   void storeColours(const std::uint8_t* bytes);
   float lux(const std::uint8_t* bytes);
-  float colour(std::int32_t exponent);
   float single(double value);
-  bool blankedByDock();
+  bool inDock() const;
+
+  std::int64_t plainRecords(std::int64_t most) const;
+  void storeRun(std::int64_t count);
+  template <SeriesSet Which, class ValueOf>
+  void storeRun(std::int64_t count, const ValueOf& valueOf);
 
   DecodeWalk& walk_;
   const LoggingMode mode_;
   const std::int32_t recordLength_, lightAt_;
   ActivityScale activityScale_;
-  double colourFactor_;
-  double colourDivisor_;
+  std::span<const float> lightScale_;
 };
 
 }  // namespace hy_wristlog

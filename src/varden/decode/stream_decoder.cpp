@@ -144,8 +144,9 @@ void StreamDecoder::handleStatus() {
 void StreamDecoder::handleSample() {
   if (walk_.Stop || !walk_.Acquiring) return;
   samples_->decode();
-  walk_.LastSample = walk_.timeOf(walk_.Index);
   ++walk_.Index;
+  if (!walk_.Stop) samples_->decodeRun(barrier_ ? OldFirmwareBarrier : walk_.Length);
+  walk_.LastSample = walk_.timeOf(walk_.Index - 1);
 }
 
 void StreamDecoder::handleStray() {
