@@ -2,8 +2,11 @@
 
 #include <random>
 
+#include "base/inside.h"
 #include "errors/GlobalState.h"
+#include "hy_wristlog/Class_VardenLogger.h"
 #include "platform/platform.h"
+#include "recording/series_csv.h"
 #include "simulator/simulated_world.h"
 #include "varden/VardenLogger.h"
 
@@ -29,34 +32,50 @@ void fill(VardenRecord& record, int mode) {
   record.RawData = std::move(bytes);
 }
 
-/// The bytes are written to a real disk.
+/// The bytes are written to a real disk. `save` writes a file of the logger.
 template <class Save>
 void saveOneMebibyte(benchmark::State& state, int mode, const Save& save) {
   auto world = std::make_shared<simulator::SimulatedWorld>();
   const platform::WorldScope scope(world);
   globals().LongDateTimeFormat = "dddd, MMMM dd, yyyy h:mm:ss AMPM";
   globals().ShortDateTimeFormat = "M/d/yyyy h:mm:ss AMPM";
-  VardenLogger logger;
+  Class_VardenLogger face;
+  VardenLogger& logger = Inside::of(face);
   fill(logger.record, mode);
+  bool lowBattery = false;
+  logger.fncDecodeDataArrays(lowBattery, std::nullopt, true);
   const std::string path = world->rootFolder() + "/file.csv";
-  for (auto _ : state) save(logger, path);
-  state.counters["file_MiB"] =
-      static_cast<double>(platform::current().files().read(path).size()) / static_cast<double>(MostBytes);
+  for (auto _ : state) save(face, path);
+  const auto bytes = static_cast<std::int64_t>(platform::current().files().read(path).size());
+  state.counters["file_MiB"] = static_cast<double>(bytes) / static_cast<double>(MostBytes);
+  state.SetBytesProcessed(state.iterations() * bytes);
 }
 
 void rawDump(benchmark::State& state) {
-  saveOneMebibyte(state, VardenMode_ActivityOnly,
-                  [](VardenLogger& logger, const std::string& path) { logger.subSaveRawDataToFile(path); });
+  saveOneMebibyte(state, VardenMode_ActivityOnly, [](Class_VardenLogger& logger, const std::string& path) {
+    Inside::of(logger).subSaveRawDataToFile(path);
+  });
 }
 
 void decodedReport(benchmark::State& state) {
-  saveOneMebibyte(state, static_cast<int>(state.range(0)), [](VardenLogger& logger, const std::string& path) {
-    logger.subSaveDecodedDataToFile(path);
-  });
+  saveOneMebibyte(state, static_cast<int>(state.range(0)),
+                  [](Class_VardenLogger& logger, const std::string& path) {
+                    Inside::of(logger).subSaveDecodedDataToFile(path);
+                  });
+}
+
+void seriesCsv(benchmark::State& state) {
+  saveOneMebibyte(state, static_cast<int>(state.range(0)),
+                  [](const Class_VardenLogger& logger, const std::string& path) {
+                    const auto file = platform::current().files().create(path);
+                    wristlog::addSeriesCsv(*file, logger);
+                    file->finish();
+                  });
 }
 
 BENCHMARK(rawDump)->Unit(benchmark::kMillisecond);
 BENCHMARK(decodedReport)->DenseRange(1, 5)->Unit(benchmark::kMillisecond);
+BENCHMARK(seriesCsv)->DenseRange(1, 5)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace hy_wristlog

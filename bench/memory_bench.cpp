@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -84,8 +85,13 @@ void save(const Worst& worst, const std::filesystem::path& folder) {
       << Class_Tools::fncConvertByteArrayToHexString(block.image()) << "\r\n";
 }
 
-/// Runs the program to its end; gives the most memory that it ever had, in MiB, or -1 when it failed.
-double peakOf(std::vector<std::string> arguments) {
+struct Need {
+  double MiB = -1;  ///< the most memory that it ever had
+  double Seconds = -1;
+};
+
+/// Runs the program to its end. -1 stands for a failure.
+Need needOf(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), WRISTLOG_PROGRAM);
   std::vector<char*> raw;
   for (std::string& argument : arguments) raw.push_back(argument.data());
@@ -95,15 +101,18 @@ double peakOf(std::vector<std::string> arguments) {
   posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
   posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
   pid_t child = 0;
+  const auto start = std::chrono::steady_clock::now();
   const bool begun = posix_spawn(&child, WRISTLOG_PROGRAM, &actions, nullptr, raw.data(), environ) == 0;
   posix_spawn_file_actions_destroy(&actions);
   int status = -1;
   rusage usage{};
-  if (!begun || wait4(child, &status, 0, &usage) != child || status != 0) return -1;
-  return static_cast<double>(usage.ru_maxrss) / 1024;
+  if (!begun || wait4(child, &status, 0, &usage) != child || status != 0) return {};
+  return {static_cast<double>(usage.ru_maxrss) / 1024,
+          std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count()};
 }
 
-/// The program's memory at its height; at most 256 MiB for a recording of 1 MiB, whatever it holds.
+/// The program's time, and its memory at its height: at most 256 MiB for a recording of 1 MiB, whatever it
+/// holds.
 void peakMemory(benchmark::State& state) {
   const Worst& worst = Recordings[state.range(0)];
   const auto folder = std::filesystem::temp_directory_path() / ("wristlog-bench-" + std::to_string(getpid()));
@@ -113,9 +122,14 @@ void peakMemory(benchmark::State& state) {
   std::vector<std::string> decode{"decode", "--config", ini, "--raw", in, "--out", folder / "out", "--force"};
   if (worst.GapDays > 30) decode.emplace_back("--diagnostic");
   for (auto _ : state) {
-    state.counters["decode_MiB"] = peakOf(decode);
-    state.counters["report_MiB"] = peakOf({"report", folder, "--out", folder / "report.csv", "--force"});
-    state.counters["dump_MiB"] = peakOf({"raw", "dump", folder, "--out", folder / "bytes.csv", "--force"});
+    const auto measure = [&](const std::string& name, const std::vector<std::string>& arguments) {
+      const Need need = needOf(arguments);
+      state.counters[name + "_MiB"] = need.MiB;
+      state.counters[name + "_s"] = need.Seconds;
+    };
+    measure("decode", decode);
+    measure("report", {"report", folder, "--out", folder / "report.csv", "--force"});
+    measure("dump", {"raw", "dump", folder, "--out", folder / "bytes.csv", "--force"});
   }
   state.SetLabel(worst.Name);
   std::filesystem::remove_all(folder);

@@ -56,15 +56,9 @@ std::string generalText(double value, int digits) {
   return asciiUpper(std::string(text.data(), end));
 }
 
-std::string padded(std::int64_t value, std::size_t width) {
-  std::string text = std::to_string(value);
-  if (text.size() < width) text.insert(0, width - text.size(), '0');
-  return text;
-}
-
-std::string dayOrMonth(std::int32_t number, std::string_view name, std::size_t length) {
-  if (length <= 2) return padded(number, length);
-  return std::string(length == 3 ? name.substr(0, 3) : name);
+/// The name of a day or a month, or its first three letters.
+void appendName(std::string& text, std::string_view name, std::size_t length) {
+  text += length == 3 ? name.substr(0, 3) : name;
 }
 
 std::string generalDate(double date, const CivilTime& time) {
@@ -74,33 +68,37 @@ std::string generalDate(double date, const CivilTime& time) {
   return formatDate(date, "m/d/yyyy h:nn:ss AMPM");
 }
 
-std::string dateField(double date, const CivilTime& time, char letter, std::size_t length, bool halfDays) {
+void appendDateField(std::string& text, double date, const CivilTime& time, char letter, std::size_t length,
+                     bool halfDays) {
   switch (letter) {
     case 'd':
-      return dayOrMonth(time.Day, DayNames[static_cast<std::size_t>(weekday(date))], length);
+      if (length <= 2) return appendDigits(text, time.Day, length);
+      return appendName(text, DayNames[static_cast<std::size_t>(weekday(date))], length);
     case 'm':
-      return dayOrMonth(time.Month, MonthNames[static_cast<std::size_t>(time.Month - 1)], length);
+      if (length <= 2) return appendDigits(text, time.Month, length);
+      return appendName(text, MonthNames[static_cast<std::size_t>(time.Month - 1)], length);
     case 'y':
-      if (length == 1) return padded(secondsBetween(dateSerial(time.Year, 1, 1), date) / DaySeconds + 1, 1);
-      return length == 2 ? padded(time.Year % 100, 2) : padded(time.Year, 4);
+      if (length == 1)
+        return appendDigits(text, secondsBetween(dateSerial(time.Year, 1, 1), date) / DaySeconds + 1);
+      return length == 2 ? appendDigits(text, time.Year % 100, 2) : appendDigits(text, time.Year, 4);
     case 'h':
-      return padded(halfDays ? (time.Hour + 11) % 12 + 1 : time.Hour, length);
+      return appendDigits(text, halfDays ? (time.Hour + 11) % 12 + 1 : time.Hour, length);
     case 'n':
-      return padded(time.Minute, length);
+      return appendDigits(text, time.Minute, length);
     case 's':
-      return padded(time.Second, length);
+      return appendDigits(text, time.Second, length);
     case 't':
-      return formatDate(date, LongTime);
+      text += formatDate(date, LongTime);
+      return;
     default:
-      return generalDate(date, time);
+      text += generalDate(date, time);
   }
 }
 
-std::string halfDay(std::int32_t hour, std::string_view mark) {
+void appendHalfDay(std::string& text, std::int32_t hour, std::string_view mark) {
   const bool lower = mark.front() == 'a' && mark.find('/') != std::string_view::npos;
-  std::string text = hour < 12 ? "AM" : "PM";
-  if (mark.size() == 3) text.pop_back();
-  return lower ? asciiLower(text) : text;
+  text += hour < 12 ? (lower ? 'a' : 'A') : (lower ? 'p' : 'P');
+  if (mark.size() != 3) text += lower ? 'm' : 'M';
 }
 
 /// Decimal digits d1 d2 d3 ... with the value 0.d1d2d3... times ten to the `Point`.
@@ -220,22 +218,60 @@ DateFormat::DateFormat(std::string_view pattern) {
 }
 
 std::string DateFormat::operator()(double date) const {
-  const CivilTime time = civilFromDate(date);
   std::string text;
-  for (const Token& token : tokens_) {
+  append(text, date);
+  return text;
+}
+
+void DateFormat::append(std::string& text, double date) const {
+  append(text, date, civilFromDate(date), 0, tokens_.size());
+}
+
+void DateFormat::append(std::string& text, double date, const CivilTime& time, std::size_t from,
+                        std::size_t to) const {
+  for (; from < to; ++from) {
+    const Token& token = tokens_[from];
     switch (token.What) {
       case Token::Kind::Literal:
         text += token.Text;
         break;
       case Token::Kind::HalfDay:
-        text += halfDay(time.Hour, token.Text);
+        appendHalfDay(text, time.Hour, token.Text);
         break;
       case Token::Kind::Field:
-        text += dateField(date, time, token.Letter, token.Length, halfDays_);
+        appendDateField(text, date, time, token.Letter, token.Length, halfDays_);
         break;
     }
   }
-  return text;
+}
+
+bool DateFormat::Token::variesWithinHour() const {
+  return What == Kind::Field && std::string_view("nstc").find(Letter) != std::string_view::npos;
+}
+
+DateSequence::DateSequence(std::string_view pattern) : format_(pattern), to_(format_.tokens_.size()) {
+  const auto& tokens = format_.tokens_;
+  while (from_ < to_ && !tokens[from_].variesWithinHour()) ++from_;
+  while (to_ > from_ && !tokens[to_ - 1].variesWithinHour()) --to_;
+}
+
+void DateSequence::append(std::string& text, double date) {
+  constexpr std::int64_t HourSeconds = 3600;
+  const std::int64_t second = secondsBetween(0, date), hour = second / HourSeconds;
+  if (hour != hour_ || second < 0) {
+    time_ = civilFromDate(date);
+    hour_ = hour;
+    head_.clear();
+    tail_.clear();
+    format_.append(head_, date, time_, 0, from_);
+    format_.append(tail_, date, time_, to_, format_.tokens_.size());
+  } else {
+    time_.Minute = static_cast<std::int32_t>(second / 60 % 60);
+    time_.Second = static_cast<std::int32_t>(second % 60);
+  }
+  text += head_;
+  format_.append(text, date, time_, from_, to_);
+  text += tail_;
 }
 
 std::string formatDate(double date, std::string_view pattern) { return DateFormat(pattern)(date); }
@@ -263,7 +299,16 @@ NumberFormat::NumberFormat(std::string_view pattern) {
 }
 
 std::string NumberFormat::operator()(double value) const {
-  if (!std::isfinite(value)) return textOf(value);
+  std::string text;
+  append(text, value);
+  return text;
+}
+
+void NumberFormat::append(std::string& text, double value) const {
+  if (!std::isfinite(value)) {
+    text += textOf(value);
+    return;
+  }
   Decimal decimal = decimalOf(value);
   const auto places = static_cast<std::int64_t>(fractionPlaces_);
   std::int64_t exponent = 0;
@@ -278,16 +323,15 @@ std::string NumberFormat::operator()(double value) const {
     decimal.roundTo(places);
   }
 
-  std::string text = decimal.Negative && !decimal.isZero() ? "-" : "";
+  if (decimal.Negative && !decimal.isZero()) text += '-';
   text += prefix_;
   appendWhole(text, decimal, leastWhole_);
   appendFraction(text, decimal, fractionPlaces_, leastFraction_);
   if (exponent_) {
     text += exponent < 0 ? "E-" : exponentPlus_ ? "E+" : "E";
-    text += padded(std::abs(exponent), exponentDigits_);
+    appendDigits(text, std::abs(exponent), exponentDigits_);
   }
   text += suffix_;
-  return text;
 }
 
 std::string formatNumber(double value, std::string_view pattern) { return NumberFormat(pattern)(value); }
@@ -297,6 +341,19 @@ std::string upperHex(std::uint64_t value, std::size_t digits) {
   char* const end = std::to_chars(hex.data(), hex.data() + hex.size(), value, 16).ptr;
   const std::string text = asciiUpper(std::string(hex.data(), end));
   return text.size() < digits ? std::string(digits - text.size(), '0') + text : text;
+}
+
+void appendDigits(std::string& text, std::int64_t value, std::size_t least) {
+  if (value >= 0 && value < 100 && least <= 2) {
+    if (value >= 10 || least == 2) text += static_cast<char>('0' + value / 10);
+    text += static_cast<char>('0' + value % 10);
+    return;
+  }
+  std::array<char, 20> digits;
+  const auto length = static_cast<std::size_t>(
+      std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr - digits.data());
+  if (length < least) text.append(least - length, '0');
+  text.append(digits.data(), length);
 }
 
 std::string textOf(double value) { return generalText(value, 15); }

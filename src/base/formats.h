@@ -2,9 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "base/dates.h"
 
 /// Dates and numbers as text, by pattern.
 namespace hy_wristlog {
@@ -23,13 +26,19 @@ std::string formatNumber(double value, std::string_view pattern);
 /// Upper-case hexadecimal digits, at least `digits` of them, filled with leading zeros.
 std::string upperHex(std::uint64_t value, std::size_t digits);
 
+/// Decimal digits, at least `least` of them, filled with leading zeros.
+void appendDigits(std::string& text, std::int64_t value, std::size_t least = 1);
+
 /// A pattern of `formatDate`, parsed once for many dates.
 class DateFormat {
  public:
   explicit DateFormat(std::string_view pattern);
   std::string operator()(double date) const;
+  void append(std::string& text, double date) const;
 
  private:
+  friend class DateSequence;
+
   /// A field letter (lower case, with the length of its run), a half-day mark, or text that stands for
   /// itself.
   struct Token {
@@ -37,10 +46,28 @@ class DateFormat {
     std::string Text;  ///< the literal, or the mark as it stands in the pattern
     char Letter = 0;
     std::size_t Length = 0;
+
+    bool variesWithinHour() const;
   };
+  void append(std::string& text, double date, const CivilTime& time, std::size_t from, std::size_t to) const;
 
   std::vector<Token> tokens_;
   bool halfDays_ = false;
+};
+
+/// A pattern for dates that come in their order: what stays the same within an hour is made once.
+class DateSequence {
+ public:
+  explicit DateSequence(std::string_view pattern);
+  /// Appends what DateFormat gives.
+  void append(std::string& text, double date);
+
+ private:
+  DateFormat format_;
+  std::size_t from_ = 0, to_ = 0;  ///< the tokens that vary within an hour
+  std::int64_t hour_ = std::numeric_limits<std::int64_t>::min();
+  CivilTime time_;
+  std::string head_, tail_;
 };
 
 /// A pattern of `formatNumber`, parsed once for many numbers.
@@ -48,6 +75,7 @@ class NumberFormat {
  public:
   explicit NumberFormat(std::string_view pattern);
   std::string operator()(double value) const;
+  void append(std::string& text, double value) const;
 
  private:
   std::string prefix_, suffix_;

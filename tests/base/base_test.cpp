@@ -105,7 +105,15 @@ TEST(Formats, Dates) {
       {evening, "ss.000", "09.000"}, {evening, "\\d\\a\\y \"hour\" h\\", "day hour 21"}, {evening, "\"open", "open"},
       {evening, "", ""}, {dateFromCivil({105, 1, 2, 0, 0, 0}), "yyyy yy", "0105 05"}};
   // clang-format on
-  for (const auto& [date, pattern, text] : cases) EXPECT_EQ(formatDate(date, pattern), text) << pattern;
+  for (const auto& [date, pattern, text] : cases) {
+    EXPECT_EQ(formatDate(date, pattern), text) << pattern;
+    DateSequence sequence(pattern);
+    for (const double second : {0.0, 15.0, 60.0, 3600.0, 3585.0, -7200.0, 90000.0, 90001.0, -1e6, -1e6 + 1}) {
+      std::string appended = "> ";
+      sequence.append(appended, date + second / SecondsPerDay);
+      EXPECT_EQ(appended, "> " + formatDate(date + second / SecondsPerDay, pattern)) << pattern << second;
+    }
+  }
 }
 
 TEST(Formats, Numbers) {

@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "base/dates.h"
+#include "base/formats.h"
+#include "base/text_memo.h"
 #include "engineering/recording.h"
 #include "engineering/zones.h"
 
@@ -20,26 +22,41 @@ namespace platform = hy_wristlog::platform;
 
 namespace {
 
-template <class Number>
-void append(std::string& text, Number value) {
+/// The file gets its text in pieces of about this size.
+constexpr std::size_t Piece = 65536;
+constexpr std::int64_t DaySeconds = 24 * 60 * 60;
+
+void appendTwo(std::string& text, std::int64_t value) { hw::appendDigits(text, value, 2); }
+
+/// Light is written with as few digits as tell it from every other single.
+void appendLight(std::string& text, float value) {
   char digits[32];
   text.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 
-void appendTwo(std::string& text, std::int64_t value) {
-  if (value < 10) text += '0';
-  append(text, value);
-}
+/// The cells of a column.
+template <class Element>
+struct Cells;
 
-void appendCell(std::string& text, std::int32_t value) {
-  if (value >= 0) append(text, value);
-}
-void appendCell(std::string& text, hw::Tristate value) {
-  if (value != hw::Tristate::Empty) text += value == hw::Tristate::True ? '1' : '0';
-}
-void appendCell(std::string& text, float value) {
-  if (std::isfinite(value) && value >= 0) append(text, value);
-}
+template <>
+struct Cells<std::int32_t> {
+  void append(std::string& text, std::int32_t value) {
+    if (value >= 0) hw::appendDigits(text, value);
+  }
+};
+template <>
+struct Cells<hw::Tristate> {
+  void append(std::string& text, hw::Tristate value) {
+    if (value != hw::Tristate::Empty) text += value == hw::Tristate::True ? '1' : '0';
+  }
+};
+template <>
+struct Cells<float> {
+  hw::TextMemo Memo;
+  void append(std::string& text, float value) {
+    if (std::isfinite(value) && value >= 0) Memo.append(text, value, appendLight);
+  }
+};
 
 std::string offsetText(std::int32_t minutes) {
   std::string text(1, minutes < 0 ? '-' : '+');
@@ -52,23 +69,38 @@ std::string offsetText(std::int32_t minutes) {
 /// Seconds since the day count's day 0.
 std::int64_t secondsOf(double date) { return std::llround(date * hw::SecondsPerDay); }
 
-void appendTime(std::string& text, std::int64_t seconds) {
-  using namespace std::chrono;
-  const auto days = floor<std::chrono::days>(std::chrono::seconds(seconds));
-  const year_month_day date{sys_days(days) - std::chrono::days(static_cast<int>(hw::UnixEpochDate))};
-  const std::int64_t second = (std::chrono::seconds(seconds) - days).count();
-  append(text, static_cast<int>(date.year()));
-  text += '-';
-  appendTwo(text, static_cast<unsigned>(date.month()));
-  text += '-';
-  appendTwo(text, static_cast<unsigned>(date.day()));
-  text += 'T';
-  appendTwo(text, second / 3600);
-  text += ':';
-  appendTwo(text, second / 60 % 60);
-  text += ':';
-  appendTwo(text, second % 60);
-}
+/// Writes times that come in their order; each day is written once.
+class Times {
+ public:
+  void append(std::string& text, std::int64_t seconds) {
+    const std::int64_t day = seconds / DaySeconds - (seconds % DaySeconds < 0 ? 1 : 0);
+    if (day != day_ || date_.empty()) newDay(day);
+    const std::int64_t second = seconds - day * DaySeconds;
+    text += date_;
+    appendTwo(text, second / 3600);
+    text += ':';
+    appendTwo(text, second / 60 % 60);
+    text += ':';
+    appendTwo(text, second % 60);
+  }
+
+ private:
+  void newDay(std::int64_t day) {
+    using namespace std::chrono;
+    const year_month_day date{sys_days(days(day - static_cast<int>(hw::UnixEpochDate)))};
+    day_ = day;
+    date_.clear();
+    hw::appendDigits(date_, static_cast<int>(date.year()));
+    date_ += '-';
+    appendTwo(date_, static_cast<unsigned>(date.month()));
+    date_ += '-';
+    appendTwo(date_, static_cast<unsigned>(date.day()));
+    date_ += 'T';
+  }
+
+  std::int64_t day_ = 0;
+  std::string date_;
+};
 
 /// Appends one column's cell of a row.
 using Column = std::function<void(std::string& text, std::size_t row)>;
@@ -79,10 +111,11 @@ class Columns {
   void add(const char* name, const Series& series) {
     if (series.empty()) return;
     heading_ += std::string(",") + name;
-    columns_.push_back([&series](std::string& text, std::size_t row) {
-      text += ',';
-      if (row < series.size()) appendCell(text, series[row]);
-    });
+    columns_.push_back(
+        [&series, cells = Cells<typename Series::value_type>()](std::string& text, std::size_t row) mutable {
+          text += ',';
+          if (row < series.size()) cells.append(text, series[row]);
+        });
   }
 
   const std::string& heading() const { return heading_; }
@@ -110,6 +143,7 @@ void addRows(platform::NewFile& file, const Columns& columns, const Logger& logg
       engineering::offsetPeriods(logger, startDate, static_cast<double>(timeOf(samples)) / hw::SecondsPerDay);
   auto next = periods.begin();
   std::int32_t offset = 0;
+  Times localTimes, utcTimes;
   std::string suffix, text;
   for (std::size_t row = 0; row < samples; ++row) {
     const std::int64_t utc = timeOf(row);
@@ -117,16 +151,18 @@ void addRows(platform::NewFile& file, const Columns& columns, const Logger& logg
       offset = next->Minutes;
       suffix = offsetText(offset);
     }
-    appendTime(text, utc + std::int64_t{offset} * 60);
+    localTimes.append(text, utc + std::int64_t{offset} * 60);
     text += suffix;
     text += ',';
-    appendTime(text, utc);
+    utcTimes.append(text, utc);
     text += 'Z';
     columns.appendRow(text, row);
     text += '\n';
+    if (text.size() < Piece) continue;
     file.add(text);
     text.clear();
   }
+  file.add(text);
 }
 
 }  // namespace

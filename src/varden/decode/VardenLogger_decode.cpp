@@ -18,7 +18,7 @@ constexpr const char* Module = "Class_VardenLogger";
 
 DecodeOptions optionsOfThisWorld(bool diagnostic) {
   return {diagnostic, Class_TimeZoneTools::fncGetGMTTime(),
-          [pattern = globals().ShortDateTimeFormat](double date) { return formatDate(date, pattern); },
+          [format = DateFormat(globals().ShortDateTimeFormat)](double date) { return format(date); },
           [](std::string_view title, std::string_view text) {
             platform::current().host().showMessageBox(title, text,
                                                       static_cast<std::int32_t>(MessageBoxButton::Ok));

@@ -11,12 +11,16 @@ namespace hy_wristlog {
 DataFile::DataFile(std::string_view path) : path_(nativePath(path)) {}
 
 DataFile& DataFile::field(std::string_view value) {
-  if (inLine_) text_ += ',';
-  inLine_ = true;
-  text_ += '"';
+  beginField();
   text_ += value;
   text_ += '"';
   return *this;
+}
+
+void DataFile::beginField() {
+  if (inLine_) text_ += ',';
+  inLine_ = true;
+  text_ += '"';
 }
 
 DataFile& DataFile::plain(std::string_view text) {
@@ -34,7 +38,7 @@ void DataFile::endLine() {
   text_ += "\r\n";
   inLine_ = false;
   if (text_.size() < Piece) return;
-  settled_ = true;  // Behind a failure here nothing is kept.
+  settled_ = true;  // After a failure here nothing is kept.
   withFileFaults(path_, [&] { file().add(text_); });
   settled_ = false;
   text_.clear();

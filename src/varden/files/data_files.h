@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -26,6 +27,14 @@ class DataFile {
 
   /// Adds a field to the line, in quotes.
   DataFile& field(std::string_view value);
+  /// Adds a field that `append` writes at the end of the text that it gets.
+  template <class Append>
+  requires std::invocable<const Append&, std::string&> DataFile& field(const Append& append) {
+    beginField();
+    append(text_);
+    text_ += '"';
+    return *this;
+  }
   /// Adds text as it stands to the line.
   DataFile& plain(std::string_view text);
   /// Raises what `save` raises.
@@ -45,6 +54,7 @@ class DataFile {
   void leave();
 
  private:
+  void beginField();
   platform::NewFile& file();
   void finish();
 

@@ -22,15 +22,26 @@ constexpr std::string_view AddressLabel = "Address";
 /// The most characters of a wrong value that a failure's description shows.
 constexpr std::size_t Excerpt = 40;
 
+void appendAddress(std::string& text, std::int64_t index) {
+  constexpr char HexadecimalDigits[] = "0123456789ABCDEF";
+  // From 1 MiB on an address has more digits.
+  constexpr int LeastDigits = 5;
+  int digits = LeastDigits;
+  while (index >> 4 * digits != 0) ++digits;
+  while (digits-- > 0) text += HexadecimalDigits[index >> 4 * digits & 15];
+  text += " (";
+  appendDigits(text, index);
+  text += ')';
+}
+
 void addBytes(DataFile& file, const ByteArray& raw, std::int64_t last) {
   const NumberFormat format("##0");
   std::array<std::string, 256> texts;
   for (std::size_t byte = 0; byte < texts.size(); ++byte) texts[byte] = format(static_cast<double>(byte));
-  // From 1 MiB on an address has more digits.
-  constexpr std::size_t AddressDigits = 5;
-  for (std::int64_t index = 0; index <= last; ++index)
-    file.line(upperHex(static_cast<std::uint64_t>(index), AddressDigits) + " (" + std::to_string(index) + ")",
-              texts[fault::at(raw, index)]);
+  for (std::int64_t index = 0; index <= last; ++index) {
+    file.field([index](std::string& text) { appendAddress(text, index); });
+    file.line(texts[fault::at(raw, index)]);
+  }
 }
 
 std::string_view takeLine(std::string_view& text) {

@@ -8,6 +8,7 @@
 #include "base/dates.h"
 #include "base/faults.h"
 #include "base/formats.h"
+#include "base/text_memo.h"
 #include "errors/GlobalState.h"
 #include "errors/Procedure.h"
 #include "varden/VardenLogger.h"
@@ -136,22 +137,26 @@ class Cells {
     if (*column.Format != '\0') format_.emplace(column.Format);
   }
 
-  std::string at(std::int64_t index) const {
+  void append(std::string& text, std::int64_t index) {
+    const auto formatted = [this](std::string& to, auto number) { format_->append(to, number); };
     if (column_.Counts != nullptr) {
       const std::int32_t counts = fault::at(record_.*column_.Counts, index);
-      return counts == EmptyActivity ? std::string() : (*format_)(counts);
+      if (counts != EmptyActivity) memo_.append(text, counts, formatted);
+    } else if (column_.Light == nullptr) {
+      text += fault::at(record_.WristStatusArray, index) == Tristate::True ? "Off" : "On";
+    } else if (const float value = fault::at(record_.*column_.Light, index); !std::isnan(value)) {
+      if (format_)
+        memo_.append(text, value, formatted);
+      else
+        memo_.append(text, value, [](std::string& to, float single) { to += textOfSingle(single); });
     }
-    if (column_.Light == nullptr)
-      return fault::at(record_.WristStatusArray, index) == Tristate::True ? "Off" : "On";
-    const float value = fault::at(record_.*column_.Light, index);
-    if (std::isnan(value)) return {};
-    return format_ ? (*format_)(double{value}) : textOfSingle(value);
   }
 
  private:
   const Column& column_;
   const VardenRecord& record_;
   std::optional<NumberFormat> format_;
+  TextMemo memo_;
 };
 
 double localStart(const VardenRecord& record) {
@@ -177,17 +182,15 @@ void addRows(DataFile& file, const VardenRecord& record, const std::vector<Colum
   for (const Column& column : columns) file.field(column.Heading);
   file.endLine();
   if (record.Samples > 0 && record.EpochLength == 0) fault::raise(fault::DivisionByZero);
-  const DateFormat date(globals().ShortDateTimeFormat);
-  const std::vector<Cells> cells = [&] {
-    std::vector<Cells> made;
-    made.reserve(columns.size());
-    for (const Column& column : columns) made.emplace_back(column, record);
-    return made;
-  }();
+  DateSequence dates(globals().ShortDateTimeFormat);
+  std::vector<Cells> cells;
+  cells.reserve(columns.size());
+  for (const Column& column : columns) cells.emplace_back(column, record);
   const double start = localStart(record), epochsPerDay = SecondsPerDay / record.EpochLength;
   for (std::int64_t index = 0; index < record.Samples; ++index) {
-    file.field(date(start + static_cast<double>(index) / epochsPerDay));
-    for (const Cells& cell : cells) file.field(cell.at(index));
+    file.field(
+        [&](std::string& text) { dates.append(text, start + static_cast<double>(index) / epochsPerDay); });
+    for (Cells& cell : cells) file.field([&](std::string& text) { cell.append(text, index); });
     file.endLine();
   }
 }
