@@ -36,7 +36,7 @@ constexpr std::string_view Lines[] = {
     "name # AcquisitionMode",
     "info # #",
     "documentation # #",
-    "query # #",
+    "query # # #",
     "points #",
     "take # #",
     "release #"};
@@ -52,7 +52,8 @@ const HyGuid Interfaces[] = {HY_IID_UNKNOWN,
                              HY_IID_CONNECTION_POINT_CONTAINER,
                              HY_IID_PROVIDE_CLASS_INFO,
                              HY_IID_TYPE_INFO,
-                             HY_GUID_NULL};
+                             HY_GUID_NULL,
+                             HY_IID_SERIES_READER};
 
 constexpr HyResult KnownResults[] = {HY_S_OK,
                                      HY_S_FALSE,
@@ -314,9 +315,15 @@ class Script {
   }
   void query(HyDispatch* object, const Line& line) {
     void* found = nullptr;
-    if (known(object->lpVtbl->QueryInterface(object, &Interfaces[index(line, 2, std::size(Interfaces))],
-                                             &found)) == HY_S_OK)
-      static_cast<HyUnknown*>(found)->lpVtbl->Release(static_cast<HyUnknown*>(found));
+    const HyGuid& asked = Interfaces[index(line, 2, std::size(Interfaces))];
+    if (known(object->lpVtbl->QueryInterface(object, &asked, &found)) != HY_S_OK) return;
+    if (&asked == std::end(Interfaces) - 1) {
+      auto* reader = static_cast<HySeriesReader*>(found);
+      HyVariant series{};
+      known(reader->lpVtbl->ReadSeries(reader, static_cast<std::int32_t>(line.number(3)), &series));
+      hyVariantClear(&series);
+    }
+    static_cast<HyUnknown*>(found)->lpVtbl->Release(static_cast<HyUnknown*>(found));
   }
   void points(HyDispatch* object) {
     void* found = nullptr;

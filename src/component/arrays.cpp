@@ -26,22 +26,35 @@ void store(HyVariant& to, Tristate element) {
   to.boolVal = element == Tristate::True ? HY_TRUE : HY_FALSE;
 }
 
-/// With all elements empty.
-HyArray* newVariants(std::size_t count, std::int32_t lowerBound) {
+/// With all bytes 0.
+HyArray* newElements(std::size_t count, std::size_t size, std::uint16_t features, std::int32_t lowerBound) {
   if (count > MostElements) throw std::bad_alloc();
   auto* array = static_cast<HyArray*>(std::calloc(1, sizeof(HyArray)));
-  void* elements = std::calloc(count > 0 ? count : 1, sizeof(HyVariant));
+  void* elements = std::calloc(count > 0 ? count : 1, size);
   if (array == nullptr || elements == nullptr) {
     std::free(array);
     std::free(elements);
     throw std::bad_alloc();
   }
   array->cDims = 1;
-  array->fFeatures = HY_FADF_VARIANT;
-  array->cbElements = sizeof(HyVariant);
+  array->fFeatures = features;
+  array->cbElements = static_cast<std::uint32_t>(size);
   array->pvData = elements;
   array->rgsabound[0] = {static_cast<std::uint32_t>(count), lowerBound};
   return array;
+}
+
+/// With all elements empty.
+HyArray* newVariants(std::size_t count, std::int32_t lowerBound) {
+  return newElements(count, sizeof(HyVariant), HY_FADF_VARIANT, lowerBound);
+}
+
+template <class Series>
+void putElements(HyVariant& to, std::uint16_t type, const Series& series) {
+  constexpr std::size_t Size = sizeof(typename Series::value_type);
+  to.parray = newElements(series.size(), Size, 0, 0);
+  to.vt = static_cast<std::uint16_t>(HY_VT_ARRAY | type);
+  std::memcpy(to.parray->pvData, series.data(), series.size() * Size);
 }
 
 template <class Series>
@@ -103,6 +116,10 @@ HyArray* newArray(const std::vector<std::int32_t>& series) { return arrayOf(seri
 HyArray* newArray(const LightSeries& series) { return arrayOf(series); }
 HyArray* newArray(const TristateSeries& series) { return arrayOf(series); }
 HyArray* newArrayBelowZero() { return newVariants(1, -1); }
+
+void putPlain(HyVariant& to, const std::vector<std::int32_t>& series) { putElements(to, HY_VT_I4, series); }
+void putPlain(HyVariant& to, const LightSeries& series) { putElements(to, HY_VT_R4, series); }
+void putPlain(HyVariant& to, const TristateSeries& series) { putElements(to, HY_VT_I1, series); }
 
 void takeSeries(const HyVariant& value, std::vector<std::int32_t>& series) { takeElements(value, series); }
 void takeSeries(const HyVariant& value, LightSeries& series) { takeElements(value, series); }

@@ -3,7 +3,7 @@
 #include "hy_wristlog/component.h"
 #include "hy_wristlog/series.h"
 
-/// Series as arrays of variants. An element that a series has no value for is HY_VT_EMPTY.
+/// Series as arrays. In those of variants an element that a series has no value for is HY_VT_EMPTY.
 namespace hy_wristlog::component {
 
 /// The caller frees the array. Raises bad_alloc.
@@ -12,6 +12,11 @@ HyArray* newArray(const LightSeries& series);
 HyArray* newArray(const TristateSeries& series);
 /// One empty element, both bounds -1.
 HyArray* newArrayBelowZero();
+
+/// The elements as they are, for `ReadSeries`. Raise bad_alloc.
+void putPlain(HyVariant& to, const std::vector<std::int32_t>& series);
+void putPlain(HyVariant& to, const LightSeries& series);
+void putPlain(HyVariant& to, const TristateSeries& series);
 
 inline bool isEmpty(std::int32_t element) { return element == EmptyActivity; }
 inline bool isEmpty(float element) { return element != element; }

@@ -134,6 +134,13 @@ void read(void* instance, Arguments&, HyVariant& result) {
   }
 }
 
+template <auto Get>
+void readSeries(void* instance, HyVariant& result) {
+  const auto& object = *static_cast<typename Signature<decltype(Get)>::Class*>(instance);
+  const auto& series = (object.*Get)();
+  if (!series.empty() && !isBelowZero<Get>(object, series)) putPlain(result, series);
+}
+
 template <auto Let>
 void write(void* instance, Arguments& arguments, HyVariant&) {
   using Class = typename Signature<decltype(Let)>::Class;
@@ -241,7 +248,10 @@ using CallingOf = Calling<Method, std::make_index_sequence<Signature<decltype(Me
 
 template <auto Get>
 constexpr Operation reading() {
-  return {HY_DISPATCH_PROPERTYGET, typeOf<typename Signature<decltype(Get)>::Result>(), &read<Get>};
+  using Value = typename Signature<decltype(Get)>::Result;
+  Operation operation{HY_DISPATCH_PROPERTYGET, typeOf<Value>(), &read<Get>};
+  if constexpr (IsSeries<Value>) operation.ReadSeries = &readSeries<Get>;
+  return operation;
 }
 template <auto Let>
 constexpr Operation writing() {

@@ -36,7 +36,7 @@ class Body {
 /// while other handles are in use, so that a call on a released component finds a count of 0 instead of freed
 /// memory.
 struct Handle {
-  static constexpr std::size_t MostFacets = 3;
+  static constexpr std::size_t MostFacets = 4;
 
   std::atomic<std::uint32_t> References = 0;
   std::array<Facet, MostFacets> Facets;

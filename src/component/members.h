@@ -37,11 +37,14 @@ struct Parameter {
 
 /// Reads, writes or calls a member of `instance`.
 using Run = void (*)(void* instance, Arguments& arguments, HyVariant& result);
+/// Reads a series of `instance` as plain numbers.
+using Read = void (*)(void* instance, HyVariant& result);
 
 struct Operation {
   std::uint16_t Kind = 0;  ///< HY_DISPATCH_METHOD, _PROPERTYGET or _PROPERTYPUT
   ValueType Type;          ///< what it gives, or takes
   Run Perform = nullptr;
+  Read ReadSeries = nullptr;  ///< null for what is no series
 };
 
 /// A property with one or two operations, or a method with one.

@@ -26,6 +26,7 @@ int ObjectBody::facetOf(const HyGuid& interfaceId) const {
   if (interfaceId == HY_IID_UNKNOWN || interfaceId == HY_IID_DISPATCH || interfaceId == Table.InterfaceId)
     return DispatchFacet;
   if (interfaceId == HY_IID_PROVIDE_CLASS_INFO) return ClassInfoFacet;
+  if (interfaceId == HY_IID_SERIES_READER) return SeriesReaderFacet;
   if (interfaceId == HY_IID_CONNECTION_POINT_CONTAINER && !Points.empty()) return ContainerFacet;
   return -1;
 }
@@ -36,7 +37,7 @@ HyDispatch* wrap(const ClassTable& table, const std::shared_ptr<void>& instance)
   Handle* handle = apartment.findObject(instance.get());
   if (handle == nullptr) {
     handle = &makeHandle(std::make_unique<ObjectBody>(table, instance),
-                         {&DispatchVtable, &ContainerVtable, &ClassInfoVtable});
+                         {&DispatchVtable, &ContainerVtable, &ClassInfoVtable, &SeriesReaderVtable});
     try {
       apartment.keepObject(instance.get(), *handle);
     } catch (...) {
@@ -50,7 +51,8 @@ HyDispatch* wrap(const ClassTable& table, const std::shared_ptr<void>& instance)
 std::shared_ptr<void> unwrap(const ClassTable& table, HyUnknown* object) {
   if (object == nullptr) return nullptr;
   const void* vtable = object->lpVtbl;
-  if (vtable != &DispatchVtable && vtable != &ContainerVtable && vtable != &ClassInfoVtable)
+  if (vtable != &DispatchVtable && vtable != &ContainerVtable && vtable != &ClassInfoVtable &&
+      vtable != &SeriesReaderVtable)
     throw Refusal{HY_DISP_E_TYPEMISMATCH};
   const Handle& handle = handleOf(object);
   if (const HyResult refused = enter(handle); refused != HY_S_OK) throw Refusal{refused};

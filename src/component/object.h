@@ -15,7 +15,7 @@ class ObjectBody final : public Body {
   ObjectBody(const ClassTable& table, std::shared_ptr<void> instance);
   ~ObjectBody() override;
 
-  enum FacetNumber { DispatchFacet, ContainerFacet, ClassInfoFacet };
+  enum FacetNumber { DispatchFacet, ContainerFacet, ClassInfoFacet, SeriesReaderFacet };
   int facetOf(const HyGuid& interfaceId) const override;
 
   const ClassTable& Table;

@@ -136,6 +136,18 @@ HyResult getClassInfo(HyProvideClassInfo* self, HyTypeInfo** typeInfo) noexcept 
   });
 }
 
+HyResult readSeries(HySeriesReader* self, std::int32_t number, HyVariant* series) noexcept {
+  if (series == nullptr) return HY_E_POINTER;
+  *series = {};
+  return call<ObjectBody>(self, [&](const ObjectBody& object) {
+    const Member* member = memberOf(object.Table.Members, number);
+    const Operation* reading = member != nullptr ? member->find(HY_DISPATCH_PROPERTYGET) : nullptr;
+    if (reading == nullptr || reading->ReadSeries == nullptr) return HY_DISP_E_MEMBERNOTFOUND;
+    reading->ReadSeries(object.Instance.get(), *series);
+    return HY_S_OK;
+  });
+}
+
 }  // namespace
 
 constinit const HyDispatchVtable DispatchVtable{queryInterface<HyDispatch>,
@@ -149,5 +161,8 @@ constinit const HyDispatchVtable DispatchVtable{queryInterface<HyDispatch>,
 constinit const HyProvideClassInfoVtable ClassInfoVtable{queryInterface<HyProvideClassInfo>,
                                                          addReferenceTo<HyProvideClassInfo>,
                                                          releaseOf<HyProvideClassInfo>, getClassInfo};
+
+constinit const HySeriesReaderVtable SeriesReaderVtable{
+    queryInterface<HySeriesReader>, addReferenceTo<HySeriesReader>, releaseOf<HySeriesReader>, readSeries};
 
 }  // namespace hy_wristlog::component

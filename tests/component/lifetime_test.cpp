@@ -25,8 +25,12 @@ class Lifetime : public testing::Test {
 
 TEST_F(Lifetime, InterfacesBelongToOneObject) {
   const auto logger = make(HY_CLSID_VARDEN_LOGGER);
-  const HyGuid supported[] = {HY_IID_UNKNOWN, HY_IID_DISPATCH, HY_IID_VARDEN_LOGGER,
-                              HY_IID_CONNECTION_POINT_CONTAINER, HY_IID_PROVIDE_CLASS_INFO};
+  const HyGuid supported[] = {HY_IID_UNKNOWN,
+                              HY_IID_DISPATCH,
+                              HY_IID_VARDEN_LOGGER,
+                              HY_IID_CONNECTION_POINT_CONTAINER,
+                              HY_IID_PROVIDE_CLASS_INFO,
+                              HY_IID_SERIES_READER};
   for (const HyGuid& from : supported) {
     const auto start = query<HyUnknown>(logger.get(), from);
     ASSERT_NE(start.get(), nullptr);

@@ -131,6 +131,22 @@ template <class T>
 HyArray arrayOver(std::vector<T>& elements, int32_t lowerBound = 0) {
   return {1, 0, sizeof(T), 0, elements.data(), {{static_cast<uint32_t>(elements.size()), lowerBound}}};
 }
+/// The property as plain numbers; HY_VT_ERROR for a member that is no series.
+Value readSeries(HyDispatch* object, const char* property) {
+  const auto reader = query<HySeriesReader>(object, HY_IID_SERIES_READER);
+  Value series;
+  const HyResult result = reader->ReadSeries(reader.get(), idOf(object, property), &series);
+  if (result == HY_DISP_E_MEMBERNOTFOUND) series.vt = HY_VT_ERROR;
+  return series;
+}
+/// None when the elements have another size.
+template <class T>
+std::vector<T> elementsOf(const Value& value) {
+  const auto* first = static_cast<const T*>(value.parray->pvData);
+  return value.parray->cbElements == sizeof(T)
+             ? std::vector<T>(first, first + value.parray->rgsabound[0].cElements)
+             : std::vector<T>{};
+}
 Value arrayValue(int elementType, HyArray** array) { return byRef(HY_VT_ARRAY | elementType, array); }
 
 TEST(Values, ArraysPassBothWays) {
@@ -159,7 +175,16 @@ TEST(Values, ArraysPassBothWays) {
     EXPECT_EQ(markers ? read.at(0).boolVal : read.at(0).lVal, markers ? -1 : 70000);
     EXPECT_EQ(read.at(1).vt, HY_VT_EMPTY);
     EXPECT_EQ(markers ? read.at(2).boolVal : read.at(2).lVal, -1);
+
+    const Value plain = readSeries(object.get(), property);
+    ASSERT_EQ(plain.vt, HY_VT_ARRAY | (markers ? HY_VT_I1 : HY_VT_I4));
+    EXPECT_EQ(plain.parray->rgsabound[0].lLbound, 0);
+    const std::vector<int32_t> numbers{70000, INT32_MIN, -1, -1};
+    const std::vector<int8_t> truths{1, -1, 1, 1};
+    EXPECT_EQ(elementsOf<int32_t>(plain), markers ? std::vector<int32_t>{} : numbers);
+    EXPECT_EQ(elementsOf<int8_t>(plain), markers ? truths : std::vector<int8_t>{});
   }
+  EXPECT_EQ(readSeries(object.get(), "SerialNumber").vt, HY_VT_ERROR);
   std::vector<int16_t> plain{1, 0, -5};
   HyArray shorts = arrayOver(plain);
   pointer = &shorts;
@@ -202,6 +227,7 @@ TEST(Values, StepsOfALoggerWithoutStepsStandBelowZero) {
     EXPECT_EQ(series.parray->rgsabound[0].lLbound, bound) << property << serial;
     EXPECT_EQ(series.parray->rgsabound[0].cElements, 1U);
     EXPECT_EQ(series.at(0).vt, HY_VT_EMPTY);
+    EXPECT_EQ(readSeries(object.get(), property).vt, bound < 0 ? HY_VT_EMPTY : HY_VT_ARRAY | HY_VT_I4);
   }
 }
 

@@ -43,6 +43,7 @@ DISPID_PROPERTYPUT = -3
 IID_UNKNOWN = Guid("00000000-0000-0000-c000-000000000046")
 IID_CLASS_FACTORY = Guid("00000001-0000-0000-c000-000000000046")
 IID_DISPATCH = Guid("00020400-0000-0000-c000-000000000046")
+IID_SERIES_READER = Guid("9b1f6d2c-4e57-4c8a-a13e-70d8256bf419")
 IID_CONNECTION_POINT_CONTAINER = Guid("b196b284-bab4-101a-b69c-00aa00341d07")
 
 CLSID_MAIN = Guid("7857d1d2-118b-4fa4-bab5-c02113e3afd4")
@@ -70,6 +71,7 @@ _NAMES = ctypes.CFUNCTYPE(
     ctypes.c_uint32,
     ctypes.POINTER(ctypes.c_int32),
 )
+_READ_SERIES = ctypes.CFUNCTYPE(_RESULT, _Pointer, ctypes.c_int32, ctypes.POINTER(Variant))
 _UNADVISE = ctypes.CFUNCTYPE(_RESULT, _Pointer, ctypes.c_uint32)
 _ADVISE = ctypes.CFUNCTYPE(_RESULT, _Pointer, _Pointer, ctypes.POINTER(ctypes.c_uint32))
 
@@ -283,6 +285,18 @@ class Dispatch(Interface):
 
     def get(self, name: str) -> Variant:
         return self.invoke(name, PROPERTYGET, ())
+
+    def get_series(self, name: str) -> Variant:
+        """A series as plain numbers. The caller clears the answer."""
+        answer = Variant()
+        reader = Interface(self.query(IID_SERIES_READER))
+        try:
+            result = reader.method(3, _READ_SERIES)(reader.address, self.number(name), answer)
+        finally:
+            reader.close()
+        if _failed(result):
+            refuse(result, name)
+        return answer
 
     def put(self, name: str, value: Any) -> None:
         self.invoke(name, PROPERTYPUT, (), [(DISPID_PROPERTYPUT, value)]).clear()

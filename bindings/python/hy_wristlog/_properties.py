@@ -39,8 +39,10 @@ class Property(Generic[T]):
     def __get__(self, instance: Any, owner: type) -> Union["Property[T]", T]:
         if instance is None:
             return self
-        dispatch: Dispatch = instance._dispatch
-        return self._give(dispatch.get(self.name))
+        return self._give(self._read(instance._dispatch))
+
+    def _read(self, dispatch: Dispatch) -> Variant:
+        return dispatch.get(self.name)
 
     def __set__(self, instance: Any, value: T) -> None:
         if self._take is None:
@@ -166,14 +168,20 @@ def TimeOfDay(doc: str) -> "Property[Optional[time]]":
     return Property(doc, lambda variant: dates.from_time_of_day(taken(variant)), take)
 
 
-def _cleared(read: Callable[[Variant], T]) -> Callable[[Variant], T]:
-    def give(variant: Variant) -> T:
-        try:
-            return read(variant)
-        finally:
-            variant.clear()
+class Series(Property[T]):
+    """`read` makes the value out of the component's answer, which is then cleared."""
 
-    return give
+    def __init__(self, doc: str, read: Callable[[Variant], T], take: Optional[Callable[[Any], Any]]) -> None:
+        def give(variant: Variant) -> T:
+            try:
+                return read(variant)
+            finally:
+                variant.clear()
+
+        super().__init__(doc, give, take)
+
+    def _read(self, dispatch: Dispatch) -> Variant:
+        return dispatch.get_series(self.name)
 
 
 def Numbers(doc: str, code: str, writable: bool = False) -> "Property[array[Any]]":
@@ -182,7 +190,7 @@ def Numbers(doc: str, code: str, writable: bool = False) -> "Property[array[Any]
             raise TypeError(f'an array of type "{code}" is needed')
         return value
 
-    return Property(doc, _cleared(lambda variant: numbers(variant, code)), take if writable else None)
+    return Series(doc, lambda variant: numbers(variant, code), take if writable else None)
 
 
 def Truths(doc: str, writable: bool = False) -> "Property[List[Optional[bool]]]":
@@ -191,4 +199,4 @@ def Truths(doc: str, writable: bool = False) -> "Property[List[Optional[bool]]]"
             raise TypeError(f"a list is needed, not {type(value).__name__}")
         return value
 
-    return Property(doc, _cleared(truths), take if writable else None)
+    return Series(doc, truths, take if writable else None)

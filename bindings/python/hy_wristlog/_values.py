@@ -1,14 +1,13 @@
 """The component's values: strings, variants and arrays, and the memory that they own."""
 
 import ctypes
-import math
 import sys
 from array import array
 from typing import Any, List, Optional
 
 VT_EMPTY, VT_NULL, VT_I2, VT_I4, VT_R4, VT_R8 = range(6)
 VT_DATE, VT_BSTR, VT_DISPATCH, VT_ERROR, VT_BOOL, VT_VARIANT, VT_UNKNOWN = range(7, 14)
-VT_UI1, VT_I8 = 17, 20
+VT_I1, VT_UI1, VT_I8 = 16, 17, 20
 VT_ARRAY, VT_BYREF, VT_TYPEMASK = 0x2000, 0x4000, 0x0FFF
 FADF_VARIANT = 0x800
 DISP_E_PARAMNOTFOUND = 0x80020004
@@ -130,71 +129,48 @@ def _element_bytes(data: Array) -> memoryview:
     return memoryview((ctypes.c_char * size).from_address(data.pvData)).cast("B")
 
 
-def _types(elements: memoryview) -> bytes:
-    """The type of each variant; none of the types is above 255 unless it is an array or a reference."""
-    step = ctypes.sizeof(Variant)
-    if any(elements[1::step].tobytes() if sys.byteorder == "little" else elements[0::step].tobytes()):
-        raise ValueError("an array of arrays or references")
-    return elements[0 if sys.byteorder == "little" else 1 :: step].tobytes()
-
-
 def _destroy_array(address: int) -> None:
     data = Array.from_address(address)
-    if data.fFeatures & FADF_VARIANT and data.pvData and data.rgsabound[0].cElements:
-        if set(_types(_element_bytes(data))) & {VT_BSTR, VT_DISPATCH, VT_UNKNOWN}:
-            for element in (Variant * data.rgsabound[0].cElements).from_address(data.pvData):
-                element.clear()
+    if data.fFeatures & FADF_VARIANT and data.pvData:
+        for element in (Variant * data.rgsabound[0].cElements).from_address(data.pvData):
+            element.clear()
     free(data.pvData)
     free(address)
 
 
-def _series_bytes(variant: Variant) -> Optional[memoryview]:
-    """The elements of an array of variants; none when it was never filled or has nothing to tell."""
+def _series_bytes(variant: Variant, kind: int) -> memoryview:
+    """The elements of a series of that type."""
     if variant.vt == VT_EMPTY:
-        return None
-    if variant.vt != VT_ARRAY | VT_VARIANT:
-        raise ValueError(f"an array was expected, not type {variant.vt}")
-    data = Array.from_address(variant.pointer)
-    bound = data.rgsabound[0]
-    if data.cDims != 1 or data.cbElements != ctypes.sizeof(Variant):
-        raise ValueError("an array of one dimension was expected")
-    if bound.cElements == 0 or bound.lLbound < 0:
-        return None
-    return _element_bytes(data)
+        return memoryview(b"")
+    if variant.vt != VT_ARRAY | kind:
+        raise ValueError(f"a series of type {kind} was expected, not type {variant.vt}")
+    return _element_bytes(Array.from_address(variant.pointer))
 
 
 def numbers(variant: Variant, code: str) -> "array[Any]":
-    """A series of numbers; `code` is "i" for whole ones and "f" for real ones. Nothing stored: EMPTY_NUMBER
-    and NaN."""
+    """A series of numbers; `code` is "i" for whole ones and "f" for real ones."""
     series = array(code)
-    elements = _series_bytes(variant)
-    if elements is None:
-        return series
-    expected, empty = (VT_I4, EMPTY_NUMBER) if code == "i" else (VT_R4, math.nan)
-    types = _types(elements)
-    # Strided slices of a memoryview are copied in C: a million elements take milliseconds.
-    words = elements.cast(code)
-    series.frombytes(words[8 // words.itemsize :: ctypes.sizeof(Variant) // words.itemsize].tobytes())
-    empties = types.count(VT_EMPTY)
-    if empties + types.count(expected) != len(types):
-        raise ValueError("an element of another type")
-    at = -1
-    for _ in range(empties):
-        at = types.index(VT_EMPTY, at + 1)
-        series[at] = empty
+    series.frombytes(_series_bytes(variant, VT_I4 if code == "i" else VT_R4))
     return series
+
+
+_TRUTHS = {0: False, 1: True, 255: None}
 
 
 def truths(variant: Variant) -> List[Optional[bool]]:
     """A series of truth values; None where nothing was stored."""
-    elements = _series_bytes(variant)
-    if elements is None:
-        return []
-    types = _types(elements)
-    if types.count(VT_EMPTY) + types.count(VT_BOOL) != len(types):
-        raise ValueError("an element of another type")
-    values = elements[8 :: ctypes.sizeof(Variant)].tobytes()
-    return [None if kind == VT_EMPTY else value != 0 for kind, value in zip(types, values)]
+    values = _series_bytes(variant, VT_I1).tobytes()
+    usual = max(_TRUTHS, key=values.count)
+    if values.count(usual) < len(values) * 7 // 8:
+        return list(map(_TRUTHS.__getitem__, values))
+    # Hardly anything but one value, as in most series: the others are searched for.
+    series = [_TRUTHS[usual]] * len(values)
+    for value in _TRUTHS.keys() - {usual}:
+        at = values.find(value)
+        while at >= 0:
+            series[at] = _TRUTHS[value]
+            at = values.find(value, at + 1)
+    return series
 
 
 class Given:
