@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/kept_text.h"
 #include "link/Form_Comm.h"
@@ -66,6 +67,7 @@ struct CommState final : platform::EventSource {
   std::int32_t lastCOMerrorNum = 0;
   bool doingXMODEM = false, abortRequested = false;
   std::size_t mostTransferBytes = MostTransferBytes;
+  std::vector<Class_Packet> receivedPackets;  ///< the good ones of a transfer that has not ended well
 
   bool toggling = false;
   std::int16_t toggleInterval = 0;  ///< milliseconds

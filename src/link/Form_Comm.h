@@ -103,6 +103,9 @@ class Form_Comm {
   /// follows packet 255.
   PacketArray fncReceiveXmodemPackets(std::int32_t vBaudRate, std::int32_t vDataBits, std::int32_t vParity,
                                       std::int32_t vStopBits, std::int32_t CmdTimeout);
+  /// Hands over the good packets of the last receipt when it failed or was aborted, as they came; otherwise
+  /// none.
+  std::vector<Class_Packet> takeReceivedPackets();
   /// Sets how many bytes a transfer may bring before it ends with RetriesExceeded; 20 MiB at first.
   void boundTransfers(std::size_t bytes);
   void subSendXmodemAbort();

@@ -18,7 +18,9 @@ constexpr std::size_t FrameOverhead = 5, ShortFrame = Class_Packet::ShortData + 
 class XmodemReceiver : public XmodemSession {
  public:
   XmodemReceiver(CommState& link, std::int32_t timeout)
-      : XmodemSession(link, "fncReceiveXmodemPackets", "Form_Comm.fncReceiveXmodemPackets", timeout) {}
+      : XmodemSession(link, "fncReceiveXmodemPackets", "Form_Comm.fncReceiveXmodemPackets", timeout) {
+    link_.receivedPackets.clear();
+  }
 
   PacketArray run(std::int32_t baudRate, std::int32_t dataBits, std::int32_t parity, std::int32_t stopBits) {
     setLine(link_.transferSettings(procedure(), baudRate, dataBits, parity, stopBits));
@@ -33,8 +35,8 @@ class XmodemReceiver : public XmodemSession {
       link_.owner->AbortAcknowledged();
       return std::nullopt;
     }
-    if (packets_.empty()) return std::nullopt;
-    return std::move(packets_);
+    if (link_.receivedPackets.empty()) return std::nullopt;
+    return link_.form.takeReceivedPackets();
   }
 
  private:
@@ -152,7 +154,7 @@ class XmodemReceiver : public XmodemSession {
     storedBytes_ += packet_.BinData.size();
     if (storedBytes_ > link_.mostTransferBytes)
       return giveUp(RetriesExceeded, "More data than a logger can hold");
-    packets_.push_back(std::exchange(packet_, {}));
+    link_.receivedPackets.push_back(std::exchange(packet_, {}));
     procedure().statement([&] { link_.form.subSendXmodemACK(); });
     link_.owner->XmodemPacketReceived(expected_, bytesSoFar_);
     errors_ = 1;
@@ -172,7 +174,6 @@ class XmodemReceiver : public XmodemSession {
     return Step::GoOn;
   }
 
-  std::vector<Class_Packet> packets_;
   Class_Packet packet_;
   std::string bytes_;
   std::uint8_t expected_ = 1;
@@ -187,6 +188,10 @@ class XmodemReceiver : public XmodemSession {
 }  // namespace
 
 void Form_Comm::boundTransfers(std::size_t bytes) { state_->mostTransferBytes = bytes; }
+
+std::vector<Class_Packet> Form_Comm::takeReceivedPackets() {
+  return std::exchange(state_->receivedPackets, {});
+}
 
 PacketArray Form_Comm::fncReceiveXmodemPackets(std::int32_t vBaudRate, std::int32_t vDataBits,
                                                std::int32_t vParity, std::int32_t vStopBits,

@@ -227,6 +227,9 @@ TEST(XmodemReceive, FollowsTheFrames) {
     const Failure failure = caught([&] { packets = o.link->fncReceiveXmodemPackets(13, 8, 3, 3, 1000); });
     EXPECT_EQ(outcome(o, failure), expected) << frames;
     EXPECT_EQ(packets ? packets->size() : 0, count) << frames;
+    const auto told = static_cast<std::size_t>(std::ranges::count(std::string_view(expected), 'r'));
+    EXPECT_EQ(o.link->takeReceivedPackets().size(), failure.Number != 0 ? told : 0) << frames;
+    EXPECT_TRUE(o.link->takeReceivedPackets().empty());
   }
 }
 
@@ -242,6 +245,7 @@ TEST(XmodemReceive, CountsOnFromZeroBehindPacket255) {
     EXPECT_EQ(numberOf([&] { packets = o.link->fncReceiveXmodemPackets(13, 8, 3, 3, 3000); }),
               repeat255 ? 6 : 0);
     EXPECT_EQ(packets ? packets->size() : 0, repeat255 ? 0U : 1024U);
+    EXPECT_EQ(o.link->takeReceivedPackets().size(), repeat255 ? 255U : 0U);
     EXPECT_TRUE(o.told.Events.ends_with(repeat255 ? "r255:261120" : "r255:1047552 r0:1048576"));
     EXPECT_LT(o.world->Now, 1024 * 60 + 1000) << "one poll a packet";
   }
@@ -257,6 +261,7 @@ TEST(XmodemReceive, AbortsInEveryState) {
     EXPECT_FALSE(o.link->fncReceiveXmodemPackets(13, 8, 3, 3, 1000)) << frames;
     const std::string result = outcome(o, {0, "", ""});
     EXPECT_TRUE(result.starts_with(written + ' ') && result.ends_with(" aborted")) << result;
+    EXPECT_EQ(!o.link->takeReceivedPackets().empty(), written.find('A') != std::string::npos);
     EXPECT_EQ(o.world->Incoming, "");
   }
   OpenLink o;
