@@ -105,7 +105,7 @@ void openFile(const QuietWorld& world, std::string_view text) {
       const auto edited = engineering::withEditedConfig(*logger, path);
       reached("edited configurations", 1);
       engineering::saveConfigIni(*edited, saved, path);
-      require(engineering::configHexFromIni(saved) == engineering::rawConfigHex(*edited),
+      require(engineering::loggerFromIni(saved)->Get_ConfigBlock() == edited->Get_ConfigBlock(),
               "a configuration saved as text is another one");
     });
   }

@@ -22,6 +22,15 @@ class VardenLogger;
 /// varden_properties.inc lists the properties: each has a `Get_`, those with GetLet or LetGet also a `Let_`.
 /// They read and write the object and talk to no logger. `BattLifeRemaining` and `BatteryPercent` are worked
 /// out at each read and raise the failure WrongDeviceType for a device type that they are not defined for.
+///
+/// `RawData` holds the bytes that the last Retrieve has read of the recording, or those that were given to
+/// DecodeRecording: all of them or, when `RawDataIsPart`, the longest beginning that any of its attempts has
+/// received in good packets. `BytesInLogger` says how many bytes the logger held, `ConfigBlock` is the config
+/// block that belongs to them, and `RetrieveStep` says how far Retrieve has come. A failed or aborted
+/// Retrieve keeps them; the next one hands out a logger of its own.
+///
+/// `EventTimes`, `EventTexts` and `EventRecords` have one element for each decoded event: its time, what
+/// happened, and its bytes in hexadecimal. They, `RawData` and `ConfigBlock` are made anew at each read.
 class HY_WRISTLOG_API Class_VardenLogger {
  public:
   Class_VardenLogger();
@@ -41,6 +50,17 @@ class HY_WRISTLOG_API Class_VardenLogger {
   /// changing it back. The port must be open. Raises NoCharacters, NoFinalCharacter, WrongCharacters and
   /// DamagedAnswer.
   void subVardenConfigCRCreset();
+
+  /// Makes this object the logger that a saved config block describes, and decodes its saved bytes, of which
+  /// the beginning will do; gives what Retrieve gives for them. `FirmwareVersion`, like "01.01.0007", counts
+  /// more than that of the block, and must be given for a block of version 1, which has none. `Diagnostic`
+  /// goes on after some damage. Raises InvalidCall while the logger's port is open; OutOfRange without bytes;
+  /// UnknownStructure and DamagedConfig for a block that cannot be read; and WrongDeviceType, OutOfRange,
+  /// Subscript, OutOfMemory and DivisionByZero for bytes that cannot be decoded with it. After a failure the
+  /// object holds what could be read.
+  enmDecodeResult DecodeRecording(const ByteSeries& ConfigBlock, const ByteSeries& RawData,
+                                  const std::string& FirmwareVersion = {}, bool* LowBatteryDetected = nullptr,
+                                  bool Diagnostic = false);
 
   void subscribe(std::shared_ptr<LoggerEvents> events);
   void unsubscribe(const std::shared_ptr<LoggerEvents>& events);

@@ -133,6 +133,18 @@ enum enmDecodeResult : std::int32_t {
   Decode_POSTcausedEventError = 17,
 };
 
+/// How far the attempts of a retrieval have come.
+enum enmRetrieveStep : std::int32_t {
+  RetrieveStep_None = 0,         ///< the logger was not reached
+  RetrieveStep_Reached = 1,      ///< its set-up was read; it records as before
+  RetrieveStep_Stopping = 2,     ///< it was told to stop recording, and has not confirmed it
+  RetrieveStep_Stopped = 3,      ///< it records no more
+  RetrieveStep_Downloading = 4,  ///< the download of the recording was begun
+  RetrieveStep_Downloaded = 5,   ///< all bytes of the recording came
+  RetrieveStep_Decoded = 6,      ///< and were decoded; stop time and data flag were still to be written
+  RetrieveStep_Done = 7,
+};
+
 /// An element of a marker or wrist array. `Empty`: nothing was stored.
 enum class Tristate : std::int8_t { Empty = -1, False = 0, True = 1 };
 

@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <limits>
+#include <string>
 #include <vector>
 
+#include "hy_wristlog/date.h"
 #include "hy_wristlog/enumerations.h"
 
 namespace hy_wristlog {
@@ -16,6 +18,10 @@ using LightSeries = std::vector<float>;
 using TristateSeries = std::vector<Tristate>;
 /// Steps, one element for each epoch. `EmptySteps`: nothing was stored.
 using StepsSeries = std::vector<std::int32_t>;
+using ByteSeries = std::vector<std::uint8_t>;
+/// Dates in UTC; -1 is unknown.
+using DateSeries = std::vector<Date>;
+using TextSeries = std::vector<std::string>;
 
 inline constexpr std::int32_t EmptyActivity = std::numeric_limits<std::int32_t>::min();
 inline constexpr std::int32_t EmptySteps = std::numeric_limits<std::int32_t>::min();

@@ -2,9 +2,11 @@
 
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 
 #include "component/refusal.h"
+#include "component/strings.h"
 #include "component/variants.h"
 
 namespace hy_wristlog::component {
@@ -24,6 +26,18 @@ void store(HyVariant& to, float element) {
 void store(HyVariant& to, Tristate element) {
   to.vt = HY_VT_BOOL;
   to.boolVal = element == Tristate::True ? HY_TRUE : HY_FALSE;
+}
+void store(HyVariant& to, std::uint8_t element) {
+  to.vt = HY_VT_UI1;
+  to.bVal = element;
+}
+void store(HyVariant& to, double element) {
+  to.vt = HY_VT_DATE;
+  to.date = element;
+}
+void store(HyVariant& to, const std::string& element) {
+  to.bstrVal = newString(element);
+  to.vt = HY_VT_BSTR;
 }
 
 /// With all bytes 0.
@@ -59,13 +73,13 @@ void putElements(HyVariant& to, std::uint16_t type, const Series& series) {
 
 template <class Series>
 HyArray* arrayOf(const Series& series) {
-  HyArray* array = newVariants(series.size(), 0);
+  std::unique_ptr<HyArray, decltype(&hyArrayDestroy)> array(newVariants(series.size(), 0), &hyArrayDestroy);
   auto* to = static_cast<HyVariant*>(array->pvData);
-  for (const auto element : series) {
+  for (const auto& element : series) {
     if (!isEmpty(element)) store(*to, element);
     ++to;
   }
-  return array;
+  return array.release();
 }
 
 void take(const HyVariant& value, std::int32_t& element) {
@@ -79,6 +93,9 @@ void take(const HyVariant& value, float& element) {
 }
 void take(const HyVariant& value, Tristate& element) {
   element = value.vt == HY_VT_EMPTY ? Tristate::Empty : truthOf(value) ? Tristate::True : Tristate::False;
+}
+void take(const HyVariant& value, std::uint8_t& element) {
+  element = static_cast<std::uint8_t>(wholeNumberOf(value, 0, std::numeric_limits<std::uint8_t>::max()));
 }
 
 template <class Series>
@@ -115,6 +132,9 @@ void takeElements(const HyVariant& value, Series& series) {
 HyArray* newArray(const std::vector<std::int32_t>& series) { return arrayOf(series); }
 HyArray* newArray(const LightSeries& series) { return arrayOf(series); }
 HyArray* newArray(const TristateSeries& series) { return arrayOf(series); }
+HyArray* newArray(const ByteSeries& series) { return arrayOf(series); }
+HyArray* newArray(const DateSeries& series) { return arrayOf(series); }
+HyArray* newArray(const TextSeries& series) { return arrayOf(series); }
 HyArray* newArrayBelowZero() { return newVariants(1, -1); }
 
 void putPlain(HyVariant& to, const std::vector<std::int32_t>& series) { putElements(to, HY_VT_I4, series); }
@@ -124,5 +144,6 @@ void putPlain(HyVariant& to, const TristateSeries& series) { putElements(to, HY_
 void takeSeries(const HyVariant& value, std::vector<std::int32_t>& series) { takeElements(value, series); }
 void takeSeries(const HyVariant& value, LightSeries& series) { takeElements(value, series); }
 void takeSeries(const HyVariant& value, TristateSeries& series) { takeElements(value, series); }
+void takeSeries(const HyVariant& value, ByteSeries& series) { takeElements(value, series); }
 
 }  // namespace hy_wristlog::component

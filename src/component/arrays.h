@@ -10,6 +10,9 @@ namespace hy_wristlog::component {
 HyArray* newArray(const std::vector<std::int32_t>& series);
 HyArray* newArray(const LightSeries& series);
 HyArray* newArray(const TristateSeries& series);
+HyArray* newArray(const ByteSeries& series);
+HyArray* newArray(const DateSeries& series);
+HyArray* newArray(const TextSeries& series);
 /// One empty element, both bounds -1.
 HyArray* newArrayBelowZero();
 
@@ -22,10 +25,16 @@ inline bool isEmpty(std::int32_t element) { return element == EmptyActivity; }
 inline bool isEmpty(float element) { return element != element; }
 inline bool isEmpty(Tristate element) { return element == Tristate::Empty; }
 
+template <class Element>
+bool isEmpty(const Element&) {
+  return false;
+}
+
 /// Fills `series` from what valueOf gave: an array of one dimension with any lower bound, whose elements are
 /// variants or have a plain type; or HY_VT_EMPTY for an empty series. Refuses anything else.
 void takeSeries(const HyVariant& value, std::vector<std::int32_t>& series);
 void takeSeries(const HyVariant& value, LightSeries& series);
 void takeSeries(const HyVariant& value, TristateSeries& series);
+void takeSeries(const HyVariant& value, ByteSeries& series);
 
 }  // namespace hy_wristlog::component

@@ -23,8 +23,9 @@
 namespace hy_wristlog::component {
 
 template <class T>
-constexpr bool IsSeries =
-    std::is_same_v<T, ActivitySeries> || std::is_same_v<T, LightSeries> || std::is_same_v<T, TristateSeries>;
+constexpr bool IsSeries = std::is_same_v<T, ActivitySeries> || std::is_same_v<T, LightSeries> ||
+                          std::is_same_v<T, TristateSeries> || std::is_same_v<T, ByteSeries> ||
+                          std::is_same_v<T, DateSeries> || std::is_same_v<T, TextSeries>;
 
 template <class T>
 constexpr bool IsShared = false;

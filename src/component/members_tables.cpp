@@ -38,26 +38,35 @@ constexpr Member Pendrel[] = {
 #include "hy_wristlog/pendrel_properties.inc"
 };
 
+constexpr bool fits(std::size_t required, std::size_t count) {
+  return required <= count && count <= Arguments::Most;
+}
+
+/// The parameters of a method, named by its table.
+#define HY_PARAMETERS(Class, Name, Required, ...)                                         \
+  constexpr auto Name##Parameters = CallingOf<&Class::Name>::parameters({{__VA_ARGS__}}); \
+  static_assert(fits(Required, Name##Parameters.size()));                                 \
+  static_assert(CallingOf<&Class::Name>::waysFit(Name##Parameters), "HY_IN for inputs alone");
+
+#define HY_IN(Name) {#Name, Way::In, {}},
+#define HY_OUT(Name) {#Name, Way::Out, {}},
+#define HY_METHOD(Name, Required, ...) HY_PARAMETERS(Class_VardenLogger, Name, Required, __VA_ARGS__)
+#include "hy_wristlog/varden_properties.inc"
+
 constexpr Member VardenLogger[] = {
 #define HY_GET(Name, Type) reading<&Class_VardenLogger::Get_##Name>(),
 #define HY_LET(Name, Type) writing<&Class_VardenLogger::Let_##Name>(),
 #define HY_STORED(Name, Type, Access, Copy) property(#Name, #Type, {HY_ACCESS(Access, Name, Type)}),
 #define HY_COMPUTED(Name, Type) property(#Name, #Type, {HY_GET(Name, Type)}),
-#define HY_METHOD(Name) {#Name, {calling<&Class_VardenLogger::Name>()}, {}, 0, true},
+#define HY_METHOD(Name, Required, ...) \
+  {#Name, {calling<&Class_VardenLogger::Name>()}, Name##Parameters, Required, true},
 #include "hy_wristlog/varden_properties.inc"
 };
-
-constexpr bool fits(std::size_t required, std::size_t count) {
-  return required <= count && count <= Arguments::Most;
-}
 
 #define HY_IN(Name) {#Name, Way::In, {}},
 #define HY_OUT(Name) {#Name, Way::Out, {}},
 #define HY_IN_OUT(Name) {#Name, Way::InOut, {}},
-#define HY_METHOD(Name, Required, ...)                                                         \
-  constexpr auto Name##Parameters = CallingOf<&Class_Main::Name>::parameters({{__VA_ARGS__}}); \
-  static_assert(fits(Required, Name##Parameters.size()));                                      \
-  static_assert(CallingOf<&Class_Main::Name>::waysFit(Name##Parameters), "HY_IN for inputs alone");
+#define HY_METHOD(Name, Required, ...) HY_PARAMETERS(Class_Main, Name, Required, __VA_ARGS__)
 #include "hy_wristlog/main_members.inc"
 
 constexpr Member Main[] = {

@@ -283,7 +283,7 @@ void saveConfigIniAndImage(Class_VardenLogger& logger, const std::string& ini, c
 
 std::shared_ptr<Class_VardenLogger> withEditedConfig(const Class_VardenLogger& logger,
                                                      const std::string& iniPath) {
-  const std::string former = rawConfigHex(logger);
+  const std::string former = Inside::of(logger).record.RawConfigHex;
   const auto edited = loggerFromConfig(former);
   const std::string content = iniTextOf(iniPath);
   IniFile::requireUtf8(content, iniPath);

@@ -32,16 +32,10 @@ void generateDataOverrun(Class_VardenLogger& logger) { Inside::of(logger).link()
 void clearConsole(Class_VardenLogger& logger) { Inside::of(logger).link().cmdClear(); }
 
 const EventLog& events(const Class_VardenLogger& logger) { return Inside::of(logger).record.EventArray; }
-const TristateSeries& marker2(const Class_VardenLogger& logger) {
-  return Inside::of(logger).record.Marker2Array;
-}
-std::int32_t marker2Count(const Class_VardenLogger& logger) { return Inside::of(logger).record.Marker2Count; }
 
 Class_Subject subjectOf(const Class_VardenLogger& logger) {
   return hy_wristlog::subjectOf(Inside::of(logger).record);
 }
-
-std::string rawConfigHex(const Class_VardenLogger& logger) { return Inside::of(logger).record.RawConfigHex; }
 
 std::string batteryWords(Class_VardenLogger& logger) { return Inside::of(logger).fncFriendlyBatteryStatus(); }
 

@@ -26,16 +26,11 @@ void generateDataOverrun(Class_VardenLogger& logger);
 /// Presses "Clear": the console's text is emptied, and its sink's.
 void clearConsole(Class_VardenLogger& logger);
 
-/// The decoded events.
+/// The decoded events, with texts that are made on demand: a recording can have more than a million.
 const EventLog& events(const Class_VardenLogger& logger);
-const TristateSeries& marker2(const Class_VardenLogger& logger);
-std::int32_t marker2Count(const Class_VardenLogger& logger);
 
 /// The subject that the logger's configuration tells of.
 Class_Subject subjectOf(const Class_VardenLogger& logger);
-
-/// The config block as it was read, in hexadecimal.
-std::string rawConfigHex(const Class_VardenLogger& logger);
 
 /// The battery in words.
 std::string batteryWords(Class_VardenLogger& logger);

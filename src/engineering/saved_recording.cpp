@@ -28,15 +28,15 @@ struct Key {
 };
 constexpr Key Bytes{RecordingSection, "Bytes"}, BytesInLogger{RecordingSection, "Bytes in Logger"},
     Digest{RecordingSection, "SHA-256"}, Retrieved{RecordingSection, "Retrieved"},
-    LowBattery{RecordingSection, "Low Battery"}, ZoneTaken{RecordingSection, "Time Zone"},
-    Firmware{ReadOnlyConfigSection, "Firmware Version"},
+    Part{RecordingSection, "Part"}, LowBattery{RecordingSection, "Low Battery"},
+    ZoneTaken{RecordingSection, "Time Zone"}, Firmware{ReadOnlyConfigSection, "Firmware Version"},
     DisplayFirmware{ReadOnlyConfigSection, "LCD Firmware Version"},
     Voltage{ReadOnlyConfigSection, "Battery Voltage"},
     LoadedVoltage{ReadOnlyConfigSection, "Loaded Battery Voltage"},
     LoggerTime{ReadOnlyConfigSection, "Logger Time"};
 /// What the file keeps besides the config block, in its order.
-constexpr Key Facts[] = {Firmware,      DisplayFirmware, Voltage,   LoadedVoltage, LoggerTime, Bytes,
-                         BytesInLogger, Digest,          Retrieved, LowBattery,    ZoneTaken};
+constexpr Key Facts[] = {Firmware,      DisplayFirmware, Voltage, LoadedVoltage, LoggerTime, Bytes,
+                         BytesInLogger, Digest,          Part,    Retrieved,     LowBattery, ZoneTaken};
 
 void put(IniFile& file, const Key& key, std::string_view value) {
   if (!value.empty() && IniFile::canHold(value))
@@ -89,6 +89,10 @@ TimeZoneRef zoneOfKey(std::string_view key) {
   return found != zones.end() ? *found : nullptr;
 }
 
+bool isSet(const std::string& ini, const Key& key) {
+  return IniFile(ini).value(key.Section, key.Name) == "1";
+}
+
 std::string blockOf(const IniFile& file) {
   return std::string(file.value(ConfigBytesSection, RawConfigBytesKey).value_or(""));
 }
@@ -101,8 +105,17 @@ std::int64_t SavedRecording::bytesInLogger() const {
 
 std::optional<double> SavedRecording::retrievedAt() const { return dateOf(IniFile(Ini), Retrieved); }
 
-bool SavedRecording::lowBattery() const {
-  return IniFile(Ini).value(LowBattery.Section, LowBattery.Name) == "1";
+bool SavedRecording::lowBattery() const { return isSet(Ini, LowBattery); }
+
+bool SavedRecording::isPart() const {
+  return isSet(Ini, Part) && static_cast<std::int64_t>(Raw.size()) < bytesInLogger();
+}
+
+bool SavedRecording::isPartOfSame(const SavedRecording& other) const {
+  const auto recordOf = [](const SavedRecording& recording) {
+    return Inside::of(*loggerFromConfig(blockOf(IniFile(recording.Ini)))).record;
+  };
+  return isPart() && isSameRecording(recordOf(*this), recordOf(other)) && Raw.size() < other.Raw.size();
 }
 
 std::string SavedRecording::mismatch() const {
@@ -110,7 +123,7 @@ std::string SavedRecording::mismatch() const {
   const IniFile file(Ini);
   const auto told = [&](const Key& key) { return file.value(key.Section, key.Name); };
   const auto bytes = told(Bytes), digest = told(Digest);
-  if (count != held)
+  if (count != held && !isPart())
     return std::to_string(count) + " bytes are there, and the logger held " + std::to_string(held);
   if (bytes && *bytes != std::to_string(count))
     return std::to_string(count) + " bytes are there, and " + std::string(*bytes) + " were retrieved";
@@ -122,15 +135,11 @@ std::string SavedRecording::mismatch() const {
 }
 
 SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBattery) {
-  const VardenRecord& record = Inside::of(retrieved).record;
+  const auto& [record, raw] = Inside::of(retrieved).lastRead();
   SavedRecording saved;
-  if (record.RawData) saved.Raw = *record.RawData;
-  saved.Raw.insert(saved.Raw.end(), record.CutOffData.begin(), record.CutOffData.end());
-  if (saved.Raw.empty()) return saved;
+  if (raw.empty()) return saved;
+  saved.Raw = raw;
   const std::size_t held = record.ConfigBlock.NextMemoryAddress;
-  // The filling of the last packet is no part of what the logger holds.
-  if (saved.Raw.size() > held && saved.Raw.size() - held < Inside::of(retrieved).lastPacketBytes())
-    saved.Raw.resize(held);
 
   IniFile file = blockAlone(record.RawConfigHex);
   put(file, Firmware, record.FirmwareVersion);
@@ -141,6 +150,7 @@ SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBatte
   put(file, Bytes, static_cast<std::int64_t>(saved.Raw.size()));
   put(file, BytesInLogger, static_cast<std::int64_t>(held));
   put(file, Digest, digestOf(saved.Raw));
+  if (saved.Raw.size() < held) put(file, Part, std::int64_t{1});
   if (record.LastTimeLoggerRead > 0) put(file, Retrieved, isoDate(record.LastTimeLoggerRead, "Z"));
   put(file, LowBattery, std::int64_t{lowBattery});
   if (record.TimeZone && !Inside::of(*loggerFromConfig(record.RawConfigHex)).record.TimeZone)

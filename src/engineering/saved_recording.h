@@ -24,13 +24,16 @@ struct SavedRecording {
   std::optional<double> retrievedAt() const;
   /// Whether the retrieval met a low battery.
   bool lowBattery() const;
-  /// Why these bytes are not exactly those that the logger held; empty when nothing contradicts it. Without a
-  /// digest in the file only the number of bytes is compared.
+  /// Whether these are, as its retrieval has noted, only the beginning of what the logger held.
+  bool isPart() const;
+  /// Whether these are fewer bytes of the same recording than `other` has.
+  bool isPartOfSame(const SavedRecording& other) const;
+  /// Why these bytes are not exactly those that the logger held, or the part that was retrieved; empty when
+  /// nothing contradicts it. Without a digest in the file only the number of bytes is compared.
   std::string mismatch() const;
 };
 
-/// The recording that a retrieval has brought: every byte that came, without the filling of the last packet.
-/// Empty when nothing came.
+/// The recording that a retrieval has brought, whole or in part: `RawData`. Empty when nothing came.
 SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBattery);
 
 /// The recording from its files; `rawFile` may be a raw data CSV. Raises what `loggerFromIni`, `rawFromFile`

@@ -20,6 +20,16 @@ Class_VardenLogger::~Class_VardenLogger() = default;
 
 void Class_VardenLogger::subVardenConfigCRCreset() { inside_->subVardenConfigCRCreset(); }
 
+enmDecodeResult Class_VardenLogger::DecodeRecording(const ByteSeries& ConfigBlock, const ByteSeries& RawData,
+                                                    const std::string& FirmwareVersion,
+                                                    bool* LowBatteryDetected, bool Diagnostic) {
+  bool low = false;
+  const enmDecodeResult result =
+      inside_->decodeRecording(ConfigBlock, RawData, FirmwareVersion, low, Diagnostic);
+  if (LowBatteryDetected != nullptr) *LowBatteryDetected = low;
+  return result;
+}
+
 void Class_VardenLogger::subscribe(std::shared_ptr<LoggerEvents> events) {
   inside_->subscribe(std::move(events));
 }

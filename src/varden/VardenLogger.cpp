@@ -1,14 +1,24 @@
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "errors/Procedure.h"
 #include "timezones/Class_TimeZoneTools.h"
+#include "tools/Class_Tools.h"
 #include "varden/VardenLogger.h"
 
 namespace hy_wristlog {
 namespace {
 
 constexpr char Module[] = "Class_VardenLogger";
+
+template <class Series, class Part>
+Series eachEvent(const EventLog& events, Part part) {
+  Series series;
+  series.reserve(events.size());
+  for (std::size_t i = 0; i < events.size(); ++i) series.push_back((events.*part)(i));
+  return series;
+}
 
 }  // namespace
 
@@ -54,6 +64,34 @@ bool VardenLogger::Get_CTcompliant() const {
 }
 
 std::int32_t VardenLogger::Get_MaxBytesAvailable() const { return record.MemorySize * 1024; }
+
+DateSeries VardenLogger::Get_EventTimes() const {
+  return eachEvent<DateSeries>(record.EventArray, &EventLog::time);
+}
+
+TextSeries VardenLogger::Get_EventTexts() const {
+  return eachEvent<TextSeries>(record.EventArray, &EventLog::words);
+}
+
+TextSeries VardenLogger::Get_EventRecords() const {
+  return eachEvent<TextSeries>(record.EventArray, &EventLog::recordHex);
+}
+
+ByteSeries VardenLogger::Get_ConfigBlock() const {
+  const std::string& hex = recordOfRead().RawConfigHex;
+  if (hex.empty()) return {};
+  const auto bytes = Class_Tools::fncConvertHexStringToByteArray(hex);
+  return {bytes.begin(), bytes.end()};
+}
+
+bool VardenLogger::Get_RawDataIsPart() const {
+  return !lastRead_.Raw.empty() && std::cmp_less(lastRead_.Raw.size(), Get_BytesInLogger());
+}
+
+std::int32_t VardenLogger::Get_BytesInLogger() const {
+  constexpr std::uint32_t Most = std::numeric_limits<std::int32_t>::max();
+  return static_cast<std::int32_t>(std::min(Most, recordOfRead().ConfigBlock.NextMemoryAddress));
+}
 
 void VardenLogger::subShowFormComm() {
   Procedure procedure{Module, "subShowFormComm"};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -12,6 +13,12 @@
 #include "varden/record.h"
 
 namespace hy_wristlog {
+
+/// What the attempts of a retrieval have read of a recording.
+struct RecordingRead {
+  VardenRecord Record;  ///< as it was before the bytes came
+  ByteArray Raw;        ///< all bytes that the logger holds, or the longest beginning of them that came
+};
 
 /// The inside of Class_VardenLogger: the record, the link, and what is done with both. The source of a
 /// failure names the class "Class_VardenLogger".
@@ -28,6 +35,16 @@ class VardenLogger : public LoggerLink {
   std::int32_t Get_MaxBatteryLife() const;
   bool Get_CTcompliant() const;
   std::int32_t Get_MaxBytesAvailable() const;
+  DateSeries Get_EventTimes() const;
+  TextSeries Get_EventTexts() const;
+  TextSeries Get_EventRecords() const;
+  ByteSeries Get_ConfigBlock() const;
+  const ByteSeries& Get_RawData() const { return lastRead_.Raw; }
+  bool Get_RawDataIsPart() const;
+  std::int32_t Get_BytesInLogger() const;
+  enmRetrieveStep Get_RetrieveStep() const { return retrieveStep_; }
+  /// Notes how far a retrieval has come; an attempt that comes less far than an earlier one changes nothing.
+  void noteStep(enmRetrieveStep step) { retrieveStep_ = std::max(retrieveStep_, step); }
   void subShowFormComm();
   void subHideFormComm();
 
@@ -101,6 +118,10 @@ class VardenLogger : public LoggerLink {
   enmDecodeResult fncDecodeDataArrays(bool& LowBatteryDetected, const std::optional<ByteArray>& RawBytes,
                                       bool DiagnosticDecode);
 
+  /// Class_VardenLogger::DecodeRecording.
+  enmDecodeResult decodeRecording(const ByteArray& configBlock, const ByteArray& raw,
+                                  std::string_view firmware, bool& lowBatteryDetected, bool diagnostic);
+
   // Files for engineers: files/. A file is replaced whole. It stays as it was when there are no raw data,
   // which a message box tells, and after a failure. What the system refuses is raised as FileNotFound,
   // DiskFull, PermissionDenied, PathFileAccess or PathNotFound; each file has failures of its own. A report
@@ -154,8 +175,15 @@ class VardenLogger : public LoggerLink {
   /// The size of the last packet that fncReadVardenData has received. Up to so many bytes, less one, may fill
   /// it up after the recording's last byte.
   std::size_t lastPacketBytes() const { return lastPacketBytes_; }
+  /// Empty until bytes of the recording have come. A new attempt erases the record, and not this.
+  const RecordingRead& lastRead() const { return lastRead_; }
 
  private:
+  /// The record that the bytes of the recording belong to.
+  const VardenRecord& recordOfRead() const { return lastRead_.Raw.empty() ? record : lastRead_.Record; }
+  /// Keeps the bytes of good packets, unless more of the same recording are there. The filling of the last
+  /// packet is left out and, where bytes are missing, all after the first packet that is not the next one.
+  void keepRead(std::vector<Class_Packet> packets);
   void AbortAcknowledged() override;
   void XmodemPacketReceived(std::uint8_t ThisPacket, std::int32_t BytesSoFar) override;
 
@@ -163,6 +191,8 @@ class VardenLogger : public LoggerLink {
   bool abortMark_ = false;
   bool commsAborted_ = false;
   std::size_t lastPacketBytes_ = 0;
+  RecordingRead lastRead_;
+  enmRetrieveStep retrieveStep_ = RetrieveStep_None;
 };
 
 }  // namespace hy_wristlog

@@ -1,5 +1,6 @@
 #include "varden/record.h"
 
+#include <tuple>
 #include <utility>
 
 namespace hy_wristlog {
@@ -35,6 +36,14 @@ void VardenRecord::erase() {
   BatteryVoltage = 0;
   LoadedBattVoltage = 0;
   WristStatusArray = std::move(wrist);
+}
+
+bool isSameRecording(const VardenRecord& one, const VardenRecord& other) {
+  const auto identity = [](const VardenRecord& record) {
+    const VardenConfigBlock& block = record.ConfigBlock;
+    return std::tie(block.SerialNumber, block.StartTime, block.NextMemoryAddress);
+  };
+  return identity(one) == identity(other);
 }
 
 }  // namespace hy_wristlog

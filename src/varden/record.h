@@ -8,6 +8,7 @@
 
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "hy_wristlog/enumerations.h"
+#include "hy_wristlog/series.h"
 #include "timezones/Class_TimeZoneInfo.h"
 #include "varden/config/config_block.h"
 #include "varden/decode/event_log.h"
@@ -15,7 +16,7 @@
 namespace hy_wristlog {
 
 /// Bytes. An empty std::optional of them stands for "holds no array".
-using ByteArray = std::vector<std::uint8_t>;
+using ByteArray = ByteSeries;
 
 /// A model's name as users know it; empty for another type.
 constexpr const char* deviceText(enmDeviceType type) {
@@ -40,5 +41,8 @@ struct VardenRecord {
   /// stays when BlueLightArray is empty.
   void erase();
 };
+
+/// Whether both tell of the same recording: that of one logger with one start and one length.
+bool isSameRecording(const VardenRecord& one, const VardenRecord& other);
 
 }  // namespace hy_wristlog

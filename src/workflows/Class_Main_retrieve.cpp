@@ -83,6 +83,7 @@ class RetrieveWorkflow {
   }
 
   bool checkModel() {
+    logger().noteStep(RetrieveStep_Reached);
     if (!checkLogger(attempts_, state_, *model_)) return false;
     return isOffered(model_->DeviceType, record().AcquisitionMode) ||
            attempts_.endWith(ReturnCode::WrongMode);
@@ -121,9 +122,10 @@ class RetrieveWorkflow {
   }
 
   bool stopLogger() {
-    if (!attempts_.step([&] { logger().subSetVardenAcqStop(0); }) ||
-        !attempts_.step([&] { logger().fncReadVardenSetup(); }))
-      return false;
+    logger().noteStep(RetrieveStep_Stopping);
+    if (!attempts_.step([&] { logger().subSetVardenAcqStop(0); })) return false;
+    logger().noteStep(RetrieveStep_Stopped);
+    if (!attempts_.step([&] { logger().fncReadVardenSetup(); })) return false;
     if (record().BytesUsed < 1) return attempts_.endWith(ReturnCode::NoData);
     configuredEnd_ = record().EndTimeGMT;
     return true;
@@ -153,6 +155,7 @@ class RetrieveWorkflow {
   }
 
   bool readData() {
+    logger().noteStep(RetrieveStep_Downloading);
     return attempts_.step([&] { logger().fncReadVardenData(); }) &&
            attempts_.step([&] { requireAllBytes(); });
   }
@@ -166,6 +169,7 @@ class RetrieveWorkflow {
     if (came < held || came >= held + static_cast<std::int64_t>(logger().lastPacketBytes()))
       fault::raise(fault::Subscript,
                    std::to_string(came) + " bytes came, the logger holds " + std::to_string(held));
+    logger().noteStep(RetrieveStep_Downloaded);
   }
 
   bool decode() {
@@ -173,6 +177,7 @@ class RetrieveWorkflow {
     if (!attempts_.step(
             [&] { decodeResult = logger().fncDecodeDataArrays(lowBatterySeen, std::nullopt, false); }))
       return false;
+    logger().noteStep(RetrieveStep_Decoded);
     lowBattery = lowBattery || lowBatterySeen;
     const bool noSamples = record().Samples < 1;
     switch (record().DecodeResult) {
@@ -208,6 +213,7 @@ class RetrieveWorkflow {
   }
 
   bool finish() {
+    logger().noteStep(RetrieveStep_Done);
     if (!isOneOf(attempts_.code, {ReturnCode::SubjectUnusable, ReturnCode::LoggerReset,
                                   ReturnCode::ZoneDiffers, ReturnCode::DecodeProblem}))
       attempts_.code = ReturnCode::Success;

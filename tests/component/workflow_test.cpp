@@ -101,6 +101,20 @@ TEST(Workflows, ConfigureAskAndRetrieveThroughDispatch) {
   ASSERT_EQ(red.vt, HY_VT_ARRAY | HY_VT_VARIANT);
   EXPECT_EQ(red.parray->rgsabound[0].lLbound, -1);
   EXPECT_EQ(red.parray->rgsabound[0].cElements, 1U);
+
+  const Value block = get(logger, "ConfigBlock"), raw = get(logger, "RawData");
+  EXPECT_EQ(raw.parray->rgsabound[0].cElements, static_cast<uint32_t>(get(logger, "BytesInLogger").lVal));
+  EXPECT_EQ(raw.at(0).vt, HY_VT_UI1);
+  EXPECT_EQ(get(logger, "EventTimes").at(0).vt, HY_VT_DATE);
+  EXPECT_EQ(get(logger, "EventTexts").at(0).vt, HY_VT_BSTR);
+  const auto saved = make(HY_CLSID_VARDEN_LOGGER);
+  int16_t lowAgain = HY_TRUE;
+  const Outcome decoded =
+      callMethod(saved.get(), "DecodeRecording", block, raw, missing(), byRef(HY_VT_BOOL, &lowAgain));
+  EXPECT_EQ(decoded.Answer.lVal, 0);
+  EXPECT_EQ(lowAgain, HY_FALSE);
+  EXPECT_EQ(get(saved.get(), "Samples").lVal, static_cast<int32_t>(samples));
+  EXPECT_EQ(callMethod(saved.get(), "DecodeRecording", block, number(1)).Argument, 0U);
 }
 
 TEST(Workflows, ArgumentsMayBeNamed) {

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/inside.h"
+#include "support/failures.h"
 #include "support/surroundings.h"
 #include "workflows/workbench.h"
 
@@ -38,12 +40,92 @@ TEST(SavedRecording, HasEveryByteThatCameAndTellsWhenTheyAreNotTheLoggers) {
     ASSERT_GT(held, 1200);
     EXPECT_EQ(saved.bytesInLogger(), held);
     EXPECT_EQ(std::ssize(saved.Raw) == held, whole);
-    EXPECT_EQ(saved.mismatch().empty(), whole) << saved.mismatch();
+    const bool sound = whole || more < 0;
+    EXPECT_EQ(saved.isPart(), more < 0);
+    EXPECT_EQ(saved.mismatch().empty(), sound) << saved.mismatch();
     EXPECT_TRUE(whole || code == 9) << code;
     EXPECT_TRUE(whole || desk.stored().number(block::DataAvailable) != 0);
-    EXPECT_EQ(saved.mismatch().find(std::to_string(held)) == std::string::npos, whole);
+    EXPECT_EQ(saved.mismatch().find(std::to_string(held)) == std::string::npos, sound);
     const auto kept = desk.logger().memory().first(static_cast<std::size_t>(held));
     EXPECT_TRUE(!whole || std::ranges::equal(saved.Raw, kept));
+  }
+}
+
+/// Whether the shorter of both is how the longer one begins.
+template <class Series>
+bool isBeginningOf(const Series& part, const Series& whole) {
+  return part.size() <= whole.size() && std::equal(part.begin(), part.end(), whole.begin());
+}
+
+void expectBeginning(Workbench& desk, Class_VardenLogger& whole) {
+  Class_VardenLogger& data = *desk.data;
+  const ByteSeries raw = data.Get_RawData();
+  EXPECT_TRUE(isBeginningOf(raw, whole.Get_RawData()));
+  EXPECT_EQ(data.Get_RawDataIsPart(), !raw.empty() && raw.size() < whole.Get_RawData().size());
+  if (raw.empty()) return;
+  EXPECT_GE(data.Get_RetrieveStep(), RetrieveStep_Downloading);
+  EXPECT_EQ(data.Get_BytesInLogger(), whole.Get_BytesInLogger());
+  EXPECT_EQ(data.Get_ConfigBlock(), whole.Get_ConfigBlock());
+  EXPECT_EQ(engineering::savedRecording(data, false).mismatch(), "");
+  Class_VardenLogger decoded;
+  EXPECT_EQ(decoded.DecodeRecording(data.Get_ConfigBlock(), raw), Decode_OK);
+  EXPECT_EQ(decoded.Get_RawDataIsPart(), data.Get_RawDataIsPart());
+  EXPECT_GT(decoded.Get_Samples(), 10);
+  EXPECT_TRUE(isBeginningOf(decoded.Get_ActivityArray(), whole.Get_ActivityArray()));
+  EXPECT_TRUE(isBeginningOf(decoded.Get_EventTexts(), whole.Get_EventTexts()));
+  EXPECT_TRUE(isBeginningOf(decoded.Get_EventTimes(), whole.Get_EventTimes()));
+}
+
+TEST(SavedRecording, OfABrokenDownloadIsTheBeginningOfTheWhole) {
+  void (*const breaks[])(Workbench&, std::uint64_t) = {
+      [](Workbench& desk, std::uint64_t at) { desk.bench.line().Faults.CutAfterTotal = at; },
+      [](Workbench& desk, std::uint64_t at) { desk.bench.Dock->unplugAfterBytes(at); },
+      [](Workbench& desk, std::uint64_t at) {
+        desk.bench.line().Faults.ActAfterTotal = at;
+        desk.bench.line().Faults.Action = [&desk] { desk.host->AbortIn = desk.host->Rounds + 1; };
+      }};
+  for (const enmLoggerPointer model : Models) {
+    const auto good = ended(model, 24h);
+    ASSERT_EQ(good->retrieve(), 0);
+    EXPECT_EQ(good->data->Get_RetrieveStep(), RetrieveStep_Done);
+    EXPECT_FALSE(good->data->Get_RawDataIsPart());
+    const std::uint64_t all = good->bench.line().traffic().total();
+    std::size_t parts = 0, tried = 0;
+    for (std::uint64_t at = 1; at < all; at += 331, ++tried) {
+      SCOPED_TRACE(std::to_string(at) + " of model " + std::to_string(model));
+      const auto desk = ended(model, 24h);
+      desk->main->Let_WakeOnInput(tried % 2 == 0);
+      breaks[tried % std::size(breaks)](*desk, at);
+      desk->retrieve();
+      expectBeginning(*desk, *good->data);
+      parts += desk->data->Get_RawDataIsPart() ? 1 : 0;
+    }
+    EXPECT_GE(parts, tried / 2);
+
+    // The second attempt brings less than the first, and the third finds no dock.
+    const auto desk = ended(model, 24h);
+    desk->main->Let_MaxCommunicationRetries(3);
+    std::size_t first = 0, begins = 0;
+    auto& faults = desk->bench.line().Faults;
+    faults.CutAfterTotal = all * 9 / 10;
+    faults.CutEndsOnReopen = true;
+    desk->host->EachRound = [&] {
+      const std::size_t downloads = desk->heard("show data"), came = desk->bench.line().traffic().BytesToPc;
+      if (downloads == 1) first = std::max(first, static_cast<std::size_t>(desk->host->Downloaded));
+      if (downloads < 2) begins = came;
+      if (came > begins + 1200 && desk->bench.Dock->plugged()) desk->bench.Dock->unplug();
+    };
+    EXPECT_EQ(desk->retrieve(), ReturnCode::NotFound);
+    EXPECT_EQ(desk->data->Get_RawData().size(), first);
+    expectBeginning(*desk, *good->data);
+    // A packet is missing in what came.
+    const auto gap = ended(model, 24h);
+    gap->logger().Faults.Transfer.MisnumberPacket = once(2);
+    faults = {};
+    gap->bench.line().Faults.CutAfterTotal = all * 2 / 3;
+    gap->retrieve();
+    EXPECT_LE(gap->data->Get_RawData().size(), 2048U);
+    expectBeginning(*gap, *good->data);
   }
 }
 
@@ -72,6 +154,19 @@ TEST(SavedRecording, KeepsWhatAnOlderBlockLacks) {
     EXPECT_EQ(engineering::decode(*opened, false, low), Decode_OK);
     EXPECT_EQ(opened->Get_ActivityArray(), desk.data->Get_ActivityArray());
   }
+  Class_VardenLogger decoded;
+  const auto number = [&](const ByteSeries& block, const ByteSeries& bytes, const char* firmware) {
+    return numberOf([&] { decoded.DecodeRecording(block, bytes, firmware); });
+  };
+  const ByteSeries block = desk.data->Get_ConfigBlock();
+  EXPECT_EQ(number(block, saved.Raw, "00.01.0029"), 0);
+  EXPECT_EQ(decoded.Get_ActivityArray(), desk.data->Get_ActivityArray());
+  EXPECT_EQ(number(block, saved.Raw, ""), FailureNumber::OutOfRange);
+  EXPECT_EQ(number(block, {}, "00.01.0029"), FailureNumber::OutOfRange);
+  EXPECT_EQ(number({}, saved.Raw, "00.01.0029"), FailureNumber::OutOfRange);
+  EXPECT_EQ(number({block.begin(), block.end() - 1}, saved.Raw, ""), FailureNumber::DamagedConfig);
+  Inside::of(decoded).link().subOpenPort(33, 13, 8, 3, 3, 0, false, true);
+  EXPECT_EQ(number(block, saved.Raw, "00.01.0029"), FailureNumber::InvalidCall);
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ std::shared_ptr<hw::Class_VardenLogger> readDocked(Session& session, const std::
   session.endProgress();
   requireNotStopped();
   if (code != 0) throw hw::Failure(code, "wristlog", explanationOf(code, model));
-  if (!logger || engineering::rawConfigHex(*logger).empty())
+  if (!logger || logger->Get_ConfigBlock().empty())
     throw hw::Failure(hw::ReturnCode::NotFound, "wristlog", full);
   return logger;
 }

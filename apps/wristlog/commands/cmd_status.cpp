@@ -37,7 +37,7 @@ Status askStatus(Session& session, hw::enmLoggerPointer model) {
 
 /// Whether a logger was read; without one its values are all 0.
 bool wasRead(const Status& status) {
-  return status.Logger && status.Subject && !engineering::rawConfigHex(*status.Logger).empty();
+  return status.Logger && status.Subject && !status.Logger->Get_ConfigBlock().empty();
 }
 
 Json batteryJson(float days) { return std::isnan(days) ? Json() : Json(roundedDays(days)); }

@@ -32,8 +32,7 @@ std::string snakeCase(const std::string& name) {
     const bool upper = isUpper(name[i]);
     const bool afterUpper = i > 0 && isUpper(name[i - 1]);
     const bool afterWord = i > 1 && afterUpper && isUpper(name[i - 2]);
-    if (i > 0 && isLetter(name[i - 1]) &&
-        ((upper && !afterUpper) || (!upper && isLetter(name[i]) && afterWord)))
+    if (i > 0 && ((upper && !afterUpper) || (!upper && isLetter(name[i]) && afterWord)))
       result += '_';
     result += upper ? static_cast<char>(name[i] - 'A' + 'a') : name[i];
   }
@@ -90,12 +89,20 @@ void putLocal(Json& object, const std::string& name, const T& value) {
   put(object, name, value);
 }
 
+template <class T>
+constexpr bool IsSeries = false;
+template <class T>
+constexpr bool IsSeries<std::vector<T>> = true;
+
+/// Leaves series out without making them.
 template <class Read>
 void putComputed(Json& object, const std::string& name, const Read& read) {
-  try {
-    put(object, name, read());
-  } catch (const hw::Failure&) {
-    object[name] = nullptr;
+  if constexpr (!IsSeries<std::invoke_result_t<Read>>) {
+    try {
+      put(object, name, read());
+    } catch (const hw::Failure&) {
+      object[name] = nullptr;
+    }
   }
 }
 
@@ -141,14 +148,14 @@ Json recordingJson(hw::Class_VardenLogger& logger, std::optional<hw::enmDecodeRe
   put(object, "start_time_gmt", logger.Get_StartTimeGMT());
   object["low_battery"] = lowBattery;
   object["marker_count"] = logger.Get_MarkerCount();
-  object["marker2_count"] = engineering::marker2Count(logger);
+  object["marker2_count"] = logger.Get_Marker2Count();
   object["activity"] = seriesJson(logger.Get_ActivityArray());
   object["light"] = seriesJson(logger.Get_LightArray());
   object["red"] = seriesJson(logger.Get_RedLightArray());
   object["green"] = seriesJson(logger.Get_GreenLightArray());
   object["blue"] = seriesJson(logger.Get_BlueLightArray());
   object["marker"] = seriesJson(logger.Get_MarkerArray());
-  object["marker2"] = seriesJson(engineering::marker2(logger));
+  object["marker2"] = seriesJson(logger.Get_Marker2Array());
   object["wrist"] = seriesJson(logger.Get_WristStatusArray());
   const hw::EventLog& log = engineering::events(logger);
   Json& events = object["events"] = Json::array();

@@ -107,7 +107,7 @@ void addFacts(picture::PlottedRecording& plot, const DecodedRecording& recording
   add("Recorded", modeWords(mode));
   addPeriodFacts(plot);
   add("Markers", std::to_string(logger.Get_MarkerCount()) + " of button 1, " +
-                     std::to_string(engineering::marker2Count(logger)) + " of button 2");
+                     std::to_string(logger.Get_Marker2Count()) + " of button 2");
   // A logger decoded from files that do not hold the voltage has none.
   if (logger.Get_BatteryVoltage() > 0) add("Battery", engineering::batteryWords(logger));
   add("Result", verdictOf(recording));
@@ -146,7 +146,7 @@ picture::PlottedRecording plottedRecording(DecodedRecording recording) {
   for (const hw::Tristate off : logger.Get_WristStatusArray())
     plot.OffWrist.push_back(off == hw::Tristate::True);
   addMarkers(plot, logger.Get_MarkerArray(), 1);
-  addMarkers(plot, engineering::marker2(logger), 2);
+  addMarkers(plot, logger.Get_Marker2Array(), 2);
   addEvents(plot, logger);
   addFacts(plot, recording, *mode);
   addWarnings(plot, recording);

@@ -240,7 +240,7 @@ Json summaryJson(const DecodedRecording& recording) {
   summary["start_utc"] = engineering::isoDate(logger.Get_StartTimeGMT(), "Z");
   summary["epoch_seconds"] = logger.Get_EpochLength();
   summary["samples"] = logger.Get_Samples();
-  summary["markers"] = logger.Get_MarkerCount() + engineering::marker2Count(logger);
+  summary["markers"] = logger.Get_MarkerCount() + logger.Get_Marker2Count();
   summary["battery"] = engineering::batteryWords(logger);
   summary["low_battery_detected"] = recording.LowBattery;
   summary["result"] = nameOf(recording.Result);

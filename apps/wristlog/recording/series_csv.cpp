@@ -175,7 +175,7 @@ void addSeriesCsv(platform::NewFile& file, const hw::Class_VardenLogger& logger)
   columns.add("green_uw_cm2", logger.Get_GreenLightArray());
   columns.add("blue_uw_cm2", logger.Get_BlueLightArray());
   columns.add("marker", logger.Get_MarkerArray());
-  columns.add("marker2", engineering::marker2(logger));
+  columns.add("marker2", logger.Get_Marker2Array());
   columns.add("off_wrist", logger.Get_WristStatusArray());
   addRows(file, columns, logger, logger.Get_StartTimeGMT());
 }

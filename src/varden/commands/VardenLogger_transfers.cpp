@@ -70,17 +70,36 @@ std::unique_ptr<VardenLogger> VardenLogger::fncReadVardenConfig(bool NewLogger) 
   });
 }
 
-/// After an abort during the transfer the raw data are as they were.
+void VardenLogger::keepRead(std::vector<Class_Packet> packets) {
+  if (packets.empty()) return;
+  const std::size_t held = record.ConfigBlock.NextMemoryAddress, last = packets.back().BinData.size();
+  ByteArray raw = joinPackets(packets);
+  if (raw.size() < held) {
+    keepConsecutivePackets(packets);
+    raw = joinPackets(packets);
+  }
+  if (raw.size() > held && raw.size() - held < last) raw.resize(held);
+  if (raw.size() > lastRead_.Raw.size() || !isSameRecording(lastRead_.Record, record))
+    lastRead_ = {record, std::move(raw)};
+}
+
+/// After an abort during the transfer the raw data are as they were. The part that came is kept beside them.
 void VardenLogger::fncReadVardenData() {
   ShellProcedure shell{link(), "fncReadVardenData"};
   shell.procedure.passesOn(NoCharacters, NoFinalCharacter, WrongCharacters, RetriesExceeded, NoPacket,
                            UnknownStructure, DamagedConfig);
+  shell.procedure.cleanUp([this] {
+    PacketArray part = link().takeReceivedPackets();
+    dropRepeatedPackets(part);
+    keepRead(std::move(*part));
+  });
   shell.procedure.run([&] {
     commsAborted_ = false;
     shell.ask(shell::ShowData);
     PacketArray packets = receivePackets(shell, link(), mostDataBytes(record.BytesUsed));
     if (commsAborted_) return;
     dropRepeatedPackets(packets);
+    if (packets) keepRead(*packets);
     lastPacketBytes_ = packets && !packets->empty() ? packets->back().BinData.size() : 0;
     shell.procedure.statement([&] { subSetRawDataFromPackets(packets); });
     letLoggerSettle(shell);

@@ -20,6 +20,13 @@ void dropRepeatedPackets(PacketArray& packets) {
   packets->erase(repeats, packets->end());
 }
 
+void keepConsecutivePackets(std::vector<Class_Packet>& packets) {
+  std::uint8_t expected = 1;
+  packets.erase(std::find_if(packets.begin(), packets.end(),
+                             [&](const Class_Packet& packet) { return packet.PacketNum != expected++; }),
+                packets.end());
+}
+
 std::vector<Class_Packet> splitIntoPackets(std::span<const std::uint8_t> bytes) {
   std::vector<Class_Packet> packets;
   while (!bytes.empty()) {

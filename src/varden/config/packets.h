@@ -14,6 +14,10 @@ void requirePackets(const PacketArray& packets, const char* procedure);
 /// that counts wrongly, the bytes alone would lose parts of a recording that stays the same.
 void dropRepeatedPackets(PacketArray& packets);
 
+/// Leaves out all packets from the first whose number is not the next one, counted from 1: before it one is
+/// missing.
+void keepConsecutivePackets(std::vector<Class_Packet>& packets);
+
 /// The bytes in packets of 128 (the last one may be shorter), numbered from 1.
 std::vector<Class_Packet> splitIntoPackets(std::span<const std::uint8_t> bytes);
 

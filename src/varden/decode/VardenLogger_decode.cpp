@@ -10,6 +10,7 @@
 #include "varden/VardenLogger.h"
 #include "varden/config/packets.h"
 #include "varden/decode/stream_decoder.h"
+#include "varden/failures.h"
 
 namespace hy_wristlog {
 namespace {
@@ -32,7 +33,6 @@ void VardenLogger::subSetRawDataFromPackets(const PacketArray& packets) {
   procedure.run([&] {
     requirePackets(packets, "subSetRawDataFromPackets");
     record.RawData = joinPackets(*packets);
-    record.CutOffData.clear();
   });
 }
 
@@ -49,7 +49,6 @@ enmDecodeResult VardenLogger::fncDecodeDataArrays(bool& LowBatteryDetected,
     procedure.statement([&] {
       if (!RawBytes) return;
       record.RawData = *RawBytes;
-      record.CutOffData.clear();
       record.BytesUsed = fault::narrow<std::int32_t>(RawBytes->size());
     });
     procedure.statement([&] { options = optionsOfThisWorld(DiagnosticDecode); });
@@ -57,6 +56,22 @@ enmDecodeResult VardenLogger::fncDecodeDataArrays(bool& LowBatteryDetected,
     procedure.statement([&] { decoder->finish(); });
   });
   return decoder ? decoder->result() : Decode_InputError;
+}
+
+enmDecodeResult VardenLogger::decodeRecording(const ByteArray& configBlock, const ByteArray& raw,
+                                              std::string_view firmware, bool& lowBatteryDetected,
+                                              bool diagnostic) {
+  const CommandUnderWay command;
+  if (link().Get_PortReady()) fault::raise(fault::InvalidCall, "The logger's port is open");
+  if (configBlock.empty() || raw.empty())
+    raiseFrom("DecodeRecording", FailureNumber::OutOfRange, "No config block, or no bytes");
+  record = {};
+  lastRead_ = {};
+  retrieveStep_ = RetrieveStep_None;
+  subDecodeVardenLoggerConfig(splitIntoPackets(configBlock));
+  if (!firmware.empty()) record.FirmwareVersion = firmware;
+  lastRead_ = {record, raw};
+  return fncDecodeDataArrays(lowBatteryDetected, raw, diagnostic);
 }
 
 }  // namespace hy_wristlog

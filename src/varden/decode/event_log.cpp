@@ -23,17 +23,23 @@ std::string EventLog::words(std::size_t index) const {
   return std::string(entries_[index].Text) + entries_[index].Suffix;
 }
 
-std::string EventLog::text(std::size_t index) const {
+std::string EventLog::recordHex(std::size_t index) const {
   const Entry& entry = entries_[index];
-  const std::string time = entry.Time == UnknownDate ? "Time Unknown" : dateText_(entry.Time);
   std::string text;
-  text.append("\"").append(time).append("\",\"").append(words(index)).append("\",\"");
   for (std::size_t i = 0; i < entry.Length; ++i) {
     constexpr char Digits[] = "0123456789ABCDEF";
     text += Digits[entry.Record[i] >> 4];
     text += Digits[entry.Record[i] & 15];
   }
-  return text += '"';
+  return text;
+}
+
+std::string EventLog::text(std::size_t index) const {
+  const Entry& entry = entries_[index];
+  const std::string time = entry.Time == UnknownDate ? "Time Unknown" : dateText_(entry.Time);
+  std::string text;
+  text.append("\"").append(time).append("\",\"").append(words(index)).append("\",\"");
+  return text.append(recordHex(index)).append("\"");
 }
 
 }  // namespace hy_wristlog

@@ -25,6 +25,7 @@ class EventLog {
   std::size_t size() const { return entries_.size(); }
   double time(std::size_t index) const { return entries_[index].Time; }
   std::string words(std::size_t index) const;
+  std::string recordHex(std::size_t index) const;
   /// Time, words and the record in hexadecimal: three fields in quotes with commas between them.
   std::string text(std::size_t index) const;
 

@@ -171,11 +171,7 @@ void StreamDecoder::finish() {
       walk_.Result = Decode_POSTcausedEventError;
     }
     const auto used = static_cast<std::size_t>(record.BytesUsed);
-    if (record.RawData && record.RawData->size() > used) {
-      const auto cut = record.RawData->begin() + static_cast<std::ptrdiff_t>(used);
-      record.CutOffData.insert(record.CutOffData.begin(), cut, record.RawData->end());
-      record.RawData->resize(used);
-    }
+    if (record.RawData && record.RawData->size() > used) record.RawData->resize(used);
     walk_.Raw = {};
     record.Samples = fault::narrow<std::int32_t>(walk_.Index);
     walk_.Arrays.settle(walk_.Index > 0 ? walk_.Index : walk_.Arrays.upperBound() + 1);
