@@ -140,6 +140,8 @@ HyArray* newArrayBelowZero() { return newVariants(1, -1); }
 void putPlain(HyVariant& to, const std::vector<std::int32_t>& series) { putElements(to, HY_VT_I4, series); }
 void putPlain(HyVariant& to, const LightSeries& series) { putElements(to, HY_VT_R4, series); }
 void putPlain(HyVariant& to, const TristateSeries& series) { putElements(to, HY_VT_I1, series); }
+void putPlain(HyVariant& to, const ByteSeries& series) { putElements(to, HY_VT_UI1, series); }
+void putPlain(HyVariant& to, const DateSeries& series) { putElements(to, HY_VT_DATE, series); }
 
 void takeSeries(const HyVariant& value, std::vector<std::int32_t>& series) { takeElements(value, series); }
 void takeSeries(const HyVariant& value, LightSeries& series) { takeElements(value, series); }

@@ -20,6 +20,8 @@ HyArray* newArrayBelowZero();
 void putPlain(HyVariant& to, const std::vector<std::int32_t>& series);
 void putPlain(HyVariant& to, const LightSeries& series);
 void putPlain(HyVariant& to, const TristateSeries& series);
+void putPlain(HyVariant& to, const ByteSeries& series);
+void putPlain(HyVariant& to, const DateSeries& series);
 
 inline bool isEmpty(std::int32_t element) { return element == EmptyActivity; }
 inline bool isEmpty(float element) { return element != element; }

@@ -20,6 +20,7 @@ from .enums import *  # noqa: F403
 from .errors import ComponentError, HyWristlogError, LibraryNotFoundError
 from .objects import (
     ConfigureResult,
+    DecodeResult,
     LoggerSeconds,
     Main,
     Pendrel,
@@ -33,6 +34,7 @@ __all__ = [
     "EMPTY_NUMBER",
     "ComponentError",
     "ConfigureResult",
+    "DecodeResult",
     "HyWristlogError",
     "LibraryNotFoundError",
     "LoggerSeconds",

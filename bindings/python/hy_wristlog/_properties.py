@@ -8,7 +8,7 @@ from typing import Any, Callable, Generic, List, Optional, Type, TypeVar, Union,
 
 from . import dates
 from ._component import Dispatch
-from ._values import VT_DATE, Variant, numbers, taken, truths
+from ._values import VT_DATE, Variant, day_counts, numbers, octets, taken, texts, truths
 
 T = TypeVar("T")
 
@@ -200,3 +200,18 @@ def Truths(doc: str, writable: bool = False) -> "Property[List[Optional[bool]]]"
         return value
 
     return Series(doc, truths, take if writable else None)
+
+
+def Octets(doc: str) -> "Property[bytes]":
+    return Series(doc, octets, None)
+
+
+def Texts(doc: str) -> "Property[List[str]]":
+    return Property(doc, texts)
+
+
+def Moments(doc: str) -> "Property[List[Optional[datetime]]]":
+    def give(variant: Variant) -> List[Optional[datetime]]:
+        return [dates.from_date(day_count, True) for day_count in day_counts(variant)]
+
+    return Series(doc, give, None)

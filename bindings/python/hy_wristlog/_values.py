@@ -173,6 +173,30 @@ def truths(variant: Variant) -> List[Optional[bool]]:
     return series
 
 
+def octets(variant: Variant) -> bytes:
+    return _series_bytes(variant, VT_UI1).tobytes()
+
+
+def day_counts(variant: Variant) -> List[float]:
+    return _series_bytes(variant, VT_DATE).cast("d").tolist()
+
+
+def texts(variant: Variant) -> List[str]:
+    """An array of texts, which is then cleared."""
+    try:
+        if variant.vt == VT_EMPTY:
+            return []
+        if variant.vt != VT_ARRAY | VT_VARIANT:
+            raise ValueError(f"an array was expected, not type {variant.vt}")
+        data = Array.from_address(variant.pointer)
+        elements = (Variant * data.rgsabound[0].cElements).from_address(data.pvData)
+        if any(element.vt != VT_BSTR for element in elements):
+            raise ValueError("an element that is no text")
+        return [text_at(element.pointer) for element in elements]
+    finally:
+        variant.clear()
+
+
 class Given:
     """Values on their way to the component, in memory of Python's own: as long as this lives, the variants
     may be read, but nothing in them may be kept or freed."""
@@ -194,6 +218,10 @@ class Given:
             variant.vt, variant.dblVal = VT_R8, value
         elif isinstance(value, str):
             self._set_text(variant, value)
+        elif isinstance(value, bytes):
+            block = ctypes.create_string_buffer(value)
+            self._kept.append(block)
+            self._set_array(variant, VT_UI1, 1, len(value), ctypes.addressof(block))
         elif isinstance(value, array):
             self._set_numbers(variant, value)
         elif isinstance(value, list):

@@ -11,6 +11,7 @@ __all__ = [
     "enmLowPowerShutdown",
     "enmMemoryFull",
     "enmPDLoggingMode",
+    "enmRetrieveStep",
     "enmTimeFormat",
     "enmVardenLoggingMode",
 ]
@@ -145,3 +146,16 @@ class enmDecodeResult(IntEnum):
     Decode_BigDiffBetweenAcqTimes = 15
     Decode_TooLongSinceLastAcqStop = 16
     Decode_POSTcausedEventError = 17
+
+
+class enmRetrieveStep(IntEnum):
+    """How far the attempts of a retrieval have come. From RetrieveStep_Stopped on the logger records no more."""
+
+    RetrieveStep_None = 0
+    RetrieveStep_Reached = 1
+    RetrieveStep_Stopping = 2
+    RetrieveStep_Stopped = 3
+    RetrieveStep_Downloading = 4
+    RetrieveStep_Downloaded = 5
+    RetrieveStep_Decoded = 6
+    RetrieveStep_Done = 7

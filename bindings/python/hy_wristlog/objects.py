@@ -10,9 +10,12 @@ from ._objects import EventSource, Object, Workflows
 from ._properties import (
     Enumeration,
     Moment,
+    Moments,
     Numbers,
+    Octets,
     Real,
     Text,
+    Texts,
     TimeOfDay,
     Truth,
     Truths,
@@ -33,6 +36,7 @@ from .enums import (
     enmLowPowerShutdown,
     enmMemoryFull,
     enmPDLoggingMode,
+    enmRetrieveStep,
     enmTimeFormat,
     enmVardenLoggingMode,
 )
@@ -128,6 +132,18 @@ class VardenLogger(EventSource):
         "of a failure it reads 0."
     )
     CurrentGMTtime = Moment("The logger's clock now, worked out from its last reading.", utc=True)
+    Marker2Array = Truths("True where button 2 of a Kestrin Vivid was pressed, None elsewhere.")
+    Marker2Count = Whole("How often button 2 was pressed.")
+    EventTimes = Moments("When each decoded event happened; None where its record does not tell.")
+    EventTexts = Texts("What happened.")
+    EventRecords = Texts("The bytes of each event, in hexadecimal.")
+    ConfigBlock = Octets("The config block that belongs to `RawData`, or that was read last.")
+    RawData = Octets(
+        "The bytes of the recording that the last retrieval has read: all, or the longest part that came."
+    )
+    RawDataIsPart = Truth("Whether `RawData` are only the beginning of what the logger held.")
+    BytesInLogger = Whole("How many bytes the logger held.")
+    RetrieveStep = Enumeration("How far the retrieval has come.", enmRetrieveStep)
 
     def subVardenConfigCRCreset(self) -> None:
         """Makes the docked logger compute its configuration's checksum anew. Its port must be open.
@@ -137,6 +153,29 @@ class VardenLogger(EventSource):
         """
         with self._working():
             self._dispatch.call("subVardenConfigCRCreset").clear()
+
+    def DecodeRecording(
+        self, ConfigBlock: bytes, RawData: bytes, FirmwareVersion: str = "", *, Diagnostic: bool = False
+    ) -> "DecodeResult":
+        """Makes this object the logger that a saved config block describes, and decodes its saved bytes, of which the
+        beginning will do.
+
+        `FirmwareVersion`, like 01.01.0007, must be given for a block of version 1, which has none. `Diagnostic` goes
+        on after some damage. Raises HyWristlogError 5 (InvalidCall) while the logger's port is open; 11503
+        (OutOfRange) without bytes; 11504 and 11505 (UnknownStructure, DamagedConfig) for a block that cannot be read;
+        and 7, 9, 11, 11502 or 11503 for bytes that cannot be decoded with it.
+        """
+        low = _Variable(VT_BOOL)
+        with self._working():
+            verdict = self._dispatch.call(
+                "DecodeRecording",
+                bytes(memoryview(ConfigBlock)),
+                bytes(memoryview(RawData)),
+                text(FirmwareVersion),
+                low.argument,
+                truth(Diagnostic),
+            )
+        return DecodeResult(enmDecodeResult(taken(verdict)), low.variant.boolVal != 0)
 
 
 class Pendrel(Object):
@@ -191,6 +230,11 @@ class StatusResult(NamedTuple):
     logger: Optional[VardenLogger]
     subject: Optional[Subject]
     battery_life_remaining: Optional[float]
+
+
+class DecodeResult(NamedTuple):
+    decode_result: enmDecodeResult
+    low_battery_detected: bool
 
 
 class RetrieveResult(NamedTuple):

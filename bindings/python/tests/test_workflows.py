@@ -11,6 +11,7 @@ from hy_wristlog import (
     HyWristlogError,
     Main,
     Subject,
+    VardenLogger,
     enmDecodeResult,
     enmDeviceType,
     enmLoggerPointer,
@@ -95,14 +96,37 @@ class Sessions(unittest.TestCase):
             bench.set_up(1, 30)
             bench.wear(timedelta(days=1))
             bench.after_bytes(2000, "cut")
-            self.assertIn(main.Retrieve(VIVID).code, range(3001, 3014))
+            broken = main.Retrieve(VIVID)
+            self.assertIn(broken.code, range(3001, 3014))
+            part = broken.logger
+            self.assertEqual((part.RawDataIsPart, part.RetrieveStep.name), (True, "RetrieveStep_Downloading"))
+            self.assertLess(0, len(part.RawData))
+            self.assertLess(len(part.RawData), part.BytesInLogger)
             bench.act("reconnect")
             bench.advance(60)
             main.MaxCommunicationRetries = 2
             for times, code in ((-1, 10003), (1, 0)):
                 bench.set_fault("lose echo", 20, times)
-                self.assertEqual(main.Retrieve(VIVID).code, code)
+                result = main.Retrieve(VIVID)
+                self.assertEqual(result.code, code)
                 bench.advance(60)
+            whole = result.logger
+            self.assertTrue(whole.RawData.startswith(part.RawData))
+            self.assertEqual((whole.RawDataIsPart, len(whole.RawData)), (False, whole.BytesInLogger))
+            with VardenLogger() as saved:
+                for raw in (part.RawData, whole.RawData):
+                    decoded = saved.DecodeRecording(part.ConfigBlock, raw)
+                    self.assertEqual(decoded, (enmDecodeResult.Decode_OK, False))
+                    self.assertEqual(saved.ActivityArray, whole.ActivityArray[: saved.Samples])
+                    self.assertEqual(saved.EventTimes, whole.EventTimes[: len(saved.EventTimes)])
+                self.assertEqual(saved.EventTexts, whole.EventTexts)
+                self.assertTrue(saved.EventRecords[0].startswith("FD"), saved.EventRecords)
+                self.assertEqual(saved.EventTimes[0], whole.StartTimeGMT)
+                self.assertEqual(saved.Marker2Array.count(True), saved.Marker2Count)
+                with self.assertRaises(HyWristlogError) as refused:
+                    saved.DecodeRecording(b"", part.RawData)
+                self.assertEqual(refused.exception.number, 11503)
+                self.assertRaises(TypeError, saved.DecodeRecording, "x", part.RawData)
 
 
 class Events(BenchCase):
