@@ -186,9 +186,7 @@ std::vector<std::uint8_t> rawFromDump(const std::string& path) {
 }
 
 void setRawData(Class_VardenLogger& logger, std::vector<std::uint8_t> raw) {
-  VardenRecord& record = Inside::of(logger).record;
-  record.BytesUsed = fault::narrow<std::int32_t>(raw.size());
-  record.RawData = std::move(raw);
+  Inside::of(logger).setRawData(std::move(raw));
 }
 
 void checkOutput(const std::string& named, bool overwrite, const std::vector<std::string>& inputs) {

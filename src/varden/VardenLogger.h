@@ -118,6 +118,8 @@ class VardenLogger : public LoggerLink {
   enmDecodeResult fncDecodeDataArrays(bool& LowBatteryDetected, const std::optional<ByteArray>& RawBytes,
                                       bool DiagnosticDecode);
 
+  /// Makes bytes of a saved recording the raw data, as if they had just been read.
+  void setRawData(ByteArray raw);
   /// Class_VardenLogger::DecodeRecording.
   enmDecodeResult decodeRecording(const ByteArray& configBlock, const ByteArray& raw,
                                   std::string_view firmware, bool& lowBatteryDetected, bool diagnostic);

@@ -99,6 +99,115 @@ TEST(Words, ALoggersTextsCommandNoTerminalAndForgeNoLine) {
   expectHarmless({"status", "--model", Hostile}, "vivid");
 }
 
+/// A Kestrin Vivid that has recorded for three days, and what `retrieve` tells when the link fails.
+struct BrokenLink {
+  sim::Bench bench = sim::makeVividBench();
+  hy_wristlog::platform::WorldScope scope{bench.World};
+  TemporaryFolder folder;
+
+  BrokenLink() {
+    bench.Logger->setUp(sim::ordinarySetup(*bench.World, sim::Mode::ActivityAndStandardLight, 60));
+    bench.Logger->wear(std::chrono::hours(72));
+    bench.World->advance(std::chrono::seconds(20));
+  }
+  std::string retrieve(const std::string& into = "made", const std::vector<std::string>& more = {}) {
+    std::vector<std::string> words{"retrieve", "--model", "vivid", "--out", folder / into};
+    words.insert(words.end(), more.begin(), more.end());
+    return told(words);
+  }
+  std::string content(const std::string& name) { return hy_wristlog::contentOf(folder / name); }
+  bool has(const std::string& name) { return std::filesystem::exists(folder / name); }
+};
+
+void expectIn(const std::string& text, const std::vector<std::string>& words) {
+  for (const std::string& each : words) EXPECT_NE(text.find(each), std::string::npos) << each << "\n" << text;
+}
+
+TEST(BrokenRetrieval, KeepsTheBeginningUntilTheWholeComes) {
+  BrokenLink desk;
+  auto& dock = *desk.bench.Dock;
+  const auto breakAfter = [&](std::uint64_t bytes) { dock.unplugAfterBytes(bytes); };
+  const auto again = [&](const std::string& into = "made") {
+    if (!dock.plugged()) dock.plug();
+    desk.bench.World->advance(std::chrono::seconds(60));
+    return into;
+  };
+  breakAfter(5000);
+  const std::string first = desk.retrieve();
+  expectIn(first, {"The dock was disconnected during the download, after ",
+                   " of 22 KB. The recording is still "
+                   "in the logger, which was stopped and records no more. Connect the dock",
+                   "The beginning of the recording came: ", ", until 2026-", "Written to"});
+  EXPECT_EQ(first.find("Docks.INI"), std::string::npos) << first;
+  EXPECT_FALSE(desk.has("made/raw.bin") || desk.has("made/series.csv"));
+  const std::string shortPart = desk.content("made/raw.partial.bin");
+  ASSERT_GT(shortPart.size(), 1000U);
+
+  const std::string made = desk.folder / "made";
+  expectIn(told({"decode", made, "--out", made, "--force"}), {"Only the beginning of a recording: "});
+  expectIn(told({"plot", made, "--force"}), {"Only the beginning of a recording: "});
+  expectIn(desk.content("made/recording.json"), {"\"part\": true", "Only the beginning"});
+  expectIn(desk.content("made/actogram.svg"), {"Beginning of a recording of "});
+  expectIn(told({"report", made, "--out", desk.folder / "r.csv"}), {"is only the beginning of a recording"});
+  const std::string partSeries = desk.content("made/series.partial.csv");
+  EXPECT_FALSE(desk.has("made/series.csv") || desk.has("r.csv"));
+
+  // A shorter part is not kept, a longer one is, and what was made of the former goes.
+  again();
+  breakAfter(3500);
+  expectIn(desk.retrieve(), {"was left as it is"});
+  EXPECT_EQ(desk.content("made/raw.partial.bin"), shortPart);
+  EXPECT_TRUE(desk.has("made/actogram.svg"));
+  again();
+  breakAfter(9000);
+  desk.retrieve();
+  const std::string longPart = desk.content("made/raw.partial.bin");
+  EXPECT_GT(longPart.size(), shortPart.size());
+  EXPECT_FALSE(desk.has("made/actogram.svg") || desk.has("made/series.partial.csv"));
+  again();
+  expectIn(desk.retrieve(), {"The recording is sound."});
+  const std::string whole = desk.content("made/raw.bin"), series = desk.content("made/series.csv");
+  EXPECT_TRUE(whole.starts_with(longPart) && longPart.starts_with(shortPart));
+  EXPECT_TRUE(series.starts_with(partSeries));
+  EXPECT_FALSE(desk.has("made/raw.partial.bin"));
+  // A part never replaces a whole recording, nor does another recording a part.
+  again();
+  breakAfter(9000);
+  expectIn(desk.retrieve("made", {"--force"}), {"was left as it is"});
+  EXPECT_EQ(desk.content("made/raw.bin"), whole);
+  again();
+  breakAfter(9000);
+  desk.retrieve("other");
+  again();
+  desk.bench.Logger->setUp(sim::ordinarySetup(*desk.bench.World, sim::Mode::ActivityAndStandardLight, 60));
+  desk.bench.Logger->wear(std::chrono::hours(2));
+  expectIn(desk.retrieve("other"), {"holds the beginning of another recording", "into another folder"});
+  EXPECT_EQ(desk.content("other/raw.partial.bin").size(), longPart.size());
+}
+
+TEST(BrokenRetrieval, SaysWhereTheRecordingIsWhetherTheLoggerRecordsAndWhatToDo) {
+  const std::tuple<std::string, std::vector<std::string>> cases[] = {
+      {"show config", {"was not stopped, and what it holds is still there."}},
+      {"acq stop 0", {"may have been stopped, or still record. Retrieve it again."}},
+      {"data avail 0",
+       {"was read whole. Only the logger could not be told so: it did not answer any more. The "
+        "recording is still in the logger, which was stopped and records no more.",
+        "The recording is sound.", "Written to"}}};
+  for (const auto& [command, words] : cases) {
+    SCOPED_TRACE(command);
+    BrokenLink desk;
+    std::string typed;
+    desk.bench.line().Tap = [&, command = command](sim::Direction direction, std::uint8_t byte) {
+      if (direction != sim::Direction::ToLogger) return;
+      typed = byte == '\r' ? "" : typed + static_cast<char>(byte);
+      if (typed == command) desk.bench.line().cutNow();
+    };
+    const std::string text = desk.retrieve();
+    expectIn(text, words);
+    EXPECT_EQ(text.find("does not answer.") != std::string::npos, command != "data avail 0") << text;
+  }
+}
+
 TEST(Words, APendrelsTextsDoNeither) {
   const TemporaryFolder folder;
   const std::string made = folder / ("made" + Hostile), seen = R"(\x1B[2J)";

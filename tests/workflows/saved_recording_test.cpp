@@ -51,10 +51,29 @@ TEST(SavedRecording, HasEveryByteThatCameAndTellsWhenTheyAreNotTheLoggers) {
   }
 }
 
+/// So that values that are not there compare equal.
+TextSeries textsOf(const LightSeries& series) {
+  TextSeries texts;
+  for (const float value : series) texts.push_back(std::to_string(value));
+  return texts;
+}
+
 /// Whether the shorter of both is how the longer one begins.
 template <class Series>
 bool isBeginningOf(const Series& part, const Series& whole) {
   return part.size() <= whole.size() && std::equal(part.begin(), part.end(), whole.begin());
+}
+
+/// A recording of activity and light that is over, so that its bytes do not change any more.
+std::unique_ptr<Workbench> wornToTheEnd(enmLoggerPointer model) {
+  auto made = std::make_unique<Workbench>(model);
+  auto& logger = made->logger();
+  logger.setUp(ordinarySetup(*made->bench.World, simulator::Mode::ActivityAndStandardLight, 30));
+  logger.wear(8h);
+  made->stored().set(block::StopTime, made->bench.World->now());
+  made->wait(31s);
+  made->bench.line().resetTraffic();
+  return made;
 }
 
 void expectBeginning(Workbench& desk, Class_VardenLogger& whole) {
@@ -72,6 +91,8 @@ void expectBeginning(Workbench& desk, Class_VardenLogger& whole) {
   EXPECT_EQ(decoded.Get_RawDataIsPart(), data.Get_RawDataIsPart());
   EXPECT_GT(decoded.Get_Samples(), 10);
   EXPECT_TRUE(isBeginningOf(decoded.Get_ActivityArray(), whole.Get_ActivityArray()));
+  EXPECT_TRUE(isBeginningOf(textsOf(decoded.Get_RedLightArray()), textsOf(whole.Get_RedLightArray())));
+  EXPECT_TRUE(isBeginningOf(decoded.Get_WristStatusArray(), whole.Get_WristStatusArray()));
   EXPECT_TRUE(isBeginningOf(decoded.Get_EventTexts(), whole.Get_EventTexts()));
   EXPECT_TRUE(isBeginningOf(decoded.Get_EventTimes(), whole.Get_EventTimes()));
 }
@@ -85,7 +106,7 @@ TEST(SavedRecording, OfABrokenDownloadIsTheBeginningOfTheWhole) {
         desk.bench.line().Faults.Action = [&desk] { desk.host->AbortIn = desk.host->Rounds + 1; };
       }};
   for (const enmLoggerPointer model : Models) {
-    const auto good = ended(model, 24h);
+    const auto good = wornToTheEnd(model);
     ASSERT_EQ(good->retrieve(), 0);
     EXPECT_EQ(good->data->Get_RetrieveStep(), RetrieveStep_Done);
     EXPECT_FALSE(good->data->Get_RawDataIsPart());
@@ -93,7 +114,7 @@ TEST(SavedRecording, OfABrokenDownloadIsTheBeginningOfTheWhole) {
     std::size_t parts = 0, tried = 0;
     for (std::uint64_t at = 1; at < all; at += 331, ++tried) {
       SCOPED_TRACE(std::to_string(at) + " of model " + std::to_string(model));
-      const auto desk = ended(model, 24h);
+      const auto desk = wornToTheEnd(model);
       desk->main->Let_WakeOnInput(tried % 2 == 0);
       breaks[tried % std::size(breaks)](*desk, at);
       desk->retrieve();
@@ -103,7 +124,7 @@ TEST(SavedRecording, OfABrokenDownloadIsTheBeginningOfTheWhole) {
     EXPECT_GE(parts, tried / 2);
 
     // The second attempt brings less than the first, and the third finds no dock.
-    const auto desk = ended(model, 24h);
+    const auto desk = wornToTheEnd(model);
     desk->main->Let_MaxCommunicationRetries(3);
     std::size_t first = 0, begins = 0;
     auto& faults = desk->bench.line().Faults;
@@ -119,7 +140,7 @@ TEST(SavedRecording, OfABrokenDownloadIsTheBeginningOfTheWhole) {
     EXPECT_EQ(desk->data->Get_RawData().size(), first);
     expectBeginning(*desk, *good->data);
     // A packet is missing in what came.
-    const auto gap = ended(model, 24h);
+    const auto gap = wornToTheEnd(model);
     gap->logger().Faults.Transfer.MisnumberPacket = once(2);
     faults = {};
     gap->bench.line().Faults.CutAfterTotal = all * 2 / 3;

@@ -76,6 +76,9 @@ class CommandLine {
   bool usesLink_ = false;
 };
 
+/// Adds a recording's folder and its two files as alternatives.
+void addRecordingPlace(CLI::App* sub, RecordingPlace& place);
+
 // The groups of commands, each in cli_<group>.cpp: a new command is added there, and does its work in
 // commands/cmd_<name>.cpp.
 void addWorkflowCommands(CommandLine& cli);

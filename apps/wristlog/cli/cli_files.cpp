@@ -8,11 +8,6 @@
 namespace wristlog {
 namespace {
 
-void addOutput(CLI::App* sub, OutputOptions& output, const char* description) {
-  sub->add_option("--out", output.File, description)->required()->check(validFile);
-  sub->add_flag("--force", output.Force, "Overwrite what there is");
-}
-
 /// Adds a folder and the file config.ini as alternatives, in the group that it returns.
 CLI::Option_group* addConfigPlace(CLI::App* sub, RecordingPlace& place) {
   CLI::Option_group* group = sub->add_option_group("recording");
@@ -25,6 +20,8 @@ CLI::Option_group* addConfigPlace(CLI::App* sub, RecordingPlace& place) {
   return group;
 }
 
+}  // namespace
+
 void addRecordingPlace(CLI::App* sub, RecordingPlace& place) {
   CLI::Option_group* group = addConfigPlace(sub, place);
   CLI::Option* config = group->get_option("--config");
@@ -33,6 +30,13 @@ void addRecordingPlace(CLI::App* sub, RecordingPlace& place) {
   raw->excludes(group->get_option("RECORDING"))->needs(config);
   config->needs(raw);
   group->require_option(1, 2);
+}
+
+namespace {
+
+void addOutput(CLI::App* sub, OutputOptions& output, const char* description) {
+  sub->add_option("--out", output.File, description)->required()->check(validFile);
+  sub->add_flag("--force", output.Force, "Overwrite what there is");
 }
 
 /// Adds the alternatives of a saved configuration and a docked logger's.

@@ -83,8 +83,7 @@ void addDecode(CommandLine& cli) {
   auto options = std::make_shared<DecodeOptions>();
   CLI::App* sub = cli.add("decode", "Decode a saved recording again",
                           [&cli, options] { return runDecode(cli.Common, *options); });
-  sub->add_option("--config", options->Place.ConfigFile, "config.ini of the recording")->required();
-  sub->add_option("--raw", options->Place.RawFile, "raw.bin, or a raw data CSV")->required();
+  addRecordingPlace(sub, options->Place);
   CommandLine::addFolder(sub, options->Folder, options->Force,
                          "Folder for the recording's files; else none are written");
   sub->add_flag("--diagnostic", options->Diagnostic, "Go on where the data are questionable");
@@ -92,7 +91,7 @@ void addDecode(CommandLine& cli) {
   sub->add_option("--now", options->Now,
                   "Decode as if it were this time (UTC, yyyy-mm-ddThh:mm:ss); else that of the retrieval")
       ->check(validDate);
-  sub->footer("Example: wristlog decode --config subject-17/config.ini --raw subject-17/raw.bin");
+  sub->footer("Example: wristlog decode subject-17");
 }
 
 }  // namespace

@@ -50,13 +50,17 @@ Result askStatus(hw::Class_Main& main, const ConsoleOptions& options) {
 
 Result retrieveRecording(hw::Class_Main& main, const ConsoleOptions& options) {
   const hw::enmLoggerPointer model = modelFromName(options.Model);
-  const Retrieval retrieval = retrieve(main, model, options.IgnoreWarnings);
+  Retrieval retrieval = retrieve(main, model, options.IgnoreWarnings);
   RetrievedRecording recording(*retrieval.Logger, retrieval.Verdict, retrieval.LowBattery);
-  Result result = resultOf(retrieval.Code, model, retrieval.Verdict ? " " + verdictWords(retrieval) : "");
-  if (const std::string trouble = recording.trouble(); !trouble.empty())
-    result = {NotWhole, "Code " + std::to_string(NotWhole) + ": " + trouble};
-  if (const RecordingFiles files(options.Folder, options.Force);
-      !options.Folder.empty() && recording.mayBeWritten(files)) {
+  constexpr bool AskedToStop = false;
+  const std::string words = judge(retrieval, recording, model, AskedToStop);
+  Result result{retrieval.Code, "Code " + std::to_string(retrieval.Code) + ": " + words};
+  if (retrieval.Verdict) result.Words += " " + verdictWords(retrieval);
+  if (recording.part())
+    result.Words += " The beginning of the recording came: " + wordsFor(*recording.part()) + ".";
+  if (RecordingFiles files(options.Folder, options.Force); !options.Folder.empty()) {
+    files.replacePart();
+    if (!recording.mayBeWritten(files)) return result;
     recording.write(files);
     result.Words += " Written to " + options.Folder + ".";
   }
@@ -82,7 +86,10 @@ Result watch(const CommonOptions& common, const ConsoleOptions& options) {
   const platform::WorldScope here(
       makeWatchedWorld(world, machine->clock(), options.Speed, [&screen] { screen.attend(); }));
   hw::setHost(host);
-  if (!options.Folder.empty()) RecordingFiles(options.Folder, options.Force).prepare();
+  if (RecordingFiles files(options.Folder, options.Force); !options.Folder.empty()) {
+    files.replacePart();
+    files.prepare();
+  }
   Result result;
   hw::Class_Main main;
   main.Let_WakeOnInput(true);

@@ -19,7 +19,7 @@ namespace engineering = hy_wristlog::engineering;
 int runDecode(const CommonOptions& common, const DecodeOptions& options) {
   const RecordingFiles files(options.Folder, options.Force);
   if (!options.Folder.empty()) files.prepare();
-  const auto recording = readRecording(options.Place);
+  const auto recording = readRecording(options.Place, Parts::Accepted);
   const RecordingWorld world(options.Now.empty() ? momentOf(recording)
                                                  : engineering::dateFromText(options.Now));
   const DecodedRecording result = decoded(recording, options.Place, options.Diagnostic);
@@ -28,12 +28,14 @@ int runDecode(const CommonOptions& common, const DecodeOptions& options) {
     files.requireEpochs(*logger);
     const Json summary = summaryJson(result);
     files.writeRaw(recording);
-    files.writeDecoded(*logger, summary);
+    files.writeDecoded(result, summary);
     files.writePictures(result);
   }
 
   if (common.AsJson) {
-    print(recordingJson(*logger, result.Result, result.LowBattery));
+    Json document = recordingJson(*logger, result.Result, result.LowBattery);
+    if (result.Part) document.update(partJson(*result.Part));
+    print(document);
     return Good;
   }
   say() << verdictOf(result) << ' ' << counted(logger->Get_Samples(), "epoch") << " of "

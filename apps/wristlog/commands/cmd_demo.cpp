@@ -142,7 +142,7 @@ class Demo {
     require("Retrieve", code);
     const double elapsed = bench_.World->elapsed() - before;
     RetrievedRecording recording(*logger, result, lowBattery);
-    if (!recording.isSound()) throw hw::Failure(NotWhole, "Class_Main.Retrieve", recording.trouble());
+    if (!recording.isSound()) require("Retrieve", NotWhole);
     const Json summary = recording.write(files_, MadeByDemo);
     files_.writePictures(recording.decode());
     if (session_.asJson()) {

@@ -26,10 +26,11 @@ bool isThere(const std::string& file) {
 /// Opens the recording and lets `save` write its file. The JSON document begins with the name of the file and
 /// the size of the recording.
 template <class Save>
-int writeFile(const CommonOptions& common, const RecordingFileOptions& options, const Save& save) {
+int writeFile(const CommonOptions& common, const RecordingFileOptions& options, const Save& save,
+              Parts parts = Parts::Refused) {
   engineering::checkOutput(options.Output.File, options.Output.Force, options.Place.files());
   const bool stoodBefore = isThere(options.Output.File);
-  const auto recording = readRecording(options.Place);
+  const auto recording = readRecording(options.Place, parts);
   const RecordingWorld world(momentOf(recording), RecordingWorld::Texts::Users);
   const Session session(common);
   const auto logger = engineering::openRecording(recording);
@@ -61,10 +62,11 @@ std::string bytesOf(const hw::Class_VardenLogger& logger) {
 }  // namespace
 
 int runRawDump(const CommonOptions& common, const RecordingFileOptions& options) {
-  return writeFile(common, options, [&](hw::Class_VardenLogger& logger, Json&) {
+  const auto save = [&](hw::Class_VardenLogger& logger, Json&) {
     engineering::saveRawDump(logger, options.Output.File);
     return bytesOf(logger);
-  });
+  };
+  return writeFile(common, options, save, Parts::Accepted);
 }
 
 int runRawLoad(const CommonOptions& common, const RawLoadOptions& options) {

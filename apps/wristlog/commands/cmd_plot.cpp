@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <nlohmann/json.hpp>
 
 #include "commands/commands.h"
@@ -31,14 +30,15 @@ void requireRecording(const std::string& folder) {
   };
   if (kindOf(folder) != platform::FileKind::Folder)
     throw hw::Failure(hw::FailureNumber::FileNotFound, "wristlog", folder + " is not a folder");
-  constexpr std::array Needed{"config.ini", "raw.bin"};
-  const auto missing = std::find_if(Needed.begin(), Needed.end(), [&](const std::string& name) {
-    return kindOf(folder + "/" + name) == platform::FileKind::Missing;
+  const RecordingPlace place{folder, {}, {}};
+  const auto needed = place.files();
+  const auto missing = std::find_if(needed.begin(), needed.end(), [&](const std::string& path) {
+    return kindOf(path) == platform::FileKind::Missing;
   });
-  if (missing != Needed.end())
+  if (missing != needed.end())
     throw hw::Failure(
         hw::FailureNumber::FileNotFound, "wristlog",
-        folder + " holds no recording: " + *missing +
+        folder + " holds no recording: " + missing->substr(folder.size() + 1) +
             " is missing. Name a folder that 'wristlog retrieve' or 'wristlog decode' has written");
 }
 
@@ -50,7 +50,7 @@ int runPlot(const CommonOptions& common, const PlotOptions& options) {
                              RecordingFiles::Part::Pictures);
   files.prepare();
   const RecordingPlace place{options.Recording, {}, {}, options.Unchecked};
-  const auto recording = readRecording(place);
+  const auto recording = readRecording(place, Parts::Accepted);
   const RecordingWorld world(momentOf(recording));
   const DecodedRecording saved = decoded(recording, place, options.Diagnostic);
   files.requireEpochs(*saved.Logger);

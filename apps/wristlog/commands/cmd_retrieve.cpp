@@ -22,21 +22,6 @@ struct Written {
   bool Drawn = true;  ///< false only when the pictures of a sound recording could not be written
 };
 
-/// What the retrieval came to, in words. The code follows from what came, too: bytes that are not those of
-/// the logger are no success.
-std::string judge(Retrieval& retrieval, const RetrievedRecording& recording, hw::enmLoggerPointer model) {
-  // The request may have come before there was a logger to abort.
-  if (interruptRequested() && retrieval.Code != 0 && !recording.isThere())
-    retrieval.Code = hw::ReturnCode::Aborted;
-  std::string meaning = explanationOf(retrieval.Code, model);
-  std::string trouble = recording.trouble();
-  if (trouble.empty()) return meaning;
-  retrieval.Verdict.reset();
-  if (retrieval.Code != 0 && retrieval.Code != NotWhole) return meaning + " " + trouble;
-  retrieval.Code = NotWhole;
-  return trouble;
-}
-
 /// A sound recording is decoded from what was kept of it, so that its files and words agree.
 Written write(Retrieval& retrieval, RetrievedRecording& recording, const RecordingFiles& files) {
   Written written;
@@ -58,6 +43,8 @@ Json documentOf(const Retrieval& retrieval, const RetrievedRecording& recording,
   Json document = recordingJson(*retrieval.Logger, retrieval.Verdict, retrieval.LowBattery);
   document["bytes_received"] = recording.bytes();
   document["bytes_in_logger"] = recording.bytesInLogger();
+  document["part"] = false;
+  if (recording.part()) document.update(partJson(*recording.part()));
   document["return_code"] = retrieval.Code;
   document["return_code_meaning"] = meaning;
   document["low_battery_detected"] = retrieval.LowBattery;
@@ -72,14 +59,21 @@ void tell(const Retrieval& retrieval, const RetrievedRecording& recording, const
   if (retrieval.Code != 0) out << "Code " << retrieval.Code << ": " << meaning << '\n';
   if (retrieval.Verdict) out << verdictWords(retrieval) << '\n';
   if (retrieval.LowBattery) out << "The logger's battery is low.\n";
+  if (recording.part())
+    out << "The beginning of the recording came: " << wordsFor(*recording.part()) << ".\n";
   if (kept) out << "Written to " << folder << ".\n";
-  if (!kept && recording.isThere()) out << "The recording in " << folder << " was left as it is.\n";
+  if (kept && recording.part())
+    out << "'wristlog decode " << folder << "' and 'wristlog plot " << folder
+        << "' show it. A whole retrieval into " << folder << " replaces it.\n";
+  if (!kept && recording.isThere())
+    out << "The recording in " << folder << " was left as it is; name another folder to keep what came.\n";
 }
 
 }  // namespace
 
 int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
-  const RecordingFiles files(options.Folder, options.Force);
+  RecordingFiles files(options.Folder, options.Force);
+  files.replacePart();
   files.prepare();
   constexpr bool KeepRecord = true;
   Session session(common, KeepRecord);
@@ -89,7 +83,7 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   session.endProgress();
 
   RetrievedRecording recording(*retrieval.Logger, retrieval.Verdict, retrieval.LowBattery);
-  const std::string meaning = judge(retrieval, recording, model);
+  const std::string meaning = judge(retrieval, recording, model, interruptRequested());
   const Written written = write(retrieval, recording, files);
   if (retrieval.Code != 0) session.writeRecord(files, retrieval.Code, meaning);
   if (session.asJson())

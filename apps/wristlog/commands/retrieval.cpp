@@ -1,5 +1,6 @@
 #include "commands/retrieval.h"
 
+#include "words/broken_retrieval.h"
 #include "words/counted.h"
 #include "words/meanings.h"
 
@@ -15,6 +16,19 @@ Retrieval retrieve(hw::Class_Main& main, hw::enmLoggerPointer model, bool ignore
                                  nullptr, ignoreWarnings);
   if (verdict != NotDecoded) retrieval.Verdict = verdict;
   return retrieval;
+}
+
+std::string judge(Retrieval& retrieval, const RetrievedRecording& recording, hw::enmLoggerPointer model,
+                  bool stopped) {
+  // The request may have come before there was a logger to abort.
+  if (stopped && retrieval.Code != 0 && !recording.isSound()) retrieval.Code = hw::ReturnCode::Aborted;
+  if (!recording.hasOnlyTheLoggersBytes()) {
+    retrieval.Verdict.reset();
+    if (retrieval.Code == 0) retrieval.Code = NotWhole;
+  }
+  hw::Class_VardenLogger& logger = *retrieval.Logger;
+  return wordsFor(BrokenRetrieval{retrieval.Code, model, logger.Get_RetrieveStep(),
+                                  static_cast<std::int64_t>(recording.bytes()), logger.Get_BytesInLogger()});
 }
 
 std::string verdictWords(const Retrieval& retrieval) {

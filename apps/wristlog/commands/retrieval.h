@@ -6,6 +6,7 @@
 #include <string>
 
 #include "hy_wristlog/Class_Main.h"
+#include "recording/retrieved_recording.h"
 
 namespace wristlog {
 
@@ -19,6 +20,11 @@ struct Retrieval {
 };
 
 Retrieval retrieve(hy_wristlog::Class_Main& main, hy_wristlog::enmLoggerPointer model, bool ignoreWarnings);
+
+/// What the retrieval came to, in words, and corrects its code after what came: bytes that are not those of
+/// the logger are no success. `stopped`: the user has asked to stop.
+std::string judge(Retrieval& retrieval, const RetrievedRecording& recording,
+                  hy_wristlog::enmLoggerPointer model, bool stopped);
 
 /// The verdict, how much was decoded, and of which logger. Only with a verdict.
 std::string verdictWords(const Retrieval& retrieval);

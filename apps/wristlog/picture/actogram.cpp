@@ -60,7 +60,8 @@ class Actogram {
   }
 
   std::string title() const {
-    return "Actogram of " + (recording_.Subject.empty() ? "an unnamed subject" : recording_.Subject);
+    return (recording_.IsPart ? "Beginning of a recording of " : "Actogram of ") +
+           (recording_.Subject.empty() ? std::string("an unnamed subject") : recording_.Subject);
   }
 
   std::string description() const {
@@ -78,7 +79,7 @@ class Actogram {
 
   void head(Sheet& sheet) const {
     // A title of 64 wide characters still fits in its smaller size.
-    const bool isLong = recording_.Subject.size() > 40;
+    const bool isLong = title().size() > 52;
     sheet.down(isLong ? 26 : 32);
     sheet.text(isLong ? "a-label" : "a-title", 20, sheet.y(), title());
     const auto line = [&](const char* classes, const std::string& words) {

@@ -59,7 +59,8 @@ struct Fact {
 
 struct PlottedRecording {
   std::string Subject;
-  std::string Logger;  ///< model and serial number
+  std::string Logger;   ///< model and serial number
+  bool IsPart = false;  ///< only the beginning of a recording
   std::string Zone;
   std::int64_t Start = 0;
   std::int32_t Epoch = 0;  ///< seconds; with 0 there is nothing to draw

@@ -160,16 +160,17 @@ std::string readingSection(const RecordedDays& days) {
 }  // namespace
 
 std::string reportHtml(const PlottedRecording& recording, const RecordedDays& days) {
-  const std::string subject = recording.Subject.empty() ? "an unnamed subject" : recording.Subject;
+  const std::string title =
+      (recording.IsPart ? "Beginning of a recording of " : "Recording of ") +
+      (recording.Subject.empty() ? std::string("an unnamed subject") : recording.Subject);
   std::string html =
       "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\"/>\n"
       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n"
       "<meta name=\"color-scheme\" content=\"light dark\"/>\n"
       "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
       "style-src 'unsafe-inline'\"/>\n<title>" +
-      escaped("Recording of " + subject) + "</title>\n<style>\n" + pageStyle() + pictureStyle() +
-      "</style>\n</head>\n<body>\n<main>\n<h1>" + escaped("Recording of " + subject) +
-      "</h1>\n<p class=\"period\">" +
+      escaped(title) + "</title>\n<style>\n" + pageStyle() + pictureStyle() +
+      "</style>\n</head>\n<body>\n<main>\n<h1>" + escaped(title) + "</h1>\n<p class=\"period\">" +
       escaped("Logger " + recording.Logger +
               (days.Days.empty() ? "" : ", " + periodText(recording) + ", local time")) +
       "</p>\n";

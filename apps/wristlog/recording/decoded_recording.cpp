@@ -1,8 +1,11 @@
 #include "recording/decoded_recording.h"
 
 #include "base/dates.h"
+#include "engineering/dates.h"
 #include "engineering/files.h"
 #include "hy_wristlog/failure.h"
+#include "platform/platform.h"
+#include "recording/recording_files.h"
 #include "recording/recording_world.h"
 #include "words/meanings.h"
 #include "words/say.h"
@@ -11,6 +14,31 @@ namespace wristlog {
 
 namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
+namespace platform = hy_wristlog::platform;
+
+namespace {
+
+/// When the last decoded epoch ends.
+double endOf(const hw::Class_VardenLogger& logger) {
+  return logger.Get_StartTimeGMT() +
+         static_cast<double>(logger.Get_Samples()) * logger.Get_EpochLength() / hw::SecondsPerDay;
+}
+
+bool isFile(const std::string& path) {
+  try {
+    return platform::current().files().state(path).Kind == platform::FileKind::File;
+  } catch (const platform::SystemError&) {
+    return false;
+  }
+}
+
+}  // namespace
+
+std::string RecordingPlace::raw() const {
+  if (Folder.empty()) return RawFile;
+  const std::string whole = Folder + "/" + WholeRaw, part = Folder + "/" + PartRaw;
+  return !isFile(whole) && isFile(part) ? part : whole;
+}
 
 std::vector<std::string> RecordingPlace::files() const {
   std::vector<std::string> names{config(), raw()};
@@ -18,12 +46,16 @@ std::vector<std::string> RecordingPlace::files() const {
   return names;
 }
 
-engineering::SavedRecording readRecording(const RecordingPlace& place) {
+engineering::SavedRecording readRecording(const RecordingPlace& place, Parts parts) {
   auto recording = engineering::savedRecording(place.config(), place.raw());
   const std::string mismatch = recording.mismatch();
-  if (mismatch.empty()) return recording;
-  const std::string words = place.raw() + " is not the recording that " + place.config() +
-                            " belongs to, or not all of it: " + mismatch;
+  const bool refusedPart = recording.isPart() && parts == Parts::Refused;
+  if (mismatch.empty() && !refusedPart) return recording;
+  const std::string words =
+      mismatch.empty() ? place.raw() + " is only the beginning of a recording: " +
+                             wordsFor(RecordingPart{std::ssize(recording.Raw), recording.bytesInLogger(), {}})
+                       : place.raw() + " is not the recording that " + place.config() +
+                             " belongs to, or not all of it: " + mismatch;
   if (!place.Unchecked)
     throw hw::Failure(hw::FailureNumber::OutOfRange, "wristlog",
                       words +
@@ -38,18 +70,23 @@ double momentOf(const engineering::SavedRecording& recording) {
   const double start = engineering::openRecording(recording)->Get_StartTimeGMT();
   const RecordingWorld world(start);
   try {
-    const auto logger = decoded(recording, false).Logger;
-    return logger->Get_StartTimeGMT() +
-           static_cast<double>(logger->Get_Samples()) * logger->Get_EpochLength() / hw::SecondsPerDay;
+    return endOf(*decoded(recording, false).Logger);
   } catch (const hw::Failure&) {
     // The failure is not lost: decoding raises it again.
     return start;
   }
 }
 
+std::string wordsFor(const RecordingPart& part) {
+  return std::to_string(part.Bytes) + " of " + std::to_string(part.InLogger) + " bytes" +
+         (part.Until ? ", until " + engineering::isoDate(*part.Until, "Z") : "");
+}
+
 std::string verdictOf(const DecodedRecording& recording) {
-  if (!recording.Unchecked) return wordsFor(recording.Result);
-  const std::string words = "Unchecked: the bytes are not those that the configuration tells of.";
+  if (!recording.Unchecked && !recording.Part) return wordsFor(recording.Result);
+  const std::string words = recording.Part
+                                ? "Only the beginning of a recording: " + wordsFor(*recording.Part) + "."
+                                : "Unchecked: the bytes are not those that the configuration tells of.";
   return recording.Result == hw::Decode_OK ? words : words + " " + wordsFor(recording.Result);
 }
 
@@ -59,6 +96,10 @@ DecodedRecording decoded(const engineering::SavedRecording& recording, bool diag
   result.Logger = engineering::openRecording(recording);
   result.Result = engineering::decode(*result.Logger, diagnostic, result.LowBattery);
   result.LowBattery = result.LowBattery || recording.lowBattery();
+  if (recording.isPart()) {
+    result.Part = {std::ssize(recording.Raw), recording.bytesInLogger(), {}};
+    if (result.Logger->Get_Samples() > 0) result.Part->Until = endOf(*result.Logger);
+  }
   return result;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,34 +12,49 @@
 
 namespace wristlog {
 
-/// The place of a saved recording: a folder with config.ini and raw.bin, or the two files.
+/// The place of a saved recording: a folder with config.ini and raw.bin, or raw.partial.bin when only a part
+/// came, or the two files.
 struct RecordingPlace {
   std::string Folder, ConfigFile, RawFile;
   bool Unchecked = false;  ///< the bytes are taken even when they are not those of the configuration
 
   std::string config() const { return Folder.empty() ? ConfigFile : Folder + "/config.ini"; }
-  std::string raw() const { return Folder.empty() ? RawFile : Folder + "/raw.bin"; }
+  std::string raw() const;
   /// The files' paths; none for an empty place.
   std::vector<std::string> files() const;
 };
 
-/// Raises FileNotFound, PathFileAccess and what damaged files raise; OutOfRange for a recording without bytes
-/// and for bytes that are not those of the configuration. With `Unchecked` such bytes cause only a warning on
-/// standard error.
-hy_wristlog::engineering::SavedRecording readRecording(const RecordingPlace& place);
+/// Whether a command can say of what it makes that it is only the beginning of a recording.
+enum class Parts : std::uint8_t { Refused, Accepted };
+
+/// Raises FileNotFound, PathFileAccess and what damaged files raise; OutOfRange for a recording without
+/// bytes, for bytes that are not those of the configuration and, where they are refused, for a part. With
+/// `Unchecked` such bytes and parts cause only a warning on standard error.
+hy_wristlog::engineering::SavedRecording readRecording(const RecordingPlace& place, Parts parts);
 
 /// The moment (UTC) that a recording is seen from: when it was retrieved or, where that is not known, when
 /// its last epoch ended.
 double momentOf(const hy_wristlog::engineering::SavedRecording& recording);
 
+/// How much of a recording is there.
+struct RecordingPart {
+  std::int64_t Bytes = 0, InLogger = 0;
+  std::optional<double> Until;  ///< UTC; none when nothing of it can be decoded
+};
+
+/// "12288 of 30313 bytes, until 2026-03-04T10:22:00Z"
+std::string wordsFor(const RecordingPart& part);
+
 struct DecodedRecording {
   std::shared_ptr<hy_wristlog::Class_VardenLogger> Logger;
   hy_wristlog::enmDecodeResult Result = hy_wristlog::Decode_InputError;
   bool LowBattery = false;
-  bool Unchecked = false;  ///< the bytes are not those that the configuration tells of
+  bool Unchecked = false;             ///< the bytes are not those that the configuration tells of
+  std::optional<RecordingPart> Part;  ///< only the beginning of the recording
 };
 
-/// The decode result in words. For unchecked bytes it says only that nothing vouches for them.
+/// The decode result in words. For unchecked bytes it says only that nothing vouches for them, of a part how
+/// far it reaches.
 std::string verdictOf(const DecodedRecording& recording);
 
 /// To be called in a RecordingWorld. Raises what decoding raises.

@@ -32,8 +32,7 @@ std::string snakeCase(const std::string& name) {
     const bool upper = isUpper(name[i]);
     const bool afterUpper = i > 0 && isUpper(name[i - 1]);
     const bool afterWord = i > 1 && afterUpper && isUpper(name[i - 2]);
-    if (i > 0 && ((upper && !afterUpper) || (!upper && isLetter(name[i]) && afterWord)))
-      result += '_';
+    if (i > 0 && ((upper && !afterUpper) || (!upper && isLetter(name[i]) && afterWord))) result += '_';
     result += upper ? static_cast<char>(name[i] - 'A' + 'a') : name[i];
   }
   return result;
@@ -174,6 +173,13 @@ Json recordingJson(const hw::Class_Pendrel& logger) {
                         : Json::array();
   object["marker"] = seriesJson(logger.Get_MarkerArray());
   return object;
+}
+
+Json partJson(const RecordingPart& part) {
+  return {{"part", true},
+          {"bytes_received", part.Bytes},
+          {"bytes_in_logger", part.InLogger},
+          {"part_until_utc", part.Until ? Json(engineering::isoDate(*part.Until, "Z")) : Json()}};
 }
 
 double roundedDays(double days) { return std::round(days * 10) / 10; }

@@ -6,6 +6,7 @@
 #include "hy_wristlog/Class_Subject.h"
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "hy_wristlog/failure.h"
+#include "recording/decoded_recording.h"
 #include "recording/json.h"
 
 namespace wristlog {
@@ -20,6 +21,8 @@ Json subjectJson(const hy_wristlog::Class_Subject& subject);
 Json recordingJson(hy_wristlog::Class_VardenLogger& logger,
                    std::optional<hy_wristlog::enmDecodeResult> result, bool lowBattery);
 Json recordingJson(const hy_wristlog::Class_Pendrel& logger);
+/// What tells that it is a part: how many bytes of how many, and until when they reach.
+Json partJson(const RecordingPart& part);
 /// Days rounded to one decimal, as they are shown.
 double roundedDays(double days);
 Json failureJson(const hy_wristlog::Failure& failure);

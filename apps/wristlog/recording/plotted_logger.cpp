@@ -115,7 +115,8 @@ void addFacts(picture::PlottedRecording& plot, const DecodedRecording& recording
 
 void addWarnings(picture::PlottedRecording& plot, const DecodedRecording& recording) {
   const hw::Class_VardenLogger& logger = *recording.Logger;
-  if (recording.Result != hw::Decode_OK || recording.Unchecked) plot.Warnings.push_back(verdictOf(recording));
+  if (recording.Result != hw::Decode_OK || recording.Unchecked || recording.Part)
+    plot.Warnings.push_back(verdictOf(recording));
   if (recording.LowBattery) plot.Warnings.emplace_back("The logger's battery was low during the recording.");
   if (logger.Get_LowPowerShutdownFlag() == hw::LowPower_ShutdownOccurred)
     plot.Warnings.emplace_back("The logger has shut down on a low battery.");
@@ -133,6 +134,7 @@ picture::PlottedRecording plottedRecording(DecodedRecording recording) {
     throw hw::Failure(hw::FailureNumber::OutOfRange, "plottedRecording", hw::IncompatibleMode);
   picture::PlottedRecording plot;
   plot.Subject = logger.Get_SubjectIdentity();
+  plot.IsPart = recording.Part.has_value();
   plot.Logger = engineering::modelWords(logger.Get_DeviceType()) + " " + logger.Get_SerialNumber();
   plot.Zone = engineering::zoneName(logger);
   plot.Epoch = logger.Get_EpochLength();

@@ -31,8 +31,9 @@ namespace {
 
 constexpr const char* Source = "wristlog";
 constexpr std::array PictureNames{"actogram.svg", "report.html"};
-constexpr std::array Names{"series.csv", "events.csv",   "recording.json", "raw.bin",
-                           "config.ini", "actogram.svg", "report.html"};
+constexpr std::array Names{"series.csv",         "events.csv",        "recording.json", WholeRaw,
+                           "config.ini",         "actogram.svg",      "report.html",    PartRaw,
+                           "series.partial.csv", "events.partial.csv"};
 
 template <class Operation>
 auto onFiles(const std::string& path, const Operation& operation) {
@@ -94,7 +95,8 @@ void RecordingFiles::prepare() const {
       if (std::filesystem::is_symlink(path, none))
         refuse(hw::FailureNumber::PathFileAccess, path + " is in the way: it is a link");
       if (state.Kind == platform::FileKind::Missing) return;
-      if (!overwrite_) refuse(hw::FailureNumber::FileExists, path + " exists. Use --force to overwrite it.");
+      if (!overwrite_ && !replacesPart_)
+        refuse(hw::FailureNumber::FileExists, path + " exists. Use --force to overwrite it.");
       if (state.Kind != platform::FileKind::File)
         refuse(hw::FailureNumber::PathFileAccess, path + " is in the way: it is not a file");
       if (state.ReadOnly)
@@ -144,30 +146,50 @@ bool RecordingFiles::holdAny() const {
   return std::any_of(all.begin(), all.end(), exists);
 }
 
-void RecordingFiles::claim() const {
+bool RecordingFiles::holdPart() const {
+  return onFiles(folder_, [&](platform::Files&) { return exists(path(PartRaw)) && !exists(path(WholeRaw)); });
+}
+
+bool RecordingFiles::holdPartOf(const engineering::SavedRecording& recording) const {
+  if (!holdPart()) return false;
+  try {
+    return engineering::savedRecording(path("config.ini"), path(PartRaw)).isPartOfSame(recording);
+  } catch (const hw::Failure&) {
+    return false;
+  }
+}
+
+void RecordingFiles::claim(bool mayReplace) const {
   if (claim_) return;
   onFiles(folder_, [&](platform::Files& files) { claim_ = platform::lockFolder(files, folder_); });
-  if (!overwrite_ && holdAny())
+  if (!overwrite_ && !mayReplace && holdAny())
     throw hw::Failure(hw::FailureNumber::FileExists, Source,
-                      "Another recording has been written to " + folder_ + " meanwhile");
+                      replacesPart_ ? folder_ + " holds the beginning of another recording"
+                                    : "Another recording has been written to " + folder_ + " meanwhile");
 }
 
 /// Removes the files that were made of a former recording first, so that they never stand beside another
-/// one's bytes.
+/// one's bytes. The bytes of a part stay until the whole ones are safe.
 void RecordingFiles::writeRaw(const engineering::SavedRecording& recording) const {
+  const std::string raw = recording.isPart() ? PartRaw : WholeRaw;
+  const auto remove = [&](const std::string& name) {
+    onFiles(path(name), [&](platform::Files& files) { files.remove(path(name)); });
+  };
   if (missingFolders().empty()) {
-    claim();
+    claim(replacesPart_ && holdPartOf(recording));
     for (const std::string& name : names_)
-      if (name != "raw.bin" && name != "config.ini")
-        onFiles(path(name), [&](platform::Files& files) { files.remove(path(name)); });
+      if (name != raw && name != "config.ini" && name != PartRaw) remove(name);
   }
-  writeFile("raw.bin", {recording.Raw.begin(), recording.Raw.end()});
+  writeFile(raw, {recording.Raw.begin(), recording.Raw.end()});
   writeFile("config.ini", recording.Ini);
+  if (raw != PartRaw) remove(PartRaw);
 }
 
-void RecordingFiles::writeDecoded(const hw::Class_VardenLogger& logger, const Json& summary) const {
-  writeFile("series.csv", [&](platform::NewFile& file) { addSeriesCsv(file, logger); });
-  writeFile("events.csv", [&](platform::NewFile& file) { addEventsCsv(file, logger); });
+void RecordingFiles::writeDecoded(const DecodedRecording& recording, const Json& summary) const {
+  const hw::Class_VardenLogger& logger = *recording.Logger;
+  const std::string ending = recording.Part ? ".partial.csv" : ".csv";
+  writeFile("series" + ending, [&](platform::NewFile& file) { addSeriesCsv(file, logger); });
+  writeFile("events" + ending, [&](platform::NewFile& file) { addEventsCsv(file, logger); });
   writeFile("recording.json", summary.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
 }
 
@@ -220,7 +242,8 @@ void RecordingFiles::writeFile(const std::string& name,
     onFiles(path(name), [&](platform::Files& files) {
       const SignalsHeld held;
       for (const std::string& folder : made) files.makeFolder(folder, false);
-      claim();
+      // What is no file of the recording, as the session's record, replaces nothing.
+      claim(std::find(names_.begin(), names_.end(), name) == names_.end());
       const auto file = files.create(path(name));
       addContent(*file);
       file->finish();
@@ -246,6 +269,7 @@ Json summaryJson(const DecodedRecording& recording) {
   summary["result"] = nameOf(recording.Result);
   summary["result_in_words"] = verdictOf(recording);
   if (recording.Unchecked) summary["unchecked"] = true;
+  if (recording.Part) summary.update(partJson(*recording.Part));
   summary["configuration"] = loggerJson(logger);
   return summary;
 }

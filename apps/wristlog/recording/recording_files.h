@@ -13,9 +13,13 @@
 
 namespace wristlog {
 
+/// The bytes of a whole recording, and of one of which only the beginning came.
+inline constexpr const char *WholeRaw = "raw.bin", *PartRaw = "raw.partial.bin";
+
 /// The files of one recording in one folder: series.csv, events.csv, recording.json, the pictures
-/// actogram.svg and report.html, and for decoding it again raw.bin and config.ini. Each is written whole or
-/// not at all.
+/// actogram.svg and report.html, and for decoding it again raw.bin and config.ini. Of a part of a recording
+/// the first two and the bytes have names of their own, with "partial" in them. Each is written whole or not
+/// at all.
 class RecordingFiles {
  public:
   enum class Part : std::uint8_t { Everything, Pictures };
@@ -31,12 +35,15 @@ class RecordingFiles {
   /// something that is no plain file (a link, say) has the name of one. The folder is made with its first
   /// file.
   void prepare() const;
+  /// Allows a part of a recording that an earlier retrieval has left to be replaced by more of the same.
+  void replacePart() { replacesPart_ = holdPart(); }
   /// The same for a demo, which may overwrite a folder with nothing but another demo's files.
   void prepareForDemo();
-  /// Writes what decoding again needs: raw.bin and config.ini.
+  /// Writes what decoding again needs: the bytes and config.ini. Raises FileExists when the folder holds
+  /// another recording that may not be overwritten.
   void writeRaw(const hy_wristlog::engineering::SavedRecording& recording) const;
   /// Writes series, events and facts.
-  void writeDecoded(const hy_wristlog::Class_VardenLogger& logger, const Json& summary) const;
+  void writeDecoded(const DecodedRecording& recording, const Json& summary) const;
   void writePictures(const picture::PlottedRecording& plot) const;
   /// Writes the pictures, after the other files. A failure says that those are safe.
   void writePictures(const DecodedRecording& recording) const;
@@ -44,6 +51,8 @@ class RecordingFiles {
   void requireEpochs(const hy_wristlog::Class_VardenLogger& logger) const;
   /// Whether one of the files exists.
   bool holdAny() const;
+  /// Whether they are those of a shorter part of the same recording.
+  bool holdPartOf(const hy_wristlog::engineering::SavedRecording& recording) const;
   void writeFile(const std::string& name, const std::string& content) const;
   /// Writes a file whose content is made while it is written.
   void writeFile(const std::string& name,
@@ -56,13 +65,14 @@ class RecordingFiles {
   bool isFromDemo() const;
   /// Locks the folder before its first file is written, so that no other program writes a recording there.
   /// Raises FileExists when one has come since `prepare`.
-  void claim() const;
+  void claim(bool mayReplace) const;
+  bool holdPart() const;
   /// The missing ones of the folder and those above it, the uppermost first.
   std::vector<std::string> missingFolders() const;
   std::string path(const std::string& name) const { return folder_ + "/" + name; }
 
   std::string folder_;
-  bool overwrite_;
+  bool overwrite_, replacesPart_ = false;
   std::vector<std::string> names_;
   mutable std::shared_ptr<hy_wristlog::platform::FolderLock> claim_;
 };

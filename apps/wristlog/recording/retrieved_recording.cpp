@@ -13,16 +13,14 @@ RetrievedRecording::RetrievedRecording(const hw::Class_VardenLogger& logger,
                                        std::optional<hw::enmDecodeResult> verdict, bool lowBattery)
     : saved_(engineering::savedRecording(logger, lowBattery)), decodes_(verdict.has_value()) {
   if (isThere()) inLogger_ = saved_.bytesInLogger();
-}
-
-std::string RetrievedRecording::trouble() const {
-  const auto came = static_cast<std::int64_t>(bytes());
-  if (!isThere() || came == inLogger_) return {};
-  const std::string count = std::to_string(came), held = std::to_string(inLogger_);
-  const std::string words = came < inLogger_ ? "Only " + count + " of the recording's " + held +
-                                                   " bytes came: the transfer ended early."
-                                             : count + " bytes came, though the logger holds " + held + ".";
-  return words + " The logger still holds the whole recording: retrieve it again, into another folder.";
+  if (!saved_.isPart()) return;
+  part_ = {std::ssize(saved_.Raw), inLogger_, {}};
+  try {
+    const RecordingWorld world(momentOf(saved_));
+    part_ = decoded(saved_, false).Part;
+  } catch (const hw::Failure&) {
+    // How far it reaches is not known then.
+  }
 }
 
 const DecodedRecording& RetrievedRecording::decode() {
@@ -39,7 +37,7 @@ Json RetrievedRecording::write(const RecordingFiles& files, const char* madeBy) 
     if (!isSound()) return Json();
     Json summary = summaryJson(decode());
     if (madeBy != nullptr) summary["made_by"] = madeBy;
-    files.writeDecoded(*decode().Logger, summary);
+    files.writeDecoded(decode(), summary);
     return summary;
   } catch (const hw::Failure& failure) {
     throw hw::Failure(failure.Number, failure.Source,

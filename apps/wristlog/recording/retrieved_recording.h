@@ -17,7 +17,8 @@ inline constexpr std::int32_t NotWhole = hy_wristlog::FailureNumber::Subscript;
 /// give the same.
 class RetrievedRecording {
  public:
-  /// `verdict` is the retrieval's decode result; none when nothing was decoded.
+  /// `verdict` is the retrieval's decode result; none when nothing was decoded. What came in part is decoded
+  /// here, to tell how far it reaches.
   RetrievedRecording(const hy_wristlog::Class_VardenLogger& logger,
                      std::optional<hy_wristlog::enmDecodeResult> verdict, bool lowBattery);
 
@@ -25,16 +26,18 @@ class RetrievedRecording {
   std::size_t bytes() const { return saved_.Raw.size(); }
   std::int64_t bytesInLogger() const { return inLogger_; }
   /// True when all bytes that the logger holds came and were decoded.
-  bool isSound() const { return decodes_ && trouble().empty(); }
-  /// Words on how the bytes differ from those that the logger holds; empty when they do not, or nothing came.
-  std::string trouble() const;
+  bool isSound() const { return decodes_ && hasOnlyTheLoggersBytes(); }
+  /// False when fewer or more bytes came than the logger holds.
+  bool hasOnlyTheLoggersBytes() const { return !isThere() || std::ssize(saved_.Raw) == inLogger_; }
+  /// How much came; none when all did, or nothing.
+  const std::optional<RecordingPart>& part() const { return part_; }
 
-  /// Whether it may be written there: a part of a recording never replaces another recording.
+  /// Whether it may be written there: a part of a recording replaces nothing but a shorter part of it.
   bool mayBeWritten(const RecordingFiles& files) const {
-    return isThere() && (isSound() || !files.holdAny());
+    return isThere() && (isSound() || !files.holdAny() || files.holdPartOf(saved_));
   }
 
-  /// Decodes a sound recording in its RecordingWorld, which lasts as long as this object.
+  /// Decodes the recording in its RecordingWorld, which lasts as long as this object.
   const DecodedRecording& decode();
   /// Writes raw data and configuration and then, of a sound recording, all but the pictures. Returns its
   /// facts, with `madeBy` in them when given. Failures say that the logger still holds the recording.
@@ -46,6 +49,7 @@ class RetrievedRecording {
   bool decodes_;
   std::optional<RecordingWorld> world_;
   std::optional<DecodedRecording> decoded_;
+  std::optional<RecordingPart> part_;
 };
 
 }  // namespace wristlog

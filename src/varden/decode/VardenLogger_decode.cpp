@@ -17,13 +17,14 @@ namespace {
 
 constexpr const char* Module = "Class_VardenLogger";
 
-DecodeOptions optionsOfThisWorld(bool diagnostic) {
+DecodeOptions optionsOfThisWorld(bool diagnostic, bool beginningOnly) {
   return {diagnostic, Class_TimeZoneTools::fncGetGMTTime(),
           [format = DateFormat(globals().ShortDateTimeFormat)](double date) { return format(date); },
           [](std::string_view title, std::string_view text) {
             platform::current().host().showMessageBox(title, text,
                                                       static_cast<std::int32_t>(MessageBoxButton::Ok));
-          }};
+          },
+          beginningOnly};
 }
 
 }  // namespace
@@ -51,11 +52,18 @@ enmDecodeResult VardenLogger::fncDecodeDataArrays(bool& LowBatteryDetected,
       record.RawData = *RawBytes;
       record.BytesUsed = fault::narrow<std::int32_t>(RawBytes->size());
     });
-    procedure.statement([&] { options = optionsOfThisWorld(DiagnosticDecode); });
+    procedure.statement([&] { options = optionsOfThisWorld(DiagnosticDecode, Get_RawDataIsPart()); });
     procedure.statement([&] { decoder.emplace(record, options).decode(); });
     procedure.statement([&] { decoder->finish(); });
   });
   return decoder ? decoder->result() : Decode_InputError;
+}
+
+void VardenLogger::setRawData(ByteArray raw) {
+  record.BytesUsed = fault::narrow<std::int32_t>(raw.size());
+  record.RawData.reset();
+  lastRead_ = {record, raw};
+  record.RawData = std::move(raw);
 }
 
 enmDecodeResult VardenLogger::decodeRecording(const ByteArray& configBlock, const ByteArray& raw,
@@ -70,8 +78,8 @@ enmDecodeResult VardenLogger::decodeRecording(const ByteArray& configBlock, cons
   retrieveStep_ = RetrieveStep_None;
   subDecodeVardenLoggerConfig(splitIntoPackets(configBlock));
   if (!firmware.empty()) record.FirmwareVersion = firmware;
-  lastRead_ = {record, raw};
-  return fncDecodeDataArrays(lowBatteryDetected, raw, diagnostic);
+  setRawData(raw);
+  return fncDecodeDataArrays(lowBatteryDetected, std::nullopt, diagnostic);
 }
 
 }  // namespace hy_wristlog

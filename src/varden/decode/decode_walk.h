@@ -24,6 +24,8 @@ struct DecodeOptions {
   /// An event's date as text.
   std::function<std::string(double)> DateText;
   std::function<void(std::string_view title, std::string_view text)> ShowMessage;
+  /// The bytes may end inside a sample, which then is none.
+  bool BeginningOnly = false;
 };
 
 /// What the walk over a recording knows at its present position; shared by those who handle its records.

@@ -143,6 +143,10 @@ void StreamDecoder::handleStatus() {
 /// value.
 void StreamDecoder::handleSample() {
   if (walk_.Stop || !walk_.Acquiring) return;
+  if (walk_.Options.BeginningOnly && !walk_.inside(walk_.Position + walk_.Mode->recordLength() - 1)) {
+    walk_.Stop = true;
+    return;
+  }
   samples_->decode();
   ++walk_.Index;
   if (!walk_.Stop) samples_->decodeRun(barrier_ ? OldFirmwareBarrier : walk_.Length);
