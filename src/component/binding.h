@@ -137,7 +137,7 @@ void read(void* instance, Arguments&, HyVariant& result) {
 
 template <auto Get>
 void readSeries(void* instance, HyVariant& result) {
-  const auto& object = *static_cast<typename Signature<decltype(Get)>::Class*>(instance);
+  auto& object = *static_cast<typename Signature<decltype(Get)>::Class*>(instance);
   const auto& series = (object.*Get)();
   if (!series.empty() && !isBelowZero<Get>(object, series)) putPlain(result, series);
 }
