@@ -64,7 +64,7 @@ TEST(SampleDecoder, DecodesARunAsItDecodesItsSamples) {
   std::mt19937 random(1);
   for (const LoggingMode& mode : LoggingModes) {
     if (mode.Odd == Oddity::Undecodable) continue;
-    for (const unsigned lightBytes : {16, 33, 34}) {
+    for (const unsigned lightBytes : {16U, 33U, 34U}) {
       Stream run("start@0"), samples("start@0");
       for (int sample = 0; sample < 5000; ++sample) {
         samples.status(0);

@@ -24,7 +24,7 @@ namespace {
 
 /// The file gets its text in pieces of about this size.
 constexpr std::size_t Piece = 65536;
-constexpr std::int64_t DaySeconds = 24 * 60 * 60;
+constexpr auto DaySeconds = static_cast<std::int64_t>(hw::SecondsPerDay);
 
 void appendTwo(std::string& text, std::int64_t value) { hw::appendDigits(text, value, 2); }
 

@@ -27,11 +27,17 @@ class DataFile {
 
   /// Adds a field to the line, in quotes.
   DataFile& field(std::string_view value);
-  /// Adds a field that `append` writes at the end of the text that it gets.
+  /// Adds a field that `append` writes at the end of the text that it gets; nothing when that raises.
   template <class Append>
   requires std::invocable<const Append&, std::string&> DataFile& field(const Append& append) {
+    const std::size_t before = text_.size();
     beginField();
-    append(text_);
+    try {
+      append(text_);
+    } catch (...) {
+      text_.resize(before);
+      throw;
+    }
     text_ += '"';
     return *this;
   }
