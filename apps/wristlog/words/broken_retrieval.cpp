@@ -88,10 +88,9 @@ std::string nextStep(const BrokenRetrieval& broken) {
 }  // namespace
 
 std::string wordsFor(const BrokenRetrieval& broken) {
-  const bool isNoBreak =
-      hw::isOneOf(broken.Code, {ReturnCode::Success, ReturnCode::NoData, ReturnCode::NoSamples,
-                                ReturnCode::DecodeProblem}) ||
-      broken.Step == hw::RetrieveStep_Done;
+  const bool isNoBreak = hw::isOneOf(broken.Code, {ReturnCode::Success, ReturnCode::NoData,
+                                                   ReturnCode::NoSamples, ReturnCode::DecodeProblem}) ||
+                         broken.Step == hw::RetrieveStep_Done;
   if (isNoBreak) return explanationOf(broken.Code, broken.Model);
   if (broken.Step != hw::RetrieveStep_Decoded)
     return cause(broken) + " " + state(broken.Step) + nextStep(broken);
