@@ -23,6 +23,7 @@ std::string told(const std::vector<std::string>& arguments) {
   std::vector<std::string> words = arguments;
   words.insert(words.begin(), "wristlog");
   std::vector<char*> pointers;
+  pointers.reserve(words.size());
   for (std::string& word : words) pointers.push_back(word.data());
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
@@ -134,9 +135,9 @@ TEST(BrokenRetrieval, KeepsTheBeginningUntilTheWholeComes) {
   };
   breakAfter(5000);
   const std::string first = desk.retrieve();
-  expectIn(first, {"The dock was disconnected during the download, after ",
-                   " of 22 KB. The recording is still "
-                   "in the logger, which was stopped and records no more. Connect the dock",
+  const std::string state =
+      " of 22 KB. The recording is still in the logger, which was stopped and records no more.";
+  expectIn(first, {"The dock was disconnected during the download, after ", state, " Connect the dock",
                    "The beginning of the recording came: ", ", until 2026-", "Written to"});
   EXPECT_EQ(first.find("Docks.INI"), std::string::npos) << first;
   EXPECT_FALSE(desk.has("made/raw.bin") || desk.has("made/series.csv"));
@@ -199,7 +200,7 @@ TEST(BrokenRetrieval, SaysWhereTheRecordingIsWhetherTheLoggerRecordsAndWhatToDo)
     std::string typed;
     desk.bench.line().Tap = [&, command = command](sim::Direction direction, std::uint8_t byte) {
       if (direction != sim::Direction::ToLogger) return;
-      typed = byte == '\r' ? "" : typed + static_cast<char>(byte);
+      byte == '\r' ? typed.clear() : typed.push_back(static_cast<char>(byte));
       if (typed == command) desk.bench.line().cutNow();
     };
     const std::string text = desk.retrieve();
