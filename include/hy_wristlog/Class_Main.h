@@ -38,8 +38,9 @@ class HY_WRISTLOG_API Class_Main {
   /// Whether the waits of this object's workflows end with the byte that they wait for. False at first: then
   /// they look for bytes in fixed rounds, of 50 ms in a transfer, and serve events in each of them. When
   /// true, a download takes hardly longer than its bytes take on the wire, and events are served when bytes
-  /// come and at least every 50 ms. A logger that answers in time gives the same results, codes, events and
-  /// texts, and gets the same pauses that it needs.
+  /// come and at least every 50 ms; an abort ends every wait, so that a workflow ends within 1.5 s of it. A
+  /// logger that answers in time gives the same results, codes, events and texts, and gets the same pauses
+  /// that it needs.
   bool Get_WakeOnInput() const;
   void Let_WakeOnInput(bool value);
 
@@ -88,10 +89,11 @@ class HY_WRISTLOG_API Class_Main {
                         bool IgnoreWarnings = false, bool ReconfigureAfterRetrieve = false,
                         bool AppendData = false);
 
-  /// Asks the running workflow to stop at its next checkpoint. May only be called while the library serves
-  /// the host's events (`Host::serveEvents`); between workflows it does nothing. Retrieve ends with Aborted.
-  /// Configure ends with Success all the same and leaves its outputs as they were, or ends with the failure
-  /// of what the abort broke off. GetStatus ends with Aborted too, its outputs as they were but for the text.
+  /// Asks the running workflow to stop at its next checkpoint, and ends its waits when WakeOnInput is true.
+  /// May only be called while the library serves the host's events (`Host::serveEvents`); between workflows
+  /// it does nothing. Retrieve ends with Aborted. Configure ends with Success all the same and leaves its
+  /// outputs as they were, or ends with the failure of what the abort broke off. GetStatus ends with Aborted
+  /// too, its outputs as they were but for the text.
   void AbortComms();
 
  private:

@@ -404,9 +404,9 @@ typedef struct HySeriesReader HySeriesReader;
 typedef struct HySeriesReaderVtable {
   HY_UNKNOWN_MEMBERS(HySeriesReader)
   /// Copies the series of a property, from 0: HY_VT_ARRAY with HY_VT_I4 for activity and steps, HY_VT_R4 for
-  /// light, HY_VT_I1 (1 and 0) for markers and wrist, HY_VT_UI1 for bytes, HY_VT_DATE for times. Where nothing was stored stand INT32_MIN, NaN and -1.
-  /// HY_VT_EMPTY for a series without elements, and for one that the recording has no values for.
-  /// HY_DISP_E_MEMBERNOTFOUND for what is no series.
+  /// light, HY_VT_I1 (1 and 0) for markers and wrist, HY_VT_UI1 for bytes, HY_VT_DATE for times. Where
+  /// nothing was stored stand INT32_MIN, NaN and -1. HY_VT_EMPTY for a series without elements, and for one
+  /// that the recording has no values for. HY_DISP_E_MEMBERNOTFOUND for what is no series.
   HyResult (*ReadSeries)(HySeriesReader* self, int32_t member, HyVariant* series);
 } HySeriesReaderVtable;
 struct HySeriesReader {

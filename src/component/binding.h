@@ -251,7 +251,8 @@ template <auto Get>
 constexpr Operation reading() {
   using Value = typename Signature<decltype(Get)>::Result;
   Operation operation{HY_DISPATCH_PROPERTYGET, typeOf<Value>(), &read<Get>};
-  if constexpr (IsSeries<Value> && !std::is_same_v<Value, TextSeries>) operation.ReadSeries = &readSeries<Get>;
+  if constexpr (IsSeries<Value> && !std::is_same_v<Value, TextSeries>)
+    operation.ReadSeries = &readSeries<Get>;
   return operation;
 }
 template <auto Let>
