@@ -25,6 +25,7 @@ void RetrieveFullPendrel(benchmark::State& state) {
     state.ResumeTiming();
 
     Class_Main main;
+    main.Let_WakeOnInput(state.range(0) != 0);
     PendrelWorkflows workflows(main);
     Class_Subject subject;
     float battery = 0;
@@ -40,7 +41,7 @@ void RetrieveFullPendrel(benchmark::State& state) {
   state.counters["simulated_s"] = simulated;
   state.counters["line_limit_s"] = LineLimit;
 }
-BENCHMARK(RetrieveFullPendrel)->Unit(benchmark::kSecond)->Iterations(3);
+BENCHMARK(RetrieveFullPendrel)->ArgName("wakes")->DenseRange(0, 1)->Unit(benchmark::kSecond)->Iterations(3);
 
 }  // namespace
 }  // namespace hy_wristlog

@@ -52,7 +52,8 @@ class HY_WRISTLOG_API Class_VardenLogger {
   void subVardenConfigCRCreset();
 
   /// Makes this object the logger that a saved config block describes, and decodes its saved bytes, of which
-  /// the beginning will do; gives what Retrieve gives for them. `FirmwareVersion`, like "01.01.0007", counts
+  /// the beginning will do; gives what Retrieve gives for them. They are seen from now: a recording that was
+  /// retrieved long ago can get Decode_TooLongSinceLastAcqStop. `FirmwareVersion`, like "01.01.0007", counts
   /// more than that of the block, and must be given for a block of version 1, which has none. `Diagnostic`
   /// goes on after some damage. Raises InvalidCall while the logger's port is open; OutOfRange without bytes;
   /// UnknownStructure and DamagedConfig for a block that cannot be read; and WrongDeviceType, OutOfRange,

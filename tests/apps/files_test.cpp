@@ -29,7 +29,7 @@ TEST_F(Files, EachCommandWritesItsFile) {
 
   const Json report = json("report --config vivid/config.ini --raw dump.csv --out report.csv");
   EXPECT_EQ(keysOf(report),
-            "file recorded_bytes device_serial_number decode_result decode_result_name samples ");
+            "file recorded_bytes device_serial_number decode_result decode_result_name part samples ");
   EXPECT_NE(box.content("report.csv").find("\"Illuminance (Photopic Lux)\",\"Wrist Status (On/Off)\"\r\n"),
             std::string::npos);
   const Json events = json("decode --config vivid/config.ini --raw vivid/raw.bin").at("events");

@@ -25,8 +25,8 @@ CLI::Option_group* addConfigPlace(CLI::App* sub, RecordingPlace& place) {
 void addRecordingPlace(CLI::App* sub, RecordingPlace& place) {
   CLI::Option_group* group = addConfigPlace(sub, place);
   CLI::Option* config = group->get_option("--config");
-  CLI::Option* raw =
-      group->add_option("--raw", place.RawFile, "raw.bin, or a raw data CSV")->check(validFile);
+  CLI::Option* raw = group->add_option("--raw", place.RawFile, "raw.bin, raw.partial.bin, or a raw data CSV")
+                         ->check(validFile);
   raw->excludes(group->get_option("RECORDING"))->needs(config);
   config->needs(raw);
   group->require_option(1, 2);

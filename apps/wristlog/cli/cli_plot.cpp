@@ -10,7 +10,8 @@ void addPlotCommand(CommandLine& cli) {
   auto options = std::make_shared<PlotOptions>();
   CLI::App* sub = cli.add("plot", "Draw a saved recording: actogram.svg and report.html",
                           [&cli, options] { return runPlot(cli.Common, *options); });
-  sub->add_option("RECORDING", options->Recording, "Folder of the recording: config.ini and raw.bin")
+  sub->add_option("RECORDING", options->Recording,
+                  "Folder of the recording: config.ini and raw.bin, or raw.partial.bin")
       ->required()
       ->check(validFolder);
   CommandLine::addFolder(sub, options->Folder, options->Force,

@@ -26,6 +26,7 @@ int runDecode(const CommonOptions& common, const DecodeOptions& options) {
   const auto& logger = result.Logger;
   if (!options.Folder.empty()) {
     files.requireEpochs(*logger);
+    if (result.Part) files.requireNoWhole();
     const Json summary = summaryJson(result);
     files.writeRaw(recording);
     files.writeDecoded(result, summary);

@@ -155,7 +155,7 @@ class Demo {
         std::to_string(logger->Get_MarkerCount()) + " markers. " + wordsFor(result));
     drawDays(wristlog::say(), *logger);
     say("Written:");
-    for (const std::string& path : files_.paths()) say("  " + path);
+    for (const std::string& path : files_.existing()) say("  " + path);
     say("Look at it: " + folder_ + "/report.html in a browser, or " + folder_ + "/actogram.svg");
     say("Decode it again: wristlog decode --config " + folder_ + "/config.ini --raw " + folder_ + "/raw.bin");
     return Good;

@@ -91,8 +91,13 @@ int runReport(const CommonOptions& common, const RecordingFileOptions& options) 
     const hw::enmDecodeResult result = engineering::saveReport(logger, options.Output.File);
     document["decode_result"] = static_cast<std::int32_t>(result);
     document["decode_result_name"] = nameOf(result);
+    document["part"] = logger.Get_RawDataIsPart();
     document["samples"] = logger.Get_Samples();
-    return wordsFor(result) + ' ' + std::to_string(logger.Get_Samples()) + " epochs. ";
+    const std::string beginning =
+        "Only the beginning of a recording: " + std::to_string(logger.Get_RawData().size()) + " of " +
+        std::to_string(logger.Get_BytesInLogger()) + " bytes. ";
+    return (logger.Get_RawDataIsPart() ? beginning : wordsFor(result) + ' ') +
+           std::to_string(logger.Get_Samples()) + " epochs. ";
   });
 }
 

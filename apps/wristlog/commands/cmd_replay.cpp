@@ -125,7 +125,11 @@ int runReplay(const CommonOptions& common, const ReplayOptions& options, const C
   int status = Unsuccessful;
   std::optional<Difference> difference;
   {
-    const ReplayedWorld world(record, options.Folder, [] { setInterruptRequested(true); });
+    const ReplayedWorld world(record, options.Folder, [] {
+      setInterruptRequested(true);
+      // In the session, too, the host had passed it on at this moment.
+      platform::current().host().serveEvents();
+    });
     const Replaying here(world);
     status = run(arguments);
     difference = world.difference();

@@ -113,6 +113,8 @@ Json loggerJson(hw::Class_VardenLogger& logger) {
 #define HY_STORED(Name, Type, Access, Copy) put(object, snakeCase(#Name), logger.Get_##Name());
 #define HY_COMPUTED(Name, Type) putComputed(object, snakeCase(#Name), [&] { return logger.Get_##Name(); });
 #include "hy_wristlog/varden_properties.inc"
+  // A recording that was decoded again, as most are, went through no step.
+  object.erase("retrieve_step");
   return object;
 }
 

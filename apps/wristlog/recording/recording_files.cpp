@@ -141,9 +141,18 @@ bool RecordingFiles::isFromDemo() const {
   }
 }
 
-bool RecordingFiles::holdAny() const {
-  const auto all = paths();
-  return std::any_of(all.begin(), all.end(), exists);
+std::vector<std::string> RecordingFiles::existing() const {
+  auto all = paths();
+  std::erase_if(all, [](const std::string& path) { return !exists(path); });
+  return all;
+}
+
+bool RecordingFiles::holdAny() const { return !existing().empty(); }
+
+void RecordingFiles::requireNoWhole() const {
+  if (exists(path(WholeRaw)))
+    throw hw::Failure(hw::FailureNumber::FileExists, Source,
+                      folder_ + " holds a whole recording, which the beginning of one does not replace");
 }
 
 bool RecordingFiles::holdPart() const {
@@ -195,10 +204,9 @@ void RecordingFiles::writeDecoded(const DecodedRecording& recording, const Json&
 
 void RecordingFiles::requireEpochs(const hw::Class_VardenLogger& logger) const {
   if (logger.Get_Samples() > 0) return;
-  for (const std::string& path : paths())
-    if (exists(path))
-      throw hw::Failure(hw::FailureNumber::OutOfRange, Source,
-                        "The recording holds no epochs, so " + path + " is left as it is");
+  if (const auto former = existing(); !former.empty())
+    throw hw::Failure(hw::FailureNumber::OutOfRange, Source,
+                      "The recording holds no epochs, so " + former.front() + " is left as it is");
 }
 
 void RecordingFiles::writePictures(const picture::PlottedRecording& plot) const {

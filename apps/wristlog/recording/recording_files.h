@@ -60,6 +60,10 @@ class RecordingFiles {
   /// Writes session.log, session-2.log, ..., the first that does not exist, and returns its path.
   std::string writeSessionLog(const std::string& text) const;
   std::vector<std::string> paths() const;
+  /// Those of the paths where there is a file.
+  std::vector<std::string> existing() const;
+  /// Raises FileExists for a folder with a whole recording, also when files may be overwritten.
+  void requireNoWhole() const;
 
  private:
   bool isFromDemo() const;

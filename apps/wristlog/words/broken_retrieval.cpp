@@ -78,19 +78,21 @@ const char* state(hw::enmRetrieveStep step) {
 }
 
 std::string nextStep(const BrokenRetrieval& broken) {
-  if (hw::isOneOf(broken.Code, {ReturnCode::SubjectUnusable, ReturnCode::LoggerReset,
-                                ReturnCode::StillWaiting, ReturnCode::ZoneDiffers}))
+  if (hw::isOneOf(broken.Code,
+                  {ReturnCode::SubjectUnusable, ReturnCode::LoggerReset, ReturnCode::ZoneDiffers}))
     return {};  // the warning tells it
   if (!lossOf(broken).empty()) return " Connect the dock, seat the logger in it, and retrieve again.";
-  return broken.Step == hw::RetrieveStep_None ? "" : " Retrieve it again.";
+  const bool wordsTellIt = broken.Step == hw::RetrieveStep_None && broken.Code != ReturnCode::Aborted;
+  return wordsTellIt ? "" : " Retrieve it again.";
 }
 
 }  // namespace
 
 std::string wordsFor(const BrokenRetrieval& broken) {
-  const bool isNoBreak = hw::isOneOf(broken.Code, {ReturnCode::Success, ReturnCode::NoData,
-                                                   ReturnCode::NoSamples, ReturnCode::DecodeProblem}) ||
-                         broken.Step == hw::RetrieveStep_Done;
+  const bool isNoBreak =
+      hw::isOneOf(broken.Code, {ReturnCode::Success, ReturnCode::NoData, ReturnCode::NoSamples,
+                                ReturnCode::StillWaiting, ReturnCode::DecodeProblem}) ||
+      broken.Step == hw::RetrieveStep_Done;
   if (isNoBreak) return explanationOf(broken.Code, broken.Model);
   if (broken.Step != hw::RetrieveStep_Decoded)
     return cause(broken) + " " + state(broken.Step) + nextStep(broken);
