@@ -45,6 +45,8 @@ void forEachLine(std::string_view text, std::string_view delimiter, Take take) {
   if (isLongerThanOneCharacter(text)) take(text);
 }
 
+constexpr double LongestEventInterval = 50;  ///< milliseconds
+
 /// Ends with the time or with an abort request.
 void pauseUnlessAborted(platform::Platform& world, std::int32_t milliseconds, double eventInterval) {
   using Seconds = std::chrono::duration<double>;
@@ -137,7 +139,8 @@ void Class_Tools::subDelay(std::int32_t milliseconds, std::optional<double> even
     platform::Platform& world = platform::current();
     platform::Clock& clock = world.clock();
     world.serveEvents();
-    if (world.wakesOnInput()) return pauseUnlessAborted(world, milliseconds, eventInterval.value_or(50));
+    if (world.wakesOnInput())
+      return pauseUnlessAborted(world, milliseconds, eventInterval.value_or(LongestEventInterval));
     if (!eventInterval) {
       if (milliseconds > 0) clock.sleep(std::chrono::milliseconds(milliseconds));
       return;

@@ -150,6 +150,8 @@ TEST(BrokenRetrieval, KeepsTheBeginningUntilTheWholeComes) {
   expectIn(desk.content("made/recording.json"), {"\"part\": true", "Only the beginning"});
   expectIn(desk.content("made/actogram.svg"), {"Beginning of a recording of "});
   expectIn(told({"report", made, "--out", desk.folder / "r.csv"}), {"is only the beginning of a recording"});
+  expectIn(told({"report", made, "--out", desk.folder / "u.csv", "--unchecked"}),
+           {"Only the beginning of a recording: "});
   const std::string partSeries = desk.content("made/series.partial.csv");
   EXPECT_FALSE(desk.has("made/series.csv") || desk.has("r.csv"));
 
@@ -179,6 +181,8 @@ TEST(BrokenRetrieval, KeepsTheBeginningUntilTheWholeComes) {
   again();
   breakAfter(9000);
   desk.retrieve("other");
+  expectIn(told({"decode", desk.folder / "other", "--out", made, "--force"}), {"does not replace"});
+  EXPECT_EQ(desk.content("made/raw.bin"), whole);
   again();
   desk.bench.Logger->setUp(sim::ordinarySetup(*desk.bench.World, sim::Mode::ActivityAndStandardLight, 60));
   desk.bench.Logger->wear(std::chrono::hours(2));

@@ -1,9 +1,11 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <system_error>
 
 #include "commands/file_commands.h"
 #include "engineering/files.h"
+#include "recording/decoded_recording.h"
 #include "recording/json_output.h"
 #include "recording/recording_world.h"
 #include "recording/signals_held.h"
@@ -93,11 +95,10 @@ int runReport(const CommonOptions& common, const RecordingFileOptions& options) 
     document["decode_result_name"] = nameOf(result);
     document["part"] = logger.Get_RawDataIsPart();
     document["samples"] = logger.Get_Samples();
-    const std::string beginning =
-        "Only the beginning of a recording: " + std::to_string(logger.Get_RawData().size()) + " of " +
-        std::to_string(logger.Get_BytesInLogger()) + " bytes. ";
-    return (logger.Get_RawDataIsPart() ? beginning : wordsFor(result) + ' ') +
-           std::to_string(logger.Get_Samples()) + " epochs. ";
+    std::optional<RecordingPart> part;
+    if (logger.Get_RawDataIsPart())
+      part = RecordingPart{std::ssize(logger.Get_RawData()), logger.Get_BytesInLogger(), {}};
+    return verdictOf(result, part) + ' ' + std::to_string(logger.Get_Samples()) + " epochs. ";
   });
 }
 

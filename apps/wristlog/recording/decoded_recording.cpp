@@ -83,11 +83,15 @@ std::string wordsFor(const RecordingPart& part) {
 }
 
 std::string verdictOf(const DecodedRecording& recording) {
-  if (!recording.Unchecked && !recording.Part) return wordsFor(recording.Result);
-  const std::string words = recording.Part
-                                ? "Only the beginning of a recording: " + wordsFor(*recording.Part) + "."
-                                : "Unchecked: the bytes are not those that the configuration tells of.";
-  return recording.Result == hw::Decode_OK ? words : words + " " + wordsFor(recording.Result);
+  return verdictOf(recording.Result, recording.Part, recording.Unchecked);
+}
+
+std::string verdictOf(hw::enmDecodeResult result, const std::optional<RecordingPart>& part,
+                      bool isUnchecked) {
+  if (!isUnchecked && !part) return wordsFor(result);
+  const std::string words = part ? "Only the beginning of a recording: " + wordsFor(*part) + "."
+                                 : "Unchecked: the bytes are not those that the configuration tells of.";
+  return result == hw::Decode_OK ? words : words + " " + wordsFor(result);
 }
 
 DecodedRecording decoded(const engineering::SavedRecording& recording, bool diagnostic) {

@@ -56,6 +56,9 @@ struct DecodedRecording {
 /// The decode result in words. For unchecked bytes it says only that nothing vouches for them, of a part how
 /// far it reaches.
 std::string verdictOf(const DecodedRecording& recording);
+/// The same for a decode result; `part` says that only the beginning was decoded.
+std::string verdictOf(hy_wristlog::enmDecodeResult result, const std::optional<RecordingPart>& part,
+                      bool isUnchecked = false);
 
 /// To be called in a RecordingWorld. Raises what decoding raises.
 DecodedRecording decoded(const hy_wristlog::engineering::SavedRecording& recording, bool diagnostic);
