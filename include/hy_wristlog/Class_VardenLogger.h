@@ -52,16 +52,16 @@ class HY_WRISTLOG_API Class_VardenLogger {
   void subVardenConfigCRCreset();
 
   /// Makes this object the logger that a saved config block describes, and decodes its saved bytes, of which
-  /// the beginning will do; gives what Retrieve gives for them. They are seen from now: a recording that was
-  /// retrieved long ago can get Decode_TooLongSinceLastAcqStop. `FirmwareVersion`, like "01.01.0007", counts
-  /// more than that of the block, and must be given for a block of version 1, which has none. `Diagnostic`
-  /// goes on after some damage. Raises InvalidCall while the logger's port is open; OutOfRange without bytes;
-  /// UnknownStructure and DamagedConfig for a block that cannot be read; and WrongDeviceType, OutOfRange,
-  /// Subscript, OutOfMemory and DivisionByZero for bytes that cannot be decoded with it. After a failure the
-  /// object holds what could be read.
+  /// the beginning will do. `FirmwareVersion`, like "01.01.0007", counts more than that of the block, and
+  /// must be given for a block of version 1, which has none. `Diagnostic` goes on after some damage. With the
+  /// moment of the retrieval (UTC) in `SeenAt` the result is that of Retrieve; -1 stands for now, when a
+  /// recording of long ago is Decode_TooLongSinceLastAcqStop. Raises InvalidCall while the logger's port is
+  /// open; OutOfRange without bytes; UnknownStructure and DamagedConfig for a block that cannot be read; and
+  /// WrongDeviceType, OutOfRange, Subscript, OutOfMemory and DivisionByZero for bytes that cannot be decoded
+  /// with it. After a failure the object holds what could be read.
   enmDecodeResult DecodeRecording(const ByteSeries& ConfigBlock, const ByteSeries& RawData,
                                   const std::string& FirmwareVersion = {}, bool* LowBatteryDetected = nullptr,
-                                  bool Diagnostic = false);
+                                  bool Diagnostic = false, Date SeenAt = -1);
 
   void subscribe(std::shared_ptr<LoggerEvents> events);
   void unsubscribe(const std::shared_ptr<LoggerEvents>& events);

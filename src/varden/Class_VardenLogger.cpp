@@ -22,10 +22,10 @@ void Class_VardenLogger::subVardenConfigCRCreset() { inside_->subVardenConfigCRC
 
 enmDecodeResult Class_VardenLogger::DecodeRecording(const ByteSeries& ConfigBlock, const ByteSeries& RawData,
                                                     const std::string& FirmwareVersion,
-                                                    bool* LowBatteryDetected, bool Diagnostic) {
+                                                    bool* LowBatteryDetected, bool Diagnostic, Date SeenAt) {
   bool low = false;
   const enmDecodeResult result =
-      inside_->decodeRecording(ConfigBlock, RawData, FirmwareVersion, low, Diagnostic);
+      inside_->decodeRecording(ConfigBlock, RawData, FirmwareVersion, low, Diagnostic, SeenAt);
   if (LowBatteryDetected != nullptr) *LowBatteryDetected = low;
   return result;
 }

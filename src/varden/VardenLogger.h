@@ -115,14 +115,16 @@ class VardenLogger : public LoggerLink {
 
   // The recording: decode/VardenLogger_decode.cpp
   void subSetRawDataFromPackets(const PacketArray& packets);
+  /// The recording is seen from the moment `SeenAt` (UTC), or from now.
   enmDecodeResult fncDecodeDataArrays(bool& LowBatteryDetected, const std::optional<ByteArray>& RawBytes,
-                                      bool DiagnosticDecode);
+                                      bool DiagnosticDecode, std::optional<double> SeenAt = std::nullopt);
 
   /// Makes bytes of a saved recording the raw data, as if they had just been read.
   void setRawData(ByteArray raw);
   /// Class_VardenLogger::DecodeRecording.
   enmDecodeResult decodeRecording(const ByteArray& configBlock, const ByteArray& raw,
-                                  std::string_view firmware, bool& lowBatteryDetected, bool diagnostic);
+                                  std::string_view firmware, bool& lowBatteryDetected, bool diagnostic,
+                                  double seenAt);
 
   // Files for engineers: files/. A file is replaced whole. It stays as it was when there are no raw data,
   // which a message box tells, and after a failure. What the system refuses is raised as FileNotFound,

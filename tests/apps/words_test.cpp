@@ -178,6 +178,7 @@ TEST(BrokenRetrieval, KeepsTheBeginningUntilTheWholeComes) {
   breakAfter(9000);
   expectIn(desk.retrieve("made", {"--force"}), {"was left as it is"});
   EXPECT_EQ(desk.content("made/raw.bin"), whole);
+  EXPECT_FALSE(desk.has("made-2"));
   again();
   breakAfter(9000);
   desk.retrieve("other");
@@ -186,8 +187,9 @@ TEST(BrokenRetrieval, KeepsTheBeginningUntilTheWholeComes) {
   again();
   desk.bench.Logger->setUp(sim::ordinarySetup(*desk.bench.World, sim::Mode::ActivityAndStandardLight, 60));
   desk.bench.Logger->wear(std::chrono::hours(2));
-  expectIn(desk.retrieve("other"), {"holds the beginning of another recording", "into another folder"});
+  expectIn(desk.retrieve("other"), {"holds another recording, and was left as it is", "Written to "});
   EXPECT_EQ(desk.content("other/raw.partial.bin").size(), longPart.size());
+  EXPECT_TRUE(desk.has("other-2/raw.bin") && desk.has("other-2/series.csv"));
 }
 
 TEST(BrokenRetrieval, SaysWhereTheRecordingIsWhetherTheLoggerRecordsAndWhatToDo) {

@@ -6,6 +6,7 @@
 #include "base/inside.h"
 #include "support/failures.h"
 #include "support/surroundings.h"
+#include "timezones/Class_TimeZoneTools.h"
 #include "workflows/workbench.h"
 
 namespace hy_wristlog::workbench {
@@ -182,6 +183,10 @@ TEST(SavedRecording, KeepsWhatAnOlderBlockLacks) {
   const ByteSeries block = desk.data->Get_ConfigBlock();
   EXPECT_EQ(number(block, saved.Raw, "00.01.0029"), 0);
   EXPECT_EQ(decoded.Get_ActivityArray(), desk.data->Get_ActivityArray());
+  const double retrieved = Class_TimeZoneTools::fncGetGMTTime();
+  desk.wait(40 * 24h);
+  EXPECT_EQ(decoded.DecodeRecording(block, saved.Raw, "00.01.0029"), Decode_TooLongSinceLastAcqStop);
+  EXPECT_EQ(decoded.DecodeRecording(block, saved.Raw, "00.01.0029", nullptr, false, retrieved), Decode_OK);
   EXPECT_EQ(number(block, saved.Raw, ""), FailureNumber::OutOfRange);
   EXPECT_EQ(number(block, {}, "00.01.0029"), FailureNumber::OutOfRange);
   EXPECT_EQ(number({}, saved.Raw, "00.01.0029"), FailureNumber::OutOfRange);

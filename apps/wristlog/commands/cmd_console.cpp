@@ -58,11 +58,12 @@ Result retrieveRecording(hw::Class_Main& main, const ConsoleOptions& options) {
   if (retrieval.Verdict) result.Words += " " + verdictWords(retrieval);
   if (recording.part())
     result.Words += " The beginning of the recording came: " + wordsFor(*recording.part()) + ".";
-  if (RecordingFiles files(options.Folder, options.Force); !options.Folder.empty()) {
+  if (RecordingFiles files(options.Folder, options.Force); !options.Folder.empty() && recording.isThere()) {
     files.replacePart();
-    if (!recording.mayBeWritten(files)) return result;
-    recording.write(files);
-    result.Words += " Written to " + options.Folder + ".";
+    const auto place = recording.placeFor(files);
+    if (place) recording.write(*place);
+    result.Words +=
+        place ? " Written to " + place->folder() + "." : " " + options.Folder + " was left as it is.";
   }
   return result;
 }

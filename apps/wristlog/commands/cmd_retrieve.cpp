@@ -1,4 +1,5 @@
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "commands/commands.h"
 #include "commands/retrieval.h"
@@ -18,20 +19,19 @@ namespace {
 
 /// What was written of the recording.
 struct Written {
-  bool Kept = false;
+  std::optional<RecordingFiles> Place;  ///< none when it was not written
   bool Drawn = true;  ///< false only when the pictures of a sound recording could not be written
 };
 
 /// A sound recording is decoded from what was kept of it, so that its files and words agree.
 Written write(Retrieval& retrieval, RetrievedRecording& recording, const RecordingFiles& files) {
-  Written written;
-  written.Kept = recording.mayBeWritten(files);
-  if (written.Kept) recording.write(files);
+  Written written{recording.placeFor(files)};
+  if (written.Place) recording.write(*written.Place);
   if (!recording.isSound()) return written;
   retrieval.Verdict = recording.decode().Result;
   retrieval.Logger = recording.decode().Logger;
   try {
-    files.writePictures(recording.decode());
+    if (written.Place) written.Place->writePictures(recording.decode());
   } catch (const hw::Failure& failure) {
     written.Drawn = false;
     complain() << wordsFor(failure) << '\n';
@@ -54,19 +54,24 @@ Json documentOf(const Retrieval& retrieval, const RetrievedRecording& recording,
 }
 
 void tell(const Retrieval& retrieval, const RetrievedRecording& recording, const std::string& meaning,
-          const std::string& folder, bool kept) {
+          const std::string& asked, const std::optional<RecordingFiles>& place) {
   const Speech out = retrieval.Code == 0 ? say() : complain();
   if (retrieval.Code != 0) out << "Code " << retrieval.Code << ": " << meaning << '\n';
   if (retrieval.Verdict) out << verdictWords(retrieval) << '\n';
   if (retrieval.LowBattery) out << "The logger's battery is low.\n";
   if (recording.part())
     out << "The beginning of the recording came: " << wordsFor(*recording.part()) << ".\n";
-  if (kept) out << "Written to " << folder << ".\n";
-  if (kept && recording.part())
+  if (!place) {
+    if (recording.isThere())
+      out << asked << " was left as it is: it holds as much of the recording already.\n";
+    return;
+  }
+  const std::string& folder = place->folder();
+  if (folder != asked) out << asked << " holds another recording, and was left as it is.\n";
+  out << "Written to " << folder << ".\n";
+  if (recording.part())
     out << "'wristlog decode " << folder << "' and 'wristlog plot " << folder
         << "' show it. A whole retrieval into " << folder << " replaces it.\n";
-  if (!kept && recording.isThere())
-    out << "The recording in " << folder << " was left as it is; name another folder to keep what came.\n";
 }
 
 }  // namespace
@@ -85,11 +90,15 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   RetrievedRecording recording(*retrieval.Logger, retrieval.Verdict, retrieval.LowBattery);
   const std::string meaning = judge(retrieval, recording, model, interruptRequested());
   const Written written = write(retrieval, recording, files);
-  if (retrieval.Code != 0) session.writeRecord(files, retrieval.Code, meaning);
-  if (session.asJson())
-    print(documentOf(retrieval, recording, meaning));
-  else
-    tell(retrieval, recording, meaning, options.Folder, written.Kept);
+  if (retrieval.Code != 0) session.writeRecord(written.Place.value_or(files), retrieval.Code, meaning);
+  if (session.asJson()) {
+    Json document = documentOf(retrieval, recording, meaning);
+    if (written.Place && written.Place->folder() != options.Folder)
+      document["written_to"] = written.Place->folder();
+    print(document);
+  } else {
+    tell(retrieval, recording, meaning, options.Folder, written.Place);
+  }
   return retrieval.Code == 0 && written.Drawn ? Good : Unsuccessful;
 }
 

@@ -168,6 +168,23 @@ bool RecordingFiles::holdPartOf(const engineering::SavedRecording& recording) co
   }
 }
 
+bool RecordingFiles::holdAsMuchOf(const engineering::SavedRecording& recording) const {
+  try {
+    const RecordingPlace place{folder_, {}, {}};
+    const auto theirs = engineering::savedRecording(place.config(), place.raw());
+    return theirs.Raw == recording.Raw || recording.isPartOfSame(theirs);
+  } catch (const hw::Failure&) {
+    return false;
+  }
+}
+
+RecordingFiles RecordingFiles::beside() const {
+  RecordingFiles files(folder_, false);
+  for (int number = 2; files.folder_ == folder_ || exists(files.folder_); ++number)
+    files.folder_ = folder_ + "-" + std::to_string(number);
+  return files;
+}
+
 void RecordingFiles::claim(bool mayReplace) const {
   if (claim_) return;
   onFiles(folder_, [&](platform::Files& files) { claim_ = platform::lockFolder(files, folder_); });

@@ -53,6 +53,12 @@ class RecordingFiles {
   bool holdAny() const;
   /// Whether they are those of a shorter part of the same recording.
   bool holdPartOf(const hy_wristlog::engineering::SavedRecording& recording) const;
+  /// Whether they are those of the same recording, with at least as many bytes.
+  bool holdAsMuchOf(const hy_wristlog::engineering::SavedRecording& recording) const;
+  bool mayOverwrite() const { return overwrite_; }
+  const std::string& folder() const { return folder_; }
+  /// The same files in a folder that does not exist yet: FOLDER-2, FOLDER-3, ...
+  RecordingFiles beside() const;
   void writeFile(const std::string& name, const std::string& content) const;
   /// Writes a file whose content is made while it is written.
   void writeFile(const std::string& name,

@@ -23,6 +23,14 @@ RetrievedRecording::RetrievedRecording(const hw::Class_VardenLogger& logger,
   }
 }
 
+std::optional<RecordingFiles> RetrievedRecording::placeFor(const RecordingFiles& files) const {
+  if (!isThere()) return std::nullopt;
+  const bool replaces = isSound() && files.mayOverwrite();
+  if (replaces || !files.holdAny() || files.holdPartOf(saved_)) return files;
+  if (files.holdAsMuchOf(saved_)) return std::nullopt;
+  return files.beside();
+}
+
 const DecodedRecording& RetrievedRecording::decode() {
   if (!decoded_) {
     world_.emplace(momentOf(saved_));

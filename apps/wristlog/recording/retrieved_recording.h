@@ -32,10 +32,9 @@ class RetrievedRecording {
   /// How much came; none when all did, or nothing.
   const std::optional<RecordingPart>& part() const { return part_; }
 
-  /// Whether it may be written there: a part of a recording replaces nothing but a shorter part of it.
-  bool mayBeWritten(const RecordingFiles& files) const {
-    return isThere() && (isSound() || !files.holdAny() || files.holdPartOf(saved_));
-  }
+  /// Where it is to be written: there or, where it would replace another recording that it may not replace,
+  /// in a new folder beside it. None when nothing came, and when that folder holds as much of it already.
+  std::optional<RecordingFiles> placeFor(const RecordingFiles& files) const;
 
   /// Decodes the recording in its RecordingWorld, which lasts as long as this object.
   const DecodedRecording& decode();

@@ -21,6 +21,7 @@ from ._properties import (
     Truths,
     Whole,
     date_variant,
+    moment,
     row_of,
     text,
     truth,
@@ -155,13 +156,21 @@ class VardenLogger(EventSource):
             self._dispatch.call("subVardenConfigCRCreset").clear()
 
     def DecodeRecording(
-        self, ConfigBlock: bytes, RawData: bytes, FirmwareVersion: str = "", *, Diagnostic: bool = False
+        self,
+        ConfigBlock: bytes,
+        RawData: bytes,
+        FirmwareVersion: str = "",
+        *,
+        Diagnostic: bool = False,
+        SeenAt: Optional[datetime] = None,
     ) -> "DecodeResult":
         """Makes this object the logger that a saved config block describes, and decodes its saved bytes, of which the
         beginning will do.
 
         `FirmwareVersion`, like 01.01.0007, must be given for a block of version 1, which has none. `Diagnostic` goes
-        on after some damage. Raises HyWristlogError 5 (InvalidCall) while the logger's port is open; 11503
+        on after some damage. With the moment of the retrieval, which is aware, in `SeenAt` the result is that of
+        Retrieve; None stands for now, when a recording of long ago is Decode_TooLongSinceLastAcqStop. Raises
+        HyWristlogError 5 (InvalidCall) while the logger's port is open; 11503
         (OutOfRange) without bytes; 11504 and 11505 (UnknownStructure, DamagedConfig) for a block that cannot be read;
         and 7, 9, 11, 11502 or 11503 for bytes that cannot be decoded with it.
         """
@@ -174,6 +183,7 @@ class VardenLogger(EventSource):
                 text(FirmwareVersion),
                 low.argument,
                 truth(Diagnostic),
+                date_variant(dates.UNKNOWN if SeenAt is None else dates.to_utc_date(moment(SeenAt, True))),
             )
         return DecodeResult(enmDecodeResult(taken(verdict)), low.variant.boolVal != 0)
 

@@ -1,3 +1,4 @@
+#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -17,8 +18,8 @@ namespace {
 
 constexpr const char* Module = "Class_VardenLogger";
 
-DecodeOptions optionsOfThisWorld(bool diagnostic, bool beginningOnly) {
-  return {diagnostic, Class_TimeZoneTools::fncGetGMTTime(),
+DecodeOptions optionsOfThisWorld(bool diagnostic, std::optional<double> seenAt, bool beginningOnly) {
+  return {diagnostic, seenAt ? *seenAt : Class_TimeZoneTools::fncGetGMTTime(),
           [format = DateFormat(globals().ShortDateTimeFormat)](double date) { return format(date); },
           [](std::string_view title, std::string_view text) {
             platform::current().host().showMessageBox(title, text,
@@ -39,7 +40,7 @@ void VardenLogger::subSetRawDataFromPackets(const PacketArray& packets) {
 
 enmDecodeResult VardenLogger::fncDecodeDataArrays(bool& LowBatteryDetected,
                                                   const std::optional<ByteArray>& RawBytes,
-                                                  bool DiagnosticDecode) {
+                                                  bool DiagnosticDecode, std::optional<double> SeenAt) {
   Procedure procedure{Module, "fncDecodeDataArrays"};
   DecodeOptions options;
   std::optional<StreamDecoder> decoder;
@@ -52,7 +53,7 @@ enmDecodeResult VardenLogger::fncDecodeDataArrays(bool& LowBatteryDetected,
       record.RawData = *RawBytes;
       record.BytesUsed = fault::narrow<std::int32_t>(RawBytes->size());
     });
-    procedure.statement([&] { options = optionsOfThisWorld(DiagnosticDecode, Get_RawDataIsPart()); });
+    procedure.statement([&] { options = optionsOfThisWorld(DiagnosticDecode, SeenAt, Get_RawDataIsPart()); });
     procedure.statement([&] { decoder.emplace(record, options).decode(); });
     procedure.statement([&] { decoder->finish(); });
   });
@@ -68,18 +69,20 @@ void VardenLogger::setRawData(ByteArray raw) {
 
 enmDecodeResult VardenLogger::decodeRecording(const ByteArray& configBlock, const ByteArray& raw,
                                               std::string_view firmware, bool& lowBatteryDetected,
-                                              bool diagnostic) {
+                                              bool diagnostic, double seenAt) {
   const CommandUnderWay command;
   if (link().Get_PortReady()) fault::raise(fault::InvalidCall, "The logger's port is open");
   if (configBlock.empty() || raw.empty())
     raiseFrom("DecodeRecording", FailureNumber::OutOfRange, "No config block, or no bytes");
+  if (!std::isfinite(seenAt)) raiseFrom("DecodeRecording", FailureNumber::OutOfRange, "SeenAt is no date");
   record = {};
   lastRead_ = {};
   retrieveStep_ = RetrieveStep_None;
   subDecodeVardenLoggerConfig(splitIntoPackets(configBlock));
   if (!firmware.empty()) record.FirmwareVersion = firmware;
   setRawData(raw);
-  return fncDecodeDataArrays(lowBatteryDetected, std::nullopt, diagnostic);
+  return fncDecodeDataArrays(lowBatteryDetected, std::nullopt, diagnostic,
+                             seenAt == UnknownDate ? std::nullopt : std::optional(seenAt));
 }
 
 }  // namespace hy_wristlog
