@@ -23,6 +23,13 @@ namespace engineering = hy_wristlog::engineering;
 
 namespace {
 
+constexpr const char* StillThere =
+    " The recording is still in the logger, which was not stopped: if it was recording, it still is.";
+constexpr const char* StillThereAfterAbort =
+    " The recording is still in the logger, which was not stopped: if it was recording, it still is. "
+    "Retrieve "
+    "it again.";
+
 struct Retrieved {
   std::int32_t Code = 0;
   hw::Class_Subject Subject;
@@ -48,6 +55,12 @@ Json summaryOf(hw::Class_Pendrel& logger, const hw::PendrelDetails& details,
   summary["markers"] = logger.Get_MarkerCount();
   summary["configuration"] = loggerJson(logger);
   return summary;
+}
+
+/// What a retrieval that failed has left. Reading changes nothing in a logger.
+const char* stateAfter(std::int32_t code, const hw::PendrelDetails& details) {
+  if (details.SetupText.empty()) return Unchanged;
+  return code == hw::ReturnCode::Aborted ? StillThereAfterAbort : StillThere;
 }
 
 std::string bytesAsText(const std::vector<std::uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
@@ -115,7 +128,7 @@ int runPendrelRetrieve(const CommonOptions& common, const ReaderOptions& reader,
   facts["subject"] = good ? subjectJson(result.Subject) : Json();
   const int status = session.end(
       result.Code, facts, [&](const Speech& out) { tellRetrieved(out, session.logger(), options.Folder); },
-      Unchanged);
+      stateAfter(result.Code, details));
   if (good) return drawn ? status : Unsuccessful;
   if (!details.Memory.empty())
     complain() << "What was read of the memory, " << details.Memory.size() << " bytes, is in "
@@ -132,7 +145,8 @@ int runPendrelExport(const CommonOptions& common, const ReaderOptions& reader,
   if (code == 0) code = session.workflows().fncWriteKRCfile(options.File);
   return session.end(
       code, {{"file", code == 0 ? Json(options.File) : Json()}},
-      [&](const Speech& out) { tellRetrieved(out, session.logger(), options.File); }, Unchanged);
+      [&](const Speech& out) { tellRetrieved(out, session.logger(), options.File); },
+      stateAfter(code, session.workflows().Details()));
 }
 
 }  // namespace wristlog
