@@ -179,9 +179,10 @@ bool RecordingFiles::holdAsMuchOf(const engineering::SavedRecording& recording) 
 }
 
 RecordingFiles RecordingFiles::beside() const {
+  const std::string bare = folder_.substr(0, folder_.find_last_not_of('/') + 1);
   RecordingFiles files(folder_, false);
   for (int number = 2; files.folder_ == folder_ || exists(files.folder_); ++number)
-    files.folder_ = folder_ + "-" + std::to_string(number);
+    files.folder_ = bare + "-" + std::to_string(number);
   return files;
 }
 
