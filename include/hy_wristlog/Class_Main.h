@@ -96,6 +96,16 @@ class HY_WRISTLOG_API Class_Main {
   /// too, its outputs as they were but for the text.
   void AbortComms();
 
+  /// The name of a return code or failure number: "NotFound". Empty when there is none of this number.
+  static std::string CodeName(std::int32_t Code);
+  /// What a return code or failure number means and what to do about it, in one or two sentences; with
+  /// LggrPntr_Pendreader what it means of a Pendrel logger.
+  static std::string CodeMeaning(std::int32_t Code, enmLoggerPointer LoggerType = LggrPntr_None);
+  /// "Decode_OK" for Decode_OK. Empty when there is no such result.
+  static std::string ResultName(enmDecodeResult Result);
+  /// What the result says of a recording, in one sentence.
+  static std::string ResultMeaning(enmDecodeResult Result);
+
  private:
   friend struct Inside;
 

@@ -10,8 +10,8 @@
 
 namespace hy_wristlog {
 
-/// The one exception type of the library. `Number` tells what went wrong (see FailureNumber), `Source` where
-/// it was first seen, `Description` says it in words.
+/// The one exception type of the library. `Number` tells what went wrong (see FailureNumber, and
+/// Class_Main::CodeMeaning for words), `Source` where it was first seen, `Description` says it in words.
 struct HY_WRISTLOG_API Failure : std::exception {
   Failure(std::int32_t number, std::string source, std::string description)
       : Number(number), Source(std::move(source)), Description(std::move(description)) {}

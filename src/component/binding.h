@@ -118,6 +118,14 @@ struct Signature<R (C::*)(P...)> {
 };
 template <class C, class R, class... P>
 struct Signature<R (C::*)(P...) const> : Signature<R (C::*)(P...)> {};
+/// A static member.
+template <class R, class... P>
+struct Signature<R (*)(P...)> {
+  using Class = void;
+  using Result = std::remove_cvref_t<R>;
+  using Given = std::tuple<P...>;
+  static constexpr std::size_t Count = sizeof...(P);
+};
 
 template <auto Get>
 void read(void* instance, Arguments&, HyVariant& result) {
@@ -216,13 +224,18 @@ struct Calling<Method, std::index_sequence<I...>> {
   using TravelOf = Travel<std::tuple_element_t<N, typename Shape::Given>>;
 
   static void run(void* instance, Arguments& arguments, HyVariant& result) {
-    auto& object = *static_cast<typename Shape::Class*>(instance);
     std::tuple<TravelOf<I>...> travels;
     (arrive<I>(std::get<I>(travels), arguments), ...);
+    const auto call = [&]() -> decltype(auto) {
+      if constexpr (std::is_void_v<typename Shape::Class>)
+        return Method(std::get<I>(travels).pass()...);
+      else
+        return (static_cast<typename Shape::Class*>(instance)->*Method)(std::get<I>(travels).pass()...);
+    };
     if constexpr (std::is_void_v<typename Shape::Result>)
-      (object.*Method)(std::get<I>(travels).pass()...);
+      call();
     else
-      put<typename Shape::Result>(result, (object.*Method)(std::get<I>(travels).pass()...));
+      put<typename Shape::Result>(result, call());
     (std::get<I>(travels).leave(arguments.at(I)), ...);
   }
 

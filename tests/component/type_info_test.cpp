@@ -76,7 +76,11 @@ TEST(TypeInfo, TellsTheMembersOfMain) {
       "11 17 ReconfigureAfterRetrieve, 11 17 AppendData, ) 3",
       "1 AbortComms() 24",
       "2 WakeOnInput() 11",
-      "4 WakeOnInput(11 1 , ) 24"};
+      "4 WakeOnInput(11 1 , ) 24",
+      "1 CodeName(3 1 Code, ) 8",
+      "1 CodeMeaning(3 1 Code, 3 17 LoggerType, ) 8",
+      "1 ResultName(3 1 Result, ) 8",
+      "1 ResultMeaning(3 1 Result, ) 8"};
   EXPECT_EQ(functionsOf(info.get()), expected);
 
   // It calls, finds names, and makes objects like the object itself.
@@ -92,7 +96,7 @@ TEST(TypeInfo, TellsTheMembersOfMain) {
   EXPECT_EQ(version.text(), get(main.get(), "Version").text());
   HyString few[2];
   uint32_t count = 9;
-  EXPECT_EQ(info->GetNames(info.get(), 12, few, 2, &count), HY_TYPE_E_ELEMENTNOTFOUND);
+  EXPECT_EQ(info->GetNames(info.get(), 16, few, 2, &count), HY_TYPE_E_ELEMENTNOTFOUND);
   EXPECT_EQ(main->GetTypeInfo(main.get(), 1, 0, info.receive()), HY_DISP_E_BADINDEX);
 }
 
