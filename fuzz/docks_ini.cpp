@@ -42,7 +42,7 @@ bool isIdentifier(const std::string& text) {
 const std::span<const std::string_view> Grammar = Lines;
 
 void run(std::string_view ini) {
-  const Docks docks = platform::parseDeclaredDocks(ini);
+  const Docks docks = platform::parseDeclaredDocks(ini).Docks;
   require(docks.size() <= 256, "too many docks");
   for (const platform::DeclaredDock& dock : docks) {
     require(isIdentifier(dock.VendorID) && isIdentifier(dock.ProductID), "an identifier of another form");
@@ -50,7 +50,7 @@ void run(std::string_view ini) {
     require(dock.Device.find('\0') == dock.Device.npos, "a path with a NUL");
     require(dock.ComPort >= 0, "a negative port");
   }
-  require(iniOf(platform::parseDeclaredDocks(iniOf(docks))) == iniOf(docks),
+  require(iniOf(platform::parseDeclaredDocks(iniOf(docks)).Docks) == iniOf(docks),
           "docks declared again are others");
   for (std::int32_t port = -1; port <= 70; ++port) {
     const std::string device = platform::devicePathOfPort(port, docks);

@@ -1,5 +1,7 @@
 #include "engineering/docks.h"
 
+#include <optional>
+
 #include "hy_wristlog/failure.h"
 #include "platform/platform.h"
 #include "start_up/start_up.h"
@@ -7,6 +9,19 @@
 #include "workflows/docked_model.h"
 
 namespace hy_wristlog::engineering {
+
+namespace {
+
+std::optional<Failure> openingFailure(std::int32_t port) {
+  try {
+    platform::current().serialPorts().open(port);
+    return std::nullopt;
+  } catch (const Failure& failure) {
+    return failure;
+  }
+}
+
+}  // namespace
 
 std::string modelWords(enmLoggerPointer model) {
   const DockedModel* docked = dockedModel(model);
@@ -35,13 +50,21 @@ std::string declaredDocksFile() {
   return named.empty() ? environment.specialFolder(UserApplicationData) + "/HY_Wristlog/Docks.INI" : named;
 }
 
+std::vector<std::string> declarationTroubles() { return platform::current().deviceTree().troubles(); }
+
 std::string portTrouble(std::int32_t port) {
-  try {
-    platform::current().serialPorts().open(port);
-    return {};
-  } catch (const Failure& failure) {
-    return failure.Description;
-  }
+  const auto failure = openingFailure(port);
+  return failure ? failure->Description : "";
+}
+
+std::vector<std::string> portsOutOfReach() {
+  constexpr std::int32_t LastPort = 64;
+  std::vector<std::string> troubles;
+  for (std::int32_t port = 1; port <= LastPort; ++port)
+    if (const auto failure = openingFailure(port);
+        failure && failure->Number == FailureNumber::PortNotAvailable)
+      troubles.push_back(failure->Description);
+  return troubles;
 }
 
 }  // namespace hy_wristlog::engineering

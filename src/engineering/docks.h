@@ -27,7 +27,13 @@ std::vector<DockView> docks();
 /// The path of the file that declares docks which the USB tree does not show. The file need not exist.
 std::string declaredDocksFile();
 
+/// What keeps docks that are declared there from being found, a sentence each.
+std::vector<std::string> declarationTroubles();
+
 /// Why COM port `port` cannot be opened, and what to do about it; empty when it can be opened.
 std::string portTrouble(std::int32_t port);
+
+/// The same for each port from 1 to 64 that exists but is in use, or may not be opened by this user.
+std::vector<std::string> portsOutOfReach();
 
 }  // namespace hy_wristlog::engineering

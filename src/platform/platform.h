@@ -124,6 +124,8 @@ class DeviceTree {
   virtual ~DeviceTree() = default;
   /// `classGuid` in registry form with braces, any case. Raises SystemError.
   virtual std::unique_ptr<DeviceList> devicesOfClass(std::string_view classGuid) = 0;
+  /// What keeps docks that the user has declared from being found, a sentence each.
+  virtual std::vector<std::string> troubles() { return {}; }
 };
 
 /// A value of the settings store with the type code it was written with (1 text, 2 expandable text,

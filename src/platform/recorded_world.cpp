@@ -200,6 +200,7 @@ class RecordedDevices : public DeviceTree {
     record_->tell(event);
     return deviceListOf(event.Devices);
   }
+  std::vector<std::string> troubles() override { return record_->world().deviceTree().troubles(); }
 
  private:
   SharedRecord record_;

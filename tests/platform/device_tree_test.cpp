@@ -133,7 +133,7 @@ TEST(PortNumbers, StandForDevicesByOneRule) {
 }
 
 TEST(DeclaredDocks, AreReadWithWhatIsUsable) {
-  const auto docks = parseDeclaredDocks(
+  const auto [docks, troubles] = parseDeclaredDocks(
       "\xEF\xBB\xBF; docks of the ward\r\n"
       "VendorID=1111\r\n"
       "[Other]\r\nVendorID=2222\r\n"
@@ -144,16 +144,46 @@ TEST(DeclaredDocks, AreReadWithWhatIsUsable) {
       "[Dock 4]\nCOMport=33\nnonsense\n=\n[Dock 4x]\nCOMport=9\n[Dock\nCOMport=9\n"
       "[Dock 3]\nVendorID=5245\nCOMport=99999999999");
   std::string seen;
-  for (const auto& [vendor, product, deviceClass, port, device] : docks) {
+  for (const auto& [name, vendor, product, deviceClass, port, device] : docks) {
     seen += vendor + "," + product + "," + std::to_string(port) + "," + device + ";";
     EXPECT_EQ(deviceClass, ComPortClass);
   }
+  EXPECT_EQ(troubles.size(), 15U);
   EXPECT_EQ(seen, "5245,004A,5,/dev/pts/3;,,0,;5245,,50,/dev/ttyACM1;,,33,/dev/ttyUSB0;");
   EXPECT_EQ(devicePathOfPort(5, docks), "/dev/pts/3");
   EXPECT_EQ(devicePathOfPort(6, docks), "/dev/ttyS5");
   EXPECT_EQ(devicePathOfPort(0, docks), "");
   for (const char* text : {"", "[", "[]", "]", "[Dock 1", "=", "[Dock ]\nCOMport=1", "\n\n\r\r"})
-    EXPECT_TRUE(parseDeclaredDocks(text).empty()) << text;
+    EXPECT_TRUE(parseDeclaredDocks(text).Docks.empty()) << text;
+}
+
+TEST(DeclaredDocks, AreToldWhenTheySayNothingUsable) {
+  const auto troubles = [](const std::string& ini) {
+    std::string words;
+    for (const std::string& trouble : parseDeclaredDocks(ini).Troubles) words += trouble + "\n";
+    return words;
+  };
+  const std::string dock = "[Dock 1]\nDevice=/dev/null\nCOMport=3\nVendorID=5245\n";
+  for (const char* product : {"4000", "4001", "4002"}) EXPECT_EQ(troubles(dock + "ProductID=" + product), "");
+  EXPECT_EQ(parseDeclaredDocks(dock + "ProductID=4001").Docks[0].Class, UsbDeviceClass);
+  EXPECT_EQ(troubles("[Dock 1]\nDevice=/dev/ttyS4"), "");
+  const std::string unknown = "[Dock 1] is no dock known here";
+  for (const auto& [ini, words] : std::initializer_list<std::pair<std::string, std::string>>{
+           {"", "declares no dock"},
+           {"\xFF\xFE[\0D", "UTF-16"},
+           {"COMport=3\n" + dock, "Line 1 stands in front of the first section"},
+           {"[Dock]", "Line 1 is not the section of a dock"},
+           {"[Dock 1", "Line 1 has no closing bracket"},
+           {dock + "nonsense", "Line 5 is no section"},
+           {dock + "Produkt=4000", "Line 5 is no entry of a dock"},
+           {dock + "ProductID=0x4000", "Line 5 is no hexadecimal number"},
+           {dock + "ProductID=4000 ; of the ward", "Line 5 has a comment"},
+           {dock + "ProductID=4003", unknown},
+           {dock, unknown},
+           {"[Dock 1]\nDevice=ttyS4", "Line 2 is no whole path"},
+           {"[Dock 1]\nCOMport=65", "Line 2 is no number from 1 to 64"},
+           {"[Dock 1]\nVendorID=5245\nProductID=4000", "names no device"}})
+    EXPECT_NE(troubles(ini).find(words), std::string::npos) << ini << troubles(ini);
 }
 
 TEST(DeclaredDocks, LieInTheUsersDataFolder) {
@@ -163,9 +193,19 @@ TEST(DeclaredDocks, LieInTheUsersDataFolder) {
   const Variable tree{"HY_WRISTLOG_SYS", home / "nothing"};
   const auto world = makeLinuxPlatform();
   EXPECT_FALSE(world->deviceTree().devicesOfClass(ComPortClass)->hasInterface(0));
+  EXPECT_TRUE(world->deviceTree().troubles().empty());
+  const auto expectTrouble = [&](const std::string& words) {
+    const std::vector<std::string> troubles = world->deviceTree().troubles();
+    ASSERT_EQ(troubles.size(), 1U);
+    EXPECT_NE(troubles[0].find("Docks.INI: " + words), std::string::npos) << troubles[0];
+  };
+  home.put("config/HY_Wristlog/Docks.INI",
+           "[Dock 1]\nVendorID=5245\nProductID=4000\nDevice=/dev/gone\nCOMport=3");
+  expectTrouble("[Dock 1] names /dev/gone, which is not there.");
   home.put("config/HY_Wristlog/Docks.INI",
            "[Dock 1]\nVendorID=5245\nProductID=4000\nDevice=/dev/null\nCOMport=3");
   EXPECT_EQ(world->deviceTree().devicesOfClass(ComPortClass)->friendlyName(0), "Declared dock 1 (COM3)");
+  EXPECT_TRUE(world->deviceTree().troubles().empty());
 }
 
 }  // namespace

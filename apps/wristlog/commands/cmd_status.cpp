@@ -42,20 +42,6 @@ bool wasRead(const Status& status) {
 
 Json batteryJson(float days) { return std::isnan(days) ? Json() : Json(roundedDays(days)); }
 
-void printDock(const engineering::DockView& dock, const std::string& state) {
-  say() << dock.Words << ": ";
-  if (dock.Connected == 0)
-    say() << "no dock\n";
-  else if (dock.Connected > 1)
-    say() << dock.Connected << " docks; leave one connected\n";
-  else if (dock.Port == 0)
-    say() << "a dock without a COM port\n";
-  else
-    say() << "dock on COM" << dock.Port << ", " << state << '\n';
-  const std::string trouble = portTroubleOf(dock.Model);
-  if (!trouble.empty()) say() << "  " << trouble << '\n';
-}
-
 }  // namespace
 
 int runStatus(const CommonOptions& common, const std::string& model) {
@@ -78,7 +64,7 @@ int runStatus(const CommonOptions& common, const std::string& model) {
   }
   say() << status.Simple << '\n';
   if (status.Long != status.Simple) say() << status.Long << '\n';
-  const std::string trouble = wasRead(status) ? std::string() : portTroubleOf(modelFromName(model));
+  const std::string trouble = wasRead(status) ? std::string() : dockTroubleOf(modelFromName(model));
   if (!trouble.empty()) say() << trouble << '\n';
   if (wasRead(status)) {
     say() << "Logger " << status.Logger->Get_SerialNumber() << ", firmware "
@@ -88,31 +74,6 @@ int runStatus(const CommonOptions& common, const std::string& model) {
     if (!status.Subject->Get_Identity().empty())
       say() << "Worn by " << status.Subject->Get_Identity() << '\n';
   }
-  return Good;
-}
-
-int runDocks(const CommonOptions& common) {
-  Session session(common);
-  Json list = Json::array();
-  bool anyDock = false;
-  for (const engineering::DockView& dock : engineering::docks()) {
-    std::string state;
-    anyDock = anyDock || dock.Connected > 0;
-    if (dock.Connected == 1 && dock.Port > 0) state = askStatus(session, dock.Model).Simple;
-    requireNotStopped();
-    if (session.asJson())
-      list.push_back({{"model", dock.Words},
-                      {"connected", dock.Connected},
-                      {"com_port", dock.Port > 0 ? Json(dock.Port) : Json()},
-                      {"simple_status", state.empty() ? Json() : Json(state)}});
-    else
-      printDock(dock, state);
-  }
-  if (session.asJson())
-    print({{"docks", list}});
-  else if (!anyDock)
-    say() << "Connect a dock by USB. A device that is no USB dock can be declared in "
-          << engineering::declaredDocksFile() << ".\n";
   return Good;
 }
 

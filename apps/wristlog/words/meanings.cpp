@@ -1,5 +1,3 @@
-// The words for codes and decode results. A state of GetStatus, such as "Dock Not Connected", is told by
-// src/workflows/Class_Main_status.cpp.
 #include "words/meanings.h"
 
 #include <algorithm>
@@ -7,242 +5,83 @@
 #include <span>
 
 #include "engineering/docks.h"
+#include "hy_wristlog/Class_Main.h"
 
 namespace wristlog {
 namespace {
 
 using namespace hy_wristlog::FailureNumber;
+using hy_wristlog::Class_Main;
 namespace ReturnCode = hy_wristlog::ReturnCode;
 
-struct Meaning {
+/// What this program can do about a code.
+struct Hint {
   std::int32_t Code;
   const char* Words;
 };
 
-constexpr const char* StructureWords = "The logger's configuration has a structure that is not known here.";
+constexpr const char* RetrievesAnyway = "--ignore-warnings retrieves all the same.";
 
-constexpr auto Meanings = std::to_array<Meaning>({
-    {ReturnCode::Success, "Success."},
-    {InvalidCall,
-     "The library was called in a way that it does not allow, or while another workflow was at work."},
-    {Overflow,
-     "A number came that does not fit its place: damaged on the way, or by the logger. Try again; if it "
-     "comes again, see 'wristlog config show' for a value that cannot be."},
-    {OutOfMemory, "There is not enough memory for it, or the recording's gaps add up to years."},
-    {Subscript,
-     "The recording does not fit the logger's configuration. Try 'decode --diagnostic' on the saved bytes."},
-    {DivisionByZero, "A value is 0 that must not be. See 'wristlog config show' for one that cannot be."},
-    {TypeMismatch,
-     "Something came that is no number, or no date: damaged on the way, or by the logger. Try again."},
-    {Internal, "An error inside the program. Run it again with --console and send what it shows."},
-    {FileNotFound, "A file or folder was not found."},
-    {FileExists, "There is a file of that name already. --force writes over it."},
-    {DiskFull, "The disk is full."},
-    {PermissionDenied, "A file or folder could not be written: permission denied."},
-    {PathFileAccess, "A file or folder could not be read or written."},
-    {PathNotFound, "The folder of a file was not found."},
-    {ObjectNotSet, "An argument holds no object."},
-    {ObjectUnloaded, "A part of the program was used after it had been closed."},
-    {NoCharacters,
-     "The logger does not answer. Seat it in its dock anew; its battery may need to be charged or replaced."},
-    {NoFinalCharacter, "The logger's answer broke off. Seat it in its dock anew and clean the contacts."},
-    {WrongCharacters,
-     "The logger's answer was garbled. Clean the contacts, try another cable, and try again."},
-    {InvalidSettings, "The port's settings are not valid."},
-    {TooFewBytes, "The logger sent too few bytes. Seat it in its dock anew and try again."},
-    {DataOverrun, "The port has lost data. Disconnect other devices and try again."},
-    {InvalidPacketArray, "There is nothing to send to the logger."},
-    {NoInitiation, "The logger did not ask for its configuration. Try again."},
-    {TransmitTooSlow, "The port does not send. Disconnect the dock and connect it again."},
-    {NoAcknowledgement, "The logger did not confirm its configuration. Try again."},
-    {RetriesExceeded,
-     "Too many packets were damaged on the way. Clean the contacts, try another cable, and try again."},
-    {NoEndAcknowledgement, "The logger did not confirm the end of its configuration. Try again."},
-    {NoPacket, "The logger sent no data. Seat it in its dock anew and try again."},
-    {PortOpen, "This is not possible while the port is open."},
-    {InvalidTimeout, "The port's time limit is not valid."},
-    {InvalidPort, "There is no such port."},
-    {NotWhileDesigning, "The port cannot be used at this time."},
-    {ReadOnlyProperty, "This value of the port can only be read."},
-    {PortNotAvailable, "The port is in use by another program, or you may not open it."},
-    {InvalidDevice, "The port does not take its settings. Disconnect the dock and connect it again."},
-    {InvalidPortSettings, "The port does not know these settings."},
-    {InvalidByteSize, "The port does not know this number of data bits."},
-    {InvalidDefaults, "The port's own settings are not valid. Disconnect the dock and connect it again."},
-    {HardwareNotAvailable,
-     "The port's hardware is missing or in use. Disconnect the dock and connect it again."},
-    {NoQueues, "The system gives the port no room for its data. Disconnect the dock and connect it again."},
-    {PortClosed, "This is not possible while the port is closed."},
-    {DeviceOpen, "The port is open already."},
-    {NoNotification, "The port does not tell what happens on it. Disconnect the dock and connect it again."},
-    {PortStateFailure,
-     "The dock was disconnected, or its port has locked up. Disconnect it and connect it again."},
-    {EventMaskFailure, "The port does not tell its events. Disconnect the dock and connect it again."},
-    {DeviceFailure, "The port reported a failure. Disconnect the dock and connect it again."},
-    {ClosedWhileInUse, "The port was closed while it was in use."},
-    {DeviceBusy, "The port is busy. Try again."},
-    {ReadFailure, "Nothing can be read from the port. Disconnect the dock and connect it again."},
-    {ControlBlockFailure, "The port reported an internal error. Disconnect the dock and connect it again."},
-    {NoZones, "This system knows no time zones. Install its time zone data."},
-    {ReturnCode::NotFound, "No dock, or no logger in the dock. Connect the dock and seat the logger in it."},
-    {ReturnCode::WrongMode, "The recording mode is not one of this model."},
-    {ReturnCode::WrongEpoch, "The epoch length is not 15, 30, 60, 120 or 300 seconds."},
-    {ReturnCode::WrongStart, "The start lies before the logger's time, or outside what it can do."},
-    {ReturnCode::WrongLogger, "The logger in the dock is not of the chosen model."},
-    {ReturnCode::WrongFirmware, "The logger's firmware version is not known here."},
-    {ReturnCode::NoFactoryValues, "The logger has lost its factory calibration. It needs service."},
-    {ReturnCode::VerificationFailed,
-     "What the logger stored is not what was sent. Try again; weights and heights are kept in tenths, an "
-     "identity in 64 characters."},
-    {ReturnCode::Aborted, "Aborted. The recording is still in the logger."},
-    {ReturnCode::SubjectUnusable,
-     "Warning: the subject's details in the logger are incomplete. --ignore-warnings retrieves all the "
-     "same."},
-    {ReturnCode::NoData, "The logger holds no data."},
-    {ReturnCode::UnknownZone, "The time zone is unknown, or the logger has none. See 'wristlog zones'."},
-    {ReturnCode::TooManyDocks, "More than one dock is connected. Leave one."},
-    {ReturnCode::WrongDateFormat, "The date format is not known."},
-    {ReturnCode::WrongTimeFormat, "The time format is not known."},
-    {ReturnCode::WrongEnd,
-     "The end lies before the start or outside what the logger can do. A start needs an end."},
-    {ReturnCode::UnknownStructure, StructureWords},
-    {ReturnCode::ClockFailed, "The logger's clock does not take the time. It needs service."},
-    {ReturnCode::LoggerReset,
-     "Warning: the logger has been reset since it was configured. --ignore-warnings retrieves all the same."},
-    {ReturnCode::StillWaiting,
-     "Warning: the logger is still waiting for its start. --ignore-warnings retrieves all the same."},
-    {ReturnCode::ZoneDiffers,
-     "Warning: the logger's time zone is unknown here, or has other rules. --ignore-warnings retrieves all "
-     "the same."},
-    {ReturnCode::NoSamples, "The recording holds no samples."},
-    {ReturnCode::DecodeProblem, "The recording has a problem; see the decode result."},
-    {NoUserName, "The system does not tell who is working."},
-    {NoDomainName, "The system does not tell the domain of who is working."},
-    {NoSignedChar, "A number does not fit a signed byte."},
-    {WrongPacket, "A packet has no data, or a size or type that there is not."},
-    {WrongDeviceType, "This type of device is not supported."},
-    {OutOfRange, "A value is outside what the logger can keep."},
-    {UnknownStructure, StructureWords},
-    {DamagedConfig, "The logger's configuration is damaged."},
-    {NoLightTest, "The recording is no light test."},
-    {DamagedAnswer,
-     "The logger's answers are damaged. Clean the contacts, try another cable, and try again."},
-    {DockPortFailure,
-     "The dock's port could not be opened. Another program may hold it; disconnect the dock and connect it "
-     "again."},
-    {InvalidDockPort,
-     "The number of the dock's port is below 1. Disconnect the dock and connect it again, or correct "
-     "Docks.INI."},
-    {MemoryReadFailure, "The logger's memory could not be read. Seat it in its dock anew and try again."},
+constexpr auto Hints = std::to_array<Hint>({
+    {Overflow, "If it comes again, see 'wristlog config show' for a value that cannot be."},
+    {Subscript, "Try 'decode --diagnostic' on the saved bytes."},
+    {DivisionByZero, "See 'wristlog config show' for one that cannot be."},
+    {Internal, "Run it again with --console and send what it shows."},
+    {FileExists, "--force writes over it."},
+    {ReturnCode::SubjectUnusable, RetrievesAnyway},
+    {ReturnCode::LoggerReset, RetrievesAnyway},
+    {ReturnCode::StillWaiting, RetrievesAnyway},
+    {ReturnCode::ZoneDiffers, RetrievesAnyway},
+    {ReturnCode::UnknownZone, "See 'wristlog zones'."},
 });
 
-/// The same for the workflows with a Pendreader: the numbers that only they have, and those that mean
-/// something else there.
-constexpr auto PendrelMeanings = std::to_array<Meaning>({
-    {NoCharacters,
-     "The logger does not answer. Seat it in the reader anew; its battery may have to be replaced, or "
-     "another port be searched with --search."},
-    {NoFinalCharacter, "The logger's answer broke off. Seat it in the reader anew and clean the contacts."},
-    {TooFewBytes, "The logger sent too little of its memory. Seat it in the reader anew and try again."},
-    {ReturnCode::NoPortSetting,
-     "No port is remembered for the Pendreader. Name it with --port, or search it with --search."},
-    {ReturnCode::NotWritable, "A folder cannot be written to: the file's, or the one of Settings.INI."},
-    {ReturnCode::NotFound,
-     "No port has a logger in a Pendreader. Connect the reader and seat the logger in it."},
-    {ReturnCode::WrongMode, "The recording mode is not one of activity (1) and activity and steps (2)."},
-    {ReturnCode::WrongEpoch,
-     "The epoch length is not 15, 30 or 60 seconds. When retrieving, --repair takes 30."},
-    {ReturnCode::WrongStart,
-     "The start lies outside what the logger can wait for, or cannot be read from it. When retrieving, "
-     "--repair takes the present time."},
-    {ReturnCode::NotOpened, "The Pendreader's port could not be opened."},
-    {ReturnCode::WrongLogger, "What is in the reader is no Pendrel logger known here."},
-    {ReturnCode::WrongFirmware, "The logger's firmware version cannot be read. It needs service."},
-    {ReturnCode::VerificationFailed,
-     "What the logger stored is not what was sent. Try again; its battery may have to be replaced."},
-    {ReturnCode::Aborted, "Aborted."},
-    {ReturnCode::SubjectUnusable,
-     "The subject's details in the logger are incomplete. When retrieving, --repair takes them as they are."},
+/// The same for the commands for a Pendreader.
+constexpr auto PendrelHints = std::to_array<Hint>({
+    {NoCharacters, "Another port can be searched with --search."},
+    {ReturnCode::NoPortSetting, "Name it with --port, or search it with --search."},
+    {ReturnCode::WrongEpoch, "When retrieving, --repair takes 30."},
+    {ReturnCode::WrongStart, "When retrieving, --repair takes the present time."},
+    {ReturnCode::SubjectUnusable, "When retrieving, --repair takes them as they are."},
     {ReturnCode::UnknownLength,
-     "How much was recorded cannot be read from the logger. When retrieving, --repair reads 64 KB, all that "
-     "the largest memory holds; of a smaller one raw.bin has the rest."},
-    {ReturnCode::UnreadableBlock,
-     "A part of the memory could not be read in five attempts. Try another port or adapter."},
-    {ReturnCode::WrongDate,
-     "The logger cannot be told this date. It is no day of the calendar, or lies outside 1930 to 2029, which "
-     "is all that the logger's two digits of the year can mean."},
-    {ReturnCode::UnknownZone,
-     "The time zone is unknown, or the logger has none. See 'wristlog zones'; when retrieving, --repair "
-     "takes the machine's."},
-    {PendrelMemorySize, "The size of the logger's memory is not known here. It needs service."},
-    {PendrelDeviceType, "A Pendrel logger is of no such type."},
-    {PendrelOutOfRange, "A date or an address is outside what a Pendrel logger can keep."},
-    {PendrelEpochLength, "A Pendrel logger does not have this epoch length."},
-    {PendrelSetup, "The set-up is none that a Pendrel logger takes."},
-    {PendrelPort, "The port's number is below 1. Name another with --port."},
-    {PendrelBlock,
-     "More was asked for than the logger's memory holds: its set-up tells a wrong length. What it holds is "
-     "in raw.bin."},
-    {PendrelChecksum,
-     "The logger's answers are damaged. Clean the contacts, try another cable, and try again."},
-    {PendrelAddress, "The address is outside the logger's memory."},
-    {StartPassed, "The start had passed before the logger could be told. Try again."},
-    {DelayOutOfBounds, "The start is too near, or too far, for the logger to wait for. Choose another."},
-    {WrongDelayEcho, "The logger did not repeat its waiting time as it was sent."},
-    {PendrelMode, "A Pendrel logger does not have this recording mode."},
+     "When retrieving, --repair reads 64 KB, all that the largest memory holds; of a smaller one raw.bin has "
+     "the rest."},
+    {ReturnCode::UnknownZone, "See 'wristlog zones'; when retrieving, --repair takes the machine's."},
+    {PendrelPort, "Name another with --port."},
+    {PendrelBlock, "What it holds is in raw.bin."},
 });
 
-struct Verdict {
-  const char* Name;
-  const char* Words;
-};
-
-/// A row for each decode result, in their order.
-constexpr auto Verdicts = std::to_array<Verdict>({
-    {"Decode_OK", "The recording is sound."},
-    {"Decode_ResetPOSTfailed", "The logger was reset and failed its self test; what came later is left out."},
-    {"Decode_ResetPOSTpassed", "The logger was reset; what came later is left out."},
-    {"Decode_Shutdown", "The logger shut down on a low battery."},
-    {"Decode_MemoryFull", "The logger recorded until its memory was full."},
-    {"Decode_StartBeforeLastStop", "A start lies before the last stop; what came later is left out."},
-    {"Decode_AcqStopTimeBeforePriorData",
-     "A stop is earlier than data recorded before it; what came later is left out."},
-    {"Decode_MarkerEventOutsideAcquisition",
-     "A marker lies outside the recording; what came later is left out."},
-    {"Decode_InputError", "There was nothing to decode."},
-    {"Decode_NonEventDataOutsideAcquisition",
-     "There are data outside the recording's times; what came later is left out."},
-    {"Decode_EventDecodingError", "The data are damaged; what came later is left out."},
-    {"Decode_OverflowOccurred", "A light value is beyond its range."},
-    {"Decode_AcqStartBeforeConfigStart", "The recording began before its configured start."},
-    {"Decode_Physio_Decode_Error", "The data are damaged; what came later is left out."},
-    {"Decode_Special65Kdefect",
-     "This firmware cannot record more than 65535 bytes soundly; what came later is left out."},
-    {"Decode_BigDiffBetweenAcqTimes",
-     "The recording has a gap of more than 30 days; what came later is left out."},
-    {"Decode_TooLongSinceLastAcqStop", "The recording stopped more than 30 days ago."},
-    {"Decode_POSTcausedEventError", "The logger was reset; what came later is left out."},
-});
-
-const Verdict* verdictOf(hy_wristlog::enmDecodeResult result) {
-  const auto index = static_cast<std::size_t>(result);
-  return index < Verdicts.size() ? &Verdicts[index] : nullptr;
+std::string declarationTroubles() {
+  std::string words;
+  for (const std::string& trouble : hy_wristlog::engineering::declarationTroubles())
+    words += (words.empty() ? "" : " ") + trouble;
+  return words;
 }
 
-/// Null for a code that is not in the table.
-const char* wordsIn(std::span<const Meaning> meanings, std::int32_t code) {
-  for (const Meaning& meaning : meanings)
-    if (meaning.Code == code) return meaning.Words;
+/// What a search for a Pendreader had to pass over: " No permission to use COM33 (/dev/ttyUSB0). ..."
+std::string portsOutOfReach() {
+  constexpr std::size_t MostShown = 3;
+  const std::vector<std::string> troubles = hy_wristlog::engineering::portsOutOfReach();
+  std::string words;
+  for (std::size_t i = 0; i < std::min(troubles.size(), MostShown); ++i) words += " " + troubles[i];
+  if (troubles.size() > MostShown)
+    words += " " + std::to_string(troubles.size() - MostShown) + " other ports cannot be opened either.";
+  return words;
+}
+
+const Hint* hintFor(std::int32_t code, std::span<const Hint> hints) {
+  for (const Hint& hint : hints)
+    if (hint.Code == code) return &hint;
   return nullptr;
 }
 
 }  // namespace
 
 std::string meaningOf(std::int32_t returnCode) {
-  const char* words = wordsIn(Meanings, returnCode);
-  if (words == nullptr) words = wordsIn(PendrelMeanings, returnCode);
-  return words != nullptr ? words
-                          : "Unexpected failure. Run it again with --console to see what passes on the link.";
+  const std::string meaning = Class_Main::CodeMeaning(returnCode);
+  if (const Hint* hint = hintFor(returnCode, Hints)) return meaning + " " + hint->Words;
+  if (Class_Main::CodeName(returnCode).empty())
+    return meaning + " Run it again with --console to see what passes on the link.";
+  return meaning;
 }
 
 std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer model) {
@@ -254,8 +93,7 @@ std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer
     for (const auto& dock : hy_wristlog::engineering::docks()) {
       if (dock.Model != model || dock.Connected > 1) continue;
       const std::string name = dock.Words + " dock";
-      if (dock.Connected == 0)
-        return "No " + name + " is connected. Connect it by USB, or declare its device in Docks.INI.";
+      if (dock.Connected == 0) return wordsForNoDock(name);
       if (dock.Port == 0)
         return "The " + name + " has no COM port. Disconnect it and connect it again, or correct Docks.INI.";
       std::string trouble = hy_wristlog::engineering::portTrouble(dock.Port);
@@ -275,13 +113,25 @@ std::string pendrelExplanationOf(std::int32_t returnCode, std::int16_t port) {
     std::string trouble = hy_wristlog::engineering::portTrouble(port);
     if (!trouble.empty()) return trouble;
   }
-  const char* const words = wordsIn(PendrelMeanings, returnCode);
-  return words != nullptr ? words : meaningOf(returnCode);
+  const std::string meaning = Class_Main::CodeMeaning(returnCode, hy_wristlog::LggrPntr_Pendreader);
+  if (returnCode == ReturnCode::NotFound) return meaning + portsOutOfReach();
+  if (const Hint* hint = hintFor(returnCode, PendrelHints)) return meaning + " " + hint->Words;
+  const bool ownMeaning = meaning != Class_Main::CodeMeaning(returnCode);
+  return ownMeaning ? meaning : meaningOf(returnCode);
 }
 
-std::string portTroubleOf(hy_wristlog::enmLoggerPointer model) {
-  for (const auto& dock : hy_wristlog::engineering::docks())
-    if (dock.Model == model && dock.Port > 0) return hy_wristlog::engineering::portTrouble(dock.Port);
+std::string wordsForNoDock(const std::string& name) {
+  const std::string troubles = declarationTroubles();
+  if (!troubles.empty()) return "No " + name + " is found. " + troubles;
+  return "No " + name + " is connected. Connect it by USB, or declare its device in Docks.INI.";
+}
+
+std::string dockTroubleOf(hy_wristlog::enmLoggerPointer model) {
+  for (const auto& dock : hy_wristlog::engineering::docks()) {
+    if (dock.Model != model) continue;
+    if (dock.Port > 0) return hy_wristlog::engineering::portTrouble(dock.Port);
+    if (dock.Connected == 0) return declarationTroubles();
+  }
   return {};
 }
 
@@ -289,16 +139,6 @@ std::string wordsFor(const hy_wristlog::Failure& failure) {
   std::string words = failure.Description;
   if (!words.empty() && words.back() != '.') words += '.';
   return words + " (failure " + std::to_string(failure.Number) + ")";
-}
-
-std::string nameOf(hy_wristlog::enmDecodeResult result) {
-  const Verdict* verdict = verdictOf(result);
-  return verdict != nullptr ? verdict->Name : "";
-}
-
-std::string wordsFor(hy_wristlog::enmDecodeResult result) {
-  const Verdict* verdict = verdictOf(result);
-  return verdict != nullptr ? verdict->Words : "";
 }
 
 }  // namespace wristlog

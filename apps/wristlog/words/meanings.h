@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/enumerations.h"
 #include "hy_wristlog/failure.h"
 
@@ -14,20 +15,28 @@ std::string meaningOf(std::int32_t returnCode);
 /// The same, with what can be found out now about the model's dock.
 std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer model);
 
+/// That a search has found no dock, and what to do about it.
+std::string wordsForNoDock(const std::string& name = "dock");
+
 /// The same for the Pendreader's commands, where some codes mean something else. `port` is its COM port, 0
 /// when none is known.
 std::string pendrelExplanationOf(std::int32_t returnCode, std::int16_t port);
 
-/// Why the port of the model's only dock cannot be opened; empty when it can, or when there is no such dock.
-std::string portTroubleOf(hy_wristlog::enmLoggerPointer model);
+/// Why the port of the model's only dock cannot be opened or, without a dock, what keeps declared ones from
+/// being found; empty when nothing is wrong.
+std::string dockTroubleOf(hy_wristlog::enmLoggerPointer model);
 
 /// The failure that ended a command, in one line.
 std::string wordsFor(const hy_wristlog::Failure& failure);
 
 /// The name of the verdict: "Decode_OK".
-std::string nameOf(hy_wristlog::enmDecodeResult result);
+inline std::string nameOf(hy_wristlog::enmDecodeResult result) {
+  return hy_wristlog::Class_Main::ResultName(result);
+}
 
 /// The verdict on a recording, in a sentence.
-std::string wordsFor(hy_wristlog::enmDecodeResult result);
+inline std::string wordsFor(hy_wristlog::enmDecodeResult result) {
+  return hy_wristlog::Class_Main::ResultMeaning(result);
+}
 
 }  // namespace wristlog

@@ -1,9 +1,11 @@
 #include "platform/linux/declared_docks.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 
 #include "base/ascii.h"
+#include "platform/linux/linux_environment.h"
 #include "platform/linux/port_numbers.h"
 #include "platform/linux/system_io.h"
 #include "platform/platform.h"
@@ -50,68 +52,153 @@ std::int32_t comPort(std::string_view text) {
   return whole && value >= 1 && value <= HighestDeclaredPort ? value : 0;
 }
 
-void store(DeclaredDock& dock, std::string_view key, std::string_view value) {
-  const auto keep = [](std::string& field, std::string text) {
-    if (field.empty()) field = std::move(text);
-  };
-  if (equalsIgnoringCase(key, "VendorID")) keep(dock.VendorID, identifier(value));
-  if (equalsIgnoringCase(key, "ProductID")) keep(dock.ProductID, identifier(value));
-  if (equalsIgnoringCase(key, "Class")) keep(dock.Class, asciiLower(std::string{value}));
-  if (equalsIgnoringCase(key, "Device") && value.starts_with('/') &&
-      value.find('\0') == std::string_view::npos)
-    keep(dock.Device, std::string{value});
-  if (equalsIgnoringCase(key, "COMport") && dock.ComPort == 0) dock.ComPort = comPort(value);
-}
-
 std::string_view fileName(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
-void complete(DeclaredDock& dock) {
-  if (dock.Class.empty()) dock.Class = ComPortClass;
-  if (dock.Device.empty() && dock.ComPort != 0) dock.Device = "/dev/" + ttyOfPortNumber(dock.ComPort);
-  if (dock.ComPort == 0 && dock.Device.starts_with("/dev/tty"))
-    dock.ComPort = portNumberOfTty(fileName(dock.Device));
+/// The docks that the models served here are connected by.
+struct KnownDock {
+  std::string_view VendorID, ProductID;
+  const char* Class;
+};
+
+constexpr KnownDock KnownDocks[] = {
+    {"5245", "4000", ComPortClass},
+    {"5245", "4001", UsbDeviceClass},
+    {"5245", "4002", ComPortClass},
+};
+
+const KnownDock* knownDock(const DeclaredDock& dock) {
+  const auto found = std::find_if(std::begin(KnownDocks), std::end(KnownDocks), [&](const KnownDock& known) {
+    return known.VendorID == dock.VendorID && known.ProductID == dock.ProductID;
+  });
+  return found != std::end(KnownDocks) ? found : nullptr;
 }
+
+class DeclarationReader {
+ public:
+  DeclaredDocks read(std::string_view ini) {
+    if (ini.starts_with("\xFF\xFE") || ini.starts_with("\xFE\xFF")) {
+      found_.Troubles.push_back("It is written in UTF-16. Save it in UTF-8.");
+      return std::move(found_);
+    }
+    if (ini.starts_with("\xEF\xBB\xBF")) ini.remove_prefix(3);
+    while (!ini.empty()) {
+      const std::size_t end = std::min(ini.find('\n'), ini.size());
+      ++line_;
+      readLine(trim(ini.substr(0, end)));
+      ini.remove_prefix(std::min(end + 1, ini.size()));
+    }
+    for (DeclaredDock& dock : found_.Docks) complete(dock);
+    if (found_.Docks.empty())
+      found_.Troubles.push_back("It declares no dock. The section of one is [Dock 1].");
+    return std::move(found_);
+  }
+
+ private:
+  void readLine(std::string_view line) {
+    if (line.empty() || line.front() == ';' || line.front() == '#') return;
+    if (line.front() == '[') return beginSection(line);
+    const auto equals = line.find('=');
+    if (equals == std::string_view::npos) return blame("is no section, no entry and no comment");
+    if (dock_ != nullptr) return store(trim(line.substr(0, equals)), trim(line.substr(equals + 1)));
+    if (!inSection_) blame("stands in front of the first section");
+  }
+
+  void beginSection(std::string_view line) {
+    dock_ = nullptr;
+    inSection_ = true;
+    const std::size_t end = line.find(']');
+    if (end == std::string_view::npos) return blame("has no closing bracket");
+    const std::string_view name = trim(line.substr(1, end - 1));
+    if (!isDockSection(name)) return blame("is not the section of a dock, such as [Dock 1]");
+    auto found = std::find_if(found_.Docks.begin(), found_.Docks.end(),
+                              [&](const DeclaredDock& dock) { return equalsIgnoringCase(dock.Name, name); });
+    if (found == found_.Docks.end()) {
+      if (found_.Docks.size() == MostDocks) return blame("is one dock too many");
+      found = found_.Docks.insert(found, DeclaredDock{});
+      found->Name = name;
+    }
+    dock_ = &*found;
+  }
+
+  void store(std::string_view key, std::string_view quoted) {
+    const std::string_view value = withoutQuotes(quoted);
+    if (value == quoted &&
+        (value.find(" ;") != std::string_view::npos || value.find(" #") != std::string_view::npos))
+      blame("has a comment, which must stand on a line of its own");
+    else if (equalsIgnoringCase(key, "VendorID"))
+      keep(dock_->VendorID, identifier(value), "is no hexadecimal number of up to four digits, such as 5245");
+    else if (equalsIgnoringCase(key, "ProductID"))
+      keep(dock_->ProductID, identifier(value),
+           "is no hexadecimal number of up to four digits, such as 4000");
+    else if (equalsIgnoringCase(key, "Class"))
+      keep(dock_->Class, asciiLower(std::string{value}), "is empty");
+    else if (equalsIgnoringCase(key, "Device"))
+      keep(dock_->Device, isPath(value) ? std::string{value} : "", "is no whole path, such as /dev/ttyS4");
+    else if (equalsIgnoringCase(key, "COMport"))
+      keep(dock_->ComPort, comPort(value), "is no number from 1 to 64");
+    else
+      blame("is no entry of a dock, which are VendorID, ProductID, Class, COMport and Device");
+  }
+
+  static bool isPath(std::string_view value) {
+    return value.starts_with('/') && value.find('\0') == std::string_view::npos;
+  }
+
+  /// The first of equal entries counts.
+  template <class Value>
+  void keep(Value& field, Value value, const char* trouble) {
+    if (value == Value{}) return blame(trouble);
+    if (field == Value{}) field = std::move(value);
+  }
+
+  void complete(DeclaredDock& dock) {
+    const KnownDock* const known = knownDock(dock);
+    if (dock.Class.empty()) dock.Class = known != nullptr ? known->Class : ComPortClass;
+    if (dock.Device.empty() && dock.ComPort != 0) dock.Device = "/dev/" + ttyOfPortNumber(dock.ComPort);
+    if (dock.ComPort == 0 && dock.Device.starts_with("/dev/tty"))
+      dock.ComPort = portNumberOfTty(fileName(dock.Device));
+    const auto trouble = [&](const std::string& words) {
+      found_.Troubles.push_back("[" + dock.Name + "] " + words);
+    };
+    if (dock.Device.empty()) trouble("names no device.");
+    if (dock.VendorID.empty() && dock.ProductID.empty()) return;
+    if (known == nullptr)
+      trouble(
+          "is no dock known here: its VendorID is 5245, its ProductID 4000 (Kestrin Vivid), 4001 or 4002 "
+          "(Kestrin 2).");
+  }
+
+  void blame(const char* words) {
+    found_.Troubles.push_back("Line " + std::to_string(line_) + " " + words + ".");
+  }
+
+  DeclaredDocks found_;
+  DeclaredDock* dock_ = nullptr;
+  bool inSection_ = false;
+  int line_ = 0;
+};
 
 }  // namespace
 
-std::vector<DeclaredDock> parseDeclaredDocks(std::string_view ini) {
-  std::vector<std::pair<std::string, DeclaredDock>> sections;
-  DeclaredDock* dock = nullptr;
-  if (ini.starts_with("\xEF\xBB\xBF")) ini.remove_prefix(3);
-  while (!ini.empty()) {
-    const std::size_t end = std::min(ini.find('\n'), ini.size());
-    const std::string_view line = trim(ini.substr(0, end));
-    ini.remove_prefix(std::min(end + 1, ini.size()));
-    if (line.empty() || line.front() == ';' || line.front() == '#') continue;
-    if (line.front() == '[') {
-      dock = nullptr;
-      const std::string_view name = trim(line.substr(1, line.find(']') - 1));
-      if (!isDockSection(name) || line.find(']') == std::string_view::npos) continue;
-      const std::string section = asciiLower(std::string{name});
-      auto found =
-          std::find_if(sections.begin(), sections.end(), [&](const auto& s) { return s.first == section; });
-      if (found == sections.end()) {
-        if (sections.size() == MostDocks) continue;
-        found = sections.insert(sections.end(), {section, {}});
-      }
-      dock = &found->second;
-    } else if (const auto equals = line.find('='); dock != nullptr && equals != std::string_view::npos) {
-      store(*dock, trim(line.substr(0, equals)), withoutQuotes(trim(line.substr(equals + 1))));
-    }
-  }
-  std::vector<DeclaredDock> docks;
-  for (auto& [name, declared] : sections) {
-    complete(declared);
-    docks.push_back(std::move(declared));
-  }
-  return docks;
-}
+DeclaredDocks parseDeclaredDocks(std::string_view ini) { return DeclarationReader().read(ini); }
 
-std::vector<DeclaredDock> readDeclaredDocks(const std::string& dataFolder) {
+DeclaredDocks readDeclaredDocks(const std::string& dataFolder) {
   const auto named = environmentVariable("HY_WRISTLOG_DOCKS");
-  if ((!named || named->empty()) && dataFolder.empty()) return {};
-  const std::string path = named && !named->empty() ? *named : dataFolder + "/Docks.INI";
-  return parseDeclaredDocks(readSmallFile(path, LongestFile).value_or(""));
+  const bool isNamed = named && !named->empty();
+  if (!isNamed && dataFolder.empty()) return {};
+  const std::string path = isNamed ? *named : dataFolder + "/Docks.INI";
+  DeclaredDocks declared;
+  try {
+    declared = parseDeclaredDocks(readFile(path, LongestFile));
+  } catch (const SystemError& error) {
+    if (error.Number != ENOENT || isNamed)
+      declared.Troubles.push_back("It cannot be read: " + systemErrorText(error.Number) + ".");
+  }
+  for (const DeclaredDock& dock : declared.Docks)
+    if (!dock.Device.empty() && !fileExists(dock.Device))
+      declared.Troubles.push_back("[" + dock.Name + "] names " + dock.Device + ", which is not there.");
+  for (std::string& trouble : declared.Troubles) trouble = path + ": " + trouble;
+  return declared;
 }
 
 std::string devicePathOfPort(std::int32_t number, const std::vector<DeclaredDock>& docks) {

@@ -9,20 +9,27 @@ namespace hy_wristlog::platform {
 
 /// A dock that the user declares. Entries that say nothing usable are empty or 0.
 struct DeclaredDock {
+  std::string Name;                 ///< of its section, such as "Dock 1"
   std::string VendorID, ProductID;  ///< four upper-case hexadecimal digits
   std::string Class;                ///< lower case, with braces
   std::int32_t ComPort = 0;         ///< 1 to 64
   std::string Device;               ///< an absolute path
 };
 
+struct DeclaredDocks {
+  std::vector<DeclaredDock> Docks;
+  std::vector<std::string> Troubles;  ///< what is wrong with the declarations, a sentence each
+};
+
 /// Reads sections "[Dock n]" with the keys VendorID, ProductID, Class, COMport and Device, names in any
 /// case, the first of equal keys; lines that start with ";" or "#" are comments. A dock without COMport
-/// has the number of its Device by rule, one without Device the device of its COMport.
-std::vector<DeclaredDock> parseDeclaredDocks(std::string_view ini);
+/// has the number of its Device by rule, one without Device the device of its COMport, one without Class that
+/// under which the dock of its ProductID is looked for.
+DeclaredDocks parseDeclaredDocks(std::string_view ini);
 
 /// The declarations of this user: the file that HY_WRISTLOG_DOCKS names, else "Docks.INI" in `dataFolder`.
-/// Empty when there is no readable file.
-std::vector<DeclaredDock> readDeclaredDocks(const std::string& dataFolder);
+/// Empty when there is no such file. The troubles name the file, and devices that are not there.
+DeclaredDocks readDeclaredDocks(const std::string& dataFolder);
 
 /// The device of a COM port number: the declared one, else that of the fixed rule; empty for a number without
 /// a device.

@@ -56,11 +56,6 @@ std::string ttyBehind(const std::string& path) {
   return error ? std::string{} : real.filename().string();
 }
 
-bool exists(const std::string& path) {
-  std::error_code error;
-  return std::filesystem::exists(path, error);
-}
-
 class Enumeration {
  public:
   Enumeration(std::vector<DeclaredDock> docks, Sysfs tree)
@@ -78,7 +73,7 @@ class Enumeration {
     for (std::size_t i = 0; i < docks_.size(); ++i) {
       const DeclaredDock& dock = docks_[i];
       if (dock.Class != classGuid || dock.VendorID.empty() || dock.ProductID.empty()) continue;
-      if (!dock.Device.empty() && !exists(dock.Device)) continue;
+      if (!dock.Device.empty() && !fileExists(dock.Device)) continue;
       const std::string tty = dock.Device.empty() ? std::string() : ttyBehind(dock.Device);
       const std::int32_t port = dock.ComPort != 0 || tty.empty() ? dock.ComPort : portOf(tty);
       devices_.push_back({hardwareId(dock.VendorID, dock.ProductID, "0000"),
@@ -138,8 +133,12 @@ std::string treeRoot() {
 }  // namespace
 
 std::unique_ptr<DeviceList> LinuxDeviceTree::devicesOfClass(std::string_view classGuid) {
-  Enumeration enumeration{readDeclaredDocks(userDataFolder(environment_)), Sysfs{treeRoot()}};
+  Enumeration enumeration{readDeclaredDocks(userDataFolder(environment_)).Docks, Sysfs{treeRoot()}};
   return std::make_unique<FoundDevices>(enumeration.ofClass(asciiLower(std::string{classGuid})));
+}
+
+std::vector<std::string> LinuxDeviceTree::troubles() {
+  return readDeclaredDocks(userDataFolder(environment_)).Troubles;
 }
 
 }  // namespace hy_wristlog::platform

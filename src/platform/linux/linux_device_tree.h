@@ -14,6 +14,7 @@ class LinuxDeviceTree final : public DeviceTree {
   explicit LinuxDeviceTree(Environment& environment) : environment_(environment) {}
 
   std::unique_ptr<DeviceList> devicesOfClass(std::string_view classGuid) override;
+  std::vector<std::string> troubles() override;
 
  private:
   Environment& environment_;

@@ -99,7 +99,7 @@ std::unique_ptr<SerialPort> openSerialDevice(const std::string& path, const std:
 }
 
 std::unique_ptr<SerialPort> LinuxSerialPorts::open(std::int32_t number) {
-  const auto docks = readDeclaredDocks(userDataFolder(environment_));
+  const auto docks = readDeclaredDocks(userDataFolder(environment_)).Docks;
   const std::string path = devicePathOfPort(number, docks);
   if (path.empty()) raise(InvalidPort, "COM" + std::to_string(number) + " is not a port number");
   return openSerialDevice(path, "COM" + std::to_string(number) + " (" + printable(path) + ")");

@@ -2,6 +2,8 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -36,12 +38,23 @@ std::string readToEnd(int fd, std::size_t limit) {
   return content;
 }
 
-std::optional<std::string> readSmallFile(const std::string& path, std::size_t limit) {
+std::string readFile(const std::string& path, std::size_t limit) {
   const Descriptor file{::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)};
   struct stat status {};
-  if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  if (!file || ::fstat(file.get(), &status) != 0) raiseSystemError();
+  if (S_ISDIR(status.st_mode)) raiseSystemError(EISDIR);
+  if (!S_ISREG(status.st_mode)) raiseSystemError(EINVAL);
+  return readToEnd(file.get(), limit);
+}
+
+bool fileExists(const std::string& path) {
+  std::error_code error;
+  return std::filesystem::exists(path, error);
+}
+
+std::optional<std::string> readSmallFile(const std::string& path, std::size_t limit) {
   try {
-    return readToEnd(file.get(), limit);
+    return readFile(path, limit);
   } catch (const SystemError&) {
     return std::nullopt;
   }

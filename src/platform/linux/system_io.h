@@ -48,8 +48,14 @@ class Descriptor {
 /// bytes.
 std::string readToEnd(int fd, std::size_t limit);
 
-/// The content of a regular file. None when it is missing, unreadable, longer than `limit` or no regular
-/// file. Never waits, as reading a pipe or a device would.
+/// The content of a regular file. Raises SystemError; EISDIR or EINVAL when it is none, EFBIG when it is
+/// longer than `limit`. Never waits, as reading a pipe or a device would.
+std::string readFile(const std::string& path, std::size_t limit);
+
+/// Whether there is a file, a folder or a device of this name.
+bool fileExists(const std::string& path);
+
+/// The same as readFile, but none after a failure.
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t limit);
 
 std::optional<std::string> environmentVariable(std::string_view name);
