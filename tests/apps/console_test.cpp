@@ -25,13 +25,16 @@ std::string clipboard(const std::string& output) {
 
 TEST(DebuggerScreen, ShowsTheTrafficAndItsButtons) {
   const Sandbox box;
-  TerminalRun run(box, Status);
+  TerminalRun run(box, Status, "xterm-256color", {24, 80, 0, 0});
   ASSERT_TRUE(run.shows("Code 0: Success. Collecting Data")) << run.All;
   for (const char* part : {"Communications Debugger: status, Kestrin Vivid, simulated", "show clock time",
-                           "F2 Clear", "F3 Copy Selection", "F4 Copy All Text", "F5 Generate Data Overrun",
-                           "Last error:", "Chars in RX buffer:"})
+                           "q Quit", "F1 ?", "F2 Clear", "F3 Copy Selection", "F4 Copy All Text",
+                           "F5 Generate Data Overrun", "Last error:", "Chars in RX buffer:"})
     EXPECT_NE(run.Last.find(part), std::string::npos) << part;
 
+  run.type("?");
+  ASSERT_TRUE(run.shows("Any key closes this list.")) << run.Last;
+  run.type("q");
   run.type("abcXYZ\x16\x13\x1B[99~\x1Bj\xC3\xA4\x80\xFF" + F3);  // no keys but the last
   ASSERT_TRUE(run.shows("Code 0: Success. Collecting Data"));
   EXPECT_EQ(clipboard(run.All), "") << "without a selection";

@@ -5,6 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <iterator>
+#include <numeric>
+#include <optional>
 #include <utility>
 
 #include "debugger/clipboard.h"
@@ -24,12 +27,30 @@ constexpr std::size_t UsuallyTaken = 75'000;  ///< bytes that most terminals' cl
 constexpr struct {
   int Key;
   const char* Label;
-} Labels[] = {{KEY_F(2), "F2 Clear"},
+} Labels[] = {{'q', "q Quit"},
+              {KEY_F(1), "F1 ?"},
+              {KEY_F(2), "F2 Clear"},
               {KEY_F(3), "F3 Copy Selection"},
               {KEY_F(4), "F4 Copy All Text"},
-              {KEY_F(5), "F5 Generate Data Overrun"},
-              {' ', "Space Mark"},
-              {'q', "q Quit"}};
+              {KEY_F(5), "F5 Generate Data Overrun"}};
+
+constexpr std::string_view Help[] = {
+    "q, Esc        Quit. While the workflow runs, it is stopped first.",
+    "Ctrl-C        Stop the workflow and stay; pressed again before it has stopped,",
+    "              end at once. When no workflow runs: quit.",
+    "F2            Clear: empty the text.",
+    "F3, F4        Copy Selection, Copy All Text: put it on the terminal's clipboard.",
+    "F5            Generate Data Overrun: a running stream fails as if the port had lost",
+    "              data.",
+    "arrows, PgUp, PgDn, Home, End, wheel",
+    "              Move. At the end the screen follows what comes.",
+    "Space         Mark where a selection begins; again, or Esc, gives it up.",
+    "Shift+motion, dragging",
+    "              Select.",
+    "Ctrl-L        Paint the screen anew.",
+    "",
+    "Nothing that is typed reaches the logger. Any key closes this list.",
+};
 
 constexpr struct {
   int Key;
@@ -130,6 +151,11 @@ void DebuggerScreen::onKey(int key) {
     note_.clear();
     changed_ = true;
   }
+  if (helping_ && key != KEY_RESIZE && key != Redraw) {
+    helping_ = false;
+    changed_ = true;
+    return;
+  }
   for (const auto& motion : Motions)
     if (motion.Key == key) {
       Text.move(motion.Step, motion.Select);
@@ -142,6 +168,10 @@ void DebuggerScreen::onKey(int key) {
       break;
     case KEY_MOUSE:
       onMouse();
+      break;
+    case KEY_F(1):
+    case '?':
+      helping_ = changed_ = true;
       break;
     case KEY_F(2):
       Pressed.Clear ? Pressed.Clear() : Text.clear();
@@ -243,14 +273,17 @@ void DebuggerScreen::paint() {
   const int panel = std::min(height - 1, 4);
   ::erase();
   if (panel == 4) paintLine(0, width, title_, true);
-  paintText(textTop_, height - panel, width);
+  if (helping_)
+    paintHelp(textTop_, height - panel, width);
+  else
+    paintText(textTop_, height - panel, width);
   if (panel >= 2)
     paintLine(height - panel + (panel == 4 ? 1 : 0), width, note_.empty() ? state_ : note_, true);
-  if (panel >= 3) paintLine(buttonRow_, width, buttonLine(), false);
+  if (panel >= 3) paintLine(buttonRow_, width, buttonLine(width), false);
   if (panel >= 1)
     paintLine(height - 1, width, "Last error: " + lastError_ + "   Chars in RX buffer: " + receiveCount_,
               false);
-  const auto caret = Text.caret();
+  const auto caret = helping_ ? std::nullopt : Text.caret();
   ::curs_set(caret ? 1 : 0);
   if (caret) ::move(textTop_ + static_cast<int>(caret->Row), static_cast<int>(caret->Column));
   ::refresh();
@@ -268,6 +301,11 @@ void DebuggerScreen::paintText(int top, int height, int width) {
   }
 }
 
+void DebuggerScreen::paintHelp(int top, int height, int width) {
+  const int rows = std::min(height, static_cast<int>(std::size(Help)));
+  for (int row = 0; row < rows; ++row) paintLine(top + row, width, Help[row], false);
+}
+
 void DebuggerScreen::paintLine(int row, int width, std::string_view text, bool reverse) {
   std::u16string shown = visibleCharacters(text);
   std::replace(shown.begin(), shown.end(), u'\n', u' ');
@@ -275,14 +313,20 @@ void DebuggerScreen::paintLine(int row, int width, std::string_view text, bool r
   if (reverse) ::mvchgat(row, 0, -1, A_REVERSE, 0, nullptr);
 }
 
-std::string DebuggerScreen::buttonLine() {
+/// All labels are to be seen in a terminal of 80 columns.
+std::string DebuggerScreen::buttonLine(int width) {
+  constexpr std::string_view Wide = "  ", Narrow = " ";
+  const std::size_t labels = std::accumulate(
+      std::begin(Labels), std::end(Labels), std::size_t{0},
+      [](std::size_t sum, const auto& label) { return sum + std::string_view(label.Label).size(); });
+  const bool roomy = labels + (std::size(Labels) - 1) * Wide.size() <= static_cast<std::size_t>(width);
   std::string line;
   buttons_.clear();
   for (const auto& label : Labels) {
     const int from = static_cast<int>(line.size());
     line += label.Label;
     buttons_.push_back({from, static_cast<int>(line.size()), label.Key});
-    line += "  ";
+    line += roomy ? Wide : Narrow;
   }
   return line;
 }

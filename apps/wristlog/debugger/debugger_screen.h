@@ -61,8 +61,9 @@ class DebuggerScreen {
   void copy(const std::string& text, const char* what);
   void paint();
   void paintText(int top, int height, int width);
+  void paintHelp(int top, int height, int width);
   void paintLine(int row, int width, std::string_view text, bool reverse);
-  std::string buttonLine();
+  std::string buttonLine(int width);
   void layOut();
 
   TakenTerminal terminal_;
@@ -72,6 +73,7 @@ class DebuggerScreen {
   int textTop_ = 0, buttonRow_ = -1;
   double nextLook_ = 0, nextPaint_ = 0;
   bool changed_ = true;
+  bool helping_ = false;  ///< the keys are listed in the place of the text
   bool running_ = true, leaving_ = false, stopRequested_ = false;
 };
 
