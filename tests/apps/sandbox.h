@@ -36,8 +36,9 @@ class Sandbox {
   std::string inSurroundings(const std::string& variables) const {
     const std::string home = Folder.string();
     return "cd " + home + " && exec env -i HOME=" + home + " XDG_CONFIG_HOME=" + home +
-           "/config XDG_STATE_HOME=" + home + "/state HY_WRISTLOG_SYS=" + home +
-           "/sys HY_WRISTLOG_DOCKS=" + home + "/Docks.INI " + variables + " " WRISTLOG_PROGRAM " ";
+           "/config XDG_STATE_HOME=" + home + "/state HY_WRISTLOG_SYS=" + home + "/sys " +
+           (has("Docks.INI") ? "HY_WRISTLOG_DOCKS=" + home + "/Docks.INI " : "") + variables +
+           " " WRISTLOG_PROGRAM " ";
   }
 
   std::string content(const std::string& name) const { return hy_wristlog::contentOf(Folder / name); }

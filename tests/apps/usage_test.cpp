@@ -6,7 +6,9 @@ TEST(Usage, EachCommandSaysWhatItCannotTake) {
   const std::string longName(65, 'x');
   // clang-format off
   const std::pair<std::string, std::string> cases[] = {
-      {"", "subcommand"}, {"raw bogus", "bogus"}, {"status", "--model is required"},
+      {"", "subcommand"}, {"raw bogus", "bogus"}, {"retreive", "Did you mean retrieve?"},
+      {"status --modle vivid", "Did you mean --model?"}, {"legacy stauts", "Did you mean status?"},
+      {"help statsu", "Did you mean status?"}, {"completion tcsh", "bash,zsh"},
       {"retrieve --model vivid --out ''", "--out"}, {"retrieve --model vivid --out x --retries 0", "--retries"},
       {"decode --config a --raw b --now 2026-02-29", "2026-02-29"},
       {"decode --config a --raw b --now '      2020-01-01T1'", "2020-01-01T1"}, {simulated + "--epoch 17", "--epoch"},
@@ -23,8 +25,27 @@ TEST(Usage, EachCommandSaysWhatItCannotTake) {
   }
   EXPECT_EQ(box.run("--version").Status, 0);
   EXPECT_NE(box.run("configure --help").Out.find("--epoch"), std::string::npos);
-  const Json document = Json::parse(box.run("status --json").Out);
+  EXPECT_EQ(box.run("help legacy status").Out, box.run("legacy status --help").Out);
+  EXPECT_NE(box.run("help").Out.find("configure"), std::string::npos);
+  const Json document = Json::parse(box.run("status --bogus --json").Out);
   EXPECT_EQ(keysOf(document.at("failure")), "number source description ");
+}
+
+TEST(Usage, AShellCompletesCommandsOptionsAndValues) {
+  const Sandbox box;
+  box.write("complete.sh",
+            box.run("completion bash").Out +
+                "COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); _wristlog; echo \"${COMPREPLY[@]}\"\n");
+  const std::pair<const char*, const char*> cases[] = {
+      {"wristlog stat", "status\n"},          {"wristlog legacy stat", "status\n"},
+      {"wristlog status --mod", "--model\n"}, {"wristlog status --model ''", "vivid kestrin2\n"},
+      {"wristlog retrieve --out ''", "\n"},   {"wristlog zones --mod", "\n"}};
+  for (const auto& [words, completed] : cases) {
+    const std::string script = "cd " + box.Folder.string() + " && bash complete.sh " + words + " >.out";
+    EXPECT_EQ(std::system(script.c_str()), 0);
+    EXPECT_EQ(box.content(".out"), completed) << words;
+  }
+  EXPECT_NE(box.run("completion zsh").Out.find("'--model:The logger'\\''s model: vivid"), std::string::npos);
 }
 
 TEST(Usage, OutputThatCannotBeWrittenIsNoSuccess) {

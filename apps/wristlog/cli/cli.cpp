@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "cli/cli_checks.h"
+#include "cli/cli_names.h"
 #include "errors/Procedure.h"
 #include "hy_wristlog/Class_Main.h"
 #include "platform/platform.h"
@@ -52,14 +53,17 @@ int CommandLine::parseAndRun(int argc, char** argv) {
     return show(answer);
   } catch (const CLI::RequiredError& error) {
     // An unknown word is the better explanation of a missing required one.
-    const std::vector<std::string> unknown = app_->remaining(true);
-    return unknown.empty() ? refuse(error, argc, argv) : refuse(CLI::ExtrasError(unknown), argc, argv);
+    return app_->remaining(true).empty() ? refuse(error, argc, argv) : refuse(unknownWords(), argc, argv);
+  } catch (const CLI::ExtrasError&) {
+    return refuse(unknownWords(), argc, argv);
   } catch (const CLI::ParseError& error) {
     return refuse(error, argc, argv);
   }
   try {
     const hy_wristlog::CommandUnderWay underWay;
     return runCommand();
+  } catch (const CLI::ParseError& error) {
+    return refuse(error, argc, argv);
   } catch (const hy_wristlog::Failure& failure) {
     return tellFailure(failure);
   } catch (const hy_wristlog::platform::SystemError& error) {
@@ -106,6 +110,32 @@ int CommandLine::refuse(const CLI::ParseError& error, int argc, char** argv) con
     print(
         failureJson(hy_wristlog::Failure(hy_wristlog::FailureNumber::InvalidCall, "wristlog", error.what())));
   return WrongUsage;
+}
+
+const CLI::App& CommandLine::reached() const {
+  const CLI::App* app = app_.get();
+  while (!app->get_subcommands().empty()) app = app->get_subcommands().back();
+  return *app;
+}
+
+CLI::ExtrasError CommandLine::unknownWords() const {
+  const std::vector<std::string> words = app_->remaining(true);
+  std::string list;
+  for (const std::string& word : words) list += (list.empty() ? "" : " ") + word;
+  const std::string suggestion = words.empty() ? "" : suggestionFor(words.front(), reached());
+  return CLI::ExtrasError("Unknown: " + list + "." + suggestion, CLI::ExitCodes::ExtrasError);
+}
+
+const CLI::App& CommandLine::named(const std::vector<std::string>& names) const {
+  const CLI::App* app = app_.get();
+  for (const std::string& name : names) {
+    const auto found =
+        app->get_subcommands([&name](const CLI::App* command) { return command->get_name() == name; });
+    if (found.empty())
+      throw CLI::ValidationError("There is no command \"" + name + "\"." + suggestionFor(name, *app));
+    app = found.front();
+  }
+  return *app;
 }
 
 int CommandLine::tellFailure(const hy_wristlog::Failure& failure) const {
@@ -156,8 +186,9 @@ void CommandLine::addLink(CLI::App* sub, const std::vector<std::string>& simulat
 }
 
 void CommandLine::addModel(CLI::App* sub, std::string& model) {
-  sub->add_option("--model", model, "The logger's model: vivid (Kestrin Vivid) or kestrin2 (Kestrin 2)")
-      ->required()
+  sub->add_option(
+         "--model", model,
+         "The logger's model: vivid (Kestrin Vivid) or kestrin2 (Kestrin 2); else the one that is docked")
       ->check(CLI::IsMember(VardenModels));
 }
 
@@ -198,6 +229,8 @@ void addCommands(CommandLine& cli) {
   addConsoleCommand(cli);
   addPendrelCommands(cli);
   addReplayCommand(cli);
+  addHelpCommand(cli);
+  addCompletionCommand(cli);
 }
 
 }  // namespace wristlog

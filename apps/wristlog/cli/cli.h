@@ -13,6 +13,7 @@ namespace CLI {
 class App;
 class Error;
 class Option;
+class ExtrasError;
 class ParseError;
 }  // namespace CLI
 
@@ -48,6 +49,9 @@ class CommandLine {
                 CLI::App* parent = nullptr);
   /// Adds a group: a name before commands, as in "wristlog legacy status".
   CLI::App* addGroup(const char* name, const char* description);
+  /// The command that has these names, as in {"legacy", "status"}; without names the program itself. Raises
+  /// CLI::ParseError for a command that there is not.
+  const CLI::App& named(const std::vector<std::string>& names) const;
 
   /// "--record" and "--redact": from now on the command `sub`, or with `when` only when this option is given,
   /// is one whose session can be recorded.
@@ -69,6 +73,9 @@ class CommandLine {
   int runCommand();
   int show(const CLI::Error& answer) const;
   int refuse(const CLI::ParseError& error, int argc, char** argv) const;
+  /// The command whose options are read, as far as the command line could be parsed.
+  const CLI::App& reached() const;
+  CLI::ExtrasError unknownWords() const;
   int tellFailure(const hy_wristlog::Failure& failure) const;
 
   std::unique_ptr<CLI::App> app_;
@@ -87,6 +94,8 @@ void addPlotCommand(CommandLine& cli);
 void addConsoleCommand(CommandLine& cli);
 void addPendrelCommands(CommandLine& cli);
 void addReplayCommand(CommandLine& cli);
+void addHelpCommand(CommandLine& cli);
+void addCompletionCommand(CommandLine& cli);
 /// Adds them all.
 void addCommands(CommandLine& cli);
 

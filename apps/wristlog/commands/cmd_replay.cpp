@@ -46,7 +46,8 @@ bool has(const Arguments& arguments, std::string_view word) {
 /// What the console watched goes without its screen.
 Arguments workflowOfConsole(const SessionRecord& record) {
   const std::string workflow = valueOf(record.Arguments, "--workflow");
-  Arguments arguments{workflow.empty() ? "status" : workflow, "--model", record.Model};
+  Arguments arguments{workflow.empty() ? "status" : workflow};
+  if (!record.Model.empty()) arguments.insert(arguments.end(), {"--model", record.Model});
   if (workflow == "retrieve") {
     const std::string folder = valueOf(record.Arguments, "--out");
     arguments.insert(arguments.end(), {"--out", folder.empty() ? "recording" : folder});

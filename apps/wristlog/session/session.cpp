@@ -1,11 +1,14 @@
 #include "session/session.h"
 
 #include <chrono>
+#include <vector>
 
+#include "engineering/docks.h"
 #include "hy_wristlog/failure.h"
 #include "replay/session_recorder.h"
 #include "session/process.h"
 #include "session/terminal_host.h"
+#include "words/meanings.h"
 
 namespace wristlog {
 
@@ -34,6 +37,18 @@ sim::DockBench makeWornPendrelBench(sim::PendrelModel model) {
       sim::ordinaryPendrelSetup(*bench.World, SimulatedEpoch, model == sim::PendrelModel::Steps));
   bench.Logger->wear(WornBefore);
   return bench;
+}
+
+hy_wristlog::enmLoggerPointer onlyDockedModel() {
+  std::vector<hy_wristlog::enmLoggerPointer> models;
+  for (const auto& dock : hy_wristlog::engineering::docks())
+    if (dock.Connected > 0) models.push_back(dock.Model);
+  if (models.size() > 1)
+    throw hy_wristlog::Failure(hy_wristlog::ReturnCode::TooManyDocks, "wristlog",
+                               "Docks of both models are connected. Name one with --model.");
+  if (models.empty())
+    throw hy_wristlog::Failure(hy_wristlog::ReturnCode::NotFound, "wristlog", wordsForNoDock());
+  return models.front();
 }
 
 }  // namespace
@@ -105,6 +120,7 @@ void requireNotStopped() {
 }
 
 hy_wristlog::enmLoggerPointer modelFromName(const std::string& name) {
+  if (name.empty()) return onlyDockedModel();
   return name == "vivid" ? hy_wristlog::LggrPntr_KRVivid : hy_wristlog::LggrPntr_KRII;
 }
 

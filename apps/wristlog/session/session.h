@@ -56,7 +56,8 @@ void requireNotStopped();
 /// The bench of `--simulate`: a docked logger that has been worn for some days.
 hy_wristlog::simulator::DockBench makeWornBench(const std::string& model);
 
-/// The model that --model names "vivid" or "kestrin2".
+/// The model that --model names "vivid" or "kestrin2"; without a name the only one of which docks are
+/// connected. Raises TooManyDocks for docks of both and NotFound without any.
 hy_wristlog::enmLoggerPointer modelFromName(const std::string& name);
 
 }  // namespace wristlog
