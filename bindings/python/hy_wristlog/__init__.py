@@ -16,19 +16,11 @@ folder of its checkout, or where the system's loader looks. `hy_wristlog.simulat
 
 from . import enums as _enums
 from ._values import EMPTY_NUMBER
+from ._version import __version__
 from .enums import *  # noqa: F403
 from .errors import ComponentError, HyWristlogError, LibraryNotFoundError
-from .objects import (
-    ConfigureResult,
-    DecodeResult,
-    LoggerSeconds,
-    Main,
-    Pendrel,
-    RetrieveResult,
-    StatusResult,
-    Subject,
-    VardenLogger,
-)
+from .loggers import DecodeResult, Pendrel, Subject, VardenLogger
+from .main import ConfigureResult, LoggerSeconds, Main, RetrieveResult, StatusResult
 
 __all__ = [
     "EMPTY_NUMBER",
@@ -44,5 +36,6 @@ __all__ = [
     "StatusResult",
     "Subject",
     "VardenLogger",
+    "__version__",
 ]
 __all__ += _enums.__all__

@@ -6,10 +6,12 @@ import os
 import pathlib
 from typing import Iterator, Optional
 
+from ._version import MAJOR
+
 LIBRARY_VARIABLE = "HY_WRISTLOG_LIBRARY"
 _NAME = "libhy_wristlog.so"
-_SONAME = "libhy_wristlog.so.5"
-_SIMULATOR_NAME = "libhy_wristlog_simulator.so"
+_SONAME = f"{_NAME}.{MAJOR}".rstrip(".")
+_SIMULATOR_NAME = f"libhy_wristlog_simulator.so.{MAJOR}".rstrip(".")
 _BUILD_FOLDERS = ("build", "build-release")
 
 _library: Optional[ctypes.CDLL] = None
@@ -75,7 +77,7 @@ def component() -> ctypes.CDLL:
     )
 
 
-def _folder_of_library() -> pathlib.Path:
+def folder_of_library() -> pathlib.Path:
     """Where the loaded library lies, as the process's memory map tells."""
     address = ctypes.cast(component().DllGetClassObject, ctypes.c_void_p).value or 0
     with open("/proc/self/maps", encoding="utf-8", errors="surrogateescape") as maps:
@@ -94,11 +96,12 @@ def simulator() -> ctypes.CDLL:
     """
     global _simulator
     if _simulator is None:
-        path = _folder_of_library() / _SIMULATOR_NAME
+        path = folder_of_library() / _SIMULATOR_NAME
         try:
             _simulator = ctypes.CDLL(str(path))
         except OSError as why:
             raise LibraryNotFoundError(
-                f"{_SIMULATOR_NAME} was not found beside the library; ./dev build makes it. {path}: {why}"
+                f"{_SIMULATOR_NAME} was not found beside the library. ./dev build makes it, and the Debian package "
+                f"libhy-wristlog-simulator{MAJOR} has it. {path}: {why}"
             ) from None
     return _simulator

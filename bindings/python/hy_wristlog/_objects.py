@@ -9,6 +9,7 @@ from functools import lru_cache
 from typing import Any, Callable, ClassVar, Dict, Iterator, List, Optional, Set, Tuple, Type, TypeVar
 
 from . import _component
+from ._attributes import FixedAttributes
 from ._component import DIID_HOST_EVENTS, IID_DISPATCH, Connection, Dispatch
 from ._sinks import listen
 from ._values import Guid
@@ -63,7 +64,7 @@ def _stop_daemons() -> None:
         time.sleep(0.001)
 
 
-class Object:
+class Object(FixedAttributes):
     """An object of the library. It belongs to the thread that made it: from another one every use raises
     ComponentError, a RuntimeError. It ends with its last use, with `close()`, or with a `with` block."""
 
@@ -100,7 +101,17 @@ class Object:
         self.close()
 
     def __repr__(self) -> str:
-        return f"<{type(self).__module__}.{type(self).__name__}{' (closed)' if self.closed else ''}>"
+        words = self._about() if not self.closed else "(closed)"
+        return f"<{__package__}.{type(self).__name__}{words and ' '}{words}>"
+
+    def _about(self) -> str:
+        """What tells the object from others of its class, as far as it can be read here."""
+        if not hasattr(type(self), "SerialNumber"):
+            return ""
+        try:
+            return str(getattr(self, "SerialNumber")) or "(no serial number)"
+        except RuntimeError:  # of another thread
+            return ""
 
 
 class EventSource(Object):

@@ -8,7 +8,7 @@ from typing import Any, Callable, Generic, List, Optional, Type, TypeVar, Union,
 
 from . import dates
 from ._component import Dispatch
-from ._values import VT_DATE, Variant, day_counts, numbers, octets, taken, texts, truths
+from ._values import VT_DATE, Variant, numbers, octets, taken, texts, truths
 
 T = TypeVar("T")
 
@@ -212,6 +212,6 @@ def Texts(doc: str) -> "Property[List[str]]":
 
 def Moments(doc: str) -> "Property[List[Optional[datetime]]]":
     def give(variant: Variant) -> List[Optional[datetime]]:
-        return [dates.from_date(day_count, True) for day_count in day_counts(variant)]
+        return [dates.from_date(day_count, True) for day_count in numbers(variant, "d")]
 
     return Series(doc, give, None)

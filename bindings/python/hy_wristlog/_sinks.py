@@ -2,7 +2,7 @@
 
 import ctypes
 import threading
-from typing import Any, Dict, List, Protocol
+from typing import Any, Callable, Dict, List, Protocol
 
 from ._component import (
     E_INVALIDARG,
@@ -21,6 +21,11 @@ from ._values import VT_BSTR, VT_BYREF, VT_I4, Guid, Variant, text_at
 _Pointer = ctypes.c_void_p
 _RESULT = ctypes.c_uint32
 _lock = threading.RLock()
+
+
+def _slot(*types: Any) -> Callable[[Callable[..., int]], Any]:
+    """Makes a function that the library can call."""
+    return ctypes.CFUNCTYPE(*types)
 
 
 class Hearer(Protocol):
@@ -48,7 +53,7 @@ def _same(one: Guid, other: Guid) -> bool:
     return bytes(one) == bytes(other)
 
 
-@ctypes.CFUNCTYPE(_RESULT, _Pointer, ctypes.POINTER(Guid), ctypes.POINTER(_Pointer))
+@_slot(_RESULT, _Pointer, ctypes.POINTER(Guid), ctypes.POINTER(_Pointer))
 def _query_interface(address: int, interface: Any, found: Any) -> int:
     if not found:
         return E_POINTER
@@ -64,7 +69,7 @@ def _query_interface(address: int, interface: Any, found: Any) -> int:
     return S_OK
 
 
-@ctypes.CFUNCTYPE(ctypes.c_uint32, _Pointer)
+@_slot(ctypes.c_uint32, _Pointer)
 def _add_reference(address: int) -> int:
     with _lock:
         sink = _living[address]
@@ -72,7 +77,7 @@ def _add_reference(address: int) -> int:
         return sink.references
 
 
-@ctypes.CFUNCTYPE(ctypes.c_uint32, _Pointer)
+@_slot(ctypes.c_uint32, _Pointer)
 def _release(address: int) -> int:
     with _lock:
         sink = _living[address]
@@ -82,7 +87,7 @@ def _release(address: int) -> int:
         return sink.references
 
 
-@ctypes.CFUNCTYPE(_RESULT, _Pointer, ctypes.POINTER(ctypes.c_uint32))
+@_slot(_RESULT, _Pointer, ctypes.POINTER(ctypes.c_uint32))
 def _count_type_infos(address: int, count: Any) -> int:
     if not count:
         return E_POINTER
@@ -90,14 +95,14 @@ def _count_type_infos(address: int, count: Any) -> int:
     return S_OK
 
 
-@ctypes.CFUNCTYPE(_RESULT, _Pointer, ctypes.c_uint32, ctypes.c_uint32, ctypes.POINTER(_Pointer))
+@_slot(_RESULT, _Pointer, ctypes.c_uint32, ctypes.c_uint32, ctypes.POINTER(_Pointer))
 def _get_type_info(address: int, index: int, locale: int, found: Any) -> int:
     if found:
         found[0] = None
     return E_NOTIMPL
 
 
-@ctypes.CFUNCTYPE(_RESULT, *[_Pointer] * 3, *[ctypes.c_uint32] * 2, _Pointer)
+@_slot(_RESULT, *[_Pointer] * 3, *[ctypes.c_uint32] * 2, _Pointer)
 def _get_numbers(*_: Any) -> int:
     return E_NOTIMPL
 
@@ -110,7 +115,7 @@ def _value_of(argument: Variant) -> Any:
     return argument.lVal if argument.vt == VT_I4 else None
 
 
-@ctypes.CFUNCTYPE(
+@_slot(
     _RESULT,
     _Pointer,
     ctypes.c_int32,

@@ -96,7 +96,8 @@ _POINTER_SIZE = ctypes.sizeof(ctypes.c_void_p)
 def release(address: int) -> int:
     """Gives a reference to an interface back."""
     table = ctypes.c_void_p.from_address(address).value or 0
-    return _RELEASE(ctypes.c_void_p.from_address(table + 2 * _POINTER_SIZE).value)(address)
+    left: int = _RELEASE(ctypes.c_void_p.from_address(table + 2 * _POINTER_SIZE).value or 0)(address)
+    return left
 
 
 def text_at(address: Optional[int]) -> str:
@@ -147,10 +148,14 @@ def _series_bytes(variant: Variant, kind: int) -> memoryview:
     return _element_bytes(Array.from_address(variant.pointer))
 
 
+_KINDS = {"i": VT_I4, "f": VT_R4, "b": VT_I1, "d": VT_DATE}
+
+
 def numbers(variant: Variant, code: str) -> "array[Any]":
-    """A series of numbers; `code` is "i" for whole ones and "f" for real ones."""
+    """A series in an array of that type: "i" for whole numbers, "f" for real ones, "d" for dates, "b" for truth values,
+    where 255 stands for None as -1."""
     series = array(code)
-    series.frombytes(_series_bytes(variant, VT_I4 if code == "i" else VT_R4))
+    series.frombytes(_series_bytes(variant, _KINDS[code]))
     return series
 
 
@@ -175,10 +180,6 @@ def truths(variant: Variant) -> List[Optional[bool]]:
 
 def octets(variant: Variant) -> bytes:
     return _series_bytes(variant, VT_UI1).tobytes()
-
-
-def day_counts(variant: Variant) -> List[float]:
-    return _series_bytes(variant, VT_DATE).cast("d").tolist()
 
 
 def texts(variant: Variant) -> List[str]:

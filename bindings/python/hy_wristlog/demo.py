@@ -7,7 +7,8 @@ from datetime import date, datetime, timedelta
 from typing import Any, Dict, List, Optional
 
 from .enums import enmDateFormat, enmDecodeResult, enmLoggerPointer, enmTimeFormat, enmVardenLoggingMode
-from .objects import Main, RetrieveResult, Subject, VardenLogger
+from .loggers import Subject, VardenLogger
+from .main import Main, RetrieveResult
 from .simulator import Bench
 
 MODELS = {
@@ -48,11 +49,11 @@ def picture(logger: VardenLogger) -> List[str]:
         local = start + offset + number * epoch
         columns = days.setdefault(local.date(), [[] for _ in range(_COLUMNS_PER_DAY)])
         columns[(local.hour * 60 + local.minute) * _COLUMNS_PER_DAY // 1440].append(counts)
-    means = {day: [sum(c) / len(c) if c else 0 for c in columns] for day, columns in days.items()}
-    highest = math.log1p(max((mean for columns in means.values() for mean in columns), default=0)) or 1
+    means = {day: [sum(c) / len(c) if c else 0.0 for c in columns] for day, columns in days.items()}
+    highest = math.log1p(max((mean for of_day in means.values() for mean in of_day), default=0)) or 1
     lines = ["            0h          6h          12h         18h"]
-    for day, columns in means.items():
-        blocks = (_BLOCKS[round(math.log1p(mean) / highest * (len(_BLOCKS) - 1))] for mean in columns)
+    for day, of_day in means.items():
+        blocks = (_BLOCKS[round(math.log1p(mean) / highest * (len(_BLOCKS) - 1))] for mean in of_day)
         lines.append(f"{day}  {''.join(blocks)}".rstrip())
     return lines
 

@@ -11,6 +11,7 @@ from datetime import datetime, timedelta, timezone
 from typing import Any, Optional, Union
 
 from . import _library
+from ._attributes import FixedAttributes
 
 __all__ = ["MODELS", "Bench", "SimulatorError"]
 
@@ -55,7 +56,7 @@ def _text(words: str) -> bytes:
     return words.encode()
 
 
-class Bench:
+class Bench(FixedAttributes):
     """A world of its own for the calling thread: simulated time, one dock, and a healthy logger in it. From
     here until `close()`, or the end of a `with` block, everything that this thread does with the library
     happens there; objects of the library should not be taken from one world to another.
@@ -65,6 +66,8 @@ class Bench:
 
     Raises ValueError for what is not known, SimulatorError inside a workflow, LibraryNotFoundError.
     """
+
+    model = ""
 
     def __init__(
         self, model: str = "vivid", zone: Optional[str] = None, begins: Optional[datetime] = None

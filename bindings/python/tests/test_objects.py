@@ -106,6 +106,21 @@ class Properties(BenchCase):
                 varden.BatteryPercent
             self.assertEqual(caught.exception.number, 11502)
 
+    def test_unknown_names_are_refused(self) -> None:
+        for one, name, right in (
+            (Subject(), "identity", "Identity"),
+            (VardenLogger(), "epoch_length", "EpochLength"),
+            (Main(), "on_Progress", "on_progress"),
+            (self.bench, "modle", "model"),
+        ):
+            with self.assertRaisesRegex(AttributeError, f"no attribute '{name}'. Did you mean '{right}'"):
+                setattr(one, name, None)
+        with self.assertRaisesRegex(AttributeError, "no attribute 'xyz'$"):
+            Main().xyz = 1  # type: ignore[attr-defined]
+        pendrel = Pendrel()
+        pendrel.SerialNumber = "1234567"
+        self.assertEqual(repr(pendrel), "<hy_wristlog.Pendrel 1234567>")
+
     def test_text_is_utf_16(self) -> None:
         with Subject() as subject:
             for words in ("", "a\0b", "Zoë €", "😀", "\ud800x", "x" * 70000):

@@ -65,16 +65,26 @@ class Library(unittest.TestCase):
             self.assertNotIn("Traceback", gone.stderr)
         self.assertEqual(run("-c", "import hy_wristlog", HY_WRISTLOG_LIBRARY="/nowhere").returncode, 0)
 
+    @unittest.skipUnless(shutil.which("mypy"), "needs mypy")
+    def test_types_are_sound(self) -> None:
+        with tempfile.TemporaryDirectory() as folder:
+            checked = subprocess.run(
+                ["mypy", "--cache-dir", folder], cwd=PACKAGE, capture_output=True, encoding="utf-8",
+                env={**os.environ, "LD_PRELOAD": ""},
+            )
+        self.assertEqual(checked.returncode, 0, checked.stdout)
+
     @unittest.skipUnless(
         all(map(importlib.util.find_spec, ("pip", "setuptools", "wheel"))), "needs pip, setuptools and wheel"
     )
     def test_pip_installs_it(self) -> None:
-        library = _library._folder_of_library()
+        library = _library.folder_of_library()
         with tempfile.TemporaryDirectory() as folder:
             # A checkout of its own, since setuptools leaves files in the source.
             checkout, target = pathlib.Path(folder, "checkout"), os.path.join(folder, "target")
             shutil.copytree(PACKAGE, checkout / "bindings" / "python")
             shutil.copytree(CHECKOUT / "include", checkout / "include")
+            shutil.copy(CHECKOUT / "CMakeLists.txt", checkout)
             (checkout / "build").symlink_to(library)
             options = ["--no-build-isolation", "--no-deps", "--no-index", "--disable-pip-version-check", "-q"]
             options += ["--root-user-action=ignore", "--target", target]
