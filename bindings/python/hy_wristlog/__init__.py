@@ -18,20 +18,33 @@ from . import enums as _enums
 from ._values import EMPTY_NUMBER
 from ._version import __version__
 from .enums import *  # noqa: F403
-from .errors import ComponentError, HyWristlogError, LibraryNotFoundError
+from .errors import (
+    ComponentError,
+    HyWristlogError,
+    LibraryNotFoundError,
+    ProgramError,
+    ProgramNotFoundError,
+    RecordingError,
+)
 from .loggers import DecodeResult, Pendrel, Subject, VardenLogger
 from .main import ConfigureResult, LoggerSeconds, Main, RetrieveResult, StatusResult
+from .recording import Event, Recording
 
 __all__ = [
     "EMPTY_NUMBER",
     "ComponentError",
     "ConfigureResult",
     "DecodeResult",
+    "Event",
     "HyWristlogError",
     "LibraryNotFoundError",
     "LoggerSeconds",
     "Main",
     "Pendrel",
+    "ProgramError",
+    "ProgramNotFoundError",
+    "Recording",
+    "RecordingError",
     "RetrieveResult",
     "StatusResult",
     "Subject",

@@ -2,7 +2,14 @@
 
 from ._library import LibraryNotFoundError
 
-__all__ = ["ComponentError", "HyWristlogError", "LibraryNotFoundError"]
+__all__ = [
+    "ComponentError",
+    "HyWristlogError",
+    "LibraryNotFoundError",
+    "ProgramError",
+    "ProgramNotFoundError",
+    "RecordingError",
+]
 
 
 class HyWristlogError(Exception):
@@ -28,3 +35,20 @@ class ComponentError(RuntimeError):
         super().__init__(words)
         self.result = result
         """The call's result code, unsigned, as `component.h` writes it."""
+
+
+class RecordingError(ValueError):
+    """There is no recording, its files cannot be read, or its bytes are not those that its configuration tells of."""
+
+
+class ProgramNotFoundError(OSError):
+    """The program `wristlog` is not there, or cannot be run."""
+
+
+class ProgramError(RuntimeError):
+    """The program `wristlog` did not do what it was asked for, in its own words."""
+
+    def __init__(self, status: int, words: str) -> None:
+        super().__init__(words)
+        self.status = status
+        """Its exit status: 1 for a failure, 2 for wrong usage."""
