@@ -1,11 +1,11 @@
-"""A host in Python: a simulated Kestrin Vivid is configured, worn for a day, and retrieved.
+"""A host in Python: a simulated Kestrin Vivid is configured, worn for a day, retrieved, and its recording looked at.
 
 With a real logger in its dock, leave out the bench.
 """
 
 from datetime import datetime, timedelta
 
-from hy_wristlog import Main, Subject, enmDateFormat, enmLoggerPointer, enmTimeFormat, enmVardenLoggingMode
+from hy_wristlog import Main, Recording, Subject, enmDateFormat, enmLoggerPointer, enmTimeFormat, enmVardenLoggingMode
 from hy_wristlog.simulator import Bench
 
 VIVID = enmLoggerPointer.LggrPntr_KRVivid
@@ -37,6 +37,9 @@ with Bench("vivid") as bench, Main() as main:
     result = main.Retrieve(VIVID)
     if result.code != 0:
         raise SystemExit(f"Retrieve: code {result.code}")
-    logger = result.logger
-    print(f"{logger.Samples} epochs from {logger.StartTimeGMT} on, by {result.subject.Identity}.")
-    print(f"At most {max(logger.ActivityArray)} counts in an epoch and {max(logger.LightArray):.0f} lux.")
+    recording = Recording.of(result)
+
+activity, light = recording.series["activity_counts"], recording.series["light_lux"]
+print(f"{recording.samples} epochs from {recording.start} on, by {recording.participant}.")
+print(f"At most {max(activity)} counts in an epoch and {max(light):.0f} lux.")
+# recording.to_dataframe() is a pandas data frame, recording.plot("pictures") draws it.
