@@ -50,6 +50,7 @@ fi
 
 manual=$(zcat -f "$prefix"/share/man/man1/wristlog.1* | sed 's/\\-/-/g; s/\\f[BR]//g')
 grep -qF "HY_Wristlog $version" <<<"$manual"
+commands=$(grep '^\.B ' <<<"$manual")
 for command in $("$prefix/bin/wristlog" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p'); do
-  grep '^\.B ' <<<"$manual" | grep -qw -- "$command" || { echo "the man page does not know the command $command"; exit 1; }
+  grep -qw -- "$command" <<<"$commands" || { echo "the man page does not know the command $command"; exit 1; }
 done
