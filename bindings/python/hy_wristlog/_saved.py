@@ -5,7 +5,7 @@ import hashlib
 import json
 from datetime import datetime, timezone
 from pathlib import Path
-from typing import NamedTuple, Optional
+from typing import List, NamedTuple, Optional
 
 from .errors import RecordingError
 from .loggers import VardenLogger
@@ -75,15 +75,21 @@ class Saved(NamedTuple):
         return ""
 
     def write(self, folder: Path, is_part: bool) -> None:
-        """Into files that do not exist yet. Raises OSError."""
+        """Both files or none, where no recording is yet. Raises OSError."""
         folder.mkdir(parents=True, exist_ok=True)
         present = [name for name in (CONFIGURATION, WHOLE, PART) if (folder / name).exists()]
         if present:
             raise FileExistsError(f"{folder / present[0]} exists")
-        with open(folder / (PART if is_part else WHOLE), "xb") as file:
-            file.write(self.raw)
-        with open(folder / CONFIGURATION, "x", encoding="utf-8") as text:
-            text.write(self.configuration)
+        made: List[Path] = []
+        try:
+            for name, data in ((PART if is_part else WHOLE, self.raw), (CONFIGURATION, self.configuration.encode())):
+                with open(folder / name, "xb") as file:
+                    made.append(folder / name)
+                    file.write(data)
+        except BaseException:
+            for path in made:
+                path.unlink()
+            raise
 
 
 def _digest(raw: bytes) -> str:
