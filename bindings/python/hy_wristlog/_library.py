@@ -72,8 +72,9 @@ def component() -> ctypes.CDLL:
         except (OSError, AttributeError) as why:
             tried.append(f"{path}: {why}")
     raise LibraryNotFoundError(
-        f"{_NAME} was not found. Build it with ./dev build in the checkout, or name it in the environment "
-        f"variable {LIBRARY_VARIABLE}. Tried:\n  " + "\n  ".join(tried)
+        f"{_NAME} was not found. Build it with ./dev build in the checkout, install the Debian package "
+        f"libhy-wristlog{MAJOR}, or name it in the environment variable {LIBRARY_VARIABLE}. Tried:\n  "
+        + "\n  ".join(tried)
     )
 
 
