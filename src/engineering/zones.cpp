@@ -4,7 +4,9 @@
 #include <utility>
 
 #include "base/dates.h"
+#include "base/faults.h"
 #include "base/inside.h"
+#include "engineering/dates.h"
 #include "start_up/start_up.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "varden/VardenLogger.h"
@@ -37,6 +39,11 @@ std::vector<OffsetPeriod> offsetsOf(const Class_TimeZoneInfo& zone, bool dayligh
       periods.push_back(change);
   }
   return periods;
+}
+
+std::string isoAt(double utc, std::int32_t minutes) {
+  return isoDate(addTime(utc, minutes / MinutesPerDay),
+                 Class_TimeZoneTools::fncFormatOffset(fault::narrow<std::int16_t>(minutes)));
 }
 
 }  // namespace
@@ -91,6 +98,31 @@ double startUtc(const Class_Pendrel& logger) {
 
 double localTime(const Class_VardenLogger& logger, double utc) {
   return addTime(utc, offsetPeriods(logger, utc, utc).front().Minutes / MinutesPerDay);
+}
+
+std::string isoLocal(const Class_VardenLogger& logger, double utc) {
+  return isoAt(utc, offsetPeriods(logger, utc, utc).front().Minutes);
+}
+
+std::string isoLocal(const Class_Pendrel& logger, double utc) {
+  return isoAt(utc, offsetPeriods(logger, startUtc(logger), utc).back().Minutes);
+}
+
+std::string isoNow() {
+  return isoAt(Class_TimeZoneTools::fncGetGMTTime(), Class_TimeZoneTools::fncGetGMTOffset());
+}
+
+std::optional<ClockSkip> skipAt(const Class_TimeZoneInfo& zone, double local) {
+  constexpr bool Daylight = true;
+  constexpr double FarthestOffset = 2;  // days
+  const auto periods = offsetsOf(zone, Daylight, local - FarthestOffset, local + FarthestOffset);
+  for (std::size_t i = 1; i < periods.size(); ++i) {
+    const double change = periods[i].FromUtc;
+    const ClockSkip skip{addTime(change, periods[i - 1].Minutes / MinutesPerDay),
+                         addTime(change, periods[i].Minutes / MinutesPerDay)};
+    if (!isBefore(local, skip.From) && isBefore(local, skip.To)) return skip;
+  }
+  return std::nullopt;
 }
 
 std::string zoneName(const Class_VardenLogger& logger) {

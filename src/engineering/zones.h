@@ -1,11 +1,16 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "hy_wristlog/Class_Pendrel.h"
 #include "hy_wristlog/Class_VardenLogger.h"
+
+namespace hy_wristlog {
+struct Class_TimeZoneInfo;
+}
 
 /// The zone catalogue, and local time where a logger was worn.
 namespace hy_wristlog::engineering {
@@ -41,6 +46,21 @@ double startUtc(const Class_Pendrel& logger);
 
 /// A UTC date in the logger's zone, daylight time included when the logger adjusts for it.
 double localTime(const Class_VardenLogger& logger, double utc);
+
+/// The same as ISO 8601 with its offset, "2026-03-02T09:01:00-05:00". Of a Pendrel's zone, from its start on,
+/// too.
+std::string isoLocal(const Class_VardenLogger& logger, double utc);
+std::string isoLocal(const Class_Pendrel& logger, double utc);
+
+/// This moment on the machine's own clock, in the same form.
+std::string isoNow();
+
+/// Local times from `From` to before `To` that a zone's clocks leave out.
+struct ClockSkip {
+  double From = 0, To = 0;
+};
+/// The skip in which a local time lies; none for a time that the clocks show.
+std::optional<ClockSkip> skipAt(const Class_TimeZoneInfo& zone, double local);
 
 /// The name of the logger's zone; empty when it has none.
 std::string zoneName(const Class_VardenLogger& logger);

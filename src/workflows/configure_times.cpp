@@ -91,6 +91,10 @@ std::int32_t fitRecordingTimes(const TimeRequest& request, RecordingTimes& times
   return ReturnCode::Success;
 }
 
+double earliestEnd(std::int32_t epochLength, double startUtc) {
+  return EpochGrid(epochLength).earliestEnd(startUtc);
+}
+
 bool isValidEpochLength(std::int32_t seconds) {
   constexpr std::array Valid{15, 30, 60, 120, 300};
   return std::find(Valid.begin(), Valid.end(), seconds) != Valid.end();

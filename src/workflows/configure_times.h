@@ -30,6 +30,9 @@ inline constexpr double NeverDate = 50424.13480324074;
 /// to the limit; for epochs of up to 120 seconds the end "never" lies outside.
 std::int32_t fitRecordingTimes(const TimeRequest& request, RecordingTimes& times);
 
+/// The earliest end of a recording with this start, both UTC.
+double earliestEnd(std::int32_t epochLength, double startUtc);
+
 /// Whether the epoch length is one that the workflows of the Varden family take.
 bool isValidEpochLength(std::int32_t seconds);
 
