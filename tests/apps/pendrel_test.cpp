@@ -63,7 +63,7 @@ TEST(Legacy, ARetrievedRecordingIsSixFilesAndOneDocument) {
 TEST(Legacy, EachCommandSaysWhatCameOfIt) {
   const Sandbox box, ofJson;
   const std::string status =
-      "com_port model device_type memory_size_kb max_bytes_used max_recording_days problems logger "
+      "com_port model device_type memory_size_kb max_bytes_used max_recording_days retrieval problems logger "
       "setup_text ";
   const struct {
     std::string Command;
@@ -73,14 +73,16 @@ TEST(Legacy, EachCommandSaysWhatCameOfIt) {
       {"find-port --simulate pendrel13", 0, "The Pendreader is on COM1, which is remembered.\n", "",
        "com_port "},
       {"status --simulate pendrel27", 0, "Activity and steps, a value every 60 seconds", "", status},
-      {"configure --simulate pendrel27 --mode 2 --epoch 30 --identity Zoë --gender F", 0,
-       "is configured for Zoë and starts at 2026-03-05T09:0", "",
-       "battery_life_remaining device_serial_number start_time_local records_steps "},
-      {"configure --simulate pendrel13 --mode 2 --epoch 30 --gender M", 0, "is configured for C8B1234",
-       "This model counts no steps"},
-      {"configure --simulate pendrel13 --mode 1 --epoch 15 --zone est --start '2026-03-06 10:00:30'", 0,
-       "starts at 2026-03-06T10:00:00", ""},
-      {"configure --simulate pendrel13 --mode 1 --epoch 15 --start 2026-03-20", 1, "", "Code 10007: "},
+      {"configure --simulate pendrel27 --erase --mode 2 --epoch 30 --identity Zoë --gender F", 0,
+       "  Who      Zoë, gender F\n  Mode     2, activity and steps\n  Epoch    30 seconds\n  Start    "
+       "2026-03-05 09:0",
+       "", "battery_life_remaining device_serial_number start_time_local records_steps recording "},
+      {"configure --simulate pendrel13 --erase --mode 2 --epoch 30 --gender M", 0,
+       "  Who      C8B1234, gender M", "This model counts no steps"},
+      {"configure --simulate pendrel13 --erase --mode 1 --epoch 15 --zone est --start '2026-03-06 10:00:30'",
+       0, "Start    2026-03-06 10:00 -05:00", ""},
+      {"configure --simulate pendrel13 --erase --mode 1 --epoch 15 --start 2026-03-20", 1, "",
+       "Code 10007: "},
       {"battery-date --simulate pendrel14 2026-02-01", 0, "has a battery of 2026-02-01: about 148 days", "",
        "battery_date battery_life_remaining "},
       {"export-krc --simulate pendrel27 out.krc", 0, "Written to out.krc.\n", "", "file "},

@@ -89,9 +89,10 @@ TEST(Recording, WhatWasRetrievedDecodesToTheSameEverywhere) {
     ASSERT_EQ(retrieved.Status, 0) << retrieved.Err;
     EXPECT_EQ(retrieved.Err, "");
     const Json document = Json::parse(retrieved.Out);
-    EXPECT_EQ(keysOf(document), DecodeKeys +
-                                    "bytes_received bytes_in_logger part return_code return_code_meaning "
-                                    "low_battery_detected logger subject ");
+    EXPECT_EQ(keysOf(document),
+              DecodeKeys +
+                  "bytes_received bytes_in_logger part return_code return_code_meaning ignored_warnings "
+                  "low_battery_detected logger subject ");
     EXPECT_EQ(document.at("logger").at("subject_identity"), document.at("subject").at("identity"));
     const std::string raw = box.content(model + "/raw.bin"), config = box.content(model + "/config.ini");
     EXPECT_EQ(document.at("bytes_received"), raw.size());

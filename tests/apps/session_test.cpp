@@ -8,10 +8,11 @@
 
 TEST(Session, ConfigureTellsWhatBecameOfIt) {
   const Sandbox box;
-  const std::string simulated = "configure --json --model vivid --simulate vivid --mode 5 --epoch 60 ";
+  const std::string simulated =
+      "configure --json --model vivid --simulate vivid --mode 5 --epoch 60 --erase ";
   const std::pair<const char*, int> cases[] = {
-      {"--gender F --identity 'Zoë Ünal' --initials ÅÄÖ --weight 72.25 --dob 1950-02-28 --zone est", 0},
-      {"--gender ' ' --identity ' blanks around ' --start '2026-03-06 10:00' --end 2026-03-20 --console", 0},
+      {"--gender F --identity 'Zoë Ünal' --initials ÅÄÖ --weight 72.2 --dob 1950-02-28 --zone est", 0},
+      {"--identity ' blanks around ' --start '2026-03-06 10:00' --end 2026-03-20 --console", 0},
       {"--start 2026-03-20 --end 2026-03-06", 10023},
       {"--zone XYZ", 10019}};
   for (const auto& [options, code] : cases) {
@@ -20,7 +21,7 @@ TEST(Session, ConfigureTellsWhatBecameOfIt) {
     EXPECT_EQ(outcome.Status, code == 0 ? 0 : 1);
     const Json document = Json::parse(outcome.Out);
     EXPECT_EQ(keysOf(document),
-              "return_code return_code_meaning battery_life_remaining device_serial_number ");
+              "return_code return_code_meaning battery_life_remaining device_serial_number recording ");
     EXPECT_EQ(document.at("return_code"), code);
     EXPECT_EQ(document.at("device_serial_number").is_null(), code != 0);
     EXPECT_EQ(outcome.Err.find("acq stop 0") != std::string::npos, outcome.Err != "");

@@ -13,7 +13,8 @@ TEST(Usage, EachCommandSaysWhatItCannotTake) {
       {"decode --config a --raw b --now 2026-02-29", "2026-02-29"},
       {"decode --config a --raw b --now '      2020-01-01T1'", "2020-01-01T1"}, {simulated + "--epoch 17", "--epoch"},
       {simulated + "--start 2039-01-01", "calendar"}, {simulated + "--set-time tomorrow", "tomorrow"},
-      {simulated + "--weight nan", "nan"}, {simulated + "--identity " + longName, "64"},
+      {simulated + "--weight nan", "nan"}, {simulated + "--height 1.755", "more than one decimal"},
+      {simulated + "--guid zz", "32 hexadecimal digits"}, {simulated + "--gender ' '", "one letter"}, {simulated + "--identity " + longName, "64"},
       {simulated + "--identity 日本", "Western"}};
   // clang-format on
   for (const auto& [arguments, word] : cases) {
@@ -66,9 +67,14 @@ TEST(Usage, APlainMachineGetsUsefulWords) {
   const Outcome docks = box.run("docks");
   EXPECT_EQ(docks.Status, 0);
   EXPECT_NE(docks.Out.find("Docks.INI"), std::string::npos);
-  EXPECT_NE(box.run("status --model kestrin2").Out.find("Dock Not Connected"), std::string::npos);
+  const Outcome without = box.run("status --model kestrin2");
+  EXPECT_EQ(without.Status, 1);
+  EXPECT_NE(without.Err.find("Dock Not Connected"), std::string::npos);
   const Json status = Json::parse(box.run("status --model vivid --json").Out);
-  EXPECT_EQ(keysOf(status), "return_code simple_status long_status battery_life_remaining logger subject ");
+  EXPECT_EQ(
+      keysOf(status),
+      "return_code state_known simple_status long_status battery_life_remaining retrieval logger subject ");
+  EXPECT_FALSE(status.at("state_known"));
   EXPECT_TRUE(status.at("logger").is_null());
   const Outcome retrieve = box.run("retrieve --model vivid --out none");
   EXPECT_EQ(retrieve.Status, 1);

@@ -2,8 +2,7 @@
 
 #include <filesystem>
 
-#include "cli/cli.h"
-#include "simulator/bench.h"
+#include "apps/desk.h"
 #include "support/surroundings.h"
 #include "words/meanings.h"
 
@@ -17,20 +16,7 @@ using hy_wristlog::TemporaryFolder;
 const std::string Hostile = "\x1B[2J\r\nForged\x9D";
 
 /// All that a command tells people, run in the thread's world.
-std::string told(const std::vector<std::string>& arguments) {
-  CommandLine cli;
-  addCommands(cli);
-  std::vector<std::string> words = arguments;
-  words.insert(words.begin(), "wristlog");
-  std::vector<char*> pointers;
-  pointers.reserve(words.size());
-  for (std::string& word : words) pointers.push_back(word.data());
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
-  cli.run(static_cast<int>(pointers.size()), pointers.data());
-  const std::string out = testing::internal::GetCapturedStdout();
-  return out + testing::internal::GetCapturedStderr();
-}
+std::string told(const std::vector<std::string>& arguments) { return runHere(arguments).all(); }
 
 void expectHarmless(const std::vector<std::string>& arguments, const std::string& seen) {
   std::string command;
@@ -92,9 +78,9 @@ TEST(Words, ALoggersTextsCommandNoTerminalAndForgeNoLine) {
     expectHarmless({"raw", "load", folder / (Hostile + "dump"), "--force", "--out", made + ".raw"}, shown);
     expectHarmless({"config", "export", made, "--out", folder / "x.ini"}, "holds a line break");
     expectHarmless({"config", "import", made, "--ini", config, "--out", made + ".ini"}, shown);
-    expectHarmless(
-        {"configure", "--model", model, "--mode", vivid ? "5" : "3", "--epoch", "60", "--identity", Hostile},
-        shown);
+    expectHarmless({"configure", "--model", model, "--mode", vivid ? "5" : "3", "--epoch", "60", "--erase",
+                    "--identity", Hostile},
+                   shown);
   }
   expectHarmless({"raw", "dump", made + "none", "--out", folder / "x"}, shown);
   expectHarmless({"status", "--model", Hostile}, "vivid");
@@ -119,10 +105,6 @@ struct BrokenLink {
   std::string content(const std::string& name) { return hy_wristlog::contentOf(folder / name); }
   bool has(const std::string& name) { return std::filesystem::exists(folder / name); }
 };
-
-void expectIn(const std::string& text, const std::vector<std::string>& words) {
-  for (const std::string& each : words) EXPECT_NE(text.find(each), std::string::npos) << each << "\n" << text;
-}
 
 TEST(BrokenRetrieval, KeepsTheBeginningUntilTheWholeComes) {
   BrokenLink desk;
@@ -233,7 +215,8 @@ TEST(Words, APendrelsTextsDoNeither) {
   setup.Subject = unreadable;
   bench.Logger->setUp(setup);
   expectHarmless({"legacy", "status"}, "  S" + seen);
-  expectHarmless({"legacy", "configure", "--mode", "1", "--epoch", "60", "--identity", Hostile}, seen);
+  expectHarmless({"legacy", "configure", "--mode", "1", "--epoch", "60", "--erase", "--identity", Hostile},
+                 seen);
 }
 
 }  // namespace

@@ -203,12 +203,16 @@ void CommandLine::addSubject(CLI::App* sub, SubjectOptions& subject, const Subje
          "Who wears it, " + std::to_string(limits.IdentityLength) + " characters; else the serial number")
       ->check(storableIn(limits.IdentityLength));
   sub->add_option("--initials", subject.Initials, "Three letters")->check(storableIn(3));
-  sub->add_option("--gender", subject.Gender, limits.GenderHelp)->check(storableIn(1));
+  sub->add_option("--gender", subject.Gender, "One letter from A to Z; else X, not told")->check(validGender);
   sub->add_option("--dob", subject.BirthDate, "Date of birth, yyyy-mm-dd")->check(limits.BirthDate);
   sub->add_option("--height", subject.Height, "To one decimal, in a unit of your choice")->check(limits.Size);
   sub->add_option("--weight", subject.Weight, "To one decimal, in a unit of your choice")->check(limits.Size);
-  sub->add_option("--guid", subject.Guid, "Identifier of the subject, 32 characters; else a new one")
-      ->check(limits.Guid);
+  sub->add_option("--guid", subject.Guid, "Identifier of the subject, 32 hexadecimal digits; else a new one")
+      ->check(validGuid);
+}
+
+void CommandLine::addErase(CLI::App* sub, bool& erase) {
+  sub->add_flag("--erase", erase, "Erase what the logger has recorded, also when you have not retrieved it");
 }
 
 CLI::Option* CommandLine::addFolder(CLI::App* sub, std::string& folder, bool& force,

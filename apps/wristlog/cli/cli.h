@@ -25,10 +25,8 @@ inline const std::vector<std::string> VardenModels{"vivid", "kestrin2"};
 /// The limits of a subject's values that a family of loggers can keep.
 struct SubjectLimits {
   std::size_t IdentityLength;
-  const char* GenderHelp;
   std::string (*BirthDate)(const std::string&);
   std::string (*Size)(const std::string&);
-  std::function<std::string(const std::string&)> Guid;
 };
 
 /// The command line. Groups of commands add themselves to it, and `run` runs the one that was asked for.
@@ -62,6 +60,8 @@ class CommandLine {
   static void addModel(CLI::App* sub, std::string& model);
   static void addAttempts(CLI::App* sub, std::int16_t& attempts);
   static void addSubject(CLI::App* sub, SubjectOptions& subject, const SubjectLimits& limits);
+  /// Adds "--erase", for commands that erase what a logger has recorded.
+  static void addErase(CLI::App* sub, bool& erase);
   /// Adds "--out", the folder for a recording's files, and "--force".
   static CLI::Option* addFolder(CLI::App* sub, std::string& folder, bool& force,
                                 const char* description = "Folder for the recording's files");

@@ -1,6 +1,8 @@
 #include "cli/cli_checks.h"
 
 #include <charconv>
+#include <cmath>
+#include <optional>
 #include <system_error>
 
 #include "engineering/dates.h"
@@ -13,14 +15,28 @@ namespace engineering = hy_wristlog::engineering;
 
 namespace {
 
-/// Checks for a number from 0 to `most`; "nan" is outside too.
-std::string validNumber(const std::string& text, double most, const char* words) {
+std::optional<double> numberOf(const std::string& text) {
   double value = 0;
   const char* const last = text.data() + text.size();
   const auto [end, error] = std::from_chars(text.data(), last, value);
-  return error == std::errc{} && end == last && value >= 0 && value <= most
-             ? std::string()
-             : "\"" + text + "\" is no number from 0 to " + words;
+  return error == std::errc{} && end == last ? std::optional(value) : std::nullopt;
+}
+
+/// Checks for a number from 0 to `most`; "nan" is outside too.
+std::string validNumber(const std::string& text, double most, const char* words) {
+  const auto value = numberOf(text);
+  return value && *value >= 0 && *value <= most ? std::string()
+                                                : "\"" + text + "\" is no number from 0 to " + words;
+}
+
+/// The same for what a logger keeps to one decimal.
+std::string validTenths(const std::string& text, double most, const char* words) {
+  constexpr double Noise = 1e-6;
+  std::string problem = validNumber(text, most, words);
+  if (!problem.empty()) return problem;
+  const double tenths = *numberOf(text) * 10;
+  if (std::abs(tenths - std::round(tenths)) < Noise) return {};
+  return "\"" + text + "\" has more than one decimal, and the logger keeps one: choose a smaller unit";
 }
 
 std::string validDay(const std::string& text, const char* first, const char* last) {
@@ -59,15 +75,21 @@ std::string validPendrelBirthDate(const std::string& text) {
   return validDay(text, "1899-12-30", "2079-06-05");
 }
 
-std::string validPendrelGuid(const std::string& text) {
+std::string validGuid(const std::string& text) {
   constexpr std::size_t Digits = 32;
   if (text.size() == Digits && text.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos)
     return {};
   return "\"" + text + "\" is not 32 hexadecimal digits";
 }
 
-std::string validPendrelSize(const std::string& text) { return validNumber(text, 6553.5, "6553.5"); }
-std::string validSize(const std::string& text) { return validNumber(text, 9999.9, "9999.9"); }
+std::string validGender(const std::string& text) {
+  const bool isLetter =
+      text.size() == 1 && ((text[0] >= 'A' && text[0] <= 'Z') || (text[0] >= 'a' && text[0] <= 'z'));
+  return isLetter ? "" : "\"" + text + "\" is not one letter from A to Z";
+}
+
+std::string validPendrelSize(const std::string& text) { return validTenths(text, 6553.5, "6553.5"); }
+std::string validSize(const std::string& text) { return validTenths(text, 9999.9, "9999.9"); }
 std::string validSpeed(const std::string& text) { return validNumber(text, 1000, "1000"); }
 
 std::string validFile(const std::string& text) {

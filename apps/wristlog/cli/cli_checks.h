@@ -13,11 +13,13 @@ std::string validDate(const std::string& text);
 std::string validLoggerTime(const std::string& text);
 /// A date of birth that a Pendrel logger can keep: 16 bits of days from 1899-12-30.
 std::string validPendrelBirthDate(const std::string& text);
+/// One letter from A to Z, small or capital. Other characters can mean "none" to a logger.
+std::string validGender(const std::string& text);
 /// 32 hexadecimal digits.
-std::string validPendrelGuid(const std::string& text);
-/// A height or a weight that a Pendrel logger can keep: 16 bits of tenths.
+std::string validGuid(const std::string& text);
+/// A height or a weight that a Pendrel logger can keep: 16 bits of tenths. More decimals are refused.
 std::string validPendrelSize(const std::string& text);
-/// A height or a weight, 0 to 9999.9.
+/// A height or a weight, 0 to 9999.9 in tenths.
 std::string validSize(const std::string& text);
 /// A factor of the speed of time, 0 to 1000.
 std::string validSpeed(const std::string& text);

@@ -35,7 +35,7 @@ class PendrelCommand {
 };
 
 void addConfigure(CommandLine& cli, CLI::App* group) {
-  const SubjectLimits limits{23, "One letter", validPendrelBirthDate, validPendrelSize, validPendrelGuid};
+  const SubjectLimits limits{23, validPendrelBirthDate, validPendrelSize};
   auto options = std::make_shared<PendrelConfigureOptions>();
   const PendrelCommand command(cli, group, "configure", "Prepare the logger for a recording; takes a minute",
                                [&cli, options](const ReaderOptions& reader) {
@@ -56,9 +56,12 @@ void addConfigure(CommandLine& cli, CLI::App* group) {
       ->add_option("--start", options->Start,
                    "Local start, yyyy-mm-ddThh:mm, within 32896 epochs; else as soon as possible")
       ->check(validLoggerTime);
-  command.app->add_flag("--keep-memory", options->KeepMemory, "Do not clear the memory first");
+  command.app->add_flag("--keep-memory", options->KeepMemory,
+                        "Do not clear the memory first; the new recording writes over it all the same");
+  CommandLine::addErase(command.app, options->Erase);
   command.app->footer(
-      "Example: wristlog legacy configure --mode 1 --epoch 30 --identity \"Subject 17\" --gender F");
+      "Example: wristlog legacy configure --mode 1 --epoch 30 --identity \"Subject 17\" --gender F\n"
+      "A recording that you have not retrieved is not erased, unless --erase is given.");
 }
 
 void addRetrieve(CommandLine& cli, CLI::App* group) {
@@ -72,7 +75,7 @@ void addRetrieve(CommandLine& cli, CLI::App* group) {
   command.app->add_flag("--repair", options->Repair, "Fill gaps in the set-up in place of refusing it");
   command.app->footer(
       "Example: wristlog legacy retrieve --out subject-17\n"
-      "The recording stays in the logger until it is configured again.");
+      "The recording stays in the logger, which goes on recording, until it is configured again.");
 }
 
 void addBatteryDate(CommandLine& cli, CLI::App* group) {

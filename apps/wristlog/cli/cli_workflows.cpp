@@ -33,8 +33,7 @@ void addStatus(CommandLine& cli) {
 }
 
 void addConfigure(CommandLine& cli) {
-  const SubjectLimits limits{64, "One letter; without one, retrieve warns", validDate, validSize,
-                             storableIn(32)};
+  const SubjectLimits limits{64, validDate, validSize};
   auto options = std::make_shared<ConfigureOptions>();
   CLI::App* sub = cli.add("configure", "Prepare the docked logger for a recording",
                           [&cli, options] { return runConfigure(cli.Common, *options); });
@@ -49,6 +48,7 @@ void addConfigure(CommandLine& cli) {
   CommandLine::addSubject(sub, options->Subject, limits);
   sub->add_option("--zone", options->Zone, "Three letters, see 'wristlog zones'; else the machine's zone");
   sub->add_flag("--no-daylight", options->NoDaylight, "Do not adjust for daylight time");
+  CommandLine::addErase(sub, options->Erase);
   sub->add_option("--set-time", options->SetTime, "Local time for the logger's clock; else now")
       ->check(validLoggerTime);
   sub->add_option("--start", options->Start, "Local start, yyyy-mm-ddThh:mm; else as soon as possible")
@@ -62,12 +62,13 @@ void addConfigure(CommandLine& cli) {
   CommandLine::addAttempts(sub, options->Attempts);
   cli.addLink(sub);
   sub->footer(
-      "Example: wristlog configure --model vivid --mode 5 --epoch 60 --identity \"Subject 17\" --gender F");
+      "Example: wristlog configure --model vivid --mode 5 --epoch 60 --identity \"Subject 17\" --gender F\n"
+      "A recording that you have not retrieved is not erased, unless --erase is given.");
 }
 
 void addRetrieve(CommandLine& cli) {
   auto options = std::make_shared<RetrieveOptions>();
-  CLI::App* sub = cli.add("retrieve", "Read and decode the docked logger's recording",
+  CLI::App* sub = cli.add("retrieve", "End the docked logger's recording, read and decode it",
                           [&cli, options] { return runRetrieve(cli.Common, *options); });
   CommandLine::addModel(sub, options->Model);
   CommandLine::addFolder(sub, options->Folder, options->Force)->required();
@@ -76,7 +77,8 @@ void addRetrieve(CommandLine& cli) {
   cli.addLink(sub);
   sub->footer(
       "Example: wristlog retrieve --model vivid --out subject-17\n"
-      "The recording stays in the logger until it is configured again.");
+      "It ends the running recording: the logger records again when it is configured. What it has recorded "
+      "stays\nin it until then.");
 }
 
 void addDecode(CommandLine& cli) {

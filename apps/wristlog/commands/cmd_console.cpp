@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "commands/commands.h"
+#include "commands/held_recording.h"
 #include "commands/retrieval.h"
 #include "debugger/debugger_host.h"
 #include "debugger/watched_world.h"
@@ -61,7 +62,9 @@ Result retrieveRecording(hw::Class_Main& main, const ConsoleOptions& options) {
   if (RecordingFiles files(options.Folder, options.Force); !options.Folder.empty() && recording.isThere()) {
     files.replacePart();
     const auto place = recording.placeFor(files);
+    const HeldRecording held = heldBy(*retrieval.Logger);
     if (place) recording.write(*place);
+    if (recording.isSound()) noteRetrieval(held, place.value_or(files).folder());
     result.Words +=
         place ? " Written to " + place->folder() + "." : " " + options.Folder + " was left as it is.";
   }

@@ -1,6 +1,7 @@
 #include <nlohmann/json.hpp>
 
 #include "commands/commands.h"
+#include "commands/inquiry.h"
 #include "engineering/docks.h"
 #include "recording/json_output.h"
 #include "session/process.h"
@@ -10,19 +11,9 @@
 
 namespace wristlog {
 
-namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
 
 namespace {
-
-std::string simpleStatus(Session& session, hw::enmLoggerPointer model) {
-  std::string simple, full;
-  std::shared_ptr<hw::Class_VardenLogger> logger;
-  std::shared_ptr<hw::Class_Subject> subject;
-  session.main().GetStatus(model, simple, full, logger, subject);
-  session.endProgress();
-  return simple;
-}
 
 void printDock(const engineering::DockView& dock, const std::string& state) {
   say() << dock.Words << ": ";
@@ -47,7 +38,7 @@ int runDocks(const CommonOptions& common) {
   for (const engineering::DockView& dock : engineering::docks()) {
     std::string state;
     anyDock = anyDock || dock.Connected > 0;
-    if (dock.Connected == 1 && dock.Port > 0) state = simpleStatus(session, dock.Model);
+    if (dock.Connected == 1 && dock.Port > 0) state = askStatus(session, dock.Model).Simple;
     requireNotStopped();
     if (session.asJson())
       list.push_back({{"model", dock.Words},

@@ -1,6 +1,7 @@
 
 
 #include <nlohmann/json.hpp>
+#include "commands/held_recording.h"
 #include "commands/pendrel_commands.h"
 #include "engineering/dates.h"
 #include "engineering/files.h"
@@ -103,7 +104,8 @@ void tellRetrieved(const Speech& out, const hw::Class_Pendrel& logger, const std
     out << counted(logger.Get_Samples(), "epoch") << " of " << counted(logger.Get_EpochLength(), "second")
         << ", " << counted(logger.Get_MarkerCount(), "marker") << ", from logger "
         << logger.Get_SerialNumber() << ".\n";
-  out << "Written to " << place << ".\n";
+  out << "Written to " << place << ".\n"
+      << "The logger was not stopped: if it was recording, it still is.\n";
 }
 
 }  // namespace
@@ -120,6 +122,7 @@ int runPendrelRetrieve(const CommonOptions& common, const ReaderOptions& reader,
   const hw::PendrelDetails details = session.workflows().Details();
   const bool good = result.Code == 0;
   writeFiles(files, session, details, result);
+  if (good) noteRetrieval(heldBy(session.logger()), options.Folder);
   const bool drawn = !good || drawPictures(files, session.logger(), details.DeviceText);
   Json facts = good ? recordingJson(session.logger()) : Json::object();
   facts["battery_life_remaining"] =
@@ -143,6 +146,7 @@ int runPendrelExport(const CommonOptions& common, const ReaderOptions& reader,
   PendrelSession session(common, reader);
   std::int32_t code = retrieve(session, reader.Search, options.Repair).Code;
   if (code == 0) code = session.workflows().fncWriteKRCfile(options.File);
+  if (code == 0) noteRetrieval(heldBy(session.logger()), options.File);
   return session.end(
       code, {{"file", code == 0 ? Json(options.File) : Json()}},
       [&](const Speech& out) { tellRetrieved(out, session.logger(), options.File); },

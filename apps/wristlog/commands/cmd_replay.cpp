@@ -67,6 +67,14 @@ void addPort(const SessionRecord& record, Arguments& arguments) {
   addOption(arguments, {"--port", std::to_string(opened->Number)});
 }
 
+/// Whether it is a `configure` that was not refused. What this user had retrieved by then is not in the
+/// record.
+bool wasAllowed(const SessionRecord& record, const Arguments& arguments) {
+  const bool configures = arguments[arguments[0] == "legacy" && arguments.size() > 1 ? 1 : 0] == "configure";
+  const bool refused = record.Failed && record.Failed->Number == hw::FailureNumber::FileExists;
+  return configures && !refused && !has(arguments, "--erase");
+}
+
 bool usesPort(const SessionRecord& record) {
   return std::any_of(record.Events.begin(), record.Events.end(),
                      [](const platform::WireEvent& event) { return platform::isSaid(event.Kind); });
@@ -82,6 +90,7 @@ Arguments commandOf(const SessionRecord& record) {
   Arguments arguments = withoutOwnWorld(record.Arguments);
   if (record.Redacted) addOption(arguments, {"--redact"});
   if (name == "legacy") addPort(record, arguments);
+  if (wasAllowed(record, arguments)) addOption(arguments, {"--erase"});
   return arguments;
 }
 

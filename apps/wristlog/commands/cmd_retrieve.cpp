@@ -2,6 +2,7 @@
 #include <optional>
 
 #include "commands/commands.h"
+#include "commands/held_recording.h"
 #include "commands/retrieval.h"
 #include "recording/json_output.h"
 #include "recording/recording_files.h"
@@ -47,31 +48,37 @@ Json documentOf(const Retrieval& retrieval, const RetrievedRecording& recording,
   if (recording.part()) document.update(partJson(*recording.part()));
   document["return_code"] = retrieval.Code;
   document["return_code_meaning"] = meaning;
+  document["ignored_warnings"] = ignoredWarnings(retrieval);
   document["low_battery_detected"] = retrieval.LowBattery;
   document["logger"] = loggerJson(*retrieval.Logger);
   document["subject"] = subjectJson(*retrieval.Subject);
   return document;
 }
 
-void tell(const Retrieval& retrieval, const RetrievedRecording& recording, const std::string& meaning,
-          const std::string& asked, const std::optional<RecordingFiles>& place) {
-  const Speech out = retrieval.Code == 0 ? say() : complain();
-  if (retrieval.Code != 0) out << "Code " << retrieval.Code << ": " << meaning << '\n';
-  if (retrieval.Verdict) out << verdictWords(retrieval) << '\n';
-  if (retrieval.LowBattery) out << "The logger's battery is low.\n";
-  if (recording.part())
-    out << "The beginning of the recording came: " << wordsFor(*recording.part()) << ".\n";
-  if (!place) {
-    if (recording.isThere())
-      out << asked << " was left as it is: it holds as much of the recording already.\n";
-    return;
-  }
-  const std::string& folder = place->folder();
+void tellPlace(const Speech& out, const RetrievedRecording& recording, const std::string& asked,
+               const std::string& folder) {
   if (folder != asked) out << asked << " holds another recording, and was left as it is.\n";
   out << "Written to " << folder << ".\n";
   if (recording.part())
     out << "'wristlog decode " << folder << "' and 'wristlog plot " << folder
         << "' show it. A whole retrieval into " << folder << " replaces it.\n";
+}
+
+void tell(const Retrieval& retrieval, const RetrievedRecording& recording, const std::string& meaning,
+          const std::string& asked, const std::optional<RecordingFiles>& place) {
+  const bool good = retrieval.isGood();
+  const Speech out = good ? say() : complain();
+  if (!good) out << "Code " << retrieval.Code << ": " << meaning << '\n';
+  for (const std::string& warning : ignoredWarnings(retrieval))
+    out << "Warning, ignored: " << warning << '\n';
+  if (retrieval.Verdict) out << verdictWords(retrieval) << '\n';
+  if (retrieval.LowBattery) out << "The logger's battery is low.\n";
+  if (recording.part())
+    out << "The beginning of the recording came: " << wordsFor(*recording.part()) << ".\n";
+  if (!place && recording.isThere())
+    out << asked << " was left as it is: it holds as much of the recording already.\n";
+  if (place) tellPlace(out, recording, asked, place->folder());
+  if (good) out << "The logger has stopped recording. Configure it to record again.\n";
 }
 
 }  // namespace
@@ -89,8 +96,11 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
 
   RetrievedRecording recording(*retrieval.Logger, retrieval.Verdict, retrieval.LowBattery);
   const std::string meaning = judge(retrieval, recording, model, interruptRequested());
+  const HeldRecording held = heldBy(*retrieval.Logger);
   const Written written = write(retrieval, recording, files);
-  if (retrieval.Code != 0) session.writeRecord(written.Place.value_or(files), retrieval.Code, meaning);
+  // Without a place its folder holds all of it already.
+  if (recording.isSound()) noteRetrieval(held, written.Place.value_or(files).folder());
+  if (!retrieval.isGood()) session.writeRecord(written.Place.value_or(files), retrieval.Code, meaning);
   if (session.asJson()) {
     Json document = documentOf(retrieval, recording, meaning);
     if (written.Place && written.Place->folder() != options.Folder)
@@ -99,7 +109,7 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   } else {
     tell(retrieval, recording, meaning, options.Folder, written.Place);
   }
-  return retrieval.Code == 0 && written.Drawn ? Good : Unsuccessful;
+  return retrieval.isGood() && written.Drawn ? Good : Unsuccessful;
 }
 
 }  // namespace wristlog

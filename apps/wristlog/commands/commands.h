@@ -26,7 +26,7 @@ struct ConfigureOptions {
   std::int32_t Mode = 0, EpochLength = 0;
   SubjectOptions Subject;
   std::string Zone;
-  bool NoDaylight = false;
+  bool NoDaylight = false, Erase = false;
   std::string SetTime, Start, End;
   std::string DateFormat = "mmdd", TimeFormat = "24";
   std::int16_t Attempts = 1;

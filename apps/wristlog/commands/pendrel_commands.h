@@ -12,7 +12,7 @@ struct PendrelConfigureOptions {
   std::int32_t Mode = 0, EpochLength = 0;
   SubjectOptions Subject;
   std::string Zone, Start;
-  bool NoDaylight = false, KeepMemory = false;
+  bool NoDaylight = false, KeepMemory = false, Erase = false;
 };
 
 struct PendrelRetrieveOptions {

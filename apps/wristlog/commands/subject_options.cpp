@@ -7,6 +7,9 @@
 namespace wristlog {
 namespace {
 
+/// Without a letter a retrieval ends with a warning. The same letter stands in records that name nobody.
+constexpr const char* UntoldGender = "X";
+
 float tenths(float value) { return std::round(value * 10) / 10; }
 
 std::string trimmed(const std::string& text) {
@@ -27,8 +30,8 @@ hy_wristlog::Class_Subject subjectFrom(const SubjectOptions& options) {
   hy_wristlog::Class_Subject subject;
   subject.Let_Identity(trimmed(options.Identity));
   subject.Let_Initials(trimmed(options.Initials));
-  subject.Let_Gender(trimmed(options.Gender));
-  subject.Let_GUID(trimmed(options.Guid));
+  subject.Let_Gender(options.Gender.empty() ? UntoldGender : options.Gender);
+  subject.Let_GUID(options.Guid);
   subject.Let_Height(tenths(options.Height));
   subject.Let_Weight(tenths(options.Weight));
   if (!options.BirthDate.empty()) subject.Let_DOB(hy_wristlog::engineering::dateFromText(options.BirthDate));

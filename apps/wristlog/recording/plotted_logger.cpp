@@ -125,6 +125,11 @@ void addWarnings(picture::PlottedRecording& plot, const DecodedRecording& record
 
 }  // namespace
 
+std::string modeWords(const hw::Class_VardenLogger& logger) {
+  const hw::LoggingMode* mode = hw::findLoggingMode(logger.Get_DeviceType(), logger.Get_AcquisitionMode());
+  return mode != nullptr ? modeWords(*mode) : std::string();
+}
+
 picture::PlottedRecording plottedRecording(DecodedRecording recording) {
   // A picture must not depend on how long ago a sound recording ended.
   if (recording.Result == hw::Decode_TooLongSinceLastAcqStop) recording.Result = hw::Decode_OK;

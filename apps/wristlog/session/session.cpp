@@ -105,6 +105,8 @@ void Session::writeRecord(const RecordingFiles& files, std::int32_t code, const 
   }
 }
 
+std::shared_ptr<hy_wristlog::Class_VardenLogger> Session::logger() const { return host_->logger(); }
+
 std::optional<std::int16_t> Session::simulatedPort() const {
   if (!bench_) return std::nullopt;
   return static_cast<std::int16_t>(bench_->Dock->comPort());

@@ -29,6 +29,8 @@ class Session {
   Session& operator=(const Session&) = delete;
 
   hy_wristlog::Class_Main& main() { return *main_; }
+  /// The logger of the last workflow; null before the first.
+  std::shared_ptr<hy_wristlog::Class_VardenLogger> logger() const;
   bool asJson() const { return options_.AsJson; }
   /// Leaves the record of a session that failed with `code` in session.log beside `files`, and tells where.
   void writeRecord(const RecordingFiles& files, std::int32_t code, const std::string& meaning);

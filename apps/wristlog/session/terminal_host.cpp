@@ -51,6 +51,7 @@ hy_wristlog::MessageBoxButton TerminalHost::showMessageBox(std::string_view titl
 }
 
 void TerminalHost::workflowStarted(const std::shared_ptr<hy_wristlog::Class_VardenLogger>& logger) {
+  logger_ = logger;
   if (showProgress_) logger->subscribe(std::make_shared<ProgressEvents>(*this));
 }
 

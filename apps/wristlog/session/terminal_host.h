@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "hy_wristlog/Class_Main.h"
@@ -18,6 +19,8 @@ class TerminalHost : public hy_wristlog::Host, private hy_wristlog::ConsoleSink 
   /// Sets whom Ctrl-C aborts; null for nobody.
   void attach(hy_wristlog::Class_Main* main) { main_ = main; }
   void endProgress();
+  /// The logger of the last workflow; null before the first.
+  const std::shared_ptr<hy_wristlog::Class_VardenLogger>& logger() const { return logger_; }
 
   void serveEvents() override;
   /// Shows the text. A question is answered by its default, since nobody can answer it here.
@@ -38,6 +41,7 @@ class TerminalHost : public hy_wristlog::Host, private hy_wristlog::ConsoleSink 
   void showReceiveCount(std::int32_t) override {}
 
   hy_wristlog::Class_Main* main_ = nullptr;
+  std::shared_ptr<hy_wristlog::Class_VardenLogger> logger_;
   std::function<void()> onStop_;
   bool showConsole_;
   bool showProgress_;
