@@ -1,0 +1,119 @@
+#include <algorithm>
+#include <filesystem>
+#include <regex>
+#include <sstream>
+
+#include "apps/desk.h"
+#include "support/surroundings.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace sim = hy_wristlog::simulator;
+using namespace std::chrono_literals;
+
+struct Example {
+  std::string File, Command;
+  std::string Number;  ///< of the failure or return code that the document shows, or empty
+};
+
+/// The commands of a document in their order: indented lines, or those of the man page's examples.
+std::vector<Example> examplesIn(const fs::path& file) {
+  const bool isManual = file.extension() == ".1";
+  const std::regex command(isManual ? "(wristlog .*)" : R"(    (?:\$ )?(wristlog .*))");
+  const std::regex trouble(R"( {4}.*(?:Code |\(failure )(\d+).*)");
+  std::vector<Example> examples;
+  std::istringstream lines(hy_wristlog::contentOf(file));
+  std::smatch found;
+  bool shows = false, isExample = !isManual;
+  for (std::string line; std::getline(lines, line);) {
+    if (isManual && line.starts_with(".")) isExample = line == ".nf";
+    if (isExample && std::regex_match(line, found, command)) {
+      examples.push_back({file.filename(), std::regex_replace(found.str(1), std::regex(R"(\\-)"), "-"), ""});
+      shows = true;
+    } else if (shows && std::regex_match(line, found, trouble)) {
+      examples.back().Number = found.str(1);
+    } else if (!line.starts_with("    ")) {
+      shows = false;
+    }
+  }
+  return examples;
+}
+
+std::vector<Example> allExamples() {
+  const fs::path root = fs::path(TEST_DATA) / "../..";
+  std::vector<fs::path> files{root / "README.md", root / "packaging/wristlog.1"}, documents;
+  for (const auto& entry : fs::directory_iterator(root / "docs"))
+    if (entry.path().extension() == ".md") documents.push_back(entry.path());
+  std::sort(documents.begin(), documents.end());
+  files.insert(files.end(), documents.begin(), documents.end());
+  std::vector<Example> examples;
+  for (const fs::path& file : files)
+    for (const Example& example : examplesIn(file)) examples.push_back(example);
+  return examples;
+}
+
+/// A machine with a new Kestrin Vivid in its dock and a new Pendrel in its reader. Who configures one wears it
+/// for some hours and docks it again. Each document has a folder, in which the recordings that it names are
+/// already there unless it makes them.
+class DocumentedDesk {
+ public:
+  DocumentedDesk() : former_(fs::current_path()) {
+    desk_.bench.World->addDock(sim::PendrelBenchOptions{}.Dock).insert(pendrel_);
+  }
+  ~DocumentedDesk() { fs::current_path(former_); }
+  DocumentedDesk(const DocumentedDesk&) = delete;
+  DocumentedDesk& operator=(const DocumentedDesk&) = delete;
+
+  Told run(const Example& example) {
+    const fs::path here = fs::path(folder_.path()) / example.File;
+    fs::create_directories(here);
+    fs::current_path(here);
+    std::vector<std::string> words = shellWords(example.Command);
+    words.erase(words.begin());
+    for (std::size_t i = 1; i < words.size(); ++i)
+      if (words[i - 1] != "--out") provide(words[i]);
+    Told told = runHere(words);
+    const bool done = told.Status == 0 && example.Command.find("--simulate") == std::string::npos;
+    if (done && words[0] == "configure") desk_.bench.Logger->wear(5h);
+    if (done && words[0] == "legacy" && words[1] == "configure") pendrel_.wear(5h);
+    return told;
+  }
+
+ private:
+  static void provide(const std::string& name) {
+    if (fs::exists(name)) return;
+    const std::string folder = name.substr(0, name.find('/'));
+    if (folder == "monday" && !fs::exists(folder)) make("vivid", folder);
+    if (name == "tuesday" || name == "bench") make("kestrin2", name);
+    if (name == "cut.bin")
+      hy_wristlog::putFile(fs::current_path() / name, hy_wristlog::contentOf("monday/raw.bin").substr(0, 100));
+  }
+  static void make(const std::string& model, const std::string& folder) {
+    const std::string options = "retrieve --model " + model + " --simulate " + model + " --out " + folder;
+    EXPECT_EQ(runHere(options).Status, 0);
+  }
+
+  hy_wristlog::TemporaryFolder folder_;
+  fs::path former_;
+  Desk<sim::Bench> desk_{sim::makeVividBench()};
+  sim::SimulatedPendrel& pendrel_ = desk_.bench.World->addPendrel({});
+};
+
+TEST(Documents, EveryCommandInThemDoesWhatTheyShow) {
+  const std::vector<Example> examples = allExamples();
+  EXPECT_GT(examples.size(), 30U);
+  DocumentedDesk desk;
+  for (const Example& example : examples) {
+    SCOPED_TRACE(example.File + ": " + example.Command);
+    const Told told = desk.run(example);
+    if (example.Command.starts_with("wristlog console")) {
+      EXPECT_NE(told.Err.find("terminal"), std::string::npos) << told.Err;
+      continue;
+    }
+    EXPECT_EQ(told.Status, example.Number.empty() ? 0 : 1) << told.all();
+    EXPECT_NE(told.all().find(example.Number), std::string::npos) << told.all();
+  }
+}
+
+}  // namespace
