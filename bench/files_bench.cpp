@@ -68,7 +68,7 @@ void seriesCsv(benchmark::State& state) {
   saveOneMebibyte(state, static_cast<int>(state.range(0)),
                   [](const Class_VardenLogger& logger, const std::string& path) {
                     const auto file = platform::current().files().create(path);
-                    wristlog::addSeriesCsv(*file, logger);
+                    wristlog::addSeriesCsv([&](std::string_view text) { file->add(text); }, logger);
                     file->finish();
                   });
 }

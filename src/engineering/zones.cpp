@@ -7,6 +7,7 @@
 #include "base/faults.h"
 #include "base/inside.h"
 #include "engineering/dates.h"
+#include "platform/zone_catalogue.h"
 #include "start_up/start_up.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "varden/VardenLogger.h"
@@ -14,11 +15,15 @@
 namespace hy_wristlog::engineering {
 namespace {
 
+bool hasDaylight(const Class_TimeZoneInfo& zone) {
+  return zone.DaylightDate.wMonth != 0 && zone.StandardDate.wMonth != 0;
+}
+
 std::vector<OffsetPeriod> offsetsOf(const Class_TimeZoneInfo& zone, bool daylight, double fromUtc,
                                     double toUtc) {
   const std::int32_t standard = -zone.Bias;
   std::vector<OffsetPeriod> periods{{fromUtc, standard}};
-  if (!daylight || zone.DaylightDate.wMonth == 0 || zone.StandardDate.wMonth == 0) return periods;
+  if (!daylight || !hasDaylight(zone)) return periods;
 
   std::vector<OffsetPeriod> changes;
   const std::int32_t lastYear = civilFromDate(toUtc).Year + 1;
@@ -46,6 +51,13 @@ std::string isoAt(double utc, std::int32_t minutes) {
                  Class_TimeZoneTools::fncFormatOffset(fault::narrow<std::int16_t>(minutes)));
 }
 
+std::string ianaZone(const TimeZoneRef& zone, bool adjusts) {
+  if (!zone || (hasDaylight(*zone) && !adjusts)) return {};
+  for (const platform::CatalogueZone& row : platform::zoneCatalogue())
+    if (row.Key == zone->KeyName) return std::string(row.TzName);
+  return {};
+}
+
 }  // namespace
 
 std::vector<ZoneView> zones() {
@@ -63,7 +75,7 @@ std::vector<ZoneView> zones() {
     view.StandardName = zone->StandardName;
     view.Bias = zone->Bias;
     view.DaylightBias = zone->DaylightBias;
-    view.HasDaylight = zone->DaylightDate.wMonth != 0 && zone->StandardDate.wMonth != 0;
+    view.HasDaylight = hasDaylight(*zone);
     view.OffsetNow = static_cast<std::int32_t>(
         minutesBetween(utc, Class_TimeZoneTools::fncUTCToLocalDate(utc, *zone, true)));
     view.DaylightNow = view.OffsetNow != -zone->Bias;
@@ -128,6 +140,19 @@ std::optional<ClockSkip> skipAt(const Class_TimeZoneInfo& zone, double local) {
 std::string zoneName(const Class_VardenLogger& logger) {
   const TimeZoneRef& zone = Inside::of(logger).record.TimeZone;
   return zone ? zone->DisplayName : std::string{};
+}
+
+std::string ianaZone(const Class_VardenLogger& logger) {
+  const VardenRecord& record = Inside::of(logger).record;
+  return ianaZone(record.TimeZone, record.AutoDSTadjust);
+}
+
+std::string ianaZone(const Class_Pendrel& logger) {
+  const TimeZoneRef zone = TimeZoneTools().fncGetTZIfromAbbrev(logger.Get_TimeZoneAbbrev());
+  const double start = startUtc(logger);
+  if (!zone || start == UnknownDate) return {};
+  const auto periods = offsetsOf(*zone, logger.Get_AutoDSTadjust(), start, start);
+  return periods.front().Minutes == logger.Get_GMToffset() ? ianaZone(zone, logger.Get_AutoDSTadjust()) : "";
 }
 
 }  // namespace hy_wristlog::engineering

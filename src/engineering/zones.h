@@ -65,4 +65,10 @@ std::optional<ClockSkip> skipAt(const Class_TimeZoneInfo& zone, double local);
 /// The name of the logger's zone; empty when it has none.
 std::string zoneName(const Class_VardenLogger& logger);
 
+/// The zone of the tz database whose rule the logger's local time follows, "America/New_York"; empty when
+/// there is none, because its zone is unknown or it does not adjust for the daylight time that this has.
+std::string ianaZone(const Class_VardenLogger& logger);
+/// The same; empty also when the zone did not have the logger's offset at its start.
+std::string ianaZone(const Class_Pendrel& logger);
+
 }  // namespace hy_wristlog::engineering

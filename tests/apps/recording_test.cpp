@@ -1,12 +1,21 @@
 #include <ctime>
+#include <set>
 
 #include "apps/sandbox.h"
+#include "base/inside.h"
+#include "recording/codebook.h"
+#include "recording/csv_parts.h"
+#include "recording/series_csv.h"
+#include "varden/VardenLogger.h"
+#include "varden/logging_modes.h"
 
 namespace {
 
 const std::string DecodeKeys =
     "decode_result decode_result_name samples start_time_gmt start_time_gmt_date low_battery marker_count "
     "marker2_count activity light red green blue marker marker2 wrist events ";
+
+constexpr auto LightCell = static_cast<std::size_t>(wristlog::SeriesColumn::Light);
 
 std::vector<std::string> split(const std::string& text, char at) {
   std::vector<std::string> parts;
@@ -49,18 +58,19 @@ TEST(Recording, SeriesHoldsEveryEpochOnceAcrossAChangeOfTheClocks) {
   const Sandbox box;
   ASSERT_EQ(box.run("demo").Status, 0);
   const auto rows = split(box.content("demo-recording/series.csv"), '\n');
-  EXPECT_EQ(rows.at(0), "local_time,utc,activity,light_lux,marker,marker2,off_wrist");
+  EXPECT_EQ(rows.at(0) + "\n", wristlog::headingOf(wristlog::seriesFields()));
   const std::time_t change = secondsOf("2026-03-08T07:00:00Z");
   std::time_t before = 0;
   int changes = 0;
   for (std::size_t i = 1; i < rows.size(); ++i) {
     const auto cells = split(rows[i], ',');
-    ASSERT_EQ(cells.size(), 7U) << rows[i];
-    const std::time_t utc = secondsOf(cells[1]);
+    ASSERT_EQ(cells.size(), wristlog::seriesFields().size()) << rows[i];
+    ASSERT_EQ(cells[0] + cells[1], "V0012345Demo");
+    const std::time_t utc = secondsOf(cells[3]);
     ASSERT_EQ(utc - before, i > 1 ? 60 : utc) << rows[i];
     const bool daylight = utc >= change;
-    ASSERT_EQ(cells[0].substr(19), daylight ? "-04:00" : "-05:00") << rows[i];
-    ASSERT_EQ(secondsOf(cells[0]) - utc, daylight ? -4 * 3600 : -5 * 3600) << rows[i];
+    ASSERT_EQ(cells[2].substr(19), daylight ? "-04:00" : "-05:00") << rows[i];
+    ASSERT_EQ(secondsOf(cells[2]) - utc, daylight ? -4 * 3600 : -5 * 3600) << rows[i];
     if (daylight && before < change) ++changes;
     before = utc;
   }
@@ -73,9 +83,76 @@ TEST(Recording, SeriesHoldsEveryEpochOnceAcrossAChangeOfTheClocks) {
   ASSERT_EQ(light.size(), rows.size() - 1);
   EXPECT_TRUE(document.at("red").empty());
   for (std::size_t i = 0; i < light.size(); ++i) {
-    const std::string cell = split(rows[i + 1], ',').at(3);
+    const std::string cell = split(rows[i + 1], ',').at(LightCell);
     ASSERT_EQ(light[i].is_null(), cell.empty()) << rows[i + 1];
     ASSERT_EQ(light[i].is_null() ? 0 : light[i].get<double>(), cell.empty() ? 0 : std::stod(cell));
+  }
+}
+
+TEST(Recording, EveryModeFillsColumnsOfItsOwn) {
+  using namespace hy_wristlog;
+  Class_VardenLogger logger;
+  VardenRecord& record = Inside::of(logger).record;
+  record.SerialNumber = "V1";
+  record.SubjectIdentity = "Ann \"A\", M\u00FCller\r\n";
+  record.EpochLength = 60;
+  record.StartTimeGMT = 46083;
+  record.Samples = 1;
+  const std::string whose = "V1,\"Ann \"\"A\"\", M\u00FCller\r\n\",";
+  const std::string timed = whose + "2026-03-02T00:00:00+00:00,2026-03-02T00:00:00Z,";
+  for (const auto& [device, mode, row] : {std::tuple{KR_QUILLANDER, 2, timed + ",,,,3,4,5,,,,,,,"},
+                                          {KR_QUILLANDER, 5, timed + "1,,,2.5,,,,,,,,,,"},
+                                          {KR_QUILLANDER, 7, timed + ",,,,,,,3,,,,,,"},
+                                          {KR_QUILLANDER, 8, timed + ",,,,,,,,3,4,5,,,"},
+                                          {KR_TOLKA, 9, whose + ",,,1,,,,,,,,,,,,"}}) {
+    record.DeviceType = device;
+    record.AcquisitionMode = static_cast<enmVardenLoggingMode>(mode);
+    const SeriesSet has = findLoggingMode(device, record.AcquisitionMode)->samples();
+    record.ActivityArray = has & series::Activity ? ActivitySeries{1} : ActivitySeries{};
+    record.LightArray = has & series::Light ? LightSeries{2.5F} : LightSeries{};
+    record.RedLightArray = has & series::Red ? LightSeries{3} : LightSeries{};
+    record.GreenLightArray = has & series::Green ? LightSeries{4} : LightSeries{};
+    record.BlueLightArray = has & series::Blue ? LightSeries{5} : LightSeries{};
+    std::string table;
+    wristlog::addSeriesCsv([&](std::string_view text) { table += text; }, logger);
+    EXPECT_EQ(table, wristlog::headingOf(wristlog::seriesFields()) + row + "\n");
+  }
+}
+
+TEST(Recording, TheCodebooksTellOfEveryColumnAndField) {
+  std::string told;
+  for (const auto fields : {wristlog::seriesFields(), wristlog::eventFields(), wristlog::recordingFields()})
+    for (const wristlog::Field& field : fields)
+      told.append("| `").append(field.Name).append("` | ").append(field.Unit).append(" | ") +=
+          wristlog::rangeOf(field) + " |\n";
+  std::string listed;
+  for (const std::string& line : split(hy_wristlog::contentOf(TEST_DATA "/../../docs/recordings.md"), '\n')) {
+    const auto cells = split(line, '|');
+    if (line.starts_with("| `")) listed += "|" + cells.at(1) + "|" + cells.at(2) + "|" + cells.at(3) + "|\n";
+  }
+  EXPECT_EQ(listed, told);
+
+  const Sandbox box;
+  ASSERT_EQ(box.run("demo --out varden").Status, 0);
+  ASSERT_EQ(box.run("legacy retrieve --simulate pendrel27 --out pendrel").Status, 0);
+  for (const std::string folder : {"varden", "pendrel"}) {
+    SCOPED_TRACE(folder);
+    std::set<std::string> fields;
+    const Json package = Json::parse(box.content(folder + "/datapackage.json"));
+    for (const Json& resource : package.at("resources")) {
+      EXPECT_TRUE(box.has(folder + "/" + resource.at("path").get<std::string>()));
+      if (!resource.contains("fields")) continue;
+      for (const Json& field : resource.at("fields")) fields.insert(field.at("name"));
+    }
+    const Json facts = Json::parse(box.content(folder + "/recording.json"));
+    EXPECT_EQ(facts.at("time_zone_iana"), "America/New_York");
+    const auto take = [&](const std::string& name) { EXPECT_EQ(fields.erase(name), 1U) << name; };
+    for (const auto& [name, value] : facts.items()) {
+      if (!value.is_object()) take(name);
+      for (const auto& [member, inner] : value.items())
+        if (value.is_object()) take(name + "." + member);
+    }
+    EXPECT_EQ(fields.size(), folder == "varden" ? 5U : 0U) << "those of a part, and of unchecked bytes";
   }
 }
 
@@ -109,8 +186,8 @@ TEST(Recording, WhatWasRetrievedDecodesToTheSameEverywhere) {
       ASSERT_EQ(decoded.Status, 0) << decoded.Out;
       const Json again = Json::parse(decoded.Out);
       for (const auto& [key, value] : again.items()) EXPECT_EQ(value, document.at(key)) << key;
-      for (const char* name : {"/series.csv", "/events.csv", "/recording.json", "/raw.bin", "/config.ini",
-                               "/actogram.svg", "/report.html"})
+      for (const char* name : {"/series.csv", "/events.csv", "/recording.json", "/datapackage.json",
+                               "/raw.bin", "/config.ini", "/actogram.svg", "/report.html"})
         EXPECT_TRUE(!box.content(into + name).empty() &&
                     box.content(into + name) == box.content(model + name))
             << name;

@@ -10,7 +10,6 @@
 #include "recording/json_output.h"
 #include "recording/plotted_pendrel.h"
 #include "recording/recording_files.h"
-#include "recording/series_csv.h"
 #include "session/pendrel_session.h"
 #include "words/counted.h"
 #include "words/meanings.h"
@@ -49,6 +48,7 @@ Json summaryOf(hw::Class_Pendrel& logger, const hw::PendrelDetails& details,
   summary["model"] = details.DeviceText;
   summary["subject"] = subjectJson(subject);
   summary["time_zone"] = logger.Get_TimeZoneAbbrev();
+  summary["time_zone_iana"] = ianaZoneJson(logger);
   summary["start_local"] = engineering::isoDate(logger.Get_StartDate() + logger.Get_StartTime());
   summary["start_utc"] = engineering::isoDate(engineering::startUtc(logger), "Z");
   summary["epoch_seconds"] = logger.Get_EpochLength();
@@ -72,10 +72,7 @@ void writeFiles(const RecordingFiles& files, PendrelSession& session, const hw::
     if (!details.Memory.empty()) files.writeFile("raw.bin", bytesAsText(details.Memory));
     if (!details.SetupText.empty()) files.writeFile("setup.txt", details.SetupText);
     if (result.Code != 0) return;
-    files.writeFile("series.csv", [&](hw::platform::NewFile& file) { addSeriesCsv(file, session.logger()); });
-    files.writeFile("recording.json", summaryOf(session.logger(), details, result.Subject)
-                                              .dump(2, ' ', false, Json::error_handler_t::replace) +
-                                          "\n");
+    files.writeDecoded(session.logger(), summaryOf(session.logger(), details, result.Subject));
   } catch (const hw::Failure& failure) {
     throw hw::Failure(failure.Number, failure.Source,
                       failure.Description +
@@ -112,9 +109,9 @@ void tellRetrieved(const Speech& out, const hw::Class_Pendrel& logger, const std
 
 int runPendrelRetrieve(const CommonOptions& common, const ReaderOptions& reader,
                        const PendrelRetrieveOptions& options) {
-  const RecordingFiles files(
-      options.Folder, options.Force,
-      {"series.csv", "recording.json", "raw.bin", "setup.txt", "actogram.svg", "report.html"});
+  const RecordingFiles files(options.Folder, options.Force,
+                             {"series.csv", "recording.json", "datapackage.json", "raw.bin", "setup.txt",
+                              "actogram.svg", "report.html"});
   files.prepare();
   constexpr bool KeepRecord = true;
   PendrelSession session(common, reader, KeepRecord);

@@ -127,6 +127,16 @@ Json loggerJson(hw::Class_Pendrel& logger) {
   return object;
 }
 
+Json ianaZoneJson(const hw::Class_VardenLogger& logger) {
+  const std::string name = engineering::ianaZone(logger);
+  return name.empty() ? Json() : Json(name);
+}
+
+Json ianaZoneJson(const hw::Class_Pendrel& logger) {
+  const std::string name = engineering::ianaZone(logger);
+  return name.empty() ? Json() : Json(name);
+}
+
 Json subjectJson(const hw::Class_Subject& subject) {
   Json object = Json::object();
   put(object, "identity", subject.Get_Identity());

@@ -1,12 +1,12 @@
 #include "recording/plotted_logger.h"
 
 #include <algorithm>
-#include <string_view>
 
 #include "engineering/docks.h"
 #include "engineering/recording.h"
 #include "engineering/zones.h"
 #include "hy_wristlog/failure.h"
+#include "recording/events_csv.h"
 #include "recording/plotted_parts.h"
 #include "varden/logging_modes.h"
 #include "words/meanings.h"
@@ -74,12 +74,19 @@ void addLight(picture::PlottedRecording& plot, const hw::Class_VardenLogger& log
   plot.LightAxis = lightOf(mode.Light).Scale;
 }
 
-picture::Sign signOf(std::string_view words) {
-  if (words.starts_with("Self Test")) return picture::Sign::Reset;
-  if (words.starts_with("Low Battery")) return picture::Sign::LowBattery;
-  if (words == "Memory Full") return picture::Sign::MemoryFull;
-  if (words == "Event Decoding Error") return picture::Sign::Damage;
-  return picture::Sign::None;
+picture::Sign signOf(EventKind kind) {
+  switch (kind) {
+    case EventKind::Reset:
+      return picture::Sign::Reset;
+    case EventKind::LowBattery:
+      return picture::Sign::LowBattery;
+    case EventKind::MemoryFull:
+      return picture::Sign::MemoryFull;
+    case EventKind::Damaged:
+      return picture::Sign::Damage;
+    default:
+      return picture::Sign::None;
+  }
 }
 
 void addEvents(picture::PlottedRecording& plot, const hw::Class_VardenLogger& logger) {
@@ -87,7 +94,7 @@ void addEvents(picture::PlottedRecording& plot, const hw::Class_VardenLogger& lo
   for (std::size_t i = 0; i < events.size(); ++i) {
     picture::Event event;
     event.Words = events.words(i);
-    event.Shown = signOf(event.Words);
+    event.Shown = signOf(eventKind(event.Words));
     if (events.time(i) != UnknownDate) event.Time = unixSeconds(events.time(i));
     if (plot.Events.size() < picture::MostListedEvents || event.Shown != picture::Sign::None)
       plot.Events.push_back(std::move(event));

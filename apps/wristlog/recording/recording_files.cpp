@@ -15,6 +15,8 @@
 #include "picture/report.h"
 #include "platform/folder_lock.h"
 #include "platform/platform.h"
+#include "recording/data_package.h"
+#include "recording/events_csv.h"
 #include "recording/json_output.h"
 #include "recording/plotted_logger.h"
 #include "recording/series_csv.h"
@@ -31,9 +33,11 @@ namespace {
 
 constexpr const char* Source = "wristlog";
 constexpr std::array PictureNames{"actogram.svg", "report.html"};
-constexpr std::array Names{"series.csv",         "events.csv",        "recording.json", WholeRaw,
-                           "config.ini",         "actogram.svg",      "report.html",    PartRaw,
-                           "series.partial.csv", "events.partial.csv"};
+constexpr const char* FactsName = "recording.json";
+constexpr const char* PackageName = "datapackage.json";
+constexpr std::array Names{"series.csv", "events.csv",         FactsName,           PackageName,
+                           WholeRaw,     "config.ini",         "actogram.svg",      "report.html",
+                           PartRaw,      "series.partial.csv", "events.partial.csv"};
 
 template <class Operation>
 auto onFiles(const std::string& path, const Operation& operation) {
@@ -49,10 +53,14 @@ bool exists(const std::string& path) {
   return platform::current().files().state(path).Kind != platform::FileKind::Missing;
 }
 
-void addEventsCsv(platform::NewFile& file, const hw::Class_VardenLogger& logger) {
-  file.add("\"Time\",\"Event\",\"Record\"\n");
-  const hw::EventLog& events = engineering::events(logger);
-  for (std::size_t i = 0; i < events.size(); ++i) file.add(events.text(i) + "\n");
+/// Makes a file's content of what goes to a sink.
+template <class AddText>
+auto contentOf(const AddText& addText) {
+  return [addText](platform::NewFile& file) { addText([&file](std::string_view text) { file.add(text); }); };
+}
+
+std::string textOf(const Json& document) {
+  return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace
@@ -133,8 +141,7 @@ bool RecordingFiles::isFromDemo() const {
     if (std::find(Names.begin(), Names.end(), entry.path().filename()) == Names.end()) return false;
   try {
     const Json found = Json::parse(
-        platform::current().files().readUpTo(platform::Files::LongestText, path("recording.json")), nullptr,
-        false);
+        platform::current().files().readUpTo(platform::Files::LongestText, path(FactsName)), nullptr, false);
     return found.is_object() && found.value("made_by", Json()) == MadeByDemo;
   } catch (const platform::SystemError&) {
     return false;
@@ -215,9 +222,16 @@ void RecordingFiles::writeRaw(const engineering::SavedRecording& recording) cons
 void RecordingFiles::writeDecoded(const DecodedRecording& recording, const Json& summary) const {
   const hw::Class_VardenLogger& logger = *recording.Logger;
   const std::string ending = recording.Part ? ".partial.csv" : ".csv";
-  writeFile("series" + ending, [&](platform::NewFile& file) { addSeriesCsv(file, logger); });
-  writeFile("events" + ending, [&](platform::NewFile& file) { addEventsCsv(file, logger); });
-  writeFile("recording.json", summary.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+  writeFile("series" + ending, contentOf([&](const TextSink& sink) { addSeriesCsv(sink, logger); }));
+  writeFile("events" + ending, contentOf([&](const TextSink& sink) { addEventsCsv(sink, logger); }));
+  writeFile(PackageName, textOf(dataPackage(Family::Varden, recording.Part.has_value())));
+  writeFile(FactsName, textOf(summary));
+}
+
+void RecordingFiles::writeDecoded(const hw::Class_Pendrel& logger, const Json& summary) const {
+  writeFile("series.csv", contentOf([&](const TextSink& sink) { addSeriesCsv(sink, logger); }));
+  writeFile(PackageName, textOf(dataPackage(Family::Pendrel, false)));
+  writeFile(FactsName, textOf(summary));
 }
 
 void RecordingFiles::requireEpochs(const hw::Class_VardenLogger& logger) const {
@@ -286,6 +300,7 @@ Json summaryJson(const DecodedRecording& recording) {
   Json summary = Json::object();
   summary["subject"] = subjectJson(engineering::subjectOf(logger));
   summary["time_zone"] = engineering::zoneName(logger);
+  summary["time_zone_iana"] = ianaZoneJson(logger);
   summary["start_utc"] = engineering::isoDate(logger.Get_StartTimeGMT(), "Z");
   summary["epoch_seconds"] = logger.Get_EpochLength();
   summary["samples"] = logger.Get_Samples();

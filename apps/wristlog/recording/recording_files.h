@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "hy_wristlog/Class_Pendrel.h"
 #include "picture/recording.h"
 #include "platform/platform.h"
 #include "recording/decoded_recording.h"
@@ -16,10 +17,10 @@ namespace wristlog {
 /// The bytes of a whole recording, and of one of which only the beginning came.
 inline constexpr const char *WholeRaw = "raw.bin", *PartRaw = "raw.partial.bin";
 
-/// The files of one recording in one folder: series.csv, events.csv, recording.json, the pictures
-/// actogram.svg and report.html, and for decoding it again raw.bin and config.ini. Of a part of a recording
-/// the first two and the bytes have names of their own, with "partial" in them. Each is written whole or not
-/// at all.
+/// The files of one recording in one folder: series.csv, events.csv, recording.json, the codebook of these
+/// three datapackage.json, the pictures actogram.svg and report.html, and for decoding it again raw.bin and
+/// config.ini. Of a part of a recording the first two and the bytes have names of their own, with "partial"
+/// in them. Each is written whole or not at all.
 class RecordingFiles {
  public:
   enum class Part : std::uint8_t { Everything, Pictures };
@@ -42,8 +43,10 @@ class RecordingFiles {
   /// Writes what decoding again needs: the bytes and config.ini. Raises FileExists when the folder holds
   /// another recording that may not be overwritten.
   void writeRaw(const hy_wristlog::engineering::SavedRecording& recording) const;
-  /// Writes series, events and facts.
+  /// Writes series, events, facts and codebook.
   void writeDecoded(const DecodedRecording& recording, const Json& summary) const;
+  /// The same of a recording of the older family, which has no events.
+  void writeDecoded(const hy_wristlog::Class_Pendrel& logger, const Json& summary) const;
   void writePictures(const picture::PlottedRecording& plot) const;
   /// Writes the pictures, after the other files. A failure says that those are safe.
   void writePictures(const DecodedRecording& recording) const;

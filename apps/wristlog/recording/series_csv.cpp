@@ -2,31 +2,27 @@
 
 #include <algorithm>
 #include <charconv>
-#include <chrono>
 #include <cmath>
-#include <cstdlib>
-#include <functional>
+#include <utility>
 #include <vector>
 
 #include "base/dates.h"
 #include "base/formats.h"
 #include "base/text_memo.h"
-#include "engineering/recording.h"
 #include "engineering/zones.h"
+#include "recording/codebook.h"
+#include "recording/csv_parts.h"
+#include "varden/logging_modes.h"
 
 namespace wristlog {
 
 namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
-namespace platform = hy_wristlog::platform;
 
 namespace {
 
 /// The file gets its text in pieces of about this size.
 constexpr std::size_t Piece = 65536;
-constexpr auto DaySeconds = static_cast<std::int64_t>(hw::SecondsPerDay);
-
-void appendTwo(std::string& text, std::int64_t value) { hw::appendDigits(text, value, 2); }
 
 /// Light is written with as few digits as tell it from every other single.
 void appendLight(std::string& text, float value) {
@@ -58,135 +54,139 @@ struct Cells<float> {
   }
 };
 
-std::string offsetText(std::int32_t minutes) {
-  std::string text(1, minutes < 0 ? '-' : '+');
-  appendTwo(text, std::abs(minutes) / 60);
-  text += ':';
-  appendTwo(text, std::abs(minutes) % 60);
-  return text;
-}
-
-/// Seconds since the day count's day 0.
-std::int64_t secondsOf(double date) { return std::llround(date * hw::SecondsPerDay); }
-
-/// Writes times that come in their order; each day is written once.
-class Times {
- public:
-  void append(std::string& text, std::int64_t seconds) {
-    const std::int64_t day = seconds / DaySeconds - (seconds % DaySeconds < 0 ? 1 : 0);
-    if (day != day_ || date_.empty()) newDay(day);
-    const std::int64_t second = seconds - day * DaySeconds;
-    text += date_;
-    appendTwo(text, second / 3600);
-    text += ':';
-    appendTwo(text, second / 60 % 60);
-    text += ':';
-    appendTwo(text, second % 60);
-  }
-
- private:
-  void newDay(std::int64_t day) {
-    using namespace std::chrono;
-    const year_month_day date{sys_days(days(day - static_cast<int>(hw::UnixEpochDate)))};
-    day_ = day;
-    date_.clear();
-    hw::appendDigits(date_, static_cast<int>(date.year()));
-    date_ += '-';
-    appendTwo(date_, static_cast<unsigned>(date.month()));
-    date_ += '-';
-    appendTwo(date_, static_cast<unsigned>(date.day()));
-    date_ += 'T';
-  }
-
-  std::int64_t day_ = 0;
-  std::string date_;
-};
-
-/// Appends one column's cell of a row.
-using Column = std::function<void(std::string& text, std::size_t row)>;
-
+/// Writes the rows after their logger and times. Between two columns that have a series stands what all rows
+/// have there: the commas of the empty ones.
 class Columns {
  public:
+  /// To be called in the order of the columns. `series` must outlive the writing.
   template <class Series>
-  void add(const char* name, const Series& series) {
+  void add(SeriesColumn column, const Series& series) {
     if (series.empty()) return;
-    heading_ += std::string(",") + name;
-    columns_.push_back(
-        [&series, cells = Cells<typename Series::value_type>()](std::string& text, std::size_t row) mutable {
-          text += ',';
-          if (row < series.size()) cells.append(text, series[row]);
-        });
+    cells_.push_back([&series, between = commasBefore(column), cells = Cells<typename Series::value_type>()](
+                         std::string& text, std::size_t row) mutable {
+      text += between;
+      if (row < series.size()) cells.append(text, series[row]);
+    });
   }
+  /// To be called behind the last `add`.
+  void end() { rest_ = std::string(seriesFields().size() - 1 - last_, ',') + '\n'; }
 
-  const std::string& heading() const { return heading_; }
   void appendRow(std::string& text, std::size_t row) const {
-    for (const Column& column : columns_) column(text, row);
+    for (const Cell& cell : cells_) cell(text, row);
+    text += rest_;
   }
 
  private:
-  std::string heading_ = "local_time,utc";
-  std::vector<Column> columns_;
+  using Cell = std::function<void(std::string& text, std::size_t row)>;
+
+  std::string commasBefore(SeriesColumn column) {
+    const auto index = static_cast<std::size_t>(column);
+    return std::string(index - std::exchange(last_, index), ',');
+  }
+
+  std::size_t last_ = static_cast<std::size_t>(SeriesColumn::Utc);
+  std::vector<Cell> cells_;
+  std::string rest_;
 };
 
-/// The heading and a row for each of the logger's samples, the first of them at `startDate` (UTC).
-template <class Logger>
-void addRows(platform::NewFile& file, const Columns& columns, const Logger& logger, double startDate) {
-  file.add(columns.heading() + "\n");
-  const auto samples = static_cast<std::size_t>(std::max(0, logger.Get_Samples()));
-  if (samples == 0) return;
+/// Appends the logger, who wears it, and the times of a row.
+using RowBegin = std::function<void(std::string& text, std::size_t row)>;
 
-  const std::int64_t start = secondsOf(startDate);
-  const auto timeOf = [&](std::size_t row) {
-    return start + static_cast<std::int64_t>(row) * logger.Get_EpochLength();
-  };
-  const auto periods =
-      engineering::offsetPeriods(logger, startDate, static_cast<double>(timeOf(samples)) / hw::SecondsPerDay);
-  auto next = periods.begin();
-  std::int32_t offset = 0;
-  Times localTimes, utcTimes;
-  std::string suffix, text;
-  for (std::size_t row = 0; row < samples; ++row) {
-    const std::int64_t utc = timeOf(row);
-    for (; next != periods.end() && secondsOf(next->FromUtc) <= utc; ++next) {
-      offset = next->Minutes;
-      suffix = offsetText(offset);
+template <class Logger>
+RowBegin untimedRows(const Logger& logger) {
+  return [before = whoseCells(logger) + ","](std::string& text, std::size_t) { text += before; };
+}
+
+/// For rows that are epochs, the first of them at `startDate` (UTC). When that is unknown no row has a time.
+template <class Logger>
+RowBegin timedRows(const Logger& logger, double startDate, std::size_t samples) {
+  if (startDate == hw::UnknownDate) return untimedRows(logger);
+  const std::int64_t start = secondsOf(startDate), epoch = logger.Get_EpochLength();
+  const double end = static_cast<double>(start + static_cast<std::int64_t>(samples) * epoch);
+  auto periods = engineering::offsetPeriods(logger, startDate, end / hw::SecondsPerDay);
+  return [start, epoch, periods = std::move(periods), next = std::size_t{0}, offset = std::int64_t{0},
+          localTimes = Times(whoseCells(logger)), utcTimes = Times(),
+          between = std::string()](std::string& text, std::size_t row) mutable {
+    const std::int64_t utc = start + static_cast<std::int64_t>(row) * epoch;
+    for (; next < periods.size() && secondsOf(periods[next].FromUtc) <= utc; ++next) {
+      offset = std::int64_t{periods[next].Minutes} * 60;
+      between = offsetText(periods[next].Minutes) + ",";
     }
-    localTimes.append(text, utc + std::int64_t{offset} * 60);
-    text += suffix;
-    text += ',';
+    localTimes.append(text, utc + offset);
+    text += between;
     utcTimes.append(text, utc);
     text += 'Z';
+  };
+}
+
+void addRows(const TextSink& sink, Columns& columns, std::size_t samples, const RowBegin& begin) {
+  columns.end();
+  std::string text;
+  for (std::size_t row = 0; row < samples; ++row) {
+    begin(text, row);
     columns.appendRow(text, row);
-    text += '\n';
     if (text.size() < Piece) continue;
-    file.add(text);
+    sink(text);
     text.clear();
   }
-  file.add(text);
+  sink(text);
+}
+
+template <class Logger>
+std::size_t samplesOf(const Logger& logger) {
+  return static_cast<std::size_t>(std::max(0, logger.Get_Samples()));
+}
+
+void addLight(Columns& columns, const hw::Class_VardenLogger& logger, const hw::LoggingMode* mode) {
+  using enum SeriesColumn;
+  const auto part = mode != nullptr ? mode->Light : hw::LightPart::Colours;
+  switch (part) {
+    case hw::LightPart::Frequency:
+      columns.add(OffWristFrequency, logger.Get_RedLightArray());
+      return;
+    case hw::LightPart::Currents:
+      columns.add(RedCurrent, logger.Get_RedLightArray());
+      columns.add(GreenCurrent, logger.Get_GreenLightArray());
+      columns.add(BlueCurrent, logger.Get_BlueLightArray());
+      return;
+    case hw::LightPart::None:
+    case hw::LightPart::Lux:
+    case hw::LightPart::CalibrationLux:
+    case hw::LightPart::Colours:
+      break;
+  }
+  columns.add(Light, logger.Get_LightArray());
+  columns.add(Red, logger.Get_RedLightArray());
+  columns.add(Green, logger.Get_GreenLightArray());
+  columns.add(Blue, logger.Get_BlueLightArray());
 }
 
 }  // namespace
 
-void addSeriesCsv(platform::NewFile& file, const hw::Class_VardenLogger& logger) {
+void addSeriesCsv(const TextSink& sink, const hw::Class_VardenLogger& logger, SeriesPart part) {
+  if (part == SeriesPart::Everything) sink(headingOf(seriesFields()));
+  const auto* mode = hw::findLoggingMode(logger.Get_DeviceType(), logger.Get_AcquisitionMode());
+  const bool timed = mode == nullptr || mode->samplesAreEpochs();
   Columns columns;
-  columns.add("activity", logger.Get_ActivityArray());
-  columns.add("light_lux", logger.Get_LightArray());
-  columns.add("red_uw_cm2", logger.Get_RedLightArray());
-  columns.add("green_uw_cm2", logger.Get_GreenLightArray());
-  columns.add("blue_uw_cm2", logger.Get_BlueLightArray());
-  columns.add("marker", logger.Get_MarkerArray());
-  columns.add("marker2", logger.Get_Marker2Array());
-  columns.add("off_wrist", logger.Get_WristStatusArray());
-  addRows(file, columns, logger, logger.Get_StartTimeGMT());
+  columns.add(timed ? SeriesColumn::Activity : SeriesColumn::RawActivity, logger.Get_ActivityArray());
+  addLight(columns, logger, mode);
+  columns.add(SeriesColumn::Marker, logger.Get_MarkerArray());
+  columns.add(SeriesColumn::Marker2, logger.Get_Marker2Array());
+  columns.add(SeriesColumn::OffWrist, logger.Get_WristStatusArray());
+  const std::size_t samples = samplesOf(logger);
+  addRows(sink, columns, samples,
+          timed ? timedRows(logger, logger.Get_StartTimeGMT(), samples) : untimedRows(logger));
 }
 
-void addSeriesCsv(platform::NewFile& file, const hw::Class_Pendrel& logger) {
+void addSeriesCsv(const TextSink& sink, const hw::Class_Pendrel& logger) {
+  sink(headingOf(seriesFields()));
   Columns columns;
-  columns.add("activity", logger.Get_ActivityArray());
+  columns.add(SeriesColumn::Activity, logger.Get_ActivityArray());
   if (logger.Get_AcquisitionMode() == hw::PD_Mode_ActivityAndSteps)
-    columns.add("steps", logger.Get_StepsArray());
-  columns.add("marker", logger.Get_MarkerArray());
-  addRows(file, columns, logger, engineering::startUtc(logger));
+    columns.add(SeriesColumn::Steps, logger.Get_StepsArray());
+  columns.add(SeriesColumn::Marker, logger.Get_MarkerArray());
+  const std::size_t samples = samplesOf(logger);
+  addRows(sink, columns, samples, timedRows(logger, engineering::startUtc(logger), samples));
 }
 
 }  // namespace wristlog

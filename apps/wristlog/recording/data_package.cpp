@@ -1,0 +1,106 @@
+#include "recording/data_package.h"
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "recording/events_csv.h"
+
+namespace wristlog {
+
+namespace {
+
+struct TypeNames {
+  const char *Type, *Format;
+};
+
+/// As a Table Schema calls them; without a format the default one counts.
+TypeNames namesOf(FieldType type) {
+  switch (type) {
+    case FieldType::Text:
+      return {"string", nullptr};
+    case FieldType::Integer:
+      return {"integer", nullptr};
+    case FieldType::Number:
+      return {"number", nullptr};
+    case FieldType::Boolean:
+    case FieldType::Flag:
+      return {"boolean", nullptr};
+    case FieldType::Utc:
+    case FieldType::UtcAndCount:
+      return {"datetime", nullptr};
+    case FieldType::Local:
+      return {"datetime", "%Y-%m-%dT%H:%M:%S%z"};
+    case FieldType::Clock:
+      return {"datetime", "%Y-%m-%dT%H:%M:%S"};
+    case FieldType::Day:
+      return {"date", nullptr};
+    case FieldType::TimeOfDay:
+      return {"time", nullptr};
+  }
+  return {};
+}
+
+Json limit(double value) {
+  return value == std::floor(value) ? Json(static_cast<std::int64_t>(value)) : Json(value);
+}
+
+Json fieldJson(const Field& field) {
+  const TypeNames names = namesOf(field.Type);
+  Json object{{"name", field.Name}, {"type", names.Type}};
+  if (names.Format != nullptr) object["format"] = names.Format;
+  if (field.Type == FieldType::Flag) object.update({{"trueValues", {"1"}}, {"falseValues", {"0"}}});
+  if (!field.Unit.empty()) object["unit"] = field.Unit;
+  object["description"] = std::string(field.Meaning) + "." +
+                          (field.Empty.empty() ? "" : " Empty: " + std::string(field.Empty) + ".");
+  Json constraints = Json::object();
+  if (field.Least != -Unbounded) constraints["minimum"] = limit(field.Least);
+  if (field.Most != Unbounded) constraints["maximum"] = limit(field.Most);
+  if (field.Name == "kind") constraints["enum"] = eventKindNames();
+  if (!constraints.empty()) object["constraints"] = constraints;
+  return object;
+}
+
+Json table(const std::string& name, bool isPart, std::span<const Field> fields) {
+  Json columns = Json::array();
+  for (const Field& field : fields) columns.push_back(fieldJson(field));
+  return {{"name", name},
+          {"path", name + (isPart ? ".partial.csv" : ".csv")},
+          {"profile", "tabular-data-resource"},
+          {"format", "csv"},
+          {"mediatype", "text/csv"},
+          {"encoding", "utf-8"},
+          {"dialect", {{"lineTerminator", "\n"}}},
+          {"schema", {{"fields", columns}, {"missingValues", {""}}}}};
+}
+
+Json facts(Family family) {
+  Json fields = Json::array();
+  for (const Field& field : recordingFields()) {
+    if (field.In != Family::Every && field.In != family) continue;
+    fields.push_back(fieldJson(field));
+    if (field.Type != FieldType::UtcAndCount) continue;
+    fields.push_back({{"name", std::string(field.Name) + "_date"},
+                      {"type", "number"},
+                      {"unit", "d"},
+                      {"description", "The same as days since 1899-12-30. 0 or -1: not known."}});
+  }
+  // No table, so its fields are no Table Schema; a name with a point is that of a member of a member.
+  return {{"name", "recording"}, {"path", "recording.json"},        {"profile", "data-resource"},
+          {"format", "json"},    {"mediatype", "application/json"}, {"encoding", "utf-8"},
+          {"fields", fields}};
+}
+
+}  // namespace
+
+Json dataPackage(Family family, bool isPart) {
+  Json resources = Json::array({table("series", isPart, seriesFields())});
+  // A Pendrel keeps no events.
+  if (family == Family::Varden) resources.push_back(table("events", isPart, eventFields()));
+  resources.push_back(facts(family));
+  return {{"profile", "data-package"},
+          {"name", "wristlog-recording"},
+          {"title", "A recording of a wrist-worn activity logger"},
+          {"resources", resources}};
+}
+
+}  // namespace wristlog

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "recording/codebook.h"
+#include "recording/json.h"
+
+namespace wristlog {
+
+/// The codebook of a recording's tables and facts as a frictionless data package: datapackage.json. Tables of
+/// a part of a recording are called "series.partial.csv" and so on. `family` is the logger's.
+Json dataPackage(Family family, bool isPart);
+
+}  // namespace wristlog
