@@ -60,6 +60,28 @@ TEST_F(Files, EachCommandWritesItsFile) {
   EXPECT_EQ(Json::parse(foreign.Out).at("kestrin2"), false);
 }
 
+TEST_F(Files, SeveralRecordingsAreTakenAtOnce) {
+  const Outcome table = box.run("decode vivid none kestrin2/ --out -");
+  const std::string vivid = box.content("vivid/series.csv"), second = box.content("kestrin2/series.csv");
+  EXPECT_EQ(table.Out, vivid + second.substr(second.find('\n') + 1));
+  EXPECT_EQ(table.Status, 1);
+  EXPECT_TRUE(table.Err.starts_with("none: File not found")) << table.Err;
+  EXPECT_EQ(std::count(table.Err.begin(), table.Err.end(), '\n'), 1);
+  EXPECT_EQ(box.run("decode vivid kestrin2 --out - 2>told | head -c 6").Out, "logger");
+  EXPECT_EQ(box.content("told"), "");
+
+  const Json decoded = json("decode vivid kestrin2 --out both").at("recordings");
+  EXPECT_EQ(decoded.at(1).at("recording"), "kestrin2");
+  EXPECT_EQ(box.content("both/vivid/series.csv") + box.content("both/kestrin2/series.csv"), vivid + second);
+  EXPECT_NE(box.run("decode vivid both/vivid --out x").Err.find("both be written to x/vivid"),
+            std::string::npos);
+  EXPECT_EQ(json("plot vivid none --out drawn").at("recordings").at(1).at("failure").at("number"), 53);
+  EXPECT_TRUE(box.has("drawn/vivid/report.html"));
+  const std::string reports = box.run("report vivid kestrin2").Out;
+  EXPECT_EQ(reports, "vivid:\n" + box.run("report vivid --force").Out + "kestrin2:\n" +
+                         box.run("report kestrin2 --force").Out);
+}
+
 TEST_F(Files, WhatTheLibraryTellsStandsOnStandardError) {
   std::string raw = box.content("vivid/raw.bin");
   box.write("odd.bin", raw + std::string("\xFD\x04\0\0\0\0\0", 7));
@@ -157,7 +179,8 @@ TEST_F(Files, WhatCannotBeDoneIsSaid) {
   EXPECT_EQ(box.content("vivid/raw.bin"), raw);
   EXPECT_EQ(box.content("edited.ini"), edited);
   for (const char* usage :
-       {"raw", "report --out x", "report vivid", "report vivid --raw b --out x",
-        "config show vivid --model vivid", "config import vivid --out x", "krd vivid --out ''"})
+       {"raw", "report --out x", "report vivid kestrin2 --out x", "report vivid --raw b --out x",
+        "decode vivid --out - --json", "config show vivid --model vivid", "config import vivid --out x",
+        "krd vivid --out ''"})
     EXPECT_EQ(box.run(usage).Status, 2) << usage;
 }

@@ -85,6 +85,8 @@ class CommandLine {
 
 /// Adds a recording's folder and its two files as alternatives.
 void addRecordingPlace(CLI::App* sub, RecordingPlace& place);
+/// Adds folders of recordings and the two files of one as alternatives.
+void addRecordingPlaces(CLI::App* sub, RecordingPlaces& places);
 
 // The groups of commands, each in cli_<group>.cpp: a new command is added there, and does its work in
 // commands/cmd_<name>.cpp.

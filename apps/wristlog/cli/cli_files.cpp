@@ -8,22 +8,25 @@
 namespace wristlog {
 namespace {
 
-/// Adds a folder and the file config.ini as alternatives, in the group that it returns.
-CLI::Option_group* addConfigPlace(CLI::App* sub, RecordingPlace& place) {
+/// Adds a folder, or several, and the file config.ini as alternatives, in the group that it returns.
+template <class Folders>
+CLI::Option_group* addConfigPlace(CLI::App* sub, Folders& folders, std::string& configFile,
+                                  const char* description) {
   CLI::Option_group* group = sub->add_option_group("recording");
-  CLI::Option* folder =
-      group->add_option("RECORDING", place.Folder, "Folder of a recording, as 'wristlog retrieve' makes it")
-          ->check(validFile);
-  group->add_option("--config", place.ConfigFile, "config.ini of the recording")
+  CLI::Option* folder = group->add_option("RECORDING", folders, description)->check(validFolder);
+  group->add_option("--config", configFile, "config.ini of the recording")
       ->excludes(folder)
       ->check(validFile);
   return group;
 }
 
-}  // namespace
+CLI::Option_group* addConfigPlace(CLI::App* sub, RecordingPlace& place) {
+  return addConfigPlace(sub, place.Folder, place.ConfigFile,
+                        "Folder of a recording, as 'wristlog retrieve' makes it");
+}
 
-void addRecordingPlace(CLI::App* sub, RecordingPlace& place) {
-  CLI::Option_group* group = addConfigPlace(sub, place);
+/// Adds the file of the bytes to those alternatives.
+void addRawFile(CLI::Option_group* group, RecordingPlace& place) {
   CLI::Option* config = group->get_option("--config");
   CLI::Option* raw = group->add_option("--raw", place.RawFile, "raw.bin, raw.partial.bin, or a raw data CSV")
                          ->check(validFile);
@@ -32,11 +35,23 @@ void addRecordingPlace(CLI::App* sub, RecordingPlace& place) {
   group->require_option(1, 2);
 }
 
+}  // namespace
+
+void addRecordingPlace(CLI::App* sub, RecordingPlace& place) {
+  addRawFile(addConfigPlace(sub, place), place);
+}
+
+void addRecordingPlaces(CLI::App* sub, RecordingPlaces& places) {
+  addRawFile(addConfigPlace(sub, places.Folders, places.Files.ConfigFile,
+                            "Folders of recordings, as 'wristlog retrieve' makes them"),
+             places.Files);
+}
+
 namespace {
 
-void addOutput(CLI::App* sub, OutputOptions& output, const char* description) {
-  sub->add_option("--out", output.File, description)->required()->check(validFile);
+CLI::Option* addOutput(CLI::App* sub, OutputOptions& output, const char* description) {
   sub->add_flag("--force", output.Force, "Overwrite what there is");
+  return sub->add_option("--out", output.File, description)->required()->check(validFile);
 }
 
 /// Adds the alternatives of a saved configuration and a docked logger's.
@@ -63,6 +78,23 @@ void addRecordingFile(CommandLine& cli, CLI::App* parent, const char* name, cons
   CommandLine::addUnchecked(sub, options->Place.Unchecked);
   addOutput(sub, options->Output, outDescription);
   sub->footer(example);
+}
+
+void addReport(CommandLine& cli) {
+  auto options = std::make_shared<ReportOptions>();
+  CLI::App* sub = cli.add("report", "Write decoded recordings as reports for engineers",
+                          [&cli, options] { return runReport(cli.Common, *options); });
+  addRecordingPlaces(sub, options->Places);
+  CommandLine::addUnchecked(sub, options->Places.Files.Unchecked);
+  addOutput(sub, options->Output, "The CSV to write, of one recording; else report.csv in each one's folder")
+      ->required(false);
+  sub->parse_complete_callback([options] {
+    const bool named = !options->Output.File.empty();
+    if (!named && options->Places.Folders.empty()) throw CLI::RequiredError("--out");
+    if (named && options->Places.Folders.size() > 1)
+      throw CLI::ValidationError("--out", "names one file, and there are several recordings; leave it out");
+  });
+  sub->footer("Example: wristlog report subject-17 --out report.csv");
 }
 
 void addRaw(CommandLine& cli) {
@@ -123,8 +155,7 @@ void addConfig(CommandLine& cli) {
 
 void addFileCommands(CommandLine& cli) {
   addRaw(cli);
-  addRecordingFile(cli, nullptr, "report", "Write the decoded recording as a report for engineers",
-                   "The CSV to write", "Example: wristlog report subject-17 --out report.csv", runReport);
+  addReport(cli);
   addRecordingFile(cli, nullptr, "light-test", "Write a Kestrin 2's light test readings", "The CSV to write",
                    "Example: wristlog light-test bench --out test.csv", runLightTest);
   addRecordingFile(cli, nullptr, "krd", "Write the activity alone, kind KRD", "The file to write",

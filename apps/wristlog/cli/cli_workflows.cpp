@@ -83,17 +83,22 @@ void addRetrieve(CommandLine& cli) {
 
 void addDecode(CommandLine& cli) {
   auto options = std::make_shared<DecodeOptions>();
-  CLI::App* sub = cli.add("decode", "Decode a saved recording again",
+  CLI::App* sub = cli.add("decode", "Decode saved recordings again",
                           [&cli, options] { return runDecode(cli.Common, *options); });
-  addRecordingPlace(sub, options->Place);
-  CommandLine::addFolder(sub, options->Folder, options->Force,
-                         "Folder for the recording's files; else none are written");
+  addRecordingPlaces(sub, options->Places);
+  CommandLine::addFolder(
+      sub, options->Folder, options->Force,
+      "Folder for the recording's files, of several recordings one in it for each; - for the "
+      "series on standard output; else none are written");
   sub->add_flag("--diagnostic", options->Diagnostic, "Go on where the data are questionable");
-  CommandLine::addUnchecked(sub, options->Place.Unchecked);
+  CommandLine::addUnchecked(sub, options->Places.Files.Unchecked);
   sub->add_option("--now", options->Now,
                   "Decode as if it were this time (UTC, yyyy-mm-ddThh:mm:ss); else that of the retrieval")
       ->check(validDate);
-  sub->footer("Example: wristlog decode subject-17");
+  sub->parse_complete_callback([&cli, options] {
+    if (options->Folder == StandardOutput && cli.Common.AsJson) throw CLI::ExcludesError("--out -", "--json");
+  });
+  sub->footer("Example: wristlog decode subject-17 subject-18 --out - > series.csv");
 }
 
 }  // namespace

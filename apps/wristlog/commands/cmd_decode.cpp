@@ -1,14 +1,14 @@
 #include "commands/commands.h"
 
 #include <nlohmann/json.hpp>
+#include <utility>
+
 #include "engineering/dates.h"
 #include "engineering/recording.h"
-#include "recording/decoded_recording.h"
 #include "recording/json_output.h"
-#include "recording/recording_files.h"
-#include "recording/recording_world.h"
+#include "recording/opened_recording.h"
+#include "recording/series_csv.h"
 #include "words/counted.h"
-#include "words/meanings.h"
 #include "words/say.h"
 
 namespace wristlog {
@@ -16,36 +16,58 @@ namespace wristlog {
 namespace hw = hy_wristlog;
 namespace engineering = hy_wristlog::engineering;
 
-int runDecode(const CommonOptions& common, const DecodeOptions& options) {
-  const RecordingFiles files(options.Folder, options.Force);
-  if (!options.Folder.empty()) files.prepare();
-  const auto recording = readRecording(options.Place, Parts::Accepted);
-  const RecordingWorld world(options.Now.empty() ? momentOf(recording)
-                                                 : engineering::dateFromText(options.Now));
-  const DecodedRecording result = decoded(recording, options.Place, options.Diagnostic);
-  const auto& logger = result.Logger;
-  if (!options.Folder.empty()) {
-    files.requireEpochs(*logger);
-    if (result.Part) files.requireNoWhole();
-    const Json summary = summaryJson(result);
-    files.writeRaw(recording);
-    files.writeDecoded(result, summary);
-    files.writePictures(result);
-  }
+namespace {
 
-  if (common.AsJson) {
-    Json document = recordingJson(*logger, result.Result, result.LowBattery);
-    if (result.Part) document.update(partJson(*result.Part));
-    print(document);
-    return Good;
-  }
-  say() << verdictOf(result) << ' ' << counted(logger->Get_Samples(), "epoch") << " of "
-        << counted(logger->Get_EpochLength(), "second") << ", from "
-        << engineering::isoDate(logger->Get_StartTimeGMT(), "Z") << ".\n";
-  const hw::EventLog& events = engineering::events(*logger);
+void tell(const DecodedRecording& recording) {
+  const hw::Class_VardenLogger& logger = *recording.Logger;
+  say() << verdictOf(recording) << ' ' << counted(logger.Get_Samples(), "epoch") << " of "
+        << counted(logger.Get_EpochLength(), "second") << ", from "
+        << engineering::isoDate(logger.Get_StartTimeGMT(), "Z") << ".\n";
+  const hw::EventLog& events = engineering::events(logger);
   for (std::size_t i = 0; i < events.size(); ++i) say() << events.text(i) << '\n';
-  if (!options.Folder.empty()) say() << "Written to " << options.Folder << ".\n";
-  return Good;
+}
+
+Json documentOf(const DecodedRecording& recording) {
+  Json document = recordingJson(*recording.Logger, recording.Result, recording.LowBattery);
+  if (recording.Part) document.update(partJson(*recording.Part));
+  return document;
+}
+
+/// Writes the series of all recordings to standard output as one table. What else there is to say of one goes
+/// to standard error.
+int printSeries(const CommonOptions& common, const DecodeOptions& options) {
+  auto part = SeriesPart::Everything;
+  const auto work = [&](const RecordingPlace& place, std::size_t) {
+    // Whoever closes the pipe wants no more.
+    if (!flushStandardOutput()) return Json::object();
+    const OpenedRecording opened(place, options.Diagnostic, options.Now);
+    const DecodedRecording& recording = opened.decoded();
+    if (recording.Result != hw::Decode_OK || recording.Part || recording.Unchecked)
+      complain() << place.raw() << ": " << verdictOf(recording) << '\n';
+    addSeriesCsv(printText, *recording.Logger, std::exchange(part, SeriesPart::Rows));
+    return Json::object();
+  };
+  return forEachRecording(common, options.Places.all(), work, Heading::None);
+}
+
+}  // namespace
+
+int runDecode(const CommonOptions& common, const DecodeOptions& options) {
+  if (options.Folder == StandardOutput) return printSeries(common, options);
+  const auto places = options.Places.all();
+  const bool writes = !options.Folder.empty();
+  std::vector<RecordingFiles> outputs;
+  if (writes)
+    for (const std::string& folder : outputFolders(places, options.Folder))
+      outputs.emplace_back(folder, options.Force).prepare();
+  return forEachRecording(common, places, [&](const RecordingPlace& place, std::size_t index) {
+    const OpenedRecording opened(place, options.Diagnostic, options.Now);
+    if (writes) opened.write(outputs[index]);
+    if (common.AsJson) return documentOf(opened.decoded());
+    tell(opened.decoded());
+    if (writes) say() << "Written to " << outputs[index].folder() << ".\n";
+    return Json::object();
+  });
 }
 
 }  // namespace wristlog

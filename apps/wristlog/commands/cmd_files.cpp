@@ -25,11 +25,11 @@ bool isThere(const std::string& file) {
   return std::filesystem::exists(file, none);
 }
 
-/// Opens the recording and lets `save` write its file. The JSON document begins with the name of the file and
-/// the size of the recording.
+/// Opens the recording and lets `save` write its file. Returns the JSON document, which begins with the name
+/// of the file and the size of the recording; without --json the words are said.
 template <class Save>
-int writeFile(const CommonOptions& common, const RecordingFileOptions& options, const Save& save,
-              Parts parts = Parts::Refused) {
+Json writtenFile(const CommonOptions& common, const RecordingFileOptions& options, const Save& save,
+                 Parts parts) {
   engineering::checkOutput(options.Output.File, options.Output.Force, options.Place.files());
   const bool stoodBefore = isThere(options.Output.File);
   const auto recording = readRecording(options.Place, parts);
@@ -50,15 +50,35 @@ int writeFile(const CommonOptions& common, const RecordingFileOptions& options, 
       throw;
     }
   }
-  if (session.asJson())
-    print(document);
-  else
-    say() << words << "Written to " << options.Output.File << ".\n";
+  if (!session.asJson()) say() << words << "Written to " << options.Output.File << ".\n";
+  return document;
+}
+
+template <class Save>
+int writeFile(const CommonOptions& common, const RecordingFileOptions& options, const Save& save,
+              Parts parts = Parts::Refused) {
+  const Json document = writtenFile(common, options, save, parts);
+  if (common.AsJson) print(document);
   return Good;
 }
 
 std::string bytesOf(const hw::Class_VardenLogger& logger) {
   return std::to_string(logger.Get_BytesUsed()) + " bytes of logger " + logger.Get_SerialNumber() + ". ";
+}
+
+Json writeReport(const CommonOptions& common, const RecordingFileOptions& options) {
+  const auto save = [&](hw::Class_VardenLogger& logger, Json& document) {
+    const hw::enmDecodeResult result = engineering::saveReport(logger, options.Output.File);
+    document["decode_result"] = static_cast<std::int32_t>(result);
+    document["decode_result_name"] = nameOf(result);
+    document["part"] = logger.Get_RawDataIsPart();
+    document["samples"] = logger.Get_Samples();
+    std::optional<RecordingPart> part;
+    if (logger.Get_RawDataIsPart())
+      part = RecordingPart{std::ssize(logger.Get_RawData()), logger.Get_BytesInLogger(), {}};
+    return verdictOf(result, part) + ' ' + std::to_string(logger.Get_Samples()) + " epochs. ";
+  };
+  return writtenFile(common, options, save, Parts::Refused);
 }
 
 }  // namespace
@@ -88,17 +108,11 @@ int runRawLoad(const CommonOptions& common, const RawLoadOptions& options) {
   return Good;
 }
 
-int runReport(const CommonOptions& common, const RecordingFileOptions& options) {
-  return writeFile(common, options, [&](hw::Class_VardenLogger& logger, Json& document) {
-    const hw::enmDecodeResult result = engineering::saveReport(logger, options.Output.File);
-    document["decode_result"] = static_cast<std::int32_t>(result);
-    document["decode_result_name"] = nameOf(result);
-    document["part"] = logger.Get_RawDataIsPart();
-    document["samples"] = logger.Get_Samples();
-    std::optional<RecordingPart> part;
-    if (logger.Get_RawDataIsPart())
-      part = RecordingPart{std::ssize(logger.Get_RawData()), logger.Get_BytesInLogger(), {}};
-    return verdictOf(result, part) + ' ' + std::to_string(logger.Get_Samples()) + " epochs. ";
+int runReport(const CommonOptions& common, const ReportOptions& options) {
+  return forEachRecording(common, options.Places.all(), [&](const RecordingPlace& place, std::size_t) {
+    const bool ownFolder = options.Output.File.empty();
+    const std::string file = ownFolder ? place.Folder + "/report.csv" : options.Output.File;
+    return writeReport(common, {place, {file, options.Output.Force}});
   });
 }
 

@@ -5,11 +5,8 @@
 #include "hy_wristlog/failure.h"
 #include "picture/findings.h"
 #include "platform/platform.h"
-#include "recording/decoded_recording.h"
-#include "recording/json_output.h"
+#include "recording/opened_recording.h"
 #include "recording/plotted_logger.h"
-#include "recording/recording_files.h"
-#include "recording/recording_world.h"
 #include "words/say.h"
 
 namespace wristlog {
@@ -42,33 +39,36 @@ void requireRecording(const std::string& folder) {
             " is missing. Name a folder that 'wristlog retrieve' or 'wristlog decode' has written");
 }
 
-}  // namespace
-
-int runPlot(const CommonOptions& common, const PlotOptions& options) {
-  requireRecording(options.Recording);
-  const RecordingFiles files(options.Folder.empty() ? options.Recording : options.Folder, options.Force,
-                             RecordingFiles::Part::Pictures);
-  files.prepare();
-  const RecordingPlace place{options.Recording, {}, {}, options.Unchecked};
-  const auto recording = readRecording(place, Parts::Accepted);
-  const RecordingWorld world(momentOf(recording));
-  const DecodedRecording saved = decoded(recording, place, options.Diagnostic);
-  files.requireEpochs(*saved.Logger);
-  const picture::PlottedRecording plot = plottedRecording(saved);
-  files.writePictures(plot);
-
+Json tell(const CommonOptions& common, const RecordingFiles& files, const picture::PlottedRecording& plot) {
   const auto findings = picture::findingsOf(plot, picture::daysOf(plot));
   if (common.AsJson) {
     Json facts = Json::array();
     for (const picture::Fact& fact : plot.Facts)
       facts.push_back({{"label", fact.Label}, {"value", fact.Value}});
-    print({{"written", files.paths()}, {"facts", facts}, {"findings", findings}});
-    return Good;
+    return {{"written", files.paths()}, {"facts", facts}, {"findings", findings}};
   }
   for (const std::string& finding : findings) say() << finding << '\n';
   say() << "Written:\n";
   for (const std::string& path : files.paths()) say() << "  " << path << '\n';
-  return Good;
+  return Json::object();
+}
+
+}  // namespace
+
+int runPlot(const CommonOptions& common, const PlotOptions& options) {
+  const auto places = options.Places.all();
+  const bool ownFolders = options.Folder.empty();
+  const auto outputs = ownFolders ? options.Places.Folders : outputFolders(places, options.Folder);
+  return forEachRecording(common, places, [&](const RecordingPlace& place, std::size_t index) {
+    requireRecording(place.Folder);
+    const RecordingFiles files(outputs[index], options.Force, RecordingFiles::Part::Pictures);
+    files.prepare();
+    const OpenedRecording opened(place, options.Diagnostic);
+    files.requireEpochs(*opened.decoded().Logger);
+    const picture::PlottedRecording plot = plottedRecording(opened.decoded());
+    files.writePictures(plot);
+    return tell(common, files, plot);
+  });
 }
 
 }  // namespace wristlog

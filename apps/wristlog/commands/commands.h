@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "recording/decoded_recording.h"
+#include "commands/many_recordings.h"
 #include "session/options.h"
 
 namespace wristlog {
@@ -39,15 +39,20 @@ struct RetrieveOptions {
   std::int16_t Attempts = 1;
 };
 
+/// The name that stands for standard output in the place of a folder.
+inline constexpr const char* StandardOutput = "-";
+
 struct DecodeOptions {
-  RecordingPlace Place;
-  std::string Folder, Now;
+  RecordingPlaces Places;
+  std::string Folder;  ///< empty: nothing is written
+  std::string Now;
   bool Diagnostic = false, Force = false;
 };
 
 struct PlotOptions {
-  std::string Recording, Folder;
-  bool Diagnostic = false, Force = false, Unchecked = false;
+  RecordingPlaces Places;  ///< folders only
+  std::string Folder;      ///< empty: each one's own
+  bool Diagnostic = false, Force = false;
 };
 
 struct ConsoleOptions {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "recording/decoded_recording.h"
+#include "commands/many_recordings.h"
 #include "session/options.h"
 
 namespace wristlog {
@@ -15,6 +15,11 @@ struct OutputOptions {
 struct RecordingFileOptions {
   RecordingPlace Place;
   OutputOptions Output;
+};
+
+struct ReportOptions {
+  RecordingPlaces Places;
+  OutputOptions Output;  ///< no file: report.csv in each recording's folder
 };
 
 struct RawLoadOptions {
@@ -36,7 +41,7 @@ struct ConfigImportOptions {
 
 int runRawDump(const CommonOptions& common, const RecordingFileOptions& options);
 int runRawLoad(const CommonOptions& common, const RawLoadOptions& options);
-int runReport(const CommonOptions& common, const RecordingFileOptions& options);
+int runReport(const CommonOptions& common, const ReportOptions& options);
 int runLightTest(const CommonOptions& common, const RecordingFileOptions& options);
 int runActivityOnly(const CommonOptions& common, const RecordingFileOptions& options);
 int runConfigShow(const CommonOptions& common, const ConfigOptions& options);

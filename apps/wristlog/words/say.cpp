@@ -45,6 +45,10 @@ Speech complain() { return Speech(errors); }
 
 void printDocument(std::string_view document) { output << document << '\n' << std::flush; }
 
+void printText(std::string_view text) {
+  output.write(text.data(), static_cast<std::streamsize>(text.size()));
+}
+
 bool flushStandardOutput() {
   output.flush();
   return output.good();

@@ -45,8 +45,10 @@ class Speech {
 Speech say();
 Speech complain();
 
-/// Writes a document for programs to standard output, as it is.
+/// Writes a document for programs to standard output, as it is, with a line end.
 void printDocument(std::string_view document);
+/// Writes a piece of a text for programs there, as it is.
+void printText(std::string_view text);
 
 /// False when something could not be written.
 bool flushStandardOutput();
