@@ -52,7 +52,8 @@ class PlanCheck {
                                       {plan_.Start, ReturnCode::WrongStart},
                                       {plan_.End, ReturnCode::WrongEnd}})
       if (given)
-        if (std::string why = skipWords(zone_, plan_.Daylight, *given); !why.empty()) return {code, std::move(why)};
+        if (std::string why = skipWords(zone_, plan_.Daylight, *given); !why.empty())
+          return {code, std::move(why)};
     return times();
   }
 

@@ -19,16 +19,16 @@ struct RecordingPlan {
   std::optional<double> SetTime, Start, End;  ///< none: now, as soon as possible, never
 };
 
-/// 0 with no words, or the return code that a plan ends with, and why in words; those are empty where the code
-/// tells enough.
+/// 0 with no words, or the return code that a plan ends with, and why in words; those are empty where the
+/// code tells enough.
 struct PlanVerdict {
   std::int32_t Code = 0;
   std::string Why;
 };
 
 /// Whether a logger can make the recording as planned. Configure notices some of these only after it has
-/// stopped the logger, and moves others to what the logger can do. A start and an end are given a minute more,
-/// for the time until the logger is told. Raises NoZones as the catalogue does.
+/// stopped the logger, and moves others to what the logger can do. A start and an end are given a minute
+/// more, for the time until the logger is told. Raises NoZones as the catalogue does.
 PlanVerdict verdictOn(const RecordingPlan& plan);
 
 /// Why a moment is none of a zone's: its clocks skip it. Empty for all others, and for an unknown zone.

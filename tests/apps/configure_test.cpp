@@ -34,8 +34,8 @@ Desk<sim::PendrelBench> wornPendrel() {
   return Desk(bench);
 }
 
-/// A recording is refused to `configure` until it was retrieved and written, and nothing but an inquiry is sent
-/// for it.
+/// A recording is refused to `configure` until it was retrieved and written, and nothing but an inquiry is
+/// sent for it.
 template <class Bench>
 void expectKept(Desk<Bench> desk, const Commands& commands) {
   const hy_wristlog::TemporaryFolder folder;
@@ -46,8 +46,9 @@ void expectKept(Desk<Bench> desk, const Commands& commands) {
     expectIn(told.Out, {"not retrieved"});
     const std::string sent = desk.sentBy(commands.Configure, told);
     EXPECT_EQ(told.Status, 1);
-    expectIn(told.Err, {"not retrieved", "of Subject 17, since 2026-03-02 09:01 -05:00", " bytes. ", "--erase",
-                        "'wristlog " + commands.Retrieve.substr(0, commands.Retrieve.find(" --"))});
+    expectIn(told.Err,
+             {"not retrieved", "of Subject 17, since 2026-03-02 09:01 -05:00", " bytes. ", "--erase",
+              "'wristlog " + commands.Retrieve.substr(0, commands.Retrieve.find(" --"))});
     EXPECT_EQ(sent, asking);
   };
   expectRefused();
@@ -63,7 +64,8 @@ void expectKept(Desk<Bench> desk, const Commands& commands) {
   EXPECT_EQ(Json::parse(runHere(commands.Status + "--json").Out).at("retrieval").at("place"), made);
   const Told told = runHere(commands.Configure);
   EXPECT_EQ(told.Status, 0) << told.Err;
-  expectIn(told.Out, {"  Who      Next, gender X\n", "  Start    2026-03-02 1", " -05:00\n", "  Battery  about "});
+  expectIn(told.Out,
+           {"  Who      Next, gender X\n", "  Start    2026-03-02 1", " -05:00\n", "  Battery  about "});
   desk.bench.Logger->wear(3h);
   EXPECT_EQ(runHere(commands.Configure).Status, 1);
   const Json document = Json::parse(runHere(commands.Configure + "--erase --json").Out);
@@ -87,9 +89,11 @@ TEST(Configure, APendrelThatWasWornAgainIsNotRetrieved) {
 TEST(Configure, WhatTheLoggerWouldNotDoIsRefusedBeforeItIsAsked) {
   Desk desk = worn(sim::makeVividBench());
   const std::pair<std::string, std::vector<std::string>> cases[] = {
-      {"60 --start 2026-03-08T02:30", {"10007", "skip 2026-03-08 02:30", "from 2026-03-08 02:00 to 2026-03-08 03:00"}},
+      {"60 --start 2026-03-08T02:30",
+       {"10007", "skip 2026-03-08 02:30", "from 2026-03-08 02:00 to 2026-03-08 03:00"}},
       {"60 --start 2026-03-01", {"10007", "The earliest start is now 2026-03-02 12:0"}},
-      {"120 --start 2026-03-05 --end 2026-03-05T03:59", {"10023", "ends at 2026-03-05 04:00 at the earliest"}},
+      {"120 --start 2026-03-05 --end 2026-03-05T03:59",
+       {"10023", "ends at 2026-03-05 04:00 at the earliest"}},
       {"300 --end 2026-03-03T12:00", {"10023", "ends at 2026-03-03 13:"}},
       {"60 --end 2026-03-08T02:30", {"10023", "skip"}},
       {"60 --zone XYZ", {"10019"}}};
@@ -104,9 +108,12 @@ TEST(Configure, WhatTheLoggerWouldNotDoIsRefusedBeforeItIsAsked) {
       "configure --model vivid --mode 1 --erase --epoch 300 --zone EST --start 2026-03-07T10:02:30 "
       "--end 2026-03-09T10:00");
   EXPECT_EQ(told.Status, 0) << told.Err;
-  expectIn(told.Out, {"  Mode     1, activity\n", "  Epoch    300 seconds\n", "  Start    2026-03-07 10:00 -05:00\n",
-                      "  End      2026-03-09 10:00 -04:00\n", "  Zone     EST, "});
-  EXPECT_EQ(runHere("legacy configure --simulate pendrel14 --mode 1 --epoch 30 --start 2026-03-08T02:30").Status, 1);
+  expectIn(told.Out,
+           {"  Mode     1, activity\n", "  Epoch    300 seconds\n", "  Start    2026-03-07 10:00 -05:00\n",
+            "  End      2026-03-09 10:00 -04:00\n", "  Zone     EST, "});
+  EXPECT_EQ(
+      runHere("legacy configure --simulate pendrel14 --mode 1 --epoch 30 --start 2026-03-08T02:30").Status,
+      1);
 }
 
 TEST(Retrieve, WhatWasIgnoredIsNamedAndNoFailure) {

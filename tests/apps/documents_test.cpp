@@ -53,9 +53,9 @@ std::vector<Example> allExamples() {
   return examples;
 }
 
-/// A machine with a new Kestrin Vivid in its dock and a new Pendrel in its reader. Who configures one wears it
-/// for some hours and docks it again. Each document has a folder, in which the recordings that it names are
-/// already there unless it makes them.
+/// A machine with a new Kestrin Vivid in its dock and a new Pendrel in its reader. Who configures one wears
+/// it for some hours and docks it again. Each document has a folder, in which the recordings that it names
+/// are already there unless it makes them.
 class DocumentedDesk {
  public:
   DocumentedDesk() : former_(fs::current_path()) {
@@ -87,7 +87,8 @@ class DocumentedDesk {
     if (folder == "monday" && !fs::exists(folder)) make("vivid", folder);
     if (name == "tuesday" || name == "bench") make("kestrin2", name);
     if (name == "cut.bin")
-      hy_wristlog::putFile(fs::current_path() / name, hy_wristlog::contentOf("monday/raw.bin").substr(0, 100));
+      hy_wristlog::putFile(fs::current_path() / name,
+                           hy_wristlog::contentOf("monday/raw.bin").substr(0, 100));
   }
   static void make(const std::string& model, const std::string& folder) {
     const std::string options = "retrieve --model " + model + " --simulate " + model + " --out " + folder;

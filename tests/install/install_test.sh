@@ -48,6 +48,8 @@ if [ -z "${HOST_FLAGS:-}" ]; then  # the interpreter has no sanitizers' runtime
   [ "$(python3 -c 'import hy_wristlog; print(hy_wristlog.__version__)')" = "$version" ]
 fi
 
+bash -n "$prefix/share/bash-completion/completions/wristlog"
+grep -q '^#compdef wristlog' "$prefix/share/zsh/vendor-completions/_wristlog"
 manual=$(zcat -f "$prefix"/share/man/man1/wristlog.1* | sed 's/\\-/-/g; s/\\f[BR]//g')
 grep -qF "HY_Wristlog $version" <<<"$manual"
 commands=$(grep '^\.B ' <<<"$manual")

@@ -1,4 +1,5 @@
-// Scripts by which bash and zsh complete commands, options and their values, made from the command line itself.
+// Scripts by which bash and zsh complete commands, options and their values, made from the command line
+// itself.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
@@ -22,8 +23,9 @@ struct Command {
   std::string Path;  ///< " legacy status"; empty for the program itself
   bool IsGroup = false;
   std::vector<Entry> Entries;
-  std::vector<std::pair<std::string, std::string>> Choices;  ///< an option, and its values with blanks between
-  std::vector<std::string> Valued;                           ///< options with other values
+  std::vector<std::pair<std::string, std::string>>
+      Choices;                      ///< an option, and its values with blanks between
+  std::vector<std::string> Valued;  ///< options with other values
 };
 
 /// "vivid kestrin2" of "TEXT:{vivid,kestrin2}".
@@ -82,7 +84,8 @@ std::string bashScript(const std::vector<Command>& commands) {
   std::string script =
       "# Completes the commands and options of wristlog in bash. Made by 'wristlog completion bash'.\n"
       "_wristlog() {\n"
-      "  local word=\"${COMP_WORDS[COMP_CWORD]}\" before=\"${COMP_WORDS[COMP_CWORD-1]}\" place=\"\" words=\"\" i\n"
+      "  local word=\"${COMP_WORDS[COMP_CWORD]}\" before=\"${COMP_WORDS[COMP_CWORD-1]}\" place=\"\" "
+      "words=\"\" i\n"
       "  COMPREPLY=()\n"
       "  for ((i = 1; i < COMP_CWORD; i++)); do\n"
       "    case \"$place ${COMP_WORDS[i]}\" in\n"
@@ -150,12 +153,13 @@ std::string zshScript(const std::vector<Command>& commands) {
 
 void addCompletionCommand(CommandLine& cli) {
   auto shell = std::make_shared<std::string>();
-  CLI::App* sub = cli.add("completion", "A script by which a shell completes commands and options", [&cli, shell] {
-    std::vector<Command> commands;
-    collect(cli.named({}), "", commands);
-    say().lines(*shell == "bash" ? bashScript(commands) : zshScript(commands), "");
-    return Good;
-  });
+  CLI::App* sub =
+      cli.add("completion", "A script by which a shell completes commands and options", [&cli, shell] {
+        std::vector<Command> commands;
+        collect(cli.named({}), "", commands);
+        say().lines(*shell == "bash" ? bashScript(commands) : zshScript(commands), "");
+        return Good;
+      });
   sub->add_option("shell", *shell, "bash or zsh")->required()->check(CLI::IsMember({"bash", "zsh"}));
   sub->footer(
       "Example: wristlog completion bash > ~/.local/share/bash-completion/completions/wristlog\n"

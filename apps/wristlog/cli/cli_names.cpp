@@ -8,8 +8,8 @@
 namespace wristlog {
 namespace {
 
-/// The least number of letters that are to be put in, taken out or exchanged, where two neighbours that changed
-/// places count once (optimal string alignment distance).
+/// The least number of letters that are to be put in, taken out or exchanged, where two neighbours that
+/// changed places count once (optimal string alignment distance).
 std::size_t distance(const std::string& from, const std::string& to) {
   std::vector<std::size_t> before, last(to.size() + 1), row(to.size() + 1);
   std::iota(last.begin(), last.end(), std::size_t{0});
@@ -42,7 +42,8 @@ std::vector<const CLI::App*> commandsOf(const CLI::App& app) {
 
 std::vector<const CLI::Option*> optionsOf(const CLI::App& app) {
   std::vector<const CLI::Option*> options = app.get_options();
-  for (const CLI::App* group : app.get_subcommands([](const CLI::App* sub) { return sub->get_name().empty(); }))
+  for (const CLI::App* group :
+       app.get_subcommands([](const CLI::App* sub) { return sub->get_name().empty(); }))
     for (const CLI::Option* option : optionsOf(*group)) options.push_back(option);
   return options;
 }

@@ -40,9 +40,9 @@ std::optional<double> dateOf(const std::string& text) {
   return text.empty() ? std::nullopt : std::optional(engineering::dateFromText(text));
 }
 
-engineering::RecordingPlan planOf(const ConfigureOptions& options) {
+engineering::RecordingPlan planOf(hw::enmLoggerPointer model, const ConfigureOptions& options) {
   engineering::RecordingPlan plan;
-  plan.Model = modelFromName(options.Model);
+  plan.Model = model;
   plan.Mode = static_cast<hw::enmVardenLoggingMode>(options.Mode);
   plan.EpochLength = options.EpochLength;
   plan.Zone = upper(options.Zone);
@@ -64,12 +64,14 @@ std::int32_t checkHeld(Session& session, const engineering::RecordingPlan& plan,
   if (!status.wasRead() && !status.Simple.starts_with("Error:")) return hw::ReturnCode::NotFound;
   if (options.Erase) return hw::ReturnCode::Success;
   if (!status.tellsRecording()) refuseUnknown(status.Long);
-  requireRetrieved(heldBy(*status.Logger), "wristlog retrieve --model " + options.Model + " --out FOLDER");
+  const std::string model = options.Model.empty() ? "" : " --model " + options.Model;
+  requireRetrieved(heldBy(*status.Logger), "wristlog retrieve" + model + " --out FOLDER");
   return hw::ReturnCode::Success;
 }
 
-Configured configure(Session& session, const ConfigureOptions& options, hw::Class_Subject& subject) {
-  const engineering::RecordingPlan plan = planOf(options);
+Configured configure(Session& session, hw::enmLoggerPointer model, const ConfigureOptions& options,
+                     hw::Class_Subject& subject) {
+  const engineering::RecordingPlan plan = planOf(model, options);
   Configured result;
   const engineering::PlanVerdict verdict = engineering::verdictOn(plan);
   result.Code = verdict.Code;
@@ -137,14 +139,15 @@ void tell(const Speech& out, const Configured& result, const hw::Class_VardenLog
 int runConfigure(const CommonOptions& common, const ConfigureOptions& options) {
   Session session(common);
   hw::Class_Subject subject = subjectFrom(options.Subject);
-  const Configured result = configure(session, options, subject);
+  const hw::enmLoggerPointer model = modelFromName(options.Model);
+  const Configured result = configure(session, model, options, subject);
   const bool good = result.Code == 0;
   if (good) forgetRetrieval(result.SerialNumber);
   const std::string meaning =
       !result.Why.empty() ? result.Why + " No logger was changed."
       : result.Code == hw::ReturnCode::Aborted
           ? "Aborted. A recording that the logger still holds can be retrieved; otherwise configure it again."
-          : explanationOf(result.Code, modelFromName(options.Model));
+          : explanationOf(result.Code, model);
   if (session.asJson())
     print({{"return_code", result.Code},
            {"return_code_meaning", meaning},

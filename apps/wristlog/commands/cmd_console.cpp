@@ -32,14 +32,13 @@ struct Result {
 };
 
 /// Makes the traffic that the screen shows. Runs to its end, or to an abort.
-using Workflow = std::function<Result(hw::Class_Main&, const ConsoleOptions&)>;
+using Workflow = std::function<Result(hw::Class_Main&, hw::enmLoggerPointer model, const ConsoleOptions&)>;
 
 Result resultOf(std::int32_t code, hw::enmLoggerPointer model, const std::string& details) {
   return {code, "Code " + std::to_string(code) + ": " + explanationOf(code, model) + details};
 }
 
-Result askStatus(hw::Class_Main& main, const ConsoleOptions& options) {
-  const hw::enmLoggerPointer model = modelFromName(options.Model);
+Result askStatus(hw::Class_Main& main, hw::enmLoggerPointer model, const ConsoleOptions&) {
   std::string simple;
   std::string words;
   std::shared_ptr<hw::Class_VardenLogger> logger;
@@ -49,8 +48,7 @@ Result askStatus(hw::Class_Main& main, const ConsoleOptions& options) {
   return resultOf(code, model, " " + simple + (words == simple ? "" : ". " + words));
 }
 
-Result retrieveRecording(hw::Class_Main& main, const ConsoleOptions& options) {
-  const hw::enmLoggerPointer model = modelFromName(options.Model);
+Result retrieveRecording(hw::Class_Main& main, hw::enmLoggerPointer model, const ConsoleOptions& options) {
   Retrieval retrieval = retrieve(main, model, options.IgnoreWarnings);
   RetrievedRecording recording(*retrieval.Logger, retrieval.Verdict, retrieval.LowBattery);
   constexpr bool AskedToStop = false;
@@ -76,14 +74,19 @@ const std::map<std::string, Workflow>& workflows() {
   return known;
 }
 
+hw::enmLoggerPointer dockedModel(const std::string& name, const std::shared_ptr<platform::Platform>& world) {
+  const platform::WorldScope scope(world);
+  return modelFromName(name);
+}
+
 Result watch(const CommonOptions& common, const ConsoleOptions& options) {
   std::optional<hw::simulator::DockBench> bench;
   if (!common.Simulate.empty()) bench = makeWornBench(common.Simulate);
   const std::shared_ptr<platform::Platform> machine = platform::shareCurrent();
-  const std::string model = engineering::modelWords(modelFromName(options.Model));
-  DebuggerScreen screen(
-      "Communications Debugger: " + options.Workflow + ", " + model + (bench ? ", simulated" : ""),
-      machine->clock());
+  const hw::enmLoggerPointer model = dockedModel(options.Model, bench ? bench->World : machine);
+  DebuggerScreen screen("Communications Debugger: " + options.Workflow + ", " +
+                            engineering::modelWords(model) + (bench ? ", simulated" : ""),
+                        machine->clock());
   const auto host = std::make_shared<DebuggerHost>(screen);
   std::shared_ptr<platform::Platform> world = bench ? bench->World : machine;
   if (common.Recorder) world = common.Recorder->begin(world, common.Arguments, common.Simulate);
@@ -103,7 +106,7 @@ Result watch(const CommonOptions& common, const ConsoleOptions& options) {
     main.AbortComms();
   };
   try {
-    result = workflows().at(options.Workflow)(main, options);
+    result = workflows().at(options.Workflow)(main, model, options);
   } catch (const hw::Failure& failure) {
     result = {failure.Number, wordsFor(failure)};
   }

@@ -9,6 +9,7 @@
 #include "commands/commands.h"
 #include "engineering/dates.h"
 #include "engineering/zones.h"
+#include "hy_wristlog/Class_Main.h"
 #include "recording/json_output.h"
 #include "recording/recording_files.h"
 #include "recording/retrieved_recording.h"
@@ -152,7 +153,7 @@ class Demo {
     say("Retrieved " + std::to_string(recording.bytes()) + " bytes in " +
         std::to_string(std::lround(elapsed)) +
         " simulated seconds: " + std::to_string(logger->Get_Samples()) + " epochs, " +
-        std::to_string(logger->Get_MarkerCount()) + " markers. " + wordsFor(result));
+        std::to_string(logger->Get_MarkerCount()) + " markers. " + hw::Class_Main::ResultMeaning(result));
     drawDays(wristlog::say(), *logger);
     say("Written:");
     for (const std::string& path : files_.existing()) say("  " + path);

@@ -5,12 +5,12 @@
 
 #include "commands/file_commands.h"
 #include "engineering/files.h"
+#include "hy_wristlog/Class_Main.h"
 #include "recording/decoded_recording.h"
 #include "recording/json_output.h"
 #include "recording/recording_world.h"
 #include "recording/signals_held.h"
 #include "session/session.h"
-#include "words/meanings.h"
 #include "words/say.h"
 
 namespace wristlog {
@@ -70,7 +70,7 @@ Json writeReport(const CommonOptions& common, const RecordingFileOptions& option
   const auto save = [&](hw::Class_VardenLogger& logger, Json& document) {
     const hw::enmDecodeResult result = engineering::saveReport(logger, options.Output.File);
     document["decode_result"] = static_cast<std::int32_t>(result);
-    document["decode_result_name"] = nameOf(result);
+    document["decode_result_name"] = hw::Class_Main::ResultName(result);
     document["part"] = logger.Get_RawDataIsPart();
     document["samples"] = logger.Get_Samples();
     std::optional<RecordingPart> part;

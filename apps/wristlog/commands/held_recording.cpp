@@ -60,8 +60,9 @@ void makeFolders(const std::string& folder) {
 }
 
 std::string text(const Json& note, const char* name) {
-  return note.is_object() && note.contains(name) && note.at(name).is_string() ? note.at(name).get<std::string>()
-                                                                              : std::string();
+  return note.is_object() && note.contains(name) && note.at(name).is_string()
+             ? note.at(name).get<std::string>()
+             : std::string();
 }
 
 /// The recording has come to more bytes since, but only while the logger lay in its reader.
@@ -124,19 +125,20 @@ void noteRetrieval(const HeldRecording& held, const std::string& place) {
   if (file.empty() || held.Bytes < 1 || held.Start.empty()) return;
   std::error_code error;
   const std::filesystem::path whole = std::filesystem::absolute(place, error);
-  const Json note{{"serial_number", held.SerialNumber},
-                  {"start_utc", held.Start},
-                  {"bytes", held.Bytes},
-                  {"retrieved", engineering::isoNow()},
-                  {"retrieved_utc", engineering::isoDate(
-                                        hw::dateFromCivil(platform::current().clock().utc()), "Z")},
-                  {"place", error ? place : whole.lexically_normal().string()}};
+  const Json note{
+      {"serial_number", held.SerialNumber},
+      {"start_utc", held.Start},
+      {"bytes", held.Bytes},
+      {"retrieved", engineering::isoNow()},
+      {"retrieved_utc", engineering::isoDate(hw::dateFromCivil(platform::current().clock().utc()), "Z")},
+      {"place", error ? place : whole.lexically_normal().string()}};
   try {
     makeFolders(notesFolder());
     platform::current().files().write(file, note.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
   } catch (const platform::SystemError& problem) {
-    complain() << "It could not be noted that this recording was retrieved, so 'configure' will ask for --erase: "
-               << file << ": " << platform::current().environment().errorText(problem.Number) << '\n';
+    complain()
+        << "It could not be noted that this recording was retrieved, so 'configure' will ask for --erase: "
+        << file << ": " << platform::current().environment().errorText(problem.Number) << '\n';
   }
 }
 
@@ -174,9 +176,10 @@ void requireRetrieved(const HeldRecording& held, const std::string& retrieve) {
 }
 
 void refuseUnknown(const std::string& reason) {
-  throw hw::Failure(hw::FailureNumber::FileExists, Source,
-                    "It cannot be told whether the logger holds a recording, which configuring would erase. " +
-                        reason + " --erase configures the logger all the same");
+  throw hw::Failure(
+      hw::FailureNumber::FileExists, Source,
+      "It cannot be told whether the logger holds a recording, which configuring would erase. " + reason +
+          " --erase configures the logger all the same");
 }
 
 std::string minuteWords(const std::string& isoLocal) {

@@ -30,8 +30,8 @@ using RecordingWork = std::function<Json(const RecordingPlace& place, std::size_
 enum class Heading : std::uint8_t { Said, None };
 
 /// Does the work for each recording. Of one the document is the command's, and a failure goes on. Of several
-/// the document has a member "recordings", and one that fails is told and does not stop the others. Returns the
-/// exit status.
+/// the document has a member "recordings", and one that fails is told and does not stop the others. Returns
+/// the exit status.
 int forEachRecording(const CommonOptions& common, const std::vector<RecordingPlace>& places,
                      const RecordingWork& work, Heading heading = Heading::Said);
 

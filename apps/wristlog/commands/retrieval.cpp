@@ -6,6 +6,7 @@
 
 #include "base/dates.h"
 #include "base/numbers.h"
+#include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/failure_numbers.h"
 #include "words/broken_retrieval.h"
 #include "words/counted.h"
@@ -83,8 +84,9 @@ std::string judge(Retrieval& retrieval, const RetrievedRecording& recording, hw:
 
 std::string verdictWords(const Retrieval& retrieval) {
   const hw::Class_VardenLogger& logger = *retrieval.Logger;
-  return wordsFor(*retrieval.Verdict) + " " + counted(logger.Get_Samples(), "epoch") + " of " +
-         counted(logger.Get_EpochLength(), "second") + " from logger " + logger.Get_SerialNumber() + ".";
+  return hw::Class_Main::ResultMeaning(*retrieval.Verdict) + " " + counted(logger.Get_Samples(), "epoch") +
+         " of " + counted(logger.Get_EpochLength(), "second") + " from logger " + logger.Get_SerialNumber() +
+         ".";
 }
 
 }  // namespace wristlog

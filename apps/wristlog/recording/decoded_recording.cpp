@@ -3,6 +3,7 @@
 #include "base/dates.h"
 #include "engineering/dates.h"
 #include "engineering/files.h"
+#include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/failure.h"
 #include "platform/platform.h"
 #include "recording/recording_files.h"
@@ -88,10 +89,10 @@ std::string verdictOf(const DecodedRecording& recording) {
 
 std::string verdictOf(hw::enmDecodeResult result, const std::optional<RecordingPart>& part,
                       bool isUnchecked) {
-  if (!isUnchecked && !part) return wordsFor(result);
+  if (!isUnchecked && !part) return hw::Class_Main::ResultMeaning(result);
   const std::string words = part ? "Only the beginning of a recording: " + wordsFor(*part) + "."
                                  : "Unchecked: the bytes are not those that the configuration tells of.";
-  return result == hw::Decode_OK ? words : words + " " + wordsFor(result);
+  return result == hw::Decode_OK ? words : words + " " + hw::Class_Main::ResultMeaning(result);
 }
 
 DecodedRecording decoded(const engineering::SavedRecording& recording, bool diagnostic) {

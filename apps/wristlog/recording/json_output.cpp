@@ -9,7 +9,7 @@
 #include "engineering/dates.h"
 #include "engineering/recording.h"
 #include "engineering/zones.h"
-#include "words/meanings.h"
+#include "hy_wristlog/Class_Main.h"
 #include "words/say.h"
 
 namespace wristlog {
@@ -154,7 +154,7 @@ Json recordingJson(hw::Class_VardenLogger& logger, std::optional<hw::enmDecodeRe
                    bool lowBattery) {
   Json object = Json::object();
   object["decode_result"] = result ? Json(static_cast<std::int32_t>(*result)) : Json();
-  object["decode_result_name"] = result ? Json(nameOf(*result)) : Json();
+  object["decode_result_name"] = result ? Json(hw::Class_Main::ResultName(*result)) : Json();
   object["samples"] = logger.Get_Samples();
   put(object, "start_time_gmt", logger.Get_StartTimeGMT());
   object["low_battery"] = lowBattery;

@@ -10,6 +10,7 @@
 #include "engineering/dates.h"
 #include "engineering/recording.h"
 #include "engineering/zones.h"
+#include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/failure.h"
 #include "picture/actogram.h"
 #include "picture/report.h"
@@ -21,7 +22,6 @@
 #include "recording/plotted_logger.h"
 #include "recording/series_csv.h"
 #include "recording/signals_held.h"
-#include "words/meanings.h"
 
 namespace wristlog {
 
@@ -307,7 +307,7 @@ Json summaryJson(const DecodedRecording& recording) {
   summary["markers"] = logger.Get_MarkerCount() + logger.Get_Marker2Count();
   summary["battery"] = engineering::batteryWords(logger);
   summary["low_battery_detected"] = recording.LowBattery;
-  summary["result"] = nameOf(recording.Result);
+  summary["result"] = hw::Class_Main::ResultName(recording.Result);
   summary["result_in_words"] = verdictOf(recording);
   if (recording.Unchecked) summary["unchecked"] = true;
   if (recording.Part) summary.update(partJson(*recording.Part));

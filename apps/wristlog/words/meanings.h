@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <string>
 
-#include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/enumerations.h"
 #include "hy_wristlog/failure.h"
 
@@ -28,15 +27,5 @@ std::string dockTroubleOf(hy_wristlog::enmLoggerPointer model);
 
 /// The failure that ended a command, in one line.
 std::string wordsFor(const hy_wristlog::Failure& failure);
-
-/// The name of the verdict: "Decode_OK".
-inline std::string nameOf(hy_wristlog::enmDecodeResult result) {
-  return hy_wristlog::Class_Main::ResultName(result);
-}
-
-/// The verdict on a recording, in a sentence.
-inline std::string wordsFor(hy_wristlog::enmDecodeResult result) {
-  return hy_wristlog::Class_Main::ResultMeaning(result);
-}
 
 }  // namespace wristlog
