@@ -61,11 +61,16 @@ void expectKept(Desk<Bench> desk, const Commands& commands) {
 
   EXPECT_EQ(runHere(commands.Retrieve + made + " --force").Status, 0);
   expectIn(runHere(commands.Status).Out, {"was retrieved on 2026-03-02 1", ", to " + made});
+  const std::string bytes = hy_wristlog::contentOf(made + "/raw.bin");
+  hy_wristlog::putFile(made + "/raw.bin", "of another recording");
+  expectRefused();
+  hy_wristlog::putFile(made + "/raw.bin", bytes);
   EXPECT_EQ(Json::parse(runHere(commands.Status + "--json").Out).at("retrieval").at("place"), made);
   const Told told = runHere(commands.Configure);
   EXPECT_EQ(told.Status, 0) << told.Err;
   expectIn(told.Out,
            {"  Who      Next, gender X\n", "  Start    2026-03-02 1", " -05:00\n", "  Battery  about "});
+  EXPECT_EQ(runHere(commands.Configure).Status, 0) << "nothing is recorded yet";
   desk.bench.Logger->wear(3h);
   EXPECT_EQ(runHere(commands.Configure).Status, 1);
   const Json document = Json::parse(runHere(commands.Configure + "--erase --json").Out);

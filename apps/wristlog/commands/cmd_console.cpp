@@ -53,7 +53,8 @@ Result retrieveRecording(hw::Class_Main& main, hw::enmLoggerPointer model, const
   RetrievedRecording recording(*retrieval.Logger, retrieval.Verdict, retrieval.LowBattery);
   constexpr bool AskedToStop = false;
   const std::string words = judge(retrieval, recording, model, AskedToStop);
-  Result result{retrieval.Code, "Code " + std::to_string(retrieval.Code) + ": " + words};
+  Result result{retrieval.isGood() ? 0 : retrieval.Code,
+                "Code " + std::to_string(retrieval.Code) + ": " + words};
   if (retrieval.Verdict) result.Words += " " + verdictWords(retrieval);
   if (recording.part())
     result.Words += " The beginning of the recording came: " + wordsFor(*recording.part()) + ".";
@@ -62,10 +63,11 @@ Result retrieveRecording(hw::Class_Main& main, hw::enmLoggerPointer model, const
     const auto place = recording.placeFor(files);
     const HeldRecording held = heldBy(*retrieval.Logger);
     if (place) recording.write(*place);
-    if (recording.isSound()) noteRetrieval(held, place.value_or(files).folder());
+    if (recording.isSound()) noteRetrieval(held, place.value_or(files).folder(), WholeRaw);
     result.Words +=
         place ? " Written to " + place->folder() + "." : " " + options.Folder + " was left as it is.";
   }
+  if (retrieval.isGood()) result.Words += " The logger has stopped recording.";
   return result;
 }
 

@@ -119,7 +119,7 @@ int runPendrelRetrieve(const CommonOptions& common, const ReaderOptions& reader,
   const hw::PendrelDetails details = session.workflows().Details();
   const bool good = result.Code == 0;
   writeFiles(files, session, details, result);
-  if (good) noteRetrieval(heldBy(session.logger()), options.Folder);
+  if (good) noteRetrieval(heldBy(session.logger()), options.Folder, WholeRaw);
   const bool drawn = !good || drawPictures(files, session.logger(), details.DeviceText);
   Json facts = good ? recordingJson(session.logger()) : Json::object();
   facts["battery_life_remaining"] =

@@ -99,7 +99,7 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   const HeldRecording held = heldBy(*retrieval.Logger);
   const Written written = write(retrieval, recording, files);
   // Without a place its folder holds all of it already.
-  if (recording.isSound()) noteRetrieval(held, written.Place.value_or(files).folder());
+  if (recording.isSound()) noteRetrieval(held, written.Place.value_or(files).folder(), WholeRaw);
   if (!retrieval.isGood()) session.writeRecord(written.Place.value_or(files), retrieval.Code, meaning);
   if (session.asJson()) {
     Json document = documentOf(retrieval, recording, meaning);

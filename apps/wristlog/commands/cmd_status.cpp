@@ -34,7 +34,7 @@ int runStatus(const CommonOptions& common, const std::string& model) {
            {"simple_status", status.Simple},
            {"long_status", status.Long},
            {"battery_life_remaining", batteryJson(status.BatteryLife)},
-           {"retrieval", held.isThere() ? retrievalJson(held) : Json()},
+           {"retrieval", retrievalJson(held)},
            {"logger", status.wasRead() ? loggerJson(*status.Logger) : Json()},
            {"subject", status.wasRead() ? subjectJson(*status.Subject) : Json()}});
     return exitStatus;

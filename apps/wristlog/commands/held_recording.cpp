@@ -22,6 +22,7 @@ namespace platform = hy_wristlog::platform;
 namespace {
 
 constexpr const char* Source = "wristlog";
+constexpr std::string_view Digits = "0123456789ABCDEF";
 constexpr std::size_t LongestNote = 64 << 10;
 /// How long a recording that goes on counts as retrieved: its logger lies in the reader.
 constexpr std::int64_t GraceSeconds = 3600;
@@ -36,7 +37,6 @@ std::string notesFolder() {
 /// A file for each logger, so that two programs at work never write the same one. Characters of a damaged
 /// serial number do not leave the folder.
 std::string noteFile(const std::string& serialNumber) {
-  constexpr std::string_view Digits = "0123456789ABCDEF";
   const std::string folder = notesFolder();
   if (folder.empty() || serialNumber.empty()) return {};
   std::string name;
@@ -59,6 +59,30 @@ void makeFolders(const std::string& folder) {
   }
 }
 
+double utcNow() { return hw::dateFromCivil(platform::current().clock().utc()); }
+
+std::string fromRoot(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path whole = std::filesystem::absolute(path, error).lexically_normal();
+  if (error) return path;
+  return (whole.has_filename() ? whole : whole.parent_path()).string();
+}
+
+/// Empty for a file that is not there, or cannot be read.
+std::string digestOf(const std::string& file) {
+  if (file.empty()) return {};
+  try {
+    const std::string bytes = platform::current().files().read(file);
+    std::string digest;
+    for (const std::uint8_t byte : platform::current().cryptography().md5(
+             {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}))
+      digest.append({Digits[byte >> 4U], Digits[byte & 15U]});
+    return digest;
+  } catch (const platform::SystemError&) {
+    return {};
+  }
+}
+
 std::string text(const Json& note, const char* name) {
   return note.is_object() && note.contains(name) && note.at(name).is_string()
              ? note.at(name).get<std::string>()
@@ -69,8 +93,7 @@ std::string text(const Json& note, const char* name) {
 bool isWithinGrace(const HeldRecording& held, std::int64_t bytes, const std::string& whenUtc) {
   if (!held.GoesOn || held.Bytes < bytes) return false;
   try {
-    const double now = hw::dateFromCivil(platform::current().clock().utc());
-    const std::int64_t since = hw::secondsBetween(engineering::dateFromText(whenUtc), now);
+    const std::int64_t since = hw::secondsBetween(engineering::dateFromText(whenUtc), utcNow());
     return since >= 0 && since <= GraceSeconds;
   } catch (const hw::Failure&) {
     return false;
@@ -114,24 +137,26 @@ std::optional<RetrievalNote> noteOf(const HeldRecording& held) {
       return std::nullopt;
     const auto bytes = note.at("bytes").get<std::int64_t>();
     if (bytes != held.Bytes && !isWithinGrace(held, bytes, text(note, "retrieved_utc"))) return std::nullopt;
-    return RetrievalNote{text(note, "retrieved"), text(note, "retrieved_utc"), text(note, "place")};
+    const std::string digest = digestOf(text(note, "file"));
+    if (!digest.empty() && digest != text(note, "md5")) return std::nullopt;
+    return RetrievalNote{text(note, "retrieved"), text(note, "place"), !digest.empty()};
   } catch (const platform::SystemError&) {
     return std::nullopt;
   }
 }
 
-void noteRetrieval(const HeldRecording& held, const std::string& place) {
+void noteRetrieval(const HeldRecording& held, const std::string& place, const std::string& bytes) {
   const std::string file = noteFile(held.SerialNumber);
   if (file.empty() || held.Bytes < 1 || held.Start.empty()) return;
-  std::error_code error;
-  const std::filesystem::path whole = std::filesystem::absolute(place, error);
-  const Json note{
-      {"serial_number", held.SerialNumber},
-      {"start_utc", held.Start},
-      {"bytes", held.Bytes},
-      {"retrieved", engineering::isoNow()},
-      {"retrieved_utc", engineering::isoDate(hw::dateFromCivil(platform::current().clock().utc()), "Z")},
-      {"place", error ? place : whole.lexically_normal().string()}};
+  const std::string whole = fromRoot(place), written = bytes.empty() ? whole : whole + "/" + bytes;
+  const Json note{{"serial_number", held.SerialNumber},
+                  {"start_utc", held.Start},
+                  {"bytes", held.Bytes},
+                  {"retrieved", engineering::isoNow()},
+                  {"retrieved_utc", engineering::isoDate(utcNow(), "Z")},
+                  {"place", whole},
+                  {"file", written},
+                  {"md5", digestOf(written)}};
   try {
     makeFolders(notesFolder());
     platform::current().files().write(file, note.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
@@ -155,12 +180,14 @@ void forgetRetrieval(const std::string& serialNumber) {
 std::string retrievalWords(const HeldRecording& held) {
   const auto note = noteOf(held);
   if (!note) return "Its recording was not retrieved by this user on this computer.";
-  return "Its recording was retrieved on " + minuteWords(note->When) + ", to " + note->Place + ".";
+  return "Its recording was retrieved on " + minuteWords(note->When) + ", to " + note->Place +
+         (note->IsThere ? "." : ", where it is not any more.");
 }
 
 Json retrievalJson(const HeldRecording& held) {
+  if (!held.isThere()) return {};
   const auto note = noteOf(held);
-  return note ? Json{{"retrieved", note->When}, {"place", note->Place}} : Json();
+  return {{"retrieved", note ? Json(note->When) : Json()}, {"place", note ? Json(note->Place) : Json()}};
 }
 
 void requireRetrieved(const HeldRecording& held, const std::string& retrieve) {

@@ -29,20 +29,22 @@ HeldRecording heldBy(const hy_wristlog::Class_Pendrel& logger);
 /// clears its data flag before the files are written, a Pendrel logger keeps none.
 struct RetrievalNote {
   std::string When;     ///< local time with its offset
-  std::string WhenUtc;  ///< the same moment
   std::string Place;    ///< the folder or file, from the root
+  bool IsThere = true;  ///< what was written is still in its place
 };
 
-/// The note of this recording in the user's data folder; none when there is none or it cannot be read.
+/// The note of this recording in the user's data folder; none when there is none, when it cannot be read, and
+/// when another recording has been written to the same place since.
 std::optional<RetrievalNote> noteOf(const HeldRecording& held);
-/// Notes that a recording was written to `place`. Says so when it cannot.
-void noteRetrieval(const HeldRecording& held, const std::string& place);
+/// Notes that a recording was written to `place`, all of it to its file `bytes`; empty where `place` is that
+/// file. Says so when it cannot.
+void noteRetrieval(const HeldRecording& held, const std::string& place, const std::string& bytes = {});
 /// To be called when the logger has a new configuration.
 void forgetRetrieval(const std::string& serialNumber);
 
 /// Whether and when it was retrieved, in a sentence.
 std::string retrievalWords(const HeldRecording& held);
-/// The same as {"retrieved", "place"}; null when it was not retrieved.
+/// The same as {"retrieved", "place"}, both null when it was not retrieved; null without a recording.
 Json retrievalJson(const HeldRecording& held);
 
 /// Raises FileExists for a recording without a note, and tells what would be lost and what `retrieve` command
