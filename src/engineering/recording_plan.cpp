@@ -1,5 +1,6 @@
 #include "engineering/recording_plan.h"
 
+#include <cmath>
 #include <utility>
 
 #include "base/dates.h"
@@ -76,7 +77,32 @@ class PlanCheck {
     // Without a start an early end would be moved.
     if (plan_.End && (code == ReturnCode::WrongEnd || isBefore(toUtc(*plan_.End), times.EndUtc)))
       return {ReturnCode::WrongEnd, endWords(times)};
+    if (code == ReturnCode::Success && !readsBack(times))
+      return {ReturnCode::WrongStart, changeWords(request, plan_.Start.value_or(times.StartLocal))};
     return {code, {}};
+  }
+
+  /// A logger keeps no offset. The library reads back the one that the zone's clock has when it shows what
+  /// UTC shows at the start, and Configure fails where that is another one: near a change of the clocks.
+  bool readsBack(const RecordingTimes& times) const {
+    return Class_TimeZoneTools::fncCalcOffset(times.StartUtc, zone_, daylight_) == times.OffsetMinutes;
+  }
+
+  std::string changeWords(TimeRequest request, double local) const {
+    constexpr std::int32_t Steps = 96;
+    constexpr double HalfHour = 30 / MinutesPerDay;
+    request.EndLocal.reset();
+    for (std::int32_t step = 0; step < Steps; ++step) {
+      request.StartLocal = std::floor(local / HalfHour + 1) * HalfHour + step * HalfHour;
+      RecordingTimes later;
+      fitRecordingTimes(request, later);
+      if (readsBack(later) && skipWords(zone_, plan_.Daylight, *request.StartLocal).empty())
+        return "A start at " + minuteText(local) +
+               " is too near a change of the clocks: what the logger keeps of it could not be verified. The "
+               "next one is " +
+               minuteText(*request.StartLocal) + ".";
+    }
+    return "The start is too near a change of the clocks.";
   }
 
   std::string endWords(const RecordingTimes& times) const {

@@ -101,6 +101,7 @@ TEST(Configure, WhatTheLoggerWouldNotDoIsRefusedBeforeItIsAsked) {
        {"10023", "ends at 2026-03-05 04:00 at the earliest"}},
       {"300 --end 2026-03-03T12:00", {"10023", "ends at 2026-03-03 13:"}},
       {"60 --end 2026-03-08T02:30", {"10023", "skip"}},
+      {"60 --start 2026-11-01T01:30", {"10007", "near a change of the clocks", "is 2026-11-01 02:30."}},
       {"60 --zone XYZ", {"10019"}}};
   for (const auto& [options, words] : cases) {
     SCOPED_TRACE(options);
