@@ -91,6 +91,24 @@ TEST(Configure, APendrelThatWasWornAgainIsNotRetrieved) {
   EXPECT_EQ(runHere(Pendrel.Configure).Status, 1);
 }
 
+TEST(Configure, WhatCannotBeReadIsErasedOnlyWhenAsked) {
+  Desk desk = worn(sim::makeVividBench());
+  sim::Fault& damage = desk.bench.Logger->Faults.BadConfigChecksum;
+  damage = sim::always();
+  Told told;
+  const std::string asking = desk.sentBy(Vivid.Status, told);
+  EXPECT_EQ(told.Status, 1);
+  EXPECT_EQ(desk.sentBy(Vivid.Configure, told), asking);
+  expectIn(told.Err, {"It cannot be told whether the logger holds a recording", "--erase"});
+  EXPECT_EQ(told.Status, 1);
+  constexpr std::int32_t PassesOfAnInquiry = 2;
+  damage = {0, PassesOfAnInquiry};
+  EXPECT_EQ(runHere(Vivid.Configure + "--erase").Status, 0);
+  desk.bench.Dock->unplug();
+  EXPECT_EQ(desk.sentBy(Vivid.Configure + "--erase", told), "");
+  expectIn(told.Err, {"Code 10003: No Kestrin Vivid dock is connected"});
+}
+
 TEST(Configure, WhatTheLoggerWouldNotDoIsRefusedBeforeItIsAsked) {
   Desk desk = worn(sim::makeVividBench());
   const std::pair<std::string, std::vector<std::string>> cases[] = {
