@@ -60,6 +60,9 @@ class SimulatedZones : public platform::ZoneRecords {
   std::vector<std::string> keys() override { return inner_.zones().keys(); }
   platform::ZoneRecord read(std::string_view key) override { return inner_.zones().read(key); }
   std::string localStandardName() override { return inner_.zones().read(zone_).Standard; }
+  std::optional<platform::NamedZone> named(std::string_view name) override {
+    return inner_.zones().named(name);
+  }
 
  private:
   platform::Platform& inner_;

@@ -51,11 +51,14 @@ std::string isoAt(double utc, std::int32_t minutes) {
                  Class_TimeZoneTools::fncFormatOffset(fault::narrow<std::int16_t>(minutes)));
 }
 
-std::string ianaZone(const TimeZoneRef& zone, bool adjusts) {
-  if (!zone || (hasDaylight(*zone) && !adjusts)) return {};
+std::string ianaName(const Class_TimeZoneInfo& zone) {
   for (const platform::CatalogueZone& row : platform::zoneCatalogue())
-    if (row.Key == zone->KeyName) return std::string(row.TzName);
+    if (row.Key == zone.KeyName) return std::string(row.TzName);
   return {};
+}
+
+std::string ianaZone(const TimeZoneRef& zone, bool adjusts) {
+  return zone && (adjusts || !hasDaylight(*zone)) ? ianaName(*zone) : "";
 }
 
 }  // namespace
@@ -73,6 +76,7 @@ std::vector<ZoneView> zones() {
     view.Key = zone->KeyName;
     view.DisplayName = zone->DisplayName;
     view.StandardName = zone->StandardName;
+    view.IanaName = ianaName(*zone);
     view.Bias = zone->Bias;
     view.DaylightBias = zone->DaylightBias;
     view.HasDaylight = hasDaylight(*zone);

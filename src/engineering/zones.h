@@ -17,6 +17,7 @@ namespace hy_wristlog::engineering {
 
 struct ZoneView {
   std::string Abbreviation, Key, DisplayName, StandardName;
+  std::string IanaName;           ///< of the zone of the tz database that its rule is from
   std::int32_t Bias = 0;          ///< minutes from local time to UTC
   std::int32_t DaylightBias = 0;  ///< added in daylight time
   bool HasDaylight = false;

@@ -173,6 +173,13 @@ struct ZoneRecord {
 };
 
 /// The zones of the system under the catalogue's keys ("Eastern Standard Time").
+/// A zone of the tz database.
+struct NamedZone {
+  ZoneRule Rule;  ///< of the years to come
+  std::string
+      Key;  ///< of the record with the same rule; empty when there is none, or when years to come differ
+};
+
 class ZoneRecords {
  public:
   virtual ~ZoneRecords() = default;
@@ -180,6 +187,10 @@ class ZoneRecords {
   virtual ZoneRecord read(std::string_view key) = 0;
   /// The standard name of the machine's own zone; empty when no record fits it.
   virtual std::string localStandardName() = 0;
+  /// The zone of a name in the tz database, "Europe/Paris"; none for a name that it does not have.
+  virtual std::optional<NamedZone> named(std::string_view /*name*/) { return std::nullopt; }
+  /// The name of the machine's own zone in the tz database; empty when it has none.
+  virtual std::string localName() { return {}; }
 };
 
 enum class LocaleItem : std::uint8_t { DecimalSeparator, LongDate, ShortDate, Time };

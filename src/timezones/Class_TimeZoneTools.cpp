@@ -80,14 +80,8 @@ TimeZoneRef Class_TimeZoneTools::fncGetRegValueLTZI(std::string_view keyPath) {
   return procedure.run([&] {
     const std::string_view key = lastName(keyPath);
     const platform::ZoneRecord record = platform::current().zones().read(key);
-    auto zone = std::make_shared<Class_TimeZoneInfo>();
-    if (record.Rule) {
-      zone->Bias = record.Rule->Bias;
-      zone->StandardBias = record.Rule->StandardBias;
-      zone->DaylightBias = record.Rule->DaylightBias;
-      zone->StandardDate = systemTime(record.Rule->StandardDate);
-      zone->DaylightDate = systemTime(record.Rule->DaylightDate);
-    }
+    auto zone = std::make_shared<Class_TimeZoneInfo>(record.Rule ? fncZoneOfRule(*record.Rule)
+                                                                 : Class_TimeZoneInfo{});
     zone->DisplayName = fncStripNulls(record.Display);
     if (zone->DisplayName.starts_with('&')) zone->DisplayName.erase(0, 1);
     zone->StandardName = fncStripNulls(record.Standard);
@@ -97,6 +91,16 @@ TimeZoneRef Class_TimeZoneTools::fncGetRegValueLTZI(std::string_view keyPath) {
     zone->Abbreviation = fncGetAbbrevFromKey(key);
     return zone;
   });
+}
+
+Class_TimeZoneInfo Class_TimeZoneTools::fncZoneOfRule(const platform::ZoneRule& rule) {
+  Class_TimeZoneInfo zone;
+  zone.Bias = rule.Bias;
+  zone.StandardBias = rule.StandardBias;
+  zone.DaylightBias = rule.DaylightBias;
+  zone.StandardDate = systemTime(rule.StandardDate);
+  zone.DaylightDate = systemTime(rule.DaylightDate);
+  return zone;
 }
 
 std::string Class_TimeZoneTools::fncGetRegValueStr(std::string_view keyPath, std::string_view valueName) {

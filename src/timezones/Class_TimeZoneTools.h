@@ -9,6 +9,10 @@
 
 namespace hy_wristlog {
 
+namespace platform {
+struct ZoneRule;
+}
+
 /// The machine's own zone, as far as the catalogue knows it.
 struct LocalZone {
   std::string DisplayName;  ///< empty when the catalogue does not know the zone
@@ -38,6 +42,8 @@ class Class_TimeZoneTools {
   /// The zone of a key path, or of a key alone. Without a readable rule biases and changes are 0, and an
   /// unknown key gives empty names as well.
   static TimeZoneRef fncGetRegValueLTZI(std::string_view keyPath);
+  /// A zone that has only a rule, no names.
+  static Class_TimeZoneInfo fncZoneOfRule(const platform::ZoneRule& rule);
   /// "Display", "Std", "Dlt" or "MapID" of a zone's key path, up to the first NUL; empty for other names.
   static std::string fncGetRegValueStr(std::string_view keyPath, std::string_view valueName);
   static std::string fncStripNulls(std::string_view text);

@@ -80,3 +80,24 @@ TEST(Usage, APlainMachineGetsUsefulWords) {
   EXPECT_EQ(retrieve.Status, 1);
   EXPECT_NE(retrieve.Err.find("No Kestrin Vivid dock is connected"), std::string::npos) << retrieve.Err;
 }
+
+TEST(Usage, ZonesAreKeptUnderLettersWithTheSameRulesOrRefused) {
+  Sandbox box;
+  const std::string configure = "configure --model vivid --mode 1 --epoch 60 --gender F ";
+  const std::string legacy = "legacy configure --mode 1 --epoch 60 --gender F --simulate pendrel13 ";
+  for (const std::string& command : {configure + "--simulate vivid ", legacy}) {
+    SCOPED_TRACE(command);
+    const Outcome rome = box.run(command + "--zone Europe/Rome");
+    EXPECT_EQ(rome.Status, 0);
+    EXPECT_TRUE(rome.Err.starts_with("Europe/Rome is kept as CEU, (GMT+01:00) Belgrade")) << rome.Err;
+    const Outcome refused = box.run(command + "--zone Pacific/Chatham");
+    EXPECT_EQ(refused.Status, 1);
+    EXPECT_NE(refused.Err.find("time of Pacific/Chatham"), std::string::npos) << refused.Err;
+    EXPECT_NE(refused.Err.find("; NEW (GMT+12:00) Auckland"), std::string::npos) << refused.Err;
+    EXPECT_NE(box.run(command + "--zone Europe/Nowhere").Err.find("10019"), std::string::npos);
+  }
+  box.Environment = "TZ=Australia/Lord_Howe";
+  const Outcome own = box.run(configure);
+  EXPECT_NE(own.Err.find("time of Australia/Lord_Howe"), std::string::npos) << own.Err;
+  EXPECT_NE(own.Err.find("nearest are AUE"), std::string::npos) << own.Err;
+}

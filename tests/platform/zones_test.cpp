@@ -70,6 +70,25 @@ TEST(Zones, TheMachinesZoneIsFoundByNameThenByRule) {
   }
 }
 
+TEST(Zones, ANameInTheDatabaseHasARecordWithTheSameRulesOrNone) {
+  LinuxZones zones;
+  for (const CatalogueZone& zone : zoneCatalogue()) {
+    // Two keys share Mexico City; the first one counts.
+    const bool isSecond = zone.Key == "Mexico Standard Time";
+    EXPECT_EQ(zones.named(zone.TzName)->Key, isSecond ? "Central Standard Time (Mexico)" : zone.Key);
+  }
+  for (const auto& [name, key] : {std::pair{"Asia/Calcutta", "India Standard Time"},
+                                  {"UTC", "Greenwich Standard Time"},
+                                  {"Europe/Rome", "Central Europe Standard Time"},
+                                  {"Australia/Lord_Howe", ""},
+                                  {"Pacific/Chatham", ""},
+                                  {"Africa/Casablanca", ""}})
+    EXPECT_EQ(zones.named(name)->Key, key) << name;
+  for (const char* name :
+       {"", "No/Such_Zone", "../../../etc/passwd", "/usr/share/zoneinfo/Asia/Tokyo", "EST5"})
+    EXPECT_FALSE(zones.named(name)) << name;
+}
+
 TEST(Zones, TheMachinesZoneIsReadFromItsFiles) {
   const Variable tz{"TZ", std::nullopt};
   const TemporaryFolder etc;

@@ -49,8 +49,9 @@ void addConfigure(CommandLine& cli, CLI::App* group) {
       ->required()
       ->check(CLI::IsMember({15, 30, 60}));
   CommandLine::addSubject(command.app, options->Subject, limits);
-  command.app->add_option("--zone", options->Zone,
-                          "Three letters, see 'wristlog zones'; else the machine's zone");
+  command.app->add_option(
+      "--zone", options->Zone,
+      "Three letters, see 'wristlog zones', or a name as Europe/Paris; else the machine's zone");
   command.app->add_flag("--no-daylight", options->NoDaylight, "Do not adjust for daylight time");
   command.app
       ->add_option("--start", options->Start,

@@ -46,7 +46,8 @@ void addConfigure(CommandLine& cli) {
       ->required()
       ->check(CLI::IsMember({15, 30, 60, 120, 300}));
   CommandLine::addSubject(sub, options->Subject, limits);
-  sub->add_option("--zone", options->Zone, "Three letters, see 'wristlog zones'; else the machine's zone");
+  sub->add_option("--zone", options->Zone,
+                  "Three letters, see 'wristlog zones', or a name as Europe/Paris; else the machine's zone");
   sub->add_flag("--no-daylight", options->NoDaylight, "Do not adjust for daylight time");
   CommandLine::addErase(sub, options->Erase);
   sub->add_option("--set-time", options->SetTime, "Local time for the logger's clock; else now")

@@ -6,6 +6,7 @@
 #include "commands/held_recording.h"
 #include "commands/inquiry.h"
 #include "commands/subject_options.h"
+#include "commands/zone_option.h"
 #include "engineering/dates.h"
 #include "engineering/recording_plan.h"
 #include "engineering/zones.h"
@@ -45,7 +46,7 @@ engineering::RecordingPlan planOf(hw::enmLoggerPointer model, const ConfigureOpt
   plan.Model = model;
   plan.Mode = static_cast<hw::enmVardenLoggingMode>(options.Mode);
   plan.EpochLength = options.EpochLength;
-  plan.Zone = upper(options.Zone);
+  plan.Zone = zoneLetters(options.Zone);
   plan.Daylight = !options.NoDaylight;
   plan.SetTime = dateOf(options.SetTime);
   plan.Start = dateOf(options.Start);

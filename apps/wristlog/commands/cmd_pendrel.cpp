@@ -5,6 +5,7 @@
 #include "commands/held_recording.h"
 #include "commands/pendrel_commands.h"
 #include "commands/subject_options.h"
+#include "commands/zone_option.h"
 #include "engineering/dates.h"
 #include "engineering/recording_plan.h"
 #include "engineering/zones.h"
@@ -156,7 +157,7 @@ int runPendrelStatus(const CommonOptions& common, const ReaderOptions& reader) {
 int runPendrelConfigure(const CommonOptions& common, const ReaderOptions& reader,
                         const PendrelConfigureOptions& options) {
   PendrelSession session(common, reader);
-  const std::string zone = upper(options.Zone);
+  const std::string zone = zoneLetters(options.Zone);
   if (!options.Start.empty())
     if (const std::string why =
             engineering::skippedBy(zone, !options.NoDaylight, engineering::dateFromText(options.Start));

@@ -19,6 +19,7 @@ int runZones(const CommonOptions& common) {
       list.push_back({{"abbreviation", zone.Abbreviation},
                       {"key", zone.Key},
                       {"display_name", zone.DisplayName},
+                      {"iana_name", zone.IanaName},
                       {"bias_minutes", zone.Bias},
                       {"daylight_bias_minutes", zone.DaylightBias},
                       {"has_daylight_time", zone.HasDaylight},

@@ -67,6 +67,13 @@ std::string nameInDatabase(const std::string& path) {
   return at == std::string::npos ? std::string{} : path.substr(at + folder.size());
 }
 
+/// Whether a text can be a name in the database: it leads to no file outside.
+bool isName(std::string_view text) {
+  constexpr std::string_view Characters =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789/_-+";
+  return !text.empty() && text.front() != '/' && text.find_first_not_of(Characters) == std::string_view::npos;
+}
+
 std::string withoutSpaces(std::string text) {
   std::erase_if(text, [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; });
   return text;
@@ -137,8 +144,21 @@ LinuxZones::MachineZone LinuxZones::machineZone() const {
   return zone;
 }
 
-std::string LinuxZones::localStandardName() {
-  const MachineZone machine = machineZone();
+std::string LinuxZones::localStandardName() { return keyOf(machineZone()); }
+
+std::optional<NamedZone> LinuxZones::named(std::string_view name) {
+  if (!isName(name)) return std::nullopt;
+  const MachineZone zone = zoneOfName(std::string(name));
+  if (!zone.Rule) return std::nullopt;
+  return NamedZone{*zone.Rule, tzifOutlivesRule(zone.File) ? std::string() : keyOf(zone)};
+}
+
+std::string LinuxZones::localName() {
+  std::string name = machineZone().Name;
+  return isName(name) ? name : std::string();
+}
+
+std::string LinuxZones::keyOf(const MachineZone& machine) {
   for (const CatalogueZone& zone : zoneCatalogue())
     if (zone.TzName == machine.Name) return std::string{zone.Key};
   if (machine.Rule == ZoneRule{}) return "Greenwich Standard Time";

@@ -24,6 +24,8 @@ class LinuxZones final : public ZoneRecords {
   /// An unknown key gives an empty record.
   ZoneRecord read(std::string_view key) override;
   std::string localStandardName() override;
+  std::optional<NamedZone> named(std::string_view name) override;
+  std::string localName() override;
 
  private:
   struct MachineZone {
@@ -32,6 +34,7 @@ class LinuxZones final : public ZoneRecords {
     std::optional<ZoneRule> Rule;
   };
 
+  static std::string keyOf(const MachineZone& zone);
   MachineZone machineZone() const;
   MachineZone zoneOfVariable(std::string value) const;
   MachineZone zoneOfName(std::string name) const;
