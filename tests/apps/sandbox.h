@@ -23,12 +23,14 @@ class Sandbox {
  public:
   Sandbox() { std::filesystem::create_directories(Folder / "sys"); }
 
-  /// `arguments` as a shell takes them; `behind` may redirect, `before` set variables or limits.
+  /// `arguments` as a shell takes them; `behind` may redirect or be a pipe to another program, `before` set
+  /// variables or limits.
   Outcome run(const std::string& arguments, const std::string& behind = "",
               const std::string& before = "") const {
+    const bool isPiped = behind.starts_with("|");
     const int status =
         std::system((before + inSurroundings("TZ=America/New_York LC_ALL=de_DE.UTF-8 " + Environment) +
-                     arguments + " </dev/null >.out 2>.err " + behind)
+                     arguments + " </dev/null 2>.err " + (isPiped ? behind + " >.out" : ">.out " + behind))
                         .c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, content(".out"), content(".err")};
   }

@@ -27,6 +27,20 @@ class HyWristlogError(Exception):
     def __str__(self) -> str:
         return f"{self.description} ({self.number}, {self.source})"
 
+    @property
+    def name(self) -> str:
+        """The name of the number, such as OutOfRange; empty when the library has none for it."""
+        from .main import Code
+
+        return Code(self.number).name
+
+    @property
+    def meaning(self) -> str:
+        """What the number means in general, and what to do about it."""
+        from .main import Code
+
+        return Code(self.number).meaning
+
 
 class ComponentError(RuntimeError):
     """The component refused a call: it came from another thread, its object has ended, and the like."""

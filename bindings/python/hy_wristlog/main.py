@@ -16,10 +16,26 @@ LoggerSeconds = Union[int, datetime, None]
 """A local time: logger seconds since 1970-01-01, or a datetime without a time zone. 0 and None: not given."""
 
 
+class Code(int):
+    """A return code of a workflow, or a failure number."""
+
+    @property
+    def name(self) -> str:
+        """Its name, such as NotFound; empty when there is none of this number."""
+        with Main() as main:
+            return main.CodeName(self)
+
+    @property
+    def meaning(self) -> str:
+        """What it means, and what to do about it."""
+        with Main() as main:
+            return main.CodeMeaning(self)
+
+
 class ConfigureResult(NamedTuple):
     """`battery_life_remaining` (days) and `device_serial_number` are None unless the logger was configured."""
 
-    code: int
+    code: Code
     battery_life_remaining: Optional[float]
     device_serial_number: Optional[str]
 
@@ -27,7 +43,7 @@ class ConfigureResult(NamedTuple):
 class StatusResult(NamedTuple):
     """`battery_life_remaining` (days) is None unless the type of the logger is known."""
 
-    code: int
+    code: Code
     simple_status: str
     long_status: str
     logger: Optional[VardenLogger]
@@ -38,7 +54,7 @@ class StatusResult(NamedTuple):
 class RetrieveResult(NamedTuple):
     """`decode_result` is None when nothing was decoded."""
 
-    code: int
+    code: Code
     logger: Optional[VardenLogger]
     subject: Optional[Subject]
     decode_result: Optional[enmDecodeResult]
@@ -199,10 +215,30 @@ class Main(Workflows):
         seconds: int = taken(self._dispatch.call("DateToLoggerSeconds", date_variant(dates.to_date(TheDate))))
         return seconds
 
-    def _run(self, name: str, *values: Any) -> int:
+    def CodeName(self, Code: int) -> str:
+        """The name of a return code or failure number, such as NotFound; empty when there is none of this number."""
+        return self._told("CodeName", whole_number(Code))
+
+    def CodeMeaning(self, Code: int, LoggerType: enmLoggerPointer = enmLoggerPointer.LggrPntr_None) -> str:
+        """What a return code or failure number means, and what to do about it; with LggrPntr_Pendreader, of a Pendrel
+        logger."""
+        return self._told("CodeMeaning", whole_number(Code), whole_number(LoggerType))
+
+    def ResultName(self, Result: enmDecodeResult) -> str:
+        """Decode_OK for `enmDecodeResult.Decode_OK`."""
+        return self._told("ResultName", whole_number(Result))
+
+    def ResultMeaning(self, Result: enmDecodeResult) -> str:
+        """What a decode result says of the recording."""
+        return self._told("ResultMeaning", whole_number(Result))
+
+    def _told(self, name: str, *values: Any) -> str:
+        words: str = taken(self._dispatch.call(name, *values))
+        return words
+
+    def _run(self, name: str, *values: Any) -> Code:
         with self._working():
-            code: int = taken(self._dispatch.call(name, *values))
-        return code
+            return Code(taken(self._dispatch.call(name, *values)))
 
     def _ask_for_abort(self) -> None:
         if self._held is not None:

@@ -105,6 +105,8 @@ class Properties(BenchCase):
             with self.assertRaisesRegex(HyWristlogError, "11502.*BatteryPercent") as caught:
                 varden.BatteryPercent
             self.assertEqual(caught.exception.number, 11502)
+            self.assertEqual(caught.exception.name, "WrongDeviceType")
+            self.assertEqual(caught.exception.meaning, "This type of device is not supported.")
 
     def test_unknown_names_are_refused(self) -> None:
         for one, name, right in (
