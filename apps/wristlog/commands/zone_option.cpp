@@ -26,7 +26,7 @@ void requireFit(const engineering::CatalogueFit& fit, const std::string& name) {
 }  // namespace
 
 std::string zoneLetters(const std::string& text) {
-  const std::string letters = upper(text);
+  std::string letters = upper(text);
   if (!text.empty() && engineering::isInCatalogue(letters)) return letters;
   const std::string name = text.empty() ? engineering::localZoneName() : text;
   if (name.empty()) return letters;
