@@ -83,8 +83,8 @@ TEST(Usage, APlainMachineGetsUsefulWords) {
 
 TEST(Usage, ZonesAreKeptUnderLettersWithTheSameRulesOrRefused) {
   Sandbox box;
-  const std::string configure = "configure --model vivid --mode 1 --epoch 60 --gender F ";
-  const std::string legacy = "legacy configure --mode 1 --epoch 60 --gender F --simulate pendrel13 ";
+  const std::string configure = "configure --model vivid --mode 1 --epoch 60 --gender F --erase ";
+  const std::string legacy = "legacy configure --mode 1 --epoch 60 --gender F --erase --simulate pendrel13 ";
   for (const std::string& command : {configure + "--simulate vivid ", legacy}) {
     SCOPED_TRACE(command);
     const Outcome rome = box.run(command + "--zone Europe/Rome");
