@@ -80,36 +80,50 @@ std::vector<std::string> valuedOf(const Command& command) {
   return valued;
 }
 
+/// What differs between the shells in the beginning of their scripts, which finds the command, and in what
+/// completes an option's value.
+struct Shell {
+  const char *Words, *First, *Current;  ///< the array of words, its first index, and the word to be completed
+  const char *BeforeChoices, *BehindChoices, *OtherValue;
+};
+
+constexpr Shell Bash{"COMP_WORDS", "1", "COMP_CWORD", "words=\"", "\"", "return"};
+constexpr Shell Zsh{"words", "2", "CURRENT", "compadd ", "; return", "_files; return"};
+
+std::string caseOf(const std::string& pattern, const std::string& action) {
+  return "    (" + pattern + ") " + action + " ;;\n";
+}
+
+std::string beginOf(const Shell& shell, const std::vector<Command>& commands) {
+  const std::string array = shell.Words, current = shell.Current, word = "${" + array + "[i]}";
+  std::string script = std::string("  for ((i = ") + shell.First + "; i < " + current + "; i++)); do\n" +
+                       "    case \"$place " + word + "\" in\n  " +
+                       caseOf(anyOf(pathsOf(commands)), "place=\"$place " + word + "\"") +
+                       "    esac\n  done\n  case \"$place ${" + array + "[" + current + "-1]}\" in\n";
+  for (const Command& command : commands) {
+    for (const auto& [option, values] : command.Choices)
+      script +=
+          caseOf(anyOf({command.Path + " " + option}), shell.BeforeChoices + values + shell.BehindChoices);
+    if (!command.Valued.empty()) script += caseOf(anyOf(valuedOf(command)), shell.OtherValue);
+  }
+  return script + "  esac\n";
+}
+
 std::string bashScript(const std::vector<Command>& commands) {
   std::string script =
       "# Completes the commands and options of wristlog in bash. Made by 'wristlog completion bash'.\n"
       "_wristlog() {\n"
-      "  local word=\"${COMP_WORDS[COMP_CWORD]}\" before=\"${COMP_WORDS[COMP_CWORD-1]}\" place=\"\" "
-      "words=\"\" i\n"
-      "  COMPREPLY=()\n"
-      "  for ((i = 1; i < COMP_CWORD; i++)); do\n"
-      "    case \"$place ${COMP_WORDS[i]}\" in\n"
-      "      " +
-      anyOf(pathsOf(commands)) +
-      ") place=\"$place ${COMP_WORDS[i]}\" ;;\n"
-      "    esac\n"
-      "  done\n"
-      "  case \"$place $before\" in\n";
+      "  local place=\"\" words=\"\" i\n"
+      "  COMPREPLY=()\n" +
+      beginOf(Bash, commands) + "  [ -n \"$words\" ] || case \"$place\" in\n";
   for (const Command& command : commands) {
-    for (const auto& [option, values] : command.Choices)
-      script += "    \"" + command.Path + " " + option + "\") words=\"" + values + "\" ;;\n";
-    if (!command.Valued.empty()) script += "    " + anyOf(valuedOf(command)) + ") return ;;\n";
-  }
-  script += "  esac\n  [ -n \"$words\" ] || case \"$place\" in\n";
-  for (const Command& command : commands) {
-    script += "    \"" + command.Path + "\") words=\"";
-    for (const Entry& entry : command.Entries) script += entry.Name + " ";
-    script.back() = '"';
-    script += " ;;\n";
+    std::string words;
+    for (const Entry& entry : command.Entries) words += (words.empty() ? "" : " ") + entry.Name;
+    script += caseOf(anyOf({command.Path}), "words=\"" + words + "\"");
   }
   return script +
          "  esac\n"
-         "  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$word\")\n"
+         "  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"${COMP_WORDS[COMP_CWORD]}\")\n"
          "}\n"
          "complete -o default -F _wristlog wristlog\n";
 }
@@ -120,26 +134,14 @@ std::string zshScript(const std::vector<Command>& commands) {
       "# Completes the commands and options of wristlog in zsh. Made by 'wristlog completion zsh'.\n"
       "_wristlog() {\n"
       "  local place=\"\" i\n"
-      "  local -a choices\n"
-      "  for ((i = 2; i < CURRENT; i++)); do\n"
-      "    case \"$place ${words[i]}\" in\n"
-      "      (" +
-      anyOf(pathsOf(commands)) +
-      ") place=\"$place ${words[i]}\" ;;\n"
-      "    esac\n"
-      "  done\n"
-      "  case \"$place ${words[CURRENT-1]}\" in\n";
+      "  local -a choices\n" +
+      beginOf(Zsh, commands) + "  case \"$place\" in\n";
   for (const Command& command : commands) {
-    for (const auto& [option, values] : command.Choices)
-      script += "    (\"" + command.Path + " " + option + "\") compadd " + values + "; return ;;\n";
-    if (!command.Valued.empty()) script += "    (" + anyOf(valuedOf(command)) + ") _files; return ;;\n";
-  }
-  script += "  esac\n  case \"$place\" in\n";
-  for (const Command& command : commands) {
-    script += "    (\"" + command.Path + "\") choices=(\n";
+    std::string choices = "choices=(\n";
     for (const Entry& entry : command.Entries)
-      script += "      " + quoted(entry.Name + ":" + entry.Description) + "\n";
-    script += command.IsGroup ? "      ); _describe command choices; return ;;\n" : "      ) ;;\n";
+      choices += "      " + quoted(entry.Name + ":" + entry.Description) + "\n";
+    script += caseOf(anyOf({command.Path}),
+                     choices + (command.IsGroup ? "      ); _describe command choices; return" : "      )"));
   }
   return script +
          "  esac\n"
