@@ -1,6 +1,5 @@
 #include "commands/retrieval.h"
 
-#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -10,7 +9,6 @@
 #include "hy_wristlog/failure_numbers.h"
 #include "words/broken_retrieval.h"
 #include "words/counted.h"
-#include "words/meanings.h"
 
 namespace wristlog {
 
@@ -25,12 +23,11 @@ bool isWarning(std::int32_t code) {
                             ReturnCode::DecodeProblem});
 }
 
-/// The words on a warning, without what they say of retrieving all the same.
+/// The words on a warning, without the word itself.
 std::string warningWords(std::int32_t code) {
-  constexpr std::string_view Label = "Warning: ", Advice = " --ignore-warnings";
-  std::string words = meaningOf(code);
+  constexpr std::string_view Label = "Warning: ";
+  std::string words = hw::Class_Main::CodeMeaning(code);
   if (words.starts_with(Label)) words.erase(0, Label.size());
-  words.erase(std::min(words.find(Advice), words.size()));
   return words;
 }
 
