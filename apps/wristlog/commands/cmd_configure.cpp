@@ -102,7 +102,7 @@ bool ends(const hw::Class_VardenLogger& logger) {
 }
 
 /// What the logger will do, as it was read back from it.
-Json recordingJson(const hw::Class_VardenLogger& logger) {
+Json plannedJson(const hw::Class_VardenLogger& logger) {
   const double start = logger.Get_StartTimeGMT(), end = logger.Get_EndTimeGMT();
   const bool hasEnd = ends(logger);
   return {{"identity", logger.Get_SubjectIdentity()},
@@ -154,7 +154,7 @@ int runConfigure(const CommonOptions& common, const ConfigureOptions& options) {
            {"return_code_meaning", meaning},
            {"battery_life_remaining", good ? Json(roundedDays(result.Battery)) : Json()},
            {"device_serial_number", good ? Json(result.SerialNumber) : Json()},
-           {"recording", good ? recordingJson(*session.logger()) : Json()}});
+           {"recording", good ? plannedJson(*session.logger()) : Json()}});
   else if (good)
     tell(say(), result, *session.logger());
   else
