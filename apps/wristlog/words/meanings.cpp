@@ -77,7 +77,7 @@ const Hint* hintFor(std::int32_t code, std::span<const Hint> hints) {
 }  // namespace
 
 std::string meaningOf(std::int32_t returnCode) {
-  const std::string meaning = Class_Main::CodeMeaning(returnCode);
+  std::string meaning = Class_Main::CodeMeaning(returnCode);
   if (const Hint* hint = hintFor(returnCode, Hints)) return meaning + " " + hint->Words;
   if (Class_Main::CodeName(returnCode).empty())
     return meaning + " Run it again with --console to see what passes on the link.";

@@ -197,7 +197,7 @@ DeclaredDocks readDeclaredDocks(const std::string& dataFolder) {
   for (const DeclaredDock& dock : declared.Docks)
     if (!dock.Device.empty() && !fileExists(dock.Device))
       declared.Troubles.push_back("[" + dock.Name + "] names " + dock.Device + ", which is not there.");
-  for (std::string& trouble : declared.Troubles) trouble = path + ": " + trouble;
+  for (std::string& trouble : declared.Troubles) trouble.insert(0, path + ": ");
   return declared;
 }
 
