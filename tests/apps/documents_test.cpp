@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <filesystem>
-#include <regex>
 #include <sstream>
 
 #include "apps/desk.h"
@@ -17,25 +16,45 @@ struct Example {
   std::string Number;  ///< of the failure or return code that the document shows, or empty
 };
 
+constexpr std::string_view Indent = "    ";
+
+/// The command of a line, or nothing: "    $ wristlog status", or "wristlog status" of the man page.
+std::string commandIn(std::string_view line, bool isManual) {
+  if (!isManual && !line.starts_with(Indent)) return {};
+  if (!isManual) line.remove_prefix(Indent.size());
+  if (!isManual && line.starts_with("$ ")) line.remove_prefix(2);
+  if (!line.starts_with("wristlog ")) return {};
+  std::string command;
+  for (const char c : line)
+    if (!isManual || c != '\\') command += c;
+  return command;
+}
+
+/// The number of "Code 10003" or "(failure 53)" in a line, or nothing.
+std::string numberIn(std::string_view line) {
+  constexpr std::string_view Digits = "0123456789";
+  for (const std::string_view mark : {"Code ", "(failure "})
+    if (const std::size_t at = line.find(mark); at != line.npos) {
+      const std::string_view number = line.substr(at + mark.size());
+      return std::string(number.substr(0, number.find_first_not_of(Digits)));
+    }
+  return {};
+}
+
 /// The commands of a document in their order: indented lines, or those of the man page's examples.
 std::vector<Example> examplesIn(const fs::path& file) {
   const bool isManual = file.extension() == ".1";
-  const std::regex command(isManual ? "(wristlog .*)" : R"(    (?:\$ )?(wristlog .*))");
-  const std::regex trouble(R"( {4}.*(?:Code |\(failure )(\d+).*)");
   std::vector<Example> examples;
   std::istringstream lines(hy_wristlog::contentOf(file));
-  std::smatch found;
   bool shows = false, isExample = !isManual;
   for (std::string line; std::getline(lines, line);) {
     if (isManual && line.starts_with(".")) isExample = line == ".nf";
-    if (isExample && std::regex_match(line, found, command)) {
-      examples.push_back({file.filename(), std::regex_replace(found.str(1), std::regex(R"(\\-)"), "-"), ""});
-      shows = true;
-    } else if (shows && std::regex_match(line, found, trouble)) {
-      examples.back().Number = found.str(1);
-    } else if (!line.starts_with("    ")) {
-      shows = false;
-    }
+    const std::string command = isExample ? commandIn(line, isManual) : "";
+    if (!command.empty()) examples.push_back({file.filename(), command, ""});
+    if (!command.empty() || !line.starts_with(Indent))
+      shows = !command.empty();
+    else if (const std::string number = numberIn(line); shows && !number.empty())
+      examples.back().Number = number;
   }
   return examples;
 }

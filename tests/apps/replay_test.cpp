@@ -1,5 +1,3 @@
-#include <regex>
-
 #include "apps/desk.h"
 #include "apps/sandbox.h"
 #include "session/process.h"
@@ -123,8 +121,11 @@ TEST(Replay, WhatACommandToldItTellsAgainAndARedactedRecordNamesNobody) {
     EXPECT_EQ(outcome.Status, command.ends_with("config.ini") ? 1 : 0) << outcome.Err;
     EXPECT_EQ(again.Status, outcome.Status);
     const auto withoutName = [](const Outcome& told) {
-      static const std::regex Name(R"("identity": "\w+")");
-      return std::regex_replace(told.Out + told.Err, Name, "");
+      constexpr std::string_view Name = "\"identity\": \"";
+      std::string words = told.Out + told.Err;
+      for (std::size_t at = words.find(Name); at != words.npos; at = words.find(Name, at + 1))
+        words.erase(at + Name.size(), words.find('"', at + Name.size()) - at - Name.size());
+      return words;
     };
     EXPECT_EQ(withoutName(again), withoutName(outcome));
     std::string kept = box.content("kept");
