@@ -1,3 +1,7 @@
+#include <pty.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <sstream>
 
@@ -11,6 +15,23 @@ std::string linesBefore(const std::string& text, std::size_t count) {
   std::size_t end = 0;
   while (count-- > 0 && end < text.size()) end = text.find('\n', end) + 1;
   return text.substr(0, end);
+}
+
+TEST(Legacy, ASearchTellsWhichPortsItCouldNotOpen) {
+  const Sandbox box;
+  int user = -1;
+  int line = -1;
+  char device[128];
+  ASSERT_EQ(::openpty(&user, &line, device, nullptr, nullptr), 0);
+  ASSERT_EQ(::flock(line, LOCK_EX), 0);
+  box.write("Docks.INI", std::string("[Dock 1]\nCOMport=60\nDevice=") + device + "\n");
+  const Outcome search = box.run("legacy find-port");
+  EXPECT_EQ(search.Status, 1);
+  EXPECT_NE(search.Err.find(std::string("COM60 (") + device + ") is in use by another program"),
+            std::string::npos)
+      << search.Err;
+  ::close(line);
+  ::close(user);
 }
 
 TEST(Legacy, ARetrievedRecordingIsSevenFilesAndOneDocument) {
