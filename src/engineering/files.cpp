@@ -11,6 +11,7 @@
 #include "base/faults.h"
 #include "base/inside.h"
 #include "engineering/recording.h"
+#include "engineering/saved_pendrel.h"
 #include "engineering/saved_recording.h"
 #include "errors/GlobalState.h"
 #include "errors/Procedure.h"
@@ -153,6 +154,7 @@ std::string iniTextOf(const std::string& path) { return contentOf(path, platform
 
 std::string configHexFromIni(const std::string& path) {
   const std::string content = iniTextOf(path);
+  if (isPendrelConfig(content)) naming(path, [] { refusePendrel("engineering.configHexFromIni"); });
   const IniFile file(content);
   const auto hex = file.value(ConfigBytesSection, RawConfigBytesKey);
   if (!hex || hex->empty()) IniFile::requireUtf8(content, path);

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "base/ascii.h"
 #include "base/code_page.h"
 #include "base/inside.h"
+#include "engineering/saved_facts.h"
 #include "hy_wristlog/failure.h"
 #include "start_up/start_up.h"
 #include "varden/VardenLogger.h"
@@ -16,15 +16,12 @@ namespace hy_wristlog::engineering {
 
 std::shared_ptr<Class_VardenLogger> loggerFromConfig(std::string_view configHex) {
   openLibrary();
-  const std::string_view hex = trimBlanks(configHex);
-  if (hex.empty() || hex.size() % 2 != 0 || hex.find_first_not_of("0123456789abcdefABCDEF") != hex.npos)
+  const auto bytes = facts::bytesOfHex(configHex);
+  if (!bytes)
     throw Failure(FailureNumber::OutOfRange, "engineering.loggerFromConfig",
                   "The configuration is not hexadecimal text");
-  ByteArray bytes;
-  for (std::size_t i = 0; i < hex.size(); i += 2)
-    bytes.push_back(static_cast<std::uint8_t>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
   auto logger = std::make_shared<Class_VardenLogger>();
-  Inside::of(*logger).subDecodeVardenLoggerConfig(splitIntoPackets(bytes));
+  Inside::of(*logger).subDecodeVardenLoggerConfig(splitIntoPackets(*bytes));
   return logger;
 }
 

@@ -11,9 +11,9 @@
 #include "engineering/dates.h"
 #include "engineering/files.h"
 #include "engineering/recording.h"
-#include "platform/digest.h"
+#include "engineering/saved_facts.h"
+#include "engineering/saved_pendrel.h"
 #include "timezones/Class_TimeZoneTools.h"
-#include "tools/Class_Tools.h"
 #include "tools/ini_file.h"
 #include "varden/VardenLogger.h"
 #include "varden/config/config_text.h"
@@ -21,37 +21,17 @@
 namespace hy_wristlog::engineering {
 namespace {
 
-constexpr std::string_view RecordingSection = "Recording";
+using namespace facts;
 
-struct Key {
-  std::string_view Section, Name;
-};
-constexpr Key Bytes{RecordingSection, "Bytes"}, BytesInLogger{RecordingSection, "Bytes in Logger"},
-    Digest{RecordingSection, "SHA-256"}, Retrieved{RecordingSection, "Retrieved"},
-    Part{RecordingSection, "Part"}, LowBattery{RecordingSection, "Low Battery"},
-    ZoneTaken{RecordingSection, "Time Zone"}, Firmware{ReadOnlyConfigSection, "Firmware Version"},
+constexpr Key LowBattery{RecordingSection, "Low Battery"},
+    Firmware{ReadOnlyConfigSection, "Firmware Version"},
     DisplayFirmware{ReadOnlyConfigSection, "LCD Firmware Version"},
     Voltage{ReadOnlyConfigSection, "Battery Voltage"},
     LoadedVoltage{ReadOnlyConfigSection, "Loaded Battery Voltage"},
     LoggerTime{ReadOnlyConfigSection, "Logger Time"};
 /// What the file keeps besides the config block, in its order.
 constexpr Key Facts[] = {Firmware,      DisplayFirmware, Voltage, LoadedVoltage, LoggerTime, Bytes,
-                         BytesInLogger, Digest,          Part,    Retrieved,     LowBattery, ZoneTaken};
-
-void put(IniFile& file, const Key& key, std::string_view value) {
-  if (!value.empty() && IniFile::canHold(value))
-    file.setValue(key.Section, key.Name, IniFile::quotedIfNeeded(value));
-}
-void put(IniFile& file, const Key& key, std::int64_t value) { put(file, key, std::to_string(value)); }
-void put(IniFile& file, const Key& key, float value) {
-  char text[32];
-  put(file, key, std::string_view(text, std::to_chars(text, text + sizeof text, value).ptr));
-}
-
-std::optional<double> dateOf(const IniFile& file, const Key& key) {
-  const auto text = file.value(key.Section, key.Name);
-  return text ? std::optional(dateFromText(*text)) : std::nullopt;
-}
+                         BytesInLogger, Digest,          Part,    Retrieved,     LowBattery, Zone};
 
 void take(const IniFile& file, const Key& key, std::string& value) {
   if (const auto text = file.value(key.Section, key.Name)) value = *text;
@@ -66,19 +46,21 @@ void take(const IniFile& file, const Key& key, float& value) {
                  std::string(key.Name) + ": \"" + std::string(*text) + "\" is no number");
 }
 
+std::string blockOf(const IniFile& file) {
+  return std::string(file.value(ConfigBytesSection, RawConfigBytesKey).value_or(""));
+}
+
 IniFile blockAlone(const std::string& hex) {
   IniFile file("");
   file.setValue(ConfigBytesSection, RawConfigBytesKey, hex);
   return file;
 }
 
-void copyFacts(const IniFile& from, IniFile& into) {
-  for (const Key& key : Facts)
-    if (const auto value = from.value(key.Section, key.Name)) put(into, key, *value);
-}
-
-std::string digestOf(const std::vector<std::uint8_t>& bytes) {
-  return Class_Tools::fncConvertByteArrayToHexString(platform::sha256(bytes));
+std::string vardenIni(const std::string& text) {
+  const IniFile source(text);
+  IniFile file = blockAlone(blockOf(source));
+  copy(source, Facts, file);
+  return file.content();
 }
 
 /// The zone that the retrieval took for the logger's, where that is unknown.
@@ -89,48 +71,42 @@ TimeZoneRef zoneOfKey(std::string_view key) {
   return found != zones.end() ? *found : nullptr;
 }
 
-bool isSet(const std::string& ini, const Key& key) {
-  return IniFile(ini).value(key.Section, key.Name) == "1";
-}
-
-std::string blockOf(const IniFile& file) {
-  return std::string(file.value(ConfigBytesSection, RawConfigBytesKey).value_or(""));
+VardenRecord recordOf(const std::string& ini) {
+  return Inside::of(*loggerFromConfig(blockOf(IniFile(ini)))).record;
 }
 
 }  // namespace
 
+bool SavedRecording::isPendrel() const { return isPendrelConfig(Ini); }
+
 std::int64_t SavedRecording::bytesInLogger() const {
-  return Inside::of(*loggerFromConfig(blockOf(IniFile(Ini)))).record.ConfigBlock.NextMemoryAddress;
+  return isPendrel() ? pendrelBytes(Ini) : recordOf(Ini).ConfigBlock.NextMemoryAddress;
 }
 
-std::optional<double> SavedRecording::retrievedAt() const { return dateOf(IniFile(Ini), Retrieved); }
+std::optional<double> SavedRecording::retrievedAt() const { return date(IniFile(Ini), Retrieved); }
 
-bool SavedRecording::lowBattery() const { return isSet(Ini, LowBattery); }
+bool SavedRecording::lowBattery() const { return value(IniFile(Ini), LowBattery) == "1"; }
 
 bool SavedRecording::isPart() const {
-  return isSet(Ini, Part) && static_cast<std::int64_t>(Raw.size()) < bytesInLogger();
+  return value(IniFile(Ini), Part) == "1" && static_cast<std::int64_t>(Raw.size()) < bytesInLogger();
 }
 
 bool SavedRecording::isPartOfSame(const SavedRecording& other) const {
-  const auto recordOf = [](const SavedRecording& recording) {
-    return Inside::of(*loggerFromConfig(blockOf(IniFile(recording.Ini)))).record;
-  };
-  return isPart() && isSameRecording(recordOf(*this), recordOf(other)) && Raw.size() < other.Raw.size();
+  if (!isPart() || isPendrel() != other.isPendrel() || Raw.size() >= other.Raw.size()) return false;
+  return isPendrel() ? isBeginningOfSame(*this, other) : isSameRecording(recordOf(Ini), recordOf(other.Ini));
 }
 
 std::string SavedRecording::mismatch() const {
   const auto count = static_cast<std::int64_t>(Raw.size()), held = bytesInLogger();
   const IniFile file(Ini);
-  const auto told = [&](const Key& key) { return file.value(key.Section, key.Name); };
-  const auto bytes = told(Bytes), digest = told(Digest);
+  const std::string_view bytes = value(file, Bytes), digest = value(file, Digest);
   if (count != held && !isPart())
     return std::to_string(count) + " bytes are there, and the logger held " + std::to_string(held);
-  if (bytes && *bytes != std::to_string(count))
-    return std::to_string(count) + " bytes are there, and " + std::string(*bytes) + " were retrieved";
+  if (!bytes.empty() && bytes != std::to_string(count))
+    return std::to_string(count) + " bytes are there, and " + std::string(bytes) + " were retrieved";
   const std::string found = digestOf(Raw);
-  if (digest && !equalsIgnoringCase(*digest, found))
-    return "the SHA-256 of the bytes is " + found + ", and that of what was retrieved " +
-           std::string(*digest);
+  if (!digest.empty() && !equalsIgnoringCase(digest, found))
+    return "the SHA-256 of the bytes is " + found + ", and that of what was retrieved " + std::string(digest);
   return {};
 }
 
@@ -147,34 +123,38 @@ SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBatte
   put(file, Voltage, record.BatteryVoltage);
   put(file, LoadedVoltage, record.LoadedBattVoltage);
   if (record.LastLoggerTime > 0) put(file, LoggerTime, isoDate(record.LastLoggerTime, "Z"));
-  put(file, Bytes, static_cast<std::int64_t>(saved.Raw.size()));
-  put(file, BytesInLogger, static_cast<std::int64_t>(held));
-  put(file, Digest, digestOf(saved.Raw));
-  if (saved.Raw.size() < held) put(file, Part, std::int64_t{1});
+  putBytes(file, saved.Raw, static_cast<std::int64_t>(held));
   if (record.LastTimeLoggerRead > 0) put(file, Retrieved, isoDate(record.LastTimeLoggerRead, "Z"));
   put(file, LowBattery, std::int64_t{lowBattery});
   if (record.TimeZone && !Inside::of(*loggerFromConfig(record.RawConfigHex)).record.TimeZone)
-    put(file, ZoneTaken, record.TimeZone->KeyName);
+    put(file, Zone, record.TimeZone->KeyName);
   saved.Ini = file.content();
   return saved;
 }
 
 SavedRecording savedRecording(const std::string& iniFile, const std::string& rawFile) {
   SavedRecording saved;
-  loggerFromIni(iniFile);
-  const IniFile source(iniTextOf(iniFile));
-  IniFile file = blockAlone(blockOf(source));
-  copyFacts(source, file);
-  saved.Ini = file.content();
-  naming(iniFile, [&] { openRecording(saved); });
+  const std::string text = iniTextOf(iniFile);
+  const bool isPendrel = isPendrelConfig(text);
+  if (!isPendrel) loggerFromIni(iniFile);
+  saved.Ini = isPendrel ? pendrelIni(text) : vardenIni(text);
+  naming(iniFile, [&] {
+    if (isPendrel)
+      openPendrel(saved);
+    else
+      openRecording(saved);
+  });
   saved.Raw = rawFromFile(rawFile);
-  if (saved.Raw.empty())
+  const bool isOfNothing = isPendrel && saved.bytesInLogger() == 0;
+  if (saved.Raw.empty() && !isOfNothing)
     throw Failure(FailureNumber::OutOfRange, "engineering.savedRecording",
                   rawFile + " holds no recording: it is empty");
+  if (isPendrel) markOlderPart(saved);
   return saved;
 }
 
 std::shared_ptr<Class_VardenLogger> openRecording(const SavedRecording& recording) {
+  if (recording.isPendrel()) refusePendrel("engineering.openRecording");
   const IniFile file(recording.Ini);
   auto logger = loggerFromConfig(blockOf(file));
   VardenRecord& record = Inside::of(*logger).record;
@@ -184,12 +164,11 @@ std::shared_ptr<Class_VardenLogger> openRecording(const SavedRecording& recordin
   take(file, DisplayFirmware, record.LCDfirmwareVersion);
   take(file, Voltage, record.BatteryVoltage);
   take(file, LoadedVoltage, record.LoadedBattVoltage);
-  if (const auto time = dateOf(file, LoggerTime); time && retrieved) {
+  if (const auto time = date(file, LoggerTime); time && retrieved) {
     record.LastLoggerTime = *time;
     record.LastTimeLoggerRead = *retrieved;
   }
-  if (!record.TimeZone)
-    record.TimeZone = zoneOfKey(file.value(ZoneTaken.Section, ZoneTaken.Name).value_or(""));
+  if (!record.TimeZone) record.TimeZone = zoneOfKey(value(file, Zone));
   setRawData(*logger, recording.Raw);
   return logger;
 }
@@ -204,7 +183,7 @@ std::string withRecordingOf(const std::string& from, const std::string& into) {
   for (const Key& key : Facts)
     // The firmware is one of the keys that every configuration has.
     if (key.Name != Firmware.Name) file.removeKey(key.Section, key.Name);
-  copyFacts(IniFile(from), file);
+  copy(IniFile(from), Facts, file);
   return file.content();
 }
 

@@ -14,11 +14,13 @@ namespace hy_wristlog::engineering {
 
 struct SavedRecording {
   std::vector<std::uint8_t> Raw;
-  /// The config block; what else was read of the logger and the block may lack; and the section "Recording"
-  /// with the number of bytes, their digest, and the time of the retrieval.
+  /// The config block, or a Pendrel's set-up answer; what else was read of the logger and these may lack; and
+  /// the section "Recording" with the number of bytes, their digest, and the time of the retrieval.
   std::string Ini;
 
-  /// How many bytes the logger held, by its config block.
+  /// Whether it is a recording of the older family: see saved_pendrel.h.
+  bool isPendrel() const;
+  /// How many bytes the logger held, by its configuration.
   std::int64_t bytesInLogger() const;
   /// The time of the retrieval (UTC); none when the file does not tell.
   std::optional<double> retrievedAt() const;

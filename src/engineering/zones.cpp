@@ -7,6 +7,7 @@
 #include "base/faults.h"
 #include "base/inside.h"
 #include "engineering/dates.h"
+#include "pendrel/record.h"
 #include "platform/zone_catalogue.h"
 #include "start_up/start_up.h"
 #include "timezones/Class_TimeZoneTools.h"
@@ -105,9 +106,8 @@ std::vector<OffsetPeriod> offsetPeriods(const Class_Pendrel& logger, double from
 }
 
 double startUtc(const Class_Pendrel& logger) {
-  constexpr std::int16_t NoOffset = -32768;
   if (logger.Get_StartDate() == UnknownDate || logger.Get_StartTime() == UnknownDate ||
-      logger.Get_GMToffset() == NoOffset)
+      logger.Get_GMToffset() == PendrelRecord::NoOffset)
     return UnknownDate;
   return addTime(logger.Get_StartDate(), logger.Get_StartTime() - logger.Get_GMToffset() / MinutesPerDay);
 }

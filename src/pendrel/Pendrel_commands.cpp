@@ -51,22 +51,8 @@ std::int32_t sumOf(const SetupLines& lines) {
 void readMode(StarredProcedure& command, Pendrel& logger) {
   const std::uint8_t value =
       command.procedure.statement([&] { return logger.fncReadMemoryLocation(starred::ModeLocation); });
-  PendrelRecord& record = logger.record;
-  switch (value) {
-    case starred::StepsMode:
-      record.AcquisitionMode = PD_Mode_ActivityAndSteps;
-      break;
-    case starred::ActivityMode:
-      record.AcquisitionMode = PD_Mode_ActivityOnly;
-      break;
-    default:
-      record.AcquisitionMode = PD_Mode_Unknown;
-  }
-  record.SetupText.append(LineEnd)
-      .append(starred::ReadLocation.Text)
-      .append(starred::hexWord(starred::ModeLocation))
-      .append(Tools().fncConvertByteToHexString(value))
-      .append(LineEnd);
+  takeMode(logger.record, value);
+  logger.record.SetupText += modeText(value);
 }
 
 }  // namespace

@@ -14,6 +14,9 @@ namespace hy_wristlog {
 /// no port.
 struct PendrelRecord {
   static constexpr std::int32_t HeaderBytes = 128, BlockBytes = 4096;  ///< of the memory image
+  static constexpr std::int32_t NoLength = -1;                         ///< an unknown BytesUsed
+  static constexpr std::int16_t NoOffset = -32768;                     ///< an unknown GMToffset
+  static constexpr const char* UnknownZone = "UNK";                    ///< a zone that has no abbreviation
   static constexpr std::int16_t BatteryDays = 180;                     ///< how long a new battery lasts
 
 #define HY_STORED(Name, Type, Access) Type Name{};
@@ -38,6 +41,8 @@ struct PendrelRecord {
   std::int16_t Get_MaxBatteryLife() const;
   /// Days that the memory lasts in the present mode and epoch; 0 when they are not set.
   double Get_MaxRecordingTime() const;
+  /// Whether the epoch is one of those that a recording is retrieved with: 15, 30 or 60 seconds.
+  bool hasUsualEpoch() const { return EpochLength == 15 || EpochLength == 30 || EpochLength == 60; }
   /// How many blocks hold the header and the recorded bytes.
   std::int16_t Get_BlocksToDownload() const;
 };

@@ -3,11 +3,15 @@
 #include <algorithm>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "base/code_page.h"
 #include "base/dates.h"
 #include "base/numbers.h"
+#include "pendrel/starred.h"
 #include "pendrel/subject_text.h"
+#include "timezones/Class_TimeZoneTools.h"
+#include "tools/Class_Tools.h"
 
 namespace hy_wristlog {
 namespace {
@@ -81,6 +85,23 @@ double startTime(std::string_view line) {
   return timeSerial(roundToInt32(*hour), roundToInt32(*minute), 0);
 }
 
+/// What stands before the byte of the acquisition mode: the command that asks for it.
+std::string modeQuestion() {
+  return std::string(starred::ReadLocation.Text) + starred::hexWord(starred::ModeLocation);
+}
+
+/// Lines end with a carriage return, and a line feed of the text's own follows it.
+std::vector<std::string> linesOf(std::string_view text) {
+  std::vector<std::string> lines;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\r'), text.size());
+    lines.emplace_back(text.substr(0, end));
+    text.remove_prefix(end);
+    text.remove_prefix(text.starts_with("\r\n") ? 2 : std::min<std::size_t>(text.size(), 1));
+  }
+  return lines;
+}
+
 }  // namespace
 
 bool hasTwoDigitYear(double date) {
@@ -113,6 +134,52 @@ void takeSetup(PendrelRecord& record, const SetupLines& lines) {
   const auto resets = byteField(lines[7], 16);
   record.Resets = resets ? std::int16_t{*resets} : std::int16_t{-1};
   record.BatteryDate = lines[6].size() == BatteryDateLength ? dateOf(lines[6]) : UnknownDate;
+}
+
+void takeMode(PendrelRecord& record, std::uint8_t kept) {
+  switch (kept) {
+    case starred::StepsMode:
+      record.AcquisitionMode = PD_Mode_ActivityAndSteps;
+      break;
+    case starred::ActivityMode:
+      record.AcquisitionMode = PD_Mode_ActivityOnly;
+      break;
+    default:
+      record.AcquisitionMode = PD_Mode_Unknown;
+  }
+}
+
+std::string modeText(std::uint8_t kept) {
+  return "\r\n" + modeQuestion() + Tools().fncConvertByteToHexString(kept) + "\r\n";
+}
+
+bool takeSetupText(PendrelRecord& record) {
+  constexpr std::size_t ModeLine = 8;  // after the checksum
+  const std::vector<std::string> kept = linesOf(record.SetupText);
+  SetupLines lines;
+  if (kept.size() < lines.size() - 1) return false;
+  std::copy_n(kept.begin(), lines.size() - 1, lines.begin() + 1);
+  takeDeviceRecord(record, lines.back());
+  takeSetup(record, lines);
+  record.AcquisitionMode = PD_Mode_ActivityOnly;
+  if (record.Get_DeviceType() != KR_PENDREL_CRC_STEPS) return true;
+  const std::string question = modeQuestion();
+  if (kept.size() <= ModeLine || !kept[ModeLine].starts_with(question)) return false;
+  const auto mode = byteField(kept[ModeLine], question.size() + 1);
+  if (mode) takeMode(record, *mode);
+  return mode.has_value();
+}
+
+bool takeZoneOfOffset(PendrelRecord& record) {
+  Class_TimeZoneTools& tools = TimeZoneTools();
+  tools.fncPopulateTZICollection();
+  const double start = record.StartDate + record.StartTime;
+  for (const TimeZoneRef& zone : tools.Get_TimeZoneArray()) {
+    if (Class_TimeZoneTools::fncCalcOffset(start, *zone, record.AutoDSTadjust) != record.GMToffset) continue;
+    if (!zone->Abbreviation.empty()) record.TimeZoneAbbrev = zone->Abbreviation;
+    return true;
+  }
+  return false;
 }
 
 }  // namespace hy_wristlog

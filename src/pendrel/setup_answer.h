@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -30,6 +31,19 @@ void takeDeviceRecord(PendrelRecord& record, std::string_view line7);
 /// ActivityCalibration (0 unknown) and Resets (-1 unknown). A day that its month does not have is carried
 /// into the next month.
 void takeSetup(PendrelRecord& record, const SetupLines& lines);
+
+/// Takes AcquisitionMode from the byte in which the steps model keeps it; the others record activity alone.
+void takeMode(PendrelRecord& record, std::uint8_t kept);
+/// What SetupText tells of that byte, after the lines of the answer.
+std::string modeText(std::uint8_t kept);
+
+/// Takes all of the above from SetupText, the answer as a retrieval has kept it: lines 1 to 7 and, where the
+/// type has them, checksum and mode. False when the text ends before.
+bool takeSetupText(PendrelRecord& record);
+
+/// Takes the abbreviation of the catalogue's first zone that had the logger's offset at its start. False when
+/// there is none. Raises NoZones when the system has no zones.
+bool takeZoneOfOffset(PendrelRecord& record);
 
 /// Whether the year of `date` survives as the two digits that a logger keeps: 1930 to 2029.
 bool hasTwoDigitYear(double date);

@@ -32,7 +32,6 @@ constexpr Field Guid{0, 16}, BirthDay{16, 2}, Offset{18, 2}, Height{20, 2}, Weig
 constexpr std::size_t PackedLength = 24;
 
 constexpr char WrittenVersion = '2';
-constexpr std::string_view UnknownZone = "UNK";
 
 void put(std::string& text, Field field, const std::string& utf8) {
   const std::string ansi = ansiTextFromUtf8(utf8);
@@ -101,7 +100,7 @@ void takePackedBytes(PendrelRecord& record, std::span<const std::uint8_t> bytes)
 void forgetPackedFields(PendrelRecord& record) {
   record.SubjectGUID.clear();
   record.SubjectDOB = UnknownDate;
-  record.GMToffset = -32768;
+  record.GMToffset = PendrelRecord::NoOffset;
   record.SubjectHeight = -1;
   record.SubjectWeight = -1;
   record.SubjectInfoVersion = -1;
@@ -145,7 +144,7 @@ void decodeSubjectText(PendrelRecord& record) {
   record.AutoDSTadjust = daylight == 'T';
 
   const std::string zone = utf8FromAnsiText(get(text, Zone));
-  if (zone != UnknownZone && Class_TimeZoneTools::fncGetKeyFromAbbrev(zone).empty()) return;
+  if (zone != PendrelRecord::UnknownZone && Class_TimeZoneTools::fncGetKeyFromAbbrev(zone).empty()) return;
   record.TimeZoneAbbrev = zone;
 
   const auto bytes = Class_Base64Class::fncDecodeToByteArray(get(text, Packed));

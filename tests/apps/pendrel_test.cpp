@@ -5,11 +5,17 @@
 #include <algorithm>
 #include <sstream>
 
+#include "apps/desk.h"
 #include "apps/markup_check.h"
 #include "apps/sandbox.h"
+#include "engineering/saved_pendrel.h"
 #include "words/pendrel_words.h"
 
 namespace {
+
+namespace sim = hy_wristlog::simulator;
+namespace engineering = hy_wristlog::engineering;
+using namespace std::chrono_literals;
 
 std::string linesBefore(const std::string& text, std::size_t count) {
   std::size_t end = 0;
@@ -42,9 +48,10 @@ TEST(Legacy, ARetrievedRecordingIsSevenFilesAndOneDocument) {
     const Outcome outcome = box.run(command);
     ASSERT_EQ(outcome.Status, 0) << outcome.Err;
     const Json document = Json::parse(outcome.Out);
-    EXPECT_EQ(keysOf(document),
-              "return_code return_code_meaning samples start_time_gmt start_time_gmt_date marker_count "
-              "activity steps marker battery_life_remaining logger subject ");
+    EXPECT_EQ(
+        keysOf(document),
+        "return_code return_code_meaning samples start_time_gmt start_time_gmt_date marker_count "
+        "activity steps marker bytes_received bytes_in_logger part battery_life_remaining logger subject ");
     const auto samples = document.at("samples").get<std::size_t>();
     EXPECT_EQ(document.at("activity").size(), samples);
     EXPECT_EQ(document.at("steps").size(), model == "pendrel27" ? samples : 0U);
@@ -77,6 +84,115 @@ TEST(Legacy, ARetrievedRecordingIsSevenFilesAndOneDocument) {
     EXPECT_EQ(again.Status, 1);
     EXPECT_EQ(Json::parse(again.Out).at("failure").at("number"), 58);
     EXPECT_EQ(box.run(command + " --force").Status, 0);
+  }
+}
+
+/// A worn logger in its reader, and a folder in which the program runs elsewhere.
+struct Worn : Desk<sim::PendrelBench> {
+  explicit Worn(sim::PendrelModel model) : Desk(benchOf(model)) {
+    bench.Logger->setUp(sim::ordinaryPendrelSetup(*bench.World, 60, true));
+    bench.Logger->wear(3 * 24h);
+  }
+  Told retrieve(const std::string& folder, const std::string& options = "") const {
+    return runHere("legacy retrieve --port 1 --out " + (box.Folder / folder).string() + options);
+  }
+  std::string content(const std::string& name) const { return box.content(name); }
+  static sim::PendrelBench benchOf(sim::PendrelModel model) {
+    sim::PendrelBenchOptions options;
+    options.Logger.Model = model;
+    return sim::makePendrelBench(options);
+  }
+  Sandbox box;
+};
+
+constexpr sim::PendrelModel Models[] = {sim::PendrelModel::Plain, sim::PendrelModel::Checksums,
+                                        sim::PendrelModel::Steps};
+
+TEST(Legacy, WhatWasRetrievedDecodesToTheSameEverywhere) {
+  for (const sim::PendrelModel model : Models) {
+    for (const bool repaired : {false, true}) {
+      SCOPED_TRACE(std::to_string(static_cast<int>(model)) + (repaired ? ", repaired" : ""));
+      Worn desk(model);
+      if (repaired) desk.bench.Logger->Faults.SetupLines = {{1, "?"}, {2, "07"}, {5, "?"}, {6, "?"}};
+      if (repaired && model == sim::PendrelModel::Steps) desk.bench.Logger->Faults.SetupLines[4] = "?";
+      const Told told = desk.retrieve("p", repaired ? " --repair" : "");
+      ASSERT_EQ(told.Status, 0) << told.all();
+      const Sandbox& box = desk.box;
+      desk.box.Environment = "TZ=Asia/Tokyo LC_ALL=C";
+      const Outcome again = box.run("decode p --out again");
+      ASSERT_EQ(again.Status, 0) << again.Err;
+      EXPECT_EQ(again.Out.find("The recording is whole. "), 0U) << again.Out;
+      for (const auto& entry : std::filesystem::directory_iterator(box.Folder / "p")) {
+        const std::string name = entry.path().filename();
+        EXPECT_EQ(box.content("again/" + name), box.content("p/" + name)) << name;
+      }
+      const std::string series = box.content("p/series.csv");
+
+      std::filesystem::remove(box.Folder / "p/config.ini");
+      const Outcome older = box.run("decode p --out older");
+      EXPECT_EQ(older.Status, repaired ? 1 : 0) << older.Err;
+      if (repaired)
+        EXPECT_NE(older.Err.find("p/setup.txt: The set-up answer does not tell the "), older.Err.npos)
+            << older.Err;
+      else
+        EXPECT_EQ(box.content("older/series.csv"), series);
+    }
+  }
+}
+
+TEST(Legacy, OfABrokenRetrievalTheBeginningIsKept) {
+  for (const sim::PendrelModel model : Models) {
+    SCOPED_TRACE(static_cast<int>(model));
+    Worn desk(model);
+    const auto breakAt = [&](std::int32_t block) { desk.bench.Logger->Faults.ShortBlock = {block, 1}; };
+    const Sandbox& box = desk.box;
+    breakAt(1);
+    const Told told = desk.retrieve("p");
+    EXPECT_EQ(told.Status, 1);
+    expectIn(told.Err,
+             {"The beginning of the recording came: 4096 of ", " bytes, until 2026-", "p' show it"});
+    EXPECT_FALSE(box.has("p/raw.bin") || box.has("p/series.csv"));
+    const Outcome decoded = box.run("decode p --out p --force");
+    EXPECT_EQ(decoded.Out.find("Only the beginning of a recording: 4096 of "), 0U) << decoded.Err;
+    EXPECT_EQ(Json::parse(box.content("p/recording.json")).at("part"), true);
+    EXPECT_NE(box.content("p/actogram.svg").find("Beginning of a recording of "), std::string::npos);
+    EXPECT_EQ(box.run("report p").Status, 1);
+    EXPECT_EQ(box.run("report p --unchecked").Status, 0);
+    const std::string part = box.content("p/series.partial.csv");
+
+    breakAt(1);
+    expectIn(desk.retrieve("p").Err, {"was left as it is: it holds as much of the recording already"});
+    expectIn(desk.retrieve("p").Out, {"Written to "});
+    const std::string series = box.content("p/series.csv");
+    EXPECT_TRUE(series.starts_with(part) && part.size() > 4000) << part.size();
+    EXPECT_FALSE(box.has("p/raw.partial.bin") || box.has("p/series.partial.csv"));
+
+    auto cut = engineering::savedRecording(box.Folder / "p/config.ini", box.Folder / "p/raw.bin");
+    const auto whole = engineering::openPendrel(cut);
+    engineering::decode(*whole);
+    for (std::size_t end = 4300; end > 4000; --end) {
+      cut.Raw.resize(end);
+      const auto beginning = engineering::openPendrel(cut);
+      engineering::decode(*beginning);
+      const auto begins = [](const auto& shorter, const auto& longer) {
+        return shorter.size() < longer.size() && std::equal(shorter.begin(), shorter.end(), longer.begin());
+      };
+      ASSERT_TRUE(begins(beginning->Get_ActivityArray(), whole->Get_ActivityArray()));
+      ASSERT_TRUE(begins(beginning->Get_MarkerArray(), whole->Get_MarkerArray()));
+      ASSERT_TRUE(model != sim::PendrelModel::Steps ||
+                  begins(beginning->Get_StepsArray(), whole->Get_StepsArray()));
+      ASSERT_GE(beginning->Get_Samples(), 1900);
+    }
+    for (const std::string command : {"krd p --out x", "config show p"}) {
+      const Outcome refused = box.run(command);
+      EXPECT_EQ(refused.Status, 1);
+      EXPECT_NE(refused.Err.find("recording of a Pendrel logger"), std::string::npos) << refused.Err;
+    }
+    EXPECT_EQ(box.run("raw dump p --out dump.csv").Status, 0);
+    EXPECT_EQ(box.run("decode --config p/config.ini --raw dump.csv --out -").Out, series);
+    EXPECT_EQ(box.run("decode p p --out -").Out, series + series.substr(series.find('\n') + 1));
+    EXPECT_EQ(box.run("plot p --out drawn").Status, 0);
+    EXPECT_EQ(box.content("drawn/report.html"), box.content("p/report.html"));
   }
 }
 

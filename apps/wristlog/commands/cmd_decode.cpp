@@ -19,16 +19,18 @@ namespace engineering = hy_wristlog::engineering;
 namespace {
 
 void tell(const DecodedRecording& recording) {
-  const hw::Class_VardenLogger& logger = *recording.Logger;
-  say() << verdictOf(recording) << ' ' << counted(logger.Get_Samples(), "epoch") << " of "
-        << counted(logger.Get_EpochLength(), "second") << ", from "
-        << engineering::isoDate(logger.Get_StartTimeGMT(), "Z") << ".\n";
-  const hw::EventLog& events = engineering::events(logger);
+  say() << verdictOf(recording) << ' ' << counted(recording.samples(), "epoch") << " of "
+        << counted(recording.epochLength(), "second") << ", from "
+        << engineering::isoDate(recording.startUtc(), "Z") << ".\n";
+  if (recording.Pendrel) return;
+  const hw::EventLog& events = engineering::events(*recording.Logger);
   for (std::size_t i = 0; i < events.size(); ++i) say() << events.text(i) << '\n';
 }
 
 Json documentOf(const DecodedRecording& recording) {
-  Json document = recordingJson(*recording.Logger, recording.Result, recording.LowBattery);
+  Json document = recording.Pendrel
+                      ? recordingJson(*recording.Pendrel)
+                      : recordingJson(*recording.Logger, recording.Result, recording.LowBattery);
   if (recording.Part) document.update(partJson(*recording.Part));
   return document;
 }
@@ -44,7 +46,7 @@ int printSeries(const CommonOptions& common, const DecodeOptions& options) {
     const DecodedRecording& recording = opened.decoded();
     if (recording.Result != hw::Decode_OK || recording.Part || recording.Unchecked)
       complain() << place.raw() << ": " << verdictOf(recording) << '\n';
-    addSeriesCsv(printText, *recording.Logger, std::exchange(part, SeriesPart::Rows));
+    addSeriesCsv(printText, recording, std::exchange(part, SeriesPart::Rows));
     return Json::object();
   };
   return forEachRecording(common, options.Places.all(), work, Heading::None);

@@ -2,9 +2,12 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <system_error>
+#include <type_traits>
 
 #include "commands/file_commands.h"
 #include "engineering/files.h"
+#include "engineering/pendrel_files.h"
+#include "engineering/saved_pendrel.h"
 #include "hy_wristlog/Class_Main.h"
 #include "recording/decoded_recording.h"
 #include "recording/json_output.h"
@@ -25,7 +28,19 @@ bool isThere(const std::string& file) {
   return std::filesystem::exists(file, none);
 }
 
-/// Opens the recording and lets `save` write its file. Returns the JSON document, which begins with the name
+/// Lets `save` write the file of the recording. A command whose `save` takes no Pendrel refuses one.
+template <class Save>
+std::string savedBy(const Save& save, const engineering::SavedRecording& recording, Json& document) {
+  const auto saved = [&](auto& logger) {
+    document["device_serial_number"] = logger.Get_SerialNumber();
+    return save(logger, document);
+  };
+  if constexpr (std::is_invocable_v<Save, hw::Class_Pendrel&, Json&>)
+    if (recording.isPendrel()) return saved(*engineering::openPendrel(recording));
+  return saved(*engineering::openRecording(recording));
+}
+
+/// Reads the recording and lets `save` write its file. Returns the JSON document, which begins with the name
 /// of the file and the size of the recording; without --json the words are said.
 template <class Save>
 Json writtenFile(const CommonOptions& common, const RecordingFileOptions& options, const Save& save,
@@ -35,15 +50,12 @@ Json writtenFile(const CommonOptions& common, const RecordingFileOptions& option
   const auto recording = readRecording(options.Place, parts);
   const RecordingWorld world(momentOf(recording), RecordingWorld::Texts::Users);
   const Session session(common);
-  const auto logger = engineering::openRecording(recording);
-  Json document{{"file", options.Output.File},
-                {"recorded_bytes", logger->Get_BytesUsed()},
-                {"device_serial_number", logger->Get_SerialNumber()}};
+  Json document{{"file", options.Output.File}, {"recorded_bytes", recording.Raw.size()}};
   std::string words;
   {
     const SignalsHeld held;
     try {
-      engineering::naming(options.Place.raw(), [&] { words = save(*logger, document); });
+      engineering::naming(options.Place.raw(), [&] { words = savedBy(save, recording, document); });
     } catch (const hw::Failure&) {
       if (!stoodBefore && isThere(options.Output.File))
         complain() << options.Output.File << " is not whole: it ends where the failure came.\n";
@@ -62,13 +74,16 @@ int writeFile(const CommonOptions& common, const RecordingFileOptions& options, 
   return Good;
 }
 
-std::string bytesOf(const hw::Class_VardenLogger& logger) {
-  return std::to_string(logger.Get_BytesUsed()) + " bytes of logger " + logger.Get_SerialNumber() + ". ";
+std::string bytesWords(const Json& document) {
+  return document.at("recorded_bytes").dump() + " bytes of logger " +
+         document.at("device_serial_number").get<std::string>() + ". ";
 }
 
-Json writeReport(const CommonOptions& common, const RecordingFileOptions& options) {
-  const auto save = [&](hw::Class_VardenLogger& logger, Json& document) {
-    const hw::enmDecodeResult result = engineering::saveReport(logger, options.Output.File);
+struct SaveReport {
+  std::string File;
+
+  std::string operator()(hw::Class_VardenLogger& logger, Json& document) const {
+    const hw::enmDecodeResult result = engineering::saveReport(logger, File);
     document["decode_result"] = static_cast<std::int32_t>(result);
     document["decode_result_name"] = hw::Class_Main::ResultName(result);
     document["part"] = logger.Get_RawDataIsPart();
@@ -77,16 +92,20 @@ Json writeReport(const CommonOptions& common, const RecordingFileOptions& option
     if (logger.Get_RawDataIsPart())
       part = RecordingPart{std::ssize(logger.Get_RawData()), logger.Get_BytesInLogger(), {}};
     return verdictOf(result, part) + ' ' + std::to_string(logger.Get_Samples()) + " epochs. ";
-  };
-  return writtenFile(common, options, save, Parts::Refused);
-}
+  }
+  std::string operator()(hw::Class_Pendrel& logger, Json& document) const {
+    engineering::saveReport(logger, File);
+    document["samples"] = logger.Get_Samples();
+    return std::to_string(logger.Get_Samples()) + " epochs. ";
+  }
+};
 
 }  // namespace
 
 int runRawDump(const CommonOptions& common, const RecordingFileOptions& options) {
-  const auto save = [&](hw::Class_VardenLogger& logger, Json&) {
+  const auto save = [&](auto& logger, Json& document) {
     engineering::saveRawDump(logger, options.Output.File);
-    return bytesOf(logger);
+    return bytesWords(document);
   };
   return writeFile(common, options, save, Parts::Accepted);
 }
@@ -112,7 +131,7 @@ int runReport(const CommonOptions& common, const ReportOptions& options) {
   return forEachRecording(common, options.Places.all(), [&](const RecordingPlace& place, std::size_t) {
     const bool ownFolder = options.Output.File.empty();
     const std::string file = ownFolder ? place.Folder + "/report.csv" : options.Output.File;
-    return writeReport(common, {place, {file, options.Output.Force}});
+    return writtenFile(common, {place, {file, options.Output.Force}}, SaveReport{file}, Parts::Refused);
   });
 }
 
@@ -123,7 +142,7 @@ int runLightTest(const CommonOptions& common, const RecordingFileOptions& option
     document["kestrin2"] = kestrin2;
     if (!kestrin2)
       complain() << "The logger is no Kestrin 2, whose light test this is; the readings mean nothing.\n";
-    return bytesOf(logger);
+    return bytesWords(document);
   });
 }
 
@@ -136,7 +155,7 @@ int runActivityOnly(const CommonOptions& common, const RecordingFileOptions& opt
       complain()
           << "The recording holds more than activity; the file counts every byte of it as activity. Its "
              "start may be a false one found among the samples: what stands before it is missing.\n";
-    return bytesOf(logger);
+    return bytesWords(document);
   });
 }
 

@@ -3,16 +3,12 @@
 #include <nlohmann/json.hpp>
 #include "commands/held_recording.h"
 #include "commands/pendrel_commands.h"
-#include "engineering/dates.h"
+#include "commands/written_recording.h"
 #include "engineering/files.h"
-#include "engineering/zones.h"
-#include "hy_wristlog/failure.h"
+#include "engineering/saved_pendrel.h"
 #include "recording/json_output.h"
-#include "recording/plotted_pendrel.h"
-#include "recording/recording_files.h"
 #include "session/pendrel_session.h"
 #include "words/counted.h"
-#include "words/meanings.h"
 #include "words/pendrel_words.h"
 #include "words/say.h"
 
@@ -42,98 +38,72 @@ Retrieved retrieve(PendrelSession& session, bool search, bool repair) {
   return result;
 }
 
-Json summaryOf(hw::Class_Pendrel& logger, const hw::PendrelDetails& details,
-               const hw::Class_Subject& subject) {
-  Json summary = Json::object();
-  summary["model"] = details.DeviceText;
-  summary["subject"] = subjectJson(subject);
-  summary["time_zone"] = logger.Get_TimeZoneAbbrev();
-  summary["time_zone_iana"] = ianaZoneJson(logger);
-  summary["start_local"] = engineering::isoDate(logger.Get_StartDate() + logger.Get_StartTime());
-  summary["start_utc"] = engineering::isoDate(engineering::startUtc(logger), "Z");
-  summary["epoch_seconds"] = logger.Get_EpochLength();
-  summary["samples"] = logger.Get_Samples();
-  summary["markers"] = logger.Get_MarkerCount();
-  summary["configuration"] = loggerJson(logger);
-  return summary;
-}
-
 /// What a retrieval that failed has left. Reading changes nothing in a logger.
 const char* stateAfter(std::int32_t code, const hw::PendrelDetails& details) {
   if (details.SetupText.empty()) return Unchanged;
   return code == hw::ReturnCode::Aborted ? StillThereAfterAbort : StillThere;
 }
 
-std::string bytesAsText(const std::vector<std::uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
-
-void writeFiles(const RecordingFiles& files, PendrelSession& session, const hw::PendrelDetails& details,
-                const Retrieved& result) {
-  try {
-    if (!details.Memory.empty()) files.writeFile("raw.bin", bytesAsText(details.Memory));
-    if (!details.SetupText.empty()) files.writeFile("setup.txt", details.SetupText);
-    if (result.Code != 0) return;
-    files.writeDecoded(session.logger(), summaryOf(session.logger(), details, result.Subject));
-  } catch (const hw::Failure& failure) {
-    throw hw::Failure(failure.Number, failure.Source,
-                      failure.Description +
-                          ". The logger still holds the recording: retrieve it again, into another folder");
-  }
+/// What came; nothing when the retrieval ended before the memory was read.
+RetrievedRecording recordingOf(const hw::Class_Pendrel& logger, const hw::PendrelDetails& details,
+                               bool good) {
+  if (!good && details.Memory.empty()) return {engineering::SavedRecording{}, good};
+  return {engineering::savedRecording(logger, details.Memory), good};
 }
 
-/// False, after telling why, when the pictures could not be made though the other files were written.
-bool drawPictures(const RecordingFiles& files, const hw::Class_Pendrel& logger, const std::string& model) {
-  try {
-    files.writePictures(plottedRecording(logger, model));
-    return true;
-  } catch (const hw::Failure& failure) {
-    complain() << wordsFor({failure.Number, failure.Source,
-                            failure.Description +
-                                ". Only the pictures are missing: the recording's other files are written"})
-               << '\n';
-    return false;
-  }
+Json documentOf(RetrievedRecording& recording, const Retrieved& result, bool good) {
+  Json document = good ? recordingJson(*recording.decode().Pendrel) : Json::object();
+  const auto logger = good ? recording.decode().Pendrel : nullptr;
+  document["bytes_received"] = recording.bytes();
+  document["bytes_in_logger"] = recording.bytesInLogger();
+  document["part"] = false;
+  if (recording.part()) document.update(partJson(*recording.part()));
+  document["battery_life_remaining"] =
+      good && hasBatteryDate(*logger) ? Json(roundedDays(result.BatteryLife)) : Json();
+  document["logger"] = good ? loggerJson(*logger) : Json();
+  document["subject"] = good ? subjectJson(result.Subject) : Json();
+  return document;
 }
 
-void tellRetrieved(const Speech& out, const hw::Class_Pendrel& logger, const std::string& place) {
+void tellRetrieved(const Speech& out, const hw::Class_Pendrel& logger) {
   if (logger.Get_BytesUsed() < 1)
     out << "The logger has recorded nothing yet; its one value is none.\n";
   else
     out << counted(logger.Get_Samples(), "epoch") << " of " << counted(logger.Get_EpochLength(), "second")
         << ", " << counted(logger.Get_MarkerCount(), "marker") << ", from logger "
         << logger.Get_SerialNumber() << ".\n";
-  out << "Written to " << place << ".\n"
-      << "The logger was not stopped: if it was recording, it still is.\n";
 }
+
+constexpr const char* NotStopped = "The logger was not stopped: if it was recording, it still is.";
 
 }  // namespace
 
 int runPendrelRetrieve(const CommonOptions& common, const ReaderOptions& reader,
                        const PendrelRetrieveOptions& options) {
-  const RecordingFiles files(options.Folder, options.Force,
-                             {"series.csv", "recording.json", "datapackage.json", "raw.bin", "setup.txt",
-                              "actogram.svg", "report.html"});
+  RecordingFiles files(options.Folder, options.Force);
+  files.replacePart();
   files.prepare();
   constexpr bool KeepRecord = true;
   PendrelSession session(common, reader, KeepRecord);
   const Retrieved result = retrieve(session, reader.Search, options.Repair);
   const hw::PendrelDetails details = session.workflows().Details();
   const bool good = result.Code == 0;
-  writeFiles(files, session, details, result);
-  if (good) noteRetrieval(heldBy(session.logger()), options.Folder, WholeRaw);
-  const bool drawn = !good || drawPictures(files, session.logger(), details.DeviceText);
-  Json facts = good ? recordingJson(session.logger()) : Json::object();
-  facts["battery_life_remaining"] =
-      good && hasBatteryDate(session.logger()) ? Json(roundedDays(result.BatteryLife)) : Json();
-  facts["logger"] = good ? loggerJson(session.logger()) : Json();
-  facts["subject"] = good ? subjectJson(result.Subject) : Json();
-  const int status = session.end(
-      result.Code, facts, [&](const Speech& out) { tellRetrieved(out, session.logger(), options.Folder); },
-      stateAfter(result.Code, details));
-  if (good) return drawn ? status : Unsuccessful;
-  if (!details.Memory.empty())
-    complain() << "What was read of the memory, " << details.Memory.size() << " bytes, is in "
-               << options.Folder << "/raw.bin.\n";
-  session.writeRecord(files, result.Code);
+  RetrievedRecording recording = recordingOf(session.logger(), details, good);
+  const HeldRecording held = good ? heldBy(session.logger()) : HeldRecording{};
+  const WrittenRecording written = writeRecording(recording, files);
+  if (good) noteRetrieval(held, written.Place.value_or(files).folder(), WholeRaw);
+  Json document = documentOf(recording, result, good);
+  if (written.Place && written.Place->folder() != options.Folder)
+    document["written_to"] = written.Place->folder();
+  const auto tell = [&](const Speech& out) {
+    tellRetrieved(out, *recording.decode().Pendrel);
+    tellWritten(out, recording, options.Folder, written.Place);
+    out << NotStopped << '\n';
+  };
+  const int status = session.end(result.Code, document, tell, stateAfter(result.Code, details));
+  if (good) return written.Drawn ? status : Unsuccessful;
+  if (!session.asJson()) tellWritten(complain(), recording, options.Folder, written.Place);
+  session.writeRecord(written.Place.value_or(files), result.Code);
   return status;
 }
 
@@ -146,7 +116,10 @@ int runPendrelExport(const CommonOptions& common, const ReaderOptions& reader,
   if (code == 0) noteRetrieval(heldBy(session.logger()), options.File);
   return session.end(
       code, {{"file", code == 0 ? Json(options.File) : Json()}},
-      [&](const Speech& out) { tellRetrieved(out, session.logger(), options.File); },
+      [&](const Speech& out) {
+        tellRetrieved(out, session.logger());
+        out << "Written to " << options.File << ".\n" << NotStopped << '\n';
+      },
       stateAfter(code, session.workflows().Details()));
 }
 

@@ -64,7 +64,7 @@ int runPlot(const CommonOptions& common, const PlotOptions& options) {
     const RecordingFiles files(outputs[index], options.Force, RecordingFiles::Part::Pictures);
     files.prepare();
     const OpenedRecording opened(place, options.Diagnostic);
-    files.requireEpochs(*opened.decoded().Logger);
+    files.requireEpochs(opened.decoded());
     const picture::PlottedRecording plot = plottedRecording(opened.decoded());
     files.writePictures(plot);
     return tell(common, files, plot);

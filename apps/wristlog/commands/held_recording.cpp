@@ -100,10 +100,17 @@ bool isWithinGrace(const HeldRecording& held, std::int64_t bytes, const std::str
   }
 }
 
+HeldRecording heldNow() {
+  HeldRecording held;
+  held.Read = engineering::isoNow();
+  held.ReadUtc = engineering::isoDate(utcNow(), "Z");
+  return held;
+}
+
 }  // namespace
 
 HeldRecording heldBy(const hw::Class_VardenLogger& logger) {
-  HeldRecording held;
+  HeldRecording held = heldNow();
   held.SerialNumber = logger.Get_SerialNumber();
   held.Identity = logger.Get_SubjectIdentity();
   held.Start = engineering::isoDate(logger.Get_StartTimeGMT(), "Z");
@@ -115,7 +122,7 @@ HeldRecording heldBy(const hw::Class_VardenLogger& logger) {
 
 HeldRecording heldBy(const hw::Class_Pendrel& logger) {
   constexpr double UnknownDate = -1;
-  HeldRecording held;
+  HeldRecording held = heldNow();
   held.SerialNumber = logger.Get_SerialNumber();
   held.Identity = logger.Get_SubjectIdentity();
   held.Bytes = logger.Get_BytesUsed();
@@ -152,8 +159,8 @@ void noteRetrieval(const HeldRecording& held, const std::string& place, const st
   const Json note{{"serial_number", held.SerialNumber},
                   {"start_utc", held.Start},
                   {"bytes", held.Bytes},
-                  {"retrieved", engineering::isoNow()},
-                  {"retrieved_utc", engineering::isoDate(utcNow(), "Z")},
+                  {"retrieved", held.Read},
+                  {"retrieved_utc", held.ReadUtc},
                   {"place", whole},
                   {"file", written},
                   {"md5", digestOf(written)}};

@@ -13,9 +13,10 @@ namespace wristlog {
 /// The recording that a logger holds, as the logger tells.
 struct HeldRecording {
   std::string SerialNumber, Identity;
-  std::string Start;       ///< UTC, or the text of an unknown one
-  std::string StartLocal;  ///< with its offset; empty when unknown
-  std::int64_t Bytes = 0;  ///< 0 for none, below 0 when the logger does not tell
+  std::string Start;          ///< UTC, or the text of an unknown one
+  std::string StartLocal;     ///< with its offset; empty when unknown
+  std::int64_t Bytes = 0;     ///< 0 for none, below 0 when the logger does not tell
+  std::string Read, ReadUtc;  ///< when the logger told: local time with its offset, and UTC
   /// The logger goes on recording while it is retrieved, so that it soon holds more.
   bool GoesOn = false;
 

@@ -3,6 +3,8 @@
 #include "base/dates.h"
 #include "engineering/dates.h"
 #include "engineering/files.h"
+#include "engineering/saved_pendrel.h"
+#include "engineering/zones.h"
 #include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/failure.h"
 #include "platform/platform.h"
@@ -19,10 +21,10 @@ namespace platform = hy_wristlog::platform;
 
 namespace {
 
-/// When the last decoded epoch ends.
-double endOf(const hw::Class_VardenLogger& logger) {
-  return logger.Get_StartTimeGMT() +
-         static_cast<double>(logger.Get_Samples()) * logger.Get_EpochLength() / hw::SecondsPerDay;
+/// When the last decoded epoch ends, in UTC.
+double endOf(const DecodedRecording& recording) {
+  return recording.startUtc() +
+         static_cast<double>(recording.samples()) * recording.epochLength() / hw::SecondsPerDay;
 }
 
 bool isFile(const std::string& path) {
@@ -34,6 +36,12 @@ bool isFile(const std::string& path) {
 }
 
 }  // namespace
+
+std::string RecordingPlace::config() const {
+  if (Folder.empty()) return ConfigFile;
+  const std::string present = Folder + "/" + ConfigName, older = Folder + "/" + SetupName;
+  return !isFile(present) && isFile(older) ? older : present;
+}
 
 std::string RecordingPlace::raw() const {
   if (Folder.empty()) return RawFile;
@@ -66,12 +74,25 @@ engineering::SavedRecording readRecording(const RecordingPlace& place, Parts par
   return recording;
 }
 
+std::int32_t DecodedRecording::samples() const {
+  return Pendrel ? Pendrel->Get_Samples() : Logger->Get_Samples();
+}
+std::int32_t DecodedRecording::epochLength() const {
+  return Pendrel ? Pendrel->Get_EpochLength() : Logger->Get_EpochLength();
+}
+double DecodedRecording::startUtc() const {
+  return Pendrel ? engineering::startUtc(*Pendrel) : Logger->Get_StartTimeGMT();
+}
+
 double momentOf(const engineering::SavedRecording& recording) {
-  if (const auto retrieved = recording.retrievedAt()) return *retrieved;
-  const double start = engineering::openRecording(recording)->Get_StartTimeGMT();
+  const auto pendrel = recording.isPendrel() ? engineering::openPendrel(recording) : nullptr;
+  const double ahead = pendrel ? pendrel->Get_GMToffset() / hw::MinutesPerDay : 0;
+  if (const auto retrieved = recording.retrievedAt()) return *retrieved + ahead;
+  const double start =
+      pendrel ? engineering::startUtc(*pendrel) : engineering::openRecording(recording)->Get_StartTimeGMT();
   const RecordingWorld world(start);
   try {
-    return endOf(*decoded(recording, false).Logger);
+    return endOf(decoded(recording, false)) + ahead;
   } catch (const hw::Failure&) {
     // The failure is not lost: decoding raises it again.
     return start;
@@ -84,7 +105,9 @@ std::string wordsFor(const RecordingPart& part) {
 }
 
 std::string verdictOf(const DecodedRecording& recording) {
-  return verdictOf(recording.Result, recording.Part, recording.Unchecked);
+  const bool isWholePendrel = recording.Pendrel && !recording.Part && !recording.Unchecked;
+  return isWholePendrel ? "The recording is whole."
+                        : verdictOf(recording.Result, recording.Part, recording.Unchecked);
 }
 
 std::string verdictOf(hw::enmDecodeResult result, const std::optional<RecordingPart>& part,
@@ -98,12 +121,18 @@ std::string verdictOf(hw::enmDecodeResult result, const std::optional<RecordingP
 DecodedRecording decoded(const engineering::SavedRecording& recording, bool diagnostic) {
   DecodedRecording result;
   result.Unchecked = !recording.mismatch().empty();
-  result.Logger = engineering::openRecording(recording);
-  result.Result = engineering::decode(*result.Logger, diagnostic, result.LowBattery);
-  result.LowBattery = result.LowBattery || recording.lowBattery();
+  if (recording.isPendrel()) {
+    result.Pendrel = engineering::openPendrel(recording);
+    engineering::decode(*result.Pendrel);
+    result.Result = hw::Decode_OK;
+  } else {
+    result.Logger = engineering::openRecording(recording);
+    result.Result = engineering::decode(*result.Logger, diagnostic, result.LowBattery);
+    result.LowBattery = result.LowBattery || recording.lowBattery();
+  }
   if (recording.isPart()) {
     result.Part = {std::ssize(recording.Raw), recording.bytesInLogger(), {}};
-    if (result.Logger->Get_Samples() > 0) result.Part->Until = endOf(*result.Logger);
+    if (result.samples() > 0) result.Part->Until = endOf(result);
   }
   return result;
 }

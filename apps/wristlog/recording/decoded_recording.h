@@ -7,18 +7,24 @@
 #include <vector>
 
 #include "engineering/saved_recording.h"
+#include "hy_wristlog/Class_Pendrel.h"
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "hy_wristlog/enumerations.h"
 
 namespace wristlog {
 
+/// The bytes of a whole recording, and of one of which only the beginning came.
+inline constexpr const char *WholeRaw = "raw.bin", *PartRaw = "raw.partial.bin";
+/// What tells of them, and a Pendrel's set-up answer as text.
+inline constexpr const char *ConfigName = "config.ini", *SetupName = "setup.txt";
+
 /// The place of a saved recording: a folder with config.ini and raw.bin, or raw.partial.bin when only a part
-/// came, or the two files.
+/// came, or the two files. A Pendrel's folder of an older version has setup.txt in the place of config.ini.
 struct RecordingPlace {
   std::string Folder, ConfigFile, RawFile;
   bool Unchecked = false;  ///< the bytes are taken even when they are not those of the configuration
 
-  std::string config() const { return Folder.empty() ? ConfigFile : Folder + "/config.ini"; }
+  std::string config() const;
   std::string raw() const;
   /// The files' paths; none for an empty place.
   std::vector<std::string> files() const;
@@ -32,8 +38,8 @@ enum class Parts : std::uint8_t { Refused, Accepted };
 /// `Unchecked` such bytes and parts cause only a warning on standard error.
 hy_wristlog::engineering::SavedRecording readRecording(const RecordingPlace& place, Parts parts);
 
-/// The moment (UTC) that a recording is seen from: when it was retrieved or, where that is not known, when
-/// its last epoch ended.
+/// The moment that a recording is seen from: when it was retrieved or, where that is not known, when its last
+/// epoch ended. In UTC; of a Pendrel, whose dates are local, by its own clock.
 double momentOf(const hy_wristlog::engineering::SavedRecording& recording);
 
 /// How much of a recording is there.
@@ -45,12 +51,19 @@ struct RecordingPart {
 /// "12288 of 30313 bytes, until 2026-03-04T10:22:00Z"
 std::string wordsFor(const RecordingPart& part);
 
+/// A recording of either family: one of the two loggers is there.
 struct DecodedRecording {
   std::shared_ptr<hy_wristlog::Class_VardenLogger> Logger;
+  std::shared_ptr<hy_wristlog::Class_Pendrel> Pendrel;
+  /// Of a Pendrel, whose data tell nothing of their soundness, what stands here says nothing.
   hy_wristlog::enmDecodeResult Result = hy_wristlog::Decode_InputError;
   bool LowBattery = false;
   bool Unchecked = false;             ///< the bytes are not those that the configuration tells of
   std::optional<RecordingPart> Part;  ///< only the beginning of the recording
+
+  std::int32_t samples() const;
+  std::int32_t epochLength() const;
+  double startUtc() const;
 };
 
 /// The decode result in words. For unchecked bytes it says only that nothing vouches for them, of a part how

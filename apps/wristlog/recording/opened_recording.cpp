@@ -12,7 +12,7 @@ OpenedRecording::OpenedRecording(const RecordingPlace& place, bool diagnostic, c
       decoded_(wristlog::decoded(saved_, place, diagnostic)) {}
 
 Json OpenedRecording::write(const RecordingFiles& files) const {
-  files.requireEpochs(*decoded_.Logger);
+  files.requireEpochs(decoded_);
   if (decoded_.Part) files.requireNoWhole();
   Json summary = summaryJson(decoded_);
   files.writeRaw(saved_);

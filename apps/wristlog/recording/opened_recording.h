@@ -8,7 +8,8 @@
 
 namespace wristlog {
 
-/// A saved recording, read and decoded. The thread's world is the recording's as long as this lives.
+/// A saved recording of either family, read and decoded. The thread's world is the recording's as long as
+/// this lives.
 class OpenedRecording {
  public:
   /// Parts are accepted. `now` is a date that it is seen from; empty: its own moment. Raises what reading and

@@ -8,6 +8,7 @@
 #include "hy_wristlog/failure.h"
 #include "recording/events_csv.h"
 #include "recording/plotted_parts.h"
+#include "recording/plotted_pendrel.h"
 #include "varden/logging_modes.h"
 #include "words/meanings.h"
 
@@ -138,6 +139,7 @@ std::string modeWords(const hw::Class_VardenLogger& logger) {
 }
 
 picture::PlottedRecording plottedRecording(DecodedRecording recording) {
+  if (recording.Pendrel) return plottedPendrel(recording);
   // A picture must not depend on how long ago a sound recording ended.
   if (recording.Result == hw::Decode_TooLongSinceLastAcqStop) recording.Result = hw::Decode_OK;
   hw::Class_VardenLogger& logger = *recording.Logger;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engineering/saved_pendrel.h"
 #include "engineering/zones.h"
 #include "recording/plotted_parts.h"
 #include "words/counted.h"
@@ -32,8 +33,11 @@ void addFacts(picture::PlottedRecording& plot, const hw::Class_Pendrel& logger, 
 
 }  // namespace
 
-picture::PlottedRecording plottedRecording(const hw::Class_Pendrel& logger, const std::string& model) {
+picture::PlottedRecording plottedPendrel(const DecodedRecording& recording) {
+  const hw::Class_Pendrel& logger = *recording.Pendrel;
+  const std::string model = engineering::modelWords(logger);
   picture::PlottedRecording plot;
+  plot.IsPart = recording.Part.has_value();
   plot.Subject = logger.Get_SubjectIdentity();
   plot.Logger = model + " " + logger.Get_SerialNumber();
   plot.Zone = logger.Get_TimeZoneAbbrev();
@@ -50,6 +54,7 @@ picture::PlottedRecording plottedRecording(const hw::Class_Pendrel& logger, cons
     plot.Steps = seriesOf(logger.Get_StepsArray());
   addMarkers(plot, logger.Get_MarkerArray(), 1);
   addFacts(plot, logger, model);
+  if (recording.Part || recording.Unchecked) plot.Warnings.push_back(verdictOf(recording));
   addResets(plot, logger.Get_Resets());
   return plot;
 }

@@ -1,14 +1,11 @@
 #pragma once
 
-#include <string>
-
-#include "hy_wristlog/Class_Pendrel.h"
 #include "picture/recording.h"
+#include "recording/decoded_recording.h"
 
 namespace wristlog {
 
-/// What the pictures show of a retrieved recording of the older family. `model` in words.
-picture::PlottedRecording plottedRecording(const hy_wristlog::Class_Pendrel& logger,
-                                           const std::string& model);
+/// What the pictures show of a recording of the older family.
+picture::PlottedRecording plottedPendrel(const DecodedRecording& recording);
 
 }  // namespace wristlog

@@ -9,6 +9,7 @@
 
 #include "engineering/dates.h"
 #include "engineering/recording.h"
+#include "engineering/saved_pendrel.h"
 #include "engineering/zones.h"
 #include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/failure.h"
@@ -35,9 +36,10 @@ constexpr const char* Source = "wristlog";
 constexpr std::array PictureNames{"actogram.svg", "report.html"};
 constexpr const char* FactsName = "recording.json";
 constexpr const char* PackageName = "datapackage.json";
-constexpr std::array Names{"series.csv", "events.csv",         FactsName,           PackageName,
-                           WholeRaw,     "config.ini",         "actogram.svg",      "report.html",
-                           PartRaw,      "series.partial.csv", "events.partial.csv"};
+constexpr std::array Names{
+    "series.csv",         "events.csv",   FactsName,     PackageName, WholeRaw,
+    ConfigName,           "actogram.svg", "report.html", PartRaw,     "series.partial.csv",
+    "events.partial.csv", SetupName};
 
 template <class Operation>
 auto onFiles(const std::string& path, const Operation& operation) {
@@ -169,7 +171,7 @@ bool RecordingFiles::holdPart() const {
 bool RecordingFiles::holdPartOf(const engineering::SavedRecording& recording) const {
   if (!holdPart()) return false;
   try {
-    return engineering::savedRecording(path("config.ini"), path(PartRaw)).isPartOfSame(recording);
+    return engineering::savedRecording(path(ConfigName), path(PartRaw)).isPartOfSame(recording);
   } catch (const hw::Failure&) {
     return false;
   }
@@ -212,30 +214,27 @@ void RecordingFiles::writeRaw(const engineering::SavedRecording& recording) cons
   if (missingFolders().empty()) {
     claim(replacesPart_ && holdPartOf(recording));
     for (const std::string& name : names_)
-      if (name != raw && name != "config.ini" && name != PartRaw) remove(name);
+      if (name != raw && name != ConfigName && name != PartRaw) remove(name);
   }
   writeFile(raw, {recording.Raw.begin(), recording.Raw.end()});
-  writeFile("config.ini", recording.Ini);
+  writeFile(ConfigName, recording.Ini);
+  if (recording.isPendrel()) writeFile(SetupName, engineering::setupText(recording));
   if (raw != PartRaw) remove(PartRaw);
 }
 
 void RecordingFiles::writeDecoded(const DecodedRecording& recording, const Json& summary) const {
-  const hw::Class_VardenLogger& logger = *recording.Logger;
   const std::string ending = recording.Part ? ".partial.csv" : ".csv";
-  writeFile("series" + ending, contentOf([&](const TextSink& sink) { addSeriesCsv(sink, logger); }));
-  writeFile("events" + ending, contentOf([&](const TextSink& sink) { addEventsCsv(sink, logger); }));
-  writeFile(PackageName, textOf(dataPackage(Family::Varden, recording.Part.has_value())));
+  const auto family = recording.Pendrel ? Family::Pendrel : Family::Varden;
+  writeFile("series" + ending, contentOf([&](const TextSink& sink) { addSeriesCsv(sink, recording); }));
+  if (recording.Logger)
+    writeFile("events" + ending,
+              contentOf([&](const TextSink& sink) { addEventsCsv(sink, *recording.Logger); }));
+  writeFile(PackageName, textOf(dataPackage(family, recording.Part.has_value())));
   writeFile(FactsName, textOf(summary));
 }
 
-void RecordingFiles::writeDecoded(const hw::Class_Pendrel& logger, const Json& summary) const {
-  writeFile("series.csv", contentOf([&](const TextSink& sink) { addSeriesCsv(sink, logger); }));
-  writeFile(PackageName, textOf(dataPackage(Family::Pendrel, false)));
-  writeFile(FactsName, textOf(summary));
-}
-
-void RecordingFiles::requireEpochs(const hw::Class_VardenLogger& logger) const {
-  if (logger.Get_Samples() > 0) return;
+void RecordingFiles::requireEpochs(const DecodedRecording& recording) const {
+  if (recording.samples() > 0) return;
   if (const auto former = existing(); !former.empty())
     throw hw::Failure(hw::FailureNumber::OutOfRange, Source,
                       "The recording holds no epochs, so " + former.front() + " is left as it is");
@@ -295,7 +294,30 @@ void RecordingFiles::writeFile(const std::string& name,
   }
 }
 
+namespace {
+
+Json pendrelSummary(const DecodedRecording& recording) {
+  hw::Class_Pendrel& logger = *recording.Pendrel;
+  Json summary = Json::object();
+  summary["model"] = engineering::modelWords(logger);
+  summary["subject"] = subjectJson(engineering::subjectOf(logger));
+  summary["time_zone"] = logger.Get_TimeZoneAbbrev();
+  summary["time_zone_iana"] = ianaZoneJson(logger);
+  summary["start_local"] = engineering::isoDate(logger.Get_StartDate() + logger.Get_StartTime());
+  summary["start_utc"] = engineering::isoDate(engineering::startUtc(logger), "Z");
+  summary["epoch_seconds"] = logger.Get_EpochLength();
+  summary["samples"] = logger.Get_Samples();
+  summary["markers"] = logger.Get_MarkerCount();
+  if (recording.Unchecked) summary["unchecked"] = true;
+  if (recording.Part) summary.update(partJson(*recording.Part));
+  summary["configuration"] = loggerJson(logger);
+  return summary;
+}
+
+}  // namespace
+
 Json summaryJson(const DecodedRecording& recording) {
+  if (recording.Pendrel) return pendrelSummary(recording);
   hw::Class_VardenLogger& logger = *recording.Logger;
   Json summary = Json::object();
   summary["subject"] = subjectJson(engineering::subjectOf(logger));

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "hy_wristlog/Class_Pendrel.h"
 #include "picture/recording.h"
 #include "platform/platform.h"
 #include "recording/decoded_recording.h"
@@ -14,13 +13,10 @@
 
 namespace wristlog {
 
-/// The bytes of a whole recording, and of one of which only the beginning came.
-inline constexpr const char *WholeRaw = "raw.bin", *PartRaw = "raw.partial.bin";
-
 /// The files of one recording in one folder: series.csv, events.csv, recording.json, the codebook of these
 /// three datapackage.json, the pictures actogram.svg and report.html, and for decoding it again raw.bin and
 /// config.ini. Of a part of a recording the first two and the bytes have names of their own, with "partial"
-/// in them. Each is written whole or not at all.
+/// in them. A Pendrel's has no events, and setup.txt for people. Each is written whole or not at all.
 class RecordingFiles {
  public:
   enum class Part : std::uint8_t { Everything, Pictures };
@@ -45,13 +41,11 @@ class RecordingFiles {
   void writeRaw(const hy_wristlog::engineering::SavedRecording& recording) const;
   /// Writes series, events, facts and codebook.
   void writeDecoded(const DecodedRecording& recording, const Json& summary) const;
-  /// The same of a recording of the older family, which has no events.
-  void writeDecoded(const hy_wristlog::Class_Pendrel& logger, const Json& summary) const;
   void writePictures(const picture::PlottedRecording& plot) const;
   /// Writes the pictures, after the other files. A failure says that those are safe.
   void writePictures(const DecodedRecording& recording) const;
   /// Raises OutOfRange when a recording without epochs would replace existing files.
-  void requireEpochs(const hy_wristlog::Class_VardenLogger& logger) const;
+  void requireEpochs(const DecodedRecording& recording) const;
   /// Whether one of the files exists.
   bool holdAny() const;
   /// Whether they are those of a shorter part of the same recording.

@@ -1,6 +1,7 @@
 #include "recording/retrieved_recording.h"
 
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "hy_wristlog/failure.h"
 
@@ -11,8 +12,12 @@ namespace engineering = hy_wristlog::engineering;
 
 RetrievedRecording::RetrievedRecording(const hw::Class_VardenLogger& logger,
                                        std::optional<hw::enmDecodeResult> verdict, bool lowBattery)
-    : saved_(engineering::savedRecording(logger, lowBattery)), decodes_(verdict.has_value()) {
-  if (isThere()) inLogger_ = saved_.bytesInLogger();
+    : RetrievedRecording(engineering::savedRecording(logger, lowBattery), verdict.has_value()) {}
+
+RetrievedRecording::RetrievedRecording(engineering::SavedRecording saved, bool decodes)
+    : saved_(std::move(saved)), decodes_(decodes) {
+  if (!isThere()) return;
+  inLogger_ = saved_.bytesInLogger();
   if (!saved_.isPart()) return;
   part_ = {std::ssize(saved_.Raw), inLogger_, {}};
   try {

@@ -22,7 +22,10 @@ class RetrievedRecording {
   RetrievedRecording(const hy_wristlog::Class_VardenLogger& logger,
                      std::optional<hy_wristlog::enmDecodeResult> verdict, bool lowBattery);
 
-  bool isThere() const { return !saved_.Raw.empty(); }
+  /// The same of a Pendrel. `saved` is empty when nothing came; `decodes` tells whether it was decoded.
+  RetrievedRecording(hy_wristlog::engineering::SavedRecording saved, bool decodes);
+
+  bool isThere() const { return !saved_.Ini.empty(); }
   std::size_t bytes() const { return saved_.Raw.size(); }
   std::int64_t bytesInLogger() const { return inLogger_; }
   /// True when all bytes that the logger holds came and were decoded.

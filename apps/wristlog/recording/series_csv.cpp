@@ -178,8 +178,8 @@ void addSeriesCsv(const TextSink& sink, const hw::Class_VardenLogger& logger, Se
           timed ? timedRows(logger, logger.Get_StartTimeGMT(), samples) : untimedRows(logger));
 }
 
-void addSeriesCsv(const TextSink& sink, const hw::Class_Pendrel& logger) {
-  sink(headingOf(seriesFields()));
+void addSeriesCsv(const TextSink& sink, const hw::Class_Pendrel& logger, SeriesPart part) {
+  if (part == SeriesPart::Everything) sink(headingOf(seriesFields()));
   Columns columns;
   columns.add(SeriesColumn::Activity, logger.Get_ActivityArray());
   if (logger.Get_AcquisitionMode() == hw::PD_Mode_ActivityAndSteps)
@@ -187,6 +187,13 @@ void addSeriesCsv(const TextSink& sink, const hw::Class_Pendrel& logger) {
   columns.add(SeriesColumn::Marker, logger.Get_MarkerArray());
   const std::size_t samples = samplesOf(logger);
   addRows(sink, columns, samples, timedRows(logger, engineering::startUtc(logger), samples));
+}
+
+void addSeriesCsv(const TextSink& sink, const DecodedRecording& recording, SeriesPart part) {
+  if (recording.Pendrel)
+    addSeriesCsv(sink, *recording.Pendrel, part);
+  else
+    addSeriesCsv(sink, *recording.Logger, part);
 }
 
 }  // namespace wristlog

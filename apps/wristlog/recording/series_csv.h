@@ -6,6 +6,7 @@
 
 #include "hy_wristlog/Class_Pendrel.h"
 #include "hy_wristlog/Class_VardenLogger.h"
+#include "recording/decoded_recording.h"
 
 namespace wristlog {
 
@@ -18,6 +19,9 @@ enum class SeriesPart : std::uint8_t { Everything, Rows };
 /// value is empty, and so is a column that the logger or its mode does not record.
 void addSeriesCsv(const TextSink& sink, const hy_wristlog::Class_VardenLogger& logger,
                   SeriesPart part = SeriesPart::Everything);
-void addSeriesCsv(const TextSink& sink, const hy_wristlog::Class_Pendrel& logger);
+void addSeriesCsv(const TextSink& sink, const hy_wristlog::Class_Pendrel& logger,
+                  SeriesPart part = SeriesPart::Everything);
+void addSeriesCsv(const TextSink& sink, const DecodedRecording& recording,
+                  SeriesPart part = SeriesPart::Everything);
 
 }  // namespace wristlog

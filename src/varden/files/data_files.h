@@ -86,6 +86,12 @@ void tell(std::string_view text, std::string_view title = {});
 /// Four bytes of a recording, little-endian. Raises Subscript when they are not all there.
 std::int32_t loggerSecondsAt(const ByteArray& raw, std::int64_t position);
 
+/// The first line of a Pendrel's raw data file, which has the same form.
+inline constexpr std::string_view PendrelDumpHeading = "QV/HY Pendrel Logger Raw Data Output File";
+
+/// Writes a raw data file's line "Address" and, up to the index `last`, its bytes, one a line.
+void addRawBytes(DataFile& file, const ByteArray& raw, std::int64_t last);
+
 /// Whether the text begins as a raw data file does.
 bool isRawDump(std::string_view content);
 

@@ -34,16 +34,6 @@ void appendAddress(std::string& text, std::int64_t index) {
   text += ')';
 }
 
-void addBytes(DataFile& file, const ByteArray& raw, std::int64_t last) {
-  const NumberFormat format("##0");
-  std::array<std::string, 256> texts;
-  for (std::size_t byte = 0; byte < texts.size(); ++byte) texts[byte] = format(static_cast<double>(byte));
-  for (std::int64_t index = 0; index <= last; ++index) {
-    file.field([index](std::string& text) { appendAddress(text, index); });
-    file.line(texts[fault::at(raw, index)]);
-  }
-}
-
 std::string_view takeLine(std::string_view& text) {
   const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
   const std::string_view line = text.substr(0, end);
@@ -90,7 +80,22 @@ std::string readFile(const std::string& path) {
 
 }  // namespace
 
-bool isRawDump(std::string_view content) { return takeLine(content).find(Heading) != content.npos; }
+void addRawBytes(DataFile& file, const ByteArray& raw, std::int64_t last) {
+  file.line(AddressLabel, "Raw Data Value");
+  file.line();
+  const NumberFormat format("##0");
+  std::array<std::string, 256> texts;
+  for (std::size_t byte = 0; byte < texts.size(); ++byte) texts[byte] = format(static_cast<double>(byte));
+  for (std::int64_t index = 0; index <= last; ++index) {
+    file.field([index](std::string& text) { appendAddress(text, index); });
+    file.line(texts[fault::at(raw, index)]);
+  }
+}
+
+bool isRawDump(std::string_view content) {
+  const std::string_view first = takeLine(content);
+  return first.find(Heading) != first.npos || first.find(PendrelDumpHeading) != first.npos;
+}
 
 ByteArray readRawDump(std::string_view content, std::size_t mostBytes, Addresses addresses) {
   bool inData = false;
@@ -126,9 +131,7 @@ void VardenLogger::subSaveRawDataToFile(std::string_view path) {
       file.line("Firmware Version:", record.FirmwareVersion);
       file.line("Acquisition Mode:", std::to_string(record.ConfigBlock.AcquisitionMode));
       file.line();
-      file.line(AddressLabel, "Raw Data Value");
-      file.line();
-      addBytes(file, *record.RawData, lastRawIndex(record));
+      addRawBytes(file, *record.RawData, lastRawIndex(record));
     });
   });
 }

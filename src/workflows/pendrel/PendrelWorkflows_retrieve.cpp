@@ -4,6 +4,7 @@
 #include "base/numbers.h"
 #include "errors/GlobalState.h"
 #include "pendrel/Pendrel.h"
+#include "pendrel/setup_answer.h"
 #include "platform/platform.h"
 #include "timezones/Class_TimeZoneTools.h"
 #include "workflows/pendrel/pendrel_run.h"
@@ -14,12 +15,10 @@ namespace hy_wristlog {
 using namespace FailureNumber;
 namespace {
 
-constexpr std::int32_t NoLength = -1;
-constexpr std::int16_t NoOffset = -32768, RepairedEpoch = 30;
+constexpr std::int16_t RepairedEpoch = 30;
 constexpr std::int32_t BlockBytes = PendrelRecord::BlockBytes;
 constexpr int MostFailuresOfABlock = 5;
 constexpr double ReadingPercent = 15;
-constexpr const char* UnknownZoneMark = "UNK";
 
 bool hasUsableSubject(const PendrelRecord& record) {
   return record.SubjectDOB != UnknownDate && !record.SubjectGender.empty() && !record.SubjectGUID.empty() &&
@@ -70,7 +69,7 @@ class RetrievePendrelWorkflow {
   }
 
   bool mendSetup() {
-    return mend(record().BytesUsed != NoLength, ReturnCode::UnknownLength,
+    return mend(record().BytesUsed != PendrelRecord::NoLength, ReturnCode::UnknownLength,
                 [&] { record().BytesUsed = record().Get_MaxBytesUsed(); }) &&
            mend(record().StartDate != UnknownDate, ReturnCode::WrongStart,
                 [&] { record().StartDate = datePart(now()); }) &&
@@ -79,7 +78,7 @@ class RetrievePendrelWorkflow {
                   const double local = now();
                   record().StartTime = local - datePart(local);
                 }) &&
-           mend(isOneOf(record().EpochLength, {15, 30, 60}), ReturnCode::WrongEpoch,
+           mend(record().hasUsualEpoch(), ReturnCode::WrongEpoch,
                 [&] { record().EpochLength = RepairedEpoch; });
   }
 
@@ -97,25 +96,12 @@ class RetrievePendrelWorkflow {
   }
 
   bool settleZone() {
-    if (!mendZone(!record().TimeZoneAbbrev.empty() && record().GMToffset != NoOffset)) return false;
-    if (record().TimeZoneAbbrev == UnknownZoneMark) return nameZone();
+    if (!mendZone(!record().TimeZoneAbbrev.empty() && record().GMToffset != PendrelRecord::NoOffset))
+      return false;
+    if (record().TimeZoneAbbrev == PendrelRecord::UnknownZone)
+      return mendZone(run_.step([&] { return takeZoneOfOffset(record()); }));
     return mendZone(
         run_.step([&] { return TimeZoneTools().fncGetTZIfromAbbrev(record().TimeZoneAbbrev) != nullptr; }));
-  }
-
-  /// Takes the first zone of the catalogue that had the logger's offset at the start.
-  bool nameZone() {
-    return mendZone(run_.step([&] {
-      TimeZoneTools().fncPopulateTZICollection();
-      const double start = record().StartDate + record().StartTime;
-      for (const TimeZoneRef& zone : TimeZoneTools().Get_TimeZoneArray()) {
-        if (Class_TimeZoneTools::fncCalcOffset(start, *zone, record().AutoDSTadjust) != record().GMToffset)
-          continue;
-        if (!zone->Abbreviation.empty()) record().TimeZoneAbbrev = zone->Abbreviation;
-        return true;
-      }
-      return false;
-    }));
   }
 
   bool takeSubject() {
