@@ -55,8 +55,8 @@ void saveRawDump(Class_Pendrel& logger, const std::string& path) {
   file.save();
 }
 
-void saveReport(Class_Pendrel& logger, const std::string& path) {
-  decode(logger);
+bool saveReport(Class_Pendrel& logger, const std::string& path) {
+  const bool isWhole = decode(logger);
   const PendrelRecord& record = Inside::of(logger).record;
   const DateFormat date(globals().LongDateTimeFormat);
   DataFile file(path);
@@ -66,6 +66,7 @@ void saveReport(Class_Pendrel& logger, const std::string& path) {
   addLogger(file, record, std::to_string(record.EpochLength) + " seconds");
   addRows(file, record);
   file.save();
+  return isWhole;
 }
 
 }  // namespace hy_wristlog::engineering

@@ -201,21 +201,25 @@ std::shared_ptr<Class_Pendrel> openPendrel(const SavedRecording& recording) {
   return logger;
 }
 
-void decode(Class_Pendrel& logger) {
+bool decode(Class_Pendrel& logger) {
   Pendrel& inside = Inside::of(logger);
   PendrelRecord& record = inside.record;
   const std::int32_t told = record.BytesUsed;
   const auto there = static_cast<std::int64_t>(record.RawData.size()) - PendrelRecord::HeaderBytes;
-  if (there >= told) return inside.subDecodeDataArrays();
+  if (there >= told) {
+    inside.subDecodeDataArrays();
+    return true;
+  }
   if (there < 1) refuse("No sample is there: the memory image ends in its header");
   record.BytesUsed = static_cast<std::int32_t>(there);
   inside.subDecodeDataArrays();
   record.BytesUsed = told;
-  if (record.MarkerArray.back() == Tristate::True) return;
+  if (record.MarkerArray.back() == Tristate::True) return false;
   const auto samples = static_cast<std::size_t>(record.Samples--);
   leaveOutLast(record.ActivityArray, samples);
   leaveOutLast(record.MarkerArray, samples);
   if (record.Get_DeviceType() == KR_PENDREL_CRC_STEPS) leaveOutLast(record.StepsArray, samples);
+  return false;
 }
 
 std::string modelWords(const Class_Pendrel& logger) { return Inside::of(logger).record.Get_DeviceText(); }

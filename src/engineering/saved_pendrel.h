@@ -38,9 +38,9 @@ bool isBeginningOfSame(const SavedRecording& part, const SavedRecording& whole);
 /// The logger with its set-up and memory image, not decoded. Raises OutOfRange for an answer that cannot be
 /// read or does not tell what decoding needs, TypeMismatch for a value in its place that cannot be read.
 std::shared_ptr<Class_Pendrel> openPendrel(const SavedRecording& recording);
-/// Decodes the image. Where it ends before the recording does, what may be cut off is left out: the last
-/// sample, unless its marker is there. Raises OutOfRange when no sample is there.
-void decode(Class_Pendrel& logger);
+/// Decodes the image. False when it ends before the recording does; what may be cut off is then left out: the
+/// last sample, unless its marker is there. Raises OutOfRange when no sample is there.
+bool decode(Class_Pendrel& logger);
 
 /// The logger's model in words, "Pendrel Steps".
 std::string modelWords(const Class_Pendrel& logger);

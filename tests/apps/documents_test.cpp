@@ -105,12 +105,14 @@ class DocumentedDesk {
     const std::string folder = name.substr(0, name.find('/'));
     if (folder == "monday" && !fs::exists(folder)) make("vivid", folder);
     if (name == "tuesday" || name == "bench") make("kestrin2", name);
+    if (name == "friday") make("pendrel27", name);
     if (name == "cut.bin")
       hy_wristlog::putFile(fs::current_path() / name,
                            hy_wristlog::contentOf("monday/raw.bin").substr(0, 100));
   }
   static void make(const std::string& model, const std::string& folder) {
-    const std::string options = "retrieve --model " + model + " --simulate " + model + " --out " + folder;
+    const std::string command = model == "pendrel27" ? "legacy retrieve" : "retrieve --model " + model,
+                      options = command + " --simulate " + model + " --out " + folder;
     EXPECT_EQ(runHere(options).Status, 0);
   }
 

@@ -89,9 +89,9 @@ TEST(Legacy, ARetrievedRecordingIsSevenFilesAndOneDocument) {
 
 /// A worn logger in its reader, and a folder in which the program runs elsewhere.
 struct Worn : Desk<sim::PendrelBench> {
-  explicit Worn(sim::PendrelModel model) : Desk(benchOf(model)) {
+  explicit Worn(sim::PendrelModel model, std::chrono::hours worn = 3 * 24h) : Desk(benchOf(model)) {
     bench.Logger->setUp(sim::ordinaryPendrelSetup(*bench.World, 60, true));
-    bench.Logger->wear(3 * 24h);
+    bench.Logger->wear(worn);
   }
   Told retrieve(const std::string& folder, const std::string& options = "") const {
     return runHere("legacy retrieve --port 1 --out " + (box.Folder / folder).string() + options);
@@ -138,6 +138,16 @@ TEST(Legacy, WhatWasRetrievedDecodesToTheSameEverywhere) {
         EXPECT_EQ(box.content("older/series.csv"), series);
     }
   }
+}
+
+TEST(Legacy, ARecordingOfNothingDecodesToTheSameToo) {
+  Worn desk(sim::PendrelModel::Steps, 0h);
+  const Told told = desk.retrieve("p");
+  EXPECT_EQ(told.Status, 0) << told.all();
+  expectIn(told.Out, {"The logger has recorded nothing yet; its one value is none."});
+  const Outcome again = desk.box.run("decode p --out again");
+  EXPECT_EQ(again.Status, 0) << again.Err;
+  EXPECT_EQ(desk.box.content("again/series.csv"), desk.box.content("p/series.csv"));
 }
 
 TEST(Legacy, OfABrokenRetrievalTheBeginningIsKept) {

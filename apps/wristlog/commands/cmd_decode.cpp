@@ -42,7 +42,7 @@ int printSeries(const CommonOptions& common, const DecodeOptions& options) {
   const auto work = [&](const RecordingPlace& place, std::size_t) {
     // Whoever closes the pipe wants no more.
     if (!flushStandardOutput()) return Json::object();
-    const OpenedRecording opened(place, options.Diagnostic, options.Now);
+    const OpenedRecording opened(place, options.Diagnostic, options.Now, Family::Every);
     const DecodedRecording& recording = opened.decoded();
     if (recording.Result != hw::Decode_OK || recording.Part || recording.Unchecked)
       complain() << place.raw() << ": " << verdictOf(recording) << '\n';
@@ -63,7 +63,7 @@ int runDecode(const CommonOptions& common, const DecodeOptions& options) {
     for (const std::string& folder : outputFolders(places, options.Folder))
       outputs.emplace_back(folder, options.Force).prepare();
   return forEachRecording(common, places, [&](const RecordingPlace& place, std::size_t index) {
-    const OpenedRecording opened(place, options.Diagnostic, options.Now);
+    const OpenedRecording opened(place, options.Diagnostic, options.Now, Family::Every);
     if (writes) opened.write(outputs[index]);
     if (common.AsJson) return documentOf(opened.decoded());
     tell(opened.decoded());

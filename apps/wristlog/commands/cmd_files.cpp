@@ -94,7 +94,7 @@ struct SaveReport {
     return verdictOf(result, part) + ' ' + std::to_string(logger.Get_Samples()) + " epochs. ";
   }
   std::string operator()(hw::Class_Pendrel& logger, Json& document) const {
-    engineering::saveReport(logger, File);
+    document["part"] = !engineering::saveReport(logger, File);
     document["samples"] = logger.Get_Samples();
     return std::to_string(logger.Get_Samples()) + " epochs. ";
   }

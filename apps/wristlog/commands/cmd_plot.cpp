@@ -63,7 +63,7 @@ int runPlot(const CommonOptions& common, const PlotOptions& options) {
     requireRecording(place.Folder);
     const RecordingFiles files(outputs[index], options.Force, RecordingFiles::Part::Pictures);
     files.prepare();
-    const OpenedRecording opened(place, options.Diagnostic);
+    const OpenedRecording opened(place, options.Diagnostic, {}, Family::Every);
     files.requireEpochs(opened.decoded());
     const picture::PlottedRecording plot = plottedRecording(opened.decoded());
     files.writePictures(plot);

@@ -3,12 +3,28 @@
 #include <nlohmann/json.hpp>
 
 #include "engineering/dates.h"
+#include "engineering/files.h"
+#include "engineering/saved_pendrel.h"
 
 namespace wristlog {
 
-OpenedRecording::OpenedRecording(const RecordingPlace& place, bool diagnostic, const std::string& now)
-    : saved_(readRecording(place, Parts::Accepted)),
-      world_(now.empty() ? momentOf(saved_) : hy_wristlog::engineering::dateFromText(now)),
+namespace engineering = hy_wristlog::engineering;
+
+namespace {
+
+engineering::SavedRecording readOfFamily(const RecordingPlace& place, Family family) {
+  auto recording = readRecording(place, Parts::Accepted);
+  if (recording.isPendrel() && family != Family::Every)
+    engineering::naming(place.config(), [] { engineering::refusePendrel("wristlog"); });
+  return recording;
+}
+
+}  // namespace
+
+OpenedRecording::OpenedRecording(const RecordingPlace& place, bool diagnostic, const std::string& now,
+                                 Family family)
+    : saved_(readOfFamily(place, family)),
+      world_(now.empty() ? momentOf(saved_) : engineering::dateFromText(now)),
       decoded_(wristlog::decoded(saved_, place, diagnostic)) {}
 
 Json OpenedRecording::write(const RecordingFiles& files) const {

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "recording/codebook.h"
 #include "recording/decoded_recording.h"
 #include "recording/recording_files.h"
 #include "recording/recording_world.h"
@@ -13,8 +14,9 @@ namespace wristlog {
 class OpenedRecording {
  public:
   /// Parts are accepted. `now` is a date that it is seen from; empty: its own moment. Raises what reading and
-  /// decoding raise.
-  OpenedRecording(const RecordingPlace& place, bool diagnostic, const std::string& now = {});
+  /// decoding raise, and OutOfRange for a Pendrel's unless `family` is Every.
+  OpenedRecording(const RecordingPlace& place, bool diagnostic, const std::string& now = {},
+                  Family family = Family::Varden);
 
   const DecodedRecording& decoded() const { return decoded_; }
   /// Writes all of its files and gives its facts. Raises FileExists and OutOfRange for what may not be
