@@ -230,6 +230,7 @@ void addCommands(CommandLine& cli) {
   addWorkflowCommands(cli);
   addFileCommands(cli);
   addPlotCommand(cli);
+  addStudyCommand(cli);
   addConsoleCommand(cli);
   addPendrelCommands(cli);
   addReplayCommand(cli);

@@ -93,6 +93,7 @@ void addRecordingPlaces(CLI::App* sub, RecordingPlaces& places);
 void addWorkflowCommands(CommandLine& cli);
 void addFileCommands(CommandLine& cli);
 void addPlotCommand(CommandLine& cli);
+void addStudyCommand(CommandLine& cli);
 void addConsoleCommand(CommandLine& cli);
 void addPendrelCommands(CommandLine& cli);
 void addReplayCommand(CommandLine& cli);

@@ -60,19 +60,6 @@ Json fieldJson(const Field& field) {
   return object;
 }
 
-Json table(const std::string& name, bool isPart, std::span<const Field> fields) {
-  Json columns = Json::array();
-  for (const Field& field : fields) columns.push_back(fieldJson(field));
-  return {{"name", name},
-          {"path", name + (isPart ? ".partial.csv" : ".csv")},
-          {"profile", "tabular-data-resource"},
-          {"format", "csv"},
-          {"mediatype", "text/csv"},
-          {"encoding", "utf-8"},
-          {"dialect", {{"lineTerminator", "\n"}}},
-          {"schema", {{"fields", columns}, {"missingValues", {""}}}}};
-}
-
 Json facts(Family family) {
   Json fields = Json::array();
   for (const Field& field : recordingFields()) {
@@ -92,10 +79,27 @@ Json facts(Family family) {
 
 }  // namespace
 
+Json tableResource(const std::string& name, const std::string& path, std::span<const Field> fields) {
+  Json columns = Json::array();
+  for (const Field& field : fields) columns.push_back(fieldJson(field));
+  return {{"name", name},
+          {"path", path},
+          {"profile", "tabular-data-resource"},
+          {"format", "csv"},
+          {"mediatype", "text/csv"},
+          {"encoding", "utf-8"},
+          {"dialect", {{"lineTerminator", "\n"}}},
+          {"schema", {{"fields", columns}, {"missingValues", {""}}}}};
+}
+
 Json dataPackage(Family family, bool isPart) {
-  Json resources = Json::array({table("series", isPart, seriesFields())});
+  const char* const ending = isPart ? ".partial.csv" : ".csv";
+  const auto table = [&](const std::string& name, std::span<const Field> fields) {
+    return tableResource(name, name + ending, fields);
+  };
+  Json resources = Json::array({table("series", seriesFields())});
   // A Pendrel keeps no events.
-  if (family == Family::Varden) resources.push_back(table("events", isPart, eventFields()));
+  if (family == Family::Varden) resources.push_back(table("events", eventFields()));
   resources.push_back(facts(family));
   return {{"profile", "data-package"},
           {"name", "wristlog-recording"},

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 
 #include "recording/codebook.h"
@@ -10,5 +11,8 @@ namespace wristlog {
 /// The codebook of a recording's tables and facts as a frictionless data package: datapackage.json. Tables of
 /// a part of a recording are called "series.partial.csv" and so on. `family` is the logger's.
 Json dataPackage(Family family, bool isPart);
+
+/// A table of such a package. `path` may be a pattern of several files with the same columns.
+Json tableResource(const std::string& name, const std::string& path, std::span<const Field> fields);
 
 }  // namespace wristlog
