@@ -1,11 +1,6 @@
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -13,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "program_need.h"
 #include "simulator/bench.h"
 #include "tools/Class_Tools.h"
 
@@ -83,32 +79,6 @@ void save(const Worst& worst, const std::filesystem::path& folder) {
   std::ofstream(folder / "config.ini")
       << "[Configuration Bytes]\r\nRaw Config Bytes="
       << Class_Tools::fncConvertByteArrayToHexString(block.image()) << "\r\n";
-}
-
-struct Need {
-  double MiB = -1;  ///< the most memory that it ever had
-  double Seconds = -1;
-};
-
-/// Runs the program to its end. -1 stands for a failure.
-Need needOf(std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), WRISTLOG_PROGRAM);
-  std::vector<char*> raw;
-  for (std::string& argument : arguments) raw.push_back(argument.data());
-  raw.push_back(nullptr);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-  pid_t child = 0;
-  const auto start = std::chrono::steady_clock::now();
-  const bool begun = posix_spawn(&child, WRISTLOG_PROGRAM, &actions, nullptr, raw.data(), environ) == 0;
-  posix_spawn_file_actions_destroy(&actions);
-  int status = -1;
-  rusage usage{};
-  if (!begun || wait4(child, &status, 0, &usage) != child || status != 0) return {};
-  return {static_cast<double>(usage.ru_maxrss) / 1024,
-          std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count()};
 }
 
 /// The program's time, and its memory at its height: at most 256 MiB for a recording of 1 MiB, whatever it

@@ -104,6 +104,7 @@ class DocumentedDesk {
     if (fs::exists(name)) return;
     const std::string folder = name.substr(0, name.find('/'));
     if (folder == "monday" && !fs::exists(folder)) make("vivid", folder);
+    if (folder == "recordings") make("vivid", "recordings/site-a/monday");
     if (name == "tuesday" || name == "bench") make("kestrin2", name);
     if (name == "friday") make("pendrel27", name);
     if (name == "cut.bin")

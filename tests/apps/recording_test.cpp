@@ -6,6 +6,7 @@
 #include "recording/codebook.h"
 #include "recording/csv_parts.h"
 #include "recording/series_csv.h"
+#include "study/study_table.h"
 #include "varden/VardenLogger.h"
 #include "varden/logging_modes.h"
 
@@ -120,17 +121,19 @@ TEST(Recording, EveryModeFillsColumnsOfItsOwn) {
 }
 
 TEST(Recording, TheCodebooksTellOfEveryColumnAndField) {
-  std::string told;
-  for (const auto fields : {wristlog::seriesFields(), wristlog::eventFields(), wristlog::recordingFields()})
+  std::string told, listed;
+  for (const auto fields : {wristlog::seriesFields(), wristlog::eventFields(), wristlog::recordingFields(),
+                            wristlog::studyFields()})
     for (const wristlog::Field& field : fields)
       told.append("| `").append(field.Name).append("` | ").append(field.Unit).append(" | ") +=
           wristlog::rangeOf(field) + " |\n";
-  std::string listed;
-  for (const std::string& line : split(hy_wristlog::contentOf(TEST_DATA "/../../docs/recordings.md"), '\n')) {
-    const auto cells = split(line, '|');
-    if (line.starts_with("| `") && cells.size() > 4)
-      listed += "|" + cells.at(1) + "|" + cells.at(2) + "|" + cells.at(3) + "|\n";
-  }
+  for (const std::string document : {"recordings", "studies"})
+    for (const std::string& line :
+         split(hy_wristlog::contentOf(TEST_DATA "/../../docs/" + document + ".md"), '\n')) {
+      const auto cells = split(line, '|');
+      if (line.starts_with("| `") && cells.size() > 4)
+        listed += "|" + cells.at(1) + "|" + cells.at(2) + "|" + cells.at(3) + "|\n";
+    }
   EXPECT_EQ(listed, told);
 
   const Sandbox box;

@@ -16,9 +16,14 @@ namespace hw = hy_wristlog;
 namespace {
 
 Json documentOf(const StudyOptions& options, const StudyResult& result) {
-  return {{"written_to", options.Out},    {"found", result.Found},     {"decoded", result.Decoded},
-          {"unchanged", result.Unchanged}, {"failed", result.Failed},   {"removed", result.Removed},
-          {"not_of_this_study", result.Strangers}, {"recordings", result.Rows}};
+  return {{"written_to", options.Out},
+          {"found", result.Found},
+          {"decoded", result.Decoded},
+          {"unchanged", result.Unchanged},
+          {"failed", result.Failed},
+          {"removed", result.Removed},
+          {"not_of_this_study", result.Strangers},
+          {"recordings", result.Rows}};
 }
 
 void tell(const StudyOptions& options, const StudyResult& result) {

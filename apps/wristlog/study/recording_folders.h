@@ -19,8 +19,8 @@ struct FoundRecordings {
 inline constexpr const char* RecordedFiles[] = {"config.ini", "setup.txt", "raw.bin", "raw.partial.bin"};
 
 /// Every folder at or below `root` that holds the bytes of a recording. Hidden folders and `leftOut` are not
-/// searched, and neither is a link to a folder above `root`. A folder that links lead to is searched once, and
-/// under its own name where it has one below `root`. Raises FileNotFound when `root` is no folder.
+/// searched, and neither is a link to a folder above `root`. A folder that links lead to is searched once,
+/// and under its own name where it has one below `root`. Raises FileNotFound when `root` is no folder.
 FoundRecordings recordingsBelow(const std::string& root, const std::string& leftOut);
 
 }  // namespace wristlog

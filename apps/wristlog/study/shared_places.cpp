@@ -44,10 +44,9 @@ bool isIn(const SharingRecording& recording, const SharingRecording& chosen) {
 }  // namespace
 
 SharedPlace sharedPlace(const std::vector<SharingRecording>& recordings) {
-  const auto longest =
-      std::max_element(recordings.begin(), recordings.end(), [](const auto& one, const auto& other) {
-        return lengthOf(*one.Studied) < lengthOf(*other.Studied);
-      });
+  const auto longest = std::max_element(
+      recordings.begin(), recordings.end(),
+      [](const auto& one, const auto& other) { return lengthOf(*one.Studied) < lengthOf(*other.Studied); });
   SharedPlace place{static_cast<std::size_t>(longest - recordings.begin()), {}};
   const auto fits = [&](const auto& each) { return &each == &*longest || isIn(each, *longest); };
   if (std::all_of(recordings.begin(), recordings.end(), fits)) return place;

@@ -102,12 +102,12 @@ class Study {
     input_ = in.lexically_relative(out).string();
     FoundRecordings found = recordingsBelow(options_.Folder, options_.Out);
     if (found.Folders.empty())
-      throw hw::Failure(hw::FailureNumber::FileNotFound, "wristlog",
-                        "No recording is found below " + options_.Folder +
-                            (found.Unreadable.empty() ? ""
-                                                      : ", where " + found.Unreadable.front().Folder +
-                                                            " cannot be read: " +
-                                                            found.Unreadable.front().Words));
+      throw hw::Failure(
+          hw::FailureNumber::FileNotFound, "wristlog",
+          "No recording is found below " + options_.Folder +
+              (found.Unreadable.empty() ? ""
+                                        : ", where " + found.Unreadable.front().Folder +
+                                              " cannot be read: " + found.Unreadable.front().Words));
     return found;
   }
 
@@ -206,8 +206,8 @@ class Study {
       StudiedRecording now;
       now.Version = version_;
       const std::string folder = pathOf(item);
-      now.Files = inputFilesOf(folder, item.Former != nullptr && !options_.Force ? item.Former->Files
-                                                                                 : std::vector<InputFile>{});
+      now.Files = inputFilesOf(
+          folder, item.Former != nullptr && !options_.Force ? item.Former->Files : std::vector<InputFile>{});
       if (isAsBefore(item, now)) {
         item.Now = *item.Former;
         item.Now->Files = std::move(now.Files);
@@ -312,7 +312,8 @@ class Study {
     result_.Strangers = strangersIn(options_.Out, partitions_);
   }
 
-  /// Lets one of the recordings of a place have it, and makes the rows of the others null. False when none may.
+  /// Lets one of the recordings of a place have it, and makes the rows of the others null. False when none
+  /// may.
   bool settle(const std::vector<std::size_t>& indexes, std::vector<Json>& rows) {
     std::vector<SharingRecording> sharing;
     for (const std::size_t i : indexes) sharing.push_back({pathOf(items_[i]), &*items_[i].Now});

@@ -34,8 +34,7 @@ Json jsonOf(const StudiedRecording& recording) {
   Json written;
   if (recording.Written)
     written = {{"series", recording.Written->Series}, {"events", recording.Written->Events}};
-  return {
-      {"version", recording.Version}, {"files", files}, {"written", written}, {"row", recording.Row}};
+  return {{"version", recording.Version}, {"files", files}, {"written", written}, {"row", recording.Row}};
 }
 
 StudiedRecording studiedFrom(const Json& json) {
@@ -43,8 +42,7 @@ StudiedRecording studiedFrom(const Json& json) {
   recording.Version = json.at("version").get<std::string>();
   for (const Json& file : json.at("files"))
     recording.Files.push_back({file.at("name").get<std::string>(), file.at("size").get<std::int64_t>(),
-                               file.at("changed").get<std::int64_t>(),
-                               file.at("sha256").get<std::string>()});
+                               file.at("changed").get<std::int64_t>(), file.at("sha256").get<std::string>()});
   if (const Json& written = json.at("written"); !written.is_null())
     recording.Written = {written.at("series").get<std::int64_t>(), written.at("events").get<std::int64_t>()};
   recording.Row = json.at("row");
@@ -91,10 +89,8 @@ std::string StudyManifest::text() const {
   for (const Partition& partition : Partitions)
     partitions.push_back({{"logger", partition.Logger}, {"start", partition.Start}});
   for (const auto& [folder, recording] : Recordings) recordings[folder] = jsonOf(recording);
-  const Json document{{"made_by", MadeByStudy},
-                      {"input", Input},
-                      {"partitions", partitions},
-                      {"recordings", recordings}};
+  const Json document{
+      {"made_by", MadeByStudy}, {"input", Input}, {"partitions", partitions}, {"recordings", recordings}};
   return document.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

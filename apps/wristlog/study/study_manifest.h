@@ -31,7 +31,7 @@ InputFile rawFileOf(const std::vector<InputFile>& files);
 struct StudiedRecording {
   std::string Version;  ///< of the program that decoded it
   std::vector<InputFile> Files;
-  Json Row;             ///< without copies and conflicts
+  Json Row;  ///< without copies and conflicts
   /// The sizes of its partition; none where that is another recording's, or nobody's.
   std::optional<PartitionSizes> Written;
 

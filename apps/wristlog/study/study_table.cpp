@@ -138,8 +138,8 @@ Json rowOf(const std::string& folder, const DecodedRecording& recording) {
   if (mode == nullptr || mode->samplesAreEpochs()) {
     putGaps(row, logger);
     if (start != UnknownDate) {
-      const double end = start + static_cast<double>(logger.Get_Samples()) * logger.Get_EpochLength() /
-                                     hw::SecondsPerDay;
+      const double end =
+          start + static_cast<double>(logger.Get_Samples()) * logger.Get_EpochLength() / hw::SecondsPerDay;
       row["end_local"] = textOrNull(engineering::isoLocal(logger, end));
       row["end_utc"] = textOrNull(engineering::isoDate(end, "Z"));
     }
