@@ -21,8 +21,7 @@ void record(const std::filesystem::path& folder, std::int64_t number) {
   simulator::BenchOptions options = simulator::vividBenchOptions();
   options.Logger.SerialNumber = "V" + std::to_string(FirstNumber + number);
   const simulator::Bench bench = simulator::makeBench(options);
-  bench.Logger->setUp(
-      simulator::ordinarySetup(*bench.World, simulator::Mode::ActivityAndSpecialLight, 60));
+  bench.Logger->setUp(simulator::ordinarySetup(*bench.World, simulator::Mode::ActivityAndSpecialLight, 60));
   bench.Logger->wear(std::chrono::days(7));
   const auto bytes = bench.Logger->recordedBytes();
   std::filesystem::create_directories(folder);
