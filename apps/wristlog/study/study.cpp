@@ -151,9 +151,10 @@ class Study {
 
   /// Recordings in folders that cannot be read now stay as they were.
   void keepBelowUnreadable(const FoundRecordings& found) {
-    for (const auto& [folder, recording] : former_.Recordings) {
+    for (const auto& known : former_.Recordings) {
+      const auto& [folder, recording] = known;
       const auto holds = [&](const UnreadableFolder& each) {
-        return each.Folder == "." || isInside(folder, each.Folder);
+        return each.Folder == "." || isInside(known.first, each.Folder);
       };
       if (std::none_of(found.Unreadable.begin(), found.Unreadable.end(), holds) ||
           std::binary_search(found.Folders.begin(), found.Folders.end(), folder))

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <compare>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "recording/decoded_recording.h"
@@ -23,7 +23,9 @@ struct Partition {
   /// "logger=V0012345/start=20260302T140200Z". Characters that folders or `key=value` names cannot hold are
   /// written as "%2F", which engines turn back.
   std::string path() const;
-  auto operator<=>(const Partition&) const = default;
+  bool operator<(const Partition& other) const {
+    return std::tie(Logger, Start) < std::tie(other.Logger, other.Start);
+  }
 };
 
 /// The sizes of a partition's two files, by which it is seen whether they are still there.
