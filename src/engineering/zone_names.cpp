@@ -61,6 +61,8 @@ std::optional<CatalogueFit> catalogueFit(std::string_view name) {
 
 std::string localZoneName() { return platform::current().zones().localName(); }
 
+std::string localZoneTrouble() { return platform::current().zones().trouble(); }
+
 bool isInCatalogue(const std::string& abbreviation) {
   openLibrary();
   return TimeZoneTools().fncGetTZIfromAbbrev(abbreviation) != nullptr;

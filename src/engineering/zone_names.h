@@ -23,6 +23,9 @@ std::optional<CatalogueFit> catalogueFit(std::string_view name);
 /// The name of the machine's own zone; empty when it has none in the tz database.
 std::string localZoneName();
 
+/// Why the machine's own zone is not known, in a sentence; empty when it is.
+std::string localZoneTrouble();
+
 /// Whether the catalogue has these three letters. Raises NoZones as above.
 bool isInCatalogue(const std::string& abbreviation);
 

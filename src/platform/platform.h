@@ -172,7 +172,6 @@ struct ZoneRecord {
   std::string Display, Standard, Daylight, MapID;
 };
 
-/// The zones of the system under the catalogue's keys ("Eastern Standard Time").
 /// A zone of the tz database.
 struct NamedZone {
   ZoneRule Rule;  ///< of the years to come
@@ -180,6 +179,7 @@ struct NamedZone {
       Key;  ///< of the record with the same rule; empty when there is none, or when years to come differ
 };
 
+/// The zones of the system under the catalogue's keys ("Eastern Standard Time").
 class ZoneRecords {
  public:
   virtual ~ZoneRecords() = default;
@@ -191,6 +191,8 @@ class ZoneRecords {
   virtual std::optional<NamedZone> named(std::string_view /*name*/) { return std::nullopt; }
   /// The name of the machine's own zone in the tz database; empty when it has none.
   virtual std::string localName() { return {}; }
+  /// Why the machine's own zone is not known, in a sentence; empty when it is.
+  virtual std::string trouble() { return {}; }
 };
 
 enum class LocaleItem : std::uint8_t { DecimalSeparator, LongDate, ShortDate, Time };

@@ -60,13 +60,16 @@ TEST(Zones, TheMachinesZoneIsFoundByNameThenByRule) {
       {":Europe/Warsaw", "Central European Standard Time"}, {"Asia/Calcutta", "India Standard Time"},
       {"/usr/share/zoneinfo/Europe/Paris", "Romance Standard Time"}, {"Pacific/Chatham", ""},
       {"PST8PDT,M3.2.0,M11.1.0", "Pacific Standard Time"}, {"Europe/Dublin", "GMT Standard Time"},
-      {"UTC", "Greenwich Standard Time"}, {"No/Such_Zone", "Greenwich Standard Time"},
-      {"", "Greenwich Standard Time"}, {"../../../etc/passwd", "Greenwich Standard Time"}};
+      {"UTC", "Greenwich Standard Time"}, {"", "Greenwich Standard Time"}, {":", "Greenwich Standard Time"},
+      {"No/Such_Zone", ""}, {"../../../etc/passwd", ""}};
   // clang-format on
   LinuxZones zones;
   for (const auto& [name, key] : cases) {
     const Variable tz{"TZ", name};
     EXPECT_EQ(zones.localStandardName(), key) << name;
+    const bool isUnknown = *key == 0 && std::string_view(name) != "Pacific/Chatham";
+    EXPECT_EQ(zones.trouble().empty(), !isUnknown) << zones.trouble();
+    EXPECT_TRUE(!isUnknown || zones.localName().empty()) << name;
   }
 }
 
@@ -92,7 +95,12 @@ TEST(Zones, ANameInTheDatabaseHasARecordWithTheSameRulesOrNone) {
 TEST(Zones, TheMachinesZoneIsReadFromItsFiles) {
   const Variable tz{"TZ", std::nullopt};
   const TemporaryFolder etc;
-  const auto expect = [&](const char* key) { EXPECT_EQ(LinuxZones{etc.path()}.localStandardName(), key); };
+  const auto expect = [&](const std::string& key) {
+    LinuxZones zones{etc.path()};
+    EXPECT_EQ(zones.localStandardName(), key);
+    EXPECT_EQ(zones.trouble(),
+              key.empty() ? etc / "localtime" + " cannot be read as a zone of the tz database." : "");
+  };
   expect("Greenwich Standard Time");
   etc.put("timezone", "Europe/Berlin\n");
   expect("W. Europe Standard Time");
@@ -103,8 +111,12 @@ TEST(Zones, TheMachinesZoneIsReadFromItsFiles) {
   expect("Central European Standard Time");
   std::filesystem::remove(etc / "timezone");
   expect("Central European Standard Time");
+  etc.put("timezone", "Europe/Berlin\n");
   etc.put("localtime", "TZif2 but nothing more");
-  expect("Greenwich Standard Time");
+  expect("");
+  std::filesystem::remove(etc / "localtime");
+  etc.link("localtime", "/usr/share/zoneinfo/No/Such_Zone");
+  expect("");
 }
 
 TEST(Zones, AMissingDatabaseGivesRecordsWithoutRules) {

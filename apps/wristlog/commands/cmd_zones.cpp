@@ -1,6 +1,8 @@
 #include "commands/commands.h"
 
 #include <nlohmann/json.hpp>
+
+#include "engineering/zone_names.h"
 #include "engineering/zones.h"
 #include "recording/json_output.h"
 #include "session/session.h"
@@ -13,6 +15,7 @@ namespace engineering = hy_wristlog::engineering;
 int runZones(const CommonOptions& common) {
   Session session(common);
   const auto zones = engineering::zones();
+  const std::string trouble = engineering::localZoneTrouble();
   if (session.asJson()) {
     Json list = Json::array();
     for (const auto& zone : zones)
@@ -25,12 +28,13 @@ int runZones(const CommonOptions& common) {
                       {"has_daylight_time", zone.HasDaylight},
                       {"offset_now_minutes", zone.OffsetNow},
                       {"local", zone.Local}});
-    print({{"zones", list}});
+    print({{"zones", list}, {"local_zone_trouble", trouble.empty() ? Json() : Json(trouble)}});
     return Good;
   }
   for (const auto& zone : zones)
     say() << (zone.Local ? "* " : "  ") << zone.Abbreviation << "  " << zone.DisplayName
           << (zone.DaylightNow ? " (daylight time now)" : "") << '\n';
+  if (!trouble.empty()) complain() << "The machine's own zone is not known. " << trouble << '\n';
   return Good;
 }
 

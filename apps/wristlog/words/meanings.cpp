@@ -27,6 +27,7 @@ constexpr auto Hints = std::to_array<Hint>({
     {Subscript, "Try 'decode --diagnostic' on the saved bytes."},
     {DivisionByZero, "See 'wristlog config show' for one that cannot be."},
     {Internal, "Run it again with --console and send what it shows."},
+    {NoZones, "They are in the package tzdata."},
     {FileExists, "--force writes over it."},
     {ReturnCode::SubjectUnusable, RetrievesAnyway},
     {ReturnCode::LoggerReset, RetrievesAnyway},
@@ -136,7 +137,9 @@ std::string dockTroubleOf(hy_wristlog::enmLoggerPointer model) {
 }
 
 std::string wordsFor(const hy_wristlog::Failure& failure) {
-  std::string words = failure.Description;
+  std::string words = failure.Number == NoZones
+                          ? "The time zone database is missing or cannot be read: install the package tzdata"
+                          : failure.Description;
   if (!words.empty() && words.back() != '.') words += '.';
   return words + " (failure " + std::to_string(failure.Number) + ")";
 }

@@ -14,6 +14,8 @@ namespace hy_wristlog::platform {
 namespace {
 
 constexpr std::size_t LongestZoneFile = 1 << 20;
+/// Known without a tz database too.
+constexpr const char* Utc = "UTC";
 
 std::string databaseFolder() {
   const auto folder = environmentVariable("TZDIR");
@@ -110,7 +112,7 @@ ZoneRecord LinuxZones::read(std::string_view key) {
 }
 
 LinuxZones::MachineZone LinuxZones::zoneOfName(std::string name) const {
-  MachineZone zone{std::move(name), {}, std::nullopt};
+  MachineZone zone{std::move(name), {}, std::nullopt, {}};
   zone.File = zoneFile(zone.Name);
   zone.Rule = ruleOfFile(zone.File);
   return zone;
@@ -118,11 +120,12 @@ LinuxZones::MachineZone LinuxZones::zoneOfName(std::string name) const {
 
 LinuxZones::MachineZone LinuxZones::zoneOfVariable(std::string value) const {
   if (!value.empty() && value.front() == ':') value.erase(0, 1);
-  if (value.empty()) return {"UTC", {}, ZoneRule{}};
+  if (value.empty() || value == Utc) return {Utc, {}, ZoneRule{}, {}};
   MachineZone zone = zoneOfName(value);
   if (!zone.Rule) zone.Rule = ruleOfText(value);
-  // The C library takes UTC for a zone that it does not know.
-  if (!zone.Rule) zone.Rule = ZoneRule{};
+  if (!zone.Rule)
+    return {
+        {}, {}, {}, "The variable TZ is \"" + value + "\", which is no zone of the tz database and no rule."};
   if (value.front() == '/') zone.Name = nameInDatabase(value);
   return zone;
 }
@@ -131,12 +134,15 @@ LinuxZones::MachineZone LinuxZones::machineZone() const {
   if (auto variable = environmentVariable("TZ")) return zoneOfVariable(std::move(*variable));
 
   const std::string localtime = etc_ + "/localtime";
-  MachineZone zone{{}, readSmallFile(localtime, LongestZoneFile).value_or(""), std::nullopt};
+  MachineZone zone{{}, readSmallFile(localtime, LongestZoneFile).value_or(""), std::nullopt, {}};
   zone.Rule = ruleOfFile(zone.File);
   std::array<char, 4096> target{};
   const ssize_t length = ::readlink(localtime.c_str(), target.data(), target.size());
   if (length > 0) zone.Name = nameInDatabase(std::string(target.data(), static_cast<std::size_t>(length)));
-  if (!zone.Name.empty() && zone.Rule) return zone;
+  const bool isLink = length > 0;
+  if (!zone.Rule && (isLink || fileExists(localtime)))
+    return {{}, {}, {}, localtime + " cannot be read as a zone of the tz database."};
+  if (!zone.Name.empty()) return zone;
 
   MachineZone named = zoneOfName(withoutSpaces(readSmallFile(etc_ + "/timezone", 4096).value_or("")));
   if (named.Rule && (!zone.Rule || named.File == zone.File)) return named;
@@ -157,6 +163,8 @@ std::string LinuxZones::localName() {
   std::string name = machineZone().Name;
   return isName(name) ? name : std::string();
 }
+
+std::string LinuxZones::trouble() { return machineZone().Trouble; }
 
 std::string LinuxZones::keyOf(const MachineZone& machine) {
   for (const CatalogueZone& zone : zoneCatalogue())

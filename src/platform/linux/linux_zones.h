@@ -14,7 +14,8 @@ namespace hy_wristlog::platform {
 ///
 /// The machine's own zone is what TZ says, else /etc/localtime, else /etc/timezone. It is found under its
 /// name, under another name of the same zone, then by a rule that is the same. A machine that runs on UTC
-/// counts as Greenwich.
+/// counts as Greenwich, and so does one with none of these files. The zone is not known when TZ or
+/// /etc/localtime is there and cannot be read.
 class LinuxZones final : public ZoneRecords {
  public:
   /// `etc` is the folder of "localtime" and "timezone".
@@ -26,12 +27,14 @@ class LinuxZones final : public ZoneRecords {
   std::string localStandardName() override;
   std::optional<NamedZone> named(std::string_view name) override;
   std::string localName() override;
+  std::string trouble() override;
 
  private:
   struct MachineZone {
     std::string Name;  ///< in the tz database; may be empty
     std::string File;  ///< content of its TZif file; may be empty
     std::optional<ZoneRule> Rule;
+    std::string Trouble;  ///< why it is not known
   };
 
   static std::string keyOf(const MachineZone& zone);
