@@ -7,6 +7,7 @@
 #include "base/faults.h"
 #include "base/inside.h"
 #include "engineering/dates.h"
+#include "hy_wristlog/failure.h"
 #include "pendrel/record.h"
 #include "platform/zone_catalogue.h"
 #include "start_up/start_up.h"
@@ -105,6 +106,14 @@ std::vector<OffsetPeriod> offsetPeriods(const Class_Pendrel& logger, double from
   return {{fromUtc, told}};
 }
 
+std::vector<OffsetPeriod> offsetPeriods(const std::string& abbreviation, double fromUtc, double toUtc) {
+  openLibrary();
+  const TimeZoneRef zone = TimeZoneTools().fncGetTZIfromAbbrev(abbreviation);
+  if (!zone) throw Failure(ReturnCode::UnknownZone, "offsetPeriods", "No zone is called " + abbreviation);
+  constexpr bool Daylight = true;
+  return offsetsOf(*zone, Daylight, fromUtc, toUtc);
+}
+
 double startUtc(const Class_Pendrel& logger) {
   if (logger.Get_StartDate() == UnknownDate || logger.Get_StartTime() == UnknownDate ||
       logger.Get_GMToffset() == PendrelRecord::NoOffset)
@@ -143,6 +152,12 @@ std::optional<ClockSkip> skipAt(const Class_TimeZoneInfo& zone, double local) {
 
 std::string zoneName(const Class_VardenLogger& logger) {
   const TimeZoneRef& zone = Inside::of(logger).record.TimeZone;
+  return zone ? zone->DisplayName : std::string{};
+}
+
+std::string zoneName(const std::string& abbreviation) {
+  openLibrary();
+  const TimeZoneRef zone = TimeZoneTools().fncGetTZIfromAbbrev(abbreviation);
   return zone ? zone->DisplayName : std::string{};
 }
 

@@ -42,6 +42,8 @@ std::vector<OffsetPeriod> offsetPeriods(const Class_VardenLogger& logger, double
 /// The same for a Pendrel logger: its offset at its start, and the changes of the zone that it names,
 /// provided that this zone had that offset then.
 std::vector<OffsetPeriod> offsetPeriods(const Class_Pendrel& logger, double fromUtc, double toUtc);
+/// The same for a zone of the catalogue, by its letters, with daylight time. Raises UnknownZone for others.
+std::vector<OffsetPeriod> offsetPeriods(const std::string& abbreviation, double fromUtc, double toUtc);
 /// When the logger's recording started; the unknown date (-1) when it does not tell.
 double startUtc(const Class_Pendrel& logger);
 
@@ -65,6 +67,8 @@ std::optional<ClockSkip> skipAt(const Class_TimeZoneInfo& zone, double local);
 
 /// The name of the logger's zone; empty when it has none.
 std::string zoneName(const Class_VardenLogger& logger);
+/// "(GMT-05:00) Eastern Time (US & Canada)", by the catalogue's letters; empty for others.
+std::string zoneName(const std::string& abbreviation);
 
 /// The zone of the tz database whose rule the logger's local time follows, "America/New_York"; empty when
 /// there is none, because its zone is unknown or it does not adjust for the daylight time that this has.

@@ -174,6 +174,35 @@ TEST(Picture, WhatStandsWhere) {
   EXPECT_EQ(svg.find("<use href=\"#a-0\""), std::string::npos);
 }
 
+TEST(Picture, RowsScaleAndZoneAreChosen) {
+  PlottedRecording recording = recordingOf(Monday + 10 * Hour, 300, Series(288, 5));
+  const std::tuple<int, int, const char*, std::size_t> cases[] = {
+      {2, 0, "M180 63", 1}, {2, 12, "M396 63", 1}, {2, 18, "M288 63", 1}, {1, 18, "M576 63", 0}};
+  for (const auto& [across, start, bars, references] : cases) {
+    recording.Layout = {across, start, 0};
+    const std::string svg = svgOf(recording);
+    EXPECT_TRUE(pathOf(svg, 0, "a-bars").starts_with(bars)) << start << pathOf(svg, 0, "a-bars");
+    EXPECT_EQ(svg.find("<use") != svg.npos, references > 0) << across << start;
+    EXPECT_EQ(svg.find("second day after") != svg.npos, across == 2 && start > 0);
+  }
+  recording.OffWrist.assign(288, false);
+  recording.OffWrist[5] = true;
+  recording.Activity[5] = 90;
+  recording.Layout.ActivityScale = 8;
+  recording.DrawnZone = "Europe/Paris";
+  const RecordedDays days = daysOf(recording);
+  EXPECT_EQ(days.Totals.Activity.mean(), 5) << "off the wrist counts for no mean";
+  EXPECT_EQ(findingsOf(recording, days).back(),
+            "Rows are 8 counts an epoch high, as asked for: 1 bar (0.3 %) is higher, and cut.");
+  const std::string html = reportHtml(recording, days);
+  for (const char* words :
+       {"time of Europe/Paris", "full height: 8 counts", "leave out the epochs off the wrist"})
+    EXPECT_NE(html.find(words), html.npos) << words;
+  const PlottedRecording months = recordingOf(Monday, 300, Series(40 * 288, 5));
+  for (const std::string& piece : actogramPieces(months, daysOf(months)))
+    EXPECT_NE(piece.find("l-all"), piece.npos) << "each printed page has the legend";
+}
+
 TEST(Picture, ScalesFitAllButTheHighest) {
   const std::tuple<float, std::size_t, double> cases[] = {
       {0.0F, 1000, 1}, {1130.0F, 1000, 1200}, {0.3F, 1000, 0.3}, {7.0F, 2, 8e6}};
@@ -240,6 +269,10 @@ TEST(Picture, EveryRecordingIsDrawn) {
     EXPECT_EQ(keysOf(Json::parse(plotted.Out)), "written facts findings ");
     EXPECT_TRUE(box.content("drawn-" + model + "/actogram.svg") == svg);
     EXPECT_FALSE(box.has("drawn-" + model + "/raw.bin"));
+    const std::string plotThere = "plot " + model + " --out there-" + model + " --rows 24 --scale 900 --tz ";
+    EXPECT_NE(box.run(plotThere + "Pacific/Chatham").Err.find("10019"), std::string::npos);
+    ASSERT_EQ(box.run(plotThere + "Asia/Tokyo").Status, 0);
+    EXPECT_NE(box.content("there-" + model + "/actogram.svg").find("time of Asia/Tokyo"), std::string::npos);
     box.write(model + "/report.html", "old");
     EXPECT_EQ(box.run("plot --force " + model).Status, 0);
     EXPECT_TRUE(box.content(model + "/report.html") == html);

@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "commands/commands.h"
+#include "commands/zone_option.h"
 #include "hy_wristlog/failure.h"
 #include "picture/findings.h"
 #include "platform/platform.h"
@@ -15,6 +16,8 @@ namespace hw = hy_wristlog;
 namespace platform = hy_wristlog::platform;
 
 namespace {
+
+constexpr std::int32_t HoursADay = 24;
 
 /// Raises FileNotFound for what is no folder, and for a folder without a recording.
 void requireRecording(const std::string& folder) {
@@ -57,6 +60,9 @@ Json tell(const CommonOptions& common, const RecordingFiles& files, const pictur
 
 int runPlot(const CommonOptions& common, const PlotOptions& options) {
   const auto places = options.Places.all();
+  const picture::Layout layout{options.RowHours / HoursADay, options.StartHour,
+                               static_cast<double>(options.Scale)};
+  const DrawnZone zone = drawnZone(options.Zone);
   const bool ownFolders = options.Folder.empty();
   const auto outputs = ownFolders ? options.Places.Folders : outputFolders(places, options.Folder);
   return forEachRecording(common, places, [&](const RecordingPlace& place, std::size_t index) {
@@ -65,7 +71,9 @@ int runPlot(const CommonOptions& common, const PlotOptions& options) {
     files.prepare();
     const OpenedRecording opened(place, options.Diagnostic, {}, Family::Every);
     files.requireEpochs(opened.decoded());
-    const picture::PlottedRecording plot = plottedRecording(opened.decoded());
+    picture::PlottedRecording plot = plottedRecording(opened.decoded());
+    plot.Layout = layout;
+    if (!zone.Name.empty()) drawIn(plot, zone);
     files.writePictures(plot);
     return tell(common, files, plot);
   });

@@ -52,6 +52,9 @@ struct DecodeOptions {
 struct PlotOptions {
   RecordingPlaces Places;  ///< folders only
   std::string Folder;      ///< empty: each one's own
+  std::int32_t RowHours = 48, StartHour = 0;
+  std::int32_t Scale = 0;  ///< counts an epoch; 0: fits each recording
+  std::string Zone;        ///< empty: each logger's
   bool Diagnostic = false, Force = false;
 };
 

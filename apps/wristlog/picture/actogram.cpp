@@ -1,6 +1,7 @@
 #include "picture/actogram.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "picture/day_drawing.h"
@@ -14,15 +15,19 @@
 namespace wristlog::picture {
 namespace {
 
-constexpr double HourWidth = DayWidth / 24;
+constexpr int HoursADay = 24;
+/// What stands above the rows of a piece and below them.
+constexpr double RoomAbove = 28, RoomBelow = 20;
 
 class Actogram {
  public:
   Actogram(const PlottedRecording& recording, const RecordedDays& days)
       : recording_(recording),
-        days_(days),
-        scales_(scalesOf(days, recording.LightAxis)),
-        row_(rowShapeFor(days.Days.size())) {}
+        layout_(recording.Layout),
+        shifted_(layout_.StartHour == 0 ? RecordedDays() : daysOf(recording, layout_.StartHour)),
+        days_(layout_.StartHour == 0 ? days : shifted_),
+        scales_(scalesOf(days_, recording)),
+        row_(rowShapeFor(days_.Days.size(), layout_.DaysAcross)) {}
 
   std::string alone() const {
     Sheet sheet("a");
@@ -36,26 +41,32 @@ class Actogram {
   }
 
   std::vector<std::string> pieces() const {
-    std::vector<std::string> all;
     Sheet legend("l");
+    const std::string whole = legend.id("all");
+    legend.add("<g id=\"" + whole + "\">");
     drawLegend(legend, recording_, days_, scales_);
-    all.push_back(legend.svg("Legend", "What the strokes and signs of the actogram mean.", false));
-    const std::size_t most = daysOnPage();
+    legend.add("</g>\n");
+    std::vector<std::string> all{
+        legend.svg("Legend", "What the strokes and signs of the actogram mean.", false)};
+    const std::size_t most = daysOnPage(legend.y());
     for (std::size_t from = 0; from < days_.Days.size(); from += most) {
+      if (from > 0) all.push_back(legend.reference(whole, "again"));
       const std::size_t to = std::min(from + most, days_.Days.size());
       Sheet sheet("p" + std::to_string(all.size()));
       rows(sheet, from, to);
-      all.push_back(sheet.svg(
+      all.back() += sheet.svg(
           title() + ", " + dayText(days_.Days[from].Number) + " to " + dayText(days_.Days[to - 1].Number),
-          description(), false));
+          description(), false);
     }
     return all;
   }
 
  private:
-  std::size_t daysOnPage() const {
+  std::size_t daysOnPage(double legendHeight) const {
+    // On A4 and on Letter, below a heading.
     constexpr double PageHeight = 1340;
-    const auto fitting = static_cast<std::size_t>(PageHeight / row_.Height);
+    const double room = PageHeight - legendHeight - RoomAbove - RoomBelow;
+    const auto fitting = static_cast<std::size_t>(room / row_.Height);
     return days_.Days.size() <= fitting ? fitting : fitting / 7 * 7;
   }
 
@@ -73,13 +84,14 @@ class Actogram {
     show(!recording_.Activity.empty(), "activity as bars");
     show(!recording_.Steps.empty(), "steps as a line");
     show(!recording_.Light.empty(), "light as lines on a logarithmic scale");
-    return "Logger " + recording_.Logger + ", " + periodText(recording_) +
-           ". Each row shows a day and the day that follows it: " + shown + ".";
+    return "Logger " + recording_.Logger + ", " + periodText(recording_) + ". Each row shows " +
+           std::to_string(hoursAcross()) + " hours from " + hourText(0) + " on: " + shown + ".";
   }
 
   void head(Sheet& sheet) const {
-    // A title of 64 wide characters still fits in its smaller size.
-    const bool isLong = title().size() > 52;
+    // In its smaller size a title of 64 wide characters still fits.
+    constexpr std::size_t LongestLargeTitle = 52;
+    const bool isLong = title().size() > LongestLargeTitle;
     sheet.down(isLong ? 26 : 32);
     sheet.text(isLong ? "a-label" : "a-title", 20, sheet.y(), title());
     const auto line = [&](const char* classes, const std::string& words) {
@@ -91,8 +103,8 @@ class Actogram {
     if (days_.Days.empty())
       line("a-warning", "The recording holds no epochs.");
     else
-      line("",
-           periodText(recording_) + ", local time" + (recording_.Zone.empty() ? "" : ": " + recording_.Zone));
+      line("", periodText(recording_) +
+                   (recording_.Zone.empty() || !recording_.DrawnZone.empty() ? "" : ": " + recording_.Zone));
     constexpr std::size_t MostWarnings = 4;
     for (std::size_t i = 0; i < std::min(MostWarnings, recording_.Warnings.size()); ++i)
       line("a-warning", recording_.Warnings[i]);
@@ -101,10 +113,9 @@ class Actogram {
   }
 
   void rows(Sheet& sheet, std::size_t from, std::size_t to) const {
-    sheet.down(28);
+    sheet.down(RoomAbove);
     hours(sheet, sheet.y() - 6);
-    sheet.text("a-small a-middle", SheetLeft + DayWidth / 2, sheet.y() - 18, "day of the row");
-    sheet.text("a-small a-middle", SheetLeft + DayWidth * 1.5, sheet.y() - 18, "day after");
+    dayNames(sheet, sheet.y() - 18);
     const double top = sheet.y();
     const double height = row_.Height * static_cast<double>(to - from);
     grid(sheet, top, height, to - from);
@@ -112,47 +123,67 @@ class Actogram {
       row(sheet, i, i == from, i + 1 == to);
       sheet.down(row_.Height);
     }
-    sheet.path("a-frame", "M" + number(SheetLeft) + " " + number(top) + "h" + number(2 * DayWidth) + "v" +
-                              number(height) + "h" + number(-2 * DayWidth) + "z");
+    sheet.path("a-frame", "M" + number(SheetLeft) + " " + number(top) + "h" + number(PlotWidth) + "v" +
+                              number(height) + "h" + number(-PlotWidth) + "z");
     sheet.down(14);
     hours(sheet, sheet.y());
-    sheet.down(6);
+    sheet.down(RoomBelow - 14);
   }
 
-  static void hours(Sheet& sheet, double y) {
-    for (int hour = 0; hour <= 48; hour += 3)
-      sheet.text("a-small a-middle", SheetLeft + hour * HourWidth, y, clockText(LocalSeconds{hour} * 3600));
+  int hoursAcross() const { return layout_.DaysAcross * HoursADay; }
+  double atHour(int hour) const { return SheetLeft + hour * row_.DayWidth / HoursADay; }
+  /// The time of the day at an hour of the row.
+  std::string hourText(int hour) const { return clockText((layout_.StartHour + hour) * HourSeconds); }
+  bool isMidnight(int hour) const { return (layout_.StartHour + hour) % HoursADay == 0; }
+  int hourStep() const { return layout_.DaysAcross > 1 ? 3 : 2; }
+
+  void hours(Sheet& sheet, double y) const {
+    for (int hour = 0; hour <= hoursAcross(); hour += hourStep())
+      sheet.text("a-small a-middle", atHour(hour), y, hourText(hour));
+  }
+
+  /// Names the calendar days between the midnights of a row.
+  void dayNames(Sheet& sheet, double y) const {
+    constexpr std::array Names{"day of the row", "day after", "second day after"};
+    int from = 0;
+    for (const char* name : Names) {
+      int to = from + 1;
+      while (to < hoursAcross() && !isMidnight(to)) ++to;
+      if (to <= hoursAcross()) sheet.text("a-small a-middle", (atHour(from) + atHour(to)) / 2, y, name);
+      from = to;
+    }
   }
 
   void grid(Sheet& sheet, double top, double height, std::size_t count) const {
-    std::string lines;
-    for (int hour = 3; hour < 48; hour += 3)
-      if (hour != 24)
-        lines += "M" + number(SheetLeft + hour * HourWidth) + " " + number(top) + "v" + number(height);
+    std::string lines, midnights;
+    for (int hour = hourStep(); hour < hoursAcross(); hour += hourStep())
+      (isMidnight(hour) ? midnights : lines) +=
+          "M" + number(atHour(hour)) + " " + number(top) + "v" + number(height);
     for (std::size_t i = 1; i < count; ++i)
       lines += "M" + number(SheetLeft) + " " + number(top + static_cast<double>(i) * row_.Height) + "h" +
-               number(2 * DayWidth);
+               number(PlotWidth);
     sheet.path("a-grid", lines);
-    sheet.path("a-midnight", "M" + number(SheetLeft + DayWidth) + " " + number(top) + "v" + number(height));
+    sheet.path("a-midnight", midnights);
   }
 
-  /// Draws a row. A day is drawn once, on the left of its own row; on the right of the row above it is a
-  /// reference to that.
+  /// Draws a row. A day is drawn once, on the left of its own row; on the right of the row above it, which
+  /// double-plotted ones have, is a reference to that.
   void row(Sheet& sheet, std::size_t index, bool first, bool last) const {
     const Day& day = days_.Days[index];
     const double textSink = row_.Lane + row_.plot() / 2 + 4;
     sheet.text(isWeekend(day.Number) ? "a-right a-weekend" : "a-right", SheetLeft - 10,
                sheet.y() + std::min(textSink, row_.Height - 4), dayText(day.Number));
     place(sheet, index, 0);
+    if (first) axis(sheet);
+    if (layout_.DaysAcross < 2) return;
     if (!last)
       refer(sheet, index + 1, 1);
     else if (index + 1 < days_.Days.size())
       place(sheet, index + 1, 1);
-    if (first) axis(sheet);
   }
 
-  static std::string translated(const Sheet& sheet, int half) {
-    return "translate(" + number(SheetLeft + half * DayWidth) + " " + number(sheet.y()) + ")";
+  std::string translated(const Sheet& sheet, int half) const {
+    return "translate(" + number(SheetLeft + half * row_.DayWidth) + " " + number(sheet.y()) + ")";
   }
 
   void place(Sheet& sheet, std::size_t index, int half) const {
@@ -161,7 +192,7 @@ class Actogram {
               "</g></g>\n");
   }
 
-  static void refer(Sheet& sheet, std::size_t index, int half) {
+  void refer(Sheet& sheet, std::size_t index, int half) const {
     sheet.add("<use href=\"#" + sheet.id(std::to_string(index)) + "\" transform=\"" +
               translated(sheet, half) + "\"/>\n");
   }
@@ -178,15 +209,17 @@ class Actogram {
     for (int i = 0; i <= powers; ++i) {
       const bool labelled = (powers - i) % every == 0;
       const double y = sheet.y() + row_.lineBase() - step * i;
-      ticks += "M" + number(SheetLeft + 2 * DayWidth) + " " + number(y) + "h" + (labelled ? "5" : "3");
+      ticks += "M" + number(SheetLeft + PlotWidth) + " " + number(y) + "h" + (labelled ? "5" : "3");
       if (labelled)
-        sheet.text("a-tiny", SheetLeft + 2 * DayWidth + 7, y + 3,
+        sheet.text("a-tiny", SheetLeft + PlotWidth + 7, y + 3,
                    powerOfTen(light.LowestPower + i) + (i == powers ? " " + light.Unit : ""));
     }
     sheet.path("a-midnight", ticks);
   }
 
   const PlottedRecording& recording_;
+  const Layout& layout_;
+  RecordedDays shifted_;  ///< the days of rows that begin at another hour than midnight
   const RecordedDays& days_;
   Scales scales_;
   RowShape row_;
@@ -207,7 +240,11 @@ std::string periodText(const PlottedRecording& recording) {
   const auto text = [&](std::int64_t utc) {
     return dateText(dayOf(clock.at(utc))) + " " + clockText(clock.at(utc));
   };
-  return text(recording.Start) + " to " + text(recording.end());
+  return text(recording.Start) + " to " + text(recording.end()) + ", " + timeWords(recording);
+}
+
+std::string timeWords(const PlottedRecording& recording) {
+  return recording.DrawnZone.empty() ? "local time" : "time of " + recording.DrawnZone;
 }
 
 }  // namespace wristlog::picture

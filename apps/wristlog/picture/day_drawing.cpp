@@ -1,9 +1,11 @@
 #include "picture/day_drawing.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "picture/markup.h"
 #include "picture/shapes.h"
+#include "picture/sheet.h"
 
 namespace wristlog::picture {
 namespace {
@@ -54,12 +56,13 @@ class Staircase {
 };
 
 /// Signs hang beside a line at their moment, like flags, so that a marker of the same moment stays visible.
-constexpr double FlagRoom = 10;
+/// Those of one time hang side by side.
+constexpr double FlagRoom = 10, SignRoom = 14;
 
 class DayDrawing {
  public:
   DayDrawing(const Day& day, const RowShape& row)
-      : day_(day), row_(row), width_(tenths(DayWidth) / std::ssize(day.Columns)) {}
+      : day_(day), row_(row), width_(tenths(row.DayWidth) / std::ssize(day.Columns)) {}
 
   std::string take() { return std::move(svg_); }
 
@@ -128,11 +131,14 @@ class DayDrawing {
   }
 
   void signs() {
+    double free = 0;
     for (const auto& [column, sign] : day_.Signs) {
       const double at = centre(column);
+      double place = std::max(at + FlagRoom, free);
+      if (place > row_.DayWidth) place = at - FlagRoom;
+      free = place + SignRoom;
       add("class=\"a-drop\"", "M" + number(at) + " " + number(row_.Lane) + "V" + number(row_.base()));
-      add(std::string("class=\"") + signClass(sign) + "\"",
-          signShape(sign, at < DayWidth - FlagRoom ? at + FlagRoom : at - FlagRoom, 1, row_.Lane - 2));
+      add(std::string("class=\"") + signClass(sign) + "\"", signShape(sign, place, 1, row_.Lane - 2));
     }
   }
 
@@ -177,11 +183,12 @@ class DayDrawing {
 
 }  // namespace
 
-RowShape rowShapeFor(std::size_t days) {
-  if (days <= 14) return {64, 10};
-  if (days <= 62) return {40, 9};
-  if (days <= 140) return {28, 8};
-  return {22, 6};
+RowShape rowShapeFor(std::size_t days, int daysAcross) {
+  const double width = PlotWidth / daysAcross;
+  if (days <= 14) return {64, 10, width};
+  if (days <= 62) return {40, 9, width};
+  if (days <= 140) return {28, 8, width};
+  return {22, 6, width};
 }
 
 const char* lineClass(LightColour colour) {

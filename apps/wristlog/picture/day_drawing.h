@@ -9,7 +9,7 @@ namespace wristlog::picture {
 
 /// Pixels of the picture: a row has a lane for markers and signs above the plot.
 struct RowShape {
-  double Height = 64, Lane = 10;
+  double Height = 64, Lane = 10, DayWidth = 432;
 
   double plot() const { return Height - Lane - 1; }
   double base() const { return Height - 1; }
@@ -18,13 +18,12 @@ struct RowShape {
   double linePlot() const { return lineBase() - Lane; }
 };
 
-inline constexpr double DayWidth = 432;
+/// The shape of a row in a picture of so many days, of which a row shows `daysAcross`: tall for a week, low
+/// for a year.
+RowShape rowShapeFor(std::size_t days, int daysAcross);
 
-/// The shape of a row in a picture of so many days: tall for a week, low for a year.
-RowShape rowShapeFor(std::size_t days);
-
-/// One day, from 0 to `DayWidth` and from 0 to the row's height, as SVG elements: one path for everything of
-/// a kind. `hatch` is the identifier of the hatching.
+/// One day, from 0 to the row's `DayWidth` and from 0 to its height, as SVG elements: one path for everything
+/// of a kind. `hatch` is the identifier of the hatching.
 std::string drawDay(const Day& day, const PlottedRecording& recording, const Scales& scales,
                     const RowShape& row, const std::string& hatch);
 

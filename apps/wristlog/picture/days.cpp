@@ -54,8 +54,8 @@ void mergeLarger(Column& column, const ColumnSum& sum) {
 /// time is enough.
 class Cutter {
  public:
-  Cutter(const PlottedRecording& recording, RecordedDays& result)
-      : recording_(recording), clock_(recording.Offsets), result_(result) {}
+  Cutter(const PlottedRecording& recording, int startHour, RecordedDays& result)
+      : recording_(recording), clock_(recording.Offsets, startHour * HourSeconds), result_(result) {}
 
   void cut() {
     makeDays();
@@ -130,11 +130,11 @@ class Cutter {
   static void count(Totals& totals, const EpochValues& values) {
     ++totals.Epochs;
     totals.OffWrist += values.OffWrist ? 1 : 0;
-    totals.Activity.add(values.Activity);
+    if (!values.OffWrist) totals.Activity.add(values.Activity);
     totals.Steps.add(values.Steps);
     bool valued = !std::isnan(values.Activity) || !std::isnan(values.Steps);
     for (std::size_t i = 0; i < MostLightLines; ++i) {
-      totals.Light[i].add(values.Light[i]);
+      if (!values.OffWrist) totals.Light[i].add(values.Light[i]);
       valued = valued || !std::isnan(values.Light[i]);
     }
     totals.Valued += valued ? 1 : 0;
@@ -193,6 +193,7 @@ class Cutter {
       });
       if (!isTold) day->Signs.emplace_back(columnOf(local), event.Shown);
     }
+    for (Day& day : result_.Days) std::sort(day.Signs.begin(), day.Signs.end());
   }
 
   void addChanges() {
@@ -238,9 +239,9 @@ void Totals::add(const Totals& other) {
   for (std::size_t i = 0; i < Markers.size(); ++i) Markers[i] += other.Markers[i];
 }
 
-RecordedDays daysOf(const PlottedRecording& recording) {
+RecordedDays daysOf(const PlottedRecording& recording, int startHour) {
   RecordedDays result;
-  if (recording.Epochs > 0 && recording.Epoch > 0) Cutter(recording, result).cut();
+  if (recording.Epochs > 0 && recording.Epoch > 0) Cutter(recording, startHour, result).cut();
   return result;
 }
 

@@ -32,7 +32,8 @@ struct Total {
   double mean() const { return Count > 0 ? Sum / static_cast<double>(Count) : NoValue; }
 };
 
-/// Sums over all epochs that begin in a stretch of time, independent of columns.
+/// Sums over all epochs that begin in a stretch of time, independent of columns. Activity and light leave out
+/// the epochs off the wrist.
 struct Totals {
   std::int64_t Epochs = 0, Valued = 0, OffWrist = 0;
   Total Activity, Steps;
@@ -47,13 +48,13 @@ struct ClockChange {
   std::int64_t Seconds = 0;
 };
 
-/// A local day. An hour that the clocks skip has no covered columns. In an hour that they repeat a column
-/// shows the larger of its two values.
+/// A day of a recording, from midnight or from another hour of local time on. An hour that the clocks skip
+/// has no covered columns. In an hour that they repeat a column shows the larger of its two values.
 struct Day {
-  std::int64_t Number = 0;  ///< from 1970-01-01
+  std::int64_t Number = 0;  ///< the date on which it begins, in days from 1970-01-01
   std::vector<Column> Columns;
   std::array<std::vector<std::size_t>, 2> Markers;  ///< columns with a marker, by button, each once
-  std::vector<std::pair<std::size_t, Sign>> Signs;
+  std::vector<std::pair<std::size_t, Sign>> Signs;  ///< in the order of their columns
   std::vector<ClockChange> Changes;
   picture::Totals Totals;
 };
@@ -68,6 +69,7 @@ struct RecordedDays {
 
 inline constexpr std::int64_t MostDays = 4000;
 
-RecordedDays daysOf(const PlottedRecording& recording);
+/// Days that begin at a local hour, 0 to 23.
+RecordedDays daysOf(const PlottedRecording& recording, int startHour = 0);
 
 }  // namespace wristlog::picture

@@ -19,18 +19,19 @@ unsigned weekdayOf(std::int64_t day) {
 
 }  // namespace
 
-LocalClock::LocalClock(std::vector<ClockOffset> offsets) : offsets_(std::move(offsets)) {}
+LocalClock::LocalClock(std::vector<ClockOffset> offsets, std::int64_t dayBegins)
+    : offsets_(std::move(offsets)), dayBegins_(dayBegins) {}
 
 std::int64_t LocalClock::offsetAt(std::int64_t utc) const {
   const auto later = std::upper_bound(offsets_.begin(), offsets_.end(), utc,
                                       [](std::int64_t time, const ClockOffset& o) { return time < o.From; });
-  return later == offsets_.begin() ? 0 : std::int64_t{std::prev(later)->Minutes} * 60;
+  return (later == offsets_.begin() ? 0 : std::int64_t{std::prev(later)->Minutes} * 60) - dayBegins_;
 }
 
 std::int64_t LocalClock::nextChange(std::int64_t utc) const {
   const std::int64_t now = offsetAt(utc);
   for (const ClockOffset& offset : offsets_)
-    if (offset.From > utc && offset.Minutes * std::int64_t{60} != now) return offset.From;
+    if (offset.From > utc && offset.Minutes * std::int64_t{60} - dayBegins_ != now) return offset.From;
   return std::numeric_limits<std::int64_t>::max();
 }
 

@@ -8,7 +8,7 @@
 
 namespace wristlog::picture {
 
-inline constexpr std::int64_t DaySeconds = 86400;
+inline constexpr std::int64_t DaySeconds = 86400, HourSeconds = 3600;
 
 /// Local seconds since 1970: what a calendar and a clock on the wall show, counted as if there were no zone.
 using LocalSeconds = std::int64_t;
@@ -16,16 +16,18 @@ using LocalSeconds = std::int64_t;
 /// Turns UTC into the local time of a recording.
 class LocalClock {
  public:
-  explicit LocalClock(std::vector<ClockOffset> offsets);
+  /// With `dayBegins` its days begin so many seconds after midnight, and it shows 00:00 then.
+  explicit LocalClock(std::vector<ClockOffset> offsets, std::int64_t dayBegins = 0);
 
   LocalSeconds at(std::int64_t utc) const { return utc + offsetAt(utc); }
-  /// Seconds that local time is ahead of UTC.
+  /// Seconds that what it shows is ahead of UTC.
   std::int64_t offsetAt(std::int64_t utc) const;
   /// The first change of the clocks after a moment; the latest possible moment when there is none.
   std::int64_t nextChange(std::int64_t utc) const;
 
  private:
   std::vector<ClockOffset> offsets_;
+  std::int64_t dayBegins_;
 };
 
 /// The local day that a moment lies in, counted from 1970-01-01.

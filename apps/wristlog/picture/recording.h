@@ -57,11 +57,19 @@ struct Fact {
   std::string Label, Value;
 };
 
+/// How the rows of a picture are laid out.
+struct Layout {
+  int DaysAcross = 2;        ///< 1: a row shows a day; 2: a day and the day that follows it
+  int StartHour = 0;         ///< the local hour at which rows begin
+  double ActivityScale = 0;  ///< counts an epoch at a row's top; 0: what fits the recording
+};
+
 struct PlottedRecording {
   std::string Subject;
-  std::string Logger;   ///< model and serial number
-  bool IsPart = false;  ///< only the beginning of a recording
-  std::string Zone;
+  std::string Logger;     ///< model and serial number
+  bool IsPart = false;    ///< only the beginning of a recording
+  std::string Zone;       ///< the logger's
+  std::string DrawnZone;  ///< another zone whose time is drawn; empty: the logger's
   std::int64_t Start = 0;
   std::int32_t Epoch = 0;  ///< seconds; with 0 there is nothing to draw
   std::size_t Epochs = 0;
@@ -79,6 +87,7 @@ struct PlottedRecording {
   std::size_t EventsLeftOut = 0;  ///< after the listed ones; they have no sign either
   std::vector<Fact> Facts;
   std::vector<std::string> Warnings;
+  picture::Layout Layout;
 
   std::int64_t end() const { return Start + static_cast<std::int64_t>(Epochs) * Epoch; }
 };

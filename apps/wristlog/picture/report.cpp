@@ -79,7 +79,10 @@ class Summary {
     headings.push_back({"Markers", true});
     std::string html = "<section><h2>Day by day</h2>\n<div class=\"scroll\"><table>\n" + tableHead(headings);
     for (const Day& day : days_.Days) html += row(dayText(day.Number), day.Totals);
-    return html + row("All", days_.Totals) + "</tbody></table></div></section>\n";
+    html += row("All", days_.Totals) + "</tbody></table></div>\n";
+    if (!recording_.OffWrist.empty())
+      html += "<p class=\"note\">Means of activity and light leave out the epochs off the wrist.</p>\n";
+    return html + "</section>\n";
   }
 
  private:
@@ -123,11 +126,16 @@ class Summary {
   const RecordedDays& days_;
 };
 
+std::string capital(std::string words) {
+  words.front() = static_cast<char>(words.front() - 'a' + 'A');
+  return words;
+}
+
 std::string eventsSection(const PlottedRecording& recording) {
   std::string html = "<section><h2>Events</h2>\n";
   if (recording.Events.empty()) return html + "<p>The logger wrote no events.</p></section>\n";
   const LocalClock clock(recording.Offsets);
-  html += "<div class=\"scroll\"><table>\n" + tableHead({{"Local time"}, {"Event"}});
+  html += "<div class=\"scroll\"><table>\n" + tableHead({{capital(timeWords(recording))}, {"Event"}});
   for (std::size_t i = 0; i < std::min(recording.Events.size(), MostListedEvents); ++i) {
     const Event& event = recording.Events[i];
     html += Row().text(event.Time ? timeText(clock.at(*event.Time)) : "unknown").text(event.Words).html();
@@ -140,21 +148,28 @@ std::string eventsSection(const PlottedRecording& recording) {
   return html + "</section>\n";
 }
 
-std::string readingSection(const RecordedDays& days) {
+std::string readingSection(const PlottedRecording& recording, const RecordedDays& days) {
+  const Layout& layout = recording.Layout;
   const std::string minutes = std::to_string(1440 / std::max<std::size_t>(1, days.ColumnsPerDay));
   return "<section><h2>How to read the picture</h2>\n"
-         "<p>Each row is 48 hours long: a local day, from midnight to midnight, and the day that follows it. "
-         "So every day but the first is shown twice, and a night is never cut in two. What happens at the "
-         "same time each day stands in one column; a rhythm that drifts runs aslant.</p>\n"
+         "<p>Each row is " +
+         std::to_string(layout.DaysAcross * 24) + " hours long and begins at " +
+         clockText(layout.StartHour * HourSeconds) + " of the day that is named at its left. " +
+         (layout.DaysAcross > 1
+              ? "The second half of a row is the first half of the next one, so a night is never cut in two. "
+              : "") +
+         "What happens at the same time each day stands in one column; a rhythm that drifts runs "
+         "aslant.</p>\n"
          "<p>A bar is the mean of " +
-         minutes +
-         " minutes. The height of a row is chosen so that all but the highest half percent of the bars fit "
-         "in; higher ones are cut and marked. Light is drawn on a logarithmic scale; values beyond it stand "
+         minutes + " minutes. The height of a row is " +
+         (layout.ActivityScale > 0 ? "the number of counts that was asked for"
+                                   : "chosen so that all but the highest half percent of the bars fit in") +
+         "; higher ones are cut and marked. Light is drawn on a logarithmic scale; values beyond it stand "
          "at its ends. A place where nothing was stored is filled grey, a value of 0 has a base line, and "
          "where there is neither the recording had not begun or was over.</p>\n"
          "<p>When the clocks are put forward the skipped hour stays blank; when they are put back the "
-         "repeated hour shows the larger of its two values. Both are marked. The tables count every "
-         "epoch.</p></section>\n";
+         "repeated hour shows the larger of its two values. Both are marked. The tables have days from "
+         "midnight to midnight, and count every epoch.</p></section>\n";
 }
 
 }  // namespace
@@ -171,12 +186,11 @@ std::string reportHtml(const PlottedRecording& recording, const RecordedDays& da
       "style-src 'unsafe-inline'\"/>\n<title>" +
       escaped(title) + "</title>\n<style>\n" + pageStyle() + pictureStyle() +
       "</style>\n</head>\n<body>\n<main>\n<h1>" + escaped(title) + "</h1>\n<p class=\"period\">" +
-      escaped("Logger " + recording.Logger +
-              (days.Days.empty() ? "" : ", " + periodText(recording) + ", local time")) +
+      escaped("Logger " + recording.Logger + (days.Days.empty() ? "" : ", " + periodText(recording))) +
       "</p>\n";
   html += warningsSection(findingsOf(recording, days)) + factsSection(recording) +
           pictureSection(recording, days) + Summary(recording, days).html() + eventsSection(recording) +
-          readingSection(days);
+          readingSection(recording, days);
   return html + "</main>\n</body>\n</html>\n";
 }
 

@@ -32,8 +32,10 @@ double robustMaximum(const RecordedDays& days, float Column::*series) {
   return roundedUp(static_cast<double>(values[static_cast<std::size_t>(rank)]));
 }
 
-Scales scalesOf(const RecordedDays& days, const LightScale& light) {
-  return {robustMaximum(days, &Column::Activity), robustMaximum(days, &Column::Steps), light};
+Scales scalesOf(const RecordedDays& days, const PlottedRecording& recording) {
+  const double asked = recording.Layout.ActivityScale;
+  return {asked > 0 ? asked : robustMaximum(days, &Column::Activity), robustMaximum(days, &Column::Steps),
+          recording.LightAxis};
 }
 
 double linearShare(double value, double top) { return std::clamp(value / top, 0.0, 1.0); }

@@ -16,7 +16,7 @@ struct Scales {
 /// well; 1 when no bar is above 0.
 double robustMaximum(const RecordedDays& days, float Column::*series);
 
-Scales scalesOf(const RecordedDays& days, const LightScale& light);
+Scales scalesOf(const RecordedDays& days, const PlottedRecording& recording);
 
 /// 0 to 1, from the bottom of a row to its top; NaN for no value. Values outside the scale are drawn at its
 /// ends.

@@ -5,8 +5,8 @@
 
 namespace wristlog::picture {
 
-inline constexpr double SheetLeft = 120, SheetRight = 78;
-inline constexpr double SheetWidth = SheetLeft + 2 * 432 + SheetRight;
+inline constexpr double SheetLeft = 120, PlotWidth = 864, SheetRight = 78;
+inline constexpr double SheetWidth = SheetLeft + PlotWidth + SheetRight;
 
 /// An SVG picture that grows downwards.
 class Sheet {
@@ -27,8 +27,12 @@ class Sheet {
   /// The whole element. `title` and `description` are for readers who cannot see it. With `alone` it also has
   /// paper, style and namespace.
   std::string svg(std::string_view title, std::string_view description, bool alone) const;
+  /// An element of the same size that shows an element of another one on the page. `id` is that one's.
+  std::string reference(const std::string& id, const std::string& classes) const;
 
  private:
+  std::string extent() const;
+
   std::string name_, body_;
   double y_ = 0;
 };

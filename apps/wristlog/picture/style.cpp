@@ -82,6 +82,7 @@ tbody th{font-weight:600;white-space:nowrap}
 .note{color:#52606d}
 figure{margin:0 0 10px;overflow-x:auto}
 figure svg{width:100%;min-width:640px;height:auto;display:block}
+figure .again{display:none}
 @media screen and (prefers-color-scheme:dark){
 body{background:#14191f;color:#e4e8ec}
 .period,.note,.facts tbody th{color:#a9b4bf}
@@ -94,6 +95,7 @@ thead th{border-color:#6b7886}
 :root{color-scheme:light}
 body{max-width:none;padding:0;font-size:10pt}
 figure,tr,.warnings{break-inside:avoid}
+figure .again{display:block}
 h2{break-after:avoid}
 thead{display:table-header-group}
 *{-webkit-print-color-adjust:exact;print-color-adjust:exact}

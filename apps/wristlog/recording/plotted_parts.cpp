@@ -2,6 +2,8 @@
 
 #include "base/dates.h"
 #include "engineering/dates.h"
+#include "engineering/zones.h"
+#include "picture/actogram.h"
 #include "picture/local_time.h"
 #include "picture/markup.h"
 #include "words/counted.h"
@@ -9,6 +11,17 @@
 namespace wristlog {
 
 namespace hw = hy_wristlog;
+
+namespace {
+
+constexpr const char *Begins = "Begins", *Ends = "Ends";
+
+std::string momentWords(const picture::PlottedRecording& plot, std::int64_t utc) {
+  const picture::LocalClock clock(plot.Offsets);
+  return picture::timeText(clock.at(utc)) + " " + picture::timeWords(plot);
+}
+
+}  // namespace
 
 std::int64_t unixSeconds(double date) { return std::llround((date - hw::UnixEpochDate) * hw::SecondsPerDay); }
 double dateOf(std::int64_t unixSeconds) {
@@ -30,12 +43,24 @@ void addPeriodFacts(picture::PlottedRecording& plot) {
   addFact(plot, "Epoch", counted(plot.Epoch, "second"));
   addFact(plot, "Epochs", std::to_string(plot.Epochs));
   if (plot.Epochs > 0) {
-    const picture::LocalClock clock(plot.Offsets);
-    addFact(plot, "Begins", picture::timeText(clock.at(plot.Start)) + " local time");
-    addFact(plot, "Ends", picture::timeText(clock.at(plot.end())) + " local time");
+    addFact(plot, Begins, momentWords(plot, plot.Start));
+    addFact(plot, Ends, momentWords(plot, plot.end()));
     addFact(plot, "Lasts", picture::durationText(plot.end() - plot.Start));
   }
   addFact(plot, "Time zone", plot.Zone);
+}
+
+void drawIn(picture::PlottedRecording& plot, const DrawnZone& zone) {
+  plot.DrawnZone = zone.Name;
+  if (plot.Epochs == 0) return;
+  plot.Offsets.clear();
+  for (const auto& period :
+       hw::engineering::offsetPeriods(zone.Letters, dateOf(plot.Start), dateOf(plot.end())))
+    plot.Offsets.push_back({unixSeconds(period.FromUtc), period.Minutes});
+  for (picture::Fact& fact : plot.Facts) {
+    if (fact.Label == Begins) fact.Value = momentWords(plot, plot.Start);
+    if (fact.Label == Ends) fact.Value = momentWords(plot, plot.end());
+  }
 }
 
 void addMarkers(picture::PlottedRecording& plot, const hy_wristlog::TristateSeries& series, int button) {

@@ -34,6 +34,14 @@ void addFact(picture::PlottedRecording& plot, const char* label, const std::stri
 /// Adds the facts on the recording's epochs, begin and end.
 void addPeriodFacts(picture::PlottedRecording& plot);
 void addMarkers(picture::PlottedRecording& plot, const hy_wristlog::TristateSeries& series, int button);
+
+/// A zone of the catalogue, by its letters, and the name that it was asked for by. Both are empty for none.
+struct DrawnZone {
+  std::string Letters, Name;
+};
+/// Lets a recording be drawn in the time of a zone other than the logger's.
+void drawIn(picture::PlottedRecording& plot, const DrawnZone& zone);
+
 void addResets(picture::PlottedRecording& plot, int resets);
 
 /// A date's day as "2026-03-02"; empty when the date is unknown.
