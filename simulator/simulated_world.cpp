@@ -12,7 +12,9 @@ namespace {
 
 platform::ZoneRule readRule(platform::Platform& inner, const std::string& zone) {
   const auto rule = inner.zones().read(zone).Rule;
-  if (!rule) throw std::invalid_argument("the machine does not know the zone " + zone);
+  if (!rule)
+    throw std::invalid_argument("the machine does not know the zone " + zone +
+                                ": its time zone database, the package tzdata, is missing");
   return *rule;
 }
 

@@ -140,6 +140,10 @@ class RetrieveWorkflow {
       if (!record().TimeZone) {
         if (!warn(ReturnCode::ZoneDiffers)) return;
         record().TimeZone = TimeZoneTools().fncLocalTimeZoneName().Zone;
+        if (!record().TimeZone && !platform::current().zones().trouble().empty()) {
+          attempts_.endWith(ReturnCode::UnknownZone);
+          return;
+        }
         if (!record().TimeZone) fault::raise(fault::ObjectNotSet);
       } else {
         settled = looked && looked->DisplayName == record().TimeZone->DisplayName;

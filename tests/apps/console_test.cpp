@@ -67,17 +67,20 @@ TEST(DebuggerScreen, RestoresTheTerminalHoweverItEnds) {
   const Sandbox box;
   box.write("file", "in the way");
   using Act = std::function<void(TerminalRun&)>;
-  const Act terminateAgainAndAgain = [](TerminalRun& run) {
-    for (int i = 0; i < 20000; ++i) run.signal(SIGTERM);
+  const auto againAndAgain = [](int number) -> Act {
+    return [number](TerminalRun& run) {
+      for (int i = 0; i < 20000; ++i) run.signal(number);
+    };
   };
   const Act stopAndLeave = [](TerminalRun& run) {
     run.type(CtrlC);
     ASSERT_TRUE(run.shows("Code 10013")) << run.Last;
-    run.type("q");
+    run.type(CtrlC);
   };
   const std::tuple<std::string, Act, int> cases[] = {
       {SlowRetrieval, stopAndLeave, 1 << 8},
-      {SlowestRetrieval, terminateAgainAndAgain, SIGTERM},
+      {SlowestRetrieval, againAndAgain(SIGINT), SIGINT},
+      {SlowestRetrieval, againAndAgain(SIGTERM), SIGTERM},
       {SlowRetrieval, [](TerminalRun& run) { run.type("\x1C"); }, SIGQUIT},
       {SlowRetrieval + " --out file", [](TerminalRun&) {}, 1 << 8}};
   for (const auto& [options, end, expected] : cases) {

@@ -65,7 +65,7 @@ TEST_F(Files, SeveralRecordingsAreTakenAtOnce) {
   const std::string vivid = box.content("vivid/series.csv"), second = box.content("kestrin2/series.csv");
   EXPECT_EQ(table.Out, vivid + second.substr(second.find('\n') + 1));
   EXPECT_EQ(table.Status, 1);
-  EXPECT_TRUE(table.Err.starts_with("none: File not found")) << table.Err;
+  EXPECT_TRUE(table.Err.starts_with("none: none is not a folder")) << table.Err;
   EXPECT_EQ(std::count(table.Err.begin(), table.Err.end(), '\n'), 1);
   const Outcome beginning = box.run("decode vivid kestrin2 --out -", "| head -c 6");
   EXPECT_EQ(beginning.Out + beginning.Err, "logger");
@@ -149,7 +149,7 @@ TEST_F(Files, WhatCannotBeDoneIsSaid) {
   box.write("damaged.csv", "\"QV/HY Varden Logger Raw Data Output File\"\r\n\"Address\"\r\n\"1\",\"\"\r\n");
   // clang-format off
   const std::tuple<std::string, int, const char*> cases[] = {
-      {"raw dump none --out x", 53, "none/config.ini"}, {"raw dump vivid --out wrong.ini", 58, "--force"},
+      {"raw dump none --out x", 53, "none is not a folder"}, {"raw dump vivid --out wrong.ini", 58, "--force"},
       {"raw dump vivid --out folder --force", 75, "folder"},
       {"raw dump vivid --out link/raw.bin --force", 5, "link/raw.bin"},
       {"config export vivid --out vivid/config.ini --force", 5, "vivid/config.ini"},

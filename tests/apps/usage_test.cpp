@@ -100,4 +100,10 @@ TEST(Usage, ZonesAreKeptUnderLettersWithTheSameRulesOrRefused) {
   const Outcome own = box.run(configure);
   EXPECT_NE(own.Err.find("time of Australia/Lord_Howe"), std::string::npos) << own.Err;
   EXPECT_NE(own.Err.find("nearest are AUE"), std::string::npos) << own.Err;
+  for (const auto& [surroundings, words] : {std::pair{"TZ=No/Such", "TZ is \"No/Such\""},
+                                            {"TZDIR=/nowhere", "the package tzdata. (failure 9998)"}}) {
+    box.Environment = surroundings;
+    EXPECT_NE(box.run("zones").Err.find(words), std::string::npos) << words;
+    EXPECT_NE(box.run(configure).Err.find(words), std::string::npos) << words;
+  }
 }

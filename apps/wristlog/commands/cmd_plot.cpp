@@ -1,46 +1,18 @@
-#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "commands/commands.h"
 #include "commands/zone_option.h"
-#include "hy_wristlog/failure.h"
 #include "picture/findings.h"
-#include "platform/platform.h"
 #include "recording/opened_recording.h"
 #include "recording/plotted_logger.h"
+#include "recording/required_files.h"
 #include "words/say.h"
 
 namespace wristlog {
 
-namespace hw = hy_wristlog;
-namespace platform = hy_wristlog::platform;
-
 namespace {
 
 constexpr std::int32_t HoursADay = 24;
-
-/// Raises FileNotFound for what is no folder, and for a folder without a recording.
-void requireRecording(const std::string& folder) {
-  const auto kindOf = [](const std::string& path) {
-    try {
-      return platform::current().files().state(path).Kind;
-    } catch (const platform::SystemError&) {
-      return platform::FileKind::Missing;
-    }
-  };
-  if (kindOf(folder) != platform::FileKind::Folder)
-    throw hw::Failure(hw::FailureNumber::FileNotFound, "wristlog", folder + " is not a folder");
-  const RecordingPlace place{folder, {}, {}};
-  const auto needed = place.files();
-  const auto missing = std::find_if(needed.begin(), needed.end(), [&](const std::string& path) {
-    return kindOf(path) == platform::FileKind::Missing;
-  });
-  if (missing != needed.end())
-    throw hw::Failure(
-        hw::FailureNumber::FileNotFound, "wristlog",
-        folder + " holds no recording: " + missing->substr(folder.size() + 1) +
-            " is missing. Name a folder that 'wristlog retrieve' or 'wristlog decode' has written");
-}
 
 Json tell(const CommonOptions& common, const RecordingFiles& files, const picture::PlottedRecording& plot) {
   const auto findings = picture::findingsOf(plot, picture::daysOf(plot));
@@ -66,7 +38,7 @@ int runPlot(const CommonOptions& common, const PlotOptions& options) {
   const bool ownFolders = options.Folder.empty();
   const auto outputs = ownFolders ? options.Places.Folders : outputFolders(places, options.Folder);
   return forEachRecording(common, places, [&](const RecordingPlace& place, std::size_t index) {
-    requireRecording(place.Folder);
+    requireFiles(place);
     const RecordingFiles files(outputs[index], options.Force, RecordingFiles::Part::Pictures);
     files.prepare();
     const OpenedRecording opened(place, options.Diagnostic, {}, Family::Every);

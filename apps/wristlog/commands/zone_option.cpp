@@ -30,7 +30,8 @@ void requireFit(const engineering::CatalogueFit& fit, const std::string& name, c
 
 std::string zoneLetters(const std::string& text) {
   std::string letters = upper(text);
-  if (!text.empty() && engineering::isInCatalogue(letters)) return letters;
+  // Asked for an empty text too, since without a tz database nothing else is to be told.
+  if (engineering::isInCatalogue(letters) && !text.empty()) return letters;
   if (const std::string trouble = text.empty() ? engineering::localZoneTrouble() : ""; !trouble.empty())
     throw hw::Failure(hw::ReturnCode::UnknownZone, "wristlog",
                       "The machine's time zone is not known. " + trouble + " Correct it, or give --zone");

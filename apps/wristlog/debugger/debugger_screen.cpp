@@ -40,8 +40,8 @@ constexpr std::string_view Help[] = {
     "              end at once. When no workflow runs: quit.",
     "F2            Clear: empty the text.",
     "F3, F4        Copy Selection, Copy All Text: put it on the terminal's clipboard.",
-    "F5            Generate Data Overrun: a running stream fails as if the port had lost",
-    "              data.",
+    "F5            Generate Data Overrun: a running stream fails as if the port had",
+    "              lost data.",
     "arrows, PgUp, PgDn, Home, End, wheel",
     "              Move. At the end the screen follows what comes.",
     "Space         Mark where a selection begins; again, or Esc, gives it up.",
@@ -51,6 +51,9 @@ constexpr std::string_view Help[] = {
     "",
     "Nothing that is typed reaches the logger. Any key closes this list.",
 };
+constexpr std::size_t NarrowTerminal = 80;
+static_assert(std::all_of(std::begin(Help), std::end(Help),
+                          [](std::string_view line) { return line.size() <= NarrowTerminal; }));
 
 constexpr struct {
   int Key;
@@ -72,6 +75,25 @@ constexpr struct {
                {KEY_SNEXT, Motion::PageDown, true},
                {KEY_SHOME, Motion::Start, true},
                {KEY_SEND, Motion::End, true}};
+
+/// Rows of the screen at most: title, state, buttons, last event; a longer state has more while the text
+/// keeps `LeastText`.
+constexpr int FullPanel = 4, LeastText = 8;
+
+/// A text in lines of at most `width` characters, broken at blanks where it has them.
+std::vector<std::string> folded(std::string_view text, std::size_t width) {
+  std::u16string rest = visibleCharacters(text);
+  std::replace(rest.begin(), rest.end(), u'\n', u' ');
+  std::vector<std::string> lines;
+  while (rest.size() > width) {
+    const std::size_t blank = rest.rfind(u' ', width);
+    const bool breaks = blank != rest.npos && blank > 0;
+    lines.push_back(utf8Of(rest.substr(0, breaks ? blank : width)));
+    rest.erase(0, breaks ? blank + 1 : width);
+  }
+  lines.push_back(utf8Of(rest));
+  return lines;
+}
 
 std::wstring wide(std::u16string_view text, bool allCharacters) {
   std::wstring characters(text.begin(), text.end());
@@ -103,7 +125,7 @@ void DebuggerScreen::showState(std::string_view text) {
   if (stopRequested_ && running_) return;
   state_ = text;
   note_.clear();
-  changed_ = true;
+  layOut();
 }
 
 void DebuggerScreen::attend() {
@@ -259,26 +281,31 @@ bool DebuggerScreen::copyToClipboard(std::string_view text) {
 void DebuggerScreen::layOut() {
   const int height = std::max(::getmaxy(stdscr), 1);
   const int width = std::max(::getmaxx(stdscr), 1);
-  const int panel = std::min(height - 1, 4);
-  textTop_ = panel == 4 ? 1 : 0;
+  const int needed = static_cast<int>(folded(state_, static_cast<std::size_t>(width)).size());
+  stateRows_ = std::clamp(needed, 1, std::max(height - FullPanel - LeastText + 1, 1));
+  const int panel = panelRows();
+  textTop_ = panel >= FullPanel ? 1 : 0;
   buttonRow_ = panel >= 3 ? height - 2 : -1;
   Text.resize(static_cast<std::size_t>(width), static_cast<std::size_t>(height - panel));
   changed_ = true;
+}
+
+int DebuggerScreen::panelRows() const {
+  return std::min(std::max(::getmaxy(stdscr), 1) - 1, FullPanel + stateRows_ - 1);
 }
 
 void DebuggerScreen::paint() {
   changed_ = false;
   const int height = ::getmaxy(stdscr);
   const int width = ::getmaxx(stdscr);
-  const int panel = std::min(height - 1, 4);
+  const int panel = panelRows();
   ::erase();
-  if (panel == 4) paintLine(0, width, title_, true);
+  if (panel >= FullPanel) paintLine(0, width, title_, true);
   if (helping_)
     paintHelp(textTop_, height - panel, width);
   else
     paintText(textTop_, height - panel, width);
-  if (panel >= 2)
-    paintLine(height - panel + (panel == 4 ? 1 : 0), width, note_.empty() ? state_ : note_, true);
+  if (panel >= 2) paintState(height - panel + textTop_, width);
   if (panel >= 3) paintLine(buttonRow_, width, buttonLine(width), false);
   if (panel >= 1)
     paintLine(height - 1, width, "Last error: " + lastError_ + "   Chars in RX buffer: " + receiveCount_,
@@ -304,6 +331,12 @@ void DebuggerScreen::paintText(int top, int height, int width) {
 void DebuggerScreen::paintHelp(int top, int height, int width) {
   const int rows = std::min(height, static_cast<int>(std::size(Help)));
   for (int row = 0; row < rows; ++row) paintLine(top + row, width, Help[row], false);
+}
+
+void DebuggerScreen::paintState(int row, int width) {
+  const auto lines = folded(note_.empty() ? state_ : note_, static_cast<std::size_t>(std::max(width, 1)));
+  for (int i = 0; i < stateRows_; ++i)
+    paintLine(row + i, width, i < std::ssize(lines) ? lines[static_cast<std::size_t>(i)] : "", true);
 }
 
 void DebuggerScreen::paintLine(int row, int width, std::string_view text, bool reverse) {

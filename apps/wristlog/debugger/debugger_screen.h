@@ -29,7 +29,7 @@ class DebuggerScreen {
 
   void showLastError(std::string_view text);
   void showReceiveCount(std::int32_t count);
-  /// Shows a text in the line above the buttons.
+  /// Shows a text above the buttons, in as many lines as it needs and the terminal has room for.
   void showState(std::string_view text);
   /// To be called after `Text` was changed.
   void textChanged() { changed_ = true; }
@@ -62,15 +62,18 @@ class DebuggerScreen {
   void paint();
   void paintText(int top, int height, int width);
   void paintHelp(int top, int height, int width);
+  void paintState(int row, int width);
   void paintLine(int row, int width, std::string_view text, bool reverse);
   std::string buttonLine(int width);
   void layOut();
+  /// The rows that are not the text's.
+  int panelRows() const;
 
   TakenTerminal terminal_;
   hy_wristlog::platform::Clock& machine_;
   std::string title_, state_, note_, lastError_, receiveCount_;
   std::vector<Span> buttons_;
-  int textTop_ = 0, buttonRow_ = -1;
+  int textTop_ = 0, buttonRow_ = -1, stateRows_ = 1;
   double nextLook_ = 0, nextPaint_ = 0;
   bool changed_ = true;
   bool helping_ = false;  ///< the keys are listed in the place of the text

@@ -33,6 +33,8 @@ struct LightScale {
 struct ClockOffset {
   std::int64_t From = 0;
   std::int32_t Minutes = 0;
+
+  bool operator==(const ClockOffset&) const = default;
 };
 
 struct Marker {

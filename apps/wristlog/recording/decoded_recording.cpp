@@ -10,6 +10,7 @@
 #include "platform/platform.h"
 #include "recording/recording_files.h"
 #include "recording/recording_world.h"
+#include "recording/required_files.h"
 #include "words/meanings.h"
 #include "words/say.h"
 
@@ -56,6 +57,7 @@ std::vector<std::string> RecordingPlace::files() const {
 }
 
 engineering::SavedRecording readRecording(const RecordingPlace& place, Parts parts) {
+  requireFiles(place);
   auto recording = engineering::savedRecording(place.config(), place.raw());
   const std::string mismatch = recording.mismatch();
   const bool refusedPart = recording.isPart() && parts == Parts::Refused;
@@ -68,7 +70,7 @@ engineering::SavedRecording readRecording(const RecordingPlace& place, Parts par
   if (!place.Unchecked)
     throw hw::Failure(hw::FailureNumber::OutOfRange, "wristlog",
                       words +
-                          ". A transfer that ended early is retrieved again; --unchecked takes the bytes as "
+                          ". Retrieve again what broke off or was stopped; --unchecked takes the bytes as "
                           "they are");
   complain() << "Warning: " << words << ". The bytes are taken as they are.\n";
   return recording;

@@ -149,7 +149,7 @@ picture::PlottedRecording plottedRecording(DecodedRecording recording) {
   picture::PlottedRecording plot;
   plot.Subject = logger.Get_SubjectIdentity();
   plot.IsPart = recording.Part.has_value();
-  plot.Logger = engineering::modelWords(logger.Get_DeviceType()) + " " + logger.Get_SerialNumber();
+  plot.Logger = loggerWords(engineering::modelWords(logger.Get_DeviceType()), logger.Get_SerialNumber());
   plot.Zone = engineering::zoneName(logger);
   plot.Epoch = logger.Get_EpochLength();
   if (plot.Epoch > 0) plot.Epochs = static_cast<std::size_t>(std::max(0, logger.Get_Samples()));

@@ -1,5 +1,8 @@
 #include "recording/plotted_parts.h"
 
+#include <utility>
+#include <vector>
+
 #include "base/dates.h"
 #include "engineering/dates.h"
 #include "engineering/zones.h"
@@ -35,6 +38,10 @@ std::string dayWords(double date) {
 
 std::string sizeWords(float value) { return value > 0 ? picture::number(static_cast<double>(value)) : ""; }
 
+std::string loggerWords(const std::string& model, const std::string& serialNumber) {
+  return model + (model.empty() || serialNumber.empty() ? "" : " ") + serialNumber;
+}
+
 void addFact(picture::PlottedRecording& plot, const char* label, const std::string& value) {
   if (!value.empty()) plot.Facts.push_back({label, value});
 }
@@ -51,12 +58,14 @@ void addPeriodFacts(picture::PlottedRecording& plot) {
 }
 
 void drawIn(picture::PlottedRecording& plot, const DrawnZone& zone) {
-  plot.DrawnZone = zone.Name;
   if (plot.Epochs == 0) return;
-  plot.Offsets.clear();
+  std::vector<picture::ClockOffset> offsets;
   for (const auto& period :
        hw::engineering::offsetPeriods(zone.Letters, dateOf(plot.Start), dateOf(plot.end())))
-    plot.Offsets.push_back({unixSeconds(period.FromUtc), period.Minutes});
+    offsets.push_back({unixSeconds(period.FromUtc), period.Minutes});
+  if (offsets == plot.Offsets) return;
+  plot.Offsets = std::move(offsets);
+  plot.DrawnZone = zone.Name;
   for (picture::Fact& fact : plot.Facts) {
     if (fact.Label == Begins) fact.Value = momentWords(plot, plot.Start);
     if (fact.Label == Ends) fact.Value = momentWords(plot, plot.end());

@@ -29,6 +29,9 @@ picture::Series seriesOf(const Values& values) {
   return series;
 }
 
+/// A logger's model and serial number; of an unknown model the number alone.
+std::string loggerWords(const std::string& model, const std::string& serialNumber);
+
 /// Adds a fact; does nothing for an empty value.
 void addFact(picture::PlottedRecording& plot, const char* label, const std::string& value);
 /// Adds the facts on the recording's epochs, begin and end.
@@ -39,7 +42,7 @@ void addMarkers(picture::PlottedRecording& plot, const hy_wristlog::TristateSeri
 struct DrawnZone {
   std::string Letters, Name;
 };
-/// Lets a recording be drawn in the time of a zone other than the logger's.
+/// Lets a recording be drawn in the time of another zone, if its clocks differ from the logger's.
 void drawIn(picture::PlottedRecording& plot, const DrawnZone& zone);
 
 void addResets(picture::PlottedRecording& plot, int resets);

@@ -39,7 +39,7 @@ picture::PlottedRecording plottedPendrel(const DecodedRecording& recording) {
   picture::PlottedRecording plot;
   plot.IsPart = recording.Part.has_value();
   plot.Subject = logger.Get_SubjectIdentity();
-  plot.Logger = model + " " + logger.Get_SerialNumber();
+  plot.Logger = loggerWords(model, logger.Get_SerialNumber());
   plot.Zone = logger.Get_TimeZoneAbbrev();
   plot.Epoch = logger.Get_EpochLength();
   const double start = engineering::startUtc(logger);

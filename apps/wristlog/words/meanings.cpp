@@ -5,6 +5,7 @@
 #include <span>
 
 #include "engineering/docks.h"
+#include "engineering/zone_names.h"
 #include "hy_wristlog/Class_Main.h"
 
 namespace wristlog {
@@ -69,6 +70,13 @@ std::string portsOutOfReach() {
   return words;
 }
 
+/// " The machine's own zone is not known. ..." after the words on an unknown zone; empty where that is known.
+std::string zoneTroubleAfter(std::int32_t code) {
+  if (code != ReturnCode::UnknownZone) return {};
+  const std::string trouble = hy_wristlog::engineering::localZoneTrouble();
+  return trouble.empty() ? trouble : " The machine's own zone is not known. " + trouble;
+}
+
 const Hint* hintFor(std::int32_t code, std::span<const Hint> hints) {
   for (const Hint& hint : hints)
     if (hint.Code == code) return &hint;
@@ -79,7 +87,8 @@ const Hint* hintFor(std::int32_t code, std::span<const Hint> hints) {
 
 std::string meaningOf(std::int32_t returnCode) {
   std::string meaning = Class_Main::CodeMeaning(returnCode);
-  if (const Hint* hint = hintFor(returnCode, Hints)) return meaning + " " + hint->Words;
+  if (const Hint* hint = hintFor(returnCode, Hints))
+    return meaning + " " + hint->Words + zoneTroubleAfter(returnCode);
   if (Class_Main::CodeName(returnCode).empty())
     return meaning + " Run it again with --console to see what passes on the link.";
   return meaning;
@@ -116,7 +125,8 @@ std::string pendrelExplanationOf(std::int32_t returnCode, std::int16_t port) {
   }
   const std::string meaning = Class_Main::CodeMeaning(returnCode, hy_wristlog::LggrPntr_Pendreader);
   if (returnCode == ReturnCode::NotFound) return meaning + portsOutOfReach();
-  if (const Hint* hint = hintFor(returnCode, PendrelHints)) return meaning + " " + hint->Words;
+  if (const Hint* hint = hintFor(returnCode, PendrelHints))
+    return meaning + " " + hint->Words + zoneTroubleAfter(returnCode);
   const bool ownMeaning = meaning != Class_Main::CodeMeaning(returnCode);
   return ownMeaning ? meaning : meaningOf(returnCode);
 }

@@ -87,6 +87,8 @@ class RetrievePendrelWorkflow {
   }
 
   bool mendZone(bool sound) {
+    if (!sound && !platform::current().zones().trouble().empty())
+      return run_.endWith(ReturnCode::UnknownZone);
     return mend(sound, ReturnCode::UnknownZone, [&] {
       const LocalZone local = TimeZoneTools().fncLocalTimeZoneName();
       record().AutoDSTadjust = local.Daylight;
