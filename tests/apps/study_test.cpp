@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <set>
+#include <sstream>
 
 #include "apps/sandbox.h"
 #include "simulator/bench.h"
@@ -41,6 +42,19 @@ std::map<std::string, std::string> filesBelow(const fs::path& folder) {
 }
 
 const std::string Series = "in/out/series/logger=V1/start=20260302T140100Z/series.csv";
+
+/// The Python of a document, all of it.
+std::string pythonIn(const std::string& document) {
+  std::istringstream lines(hy_wristlog::contentOf(document));
+  std::string script;
+  bool isPython = false;
+  for (std::string line; std::getline(lines, line);)
+    if (line.starts_with("```"))
+      isPython = line == "```python";
+    else if (isPython)
+      script += line + "\n";
+  return script;
+}
 
 struct Study {
   Sandbox Box;
@@ -161,15 +175,22 @@ TEST(Study, RefusesFoldersThatAreNotItsOwn) {
 TEST(Study, DaskReadsItsTablesAsOne) {
   const Study study;
   for (const int i : {1, 2, 3}) record(study.Box.Folder / ("in/" + std::to_string(i)), "V1", 5h, i);
-  ASSERT_EQ(study.run(0)["decoded"], 3);
-  study.Box.write("read.py", R"(
-import dask.dataframe, pandas
-series = dask.dataframe.read_csv("in/out/series/**/series.csv", dtype={"logger": str}, parse_dates=["utc"])
-table = pandas.read_csv("in/out/recordings.csv")
-assert list(series.logger.unique().compute()) == ["V1"]
-assert len(series) == table.epochs.sum() == 900, (len(series), table.epochs)
-assert series.utc.min().compute() == pandas.Timestamp(table.start_utc.min())
-events = dask.dataframe.read_csv("in/out/events/**/events.csv", dtype=str)
+  ASSERT_EQ(study.Box.run("legacy retrieve --simulate pendrel27 --out in/p").Status, 0);
+  const Json told = study.run(0);
+  ASSERT_EQ(told["decoded"], 4);
+  const Json& pendrel = told["recordings"].back();
+  EXPECT_EQ(pendrel["model"], "Pendrel Steps");
+  EXPECT_EQ(pendrel["result"], nullptr) << "its data tell nothing of their soundness";
+  EXPECT_EQ(study.run(0)["unchanged"], 4);
+  fs::rename(study.Box.Folder / "in/out", study.Box.Folder / "study");
+  study.Box.write("read.py", pythonIn(TEST_DATA "/../../docs/studies.md") + R"(
+assert sorted(table.logger) == ["B211234", "V1", "V1", "V1"]
+for frame in series, lazy.compute():
+    assert len(frame) == table.epochs.sum() == 900 + 4319, (len(frame), table.epochs)
+    assert frame.groupby("logger").steps.count().to_dict() == {"B211234": 4319, "V1": 0}
+    assert frame.utc.min() == pandas.Timestamp(table.start_utc.min())
+assert means["V1"].notna().all()
+events = dask.dataframe.read_csv("study/events/**/events.csv", dtype=str)
 assert (events.kind.compute() == "acquisition_start").sum() == 3
 )");
   for (const std::string python : {"python3", "/usr/bin/python3"}) {

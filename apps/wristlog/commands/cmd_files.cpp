@@ -11,6 +11,7 @@
 #include "hy_wristlog/Class_Main.h"
 #include "recording/decoded_recording.h"
 #include "recording/json_output.h"
+#include "recording/recording_files.h"
 #include "recording/recording_world.h"
 #include "recording/signals_held.h"
 #include "session/session.h"
@@ -130,7 +131,7 @@ int runRawLoad(const CommonOptions& common, const RawLoadOptions& options) {
 int runReport(const CommonOptions& common, const ReportOptions& options) {
   return forEachRecording(common, options.Places.all(), [&](const RecordingPlace& place, std::size_t) {
     const bool ownFolder = options.Output.File.empty();
-    const std::string file = ownFolder ? place.Folder + "/report.csv" : options.Output.File;
+    const std::string file = ownFolder ? place.Folder + "/" + ReportName : options.Output.File;
     return writtenFile(common, {place, {file, options.Output.Force}}, SaveReport{file}, Parts::Refused);
   });
 }

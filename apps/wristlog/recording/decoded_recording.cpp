@@ -22,12 +22,6 @@ namespace platform = hy_wristlog::platform;
 
 namespace {
 
-/// When the last decoded epoch ends, in UTC.
-double endOf(const DecodedRecording& recording) {
-  return recording.startUtc() +
-         static_cast<double>(recording.samples()) * recording.epochLength() / hw::SecondsPerDay;
-}
-
 bool isFile(const std::string& path) {
   try {
     return platform::current().files().state(path).Kind == platform::FileKind::File;
@@ -70,20 +64,23 @@ engineering::SavedRecording readRecording(const RecordingPlace& place, Parts par
   if (!place.Unchecked)
     throw hw::Failure(hw::FailureNumber::OutOfRange, "wristlog",
                       words +
-                          ". Retrieve again what broke off or was stopped; --unchecked takes the bytes as "
-                          "they are");
+                          ". Retrieve again what broke off or was stopped; decode, plot and report take "
+                          "the bytes as they are with --unchecked");
   complain() << "Warning: " << words << ". The bytes are taken as they are.\n";
   return recording;
 }
 
 std::int32_t DecodedRecording::samples() const {
-  return Pendrel ? Pendrel->Get_Samples() : Logger->Get_Samples();
+  return with([](auto& logger) { return logger.Get_Samples(); });
 }
 std::int32_t DecodedRecording::epochLength() const {
-  return Pendrel ? Pendrel->Get_EpochLength() : Logger->Get_EpochLength();
+  return with([](auto& logger) { return logger.Get_EpochLength(); });
 }
 double DecodedRecording::startUtc() const {
   return Pendrel ? engineering::startUtc(*Pendrel) : Logger->Get_StartTimeGMT();
+}
+double DecodedRecording::endUtc() const {
+  return startUtc() + static_cast<double>(samples()) * epochLength() / hw::SecondsPerDay;
 }
 
 double momentOf(const engineering::SavedRecording& recording) {
@@ -94,7 +91,7 @@ double momentOf(const engineering::SavedRecording& recording) {
       pendrel ? engineering::startUtc(*pendrel) : engineering::openRecording(recording)->Get_StartTimeGMT();
   const RecordingWorld world(start);
   try {
-    return endOf(decoded(recording, false)) + ahead;
+    return decoded(recording, false).endUtc() + ahead;
   } catch (const hw::Failure&) {
     // The failure is not lost: decoding raises it again.
     return start;
@@ -134,7 +131,7 @@ DecodedRecording decoded(const engineering::SavedRecording& recording, bool diag
   }
   if (recording.isPart()) {
     result.Part = {std::ssize(recording.Raw), recording.bytesInLogger(), {}};
-    if (result.samples() > 0) result.Part->Until = endOf(result);
+    if (result.samples() > 0) result.Part->Until = result.endUtc();
   }
   return result;
 }

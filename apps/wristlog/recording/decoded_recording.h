@@ -61,9 +61,16 @@ struct DecodedRecording {
   bool Unchecked = false;             ///< the bytes are not those that the configuration tells of
   std::optional<RecordingPart> Part;  ///< only the beginning of the recording
 
+  /// Calls `use` with the logger that is there.
+  template <class Use>
+  auto with(const Use& use) const {
+    return Pendrel ? use(*Pendrel) : use(*Logger);
+  }
   std::int32_t samples() const;
   std::int32_t epochLength() const;
   double startUtc() const;
+  /// When the last decoded epoch ends.
+  double endUtc() const;
 };
 
 /// The decode result in words. For unchecked bytes it says only that nothing vouches for them, of a part how

@@ -127,15 +127,7 @@ Json loggerJson(hw::Class_Pendrel& logger) {
   return object;
 }
 
-Json ianaZoneJson(const hw::Class_VardenLogger& logger) {
-  const std::string name = engineering::ianaZone(logger);
-  return name.empty() ? Json() : Json(name);
-}
-
-Json ianaZoneJson(const hw::Class_Pendrel& logger) {
-  const std::string name = engineering::ianaZone(logger);
-  return name.empty() ? Json() : Json(name);
-}
+Json textOrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
 
 Json subjectJson(const hw::Class_Subject& subject) {
   Json object = Json::object();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "hy_wristlog/Class_Pendrel.h"
 #include "hy_wristlog/Class_Subject.h"
@@ -16,9 +17,8 @@ namespace wristlog {
 Json loggerJson(hy_wristlog::Class_VardenLogger& logger);
 /// The same of a Pendrel's record, with dates in the logger's local time: "2026-03-02", "09:01:00".
 Json loggerJson(hy_wristlog::Class_Pendrel& logger);
-/// The zone of the tz database that the logger's local time follows; null when there is none.
-Json ianaZoneJson(const hy_wristlog::Class_VardenLogger& logger);
-Json ianaZoneJson(const hy_wristlog::Class_Pendrel& logger);
+/// Null for an empty text.
+Json textOrNull(const std::string& text);
 Json subjectJson(const hy_wristlog::Class_Subject& subject);
 /// The decoded recording: verdict, start, counts and series. `result` is none when nothing was decoded.
 Json recordingJson(hy_wristlog::Class_VardenLogger& logger,

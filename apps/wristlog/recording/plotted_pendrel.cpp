@@ -14,10 +14,8 @@ namespace engineering = hy_wristlog::engineering;
 
 namespace {
 
-std::string batteryWords(const hw::Class_Pendrel& logger) {
-  if (logger.Get_BatteryDate() == UnknownDate) return {};
-  return "of " + dayWords(logger.Get_BatteryDate()) + ", about " +
-         counted(std::lround(logger.Get_BattLifeRemaining()), "day") + " left when retrieved";
+bool countsSteps(const hw::Class_Pendrel& logger) {
+  return logger.Get_AcquisitionMode() == hw::PD_Mode_ActivityAndSteps;
 }
 
 void addFacts(picture::PlottedRecording& plot, const hw::Class_Pendrel& logger, const std::string& model) {
@@ -25,13 +23,23 @@ void addFacts(picture::PlottedRecording& plot, const hw::Class_Pendrel& logger, 
   addFact(plot, "Logger", model);
   addFact(plot, "Serial number", logger.Get_SerialNumber());
   addFact(plot, "Firmware", std::to_string(logger.Get_FirmwareVersion()));
-  addFact(plot, "Recorded", plot.Steps.empty() ? "activity" : "activity and steps");
+  addFact(plot, "Recorded", modeWords(logger));
   addPeriodFacts(plot);
   addFact(plot, "Markers", std::to_string(logger.Get_MarkerCount()));
   addFact(plot, "Battery", batteryWords(logger));
 }
 
 }  // namespace
+
+std::string modeWords(const hw::Class_Pendrel& logger) {
+  return countsSteps(logger) ? "activity and steps" : "activity";
+}
+
+std::string batteryWords(const hw::Class_Pendrel& logger) {
+  if (logger.Get_BatteryDate() == UnknownDate) return {};
+  return "of " + dayWords(logger.Get_BatteryDate()) + ", about " +
+         counted(std::lround(logger.Get_BattLifeRemaining()), "day") + " left when retrieved";
+}
 
 picture::PlottedRecording plottedPendrel(const DecodedRecording& recording) {
   const hw::Class_Pendrel& logger = *recording.Pendrel;
@@ -50,8 +58,7 @@ picture::PlottedRecording plottedPendrel(const DecodedRecording& recording) {
     for (const auto& period : engineering::offsetPeriods(logger, start, dateOf(plot.end())))
       plot.Offsets.push_back({unixSeconds(period.FromUtc), period.Minutes});
   plot.Activity = seriesOf(logger.Get_ActivityArray());
-  if (logger.Get_AcquisitionMode() == hw::PD_Mode_ActivityAndSteps)
-    plot.Steps = seriesOf(logger.Get_StepsArray());
+  if (countsSteps(logger)) plot.Steps = seriesOf(logger.Get_StepsArray());
   addMarkers(plot, logger.Get_MarkerArray(), 1);
   addFacts(plot, logger, model);
   if (recording.Part || recording.Unchecked) plot.Warnings.push_back(verdictOf(recording));

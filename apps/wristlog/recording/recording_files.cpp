@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -46,8 +47,10 @@ auto onFiles(const std::string& path, const Operation& operation) {
   try {
     return operation(platform::current().files());
   } catch (const platform::SystemError& error) {
-    throw hw::Failure(hw::FailureNumber::PathFileAccess, Source,
-                      path + ": " + platform::current().environment().errorText(error.Number));
+    const std::string words = error.Number == EBUSY
+                                  ? "another program is writing there"
+                                  : platform::current().environment().errorText(error.Number);
+    throw hw::Failure(hw::FailureNumber::PathFileAccess, Source, path + ": " + words);
   }
 }
 
@@ -123,6 +126,8 @@ void RecordingFiles::prepare() const {
 
 void RecordingFiles::prepareForDemo() {
   if (isFromDemo()) overwrite_ = true;
+  // A report of the former demo goes with it.
+  names_.emplace_back(ReportName);
   try {
     prepare();
   } catch (const hw::Failure& failure) {
@@ -140,7 +145,9 @@ bool RecordingFiles::isFromDemo() const {
   std::filesystem::directory_iterator entries(folder_, error);
   if (error) return false;
   for (const auto& entry : entries)
-    if (std::find(Names.begin(), Names.end(), entry.path().filename()) == Names.end()) return false;
+    if (const std::string name = entry.path().filename();
+        name != ReportName && std::find(Names.begin(), Names.end(), name) == Names.end())
+      return false;
   try {
     const Json found = Json::parse(
         platform::current().files().readUpTo(platform::Files::LongestText, path(FactsName)), nullptr, false);
@@ -302,7 +309,7 @@ Json pendrelSummary(const DecodedRecording& recording) {
   summary["model"] = engineering::modelWords(logger);
   summary["subject"] = subjectJson(engineering::subjectOf(logger));
   summary["time_zone"] = logger.Get_TimeZoneAbbrev();
-  summary["time_zone_iana"] = ianaZoneJson(logger);
+  summary["time_zone_iana"] = textOrNull(engineering::ianaZone(logger));
   summary["start_local"] = engineering::isoDate(logger.Get_StartDate() + logger.Get_StartTime());
   summary["start_utc"] = engineering::isoDate(engineering::startUtc(logger), "Z");
   summary["epoch_seconds"] = logger.Get_EpochLength();
@@ -322,7 +329,7 @@ Json summaryJson(const DecodedRecording& recording) {
   Json summary = Json::object();
   summary["subject"] = subjectJson(engineering::subjectOf(logger));
   summary["time_zone"] = engineering::zoneName(logger);
-  summary["time_zone_iana"] = ianaZoneJson(logger);
+  summary["time_zone_iana"] = textOrNull(engineering::ianaZone(logger));
   summary["start_utc"] = engineering::isoDate(logger.Get_StartTimeGMT(), "Z");
   summary["epoch_seconds"] = logger.Get_EpochLength();
   summary["samples"] = logger.Get_Samples();

@@ -13,6 +13,9 @@
 
 namespace wristlog {
 
+/// A report of a recording, kept beside it.
+inline constexpr const char* ReportName = "report.csv";
+
 /// The files of one recording in one folder: series.csv, events.csv, recording.json, the codebook of these
 /// three datapackage.json, the pictures actogram.svg and report.html, and for decoding it again raw.bin and
 /// config.ini. Of a part of a recording the first two and the bytes have names of their own, with "partial"

@@ -190,10 +190,7 @@ void addSeriesCsv(const TextSink& sink, const hw::Class_Pendrel& logger, SeriesP
 }
 
 void addSeriesCsv(const TextSink& sink, const DecodedRecording& recording, SeriesPart part) {
-  if (recording.Pendrel)
-    addSeriesCsv(sink, *recording.Pendrel, part);
-  else
-    addSeriesCsv(sink, *recording.Logger, part);
+  recording.with([&](const auto& logger) { addSeriesCsv(sink, logger, part); });
 }
 
 }  // namespace wristlog

@@ -214,7 +214,7 @@ class Study {
         item.Now->Files = std::move(now.Files);
         return true;
       }
-      const OpenedRecording opened({folder, {}, {}}, false);
+      const OpenedRecording opened({folder, {}, {}}, false, {}, Family::Every);
       now.Row = rowOf(item.Folder, opened.decoded());
       if (mayWrite(now.partition(), index)) now.Written = write(now.partition(), opened.decoded());
       item.Now = std::move(now);
@@ -339,7 +339,7 @@ class Study {
 
   /// Writes the series of a recording whose place another one had.
   void writeLate(Item& item) {
-    const OpenedRecording opened({pathOf(item), {}, {}}, false);
+    const OpenedRecording opened({pathOf(item), {}, {}}, false, {}, Family::Every);
     item.Now->Written = write(item.Now->partition(), opened.decoded());
   }
 

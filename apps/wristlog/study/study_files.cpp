@@ -28,6 +28,7 @@ constexpr std::array Trees{Series, Events};
 
 constexpr const char* NoValue = "__HIVE_DEFAULT_PARTITION__";
 constexpr const char* HalfWritten = ".wristlog-";
+constexpr std::int64_t NoFile = -1;
 
 /// Bytes from 128 on are parts of characters, which engines take as they are.
 std::string escaped(const std::string& value) {
@@ -67,7 +68,7 @@ std::int64_t writeTable(const std::string& out, const Tree& tree, const Partitio
 std::int64_t sizeOf(const fs::path& file) {
   std::error_code error;
   const auto size = fs::is_regular_file(fs::symlink_status(file, error)) ? fs::file_size(file, error) : 0;
-  return error || size == 0 ? -1 : static_cast<std::int64_t>(size);
+  return error || size == 0 ? NoFile : static_cast<std::int64_t>(size);
 }
 
 }  // namespace
@@ -86,11 +87,10 @@ std::string Partition::path() const { return "logger=" + escaped(Logger) + "/sta
 
 PartitionSizes writePartition(const std::string& out, const Partition& partition,
                               const DecodedRecording& recording) {
-  const hw::Class_VardenLogger& logger = *recording.Logger;
-  return {
-      writeTable(out, Series, partition, [&](const TextSink& sink) { addSeriesCsv(sink, logger); }),
-      writeTable(out, Events, partition, [&](const TextSink& sink) { addEventsCsv(sink, logger); }),
-  };
+  const auto addSeries = [&](const TextSink& sink) { addSeriesCsv(sink, recording); };
+  const auto addEvents = [&](const TextSink& sink) { addEventsCsv(sink, *recording.Logger); };
+  return {writeTable(out, Series, partition, addSeries),
+          recording.Logger ? writeTable(out, Events, partition, addEvents) : NoFile};
 }
 
 PartitionSizes sizesOf(const std::string& out, const Partition& partition) {

@@ -28,16 +28,16 @@ struct Partition {
   }
 };
 
-/// The sizes of a partition's two files, by which it is seen whether they are still there.
+/// The sizes of a partition's files, by which it is seen whether they are still there; -1 for one that is
+/// not, as the events of a Pendrel.
 struct PartitionSizes {
   std::int64_t Series = 0, Events = 0;
   bool operator==(const PartitionSizes&) const = default;
 };
 
-/// Writes both files, each whole or not at all. Raises PathFileAccess. To be called in the recording's world.
+/// Writes the files, each whole or not at all. Raises PathFileAccess. To be called in the recording's world.
 PartitionSizes writePartition(const std::string& out, const Partition& partition,
                               const DecodedRecording& recording);
-/// The sizes of what is there; -1 for a file that is not.
 PartitionSizes sizesOf(const std::string& out, const Partition& partition);
 /// Removes its files, and the folders that are empty then. False when there was none. Raises PathFileAccess.
 bool removePartition(const std::string& out, const Partition& partition);

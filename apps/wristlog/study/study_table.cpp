@@ -9,6 +9,7 @@
 #include "engineering/dates.h"
 #include "engineering/docks.h"
 #include "engineering/recording.h"
+#include "engineering/saved_pendrel.h"
 #include "engineering/zones.h"
 #include "hy_wristlog/Class_Main.h"
 #include "recording/csv_parts.h"
@@ -16,6 +17,7 @@
 #include "recording/json_output.h"
 #include "recording/plotted_logger.h"
 #include "recording/plotted_parts.h"
+#include "recording/plotted_pendrel.h"
 #include "study/study_files.h"
 #include "varden/logging_modes.h"
 
@@ -57,16 +59,14 @@ constexpr std::array Fields{
           "no epoch tells it. Vivid only", Every, "", 0, 1},
     Field{"markers", Integer, "Markers of both buttons", NotDecoded, Every, "", 0},
     Field{"battery", Text, "The battery at the retrieval, in words", "not known"},
-    Field{"low_battery", Flag, "1: the battery was low during the recording", NotDecoded},
-    Field{"result", Text, "Verdict of the decoder by its name", NotDecoded},
+    Field{"low_battery", Flag, "1: the battery was low during the recording. Varden only", NotDecoded},
+    Field{"result", Text, "Verdict of the decoder by its name. Varden only", NotDecoded},
     Field{"result_in_words", Text, "The verdict in words", NotDecoded},
     Field{"part", Flag, "1: only the beginning of the recording is there", NotDecoded},
     Field{"copies", Text, "Other folders with the same recording, or its beginning, \"; \" between them",
           "none"},
     Field{"error", Text, "Why the recording is not in the series", "it is there"},
 };
-
-Json textOrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
 
 /// Calls `use` with the series that has a value in each epoch that was recorded.
 template <class Use>
@@ -76,7 +76,13 @@ void withSamples(const hw::Class_VardenLogger& logger, const Use& use) {
   use(logger.Get_RedLightArray());
 }
 
-void putGaps(Json& row, const hw::Class_VardenLogger& logger) {
+template <class Use>
+void withSamples(const hw::Class_Pendrel& logger, const Use& use) {
+  use(logger.Get_ActivityArray());
+}
+
+template <class Logger>
+void putGaps(Json& row, const Logger& logger) {
   std::int64_t gaps = 0, epochs = 0;
   withSamples(logger, [&](const auto& samples) {
     bool inGap = false;
@@ -100,6 +106,51 @@ Json offWristShare(const hw::TristateSeries& series) {
   return std::round(static_cast<double>(off) / static_cast<double>(known) * Decimals) / Decimals;
 }
 
+bool samplesAreEpochs(const hw::Class_VardenLogger& logger) {
+  const auto* mode = hw::findLoggingMode(logger.Get_DeviceType(), logger.Get_AcquisitionMode());
+  return mode == nullptr || mode->samplesAreEpochs();
+}
+bool samplesAreEpochs(const hw::Class_Pendrel&) { return true; }
+
+/// What both families tell.
+template <class Logger>
+void putCommon(Json& row, const DecodedRecording& recording, Logger& logger) {
+  const auto put = [&](const char* name, double utc) {
+    row[std::string(name) + "_local"] = textOrNull(engineering::isoLocal(logger, utc));
+    row[std::string(name) + "_utc"] = textOrNull(engineering::isoDate(utc, "Z"));
+  };
+  const double start = recording.startUtc();
+  const bool isTimed = start != UnknownDate;
+  row["logger"] = logger.Get_SerialNumber();
+  row["participant"] = textOrNull(logger.Get_SubjectIdentity());
+  row["mode"] = static_cast<int>(logger.Get_AcquisitionMode());
+  row["recorded"] = textOrNull(modeWords(logger));
+  row["epoch_seconds"] = recording.epochLength();
+  row["epochs"] = recording.samples();
+  if (isTimed) put("start", start);
+  if (samplesAreEpochs(logger)) {
+    putGaps(row, logger);
+    if (isTimed) put("end", recording.endUtc());
+  }
+  row["time_zone_iana"] = textOrNull(engineering::ianaZone(logger));
+}
+
+void putOwn(Json& row, const DecodedRecording& recording, hw::Class_VardenLogger& logger) {
+  row["model"] = engineering::modelWords(logger.Get_DeviceType());
+  row["time_zone"] = textOrNull(engineering::zoneName(logger));
+  row["off_wrist_share"] = offWristShare(logger.Get_WristStatusArray());
+  row["markers"] = logger.Get_MarkerCount() + logger.Get_Marker2Count();
+  row["battery"] = textOrNull(engineering::batteryWords(logger));
+  row["low_battery"] = recording.LowBattery;
+  row["result"] = hw::Class_Main::ResultName(recording.Result);
+}
+void putOwn(Json& row, const DecodedRecording&, hw::Class_Pendrel& logger) {
+  row["model"] = engineering::modelWords(logger);
+  row["time_zone"] = textOrNull(logger.Get_TimeZoneAbbrev());
+  row["markers"] = logger.Get_MarkerCount();
+  row["battery"] = textOrNull(batteryWords(logger));
+}
+
 std::string cellOf(const Json& value) {
   if (value.is_null()) return {};
   if (value.is_boolean()) return value.get<bool>() ? "1" : "0";
@@ -119,38 +170,12 @@ Json rowOfTrouble(const std::string& folder, const std::string& words) {
 }
 
 Json rowOf(const std::string& folder, const DecodedRecording& recording) {
-  hw::Class_VardenLogger& logger = *recording.Logger;
-  const auto* mode = hw::findLoggingMode(logger.Get_DeviceType(), logger.Get_AcquisitionMode());
-  const double start = logger.Get_StartTimeGMT();
   Json row = rowOfTrouble(folder, {});
   row["error"] = nullptr;
-  row["logger"] = logger.Get_SerialNumber();
-  row["participant"] = textOrNull(logger.Get_SubjectIdentity());
-  row["model"] = engineering::modelWords(logger.Get_DeviceType());
-  row["mode"] = static_cast<int>(logger.Get_AcquisitionMode());
-  row["recorded"] = textOrNull(modeWords(logger));
-  row["epoch_seconds"] = logger.Get_EpochLength();
-  row["epochs"] = logger.Get_Samples();
-  if (start != UnknownDate) {
-    row["start_local"] = textOrNull(engineering::isoLocal(logger, start));
-    row["start_utc"] = textOrNull(engineering::isoDate(start, "Z"));
-  }
-  if (mode == nullptr || mode->samplesAreEpochs()) {
-    putGaps(row, logger);
-    if (start != UnknownDate) {
-      const double end =
-          start + static_cast<double>(logger.Get_Samples()) * logger.Get_EpochLength() / hw::SecondsPerDay;
-      row["end_local"] = textOrNull(engineering::isoLocal(logger, end));
-      row["end_utc"] = textOrNull(engineering::isoDate(end, "Z"));
-    }
-  }
-  row["time_zone"] = textOrNull(engineering::zoneName(logger));
-  row["time_zone_iana"] = ianaZoneJson(logger);
-  row["off_wrist_share"] = offWristShare(logger.Get_WristStatusArray());
-  row["markers"] = logger.Get_MarkerCount() + logger.Get_Marker2Count();
-  row["battery"] = textOrNull(engineering::batteryWords(logger));
-  row["low_battery"] = recording.LowBattery;
-  row["result"] = hw::Class_Main::ResultName(recording.Result);
+  recording.with([&](auto& logger) {
+    putCommon(row, recording, logger);
+    putOwn(row, recording, logger);
+  });
   row["result_in_words"] = verdictOf(recording);
   row["part"] = recording.Part.has_value();
   return row;
