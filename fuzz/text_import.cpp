@@ -3,7 +3,9 @@
 #include <string>
 
 #include "engineering/files.h"
+#include "engineering/pendrel_files.h"
 #include "engineering/recording.h"
+#include "engineering/saved_pendrel.h"
 #include "engineering/saved_recording.h"
 #include "support/logger_bytes.h"
 #include "support/quiet_world.h"
@@ -38,6 +40,13 @@ constexpr std::string_view Lines[] = {"[Config Data]",
                                       "Off Wrist On Threshold=#.5",
                                       "Unused 2=00FF0102030405A6",
                                       "Bytes=#",
+                                      "Part=1",
+                                      "[Pendrel Set-up]",
+                                      "Recorded Bytes=#",
+                                      "Start Date=2026-03-02",
+                                      "Start Time=09:#:00",
+                                      "Time Zone=EST",
+                                      "Offset=-#",
                                       "Battery Voltage=3.#",
                                       "Retrieved=2026-03-02 14:00:00",
                                       "; #",
@@ -113,6 +122,13 @@ void openFile(const QuietWorld& world, std::string_view text) {
     const auto recording = engineering::savedRecording(path, raw);
     recording.mismatch();
     recording.retrievedAt();
+    if (recording.isPendrel()) {
+      const auto pendrel = engineering::openPendrel(recording);
+      reached("recordings of the older family", 1);
+      engineering::saveRawDump(*pendrel, saved);
+      engineering::saveReport(*pendrel, saved);
+      return;
+    }
     bool low = false;
     engineering::decode(*engineering::openRecording(recording), true, low);
     reached("recordings that were opened", 1);
