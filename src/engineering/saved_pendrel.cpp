@@ -64,7 +64,7 @@ void take(const IniFile& file, const Key& key, std::int64_t least, std::int64_t 
 
 /// The same values with those that a retrieval has put in their place.
 PendrelRecord recordOf(const IniFile& file) {
-  constexpr std::int64_t MostOffset = 24 * 60;
+  constexpr std::int64_t MostOffset = 1440;  // minutes
   PendrelRecord record = toldBy(file);
   take(file, RecordedBytes, 0, record.Get_MaxBytesUsed(), record.BytesUsed);
   if (const auto day = date(file, StartDate)) record.StartDate = datePart(*day);

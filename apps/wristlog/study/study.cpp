@@ -288,6 +288,7 @@ class Study {
   /// Settles what recordings of one place are to each other, and writes what tells of the study as a whole.
   void finish(const FoundRecordings& found) {
     std::vector<Json> rows;
+    rows.reserve(items_.size() + found.Unreadable.size());
     for (const Item& item : items_)
       rows.push_back(item.Now ? item.Now->Row : rowOfTrouble(item.Folder, item.Trouble));
     std::map<Partition, std::vector<std::size_t>> places;
