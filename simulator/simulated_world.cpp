@@ -1,8 +1,10 @@
 #include "simulator/simulated_world.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
+#include "hy_wristlog/failure.h"
 #include "platform/linux/linux_platform.h"
 #include "simulator/calendar.h"
 #include "simulator/world_services.h"
@@ -12,10 +14,12 @@ namespace {
 
 platform::ZoneRule readRule(platform::Platform& inner, const std::string& zone) {
   const auto rule = inner.zones().read(zone).Rule;
-  if (!rule)
-    throw std::invalid_argument("the machine does not know the zone " + zone +
-                                ": its time zone database, the package tzdata, is missing");
-  return *rule;
+  if (rule) return *rule;
+  const auto known = inner.zones().keys();
+  if (!known.empty() && std::find(known.begin(), known.end(), zone) == known.end())
+    throw std::invalid_argument("no zone is called " + zone);
+  throw Failure(FailureNumber::NoZones, "simulator",
+                "The machine does not know the zone " + zone + ". Install the package tzdata.");
 }
 
 }  // namespace

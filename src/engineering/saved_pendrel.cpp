@@ -6,6 +6,7 @@
 #include <span>
 #include <utility>
 
+#include "base/ascii.h"
 #include "base/code_page.h"
 #include "base/dates.h"
 #include "base/inside.h"
@@ -24,17 +25,21 @@ namespace {
 using namespace facts;
 
 constexpr Key Setup{"Pendrel Set-up", "Raw Set-up Bytes"}, RecordedBytes{RecordingSection, "Recorded Bytes"},
-    StartDate{RecordingSection, "Start Date"}, StartTime{RecordingSection, "Start Time"},
-    Epoch{RecordingSection, "Epoch Length"}, Offset{RecordingSection, "Offset"},
-    Daylight{RecordingSection, "Daylight Time"};
+    SetupDigest{RecordingSection, "Set-up SHA-256"}, StartDate{RecordingSection, "Start Date"},
+    StartTime{RecordingSection, "Start Time"}, Epoch{RecordingSection, "Epoch Length"},
+    Offset{RecordingSection, "Offset"}, Daylight{RecordingSection, "Daylight Time"};
 /// What the file keeps besides the answer, in its order.
-constexpr Key Facts[] = {Bytes,     BytesInLogger, Digest, Part, Retrieved, RecordedBytes,
-                         StartDate, StartTime,     Epoch,  Zone, Offset,    Daylight};
+constexpr Key Facts[] = {Bytes,     BytesInLogger, Digest, SetupDigest, Part,   Retrieved, RecordedBytes,
+                         StartDate, StartTime,     Epoch,  Zone,        Offset, Daylight};
 
 constexpr std::size_t DayLength = 10;
 
 [[noreturn]] void refuse(const std::string& words) {
   throw Failure(FailureNumber::OutOfRange, "engineering.openPendrel", words);
+}
+
+std::string digestOfSetup(const IniFile& file) {
+  return digestOf(bytesOfHex(value(file, Setup)).value_or(std::vector<std::uint8_t>()));
 }
 
 /// The values as the answer tells them.
@@ -111,7 +116,7 @@ void leaveOutLast(Series& series, std::size_t samples) {
 
 bool isPendrelConfig(std::string_view text) {
   const IniFile file(text);
-  if (!value(file, Setup).empty()) return true;
+  if (file.value(Setup.Section, Setup.Name)) return true;
   if (file.hasSections()) return false;
   PendrelRecord record;
   record.SetupText = ansiTextFromUtf8(text);
@@ -126,6 +131,7 @@ SavedRecording savedRecording(const Class_Pendrel& retrieved, std::vector<std::u
   saved.Ini = pendrelIni(utf8FromAnsiText(record.SetupText));
   IniFile file(saved.Ini);
   putBytes(file, saved.Raw, std::int64_t{record.Get_BlocksToDownload()} * PendrelRecord::BlockBytes);
+  put(file, SetupDigest, digestOfSetup(file));
   put(file, Retrieved, isoDate(Class_TimeZoneTools::fncGetGMTTime(), "Z"));
   const PendrelRecord told = toldBy(file);
   const auto number = [&](const Key& key, std::int64_t was, std::int64_t is) {
@@ -147,7 +153,7 @@ SavedRecording savedRecording(const Class_Pendrel& retrieved, std::vector<std::u
 std::string pendrelIni(std::string_view text) {
   const IniFile source(text);
   IniFile file("");
-  if (value(source, Setup).empty()) {
+  if (!source.value(Setup.Section, Setup.Name)) {
     const std::string answer = ansiTextFromUtf8(text);
     put(file, Setup,
         Class_Tools::fncConvertByteArrayToHexString(std::vector<std::uint8_t>(answer.begin(), answer.end())));
@@ -166,6 +172,13 @@ void markOlderPart(SavedRecording& recording) {
     return;
   put(file, Part, std::int64_t{1});
   recording.Ini = file.content();
+}
+
+std::string setupMismatch(const std::string& ini) {
+  const IniFile file(ini);
+  const std::string_view told = value(file, SetupDigest);
+  if (told.empty() || equalsIgnoringCase(told, digestOfSetup(file))) return {};
+  return "the set-up answer is not the one that was retrieved";
 }
 
 void refusePendrel(const char* source) {

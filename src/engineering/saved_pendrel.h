@@ -24,6 +24,8 @@ SavedRecording savedRecording(const Class_Pendrel& retrieved, std::vector<std::u
 
 /// The INI text of a configuration for which `isPendrelConfig` holds.
 std::string pendrelIni(std::string_view text);
+/// What tells that the answer of a configuration is not the one that was retrieved; empty when nothing does.
+std::string setupMismatch(const std::string& ini);
 /// Marks whole blocks that are fewer than the recording fills as a part of it, as older versions have kept
 /// them, where nothing tells how many bytes were read.
 void markOlderPart(SavedRecording& recording);

@@ -85,6 +85,8 @@ std::int64_t SavedRecording::bytesInLogger() const {
 
 std::optional<double> SavedRecording::retrievedAt() const { return date(IniFile(Ini), Retrieved); }
 
+bool SavedRecording::hasDigest() const { return !value(IniFile(Ini), Digest).empty(); }
+
 bool SavedRecording::lowBattery() const { return value(IniFile(Ini), LowBattery) == "1"; }
 
 bool SavedRecording::isPart() const {
@@ -107,7 +109,7 @@ std::string SavedRecording::mismatch() const {
   const std::string found = digestOf(Raw);
   if (!digest.empty() && !equalsIgnoringCase(digest, found))
     return "the SHA-256 of the bytes is " + found + ", and that of what was retrieved " + std::string(digest);
-  return {};
+  return isPendrel() ? setupMismatch(Ini) : std::string();
 }
 
 SavedRecording savedRecording(const Class_VardenLogger& retrieved, bool lowBattery) {
@@ -143,6 +145,7 @@ SavedRecording savedRecording(const std::string& iniFile, const std::string& raw
       openPendrel(saved);
     else
       openRecording(saved);
+    saved.retrievedAt();
   });
   saved.Raw = rawFromFile(rawFile);
   const bool isOfNothing = isPendrel && saved.bytesInLogger() == 0;

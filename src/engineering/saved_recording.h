@@ -22,6 +22,8 @@ struct SavedRecording {
   bool isPendrel() const;
   /// How many bytes the logger held, by its configuration.
   std::int64_t bytesInLogger() const;
+  /// Whether the configuration tells the digest of what was retrieved.
+  bool hasDigest() const;
   /// The time of the retrieval (UTC); none when the file does not tell.
   std::optional<double> retrievedAt() const;
   /// Whether the retrieval met a low battery.

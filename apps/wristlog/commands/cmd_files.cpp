@@ -95,9 +95,11 @@ struct SaveReport {
     return verdictOf(result, part) + ' ' + std::to_string(logger.Get_Samples()) + " epochs. ";
   }
   std::string operator()(hw::Class_Pendrel& logger, Json& document) const {
-    document["part"] = !engineering::saveReport(logger, File);
+    const bool isWhole = engineering::saveReport(logger, File);
+    document["part"] = !isWhole;
     document["samples"] = logger.Get_Samples();
-    return std::to_string(logger.Get_Samples()) + " epochs. ";
+    return (isWhole ? "" : "Only the beginning of a recording. ") + std::to_string(logger.Get_Samples()) +
+           " epochs. ";
   }
 };
 
@@ -131,8 +133,12 @@ int runRawLoad(const CommonOptions& common, const RawLoadOptions& options) {
 int runReport(const CommonOptions& common, const ReportOptions& options) {
   return forEachRecording(common, options.Places.all(), [&](const RecordingPlace& place, std::size_t) {
     const bool ownFolder = options.Output.File.empty();
-    const std::string file = ownFolder ? place.Folder + "/" + ReportName : options.Output.File;
-    return writtenFile(common, {place, {file, options.Output.Force}}, SaveReport{file}, Parts::Refused);
+    // The report itself does not tell that it is of a part, but its name can.
+    const bool isPart = ownFolder && place.raw().ends_with(PartRaw);
+    const std::string file =
+        ownFolder ? place.Folder + "/" + (isPart ? PartReportName : ReportName) : options.Output.File;
+    return writtenFile(common, {place, {file, options.Output.Force}}, SaveReport{file},
+                       isPart ? Parts::Accepted : Parts::Refused);
   });
 }
 

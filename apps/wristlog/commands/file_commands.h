@@ -19,7 +19,7 @@ struct RecordingFileOptions {
 
 struct ReportOptions {
   RecordingPlaces Places;
-  OutputOptions Output;  ///< no file: report.csv in each recording's folder
+  OutputOptions Output;  ///< no file: one in each recording's folder
 };
 
 struct RawLoadOptions {

@@ -104,9 +104,11 @@ std::string wordsFor(const RecordingPart& part) {
 }
 
 std::string verdictOf(const DecodedRecording& recording) {
-  const bool isWholePendrel = recording.Pendrel && !recording.Part && !recording.Unchecked;
-  return isWholePendrel ? "The recording is whole."
-                        : verdictOf(recording.Result, recording.Part, recording.Unchecked);
+  if (!recording.Pendrel || recording.Part || recording.Unchecked)
+    return verdictOf(recording.Result, recording.Part, recording.Unchecked);
+  return recording.Undigested ? "As many bytes are there as the logger held. Nothing tells whether they are "
+                                "those that were read."
+                              : "The recording is whole.";
 }
 
 std::string verdictOf(hw::enmDecodeResult result, const std::optional<RecordingPart>& part,
@@ -120,6 +122,7 @@ std::string verdictOf(hw::enmDecodeResult result, const std::optional<RecordingP
 DecodedRecording decoded(const engineering::SavedRecording& recording, bool diagnostic) {
   DecodedRecording result;
   result.Unchecked = !recording.mismatch().empty();
+  result.Undigested = !recording.hasDigest();
   if (recording.isPendrel()) {
     result.Pendrel = engineering::openPendrel(recording);
     engineering::decode(*result.Pendrel);

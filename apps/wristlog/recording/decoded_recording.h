@@ -59,6 +59,7 @@ struct DecodedRecording {
   hy_wristlog::enmDecodeResult Result = hy_wristlog::Decode_InputError;
   bool LowBattery = false;
   bool Unchecked = false;             ///< the bytes are not those that the configuration tells of
+  bool Undigested = false;            ///< nothing tells the digest of what was retrieved
   std::optional<RecordingPart> Part;  ///< only the beginning of the recording
 
   /// Calls `use` with the logger that is there.

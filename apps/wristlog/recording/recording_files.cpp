@@ -40,7 +40,7 @@ constexpr const char* PackageName = "datapackage.json";
 constexpr std::array Names{
     "series.csv",         "events.csv",   FactsName,     PackageName, WholeRaw,
     ConfigName,           "actogram.svg", "report.html", PartRaw,     "series.partial.csv",
-    "events.partial.csv", SetupName};
+    "events.partial.csv", SetupName,      PartReportName};
 
 template <class Operation>
 auto onFiles(const std::string& path, const Operation& operation) {

@@ -13,8 +13,8 @@
 
 namespace wristlog {
 
-/// A report of a recording, kept beside it.
-inline constexpr const char* ReportName = "report.csv";
+/// The report of a recording, or of a part of one, kept beside it.
+inline constexpr const char *ReportName = "report.csv", *PartReportName = "report.partial.csv";
 
 /// The files of one recording in one folder: series.csv, events.csv, recording.json, the codebook of these
 /// three datapackage.json, the pictures actogram.svg and report.html, and for decoding it again raw.bin and
