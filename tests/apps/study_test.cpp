@@ -79,7 +79,7 @@ struct Study {
 }  // namespace
 
 TEST(StudyThreads, EachRecordingCountsOnceAndOnlyChangesAreDone) {
-  const Study study;
+  Study study;
   const Sandbox& box = study.Box;
   const fs::path in = box.Folder / "in";
   record(in / "a", "V1", 30h);
@@ -104,6 +104,16 @@ TEST(StudyThreads, EachRecordingCountsOnceAndOnlyChangesAreDone) {
 
   const auto before = filesBelow(in / "out");
   const auto written = fs::last_write_time(box.Folder / Series);
+  study.expectDone(1, 0, 3, 1);
+  // A machine that lacks its zones changes nothing of a study, nor does a file that is out of reach.
+  study.Box.Environment = "TZDIR=/nowhere";
+  EXPECT_EQ(study.run(1, "--force")["failure"]["number"], 9998);
+  study.Box.Environment.clear();
+  fs::rename(in / "a/config.ini", in / "a/kept");
+  fs::create_directory(in / "a/config.ini");
+  EXPECT_EQ(study.run(1)["unreadable"][0]["folder"], "a");
+  fs::remove(in / "a/config.ini");
+  fs::rename(in / "a/kept", in / "a/config.ini");
   study.expectDone(1, 0, 3, 1);
   EXPECT_EQ(filesBelow(in / "out"), before);
   EXPECT_EQ(fs::last_write_time(box.Folder / Series), written);
@@ -182,6 +192,9 @@ TEST(Study, DaskReadsItsTablesAsOne) {
   EXPECT_EQ(pendrel["model"], "Pendrel Steps");
   EXPECT_EQ(pendrel["result"], nullptr) << "its data tell nothing of their soundness";
   EXPECT_EQ(study.run(0)["unchanged"], 4);
+  const Json package = Json::parse(study.Box.content("in/out/datapackage.json"));
+  EXPECT_EQ(package["resources"][1]["path"].size(), 4U);
+  EXPECT_EQ(package["resources"][2]["path"].size(), 3U);
   fs::rename(study.Box.Folder / "in/out", study.Box.Folder / "study");
   study.Box.write("read.py", pythonIn(TEST_DATA "/../../docs/studies.md") + R"(
 assert sorted(table.logger) == ["B211234", "V1", "V1", "V1"]

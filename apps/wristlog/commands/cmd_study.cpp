@@ -16,13 +16,13 @@ namespace hw = hy_wristlog;
 namespace {
 
 Json documentOf(const StudyOptions& options, const StudyResult& result) {
-  return {{"written_to", options.Out},
-          {"found", result.Found},
-          {"decoded", result.Decoded},
-          {"unchanged", result.Unchanged},
-          {"failed", result.Failed},
-          {"removed", result.Removed},
-          {"not_of_this_study", result.Strangers},
+  Json unreadable = Json::array();
+  for (const UnreadableFolder& folder : result.Unreadable)
+    unreadable.push_back({{"folder", folder.Folder}, {"error", folder.Words}});
+  return {{"written_to", options.Out}, {"found", result.Found},
+          {"decoded", result.Decoded}, {"unchanged", result.Unchanged},
+          {"failed", result.Failed},   {"removed", result.Removed},
+          {"unreadable", unreadable},  {"not_of_this_study", result.Strangers},
           {"recordings", result.Rows}};
 }
 
@@ -35,7 +35,10 @@ void tell(const StudyOptions& options, const StudyResult& result) {
       say() << folder << " counts once; it is also in " << copies.get_ref<const std::string&>() << '\n';
   }
   for (const std::string& partition : result.Removed)
-    say() << partition << " is removed: there is no such recording any more.\n";
+    say() << partition << " is removed: no recording of this study belongs there any more.\n";
+  for (const UnreadableFolder& folder : result.Unreadable)
+    complain() << folder.Folder
+               << " cannot be read now, and is as the last study has met it: " << folder.Words << '\n';
   for (const std::string& file : result.Strangers)
     complain() << file << " is not of this study, but whoever reads its tables reads it too.\n";
   say() << counted(static_cast<std::int64_t>(result.Found), "recording") << ": " << result.Decoded
@@ -65,7 +68,7 @@ int runStudy(const CommonOptions& common, const StudyOptions& options) {
     print(documentOf(options, result));
   else
     tell(options, result);
-  return result.Failed > 0 ? Unsuccessful : Good;
+  return result.Failed > 0 || !result.Unreadable.empty() ? Unsuccessful : Good;
 }
 
 }  // namespace wristlog

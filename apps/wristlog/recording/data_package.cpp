@@ -44,14 +44,20 @@ Json limit(double value) {
   return value == std::floor(value) ? Json(static_cast<std::int64_t>(value)) : Json(value);
 }
 
+/// What an empty cell means, or the number that stands for no value: "-1: not known".
+std::string emptyWords(const Field& field) {
+  if (field.Empty.empty()) return {};
+  const bool isNumber = field.Empty.find_first_of("-0123456789") == 0;
+  return (isNumber ? " " : " Empty: ") + std::string(field.Empty) + ".";
+}
+
 Json fieldJson(const Field& field) {
   const TypeNames names = namesOf(field.Type);
   Json object{{"name", field.Name}, {"type", names.Type}};
   if (names.Format != nullptr) object["format"] = names.Format;
   if (field.Type == FieldType::Flag) object.update({{"trueValues", {"1"}}, {"falseValues", {"0"}}});
   if (!field.Unit.empty()) object["unit"] = field.Unit;
-  object["description"] = std::string(field.Meaning) + "." +
-                          (field.Empty.empty() ? "" : " Empty: " + std::string(field.Empty) + ".");
+  object["description"] = std::string(field.Meaning) + "." + emptyWords(field);
   Json constraints = Json::object();
   if (field.Least != -Unbounded) constraints["minimum"] = limit(field.Least);
   if (field.Most != Unbounded) constraints["maximum"] = limit(field.Most);
@@ -79,7 +85,7 @@ Json facts(Family family) {
 
 }  // namespace
 
-Json tableResource(const std::string& name, const std::string& path, std::span<const Field> fields) {
+Json tableResource(const std::string& name, const Json& path, std::span<const Field> fields) {
   Json columns = Json::array();
   for (const Field& field : fields) columns.push_back(fieldJson(field));
   return {{"name", name},

@@ -12,7 +12,7 @@ namespace wristlog {
 /// a part of a recording are called "series.partial.csv" and so on. `family` is the logger's.
 Json dataPackage(Family family, bool isPart);
 
-/// A table of such a package. `path` may be a pattern of several files with the same columns.
-Json tableResource(const std::string& name, const std::string& path, std::span<const Field> fields);
+/// A table of such a package. `path` is that of its file, or an array of several with the same columns.
+Json tableResource(const std::string& name, const Json& path, std::span<const Field> fields);
 
 }  // namespace wristlog

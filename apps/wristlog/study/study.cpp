@@ -56,8 +56,13 @@ struct Item {
   const StudiedRecording* Former = nullptr;
   std::optional<StudiedRecording> Now;  ///< none as long as it is not done, and of one that failed
   bool IsDone = false;
-  std::string Trouble;
+  std::string Trouble;  ///< why it failed, or why it cannot be looked at now
 };
+
+/// Whether a failure is the machine's, not the recording's.
+bool isOfTheMachine(const hw::Failure& failure) {
+  return failure.Number == hw::FailureNumber::NoZones || failure.Number == hw::FailureNumber::OutOfMemory;
+}
 
 /// The folder's own path, also of one that does not exist yet.
 fs::path canonical(const std::string& folder) {
@@ -131,10 +136,11 @@ class Study {
     std::error_code none;
     const bool isEmpty = fs::directory_iterator(options_.Out, none) == fs::directory_iterator();
     if (!former && !isEmpty) refuse(" exists and holds no study of this program");
-    if (former && former->Input != input_) refuse(" holds the study of another folder, " + former->Input);
+    if (former && former->Input != input_)
+      refuse(" holds the study of " + (fs::path(options_.Out) / former->Input).lexically_normal().string());
     // The first file that is written locks the folder.
     if (former)
-      files_.writeFile(StudyPackageName, studyPackage().dump(2) + "\n");
+      files_.writeFile(StudyManifestName, former->text());
     else
       writeManifest();
     former_ = formerManifest().value_or(StudyManifest{});
@@ -219,7 +225,18 @@ class Study {
       if (mayWrite(now.partition(), index)) now.Written = write(now.partition(), opened.decoded());
       item.Now = std::move(now);
     } catch (...) {
-      item.Trouble = wordsFor(failureUnderWay());
+      const hw::Failure failure = failureUnderWay();
+      if (isOfTheMachine(failure)) {
+        item.IsDone = false;
+        const std::lock_guard lock(mutex_);
+        stopBecauseOf(std::make_exception_ptr(failure));
+        return false;
+      }
+      item.Trouble = wordsFor(failure);
+      const bool isUnreadable = failure.Number == hw::FailureNumber::PathFileAccess;
+      if (!isUnreadable || item.Former == nullptr) return false;
+      item.Now = *item.Former;
+      return true;
     }
     return false;
   }
@@ -299,8 +316,13 @@ class Study {
       if (settle(indexes, rows)) wanted.insert(partition);
     if (writeFailure_) std::rethrow_exception(writeFailure_);
     removeAllBut(wanted);
+    result_.Unreadable = found.Unreadable;
+    for (const Item& item : items_)
+      if (item.Now && !item.Trouble.empty()) result_.Unreadable.push_back({item.Folder, item.Trouble});
     for (const UnreadableFolder& folder : found.Unreadable)
-      rows.push_back(rowOfTrouble(folder.Folder, "The folder cannot be read: " + folder.Words));
+      if (std::none_of(items_.begin(), items_.end(),
+                       [&](const Item& item) { return item.Folder == folder.Folder; }))
+        rows.push_back(rowOfTrouble(folder.Folder, "The folder cannot be read: " + folder.Words));
     std::erase_if(rows, [](const Json& row) { return row.is_null(); });
     std::stable_sort(rows.begin(), rows.end(),
                      [](const Json& row, const Json& other) { return row["folder"] < other["folder"]; });
@@ -308,7 +330,7 @@ class Study {
     result_.Failed = static_cast<std::size_t>(std::count_if(
         result_.Rows.begin(), result_.Rows.end(), [](const Json& row) { return !row["error"].is_null(); }));
     files_.writeFile(StudyTableName, tableOf(result_.Rows));
-    files_.writeFile(StudyPackageName, studyPackage().dump(2) + "\n");
+    files_.writeFile(StudyPackageName, studyPackage(tables()).dump(2) + "\n");
     former_.Recordings.clear();
     writeManifest();
     result_.Strangers = strangersIn(options_.Out, partitions_);
@@ -344,13 +366,25 @@ class Study {
     item.Now->Written = write(item.Now->partition(), opened.decoded());
   }
 
+  StudyTables tables() const {
+    StudyTables tables;
+    for (const Item& item : items_) {
+      if (!item.Now || !item.Now->Written) continue;
+      const Partition partition = item.Now->partition();
+      tables.Series.insert(seriesPath(partition));
+      if (item.Now->Written->Events != NoFile) tables.Events.insert(eventsPath(partition));
+    }
+    return tables;
+  }
+
   void removeAllBut(const std::set<Partition>& wanted) {
     for (auto partition = partitions_.begin(); partition != partitions_.end();) {
       if (wanted.contains(*partition)) {
         ++partition;
         continue;
       }
-      if (removePartition(options_.Out, *partition)) result_.Removed.push_back(partition->path());
+      const bool wasThere = removePartition(options_.Out, *partition);
+      if (wasThere && former_.Partitions.contains(*partition)) result_.Removed.push_back(partition->path());
       partition = partitions_.erase(partition);
     }
   }

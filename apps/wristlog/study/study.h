@@ -8,6 +8,7 @@
 
 #include "hy_wristlog/failure.h"
 #include "recording/json.h"
+#include "study/recording_folders.h"
 
 namespace wristlog {
 
@@ -21,7 +22,9 @@ struct StudyOptions {
 struct StudyResult {
   std::vector<Json> Rows;  ///< of the table of recordings
   std::size_t Found = 0, Decoded = 0, Unchanged = 0, Failed = 0;
-  std::vector<std::string> Removed;    ///< partitions that were in the output and have no recording now
+  std::vector<std::string> Removed;  ///< partitions of an earlier study that have no recording now
+  /// What cannot be read now. Recordings there that an earlier study has met stay as they were.
+  std::vector<UnreadableFolder> Unreadable;
   std::vector<std::string> Strangers;  ///< files in series/ and events/ that no study has written
   bool Stopped = false;                ///< before all was decoded; the table is as it was
 };
@@ -35,7 +38,7 @@ struct StudyEvents {
 /// is as an earlier study into the same folder has met it is not done again. Raises FileNotFound when there
 /// is no folder or no recording; InvalidCall for an output folder above the input; FileExists for an output
 /// folder with other content; PathFileAccess when the output cannot be written, or another study is writing
-/// there.
+/// there; NoZones and OutOfMemory when the machine lacks what decoding needs.
 StudyResult study(const StudyOptions& options, const StudyEvents& events);
 
 }  // namespace wristlog

@@ -28,7 +28,6 @@ constexpr std::array Trees{Series, Events};
 
 constexpr const char* NoValue = "__HIVE_DEFAULT_PARTITION__";
 constexpr const char* HalfWritten = ".wristlog-";
-constexpr std::int64_t NoFile = -1;
 
 /// Bytes from 128 on are parts of characters, which engines take as they are.
 std::string escaped(const std::string& value) {
@@ -45,6 +44,10 @@ std::string escaped(const std::string& value) {
       text.append({'%', Digits[byte >> 4U], Digits[byte & 15U]});
   }
   return text;
+}
+
+std::string pathOf(const Tree& tree, const Partition& partition) {
+  return std::string(tree.Folder) + "/" + partition.path() + "/" + tree.File;
 }
 
 fs::path folderOf(const std::string& out, const Tree& tree, const Partition& partition) {
@@ -84,6 +87,9 @@ Partition Partition::of(const Json& row) {
 }
 
 std::string Partition::path() const { return "logger=" + escaped(Logger) + "/start=" + escaped(Start); }
+
+std::string seriesPath(const Partition& partition) { return pathOf(Series, partition); }
+std::string eventsPath(const Partition& partition) { return pathOf(Events, partition); }
 
 PartitionSizes writePartition(const std::string& out, const Partition& partition,
                               const DecodedRecording& recording) {

@@ -28,8 +28,14 @@ struct Partition {
   }
 };
 
-/// The sizes of a partition's files, by which it is seen whether they are still there; -1 for one that is
-/// not, as the events of a Pendrel.
+/// Where a partition's files are, below the output folder.
+std::string seriesPath(const Partition& partition);
+std::string eventsPath(const Partition& partition);
+
+inline constexpr std::int64_t NoFile = -1;
+
+/// The sizes of a partition's files, by which it is seen whether they are still there; NoFile for one that
+/// is not, as the events of a Pendrel.
 struct PartitionSizes {
   std::int64_t Series = 0, Events = 0;
   bool operator==(const PartitionSizes&) const = default;

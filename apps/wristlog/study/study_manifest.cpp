@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "hy_wristlog/failure.h"
 #include "platform/digest.h"
 #include "platform/platform.h"
 #include "recording/recording_files.h"
@@ -60,11 +61,19 @@ std::vector<InputFile> inputFilesOf(const std::string& folder, const std::vector
     InputFile file{name, static_cast<std::int64_t>(fs::file_size(path, error)), 0, {}};
     if (error == std::errc::no_such_file_or_directory) continue;
     if (!error) file.Changed = fs::last_write_time(path, error).time_since_epoch().count();
-    if (error) throw platform::SystemError{error.value()};
+    const auto refuse = [&](std::int32_t number) {
+      throw hw::Failure(hw::FailureNumber::PathFileAccess, "wristlog",
+                        path + ": " + platform::current().environment().errorText(number));
+    };
+    if (error) refuse(error.value());
     const auto same = std::find_if(former.begin(), former.end(), [&](const InputFile& other) {
       return other.Name == file.Name && other.Size == file.Size && other.Changed == file.Changed;
     });
-    file.Digest = same != former.end() ? same->Digest : digestOf(platform::current().files().read(path));
+    try {
+      file.Digest = same != former.end() ? same->Digest : digestOf(platform::current().files().read(path));
+    } catch (const platform::SystemError& failure) {
+      refuse(failure.Number);
+    }
     files.push_back(std::move(file));
   }
   return files;

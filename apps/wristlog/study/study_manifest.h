@@ -20,7 +20,7 @@ struct InputFile {
 };
 
 /// The files of the recording in `folder`, with the digests of `former` where size and time are the same.
-/// Raises SystemError for a file that cannot be read.
+/// Raises PathFileAccess for a file that cannot be read.
 std::vector<InputFile> inputFilesOf(const std::string& folder, const std::vector<InputFile>& former);
 /// Whether they have the same names and bytes.
 bool haveSameBytes(const std::vector<InputFile>& files, const std::vector<InputFile>& others);

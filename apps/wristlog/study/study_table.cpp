@@ -194,14 +194,14 @@ std::string tableOf(const std::vector<Json>& rows) {
   return text;
 }
 
-Json studyPackage() {
+Json studyPackage(const StudyTables& tables) {
+  Json resources = Json::array({tableResource("recordings", StudyTableName, Fields)});
+  if (!tables.Series.empty()) resources.push_back(tableResource("series", tables.Series, seriesFields()));
+  if (!tables.Events.empty()) resources.push_back(tableResource("events", tables.Events, eventFields()));
   return {{"profile", "data-package"},
           {"name", "wristlog-study"},
           {"title", "Recordings of wrist-worn activity loggers"},
-          {"resources",
-           {tableResource("recordings", StudyTableName, Fields),
-            tableResource("series", "series/**/series.csv", seriesFields()),
-            tableResource("events", "events/**/events.csv", eventFields())}}};
+          {"resources", resources}};
 }
 
 }  // namespace wristlog

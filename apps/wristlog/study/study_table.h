@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -21,7 +22,11 @@ Json rowOfTrouble(const std::string& folder, const std::string& words);
 
 /// The table as CSV, with its heading.
 std::string tableOf(const std::vector<Json>& rows);
+/// The files of a study's two common tables, below its output folder.
+struct StudyTables {
+  std::set<std::string> Series, Events;
+};
 /// datapackage.json of a study: its table, series and events.
-Json studyPackage();
+Json studyPackage(const StudyTables& tables);
 
 }  // namespace wristlog
