@@ -215,10 +215,10 @@ void CommandLine::addErase(CLI::App* sub, bool& erase) {
   sub->add_flag("--erase", erase, "Erase what the logger has recorded, also when you have not retrieved it");
 }
 
-CLI::Option* CommandLine::addFolder(CLI::App* sub, std::string& folder, bool& force,
-                                    const char* description) {
+CLI::Option* CommandLine::addFolder(CLI::App* sub, std::string& folder, bool& force, const char* description,
+                                    const ArgumentCheck& check) {
   sub->add_flag("--force", force, "Overwrite files in the folder");
-  return sub->add_option("--out", folder, description)->check(validFolder);
+  return sub->add_option("--out", folder, description)->check(check);
 }
 
 void CommandLine::addUnchecked(CLI::App* sub, bool& unchecked) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/cli_checks.h"
 #include "commands/commands.h"
 #include "hy_wristlog/failure.h"
 
@@ -64,7 +65,8 @@ class CommandLine {
   static void addErase(CLI::App* sub, bool& erase);
   /// Adds "--out", the folder for a recording's files, and "--force".
   static CLI::Option* addFolder(CLI::App* sub, std::string& folder, bool& force,
-                                const char* description = "Folder for the recording's files");
+                                const char* description = "Folder for the recording's files",
+                                const ArgumentCheck& check = validOutputFolder);
   /// Adds "--unchecked", for commands that read a saved recording.
   static void addUnchecked(CLI::App* sub, bool& unchecked);
 

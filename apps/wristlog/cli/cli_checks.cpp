@@ -93,12 +93,19 @@ std::string validSize(const std::string& text) { return validTenths(text, 9999.9
 std::string validSpeed(const std::string& text) { return validNumber(text, 1000, "1000"); }
 
 std::string validFile(const std::string& text) {
-  return text.empty() || text.back() == '/' ? "\"" + text + "\" names no file" : "";
+  return text.empty() || text.back() == '/' || text == "-" ? "\"" + text + "\" names no file" : "";
 }
 
 std::string validFolder(const std::string& text) { return text.empty() ? "the folder has no name" : ""; }
 
-std::function<std::string(const std::string&)> storableIn(std::size_t length) {
+std::string validOutputFolder(const std::string& text) {
+  return text == "-"
+             ? "files in a folder cannot go to standard output; 'decode --out -' writes the series there"
+             : validFolder(text);
+}
+std::string notEmpty(const std::string& text) { return text.empty() ? "nothing is given" : ""; }
+
+ArgumentCheck storableIn(std::size_t length) {
   return [length](const std::string& text) -> std::string {
     if (engineering::isStorable(text, length)) return {};
     return "\"" + text + "\" does not fit: at most " + std::to_string(length) +

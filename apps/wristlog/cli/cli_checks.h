@@ -7,6 +7,8 @@
 /// Checks of the command line's arguments. Each returns what is wrong with a text, or an empty text.
 namespace wristlog {
 
+using ArgumentCheck = std::function<std::string(const std::string&)>;
+
 /// A date that `engineering::dateFromText` takes.
 std::string validDate(const std::string& text);
 /// A date that `engineering::dateFromText` takes and a logger's clock can express.
@@ -27,7 +29,10 @@ std::string validSpeed(const std::string& text);
 std::string validPendrelDay(const std::string& text);
 std::string validFile(const std::string& text);
 std::string validFolder(const std::string& text);
+/// A folder to write to; "-", which stands for standard output elsewhere, is none.
+std::string validOutputFolder(const std::string& text);
+std::string notEmpty(const std::string& text);
 /// A check for a text that a logger keeps in a field of `length` characters.
-std::function<std::string(const std::string&)> storableIn(std::size_t length);
+ArgumentCheck storableIn(std::size_t length);
 
 }  // namespace wristlog

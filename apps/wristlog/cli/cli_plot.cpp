@@ -35,7 +35,8 @@ void addPlotCommand(CommandLine& cli) {
       ->check(CLI::Range(1, MostScale));
   sub->add_option("--tz", options->Zone,
                   "Draw in the time of another zone: letters from 'zones', or a name as Europe/Paris; else "
-                  "each logger's");
+                  "each logger's")
+      ->check(notEmpty);
   sub->add_flag("--diagnostic", options->Diagnostic, "Go on where the data are questionable");
   CommandLine::addUnchecked(sub, options->Places.Files.Unchecked);
   sub->footer("Example: wristlog plot subject-17 --out pictures-17");

@@ -21,7 +21,7 @@ void addStudyCommand(CommandLine& cli) {
       ->check(validFolder);
   sub->add_option("--out", options->Out, "Folder for the tables; only what has changed is written again")
       ->required()
-      ->check(validFolder);
+      ->check(validOutputFolder);
   sub->add_option("--jobs", options->Jobs, "How many recordings are decoded at a time; else one a processor")
       ->check(CLI::Range(1, MostJobs));
   sub->add_flag("--force", options->Force,

@@ -90,7 +90,8 @@ void addDecode(CommandLine& cli) {
   CommandLine::addFolder(
       sub, options->Folder, options->Force,
       "Folder for the recording's files, of several recordings one in it for each; - for the "
-      "series on standard output; else none are written");
+      "series on standard output; else none are written",
+      validFolder);
   sub->add_flag("--diagnostic", options->Diagnostic, "Go on where the data are questionable");
   CommandLine::addUnchecked(sub, options->Places.Files.Unchecked);
   sub->add_option("--now", options->Now,

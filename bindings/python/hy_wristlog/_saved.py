@@ -12,6 +12,7 @@ from .loggers import VardenLogger
 
 CONFIGURATION = "config.ini"
 WHOLE, PART = "raw.bin", "raw.partial.bin"
+PENDREL_SETUP = "setup.txt"
 _SUMMARY = "recording.json"
 _BLOCK, _FACTS, _RECORDING = "Configuration Bytes", "Read Only Config Data", "Recording"
 _MOMENT = "%Y-%m-%dT%H:%M:%SZ"
@@ -128,6 +129,10 @@ def in_folder(folder: Path) -> Saved:
     raw = folder / (PART if not (folder / WHOLE).is_file() and (folder / PART).is_file() else WHOLE)
     if not folder.is_dir():
         raise RecordingError(f"{folder} is no folder")
+    if (folder / PENDREL_SETUP).is_file():
+        raise RecordingError(
+            f"{folder} holds a recording of a Pendrel logger, which 'wristlog decode' and 'wristlog study' read"
+        )
     for path in (folder / CONFIGURATION, raw):
         if not path.is_file():
             raise RecordingError(

@@ -27,6 +27,13 @@ _SERIES = {
     "marker2": ("Marker2Array", "b"),
     "off_wrist": ("WristStatusArray", "b"),
 }
+_Mode = enmVardenLoggingMode
+_INTERNAL_NAMES = {
+    _Mode.VardenMode_InternalOffWristFrequency: {"red_uw_cm2": "off_wrist_frequency"},
+    _Mode.VardenMode_InternalLightCalibration: {f"{c}_uw_cm2": f"{c}_current" for c in ("red", "green", "blue")},
+    _Mode.VardenMode_InternalActivity32Hz: {"activity_counts": "activity_raw"},
+}
+"""What the series of internal modes are called in the place of their usual names."""
 
 
 class Event(NamedTuple):
@@ -78,14 +85,17 @@ class Recording:
     """The text of config.ini and the bytes of the recording."""
 
     @classmethod
-    def open(cls, folder: "Union[str, PathLike[str]]", *, unchecked: bool = False) -> "Recording":
-        """The recording that `wristlog retrieve` or `save` has written, or a part of one.
+    def open(
+        cls, folder: "Union[str, PathLike[str]]", *, unchecked: bool = False, diagnostic: bool = False
+    ) -> "Recording":
+        """The recording that `wristlog retrieve` or `save` has written, or a part of one. `diagnostic` goes on after
+        some damage, and with recordings of internal modes.
 
         Raises RecordingError for a folder without a recording, and for bytes that its configuration does not tell
         of, unless they are taken `unchecked`; HyWristlogError for bytes that cannot be decoded; OSError.
         """
         path = Path(folder)
-        return cls._decoded(_saved.in_folder(path), unchecked, _saved.zone_in(path), str(path))
+        return cls._decoded(_saved.in_folder(path), unchecked, _saved.zone_in(path), str(path), diagnostic)
 
     @classmethod
     def of(cls, result: RetrieveResult) -> "Recording":
@@ -99,7 +109,9 @@ class Recording:
         return cls._decoded(saved, False, None, "the retrieval")
 
     @classmethod
-    def _decoded(cls, saved: Saved, unchecked: bool, zone: Optional[str], origin: str) -> "Recording":
+    def _decoded(
+        cls, saved: Saved, unchecked: bool, zone: Optional[str], origin: str, diagnostic: bool = False
+    ) -> "Recording":
         def require(mismatch: str) -> None:
             if mismatch and not unchecked:
                 raise RecordingError(
@@ -110,13 +122,15 @@ class Recording:
         require(saved.mismatch())
         with VardenLogger() as logger:
             seen_at = saved.retrieved
-            decoded = logger.DecodeRecording(saved.block, saved.raw, saved.firmware, SeenAt=seen_at)
+            bytes_ = (saved.block, saved.raw, saved.firmware)
+            decoded = logger.DecodeRecording(*bytes_, Diagnostic=diagnostic, SeenAt=seen_at)
             start = logger.StartTimeGMT
             if seen_at is None and start is not None:  # seen from its end
                 seen_at = start + timedelta(seconds=logger.Samples * logger.EpochLength)
-                decoded = logger.DecodeRecording(saved.block, saved.raw, saved.firmware, SeenAt=seen_at)
+                decoded = logger.DecodeRecording(*bytes_, Diagnostic=diagnostic, SeenAt=seen_at)
             mismatch = saved.mismatch(logger.BytesInLogger)
             require(mismatch)
+            names = _INTERNAL_NAMES.get(logger.AcquisitionMode, {})
             events = zip(logger.EventTimes, logger.EventTexts, logger.EventRecords)
             return cls(
                 serial_number=logger.SerialNumber,
@@ -134,7 +148,9 @@ class Recording:
                 is_part=saved.is_part(logger.BytesInLogger),
                 unchecked=bool(mismatch),
                 bytes_in_logger=logger.BytesInLogger,
-                series={name: logger.series(member, code) for name, (member, code) in _SERIES.items()},
+                series={
+                    names.get(name, name): logger.series(member, code) for name, (member, code) in _SERIES.items()
+                },
                 events=[Event(*event) for event in events],
                 saved=saved,
             )
