@@ -340,6 +340,7 @@ class Study {
   /// may.
   bool settle(const std::vector<std::size_t>& indexes, std::vector<Json>& rows) {
     std::vector<SharingRecording> sharing;
+    sharing.reserve(indexes.size());
     for (const std::size_t i : indexes) sharing.push_back({pathOf(items_[i]), &*items_[i].Now});
     const SharedPlace place = sharedPlace(sharing);
     const std::size_t chosen = indexes[place.Chosen];
