@@ -80,6 +80,10 @@ bool isInside(const fs::path& path, const fs::path& folder) {
   return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first == folder.end();
 }
 
+bool holds(const UnreadableFolder& unreadable, const std::string& recording) {
+  return unreadable.Folder == "." || isInside(recording, unreadable.Folder);
+}
+
 class Study {
  public:
   Study(const StudyOptions& options, const StudyEvents& events)
@@ -159,10 +163,8 @@ class Study {
   void keepBelowUnreadable(const FoundRecordings& found) {
     for (const auto& known : former_.Recordings) {
       const auto& [folder, recording] = known;
-      const auto holds = [&](const UnreadableFolder& each) {
-        return each.Folder == "." || isInside(known.first, each.Folder);
-      };
-      if (std::none_of(found.Unreadable.begin(), found.Unreadable.end(), holds) ||
+      const auto holdsIt = [&](const UnreadableFolder& each) { return holds(each, known.first); };
+      if (std::none_of(found.Unreadable.begin(), found.Unreadable.end(), holdsIt) ||
           std::binary_search(found.Folders.begin(), found.Folders.end(), folder))
         continue;
       items_.push_back({folder, &recording, recording, true, {}});
@@ -316,13 +318,16 @@ class Study {
       if (settle(indexes, rows)) wanted.insert(partition);
     if (writeFailure_) std::rethrow_exception(writeFailure_);
     removeAllBut(wanted);
-    result_.Unreadable = found.Unreadable;
     for (const Item& item : items_)
       if (item.Now && !item.Trouble.empty()) result_.Unreadable.push_back({item.Folder, item.Trouble});
-    for (const UnreadableFolder& folder : found.Unreadable)
-      if (std::none_of(items_.begin(), items_.end(),
-                       [&](const Item& item) { return item.Folder == folder.Folder; }))
+    for (const UnreadableFolder& folder : found.Unreadable) {
+      const bool isKnown = std::any_of(items_.begin(), items_.end(),
+                                       [&](const Item& item) { return holds(folder, item.Folder); });
+      if (isKnown)
+        result_.Unreadable.push_back(folder);
+      else
         rows.push_back(rowOfTrouble(folder.Folder, "The folder cannot be read: " + folder.Words));
+    }
     std::erase_if(rows, [](const Json& row) { return row.is_null(); });
     std::stable_sort(rows.begin(), rows.end(),
                      [](const Json& row, const Json& other) { return row["folder"] < other["folder"]; });
