@@ -75,11 +75,6 @@ bool wasAllowed(const SessionRecord& record, const Arguments& arguments) {
   return configures && !refused && !has(arguments, "--erase");
 }
 
-bool usesPort(const SessionRecord& record) {
-  return std::any_of(record.Events.begin(), record.Events.end(),
-                     [](const platform::WireEvent& event) { return platform::isSaid(event.Kind); });
-}
-
 Arguments commandOf(const SessionRecord& record) {
   constexpr std::array Known{"docks", "status", "configure", "retrieve", "config", "console", "legacy"};
   const std::string name = record.Arguments.empty() ? "" : record.Arguments.front();
@@ -144,6 +139,8 @@ int runReplay(const CommonOptions& common, const ReplayOptions& options, const C
     status = run(arguments);
     difference = world.difference();
   }
+  if (!options.Folder.empty())
+    complain() << "This was replayed: what the command wrote is in " << options.Folder << ".\n";
   if (!record.ExitStatus) {
     complain() << "The record is cut: it ends before its session did.\n";
     return std::max<int>(status, Unsuccessful);

@@ -6,6 +6,7 @@
 
 #include "picture/day_drawing.h"
 #include "picture/legend.h"
+#include "picture/light_words.h"
 #include "picture/local_time.h"
 #include "picture/markup.h"
 #include "picture/scales.h"
@@ -210,9 +211,10 @@ class Actogram {
       const bool labelled = (powers - i) % every == 0;
       const double y = sheet.y() + row_.lineBase() - step * i;
       ticks += "M" + number(SheetLeft + PlotWidth) + " " + number(y) + "h" + (labelled ? "5" : "3");
-      if (labelled)
-        sheet.text("a-tiny", SheetLeft + PlotWidth + 7, y + 3,
-                   powerOfTen(light.LowestPower + i) + (i == powers ? " " + light.Unit : ""));
+      if (!labelled) continue;
+      const std::string power = powerOfTen(light.LowestPower + i);
+      sheet.text("a-tiny", SheetLeft + PlotWidth + 7, y + 3,
+                 i == powers ? withUnit(power, " ", light) : power);
     }
     sheet.path("a-midnight", ticks);
   }

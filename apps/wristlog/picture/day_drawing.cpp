@@ -194,6 +194,7 @@ RowShape rowShapeFor(std::size_t days, int daysAcross) {
 const char* lineClass(LightColour colour) {
   switch (colour) {
     case LightColour::Lux:
+    case LightColour::Frequency:
       return "a-lux";
     case LightColour::Red:
       return "a-red";

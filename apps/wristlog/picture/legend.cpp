@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "picture/day_drawing.h"
+#include "picture/light_words.h"
 #include "picture/markup.h"
 #include "picture/shapes.h"
 
@@ -50,20 +51,6 @@ std::string from(double x, double y, const char* strokes) {
   return "M" + number(x) + " " + number(y) + strokes;
 }
 
-const char* colourName(LightColour colour) {
-  switch (colour) {
-    case LightColour::Lux:
-      return "Light";
-    case LightColour::Red:
-      return "Red light";
-    case LightColour::Green:
-      return "Green light";
-    case LightColour::Blue:
-      return "Blue light";
-  }
-  return "";
-}
-
 bool anyColumn(const RecordedDays& days, bool (*fits)(const Column&)) {
   return std::any_of(days.Days.begin(), days.Days.end(), [&](const Day& day) {
     return std::any_of(day.Columns.begin(), day.Columns.end(), fits);
@@ -90,9 +77,10 @@ void addSeries(Legend& legend, Sheet& sheet, const PlottedRecording& recording, 
         "Steps", "full height: " + number(scales.Steps) + " steps an epoch",
         [&](double x, double y) { sheet.path("a-line a-steps", from(x, y + 16, "h8v-6h10v-7h8v12h10")); });
   const std::string scale = powerOfTen(scales.Light.LowestPower) + " to " +
-                            powerOfTen(scales.Light.HighestPower) + " " + scales.Light.Unit + ", logarithmic";
+                            withUnit(powerOfTen(scales.Light.HighestPower), " ", scales.Light) +
+                            ", logarithmic";
   for (const LightLine& line : recording.Light)
-    legend.entry(colourName(line.Colour), scale, [&](double x, double y) {
+    legend.entry(capital(lightName(line.Colour)), scale, [&](double x, double y) {
       sheet.path(std::string("a-line ") + lineClass(line.Colour), from(x, y + 18, "h8v-11h10v-4h8v7h10"));
     });
 }

@@ -90,6 +90,11 @@ std::string number(double value, int decimals) {
   return text == "-0" ? "0" : text;
 }
 
+std::string capital(std::string words) {
+  words.front() = static_cast<char>(words.front() - 'a' + 'A');
+  return words;
+}
+
 void appendTenths(std::string& text, std::int64_t tenths) {
   char digits[24];
   if (tenths < 0) text += '-';

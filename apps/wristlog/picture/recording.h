@@ -16,7 +16,8 @@ namespace wristlog::picture {
 using Series = std::vector<float>;
 inline constexpr float NoValue = std::numeric_limits<float>::quiet_NaN();
 
-enum class LightColour : std::uint8_t { Lux, Red, Green, Blue };
+/// What a line of light tells; an internal mode of a Vivid records a frequency in its place.
+enum class LightColour : std::uint8_t { Lux, Red, Green, Blue, Frequency };
 
 struct LightLine {
   LightColour Colour = LightColour::Lux;
@@ -25,7 +26,7 @@ struct LightLine {
 
 /// Light is drawn on a logarithmic scale, between two powers of ten.
 struct LightScale {
-  std::string Unit;
+  std::string Unit;  ///< empty: not known
   int LowestPower = -1, HighestPower = 5;
 };
 

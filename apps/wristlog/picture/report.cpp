@@ -6,6 +6,7 @@
 
 #include "picture/actogram.h"
 #include "picture/findings.h"
+#include "picture/light_words.h"
 #include "picture/local_time.h"
 #include "picture/markup.h"
 #include "picture/shapes.h"
@@ -74,7 +75,7 @@ class Summary {
     if (!recording_.Activity.empty()) headings.push_back({"Mean activity, counts an epoch", true});
     if (!recording_.Steps.empty()) headings.push_back({"Steps", true});
     for (const LightLine& line : recording_.Light)
-      headings.push_back({"Mean " + lightName(line.Colour) + ", " + recording_.LightAxis.Unit, true});
+      headings.push_back({"Mean " + withUnit(lightName(line.Colour), ", ", recording_.LightAxis), true});
     if (!recording_.OffWrist.empty()) headings.push_back({"Off the wrist", true});
     headings.push_back({"Markers", true});
     std::string html = "<section><h2>Day by day</h2>\n<div class=\"scroll\"><table>\n" + tableHead(headings);
@@ -86,20 +87,6 @@ class Summary {
   }
 
  private:
-  static std::string lightName(LightColour colour) {
-    switch (colour) {
-      case LightColour::Lux:
-        return "light";
-      case LightColour::Red:
-        return "red";
-      case LightColour::Green:
-        return "green";
-      case LightColour::Blue:
-        return "blue";
-    }
-    return {};
-  }
-
   static std::string meanText(const Total& total) {
     if (total.Count == 0) return "";
     const double mean = total.mean();
@@ -125,11 +112,6 @@ class Summary {
   const PlottedRecording& recording_;
   const RecordedDays& days_;
 };
-
-std::string capital(std::string words) {
-  words.front() = static_cast<char>(words.front() - 'a' + 'A');
-  return words;
-}
 
 std::string eventsSection(const PlottedRecording& recording) {
   std::string html = "<section><h2>Events</h2>\n";

@@ -50,7 +50,7 @@ LightOfMode lightOf(hw::LightPart part) {
     case hw::LightPart::Currents:
       return {"light calibration", {"(current)", -12, 0}};
     case hw::LightPart::Frequency:
-      return {"off-wrist frequency", {"(frequency)", 0, 5}};
+      return {"off-wrist frequency", {"", 0, 5}};
   }
   return {};
 }
@@ -67,7 +67,7 @@ void addLight(picture::PlottedRecording& plot, const hw::Class_VardenLogger& log
   const auto add = [&](picture::LightColour colour, const hw::LightSeries& values) {
     if (!values.empty()) plot.Light.push_back({colour, seriesOf(values)});
   };
-  add(Red, logger.Get_RedLightArray());
+  add(mode.Light == hw::LightPart::Frequency ? Frequency : Red, logger.Get_RedLightArray());
   add(Green, logger.Get_GreenLightArray());
   add(Blue, logger.Get_BlueLightArray());
   // Gaps can leave a recording of colours with a light series that holds no value.

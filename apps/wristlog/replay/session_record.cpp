@@ -370,6 +370,11 @@ std::size_t endOfOptions(const std::vector<std::string>& arguments) {
 
 }  // namespace
 
+bool usesPort(const SessionRecord& record) {
+  return std::any_of(record.Events.begin(), record.Events.end(),
+                     [](const platform::WireEvent& event) { return platform::isSaid(event.Kind); });
+}
+
 std::string valueOf(const std::vector<std::string>& arguments, std::string_view option) {
   for (std::size_t i = 0; i < endOfOptions(arguments); ++i)
     if (isOption(arguments[i], option)) {

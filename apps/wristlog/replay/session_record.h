@@ -52,6 +52,9 @@ std::string textOf(const SessionRecord& record);
 /// that is not whole is left out: a session may have ended while it was written.
 SessionRecord recordOf(std::string_view text);
 
+/// Whether something was said on a port.
+bool usesPort(const SessionRecord& record);
+
 /// The value of an option ("--out DIR" or "--out=DIR") among arguments; empty when it is not there. What
 /// stands after "--" is no option, here and in the following.
 std::string valueOf(const std::vector<std::string>& arguments, std::string_view option);

@@ -5,6 +5,7 @@
 
 #include "engineering/docks.h"
 #include "hy_wristlog/failure.h"
+#include "replay/session_record.h"
 #include "replay/session_recorder.h"
 #include "session/process.h"
 #include "session/terminal_host.h"
@@ -96,6 +97,7 @@ Session::~Session() {
 void Session::writeRecord(const RecordingFiles& files, std::int32_t code, const std::string& meaning) {
   try {
     const std::string text = recorder_->text(Unsuccessful, "Code " + std::to_string(code) + ": " + meaning);
+    if (!usesPort(recordOf(text))) return;
     complain() << "What passed on the link is in " << files.writeSessionLog(text)
                << "; send it along when you ask for help.\n";
     if (!options_.Redact) complain() << "It tells who wears the logger; --redact leaves that out.\n";
