@@ -124,15 +124,24 @@ std::string SimulatedDock::hardwareId() const {
 }
 
 std::string SimulatedDock::friendlyName() const {
-  if (!options_.FriendlyName.empty() || options_.Kind == DockKind::Pendreader) return options_.FriendlyName;
-  std::string name = options_.Kind == DockKind::Quillander ? "Kestrin Vivid Dock" : "Kestrin 2 Dock";
+  if (!options_.FriendlyName.empty()) return options_.FriendlyName;
+  std::string name = options_.Kind == DockKind::Quillander   ? "Kestrin Vivid Dock"
+                     : options_.Kind == DockKind::Pendreader ? "Declared port"
+                                                             : "Kestrin 2 Dock";
   if (!options_.NameShowsPort.value_or(options_.Kind != DockKind::TolkaFirst)) return name;
   return name + " (COM" + std::to_string(options_.ComPort) + ")";
 }
 
+std::vector<std::string> SimulatedDock::names() const {
+  std::vector<std::string> names{options_.Place};
+  if (!options_.SerialNumber.empty()) names.push_back(options_.SerialNumber);
+  return names;
+}
+
 bool SimulatedDock::hasClass(std::string_view classGuid) const {
-  if (options_.Kind == DockKind::Pendreader) return false;
-  const std::string_view own = options_.Kind == DockKind::TolkaFirst ? UsbDeviceClass : ComPortClass;
+  const std::string_view own = options_.Kind == DockKind::TolkaFirst   ? UsbDeviceClass
+                               : options_.Kind == DockKind::Pendreader ? platform::PlainPortClass
+                                                                       : ComPortClass;
   return std::ranges::equal(
       own, classGuid, [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); });
 }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "hy_wristlog/failure_numbers.h"
 #include "platform/platform.h"
@@ -20,6 +21,9 @@ struct DockOptions {
   /// form.
   std::optional<bool> NameShowsPort{};
   std::string HardwareId{}, FriendlyName{};  ///< shown instead of the kind's own unless empty
+  /// Where it is plugged in; empty for the next free place, "usb-1-1", of a Pendreader "Dock 1".
+  std::string Place{};
+  std::string SerialNumber{};
 };
 
 /// A failure that an operation of the port raises.
@@ -65,6 +69,7 @@ class SimulatedDock : public std::enable_shared_from_this<SimulatedDock> {
   // As the device tree and the PC's port see it.
   std::string hardwareId() const;
   std::string friendlyName() const;
+  std::vector<std::string> names() const;
   bool hasClass(std::string_view classGuid) const;
   std::unique_ptr<platform::SerialPort> open();
 

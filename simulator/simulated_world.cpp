@@ -84,7 +84,11 @@ const std::string& SimulatedWorld::rootFolder() { return services_->Root.path();
 MemorySettings& SimulatedWorld::memorySettings() { return services_->Settings; }
 
 SimulatedDock& SimulatedWorld::addDock(const DockOptions& options) {
-  return *services_->Docks.emplace_back(std::make_shared<SimulatedDock>(services_->Time, options));
+  DockOptions placed = options;
+  if (placed.Place.empty())
+    placed.Place = (options.Kind == DockKind::Pendreader ? "Dock " : "usb-1-") +
+                   std::to_string(services_->Docks.size() + 1);
+  return *services_->Docks.emplace_back(std::make_shared<SimulatedDock>(services_->Time, placed));
 }
 
 SimulatedLogger& SimulatedWorld::addLogger(const LoggerOptions& options) {

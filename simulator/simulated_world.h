@@ -80,6 +80,7 @@ class SimulatedWorld : public platform::Platform {
   const std::string& rootFolder();
   MemorySettings& memorySettings();
 
+  /// A world may have any number of docks. They should have different ports.
   SimulatedDock& addDock(const DockOptions& options);
   SimulatedLogger& addLogger(const LoggerOptions& options);
   SimulatedPendrel& addPendrel(const PendrelOptions& options);

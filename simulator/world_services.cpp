@@ -71,6 +71,7 @@ class SimulatedDeviceList : public platform::DeviceList {
     strike(faults_.FriendlyName);
     return at(index).friendlyName();
   }
+  std::vector<std::string> names(std::size_t index) override { return at(index).names(); }
 
  private:
   const SimulatedDock& at(std::size_t index) const {

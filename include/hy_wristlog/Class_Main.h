@@ -10,6 +10,7 @@
 #include "hy_wristlog/api.h"
 #include "hy_wristlog/date.h"
 #include "hy_wristlog/enumerations.h"
+#include "hy_wristlog/series.h"
 
 namespace hy_wristlog {
 
@@ -95,6 +96,21 @@ class HY_WRISTLOG_API Class_Main {
   /// outputs as they were, or ends with the failure of what the abort broke off. GetStatus ends with Aborted
   /// too, its outputs as they were but for the text.
   void AbortComms();
+
+  /// What hosts of the component have of docks.h, which says more. The names of all docks.
+  TextSeries Get_DockNames() const;
+  /// All names of a dock, the first of DockNames in front; empty when no dock answers to `Name`.
+  static TextSeries NamesOfDock(const std::string& Name);
+  /// LggrPntr_None for no dock.
+  static enmLoggerPointer ModelOfDock(const std::string& Name);
+  /// 0 for none.
+  static std::int32_t PortOfDock(const std::string& Name);
+  /// Chooses the calling thread's dock; an empty name gives it all docks again.
+  static void UseDock(const std::string& Name);
+  /// The same for a path or address, whether it is declared or not.
+  static void UseDevice(const std::string& Device, enmLoggerPointer LoggerType);
+  /// Empty when the calling thread has all docks.
+  std::string Get_DockInUse() const;
 
   /// The name of a return code or failure number: "NotFound". Empty when there is none of this number.
   static std::string CodeName(std::int32_t Code);

@@ -62,7 +62,12 @@ constexpr ValueType typeOf() {
 /// Writes a value into a variant that owns nothing.
 template <class T>
 void put(HyVariant& to, const T& value) {
-  if constexpr (IsShared<T>)
+  if constexpr (IsSeries<T>) {
+    if (value.empty()) return;
+    to.parray = newArray(value);
+    to.vt = HY_VT_ARRAY | HY_VT_VARIANT;
+    return;
+  } else if constexpr (IsShared<T>)
     to.pdispVal = wrap(*typeOf<T>().Object, value);
   else if constexpr (std::is_same_v<T, std::string>)
     to.bstrVal = newString(value);
@@ -134,13 +139,13 @@ void read(void* instance, Arguments&, HyVariant& result) {
   auto& object = *static_cast<Class*>(instance);
   decltype(auto) value = (object.*Get)();
   if constexpr (IsSeries<Value>) {
-    const bool belowZero = isBelowZero<Get>(object, value);
-    if (value.empty() && !belowZero) return;
-    result.parray = belowZero ? newArrayBelowZero() : newArray(value);
-    result.vt = HY_VT_ARRAY | HY_VT_VARIANT;
-  } else {
-    put<Value>(result, value);
+    if (isBelowZero<Get>(object, value)) {
+      result.parray = newArrayBelowZero();
+      result.vt = HY_VT_ARRAY | HY_VT_VARIANT;
+      return;
+    }
   }
+  put<Value>(result, value);
 }
 
 template <auto Get>

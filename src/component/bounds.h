@@ -2,6 +2,7 @@
 
 #include "base/inside.h"
 #include "component/arrays.h"
+#include "hy_wristlog/Class_Main.h"
 #include "hy_wristlog/Class_Pendrel.h"
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "pendrel/Pendrel.h"
@@ -18,6 +19,11 @@ inline constexpr bool IsPendrelSteps<&Class_Pendrel::Get_StepsArray> = true;
 template <auto Get, class Series>
 bool isBelowZero(const Class_VardenLogger& logger, const Series& series) {
   return series.empty() && logger.Get_Samples() > 0;
+}
+
+template <auto Get, class Series>
+bool isBelowZero(const Class_Main&, const Series&) {
+  return false;
 }
 
 template <auto Get, class Series>

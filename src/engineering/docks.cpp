@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "hy_wristlog/failure.h"
+#include "platform/listed_docks.h"
 #include "platform/platform.h"
 #include "start_up/start_up.h"
 #include "varden/VardenLogger.h"
@@ -25,7 +26,8 @@ std::optional<Failure> openingFailure(std::int32_t port) {
 
 std::string modelWords(enmLoggerPointer model) {
   const DockedModel* docked = dockedModel(model);
-  return docked != nullptr ? docked->Words : "";
+  if (docked != nullptr) return docked->Words;
+  return model == LggrPntr_Pendreader ? "Pendreader" : "";
 }
 
 std::string modelWords(enmDeviceType type) { return deviceText(type); }
@@ -43,6 +45,41 @@ std::vector<DockView> docks() {
   return views;
 }
 
+std::int16_t readerPort() {
+  const auto readers = platform::devicesOf(platform::current().deviceTree(), platform::PlainPortClass);
+  return readers.size() == 1 ? static_cast<std::int16_t>(readers.front().Port) : std::int16_t{0};
+}
+
+PortView portView(std::int32_t port) {
+  if (port < 1) return {};
+  const auto failure = openingFailure(port);
+  if (!failure) return {PortState::Free, {}};
+  const bool denied = failure->Description.starts_with(platform::NoPermission);
+  const PortState state = failure->Number == FailureNumber::PortNotAvailable
+                              ? (denied ? PortState::NoPermission : PortState::InUse)
+                          : failure->Number == FailureNumber::InvalidPort ? PortState::Missing
+                                                                          : PortState::Unusable;
+  return {state, failure->Description};
+}
+
+std::string portWords(PortState state) {
+  switch (state) {
+    case PortState::Free:
+      return "free";
+    case PortState::InUse:
+      return "in use";
+    case PortState::NoPermission:
+      return "no permission";
+    case PortState::Missing:
+      return "missing";
+    case PortState::Unusable:
+      return "unusable";
+    case PortState::None:
+      break;
+  }
+  return "no port";
+}
+
 std::string declaredDocksFile() {
   constexpr std::int32_t UserApplicationData = 26;
   platform::Environment& environment = platform::current().environment();
@@ -52,10 +89,7 @@ std::string declaredDocksFile() {
 
 std::vector<std::string> declarationTroubles() { return platform::current().deviceTree().troubles(); }
 
-std::string portTrouble(std::int32_t port) {
-  const auto failure = openingFailure(port);
-  return failure ? failure->Description : "";
-}
+std::string portTrouble(std::int32_t port) { return portView(port).Trouble; }
 
 std::vector<std::string> portsOutOfReach() {
   constexpr std::int32_t LastPort = 64;

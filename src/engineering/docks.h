@@ -17,18 +17,34 @@ struct DockView {
   std::int32_t Port = 0;       ///< COM port of the only one; 0 when there is none, several, or no port
 };
 
-/// "Kestrin Vivid" or "Kestrin 2".
+/// "Kestrin Vivid", "Kestrin 2" or "Pendreader".
 std::string modelWords(enmLoggerPointer model);
 std::string modelWords(enmDeviceType type);
 
-/// One row a model. Raises the failures of the device search.
+/// One row a model of the docks in the calling thread's world. Raises the failures of the device search.
 std::vector<DockView> docks();
+
+/// The COM port of the only Pendreader in the calling thread's world; 0 when there is none, or several.
+std::int16_t readerPort();
 
 /// The path of the file that declares docks which the USB tree does not show. The file need not exist.
 std::string declaredDocksFile();
 
 /// What keeps docks that are declared there from being found, a sentence each.
 std::vector<std::string> declarationTroubles();
+
+enum class PortState : std::uint8_t { None, Free, InUse, NoPermission, Missing, Unusable };
+
+struct PortView {
+  PortState State = PortState::None;
+  std::string Trouble;  ///< why it cannot be opened, and what to do about it; empty when it can
+};
+
+/// Opens COM port `port` for a moment. `None` below 1.
+PortView portView(std::int32_t port);
+
+/// "free", "in use", "no permission", "missing", "unusable", "no port".
+std::string portWords(PortState state);
 
 /// Why COM port `port` cannot be opened, and what to do about it; empty when it can be opened.
 std::string portTrouble(std::int32_t port);

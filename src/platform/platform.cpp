@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "platform/linux/linux_platform.h"
+#include "platform/machine.h"
 #include "platform/platform.h"
 
 namespace hy_wristlog {
@@ -40,6 +41,8 @@ std::shared_ptr<Platform> use(std::shared_ptr<Platform> world) {
   return std::exchange(threadWorld(), std::move(world));
 }
 
+bool isMachine() { return threadWorld() == nullptr || threadWorld() == machine(); }
+
 void NewFile::pass(std::string_view piece) {
   begun_ = true;
   write(piece);
@@ -71,27 +74,30 @@ void Files::write(const std::string& path, std::string_view content) {
 }
 
 Host& Platform::host() {
-  if (!host_) host_ = std::make_shared<Host>();
-  return *host_;
+  if (!held_->PresentHost) held_->PresentHost = std::make_shared<Host>();
+  return *held_->PresentHost;
 }
 
-void Platform::setHost(std::shared_ptr<Host> host) { host_ = std::move(host); }
+void Platform::setHost(std::shared_ptr<Host> host) { held_->PresentHost = std::move(host); }
 
-void Platform::addEventSource(EventSource& source) { sources_.push_back(&source); }
+void Platform::addEventSource(EventSource& source) { held_->Sources.push_back(&source); }
 
-void Platform::removeEventSource(EventSource& source) { std::erase(sources_, &source); }
+void Platform::removeEventSource(EventSource& source) { std::erase(held_->Sources, &source); }
 
 void Platform::serveEvents() {
-  if (serving_) return;
-  serving_ = true;
+  // The world may be left while an event is served.
+  const std::shared_ptr<Held> held = held_;
+  if (held->Serving) return;
+  held->Serving = true;
   struct Reset {
     bool& flag;
     ~Reset() { flag = false; }
-  } const reset{serving_};
-  const std::vector<EventSource*> sources = sources_;
+  } const reset{held->Serving};
+  const std::vector<EventSource*> sources = held->Sources;
   for (EventSource* source : sources)
-    if (std::find(sources_.begin(), sources_.end(), source) != sources_.end()) source->serveEvents();
-  const std::shared_ptr<Host> host = host_;
+    if (std::find(held->Sources.begin(), held->Sources.end(), source) != held->Sources.end())
+      source->serveEvents();
+  const std::shared_ptr<Host> host = held->PresentHost;
   if (host) host->serveEvents();
 }
 

@@ -15,6 +15,7 @@
 
 #include "base/dates.h"
 #include "hy_wristlog/api.h"
+#include "hy_wristlog/failure.h"
 #include "hy_wristlog/host.h"
 
 /// The seam between the library and the world. Only the files under platform/ include system headers; tests
@@ -100,6 +101,10 @@ class SerialPorts {
   /// Opens COM port `number`, both output lines low. Raises InvalidPort (no such port), PortNotAvailable
   /// (held by another program, or no permission), PortStateFailure (the port cannot be used).
   virtual std::unique_ptr<SerialPort> open(std::int32_t number) = 0;
+  /// The same for a device by its path or address, whether it is declared or not.
+  virtual std::unique_ptr<SerialPort> openDevice(const std::string& device) {
+    throw Failure(FailureNumber::InvalidPort, "SerialPorts", "There is no " + device);
+  }
 };
 
 /// The present devices of one interface class. Members raise SystemError.
@@ -113,11 +118,17 @@ class DeviceList {
   virtual std::string hardwareId(std::size_t index) = 0;
   /// For instance "Communications Dock (COM33)".
   virtual std::string friendlyName(std::size_t index) = 0;
+  /// What the device can be called, the steadiest name first: where it is plugged in, "usb-1-1.4", its
+  /// section in Docks.INI, its serial number, its device. Empty in a world that knows none.
+  virtual std::vector<std::string> names(std::size_t /*index*/) { return {}; }
 };
 
 /// The classes that docks belong to.
 inline constexpr const char* ComPortClass = "{4d36e978-e325-11ce-bfc1-08002be10318}";
 inline constexpr const char* UsbDeviceClass = "{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
+/// Of the serial ports that are declared without a dock on them, as that of a Pendreader is. Such a device
+/// has no hardware identifier.
+inline constexpr const char* PlainPortClass = "{plain serial port}";
 
 class DeviceTree {
  public:
@@ -337,6 +348,9 @@ class CryptographicProvider {
   virtual void deleteDamagedContainer(const std::string& file) = 0;
 };
 
+/// Begins the description of a PortNotAvailable whose device exists but may not be opened by this user.
+inline constexpr std::string_view NoPermission = "No permission";
+
 /// Runs while events are served: for instance a link with its line events and its timer.
 class EventSource {
  public:
@@ -409,26 +423,36 @@ class Platform {
 
   Host& host();
   void setHost(std::shared_ptr<Host> host);
-  const Waits& waits() const { return waits_; }
-  void setWaits(const Waits& waits) { waits_ = waits; }
-  bool wakesOnInput() const { return waits_.EndWithInput; }
+  const Waits& waits() const { return held_->PresentWaits; }
+  void setWaits(const Waits& waits) { held_->PresentWaits = waits; }
+  bool wakesOnInput() const { return waits().EndWithInput; }
   /// Whether whoever waits now should not wait any longer.
   bool endsWaits() const {
-    return waits_.EndWithInput && waits_.AbortRequest != nullptr && *waits_.AbortRequest;
+    return waits().EndWithInput && waits().AbortRequest != nullptr && *waits().AbortRequest;
   }
-  WorldObjects& objects() { return objects_; }
+  WorldObjects& objects() { return held_->Objects; }
 
   void addEventSource(EventSource& source);
   void removeEventSource(EventSource& source);
   /// Lets every event source and then the host run once. Does nothing while it is already running.
   void serveEvents();
 
+ protected:
+  /// For a view of `world`: both have the same host, waits, objects and event sources.
+  struct ViewOf {
+    const Platform& World;
+  };
+  explicit Platform(const ViewOf& view) : held_(view.World.held_) {}
+
  private:
-  std::shared_ptr<Host> host_;
-  std::vector<EventSource*> sources_;
-  bool serving_ = false;
-  Waits waits_;
-  WorldObjects objects_;
+  struct Held {
+    std::shared_ptr<Host> PresentHost;
+    std::vector<EventSource*> Sources;
+    bool Serving = false;
+    Waits PresentWaits;
+    WorldObjects Objects;
+  };
+  std::shared_ptr<Held> held_ = std::make_shared<Held>();
 };
 
 /// The calling thread's world: the machine itself, unless `use` has set another one.

@@ -156,6 +156,7 @@ ListedDevices listed(DeviceTree& tree, std::string_view classGuid) {
     device.InfoError = errorOf([&] { list->readInfo(i); });
     device.IdError = errorOf([&] { device.HardwareId = list->hardwareId(i); });
     device.NameError = errorOf([&] { device.FriendlyName = list->friendlyName(i); });
+    errorOf([&] { device.Names = list->names(i); });
   }
   return answer;
 }
@@ -177,6 +178,7 @@ class AnsweredList : public DeviceList {
     refuse(at(index).NameError);
     return at(index).FriendlyName;
   }
+  std::vector<std::string> names(std::size_t index) override { return at(index).Names; }
 
  private:
   static void refuse(std::int32_t error) {

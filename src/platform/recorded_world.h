@@ -17,6 +17,7 @@ namespace hy_wristlog::platform {
 struct ListedDevice {
   std::int32_t InfoError = 0, IdError = 0, NameError = 0;
   std::string HardwareId, FriendlyName;
+  std::vector<std::string> Names;
 };
 
 struct ListedDevices {

@@ -12,6 +12,8 @@ class WrappedPlatform : public Platform {
  public:
   explicit WrappedPlatform(std::shared_ptr<Platform> inner) : inner_(std::move(inner)) {}
 
+  const std::shared_ptr<Platform>& inner() const { return inner_; }
+
   Clock& clock() override { return inner_->clock(); }
   SerialPorts& serialPorts() override { return inner_->serialPorts(); }
   DeviceTree& deviceTree() override { return inner_->deviceTree(); }
@@ -20,6 +22,12 @@ class WrappedPlatform : public Platform {
   Environment& environment() override { return inner_->environment(); }
   Files& files() override { return inner_->files(); }
   CryptographicProvider& cryptography() override { return inner_->cryptography(); }
+
+ protected:
+  /// A view, which shares the other world's host, waits, objects and event sources.
+  struct View {};
+  WrappedPlatform(View, std::shared_ptr<Platform> inner)
+      : Platform(ViewOf{*inner}), inner_(std::move(inner)) {}
 
  private:
   std::shared_ptr<Platform> inner_;

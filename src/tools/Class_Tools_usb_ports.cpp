@@ -1,7 +1,7 @@
-#include <charconv>
 #include <memory>
 
 #include "base/ascii.h"
+#include "platform/listed_docks.h"
 #include "platform/platform.h"
 #include "tools/Class_Tools.h"
 #include "tools/guarded.h"
@@ -27,24 +27,11 @@ auto enumerating(const char* words, Call&& call) {
   }
 }
 
-/// The number after the first "COM" of a friendly name, 0 when there is none.
-std::int16_t portOfName(std::string_view name) {
-  constexpr std::string_view Mark = "COM";
-  name = cutAtNul(name);
-  const auto found = name.find(Mark);
-  if (found == std::string_view::npos) return 0;
-  const std::string_view digits = trimBlanks(name.substr(found + Mark.size()));
-  std::int16_t port = 0;
-  if (digits.starts_with('-')) return 0;
-  if (std::from_chars(digits.data(), digits.data() + digits.size(), port).ec != std::errc{}) return 0;
-  return port;
-}
-
 /// Waits some time for the name, which a device that was just plugged in may not have yet.
 std::int16_t readPort(DeviceList& devices, std::size_t index) {
   for (int attempt = 1;; ++attempt) {
     try {
-      return portOfName(devices.friendlyName(index));
+      return platform::portInName(devices.friendlyName(index));
     } catch (const SystemError&) {
       if (attempt == NameAttempts) return 0;
     }

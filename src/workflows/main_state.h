@@ -10,6 +10,7 @@
 #include "hy_wristlog/Class_VardenLogger.h"
 #include "pendrel/Pendrel.h"
 #include "platform/platform.h"
+#include "platform/work_under_way.h"
 #include "varden/VardenLogger.h"
 
 namespace hy_wristlog {
@@ -36,15 +37,20 @@ struct MainState {
   void makeActiveLogger();
 };
 
-/// Lets the world's waits be those of a Class_Main as long as one of its workflows runs.
+/// Lets the world's waits be those of a Class_Main as long as one of its workflows runs, and keeps the thread
+/// in this world for that time.
 class WaitsOf {
  public:
   explicit WaitsOf(const MainState& state) : former_(world_->waits()) {
+    ++world_->objects().get<platform::WorkUnderWay>().Count;
     world_->setWaits({state.WakeOnInput, &state.AbortFlag});
   }
   WaitsOf(const WaitsOf&) = delete;
   WaitsOf& operator=(const WaitsOf&) = delete;
-  ~WaitsOf() { world_->setWaits(former_); }
+  ~WaitsOf() {
+    world_->setWaits(former_);
+    --world_->objects().get<platform::WorkUnderWay>().Count;
+  }
 
  private:
   std::shared_ptr<platform::Platform> world_ = platform::shareCurrent();

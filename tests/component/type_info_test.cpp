@@ -80,7 +80,14 @@ TEST(TypeInfo, TellsTheMembersOfMain) {
       "1 CodeName(3 1 Code, ) 8",
       "1 CodeMeaning(3 1 Code, 3 17 LoggerType, ) 8",
       "1 ResultName(3 1 Result, ) 8",
-      "1 ResultMeaning(3 1 Result, ) 8"};
+      "1 ResultMeaning(3 1 Result, ) 8",
+      "2 DockNames() 12",
+      "1 NamesOfDock(8 1 Name, ) 12",
+      "1 ModelOfDock(8 1 Name, ) 3",
+      "1 PortOfDock(8 1 Name, ) 3",
+      "1 UseDock(8 1 Name, ) 24",
+      "1 UseDevice(8 1 Device, 3 1 LoggerType, ) 24",
+      "2 DockInUse() 8"};
   EXPECT_EQ(functionsOf(info.get()), expected);
 
   // It calls, finds names, and makes objects like the object itself.
@@ -96,7 +103,7 @@ TEST(TypeInfo, TellsTheMembersOfMain) {
   EXPECT_EQ(version.text(), get(main.get(), "Version").text());
   HyString few[2];
   uint32_t count = 9;
-  EXPECT_EQ(info->GetNames(info.get(), 16, few, 2, &count), HY_TYPE_E_ELEMENTNOTFOUND);
+  EXPECT_EQ(info->GetNames(info.get(), 99, few, 2, &count), HY_TYPE_E_ELEMENTNOTFOUND);
   EXPECT_EQ(main->GetTypeInfo(main.get(), 1, 0, info.receive()), HY_DISP_E_BADINDEX);
 }
 

@@ -4,6 +4,7 @@
 #include "platform/linux/declared_docks.h"
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/port_numbers.h"
+#include "platform/listed_docks.h"
 #include "support/surroundings.h"
 
 namespace hy_wristlog::platform {
@@ -39,6 +40,17 @@ struct RecordedTree {
       result.push_back(devices->hardwareId(i) + "|" + devices->friendlyName(i));
     }
     EXPECT_THROW(devices->readInfo(result.size()), SystemError);
+    return result;
+  }
+  /// The names of each device, a blank between them.
+  std::vector<std::string> names(std::string_view classGuid) const {
+    const Variable root{"HY_WRISTLOG_SYS", files_.path()};
+    const Variable docks{"HY_WRISTLOG_DOCKS", files_ / "Docks.INI"};
+    std::vector<std::string> result;
+    for (const ListedDock& dock : devicesOf(makeLinuxPlatform()->deviceTree(), classGuid)) {
+      result.emplace_back();
+      for (const std::string& name : dock.Names) result.back() += name + " ";
+    }
     return result;
   }
   std::vector<std::string> comPorts() const { return list("{4D36E978-E325-11CE-BFC1-08002BE10318}"); }
@@ -92,6 +104,24 @@ TEST(DeviceTree, DeclaredDocksTakeTheirPlaceInTheTree) {
                asciiUpper(std::string{UsbDeviceClass}) + "\n");
   EXPECT_EQ(tree.comPorts().size(), 2U);
   EXPECT_EQ(tree.usbDevices().front(), "USB\\VID_5245&PID_4001&REV_0000|Declared dock 2");
+}
+
+TEST(DeviceTree, DevicesHaveNamesThatStayWithTheirPlace) {
+  const RecordedTree tree;
+  tree.addUsbDevice("1-1.4", "5245", "4000", "Dock A");
+  tree.addUsbDevice("1-2", "5245", "4002", "Dock B");
+  tree.addTerminal("ttyUSB0", "1-1.4");
+  tree.addTerminal("ttyUSB1", "1-2");
+  tree.files_.put("devices/pci0/usb1/1-1.4/serial", "A7\n");
+  tree.files_.put("dev/ttyUSB0", "");
+  const std::string device = tree.files_ / "dev/ttyUSB0";
+  EXPECT_EQ(tree.names(ComPortClass),
+            (Names{"usb-1-1.4 A7 /dev/ttyUSB0 COM33 ", "usb-1-2 /dev/ttyUSB1 COM34 "}));
+  tree.declare("[Dock 3]\nVendorID=5245\nProductID=4000\nCOMport=7\nDevice=" + device);
+  EXPECT_EQ(tree.names(ComPortClass).front(), "Dock 3 " + device + " usb-1-1.4 A7 /dev/ttyUSB0 COM7 ");
+  tree.declare("[Dock 3]\nCOMport=7\nDevice=" + device);
+  EXPECT_EQ(tree.names(ComPortClass).front(), "usb-1-1.4 A7 /dev/ttyUSB0 Dock 3 COM7 ");
+  EXPECT_EQ(tree.names(PlainPortClass), (Names{"Dock 3 " + device + " usb-1-1.4 A7 /dev/ttyUSB0 COM7 "}));
 }
 
 TEST(DeviceTree, DamageIsPassedOver) {

@@ -157,6 +157,7 @@ Json devicesJson(const platform::ListedDevices& listed) {
     put(entry, "info_error", device.InfoError);
     put(entry, "id_error", device.IdError);
     put(entry, "name_error", device.NameError);
+    if (!device.Names.empty()) entry["names"] = device.Names;
     devices.push_back(entry);
   }
   Json answer{{"list", devices}};
@@ -175,9 +176,15 @@ platform::ListedDevices devicesOf(const Json& value) {
   platform::ListedDevices listed{errorIn(value, "error"), {}, errorIn(value, "end_error")};
   for (const Json& entry : list) {
     require(entry.is_object());
-    listed.Devices.push_back({errorIn(entry, "info_error"), errorIn(entry, "id_error"),
-                              errorIn(entry, "name_error"), textIn(member(entry, "id")),
-                              textIn(member(entry, "name"))});
+    listed.Devices.push_back({errorIn(entry, "info_error"),
+                              errorIn(entry, "id_error"),
+                              errorIn(entry, "name_error"),
+                              textIn(member(entry, "id")),
+                              textIn(member(entry, "name")),
+                              {}});
+    if (!entry.contains("names")) continue;
+    require(entry.at("names").is_array());
+    for (const Json& name : entry.at("names")) listed.Devices.back().Names.push_back(textIn(name));
   }
   return listed;
 }
@@ -403,8 +410,11 @@ void addOption(std::vector<std::string>& arguments, const std::vector<std::strin
 }
 
 std::vector<std::string> withoutOwnWorld(std::vector<std::string> arguments) {
-  for (const auto& [option, takesValue] :
-       {std::pair{"--record", true}, {"--redact", false}, {"--simulate", true}, {"--force", false}})
+  for (const auto& [option, takesValue] : {std::pair{"--record", true},
+                                           {"--redact", false},
+                                           {"--simulate", true},
+                                           {"--dock", true},
+                                           {"--force", false}})
     arguments = withoutOption(arguments, option, takesValue);
   return arguments;
 }

@@ -17,6 +17,7 @@ folder of its checkout, or where the system's loader looks. `hy_wristlog.simulat
 from . import enums as _enums
 from ._values import EMPTY_NUMBER
 from ._version import __version__
+from ._docks import Dock, dock_in_use, docks, use_all_docks, use_dock
 from .enums import *  # noqa: F403
 from .errors import (
     ComponentError,
@@ -35,6 +36,7 @@ __all__ = [
     "ComponentError",
     "ConfigureResult",
     "DecodeResult",
+    "Dock",
     "Event",
     "HyWristlogError",
     "LibraryNotFoundError",
@@ -50,5 +52,9 @@ __all__ = [
     "Subject",
     "VardenLogger",
     "__version__",
+    "dock_in_use",
+    "docks",
+    "use_all_docks",
+    "use_dock",
 ]
 __all__ += _enums.__all__

@@ -2,12 +2,12 @@
 
 import math
 from datetime import datetime
-from typing import Any, NamedTuple, Optional, Union
+from typing import Any, List, NamedTuple, Optional, Union
 
 from . import _component, dates
 from ._objects import Object, Workflows
-from ._properties import Text, Truth, Whole, date_variant, row_of, text, truth, whole_number
-from ._values import VT_BOOL, VT_BSTR, VT_DISPATCH, VT_I4, VT_R4, taken, text_at
+from ._properties import Text, Texts, Truth, Whole, date_variant, row_of, text, truth, whole_number
+from ._values import VT_BOOL, VT_BSTR, VT_DISPATCH, VT_I4, VT_R4, taken, text_at, texts
 from ._variables import OutVariable
 from .enums import enmDateFormat, enmDecodeResult, enmLoggerPointer, enmTimeFormat, enmVardenLoggingMode
 from .loggers import Subject, VardenLogger
@@ -93,6 +93,8 @@ class Main(Workflows):
     LegacyClearMemoryOnConfigure = Truth("Of the Pendrel family's workflows.", writable=True)
     LegacyCOMport = Whole("COM port of the Pendrel reader; 0 unknown.")
     WakeOnInput = Truth("Whether waits end with the byte that they wait for; True in this package.", writable=True)
+    DockNames = Texts("The names of all docks; `hy_wristlog.docks` tells more of them.")
+    DockInUse = Text("The dock that the calling thread has chosen; empty when it has all.")
 
     def __init__(self) -> None:
         super().__init__()
@@ -231,6 +233,27 @@ class Main(Workflows):
     def ResultMeaning(self, Result: enmDecodeResult) -> str:
         """What a decode result says of the recording."""
         return self._told("ResultMeaning", whole_number(Result))
+
+    def NamesOfDock(self, Name: str) -> List[str]:
+        """All names of a dock, its own one first; empty when no dock answers to `Name`."""
+        return texts(self._dispatch.call("NamesOfDock", text(Name)))
+
+    def ModelOfDock(self, Name: str) -> enmLoggerPointer:
+        """The model whose dock it is; LggrPntr_None for no dock."""
+        return enmLoggerPointer(taken(self._dispatch.call("ModelOfDock", text(Name))))
+
+    def PortOfDock(self, Name: str) -> int:
+        """Its COM port; 0 for none."""
+        port: int = taken(self._dispatch.call("PortOfDock", text(Name)))
+        return port
+
+    def UseDock(self, Name: str) -> None:
+        """Chooses the dock of the calling thread; an empty name gives it all docks again."""
+        self._dispatch.call("UseDock", text(Name)).clear()
+
+    def UseDevice(self, Device: str, LoggerType: enmLoggerPointer) -> None:
+        """The same for a path or address, whether it is declared or not."""
+        self._dispatch.call("UseDevice", text(Device), row_of(enmLoggerPointer, LoggerType)).clear()
 
     def _told(self, name: str, *values: Any) -> str:
         words: str = taken(self._dispatch.call(name, *values))

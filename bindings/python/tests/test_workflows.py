@@ -12,10 +12,14 @@ from hy_wristlog import (
     Main,
     Subject,
     VardenLogger,
+    dock_in_use,
+    docks,
     enmDecodeResult,
     enmDeviceType,
     enmLoggerPointer,
     enmVardenLoggingMode,
+    use_all_docks,
+    use_dock,
 )
 from hy_wristlog.demo import demo_subject
 from hy_wristlog.simulator import Bench, SimulatorError
@@ -75,6 +79,27 @@ class Sessions(unittest.TestCase):
                 self.assertEqual(len(logger.WristStatusArray), logger.Samples if colours else 0)
                 self.assertGreater(max(lights[0]), 1)
                 self.assertEqual(logger.MarkerArray.count(True), logger.MarkerCount)
+
+    def test_a_thread_chooses_its_dock(self) -> None:
+        with Bench("kestrin2"), Main() as main:
+            (dock,) = docks()
+            self.assertEqual(dock, ("usb-1-1", ("COM33",), enmLoggerPointer.LggrPntr_KRII, 33))
+            refused: List[int] = []
+
+            def choose(name: str) -> None:
+                try:
+                    use_dock(name)
+                except HyWristlogError as failure:
+                    refused.append(failure.number)
+
+            choose("usb-9")
+            use_dock("com33", KESTRIN2)
+            main.on_wait = lambda: choose("usb-1-1")
+            self.assertEqual(main.GetStatus(KESTRIN2).simple_status, "Ready to Configure")
+            self.assertEqual((refused[0], set(refused[1:])), (10003, {5}))
+            self.assertEqual(dock_in_use(), "usb-1-1")
+            use_all_docks()
+            self.assertIsNone(dock_in_use())
 
     def test_codes_and_faults(self) -> None:
         with Bench() as bench, Main() as main, demo_subject() as subject:

@@ -17,6 +17,7 @@ namespace {
 
 struct Device {
   std::string HardwareId, FriendlyName;
+  std::vector<std::string> Names;
 };
 
 class FoundDevices final : public DeviceList {
@@ -27,6 +28,7 @@ class FoundDevices final : public DeviceList {
   void readInfo(std::size_t index) override { device(index); }
   std::string hardwareId(std::size_t index) override { return device(index).HardwareId; }
   std::string friendlyName(std::size_t index) override { return device(index).FriendlyName; }
+  std::vector<std::string> names(std::size_t index) override { return device(index).Names; }
 
  private:
   const Device& device(std::size_t index) const {
@@ -56,6 +58,9 @@ std::string ttyBehind(const std::string& path) {
   return error ? std::string{} : real.filename().string();
 }
 
+/// Declared without a product: the port alone has a number, as a Pendreader needs it.
+bool isPlain(const DeclaredDock& dock) { return dock.VendorID.empty() && dock.ProductID.empty(); }
+
 class Enumeration {
  public:
   Enumeration(std::vector<DeclaredDock> docks, Sysfs tree)
@@ -72,12 +77,14 @@ class Enumeration {
   void addDeclared(const std::string& classGuid) {
     for (std::size_t i = 0; i < docks_.size(); ++i) {
       const DeclaredDock& dock = docks_[i];
-      if (dock.Class != classGuid || dock.VendorID.empty() || dock.ProductID.empty()) continue;
+      if (isPlain(dock) ? classGuid != PlainPortClass || dock.ComPort == 0
+                        : dock.Class != classGuid || dock.VendorID.empty() || dock.ProductID.empty())
+        continue;
       if (!dock.Device.empty() && !fileExists(dock.Device)) continue;
       const std::string tty = dock.Device.empty() ? std::string() : ttyBehind(dock.Device);
       const std::int32_t port = dock.ComPort != 0 || tty.empty() ? dock.ComPort : portOf(tty);
-      devices_.push_back({hardwareId(dock.VendorID, dock.ProductID, "0000"),
-                          nameWithPort("Declared dock " + std::to_string(i + 1), port)});
+      devices_.push_back({isPlain(dock) ? "" : hardwareId(dock.VendorID, dock.ProductID, "0000"),
+                          nameWithPort("Declared dock " + std::to_string(i + 1), port), namesOf(dock, tty)});
       if (!tty.empty()) declaredTtys_.push_back(tty);
     }
   }
@@ -85,8 +92,9 @@ class Enumeration {
   void addTerminals() {
     for (const UsbTerminal& terminal : tree_.usbTerminals())
       if (!isDeclared(terminal.Name))
-        devices_.push_back(
-            {idOf(terminal.Device), nameWithPort(terminal.Device.Product, portOf(terminal.Name))});
+        devices_.push_back({idOf(terminal.Device),
+                            nameWithPort(terminal.Device.Product, portOf(terminal.Name)),
+                            namesOf(terminal.Device, terminal.Name)});
   }
 
   void addUsbDevices() {
@@ -95,10 +103,32 @@ class Enumeration {
       const auto terminal = std::find_if(terminals.begin(), terminals.end(),
                                          [&](const UsbTerminal& t) { return t.Device.Path == device.Path; });
       if (terminal == terminals.end())
-        devices_.push_back({idOf(device), device.Product});
+        devices_.push_back({idOf(device), device.Product, namesOf(device, "")});
       else if (!isDeclared(terminal->Name))
-        devices_.push_back({idOf(device), nameWithPort(device.Product, portOf(terminal->Name))});
+        devices_.push_back({idOf(device), nameWithPort(device.Product, portOf(terminal->Name)),
+                            namesOf(device, terminal->Name)});
     }
+  }
+
+  /// `tty` may be empty.
+  std::vector<std::string> namesOf(const UsbDevice& device, const std::string& tty) const {
+    std::vector<std::string> names{"usb-" + device.Path.substr(device.Path.rfind('/') + 1)};
+    if (!device.SerialNumber.empty()) names.push_back(device.SerialNumber);
+    if (tty.empty()) return names;
+    names.push_back("/dev/" + tty);
+    for (const DeclaredDock& dock : docks_)
+      if (isPlain(dock) && ttyBehind(dock.Device) == tty) names.push_back(dock.Name);
+    return names;
+  }
+
+  std::vector<std::string> namesOf(const DeclaredDock& dock, const std::string& tty) const {
+    std::vector<std::string> names{dock.Name};
+    if (!dock.Device.empty()) names.push_back(dock.Device);
+    for (const UsbTerminal& terminal : tree_.usbTerminals())
+      if (terminal.Name == tty)
+        for (const std::string& name : namesOf(terminal.Device, tty))
+          if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+    return names;
   }
 
   static std::string idOf(const UsbDevice& device) {

@@ -40,7 +40,7 @@ std::string groupName(gid_t id) {
   if (groupHelps && !group.empty())
     advice = "The user must be in the group \"" + group + "\" (sudo usermod -aG " + group +
              " <user>, then log in again).";
-  raise(PortNotAvailable, "No permission to use " + name + ". " + advice);
+  raise(PortNotAvailable, std::string(NoPermission) + " to use " + name + ". " + advice);
 }
 
 [[noreturn]] void raiseBusy(const std::string& name) {
@@ -103,6 +103,10 @@ std::unique_ptr<SerialPort> LinuxSerialPorts::open(std::int32_t number) {
   const std::string path = devicePathOfPort(number, docks);
   if (path.empty()) raise(InvalidPort, "COM" + std::to_string(number) + " is not a port number");
   return openSerialDevice(path, "COM" + std::to_string(number) + " (" + printable(path) + ")");
+}
+
+std::unique_ptr<SerialPort> LinuxSerialPorts::openDevice(const std::string& device) {
+  return openSerialDevice(device, printable(device));
 }
 
 }  // namespace hy_wristlog::platform

@@ -11,6 +11,7 @@ class LinuxSerialPorts final : public SerialPorts {
   explicit LinuxSerialPorts(Environment& environment) : environment_(environment) {}
 
   std::unique_ptr<SerialPort> open(std::int32_t number) override;
+  std::unique_ptr<SerialPort> openDevice(const std::string& device) override;
 
  private:
   Environment& environment_;

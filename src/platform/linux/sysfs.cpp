@@ -64,6 +64,7 @@ std::optional<UsbDevice> Sysfs::deviceAt(const std::string& folder) const {
   if (device.Vendor.empty() || device.ProductId.empty()) return std::nullopt;
   device.Release = identifier(folder + "/bcdDevice");
   if (device.Release.empty()) device.Release = "0000";
+  device.SerialNumber = printable(trimBlanks(cutAtNul(attribute(folder + "/serial"))));
   device.Product = printable(trimBlanks(cutAtNul(attribute(folder + "/product"))));
   if (device.Product.empty()) device.Product = "USB device";
   return device;

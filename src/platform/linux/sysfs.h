@@ -10,6 +10,7 @@ struct UsbDevice {
   std::string Path;               ///< canonical folder
   std::string Vendor, ProductId;  ///< four upper-case hexadecimal digits
   std::string Release;            ///< the same, "0000" when not known
+  std::string SerialNumber;       ///< empty when the device has none
   std::string Product;            ///< the product text, or a text of this library's where the device has none
 };
 

@@ -6,6 +6,7 @@
 #include "platform/platform.h"
 #include "tools/Class_Tools.h"
 #include "varden/VardenLogger.h"
+#include "varden/commands/dock_products.h"
 #include "varden/commands/shell.h"
 #include "varden/failures.h"
 
@@ -14,15 +15,17 @@ namespace hy_wristlog {
 using namespace FailureNumber;
 namespace {
 
-using platform::ComPortClass;
-using platform::UsbDeviceClass;
-
 constexpr const char* Class = "Class_VardenLogger";
 
-constexpr const char* VendorID = "5245";
-constexpr const char* QuillanderProduct = "4000";
-constexpr const char* TolkaFirstProduct = "4001";
-constexpr const char* TolkaSecondProduct = "4002";
+using dock_products::Quillander;
+using dock_products::TolkaFirst;
+using dock_products::TolkaSecond;
+using dock_products::VendorID;
+
+/// COM port of the only dock of a product; 0 unless there is one.
+std::int16_t portOf(const dock_products::DockProduct& product, std::int16_t& numConnected) {
+  return Tools().fncUSBdeviceCOMport(VendorID, product.ProductID, product.Class, numConnected);
+}
 
 /// What fncOpenTolkaPort and fncOpenQuillanderPort return.
 enum OpenResult : std::int32_t {
@@ -84,8 +87,8 @@ void openDockPort(Procedure& procedure, Form_Comm& link, std::int16_t port, bool
 
 bool VardenLogger::fncIsVardenFromDeviceName(std::string_view name) {
   const auto contains = [&](std::string_view part) { return name.find(part) != std::string_view::npos; };
-  return contains(VendorID) &&
-         (contains(TolkaFirstProduct) || contains(QuillanderProduct) || contains(TolkaSecondProduct));
+  return contains(VendorID) && (contains(TolkaFirst.ProductID) || contains(Quillander.ProductID) ||
+                                contains(TolkaSecond.ProductID));
 }
 
 /// A dock of the first form counts, but it has no port here.
@@ -94,11 +97,8 @@ std::int16_t VardenLogger::fncTolkaDockCOMport(std::int16_t& NumConnected) {
   return procedure.run([&] {
     NumConnected = 0;
     std::int16_t seconds = 0;
-    const std::int16_t first = procedure.statement([&] {
-      return Tools().fncUSBdeviceCOMport(VendorID, TolkaFirstProduct, UsbDeviceClass, NumConnected);
-    });
-    const std::int16_t second = procedure.statement(
-        [&] { return Tools().fncUSBdeviceCOMport(VendorID, TolkaSecondProduct, ComPortClass, seconds); });
+    const std::int16_t first = procedure.statement([&] { return portOf(TolkaFirst, NumConnected); });
+    const std::int16_t second = procedure.statement([&] { return portOf(TolkaSecond, seconds); });
     NumConnected = fault::narrow<std::int16_t>(NumConnected + seconds);
     return second != 0 ? second : first;
   });
@@ -108,7 +108,7 @@ std::int16_t VardenLogger::fncQuillanderDockCOMport(std::int16_t& NumConnected) 
   Procedure procedure{Class, "fncQuillanderDockCOMport"};
   return procedure.run([&] {
     NumConnected = 0;
-    return Tools().fncUSBdeviceCOMport(VendorID, QuillanderProduct, ComPortClass, NumConnected);
+    return portOf(Quillander, NumConnected);
   });
 }
 
@@ -239,8 +239,7 @@ void VardenLogger::subCloseTolkaPort() {
       procedure.statement([&] { link().subDisableDTR(); });
       awaitDsr(procedure, link(), false, 1000);
       std::int16_t docks = 0;
-      const std::int16_t port = procedure.statement(
-          [&] { return Tools().fncUSBdeviceCOMport(VendorID, TolkaFirstProduct, UsbDeviceClass, docks); });
+      const std::int16_t port = procedure.statement([&] { return portOf(TolkaFirst, docks); });
       // This form of the dock needs a while to settle.
       if (port > 0) procedure.statement([] { Tools().subDelay(1000, 5); });
     }

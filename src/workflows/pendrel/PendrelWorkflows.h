@@ -40,6 +40,8 @@ class PendrelWorkflows {
   /// At most 14 while a retrieval reads the memory.
   std::int16_t ProgressPercent() const;
   PendrelDetails Details() const;
+  /// The Pendreader's port in place of the one in Settings.INI; 0 for none.
+  std::int16_t ChosenPort = 0;
   /// Called before each port of a search.
   std::function<void(std::int16_t port)> TryingPort;
 

@@ -32,8 +32,10 @@ bool reachPendrelLogger(PendrelRun& run, PendrelWorkflows& workflows, MainState&
   state.AbortFlag = false;
   state.PendrelProgressPercent = 0;
   std::string portText;
-  const std::int32_t found = searchPort ? workflows.SearchAndSetLegacyCOMport(state.LegacyCOMport, portText)
-                                        : workflows.fncReadCOMportFromINI(state.LegacyCOMport, portText);
+  if (workflows.ChosenPort > 0) state.LegacyCOMport = workflows.ChosenPort;
+  const std::int32_t found = workflows.ChosenPort > 0 ? std::int32_t{ReturnCode::Success}
+                             : searchPort ? workflows.SearchAndSetLegacyCOMport(state.LegacyCOMport, portText)
+                                          : workflows.fncReadCOMportFromINI(state.LegacyCOMport, portText);
   if (found != ReturnCode::Success) return run.endWith(found);
 
   if (!run.open(logger, state.LegacyCOMport) || run.aborted()) return false;
