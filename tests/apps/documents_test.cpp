@@ -94,7 +94,9 @@ class DocumentedDesk {
       if (words[i - 1] != "--out") provide(words[i]);
     Told told = runHere(words);
     const bool done = told.Status == 0 && example.Command.find("--simulate") == std::string::npos;
-    if (done && words[0] == "configure") desk_.bench.Logger->wear(5h);
+    const bool configured =
+        words[0] == "configure" || example.Command.find("--configure") != std::string::npos;
+    if (done && configured) desk_.bench.Logger->wear(5h);
     if (done && words[0] == "legacy" && words[1] == "configure") pendrel_.wear(5h);
     return told;
   }
@@ -107,6 +109,8 @@ class DocumentedDesk {
     if (folder == "recordings") make("vivid", "recordings/site-a/monday");
     if (name == "tuesday" || name == "bench") make("kestrin2", name);
     if (name == "friday") make("pendrel27", name);
+    if (name == "list.csv")
+      hy_wristlog::putFile(fs::current_path() / name, "identity,mode,epoch\nSubject 31,1,60\n");
     if (name == "cut.bin")
       hy_wristlog::putFile(fs::current_path() / name,
                            hy_wristlog::contentOf("monday/raw.bin").substr(0, 100));

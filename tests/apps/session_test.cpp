@@ -61,8 +61,8 @@ TEST(Session, ASilentLoggerAndARequestToStopEndInWords) {
   EXPECT_EQ(twice.Out, "");
   EXPECT_FALSE(box.has("kept")) << "it would be in the way of the next record";
 
-  const Outcome silent = box.run("docks");
-  EXPECT_NE(silent.Out.find("dock on COM60, Logger Not Found"), std::string::npos) << silent.Out;
+  const Outcome silent = box.run("docks --probe");
+  EXPECT_NE(silent.Out.find("COM60, free\n  Logger Not Found"), std::string::npos) << silent.Out;
   ::close(keptOpen);
   ::close(terminal);
 }

@@ -61,7 +61,7 @@ TEST(Words, ALoggersTextsCommandNoTerminalAndForgeNoLine) {
     bench.Logger->block().setText(sim::block::SerialNumber, Hostile);
     bench.Logger->wear(std::chrono::hours(2));
 
-    expectHarmless({"docks"}, "Collecting Data");
+    expectHarmless({"docks", "--probe"}, "Collecting Data");
     expectHarmless({"status", "--model", model}, shown);
     expectHarmless({"config", "show", "--model", model}, shown);
     expectHarmless({"config", "image", "--model", model, "--out", made + ".bin", "--force"}, shown);

@@ -77,7 +77,7 @@ int CommandLine::parseAndRun(int argc, char** argv) {
 }
 
 int CommandLine::runCommand() {
-  if (!usesLink_) return command_();
+  if (!Common.UsesLink) return command_();
   Common.Recorder = recorderFor(Common.Record, Common.Redact);
   if (!Common.Recorder) return command_();
   int status = Unsuccessful;
@@ -170,10 +170,10 @@ void CommandLine::addRecord(CLI::App* sub, CLI::Option* when) {
   CLI::Option* redact =
       sub->add_flag("--redact", Common.Redact, "Leave who wears the logger out of the record");
   if (when == nullptr) {
-    sub->preparse_callback([this](std::size_t) { usesLink_ = true; });
+    sub->preparse_callback([this](std::size_t) { Common.UsesLink = true; });
     return;
   }
-  when->each([this](const std::string&) { usesLink_ = true; });
+  when->each([this](const std::string&) { Common.UsesLink = true; });
   record->needs(when);
   redact->needs(when);
 }
@@ -182,14 +182,25 @@ void CommandLine::addLink(CLI::App* sub, const std::vector<std::string>& simulat
   addRecord(sub, when);
   sub->add_option("--simulate", Common.Simulate, "A simulated dock with a worn logger, in simulated time")
       ->check(CLI::IsMember(simulated));
+  addDock(sub);
   sub->add_flag("--console", Common.Console, "Show what passes on the link on standard error");
+}
+
+CLI::Option* CommandLine::addDock(CLI::App* sub) {
+  return sub
+      ->add_option("--dock", Common.Dock,
+                   "The dock by a name of it, see 'wristlog docks'; also HY_WRISTLOG_DOCK")
+      ->check(validName);
 }
 
 void CommandLine::addModel(CLI::App* sub, std::string& model) {
   sub->add_option(
          "--model", model,
          "The logger's model: vivid (Kestrin Vivid) or kestrin2 (Kestrin 2); else the one that is docked")
-      ->check(CLI::IsMember(VardenModels));
+      ->check(CLI::IsMember(VardenModels))
+      ->each([this](const std::string& name) {
+        Common.Model = name == "vivid" ? hy_wristlog::LggrPntr_KRVivid : hy_wristlog::LggrPntr_KRII;
+      });
 }
 
 void CommandLine::addAttempts(CLI::App* sub, std::int16_t& attempts) {

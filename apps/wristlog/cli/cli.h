@@ -58,7 +58,9 @@ class CommandLine {
   /// The options of a command that talks to a logger; `when` as above.
   void addLink(CLI::App* sub, const std::vector<std::string>& simulated = VardenModels,
                CLI::Option* when = nullptr);
-  static void addModel(CLI::App* sub, std::string& model);
+  /// "--dock", for commands that work with one dock.
+  CLI::Option* addDock(CLI::App* sub);
+  void addModel(CLI::App* sub, std::string& model);
   static void addAttempts(CLI::App* sub, std::int16_t& attempts);
   static void addSubject(CLI::App* sub, SubjectOptions& subject, const SubjectLimits& limits);
   /// Adds "--erase", for commands that erase what a logger has recorded.
@@ -82,7 +84,6 @@ class CommandLine {
 
   std::unique_ptr<CLI::App> app_;
   std::function<int()> command_;
-  bool usesLink_ = false;
 };
 
 /// Adds a recording's folder and its two files as alternatives.
@@ -90,9 +91,13 @@ void addRecordingPlace(CLI::App* sub, RecordingPlace& place);
 /// Adds folders of recordings and the two files of one as alternatives.
 void addRecordingPlaces(CLI::App* sub, RecordingPlaces& places);
 
+/// The options of `configure` that tell who wears a logger and how it records.
+void addConfigureOptions(CLI::App* sub, ConfigureOptions& options);
+
 // The groups of commands, each in cli_<group>.cpp: a new command is added there, and does its work in
 // commands/cmd_<name>.cpp.
 void addWorkflowCommands(CommandLine& cli);
+void addHarvestCommand(CommandLine& cli);
 void addFileCommands(CommandLine& cli);
 void addPlotCommand(CommandLine& cli);
 void addStudyCommand(CommandLine& cli);

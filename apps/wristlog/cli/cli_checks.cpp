@@ -96,6 +96,8 @@ std::string validFile(const std::string& text) {
   return text.empty() || text.back() == '/' || text == "-" ? "\"" + text + "\" names no file" : "";
 }
 
+std::string validName(const std::string& text) { return text.empty() ? "the name is empty" : ""; }
+
 std::string validFolder(const std::string& text) { return text.empty() ? "the folder has no name" : ""; }
 
 std::string validOutputFolder(const std::string& text) {

@@ -28,6 +28,7 @@ std::string validSpeed(const std::string& text);
 /// A day that a Pendrel logger can keep, whose years have two digits: 1930 to 2029.
 std::string validPendrelDay(const std::string& text);
 std::string validFile(const std::string& text);
+std::string validName(const std::string& text);
 std::string validFolder(const std::string& text);
 /// A folder to write to; "-", which stands for standard output elsewhere, is none.
 std::string validOutputFolder(const std::string& text);

@@ -10,7 +10,7 @@ void addConsoleCommand(CommandLine& cli) {
   auto options = std::make_shared<ConsoleOptions>();
   CLI::App* sub = cli.add("console", "The Communications Debugger: watch the link, full-screen",
                           [&cli, options] { return runConsole(cli.Common, *options); });
-  CommandLine::addModel(sub, options->Model);
+  cli.addModel(sub, options->Model);
   sub->add_option("--workflow", options->Workflow,
                   "What makes the traffic: status (as if not given) or retrieve")
       ->check(CLI::IsMember({"status", "retrieve"}));
@@ -18,6 +18,7 @@ void addConsoleCommand(CommandLine& cli) {
                          "Folder for a retrieved recording's files; else it is read, but not kept");
   sub->add_flag("--ignore-warnings", options->IgnoreWarnings, "Go on where a warning would end a retrieval");
   cli.addRecord(sub);
+  cli.addDock(sub);
   sub->add_option("--simulate", cli.Common.Simulate, "A simulated dock with a worn logger")
       ->check(CLI::IsMember(VardenModels));
   sub->add_option("--speed", options->Speed,

@@ -62,9 +62,16 @@ void addConfigSource(CommandLine& cli, CLI::App* sub, ConfigOptions& options) {
           ->add_option("--model", options.Model,
                        "Read the docked logger instead: vivid (Kestrin Vivid) or kestrin2 (Kestrin 2)")
           ->check(CLI::IsMember(VardenModels));
-  group->require_option(1);
   cli.addLink(sub, VardenModels, model);
   for (const char* name : {"--simulate", "--console"}) sub->get_option(name)->needs(model);
+  CLI::Option* dock = sub->get_option("--dock");
+  dock->each([&cli](const std::string&) { cli.Common.UsesLink = true; });
+  group->require_option(0, 1);
+  sub->parse_complete_callback([group, model, dock] {
+    const bool isSaved = !*model && group->count_all() > 0;
+    if (*dock && isSaved) throw CLI::ExcludesError("--dock", "a saved configuration");
+    if (!*dock && group->count_all() == 0) throw CLI::RequiredError("RECORDING, --config, --model or --dock");
+  });
 }
 
 using RecordingCommand = int (*)(const CommonOptions&, const RecordingFileOptions&);

@@ -22,7 +22,8 @@ class PendrelCommand {
     CLI::Option* port =
         app->add_option("--port", reader_->Port,
                         "The Pendreader's COM port, also from now on; else the remembered one")
-            ->check(CLI::Range(1, 32767));
+            ->check(CLI::Range(1, 32767))
+            ->excludes(app->get_option("--dock"));
     app->add_flag("--search", reader_->Search, "Search the Pendreader first, and remember its port")
         ->excludes(port);
   }

@@ -24,42 +24,29 @@ void addDemo(CommandLine& cli) {
   sub->add_flag("--console", cli.Common.Console, "Show what passes on the link on standard error");
 }
 
+void addDocks(CommandLine& cli) {
+  auto probe = std::make_shared<bool>(false);
+  CLI::App* sub = cli.add("docks", "The docks that are connected, their names and ports",
+                          [&cli, probe] { return runDocks(cli.Common, *probe); });
+  sub->add_flag("--probe", *probe, "Ask each dock who sits in it, all at the same time");
+  cli.addLink(sub);
+}
+
 void addStatus(CommandLine& cli) {
   auto model = std::make_shared<std::string>();
   CLI::App* sub = cli.add("status", "What state the docked logger is in",
                           [&cli, model] { return runStatus(cli.Common, *model); });
-  CommandLine::addModel(sub, *model);
+  cli.addModel(sub, *model);
   cli.addLink(sub);
 }
 
 void addConfigure(CommandLine& cli) {
-  const SubjectLimits limits{64, validDate, validSize};
   auto options = std::make_shared<ConfigureOptions>();
   CLI::App* sub = cli.add("configure", "Prepare the docked logger for a recording",
                           [&cli, options] { return runConfigure(cli.Common, *options); });
-  CommandLine::addModel(sub, options->Model);
-  sub->add_option("--mode", options->Mode,
-                  "1 activity, 2 light (Vivid: colours), 3 both; Vivid also 4 lux, 5 activity and lux")
-      ->required()
-      ->check(CLI::Range(1, int{hy_wristlog::highestOfferedMode()}));
-  sub->add_option("--epoch", options->EpochLength, "Seconds a value: 15, 30, 60, 120 or 300")
-      ->required()
-      ->check(CLI::IsMember({15, 30, 60, 120, 300}));
-  CommandLine::addSubject(sub, options->Subject, limits);
-  sub->add_option("--zone", options->Zone,
-                  "Three letters, see 'wristlog zones', or a name as Europe/Paris; else the machine's zone");
-  sub->add_flag("--no-daylight", options->NoDaylight, "Do not adjust for daylight time");
+  cli.addModel(sub, options->Model);
+  addConfigureOptions(sub, *options);
   CommandLine::addErase(sub, options->Erase);
-  sub->add_option("--set-time", options->SetTime, "Local time for the logger's clock; else now")
-      ->check(validLoggerTime);
-  sub->add_option("--start", options->Start, "Local start, yyyy-mm-ddThh:mm; else as soon as possible")
-      ->check(validLoggerTime);
-  sub->add_option("--end", options->End, "Local end; else never (2038 when there is a start)")
-      ->check(validLoggerTime);
-  sub->add_option("--date-format", options->DateFormat, "Of the logger's display, if it has one")
-      ->check(CLI::IsMember({"mmdd", "ddmm"}));
-  sub->add_option("--time-format", options->TimeFormat, "Of the logger's display, if it has one")
-      ->check(CLI::IsMember({"off", "12", "24"}));
   CommandLine::addAttempts(sub, options->Attempts);
   cli.addLink(sub);
   sub->footer(
@@ -71,7 +58,7 @@ void addRetrieve(CommandLine& cli) {
   auto options = std::make_shared<RetrieveOptions>();
   CLI::App* sub = cli.add("retrieve", "End the docked logger's recording, read and decode it",
                           [&cli, options] { return runRetrieve(cli.Common, *options); });
-  CommandLine::addModel(sub, options->Model);
+  cli.addModel(sub, options->Model);
   CommandLine::addFolder(sub, options->Folder, options->Force)->required();
   sub->add_flag("--ignore-warnings", options->IgnoreWarnings, "Go on where a warning would end it");
   CommandLine::addAttempts(sub, options->Attempts);
@@ -105,13 +92,38 @@ void addDecode(CommandLine& cli) {
 
 }  // namespace
 
+void addConfigureOptions(CLI::App* sub, ConfigureOptions& options) {
+  const SubjectLimits limits{64, validDate, validSize};
+  sub->add_option("--mode", options.Mode,
+                  "1 activity, 2 light (Vivid: colours), 3 both; Vivid also 4 lux, 5 activity and lux")
+      ->required()
+      ->check(CLI::Range(1, int{hy_wristlog::highestOfferedMode()}));
+  sub->add_option("--epoch", options.EpochLength, "Seconds a value: 15, 30, 60, 120 or 300")
+      ->required()
+      ->check(CLI::IsMember({15, 30, 60, 120, 300}));
+  CommandLine::addSubject(sub, options.Subject, limits);
+  sub->add_option("--zone", options.Zone,
+                  "Three letters, see 'wristlog zones', or a name as Europe/Paris; else the machine's zone");
+  sub->add_flag("--no-daylight", options.NoDaylight, "Do not adjust for daylight time");
+  sub->add_option("--set-time", options.SetTime, "Local time for the logger's clock; else now")
+      ->check(validLoggerTime);
+  sub->add_option("--start", options.Start, "Local start, yyyy-mm-ddThh:mm; else as soon as possible")
+      ->check(validLoggerTime);
+  sub->add_option("--end", options.End, "Local end; else never (2038 when there is a start)")
+      ->check(validLoggerTime);
+  sub->add_option("--date-format", options.DateFormat, "Of the logger's display, if it has one")
+      ->check(CLI::IsMember({"mmdd", "ddmm"}));
+  sub->add_option("--time-format", options.TimeFormat, "Of the logger's display, if it has one")
+      ->check(CLI::IsMember({"off", "12", "24"}));
+}
+
 void addWorkflowCommands(CommandLine& cli) {
   addDemo(cli);
-  cli.addLink(cli.add("docks", "The docks that are connected, and what is in them",
-                      [&cli] { return runDocks(cli.Common); }));
+  addDocks(cli);
   addStatus(cli);
   addConfigure(cli);
   addRetrieve(cli);
+  addHarvestCommand(cli);
   addDecode(cli);
   cli.add("zones", "The time zones and their abbreviations; * is the machine's",
           [&cli] { return runZones(cli.Common); });

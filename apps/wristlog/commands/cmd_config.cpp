@@ -33,9 +33,11 @@ std::shared_ptr<hw::Class_VardenLogger> readDocked(Session& session, const std::
   return logger;
 }
 
+bool isSaved(const ConfigOptions& options) { return !options.Place.files().empty(); }
+
 std::shared_ptr<hw::Class_VardenLogger> openConfig(Session& session, const ConfigOptions& options) {
-  return options.Model.empty() ? engineering::loggerFromIni(options.Place.config())
-                               : readDocked(session, options.Model);
+  return isSaved(options) ? engineering::loggerFromIni(options.Place.config())
+                          : readDocked(session, options.Model);
 }
 
 Json itemsJson(const hw::Class_VardenLogger& logger) {
@@ -91,7 +93,7 @@ int runConfigShow(const CommonOptions& common, const ConfigOptions& options) {
 }
 
 int runConfigExport(const CommonOptions& common, const ConfigOptions& options) {
-  const std::string recordingIni = options.Model.empty() ? options.Place.config() : "";
+  const std::string recordingIni = isSaved(options) ? options.Place.config() : "";
   return saveConfig(common, options, engineering::checkIniOutput,
                     [&](hw::Class_VardenLogger& logger, const std::string& file) {
                       engineering::saveConfigIni(logger, file, recordingIni);

@@ -85,12 +85,12 @@ Result watch(const CommonOptions& common, const ConsoleOptions& options) {
   std::optional<hw::simulator::DockBench> bench;
   if (!common.Simulate.empty()) bench = makeWornBench(common.Simulate);
   const std::shared_ptr<platform::Platform> machine = platform::shareCurrent();
-  const hw::enmLoggerPointer model = dockedModel(options.Model, bench ? bench->World : machine);
+  std::shared_ptr<platform::Platform> world = worldFor(common, bench ? bench->World : machine);
+  const hw::enmLoggerPointer model = dockedModel(options.Model, world);
   DebuggerScreen screen("Communications Debugger: " + options.Workflow + ", " +
                             engineering::modelWords(model) + (bench ? ", simulated" : ""),
                         machine->clock());
   const auto host = std::make_shared<DebuggerHost>(screen);
-  std::shared_ptr<platform::Platform> world = bench ? bench->World : machine;
   if (common.Recorder) world = common.Recorder->begin(world, common.Arguments, common.Simulate);
   const platform::WorldScope here(
       makeWatchedWorld(world, machine->clock(), options.Speed, [&screen] { screen.attend(); }));

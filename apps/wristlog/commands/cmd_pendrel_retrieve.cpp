@@ -3,9 +3,8 @@
 #include <nlohmann/json.hpp>
 #include "commands/held_recording.h"
 #include "commands/pendrel_commands.h"
-#include "commands/written_recording.h"
+#include "commands/pendrel_retrieval.h"
 #include "engineering/files.h"
-#include "engineering/saved_pendrel.h"
 #include "recording/json_output.h"
 #include "session/pendrel_session.h"
 #include "words/counted.h"
@@ -26,32 +25,13 @@ constexpr const char* StillThereAfterAbort =
     "Retrieve "
     "it again.";
 
-struct Retrieved {
-  std::int32_t Code = 0;
-  hw::Class_Subject Subject;
-  float BatteryLife = 0;
-};
-
-Retrieved retrieve(PendrelSession& session, bool search, bool repair) {
-  Retrieved result;
-  result.Code = session.workflows().RetrieveLegacy(result.Subject, false, result.BatteryLife, search, repair);
-  return result;
-}
-
 /// What a retrieval that failed has left. Reading changes nothing in a logger.
 const char* stateAfter(std::int32_t code, const hw::PendrelDetails& details) {
   if (details.SetupText.empty()) return Unchanged;
   return code == hw::ReturnCode::Aborted ? StillThereAfterAbort : StillThere;
 }
 
-/// What came; nothing when the retrieval ended before the memory was read.
-RetrievedRecording recordingOf(const hw::Class_Pendrel& logger, const hw::PendrelDetails& details,
-                               bool good) {
-  if (!good && details.Memory.empty()) return {engineering::SavedRecording{}, good};
-  return {engineering::savedRecording(logger, details.Memory), good};
-}
-
-Json documentOf(RetrievedRecording& recording, const Retrieved& result, bool good) {
+Json documentOf(RetrievedRecording& recording, const PendrelRetrieval& result, bool good) {
   Json document = good ? recordingJson(*recording.decode().Pendrel) : Json::object();
   const auto logger = good ? recording.decode().Pendrel : nullptr;
   document["bytes_received"] = recording.bytes();
@@ -85,19 +65,15 @@ int runPendrelRetrieve(const CommonOptions& common, const ReaderOptions& reader,
   files.prepare();
   constexpr bool KeepRecord = true;
   PendrelSession session(common, reader, KeepRecord);
-  const Retrieved result = retrieve(session, reader.Search, options.Repair);
-  const hw::PendrelDetails details = session.workflows().Details();
+  DockedPendrelRetrieval retrieved(session, reader.Search, options.Repair, files);
+  auto& [result, details, recording, written] = retrieved;
   const bool good = result.Code == 0;
-  RetrievedRecording recording = recordingOf(session.logger(), details, good);
-  const HeldRecording held = good ? heldBy(session.logger()) : HeldRecording{};
-  const WrittenRecording written = writeRecording(recording, files);
-  if (good) noteRetrieval(held, written.Place.value_or(files).folder(), WholeRaw);
   Json document = documentOf(recording, result, good);
   if (written.Place && written.Place->folder() != options.Folder)
     document["written_to"] = written.Place->folder();
   const auto tell = [&](const Speech& out) {
-    tellRetrieved(out, *recording.decode().Pendrel);
-    tellWritten(out, recording, options.Folder, written.Place);
+    tellRetrieved(out, *retrieved.Recording.decode().Pendrel);
+    tellWritten(out, retrieved.Recording, options.Folder, retrieved.Written.Place);
     out << NotStopped << '\n';
   };
   const int status = session.end(result.Code, document, tell, stateAfter(result.Code, details));

@@ -2,12 +2,9 @@
 #include <optional>
 
 #include "commands/commands.h"
-#include "commands/held_recording.h"
-#include "commands/retrieval.h"
-#include "commands/written_recording.h"
+#include "commands/docked_retrieval.h"
 #include "recording/json_output.h"
 #include "recording/recording_files.h"
-#include "session/process.h"
 #include "session/session.h"
 #include "words/meanings.h"
 #include "words/say.h"
@@ -54,23 +51,8 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   files.prepare();
   constexpr bool KeepRecord = true;
   Session session(common, KeepRecord);
-  const hw::enmLoggerPointer model = modelFromName(options.Model);
-  session.main().Let_MaxCommunicationRetries(options.Attempts);
-  Retrieval retrieval = retrieve(session.main(), model, options.IgnoreWarnings);
-  session.endProgress();
-
-  RetrievedRecording recording(*retrieval.Logger, retrieval.Verdict, retrieval.LowBattery);
-  const std::string meaning = judge(retrieval, recording, model, interruptRequested());
-  const HeldRecording held = heldBy(*retrieval.Logger);
-  const WrittenRecording written = writeRecording(recording, files);
-  if (recording.isSound()) {
-    // Files and words agree: it is decoded from what was kept of it.
-    retrieval.Verdict = recording.decode().Result;
-    retrieval.Logger = recording.decode().Logger;
-  }
-  // Without a place its folder holds all of it already.
-  if (recording.isSound()) noteRetrieval(held, written.Place.value_or(files).folder(), WholeRaw);
-  if (!retrieval.isGood()) session.writeRecord(written.Place.value_or(files), retrieval.Code, meaning);
+  const DockedRetrieval retrieved(session, modelFromName(options.Model), options, files);
+  const auto& [retrieval, recording, meaning, written] = retrieved;
   if (session.asJson()) {
     Json document = documentOf(retrieval, recording, meaning);
     if (written.Place && written.Place->folder() != options.Folder)
@@ -79,7 +61,7 @@ int runRetrieve(const CommonOptions& common, const RetrieveOptions& options) {
   } else {
     tell(retrieval, recording, meaning, options.Folder, written.Place);
   }
-  return retrieval.isGood() && written.Drawn ? Good : Unsuccessful;
+  return retrieved.isGood() ? Good : Unsuccessful;
 }
 
 }  // namespace wristlog

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -39,6 +40,21 @@ struct RetrieveOptions {
   std::int16_t Attempts = 1;
 };
 
+/// Who gets the logger of a dock, and how it is to record.
+struct Participant {
+  std::size_t Line = 0;            ///< of the list
+  std::string SerialNumber, Dock;  ///< of the logger, or of its dock; both empty: the next dock
+  ConfigureOptions Options;
+};
+
+struct HarvestOptions {
+  std::string Folder;
+  bool IgnoreWarnings = false;
+  std::int16_t Attempts = 1;
+  std::string ListFile;  ///< of participants; empty: nothing is configured
+  std::vector<Participant> Participants;
+};
+
 /// The name that stands for standard output in the place of a folder.
 inline constexpr const char* StandardOutput = "-";
 
@@ -73,7 +89,9 @@ struct ReplayOptions {
 using CommandRunner = std::function<int(const std::vector<std::string>&)>;
 
 int runDemo(const CommonOptions& common, const DemoOptions& options);
-int runDocks(const CommonOptions& common);
+/// With `probe` each dock is asked for its logger.
+int runDocks(const CommonOptions& common, bool probe);
+int runHarvest(const CommonOptions& common, const HarvestOptions& options);
 int runStatus(const CommonOptions& common, const std::string& model);
 int runConfigure(const CommonOptions& common, const ConfigureOptions& options);
 int runRetrieve(const CommonOptions& common, const RetrieveOptions& options);

@@ -29,7 +29,7 @@ struct RawLoadOptions {
 
 struct ConfigOptions {
   RecordingPlace Place;
-  std::string Model;  ///< of the docked logger to read; empty: a saved configuration is meant
+  std::string Model;  ///< of the docked logger to read when there is no place; empty: the one that is docked
   OutputOptions Output;
 };
 

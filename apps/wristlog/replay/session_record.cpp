@@ -410,13 +410,12 @@ void addOption(std::vector<std::string>& arguments, const std::vector<std::strin
 }
 
 std::vector<std::string> withoutOwnWorld(std::vector<std::string> arguments) {
-  for (const auto& [option, takesValue] : {std::pair{"--record", true},
-                                           {"--redact", false},
-                                           {"--simulate", true},
-                                           {"--dock", true},
-                                           {"--force", false}})
+  for (const auto& [option, takesValue] :
+       {std::pair{"--record", true}, {"--redact", false}, {"--simulate", true}, {"--force", false}})
     arguments = withoutOption(arguments, option, takesValue);
-  return arguments;
+  // The record has the chosen dock alone; that of `docks` has all.
+  const bool hasAll = !arguments.empty() && arguments.front() == "docks";
+  return hasAll ? arguments : withoutOption(arguments, "--dock", true);
 }
 
 SessionRecord sessionIn(platform::Platform& world, const std::vector<std::string>& arguments,

@@ -9,11 +9,23 @@
 
 namespace wristlog {
 
+namespace {
+
+/// A port that is named makes the choice of a dock by HY_WRISTLOG_DOCK void.
+CommonOptions ofPendreader(CommonOptions common, const ReaderOptions& reader) {
+  common.Model = hy_wristlog::LggrPntr_Pendreader;
+  if (reader.Port != 0) common.UsesLink = false;
+  return common;
+}
+
+}  // namespace
+
 PendrelSession::PendrelSession(const CommonOptions& common, const ReaderOptions& reader, bool keepRecord)
-    : session_(common, keepRecord), workflows_(session_.main()) {
+    : session_(ofPendreader(common, reader), keepRecord), workflows_(session_.main()) {
   workflows_.TryingPort = [this](std::int16_t port) { showProgress("Trying COM" + std::to_string(port)); };
   std::int16_t port = reader.Port;
   if (port == 0 && !reader.Search) port = session_.simulatedPort().value_or(0);
+  if (port == 0 && !reader.Search) workflows_.ChosenPort = session_.chosenReaderPort();
   if (port == 0) return;
   const std::int32_t code = workflows_.fncWriteCOMportToINI(port);
   if (code != 0) throw hy_wristlog::Failure(code, "wristlog", meaningOf(code));

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 
 #include "recording/signals_held.h"
@@ -12,10 +13,12 @@
 namespace wristlog {
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
+/// Threads ask it too.
+std::atomic<bool> interrupted = false;
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal's handler may set it");
 
 void onInterrupt(int) {
-  interrupted = 1;
+  interrupted = true;
   for (const int number : Interrupts) std::signal(number, SIG_DFL);
 }
 
@@ -46,8 +49,8 @@ void catchInterrupts() {
     if (std::signal(number, onInterrupt) == SIG_IGN) std::signal(number, SIG_IGN);
 }
 
-bool interruptRequested() { return interrupted != 0; }
+bool interruptRequested() { return interrupted; }
 
-void setInterruptRequested(bool requested) { interrupted = requested ? 1 : 0; }
+void setInterruptRequested(bool requested) { interrupted = requested; }
 
 }  // namespace wristlog

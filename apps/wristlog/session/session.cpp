@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "engineering/docks.h"
+#include "hy_wristlog/docks.h"
 #include "hy_wristlog/failure.h"
 #include "replay/session_record.h"
 #include "replay/session_recorder.h"
@@ -46,7 +47,7 @@ hy_wristlog::enmLoggerPointer onlyDockedModel() {
     if (dock.Connected > 0) models.push_back(dock.Model);
   if (models.size() > 1)
     throw hy_wristlog::Failure(hy_wristlog::ReturnCode::TooManyDocks, "wristlog",
-                               "Docks of both models are connected. Name one with --model.");
+                               "Docks of both models are connected. Name one with --dock or --model.");
   if (models.empty())
     throw hy_wristlog::Failure(hy_wristlog::ReturnCode::NotFound, "wristlog", wordsForNoDock());
   return models.front();
@@ -73,9 +74,12 @@ Session::Session(const CommonOptions& options, const sim::DockBench& bench)
 
 void Session::start(bool keepRecord) {
   if (bench_) scope_.emplace(bench_->World);
-  host_ = std::make_shared<TerminalHost>(options_.Console, [this] {
+  chosen_.emplace(worldFor(options_, platform::shareCurrent()));
+  if (!hy_wristlog::dockInUse().empty()) chosenReaderPort_ = hy_wristlog::engineering::readerPort();
+  const auto onStop = [this] {
     if (recorder_) recorder_->stop();
-  });
+  };
+  host_ = std::make_shared<TerminalHost>(options_.Console, onStop, options_.Progress);
   recorder_ = options_.Recorder;
   if (!recorder_ && keepRecord) recorder_ = std::make_shared<SessionRecorder>(options_.Redact);
   if (recorder_) {
@@ -121,6 +125,23 @@ void Session::endProgress() { host_->endProgress(); }
 void requireNotStopped() {
   if (interruptRequested())
     throw hy_wristlog::Failure(hy_wristlog::ReturnCode::Aborted, "wristlog", "Stopped. Nothing was changed");
+}
+
+std::shared_ptr<platform::Platform> worldFor(const CommonOptions& options,
+                                             const std::shared_ptr<platform::Platform>& world) {
+  if (!options.UsesLink) return world;
+  const platform::WorldScope scope(world);
+  const std::string name =
+      !options.Dock.empty() ? options.Dock : world->environment().variable("HY_WRISTLOG_DOCK").value_or("");
+  if (name.empty()) return world;
+  hy_wristlog::useDock(name, options.Model);
+  const bool isVarden = options.Model != hy_wristlog::LggrPntr_Pendreader;
+  if (isVarden && hy_wristlog::engineering::readerPort() > 0)
+    throw hy_wristlog::Failure(
+        hy_wristlog::ReturnCode::WrongLogger, "wristlog",
+        "The dock " + hy_wristlog::dockInUse() +
+            " is a Pendreader: the commands for its loggers are those of 'wristlog legacy'");
+  return platform::shareCurrent();
 }
 
 hy_wristlog::enmLoggerPointer modelFromName(const std::string& name) {

@@ -32,6 +32,8 @@ class Session {
   /// The logger of the last workflow; null before the first.
   std::shared_ptr<hy_wristlog::Class_VardenLogger> logger() const;
   bool asJson() const { return options_.AsJson; }
+  /// The port of the Pendreader that was chosen as the dock; 0 for none.
+  std::int16_t chosenReaderPort() const { return chosenReaderPort_; }
   /// Leaves the record of a session that failed with `code` in session.log beside `files`, and tells where.
   void writeRecord(const RecordingFiles& files, std::int32_t code, const std::string& meaning);
   /// The port of the simulated dock; none on the machine itself.
@@ -47,7 +49,8 @@ class Session {
   std::optional<hy_wristlog::simulator::DockBench> bench_;
   std::optional<hy_wristlog::platform::WorldScope> scope_;
   std::shared_ptr<SessionRecorder> recorder_;
-  std::optional<hy_wristlog::platform::WorldScope> recorded_;
+  std::optional<hy_wristlog::platform::WorldScope> chosen_, recorded_;
+  std::int16_t chosenReaderPort_ = 0;
   std::shared_ptr<TerminalHost> host_;
   std::unique_ptr<hy_wristlog::Class_Main> main_;
 };
@@ -57,6 +60,12 @@ void requireNotStopped();
 
 /// The bench of `--simulate`: a docked logger that has been worn for some days.
 hy_wristlog::simulator::DockBench makeWornBench(const std::string& model);
+
+/// `world` as a command sees it: with the one dock that --dock names or, without that option, the variable
+/// HY_WRISTLOG_DOCK. Raises what `useDock` raises, and WrongLogger for a Pendreader that is not asked for. A
+/// command that uses no link has no dock.
+std::shared_ptr<hy_wristlog::platform::Platform> worldFor(
+    const CommonOptions& options, const std::shared_ptr<hy_wristlog::platform::Platform>& world);
 
 /// The model that --model names "vivid" or "kestrin2"; without a name the only one of which docks are
 /// connected. Raises TooManyDocks for docks of both and NotFound without any.

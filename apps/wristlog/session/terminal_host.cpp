@@ -23,11 +23,13 @@ class ProgressEvents : public hy_wristlog::LoggerEvents {
 
 }  // namespace
 
-TerminalHost::TerminalHost(bool showConsole, std::function<void()> onStop)
+TerminalHost::TerminalHost(bool showConsole, std::function<void()> onStop,
+                           std::function<void(const std::string&)> progress)
     : onStop_(std::move(onStop)),
+      progress_(std::move(progress)),
       showConsole_(showConsole),
-      showProgress_(!showConsole && isatty(STDERR_FILENO) == 1) {
-  catchInterrupts();
+      showProgress_(progress_ || (!showConsole && isatty(STDERR_FILENO) == 1)) {
+  if (!progress_) catchInterrupts();
 }
 
 TerminalHost::~TerminalHost() { endProgress(); }
@@ -36,7 +38,7 @@ void TerminalHost::serveEvents() {
   if (!interruptRequested() || main_ == nullptr) return;
   if (!stopAnnounced_) onStop_();
   main_->AbortComms();
-  if (std::exchange(stopAnnounced_, true)) return;
+  if (std::exchange(stopAnnounced_, true) || progress_) return;
   endProgress();
   complain() << "Stopping, and leaving the logger in order. Ctrl-C again ends at once.\n";
 }
@@ -65,12 +67,14 @@ void TerminalHost::downloadProgress(std::int32_t bytesSoFar, std::int32_t bytesE
 
 void TerminalHost::showProgress(const std::string& text) {
   if (!showProgress_ || stopAnnounced_) return;
+  if (progress_) return progress_(text);
   complain() << "\r\033[K" << text;
   complain().flush();
   progressShown_ = true;
 }
 
 void TerminalHost::endProgress() {
+  if (progress_) return;
   if (progressShown_) complain() << "\r\033[K";
   complain().flush();
   progressShown_ = false;

@@ -12,8 +12,10 @@ namespace wristlog {
 /// The library's host in a terminal: progress and console on standard error, Ctrl-C as an abort request.
 class TerminalHost : public hy_wristlog::Host, private hy_wristlog::ConsoleSink {
  public:
-  /// With `showConsole` the link's traffic is shown; `onStop` is called when the user asks to stop.
-  TerminalHost(bool showConsole, std::function<void()> onStop);
+  /// With `showConsole` the link's traffic is shown; `onStop` is called when the user asks to stop. With
+  /// `progress` the caller shows progress and catches interrupts.
+  TerminalHost(bool showConsole, std::function<void()> onStop,
+               std::function<void(const std::string&)> progress = {});
   ~TerminalHost() override;
 
   /// Sets whom Ctrl-C aborts; null for nobody.
@@ -43,6 +45,7 @@ class TerminalHost : public hy_wristlog::Host, private hy_wristlog::ConsoleSink 
   hy_wristlog::Class_Main* main_ = nullptr;
   std::shared_ptr<hy_wristlog::Class_VardenLogger> logger_;
   std::function<void()> onStop_;
+  std::function<void(const std::string&)> progress_;
   bool showConsole_;
   bool showProgress_;
   bool progressShown_ = false;

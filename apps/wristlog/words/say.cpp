@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <iostream>
 #include <string>
+#include <utility>
 
 namespace wristlog {
 namespace {
@@ -40,8 +41,17 @@ const Speech& Speech::put(std::string_view text) const {
 
 const Speech& Speech::putNumber(long long number) const { return put(std::to_string(number)); }
 
-Speech say() { return Speech(output); }
-Speech complain() { return Speech(errors); }
+namespace {
+
+thread_local std::ostream* caught = nullptr;
+
+}  // namespace
+
+Speech say() { return Speech(caught != nullptr ? *caught : output); }
+Speech complain() { return Speech(caught != nullptr ? *caught : errors); }
+
+SpeechCaught::SpeechCaught(std::ostream& into) : former_(std::exchange(caught, &into)) {}
+SpeechCaught::~SpeechCaught() { caught = former_; }
 
 void printDocument(std::string_view document) { output << document << '\n' << std::flush; }
 

@@ -45,6 +45,18 @@ class Speech {
 Speech say();
 Speech complain();
 
+/// As long as it lives, what the calling thread says and complains goes there instead.
+class SpeechCaught {
+ public:
+  explicit SpeechCaught(std::ostream& into);
+  ~SpeechCaught();
+  SpeechCaught(const SpeechCaught&) = delete;
+  SpeechCaught& operator=(const SpeechCaught&) = delete;
+
+ private:
+  std::ostream* former_;
+};
+
 /// Writes a document for programs to standard output, as it is, with a line end.
 void printDocument(std::string_view document);
 /// Writes a piece of a text for programs there, as it is.

@@ -1,0 +1,36 @@
+#include "commands/each_dock.h"
+
+#include <optional>
+#include <system_error>
+#include <thread>
+
+#include "platform/machine.h"
+
+namespace wristlog {
+
+namespace platform = hy_wristlog::platform;
+
+void forEachDock(const std::vector<hy_wristlog::Dock>& docks, const std::function<void(std::size_t)>& work,
+                 const WorldOfDock& world) {
+  if (!world && !platform::isMachine()) {
+    for (std::size_t place = 0; place < docks.size(); ++place) work(place);
+    return;
+  }
+  std::vector<std::jthread> threads;
+  threads.reserve(docks.size());
+  const auto inItsWorld = [&](std::size_t place) {
+    std::optional<platform::WorldScope> scope;
+    if (world) scope.emplace(world(docks[place]));
+    work(place);
+  };
+  for (std::size_t place = 0; place < docks.size(); ++place) {
+    try {
+      threads.emplace_back(inItsWorld, place);
+    } catch (const std::system_error&) {
+      // Without another thread the dock has its turn all the same.
+      inItsWorld(place);
+    }
+  }
+}
+
+}  // namespace wristlog
