@@ -2,22 +2,23 @@
 
 #include <malloc.h>
 
-#include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
 namespace {
 
-std::size_t inUse = 0;
-std::size_t peak = 0;
+std::atomic<std::size_t> inUse = 0;
+std::atomic<std::size_t> peak = 0;
 
 }  // namespace
 
 [[gnu::noinline]] void* operator new(std::size_t size) {
   void* memory = std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
-  inUse += malloc_usable_size(memory);
-  peak = std::max(peak, inUse);
+  const std::size_t now = inUse += malloc_usable_size(memory);
+  for (std::size_t most = peak; most < now && !peak.compare_exchange_weak(most, now);) {
+  }
   return memory;
 }
 
@@ -32,6 +33,6 @@ namespace hy_wristlog {
 
 std::size_t heapInUse() { return inUse; }
 std::size_t heapPeak() { return peak; }
-void restartHeapPeak() { peak = inUse; }
+void restartHeapPeak() { peak = inUse.load(); }
 
 }  // namespace hy_wristlog

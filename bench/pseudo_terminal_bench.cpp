@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <numeric>
 #include <string>
 #include <thread>
@@ -93,39 +94,65 @@ double threadSeconds() {
   return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
 }
 
-/// `of_line` is the share of the line's 5236 bytes a second, `of_core` that of a core which the receiver
-/// needs.
+/// What one dock's thread has seen.
+struct Received {
+  double CpuSeconds = 0;
+  bool IsWhole = false;
+};
+
+Received receive(std::int16_t port, PacedSender& sender, std::size_t packetBytes, bool wakesOnInput) {
+  platform::current().setWaits({wakesOnInput, nullptr});
+  Form_Comm link;
+  link.subOpenPort(port, 13, 8, 3, 3, 0, false, true);
+  sender.start();
+  const double used = threadSeconds();
+  const PacketArray packets = link.fncReceiveXmodemPackets(13, 8, 3, 3, -1);
+  return {threadSeconds() - used, packets && packets->size() == RecordingBytes / packetBytes};
+}
+
+/// `of_line` is the share of the line's 5236 bytes a second, in the mean of all docks at work at the same
+/// time; `of_core` that of a core which their receivers need together.
 void ReceiveOverPseudoTerminal(benchmark::State& state) {
   const std::size_t packetBytes = state.range(0) != 0 ? xmodem::LongData : xmodem::ShortData;
   const bool wakesOnInput = state.range(1) != 0;
+  const auto count = static_cast<std::size_t>(state.range(2));
   state.SetLabel(std::string(state.range(0) != 0 ? "long packets" : "short packets") +
                  (wakesOnInput ? ", waking on input" : ""));
   const std::filesystem::path docks =
       std::filesystem::temp_directory_path() / ("docks-" + std::to_string(::getpid()) + ".ini");
   for (auto _ : state) {
-    PacedSender sender(packetBytes);
-    std::ofstream(docks) << "[Dock 1]\nCOMport=7\nDevice=" << sender.device() << '\n';
+    std::vector<std::unique_ptr<PacedSender>> senders;
+    std::ofstream declared(docks);
+    for (std::size_t i = 1; i <= count; ++i) {
+      senders.push_back(std::make_unique<PacedSender>(packetBytes));
+      declared << "[Dock " << i << "]\nCOMport=" << i << "\nDevice=" << senders.back()->device() << '\n';
+    }
+    declared.close();
     ::setenv("HY_WRISTLOG_DOCKS", docks.c_str(), 1);
-    const platform::Waits former = platform::current().waits();
-    platform::current().setWaits({wakesOnInput, nullptr});
-    Form_Comm link;
-    link.subOpenPort(7, 13, 8, 3, 3, 0, false, true);
-    sender.start();
-    const double used = threadSeconds();
+    std::vector<Received> received(count);
     const auto begun = Clock::now();
-    const PacketArray packets = link.fncReceiveXmodemPackets(13, 8, 3, 3, -1);
+    {
+      std::vector<std::jthread> threads;
+      for (std::size_t i = 0; i < count; ++i)
+        threads.emplace_back([&, i] {
+          received[i] = receive(static_cast<std::int16_t>(i + 1), *senders[i], packetBytes, wakesOnInput);
+        });
+    }
     const double seconds = std::chrono::duration<double>(Clock::now() - begun).count();
-    state.counters["of_core"] = (threadSeconds() - used) / seconds;
-    state.counters["of_line"] = static_cast<double>(sender.bytes()) / seconds / BytesPerSecond;
-    if (!packets || packets->size() != RecordingBytes / packetBytes)
-      state.SkipWithError("not all packets came");
-    platform::current().setWaits(former);
+    double used = 0;
+    for (const Received& dock : received) {
+      used += dock.CpuSeconds;
+      if (!dock.IsWhole) state.SkipWithError("not all packets came");
+    }
+    state.counters["of_core"] = used / seconds;
+    state.counters["of_line"] = static_cast<double>(senders.front()->bytes()) / seconds / BytesPerSecond;
   }
   std::filesystem::remove(docks);
 }
 BENCHMARK(ReceiveOverPseudoTerminal)
-    ->ArgsProduct({{1, 0}, {0, 1}})
-    ->ArgNames({"long", "wakes"})
+    ->ArgsProduct({{1, 0}, {0, 1}, {1}})
+    ->Args({1, 1, 8})
+    ->ArgNames({"long", "wakes", "docks"})
     ->Unit(benchmark::kSecond)
     ->Iterations(1)
     ->UseRealTime();
