@@ -17,6 +17,9 @@ constexpr std::string_view Lines[] = {"[Dock #]",
                                       "COMport=#",
                                       "Device=/dev/ttyUSB#",
                                       "Device='/dev/serial/by-id/x'",
+                                      "Device=rfc2217://host:#",
+                                      "Device=rfc2217s://[fd00::#]:4001",
+                                      "CA=/etc/ca.pem",
                                       "Class={4D36E978-E325-11CE-BFC1-08002BE10318}",
                                       "; #",
                                       "# #",
@@ -46,7 +49,8 @@ void run(std::string_view ini) {
   require(docks.size() <= 256, "too many docks");
   for (const platform::DeclaredDock& dock : docks) {
     require(isIdentifier(dock.VendorID) && isIdentifier(dock.ProductID), "an identifier of another form");
-    require(dock.Device.empty() || dock.Device.front() == '/', "a device that is no absolute path");
+    require(dock.Device.empty() || dock.Device.front() == '/' || platform::parseRemoteAddress(dock.Device),
+            "a device that is no absolute path and no address");
     require(dock.Device.find('\0') == dock.Device.npos, "a path with a NUL");
     require(dock.ComPort >= 0, "a negative port");
   }
@@ -54,7 +58,8 @@ void run(std::string_view ini) {
           "docks declared again are others");
   for (std::int32_t port = -1; port <= 70; ++port) {
     const std::string device = platform::devicePathOfPort(port, docks);
-    require(device.empty() || device.front() == '/', "a port without a path");
+    require(device.empty() || device.front() == '/' || platform::isRemoteAddress(device),
+            "a port without a device");
   }
   reached("docks", static_cast<std::int64_t>(docks.size()));
 }

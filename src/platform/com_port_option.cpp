@@ -22,8 +22,8 @@ constexpr std::array<Code<LineStopBits>, 3> StopBits{{{LineStopBits::One, OneSto
 
 template <class Value, std::size_t Count>
 std::uint8_t codeIn(const std::array<Code<Value>, Count>& codes, Value value) {
-  const auto found = std::find_if(codes.begin(), codes.end(),
-                                  [&](const Code<Value>& code) { return code.Means == value; });
+  const auto found =
+      std::find_if(codes.begin(), codes.end(), [&](const Code<Value>& code) { return code.Means == value; });
   return found != codes.end() ? found->Number : AskValue;
 }
 

@@ -174,9 +174,10 @@ TEST(DeclaredDocks, AreReadWithWhatIsUsable) {
       "[Dock 4]\nCOMport=33\nnonsense\n=\n[Dock 4x]\nCOMport=9\n[Dock\nCOMport=9\n"
       "[Dock 3]\nVendorID=5245\nCOMport=99999999999");
   std::string seen;
-  for (const auto& [name, vendor, product, deviceClass, port, device] : docks) {
-    seen += vendor + "," + product + "," + std::to_string(port) + "," + device + ";";
-    EXPECT_EQ(deviceClass, ComPortClass);
+  for (const DeclaredDock& dock : docks) {
+    seen +=
+        dock.VendorID + "," + dock.ProductID + "," + std::to_string(dock.ComPort) + "," + dock.Device + ";";
+    EXPECT_EQ(dock.Class, ComPortClass);
   }
   EXPECT_EQ(troubles.size(), 15U);
   EXPECT_EQ(seen, "5245,004A,5,/dev/pts/3;,,0,;5245,,50,/dev/ttyACM1;,,33,/dev/ttyUSB0;");
@@ -185,6 +186,32 @@ TEST(DeclaredDocks, AreReadWithWhatIsUsable) {
   EXPECT_EQ(devicePathOfPort(0, docks), "");
   for (const char* text : {"", "[", "[]", "]", "[Dock 1", "=", "[Dock ]\nCOMport=1", "\n\n\r\r"})
     EXPECT_TRUE(parseDeclaredDocks(text).Docks.empty()) << text;
+}
+
+TEST(DeclaredDocks, OnOtherMachinesGetNumbersThatNothingElseHas) {
+  const auto docks = parseDeclaredDocks(
+                         "[Dock 1]\nDevice=RFC2217://lab-1.example:4001\n"
+                         "[Dock 2]\nDevice=rfc2217s://[fe80::1%eth0]:65535\nCertificate=/c\nFingerprint=" +
+                         std::string(64, 'a') +
+                         "\n[Dock 3]\nDevice=/dev/ttyS30\n[Dock 4]\nCOMport=32\n"
+                         "[Dock 5]\nDevice=rfc2217://127.0.0.1:1\nCOMport=7")
+                         .Docks;
+  std::string seen;
+  for (const DeclaredDock& dock : docks) seen += std::to_string(dock.ComPort) + "," + dock.Device + ";";
+  EXPECT_EQ(
+      seen,
+      "30,rfc2217://lab-1.example:4001;29,rfc2217s://[fe80::1%eth0]:65535;31,/dev/ttyS30;32,/dev/ttyS31;"
+      "7,rfc2217://127.0.0.1:1;");
+  EXPECT_EQ(docks[1].Identity.Fingerprint, std::string(64, 'A'));
+  for (const char* bad : {"rfc2217://", "rfc2217://a", "rfc2217://a:0", "rfc2217://a:65536", "rfc2217://a:1x",
+                          "rfc2217://fe80::1:1", "rfc2217://[a]:1", "rfc2217://a b:1", "rfc2217://-a:1",
+                          "rfc2217://[::1]", "rfc2217://[::1%]:1", "rfc2217://user@a:1", "rfc2217s://a:1/"})
+    EXPECT_EQ(parseRemoteAddress(bad).has_value(), false) << bad;
+  std::string many;
+  for (int i = 1; i <= 65; ++i)
+    many += "[Dock " + std::to_string(i) + "]\nDevice=rfc2217://a:" + std::to_string(i) + "\n";
+  const auto [last, troubles] = parseDeclaredDocks(many);
+  EXPECT_TRUE(last[63].ComPort == 33 && last[64].ComPort == 0 && troubles.size() == 1);
 }
 
 TEST(DeclaredDocks, AreToldWhenTheySayNothingUsable) {
@@ -211,6 +238,10 @@ TEST(DeclaredDocks, AreToldWhenTheySayNothingUsable) {
            {dock + "ProductID=4003", unknown},
            {dock, unknown},
            {"[Dock 1]\nDevice=ttyS4", "Line 2 is no whole path"},
+           {"[Dock 1]\nDevice=rfc2217://lab", "Line 2 is no whole address"},
+           {"[Dock 1]\nDevice=rfc2217://lab:1\nCA=/ca.pem", "has entries for TLS, which its Device does not"},
+           {"[Dock 1]\nDevice=rfc2217s://lab:1\nKey=/key.pem", "has a Key without a Certificate"},
+           {"[Dock 1]\nFingerprint=12:34", "Line 2 is no SHA-256 fingerprint"},
            {"[Dock 1]\nCOMport=65", "Line 2 is no number from 1 to 64"},
            {"[Dock 1]\nVendorID=5245\nProductID=4000", "names no device"}})
     EXPECT_NE(troubles(ini).find(words), std::string::npos) << ini << troubles(ini);

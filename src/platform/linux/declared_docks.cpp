@@ -16,6 +16,8 @@ namespace {
 constexpr std::size_t LongestFile = 1 << 20;
 constexpr std::size_t MostDocks = 256;
 constexpr std::int32_t HighestDeclaredPort = 64;
+/// Numbers up to this one stand for built-in ports, of which machines have few.
+constexpr std::int32_t HighestBuiltInPort = 32;
 
 std::string_view trim(std::string_view text) {
   constexpr std::string_view Blank = " \t\r";
@@ -88,6 +90,8 @@ class DeclarationReader {
       ini.remove_prefix(std::min(end + 1, ini.size()));
     }
     for (DeclaredDock& dock : found_.Docks) complete(dock);
+    for (DeclaredDock& dock : found_.Docks)
+      if (dock.ComPort == 0 && isRemoteAddress(dock.Device)) giveNumber(dock);
     if (found_.Docks.empty())
       found_.Troubles.push_back("It declares no dock. The section of one is [Dock 1].");
     return std::move(found_);
@@ -133,11 +137,33 @@ class DeclarationReader {
     else if (equalsIgnoringCase(key, "Class"))
       keep(dock_->Class, asciiLower(std::string{value}), "is empty");
     else if (equalsIgnoringCase(key, "Device"))
-      keep(dock_->Device, isPath(value) ? std::string{value} : "", "is no whole path, such as /dev/ttyS4");
+      storeDevice(value);
     else if (equalsIgnoringCase(key, "COMport"))
       keep(dock_->ComPort, comPort(value), "is no number from 1 to 64");
+    else if (equalsIgnoringCase(key, "CA"))
+      storeFile(dock_->Identity.CA, value);
+    else if (equalsIgnoringCase(key, "Certificate"))
+      storeFile(dock_->Identity.Certificate, value);
+    else if (equalsIgnoringCase(key, "Key"))
+      storeFile(dock_->Identity.Key, value);
+    else if (equalsIgnoringCase(key, "Fingerprint"))
+      keep(dock_->Identity.Fingerprint, fingerprintDigits(value),
+           "is no SHA-256 fingerprint, which are 64 hexadecimal digits");
     else
-      blame("is no entry of a dock, which are VendorID, ProductID, Class, COMport and Device");
+      blame(
+          "is no entry of a dock, which are VendorID, ProductID, Class, COMport, Device, CA, Fingerprint, "
+          "Certificate and Key");
+  }
+
+  void storeDevice(std::string_view value) {
+    if (!isRemoteAddress(value)) return storeFile(dock_->Device, value);
+    const auto address = parseRemoteAddress(value);
+    keep(dock_->Device, address ? address->text() : "",
+         "is no whole address, such as rfc2217s://host:4001 or rfc2217s://[fd00::2]:4001");
+  }
+
+  void storeFile(std::string& field, std::string_view value) {
+    keep(field, isPath(value) ? std::string{value} : "", "is no whole path, such as /dev/ttyS4");
   }
 
   static bool isPath(std::string_view value) {
@@ -161,11 +187,33 @@ class DeclarationReader {
       found_.Troubles.push_back("[" + dock.Name + "] " + words);
     };
     if (dock.Device.empty()) trouble("names no device.");
+    const TlsIdentity& identity = dock.Identity;
+    const auto address = parseRemoteAddress(dock.Device);
+    if (!identity.isEmpty() && !(address && address->Encrypted))
+      trouble(
+          "has entries for TLS, which its Device does not use. Its address would begin with rfc2217s://.");
+    if (!identity.CA.empty() && !identity.Fingerprint.empty())
+      trouble("has a CA and a Fingerprint. The Fingerprint alone counts.");
+    if (identity.Certificate.empty() && !identity.Key.empty()) trouble("has a Key without a Certificate.");
     if (dock.VendorID.empty() && dock.ProductID.empty()) return;
     if (known == nullptr)
       trouble(
           "is no dock known here: its VendorID is 5245, its ProductID 4000 (Kestrin Vivid), 4001 or 4002 "
           "(Kestrin 2).");
+  }
+
+  /// A number that another declaration does not have. The device that has it by rule is without one.
+  void giveNumber(DeclaredDock& dock) {
+    const auto isFree = [&](std::int32_t number) {
+      return declaredDockOfPort(number, found_.Docks) == nullptr;
+    };
+    for (std::int32_t number = HighestBuiltInPort; number > 0 && dock.ComPort == 0; --number)
+      if (isFree(number)) dock.ComPort = number;
+    for (std::int32_t number = HighestDeclaredPort; number > HighestBuiltInPort && dock.ComPort == 0;
+         --number)
+      if (isFree(number)) dock.ComPort = number;
+    if (dock.ComPort == 0)
+      found_.Troubles.push_back("[" + dock.Name + "] has no port, since all 64 are declared.");
   }
 
   void blame(const char* words) {
@@ -195,15 +243,24 @@ DeclaredDocks readDeclaredDocks(const std::string& dataFolder) {
       declared.Troubles.push_back("It cannot be read: " + systemErrorText(error.Number) + ".");
   }
   for (const DeclaredDock& dock : declared.Docks)
-    if (!dock.Device.empty() && !fileExists(dock.Device))
-      declared.Troubles.push_back("[" + dock.Name + "] names " + dock.Device + ", which is not there.");
+    for (const std::string& path :
+         {dock.isThere() ? "" : dock.Device, dock.Identity.CA, dock.Identity.Certificate, dock.Identity.Key})
+      if (!path.empty() && !fileExists(path))
+        declared.Troubles.push_back("[" + dock.Name + "] names " + path + ", which is not there.");
   for (std::string& trouble : declared.Troubles) trouble.insert(0, path + ": ");
   return declared;
 }
 
-std::string devicePathOfPort(std::int32_t number, const std::vector<DeclaredDock>& docks) {
+bool DeclaredDock::isThere() const { return isRemoteAddress(Device) || fileExists(Device); }
+
+const DeclaredDock* declaredDockOfPort(std::int32_t number, const std::vector<DeclaredDock>& docks) {
   for (const DeclaredDock& dock : docks)
-    if (dock.ComPort == number && number != 0 && !dock.Device.empty()) return dock.Device;
+    if (dock.ComPort == number && number != 0 && !dock.Device.empty()) return &dock;
+  return nullptr;
+}
+
+std::string devicePathOfPort(std::int32_t number, const std::vector<DeclaredDock>& docks) {
+  if (const DeclaredDock* dock = declaredDockOfPort(number, docks)) return dock->Device;
   const std::string tty = ttyOfPortNumber(number);
   return tty.empty() ? tty : "/dev/" + tty;
 }

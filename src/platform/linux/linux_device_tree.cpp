@@ -80,7 +80,7 @@ class Enumeration {
       if (isPlain(dock) ? classGuid != PlainPortClass || dock.ComPort == 0
                         : dock.Class != classGuid || dock.VendorID.empty() || dock.ProductID.empty())
         continue;
-      if (!dock.Device.empty() && !fileExists(dock.Device)) continue;
+      if (!dock.Device.empty() && !dock.isThere()) continue;
       const std::string tty = dock.Device.empty() ? std::string() : ttyBehind(dock.Device);
       const std::int32_t port = dock.ComPort != 0 || tty.empty() ? dock.ComPort : portOf(tty);
       devices_.push_back({isPlain(dock) ? "" : hardwareId(dock.VendorID, dock.ProductID, "0000"),

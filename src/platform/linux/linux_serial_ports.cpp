@@ -14,6 +14,7 @@
 #include "platform/linux/line_control.h"
 #include "platform/linux/linux_environment.h"
 #include "platform/linux/linux_serial_port.h"
+#include "platform/linux/remote/remote_ports.h"
 #include "platform/linux/system_io.h"
 
 namespace hy_wristlog::platform {
@@ -102,7 +103,10 @@ std::unique_ptr<SerialPort> LinuxSerialPorts::open(std::int32_t number) {
   const auto docks = readDeclaredDocks(userDataFolder(environment_)).Docks;
   const std::string path = devicePathOfPort(number, docks);
   if (path.empty()) raise(InvalidPort, "COM" + std::to_string(number) + " is not a port number");
-  return openSerialDevice(path, "COM" + std::to_string(number) + " (" + printable(path) + ")");
+  const std::string name = "COM" + std::to_string(number) + " (" + printable(path) + ")";
+  if (const auto address = parseRemoteAddress(path))
+    return openRemotePort(*address, declaredDockOfPort(number, docks)->Identity, name);
+  return openSerialDevice(path, name);
 }
 
 std::unique_ptr<SerialPort> LinuxSerialPorts::openDevice(const std::string& device) {
