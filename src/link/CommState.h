@@ -32,7 +32,10 @@ struct CommState final : platform::EventSource {
   void serveEvents() override;
 
   double timer() const { return world->clock().timer(); }
-  double deadline(std::int32_t milliseconds) const { return timer() + milliseconds / 1000.0; }
+  /// The end of a wait for an answer.
+  double deadline(std::int32_t milliseconds) const {
+    return timer() + milliseconds / 1000.0 + control.delay();
+  }
   /// Whether a wait that nothing else breaks off is over.
   bool isOver(double deadline) const { return timer() > deadline || world->endsWaits(); }
   bool consoleInUse() const { return consoleVisible || form.RaiseEventOnChar; }

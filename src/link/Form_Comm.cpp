@@ -76,7 +76,7 @@ CommState::~CommState() { world->removeEventSource(*this); }
 void CommState::serveEvents() {
   control.deliverEvents();
   if (!toggling || timer() < nextToggle) return;
-  nextToggle = deadline(toggleInterval);
+  nextToggle = timer() + toggleInterval / 1000.0;
   ignoringFailures([&] { control.RTSEnable(!control.RTSEnable()); });
 }
 
@@ -275,7 +275,7 @@ void Form_Comm::subEnableRTStoggle(std::int16_t intInterval) {
     if (RTStoggleInterval == 0) return;
     if (RTStoggleInterval < 0) fault::raise(fault::InvalidCall);
     state_->toggleInterval = RTStoggleInterval;
-    state_->nextToggle = state_->deadline(RTStoggleInterval);
+    state_->nextToggle = state_->timer() + RTStoggleInterval / 1000.0;
     state_->toggling = true;
   });
 }

@@ -68,6 +68,8 @@ class SerialControl {
   std::string Input();
   /// Returns when a byte may wait, and at the latest after `longest`.
   void awaitInput(std::chrono::microseconds longest);
+  /// How much longer an answer is under way than at a port of this machine, in seconds.
+  double delay() const { return port_ ? std::chrono::duration<double>(port_->delay()).count() : 0; }
   /// Bytes that have not left yet; 0 while the port is closed.
   std::size_t OutBufferCount();
   void Output(std::string_view bytes);

@@ -91,6 +91,8 @@ class SerialPort {
   virtual void setRts(bool on) = 0;
   virtual ModemLines modemLines() = 0;
   virtual LineErrors takeErrors() = 0;
+  /// How much longer than at a port of this machine an answer is under way. Does not fail.
+  virtual std::chrono::microseconds delay() { return {}; }
   /// Returns when a byte waits or the device has gone, and at the latest after `longest`. May return earlier.
   virtual void awaitInput(std::chrono::microseconds longest) = 0;
 };

@@ -93,6 +93,7 @@ class RecordedPort : public SerialPort {
     lines_ = lines;
     return lines;
   }
+  std::chrono::microseconds delay() override { return port_->delay(); }
   LineErrors takeErrors() override {
     const LineErrors errors = watched([&] { return port_->takeErrors(); });
     if (isAny(errors)) tell({.Kind = WireKind::Errors, .Errors = errors});

@@ -25,9 +25,14 @@ using SteadyClock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr milliseconds ConnectTime{5000}, AnswerTime{5000};
-/// A server that looks at the modem lines once a second, counted from its opening, sees what a DTR has changed
-/// 700 ms after that DTR, and not just after the second for which a dock is waited for.
+/// A server that looks at the modem lines once a second, counted from its opening, sees what a DTR has
+/// changed 700 ms after that DTR, and not just after the second for which a dock is waited for.
 constexpr milliseconds SettleTime{300};
+/// For so long a server may take to answer the first questions about its port.
+constexpr milliseconds LongestSettling{2000};
+/// The echo of a character is awaited before the next one is sent. A logger forgets a command whose
+/// characters come some 400 ms apart.
+constexpr milliseconds MostDelay{350};
 /// A server needs a moment to free a port after its last user has left.
 constexpr milliseconds ReleaseTime{1000};
 constexpr milliseconds Turn{20};
@@ -139,7 +144,8 @@ class Opening {
     if (error == ECONNREFUSED)
       refuse("is refused: the machine answers, but no server listens there. Start it, or correct the port");
     if (error == ETIMEDOUT)
-      refuse("is not reached: nothing answers within 5 s. Check that the machine is on and the network works");
+      refuse(
+          "is not reached: nothing answers within 5 s. Check that the machine is on and the network works");
     refuse("is not reached: " + systemErrorText(error) + ". Check the network");
   }
 
@@ -167,11 +173,16 @@ class Opening {
     }
     if (state == State::Agreed) {
       port->begin();
-      for (const Wait settle(SettleTime); state == State::Agreed && !settle.isOver(); state = port->opening())
-        Wait::turn(channel);
+      const Wait settle(SettleTime), answer(LongestSettling);
+      const auto isSettled = [&] { return settle.isOver() && (port->hasBegun() || answer.isOver()); };
+      for (; state == State::Agreed && !isSettled(); state = port->opening()) Wait::turn(channel);
       if (Wait::isAborted()) refuse("is not opened: stopped");
     }
     if (state != State::Agreed) return judge(*port, state);
+    if (port->delay() > MostDelay)
+      refuse("is too far away: an answer takes " + std::to_string(port->delay() / milliseconds{1}) +
+             " ms over the network, and a logger forgets what comes slower than every " +
+             std::to_string(MostDelay.count()) + " ms. Use a faster network");
     port->dropReceived();
     return port;
   }
@@ -180,8 +191,13 @@ class Opening {
     const std::string said = printableText(port.said());
     if (asciiLower(said).find("in use") != std::string::npos) return nullptr;
     const std::string saying = said.empty() ? "" : ", saying \"" + said + "\"";
+    if (state == RemoteSerialPort::Opening::Ended && said.empty() && address_.Encrypted)
+      refuse(
+          "has ended the connection once TLS was made: it may refuse this client's certificate. Check "
+          "Certificate and Key in Docks.INI, and the server's log");
     if (state == RemoteSerialPort::Opening::Ended)
       refuse("has ended the connection at once" + saying + ". Check the server there");
+    if (!port.hasAnswered()) refuse("is reached, but nothing comes from it. Check server and network");
     refuse("speaks no RFC 2217" + saying + ". Check address and server");
   }
 

@@ -68,8 +68,7 @@ RemoteSerialPort::Opening RemoteSerialPort::opening() {
   if (options_.isRefusedHere(ComPort) || options_.isRefusedHere(Binary) || options_.isRefusedThere(Binary))
     return Opening::Refused;
   if (channel_->isEnded() || !gone_.empty()) return Opening::Ended;
-  const bool agreed =
-      options_.isOnHere(ComPort) && options_.isOnHere(Binary) && options_.isOnThere(Binary);
+  const bool agreed = options_.isOnHere(ComPort) && options_.isOnHere(Binary) && options_.isOnThere(Binary);
   return agreed ? Opening::Agreed : Opening::UnderWay;
 }
 
@@ -85,7 +84,7 @@ void RemoteSerialPort::begin() {
   // Whether these two are answered says how the port can be used.
   ++baud_.AnswersDue;
   addNumberMessage(messages_, SetBaudRate, AskValue);
-  sendByte(PurgeData, PurgeReceived);
+  purge();
 }
 
 void RemoteSerialPort::dropReceived() {
@@ -94,8 +93,9 @@ void RemoteSerialPort::dropReceived() {
 }
 
 void RemoteSerialPort::data(std::span<const std::uint8_t> bytes) {
-  if (!begun_) bytes = bytes.first(std::min(bytes.size(), LongestRefusal - std::min(LongestRefusal, waiting())));
-  if (purgesUnderWay_ == 0) received_.insert(received_.end(), bytes.begin(), bytes.end());
+  if (!begun_)
+    bytes = bytes.first(std::min(bytes.size(), LongestRefusal - std::min(LongestRefusal, waiting())));
+  if (!answersPurge_ || purges_.empty()) received_.insert(received_.end(), bytes.begin(), bytes.end());
 }
 
 void RemoteSerialPort::command(std::uint8_t) {}
@@ -136,8 +136,10 @@ void RemoteSerialPort::subnegotiation(std::uint8_t option, std::span<const std::
       return;
     case ServerOffset + PurgeData:
       answersPurge_ = true;
-      if (purgesUnderWay_ > 0) --purgesUnderWay_;
-      return;
+      if (purges_.empty()) return;
+      delay_ =
+          std::max(delay_, std::chrono::duration_cast<std::chrono::microseconds>(heard_ - purges_.front()));
+      return purges_.pop_front();
     default:
       return;
   }
@@ -171,6 +173,7 @@ void RemoteSerialPort::pump() {
     if (waiting() < MostWaiting) channel_->receive(came);
     if (!came.empty()) {
       heard_ = SteadyClock::now();
+      answered_ = true;
       asked_.reset();
       if (taken_ == received_.size() || taken_ > MostWaiting) {
         received_.erase(received_.begin(), received_.begin() + static_cast<std::ptrdiff_t>(taken_));
@@ -178,7 +181,7 @@ void RemoteSerialPort::pump() {
       }
       parser_.take(came, *this);
     }
-    if (purgesUnderWay_ > 0 && SteadyClock::now() - purgeAsked_ > LongestPurge) purgesUnderWay_ = 0;
+    if (!purges_.empty() && SteadyClock::now() - purges_.front() > LongestPurge) purges_.clear();
     if (answersBaud_ && came.empty() && waiting() < MostWaiting) watchSilence();
     sendMessages();
     channel_->flush();
@@ -188,11 +191,12 @@ void RemoteSerialPort::pump() {
       gone_ = "is out of reach: the network or the machine of the dock has fallen silent (" +
               systemErrorText(error) + "). Check the network and try again";
     else if (error != 0)
-      gone_ = "has gone: the connection over the network broke off (" + systemErrorText(error) +
-              "). Try again";
+      gone_ =
+          "has gone: the connection over the network broke off (" + systemErrorText(error) + "). Try again";
     else
-      gone_ = "has gone: the machine of the dock has ended the connection. The dock was unplugged there, or "
-              "its server was stopped";
+      gone_ =
+          "has gone: the machine of the dock has ended the connection. The dock was unplugged there, or "
+          "its server was stopped";
   } catch (const TlsTrouble& trouble) {
     if (!begun_) throw;
     gone_ = trouble.Words;
@@ -207,8 +211,9 @@ void RemoteSerialPort::watchSilence() {
     ++baud_.AnswersDue;
     com_port::addNumberMessage(messages_, com_port::SetBaudRate, com_port::AskValue);
   } else if (now - *asked_ > AnswerTime) {
-    gone_ = "is out of reach: the network or the machine of the dock has fallen silent. Check the network and "
-            "try again";
+    gone_ =
+        "is out of reach: the network or the machine of the dock has fallen silent. Check the network and "
+        "try again";
   }
 }
 
@@ -222,8 +227,7 @@ void RemoteSerialPort::checkPresent() {
   if (refused_)
     throw Failure(FailureNumber::PortStateFailure, "MSComm",
                   name_ + " does not support " + std::to_string(settings_.Baud) + " baud with " +
-                      std::to_string(settings_.DataBits) +
-                      " data bits and this parity and stop bit setting");
+                      std::to_string(settings_.DataBits) + " data bits and this parity and stop bit setting");
 }
 
 void RemoteSerialPort::sendByte(std::uint8_t number, std::uint8_t value) {
@@ -277,15 +281,16 @@ std::size_t RemoteSerialPort::outstanding() {
   return channel_->unsent();
 }
 
-/// What the server sends before it answers the purge was received before it, so it goes too.
+/// What the server sends before it answers was received before the purge, so it goes too.
+void RemoteSerialPort::purge() {
+  sendByte(com_port::PurgeData, com_port::PurgeReceived);
+  if (answersPurge_ || purges_.empty()) purges_.push_back(SteadyClock::now());
+}
+
 void RemoteSerialPort::discardInput() {
   checkPresent();
   dropReceived();
-  sendByte(com_port::PurgeData, com_port::PurgeReceived);
-  if (answersPurge_) {
-    ++purgesUnderWay_;
-    purgeAsked_ = SteadyClock::now();
-  }
+  purge();
   checkPresent();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,8 +19,8 @@ namespace hy_wristlog::platform {
 /// that says nothing is asked for its baud rate.
 class RemoteSerialPort final : public SerialPort, private telnet::Listener {
  public:
-  /// Takes a connection over that is made and, if it is to be, encrypted, and begins to agree with the server.
-  /// `name` is the port's name in failures.
+  /// Takes a connection over that is made and, if it is to be, encrypted, and begins to agree with the
+  /// server. `name` is the port's name in failures.
   RemoteSerialPort(std::unique_ptr<RemoteChannel> channel, std::string name);
   RemoteSerialPort(const RemoteSerialPort&) = delete;
   RemoteSerialPort& operator=(const RemoteSerialPort&) = delete;
@@ -32,9 +33,13 @@ class RemoteSerialPort final : public SerialPort, private telnet::Listener {
   Opening opening();
   /// What the server has said in data so far; before it has agreed at most some 200 bytes are kept.
   const telnet::Bytes& said() const { return received_; }
+  /// Whether anything has come from the server.
+  bool hasAnswered() const { return answered_; }
   /// Puts the lines and what is to be told into a known state, after the server has agreed.
   void begin();
   void dropReceived();
+  /// Whether the server has answered what `begin` has asked, so that `delay` is known.
+  bool hasBegun() const { return answersPurge_; }
 
   void configure(const LineSettings& settings) override;
   std::size_t read(std::span<std::uint8_t> into) override;
@@ -45,6 +50,7 @@ class RemoteSerialPort final : public SerialPort, private telnet::Listener {
   void setRts(bool on) override;
   ModemLines modemLines() override;
   LineErrors takeErrors() override;
+  std::chrono::microseconds delay() override { return delay_; }
   void awaitInput(std::chrono::microseconds longest) override;
 
  private:
@@ -69,6 +75,7 @@ class RemoteSerialPort final : public SerialPort, private telnet::Listener {
   [[noreturn]] void raiseGone();
   void watchSilence();
   void sendMessages();
+  void purge();
   void sendByte(std::uint8_t number, std::uint8_t value);
   void set(Setting& setting, std::uint8_t number, std::uint8_t value);
   std::size_t waiting() const { return received_.size() - taken_; }
@@ -80,7 +87,7 @@ class RemoteSerialPort final : public SerialPort, private telnet::Listener {
   telnet::Bytes messages_;  ///< to be sent, escaped
   telnet::Bytes received_;  ///< the waiting bytes begin at taken_
   std::size_t taken_ = 0;
-  bool begun_ = false, suspended_ = false;
+  bool begun_ = false, suspended_ = false, answered_ = false;
 
   LineSettings settings_;
   Setting baud_, size_, parity_, stop_;
@@ -89,11 +96,11 @@ class RemoteSerialPort final : public SerialPort, private telnet::Listener {
   LineErrors errors_;
 
   bool answersPurge_ = false, answersBaud_ = false;
-  int purgesUnderWay_ = 0;
-  Time purgeAsked_;
-  Time heard_;                ///< when the server last sent anything
-  std::optional<Time> asked_;  ///< when it was asked for a sign of life
-  std::string gone_;          ///< why the port is no longer there
+  std::deque<Time> purges_;            ///< when those were asked for that are not answered
+  std::chrono::microseconds delay_{};  ///< the longest that the server took to answer a purge
+  Time heard_;                         ///< when the server last sent anything
+  std::optional<Time> asked_;          ///< when it was asked for a sign of life
+  std::string gone_;                   ///< why the port is no longer there
 };
 
 }  // namespace hy_wristlog::platform

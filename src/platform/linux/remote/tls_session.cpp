@@ -16,12 +16,30 @@ constexpr std::size_t LongestPemFile = std::size_t{1} << 20;
 [[noreturn]] void raise(std::string words) { throw TlsTrouble{std::move(words)}; }
 
 void requireFile(const std::string& path, const char* what) {
-  if (!readSmallFile(path, LongestPemFile)) raise("is not asked: " + printable(path) + ", " + what + ", cannot be read");
+  if (!readSmallFile(path, LongestPemFile))
+    raise("is not asked: " + printable(path) + ", " + what + ", cannot be read");
 }
 
 void require(bool done, const std::string& path, const char* what) {
   if (!done) raise("is not asked: " + printable(path) + " is not " + what + " in PEM");
 }
+
+/// A step of the session. Its failures are told from those that the host has left in the thread's queue by a
+/// mark of its own, and are forgotten at its end.
+class Step {
+ public:
+  Step() { ERR_raise(ERR_LIB_USER, Mark); }
+
+  /// The code of what has failed; 0 when nothing has.
+  static unsigned long failure() {
+    const unsigned long last = ::ERR_peek_last_error();
+    return ERR_GET_LIB(last) == ERR_LIB_USER && ERR_GET_REASON(last) == Mark ? 0 : last;
+  }
+
+ private:
+  static constexpr int Mark = 2217;
+  OpensslErrorsForgotten forgotten_;
+};
 
 /// A key with a password is refused, instead of asking for it at the terminal.
 int noPassword(char*, int, int, void*) { return 0; }
@@ -65,7 +83,7 @@ std::string wordsOfReason(int reason) {
 
 TlsSession::TlsSession(const TlsIdentity& identity, const std::string& host)
     : fingerprint_(identity.Fingerprint) {
-  const OpensslErrorsForgotten errors;
+  const Step step;
   context_.reset(::SSL_CTX_new(::TLS_client_method()));
   if (!context_ || ::SSL_CTX_set_min_proto_version(context_.get(), TLS1_2_VERSION) != 1)
     raise("cannot be asked: this machine's TLS does not work");
@@ -113,7 +131,9 @@ void TlsSession::expectHost(const std::string& host) {
   SSL* const session = session_.get();
   if (isDigits(host)) {
     const std::string digits = host.substr(0, host.find('%'));
-    if (fingerprint_.empty()) ::X509_VERIFY_PARAM_set1_ip_asc(::SSL_get0_param(session), digits.c_str());
+    if (fingerprint_.empty() &&
+        ::X509_VERIFY_PARAM_set1_ip_asc(::SSL_get0_param(session), digits.c_str()) != 1)
+      raise("is not asked: " + digits + " is no whole address that a certificate could be for");
     return;
   }
   SSL_set_tlsext_host_name(session, host.c_str());
@@ -123,7 +143,7 @@ void TlsSession::expectHost(const std::string& host) {
 }
 
 bool TlsSession::shakeHands() {
-  const OpensslErrorsForgotten errors;
+  const Step step;
   const int result = ::SSL_do_handshake(session_.get());
   check(result, "the handshake");
   if (result != 1) return false;
@@ -150,13 +170,13 @@ void TlsSession::checkFingerprint() const {
 
 void TlsSession::addReceived(std::span<const std::uint8_t> bytes) {
   if (bytes.empty()) return;
-  const OpensslErrorsForgotten errors;
+  const Step step;
   if (::BIO_write(received_, bytes.data(), static_cast<int>(bytes.size())) != static_cast<int>(bytes.size()))
     raise("has sent more than fits the memory");
 }
 
 void TlsSession::read(telnet::Bytes& into) {
-  const OpensslErrorsForgotten errors;
+  const Step step;
   std::array<std::uint8_t, 16384> piece{};
   for (;;) {
     const int count = ::SSL_read(session_.get(), piece.data(), static_cast<int>(piece.size()));
@@ -167,19 +187,19 @@ void TlsSession::read(telnet::Bytes& into) {
 
 void TlsSession::write(std::span<const std::uint8_t> bytes) {
   if (bytes.empty()) return;
-  const OpensslErrorsForgotten errors;
+  const Step step;
   const int count = ::SSL_write(session_.get(), bytes.data(), static_cast<int>(bytes.size()));
   check(count, "writing");
   if (count != static_cast<int>(bytes.size())) raise("takes no more bytes");
 }
 
 void TlsSession::sayGoodbye() {
-  const OpensslErrorsForgotten errors;
+  const Step step;
   ::SSL_shutdown(session_.get());
 }
 
 void TlsSession::takeToSend(telnet::Bytes& into) {
-  const OpensslErrorsForgotten errors;
+  const Step step;
   std::array<std::uint8_t, 16384> piece{};
   for (;;) {
     const int count = ::BIO_read(toSend_, piece.data(), static_cast<int>(piece.size()));
@@ -195,18 +215,17 @@ void TlsSession::noteAlert(const SSL* session, int where, int value) {
     static_cast<TlsSession*>(SSL_get_app_data(session))->ended_ = true;
 }
 
-/// Asks the session for what it wants, since SSL_get_error also reports a failure that the host has left in
-/// the thread's queue.
-void TlsSession::check(int result, const char* step) const {
-  if (result > 0 || ::SSL_want(session_.get()) == SSL_READING || ended_) return;
+/// SSL_get_error would also report what the host has left in the queue.
+void TlsSession::check(int result, const char* what) const {
+  const unsigned long error = Step::failure();
+  if (result > 0 || error == 0 || ended_) return;
   const std::string untrusted = verificationTrouble();
   if (!untrusted.empty()) raise(untrusted);
-  const unsigned long error = ::ERR_peek_last_error();
   const std::string known = wordsOfReason(ERR_GET_REASON(error));
   if (!known.empty()) raise(known);
   const char* const reason = ::ERR_reason_error_string(error);
-  raise(std::string("cannot be spoken with by TLS: ") + step + " fails: " +
-        (reason != nullptr ? reason : "no reason is told"));
+  raise(std::string("cannot be spoken with by TLS: ") + what +
+        " fails: " + (reason != nullptr ? reason : "no reason is told"));
 }
 
 std::string TlsSession::verificationTrouble() const {
@@ -231,7 +250,8 @@ std::string TlsSession::verificationTrouble() const {
       return "has a certificate from no authority that is trusted here. Name the right CA or the Fingerprint "
              "in Docks.INI";
     default:
-      return std::string("has a certificate that is not accepted: ") + ::X509_verify_cert_error_string(result);
+      return std::string("has a certificate that is not accepted: ") +
+             ::X509_verify_cert_error_string(result);
   }
 }
 

@@ -52,7 +52,7 @@ class TlsSession {
   void expectHost(const std::string& host);
   void checkFingerprint() const;
   /// Raises what has failed, unless `result` only says that more bytes are needed.
-  void check(int result, const char* step) const;
+  void check(int result, const char* what) const;
   std::string verificationTrouble() const;
 
   std::unique_ptr<SSL_CTX, OpensslDeleter<SSL_CTX_free>> context_;
