@@ -211,7 +211,7 @@ TEST(DeclaredDocks, OnOtherMachinesGetNumbersThatNothingElseHas) {
   for (int i = 1; i <= 65; ++i)
     many += "[Dock " + std::to_string(i) + "]\nDevice=rfc2217://a:" + std::to_string(i) + "\n";
   const auto [last, troubles] = parseDeclaredDocks(many);
-  EXPECT_TRUE(last[63].ComPort == 33 && last[64].ComPort == 0 && troubles.size() == 1);
+  EXPECT_TRUE(last[63].ComPort == 33 && last[64].ComPort == 0 && troubles.size() == 66);
 }
 
 TEST(DeclaredDocks, AreToldWhenTheySayNothingUsable) {
@@ -239,6 +239,8 @@ TEST(DeclaredDocks, AreToldWhenTheySayNothingUsable) {
            {dock, unknown},
            {"[Dock 1]\nDevice=ttyS4", "Line 2 is no whole path"},
            {"[Dock 1]\nDevice=rfc2217://lab", "Line 2 is no whole address"},
+           {"[Dock 1]\nDevice=rfc2217://lab:1",
+            "is reached without TLS: names and data travel readable to lab."},
            {"[Dock 1]\nDevice=rfc2217://lab:1\nCA=/ca.pem", "has entries for TLS, which its Device does not"},
            {"[Dock 1]\nDevice=rfc2217s://lab:1\nKey=/key.pem", "has a Key without a Certificate"},
            {"[Dock 1]\nFingerprint=12:34", "Line 2 is no SHA-256 fingerprint"},

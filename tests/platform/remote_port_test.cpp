@@ -92,7 +92,9 @@ TEST(RemotePort, ASettingThatTheServerDoesNotKeepIsRefused) {
   const LocalServer server([&](int connection) { far.serve(connection); });
   const auto port = openAt(server.port());
   EXPECT_TRUE(soon([&] {
-    return numberOf([&] { port->configure({57600, LineParity::None, 8, LineStopBits::Two}); }) == 8015 ||
+    return numberOf([&] {
+             port->configure({57600, LineParity::None, 8, LineStopBits::Two});
+           }) == 8015 ||
            numberOf([&] { port->modemLines(); }) == 8015;
   }));
   EXPECT_EQ(numberOf([&] { port->configure({9600, LineParity::None, 8, LineStopBits::OneAndHalf}); }), 8015);
@@ -104,9 +106,10 @@ TEST(RemotePort, WhatKeepsItFromBeingOpenedIsTold) {
     std::int32_t Number;
     const char* Words;
   };
-  for (const Case& each : {Case{"\xFF\xFD\x2CPort already in use\r\n", 8005, "is in use by another program"},
-                           Case{"SSH-2.0-server\r\n", 8002, "ended the connection at once, saying \"SSH-2.0-server\""},
-                           Case{"\xFF\xFE\x2C", 8002, "speaks no RFC 2217"}, Case{"", 8002, "ended the connection"}}) {
+  for (const Case& each :
+       {Case{"\xFF\xFD\x2CPort already in use\r\n", 8005, "is in use by another program"},
+        Case{"SSH-2.0-server\r\n", 8002, "ended the connection at once, saying \"SSH-2.0-server\""},
+        Case{"\xFF\xFE\x2C", 8002, "speaks no RFC 2217"}, Case{"", 8002, "ended the connection"}}) {
     const LocalServer server([&](int connection) { sendTo(connection, each.Says); });
     const auto [number, words] = failureOf([&] { openAt(server.port()); });
     EXPECT_EQ(number, each.Number) << each.Says;
@@ -143,7 +146,8 @@ TEST(RemotePort, ANetworkThatFailsIsTold) {
   const auto wordsOf = [](Way way) {
     const LocalServer server([&](int connection) {
       EchoingPort far;
-      far.serve(connection, [](const EchoingPort& echo) { return echo.told().find("5=8 ") == std::string::npos; });
+      far.serve(connection,
+                [](const EchoingPort& echo) { return echo.told().find("5=8 ") == std::string::npos; });
       if (way == Reset) reset(connection);
       for (pollfd state{connection, POLLRDHUP, 0}; way == Silence && ::poll(&state, 1, 20000) == 0;) continue;
     });
@@ -199,17 +203,22 @@ TEST(RemotePort, WithTlsBothEndsMustBeTheRightOnes) {
   };
   const char* const good = "speaks no RFC 2217";  // told by the server once TLS is made
   for (const Case& each :
-       {Case{"good", trusted, false, good}, Case{"good", pinned, false, good}, Case{"expired", pinned, false, digits.c_str()},
+       {Case{"good", trusted, false, good}, Case{"good", pinned, false, good},
+        Case{"expired", pinned, false, digits.c_str()},
         Case{"good", {made / "ca.pem", "", made / "good.pem", ""}, true, good},
         Case{"good", {foreign / "ca.pem", "", "", ""}, false, "from no authority that is trusted here"},
         Case{"good", {}, false, "from no authority that is trusted here"},
         Case{"expired", trusted, false, "has expired"}, Case{"elsewhere", trusted, false, "for another name"},
         Case{"good", trusted, true, "refuses a client without a certificate"},
-        Case{"good", {made / "ca.pem", "", foreign / "good.pem", ""}, true, "refuses this client's certificate"},
+        Case{"good",
+             {made / "ca.pem", "", foreign / "good.pem", ""},
+             true,
+             "refuses this client's certificate"},
         Case{"good", {made / "missing", "", "", ""}, false, "the CA, cannot be read"},
         Case{"good", {made / "ca.key", "", "", ""}, false, "is not a certificate in PEM"}}) {
     const LocalServer server([&](int connection) {
-      serveTls(connection, made / (std::string(each.Certificate) + ".pem"), each.AsksClient ? made / "ca.pem" : "");
+      serveTls(connection, made / (std::string(each.Certificate) + ".pem"),
+               each.AsksClient ? made / "ca.pem" : "");
     });
     const auto [number, words] = failureOf([&] { openAt(server.port(), &each.Client, "localhost"); });
     EXPECT_EQ(number, 8002);

@@ -20,7 +20,8 @@ class Certificates {
   void add(const std::string& name, int days, const std::string& host) const {
     run("req -new -newkey ec:curve -nodes -keyout " + name + ".pem -subj /CN=" + name +
         " -addext subjectAltName=DNS:" + host + " 2>log | openssl x509 -req -CA ca.pem -CAkey ca.key -days " +
-        std::to_string(days) + " -copy_extensions copy -out " + name + ".crt 2>log && cat " + name + ".crt >>" + name + ".pem");
+        std::to_string(days) + " -copy_extensions copy -out " + name + ".crt 2>log && cat " + name +
+        ".crt >>" + name + ".pem");
   }
   /// With colons, as openssl writes it.
   std::string fingerprint(const std::string& name) const {

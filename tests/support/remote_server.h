@@ -18,13 +18,20 @@
 
 namespace hy_wristlog::platform {
 
-/// A listening socket of this machine. Each connection is handed to `serve`, one after the other, in a thread.
+inline sockaddr_in loopback(std::uint16_t port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(port);
+  return address;
+}
+
+/// A listening socket of this machine. Each connection is handed to `serve`, one after the other, in a
+/// thread.
 class LocalServer {
  public:
   explicit LocalServer(std::function<void(int)> serve) : serve_(std::move(serve)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    sockaddr_in address = loopback(0);
     socklen_t size = sizeof address;
     EXPECT_EQ(::bind(listener_.get(), reinterpret_cast<sockaddr*>(&address), size), 0);
     EXPECT_EQ(::listen(listener_.get(), 4), 0);
@@ -64,8 +71,8 @@ inline void reset(int connection) {
   ::setsockopt(connection, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
 }
 
-/// The other end of a port on another machine: agrees on everything, sends data back, answers what is asked, and
-/// keeps what it was told in `told`.
+/// The other end of a port on another machine: agrees on everything, sends data back, answers what is asked,
+/// and keeps what it was told in `told`.
 class EchoingPort final : private telnet::Listener {
  public:
   explicit EchoingPort(bool byteByByte = false) : byteByByte_(byteByByte) {
@@ -76,7 +83,8 @@ class EchoingPort final : private telnet::Listener {
   }
 
   /// Until the other end has gone, or `goesOn` says false; called after each message and about every 10 ms.
-  void serve(int connection, const std::function<bool(EchoingPort&)>& goesOn = [](EchoingPort&) { return true; }) {
+  void serve(
+      int connection, const std::function<bool(EchoingPort&)>& goesOn = [](EchoingPort&) { return true; }) {
     connection_ = connection;
     for (pollfd state{connection, POLLIN, 0}; goesOn(*this);) {
       if (::poll(&state, 1, 10) <= 0) continue;
@@ -118,7 +126,8 @@ class EchoingPort final : private telnet::Listener {
     else if (message->Number != com_port::SetControl)
       com_port::addMessage(toSend_, answer, message->Value);
     const std::lock_guard guard(lock_);
-    told_ += std::to_string(message->Number) + "=" + std::to_string(number.value_or(message->byte().value_or(0))) + " ";
+    told_ += std::to_string(message->Number) + "=" +
+             std::to_string(number.value_or(message->byte().value_or(0))) + " ";
   }
 
   bool byteByByte_, refusesBaud_ = false;

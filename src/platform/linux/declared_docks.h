@@ -24,7 +24,7 @@ struct DeclaredDock {
 
 struct DeclaredDocks {
   std::vector<DeclaredDock> Docks;
-  std::vector<std::string> Troubles;  ///< what is wrong with the declarations, a sentence each
+  std::vector<std::string> Troubles;  ///< what is wrong or risky in the declarations, a sentence each
 };
 
 /// Reads sections "[Dock n]" with the keys VendorID, ProductID, Class, COMport, Device, CA, Fingerprint,

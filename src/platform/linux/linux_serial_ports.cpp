@@ -76,9 +76,7 @@ std::string groupName(gid_t id) {
   }
 }
 
-}  // namespace
-
-std::unique_ptr<SerialPort> openSerialDevice(const std::string& path, const std::string& name) {
+std::unique_ptr<SerialPort> openTerminal(const std::string& path, const std::string& name) {
   struct stat device {};
   if (::stat(path.c_str(), &device) != 0) raiseForErrno(errno, name, device);
   if (!S_ISCHR(device.st_mode)) raiseNoTerminal(name);
@@ -99,14 +97,23 @@ std::unique_ptr<SerialPort> openSerialDevice(const std::string& path, const std:
   return std::make_unique<LinuxSerialPort>(std::move(fd), name);
 }
 
+}  // namespace
+
+std::unique_ptr<SerialPort> openSerialDevice(const std::string& device, const std::string& name,
+                                             const TlsIdentity& identity) {
+  if (const auto address = parseRemoteAddress(device)) return openRemotePort(*address, identity, name);
+  if (isRemoteAddress(device))
+    raise(InvalidPort, name + " is no whole address, such as rfc2217s://host:4001");
+  return openTerminal(device, name);
+}
+
 std::unique_ptr<SerialPort> LinuxSerialPorts::open(std::int32_t number) {
   const auto docks = readDeclaredDocks(userDataFolder(environment_)).Docks;
   const std::string path = devicePathOfPort(number, docks);
   if (path.empty()) raise(InvalidPort, "COM" + std::to_string(number) + " is not a port number");
   const std::string name = "COM" + std::to_string(number) + " (" + printable(path) + ")";
-  if (const auto address = parseRemoteAddress(path))
-    return openRemotePort(*address, declaredDockOfPort(number, docks)->Identity, name);
-  return openSerialDevice(path, name);
+  const DeclaredDock* const dock = declaredDockOfPort(number, docks);
+  return openSerialDevice(path, name, dock != nullptr ? dock->Identity : TlsIdentity{});
 }
 
 std::unique_ptr<SerialPort> LinuxSerialPorts::openDevice(const std::string& device) {

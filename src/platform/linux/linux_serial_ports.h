@@ -1,11 +1,12 @@
 #pragma once
 
+#include "platform/linux/remote/remote_address.h"
 #include "platform/platform.h"
 
 namespace hy_wristlog::platform {
 
-/// Opens terminal devices under COM port numbers. A port is held exclusively, against other programs and
-/// against a second opening by this one, also for the superuser.
+/// Opens terminal devices and ports of other machines under COM port numbers. A device is held exclusively,
+/// against other programs and against a second opening by this one, also for the superuser.
 class LinuxSerialPorts final : public SerialPorts {
  public:
   explicit LinuxSerialPorts(Environment& environment) : environment_(environment) {}
@@ -17,7 +18,9 @@ class LinuxSerialPorts final : public SerialPorts {
   Environment& environment_;
 };
 
-/// Opens the terminal at `path`; `name` is its name in failures.
-std::unique_ptr<SerialPort> openSerialDevice(const std::string& path, const std::string& name);
+/// Opens the terminal at a path, or the port at an address of another machine; `name` is its name in
+/// failures.
+std::unique_ptr<SerialPort> openSerialDevice(const std::string& device, const std::string& name,
+                                             const TlsIdentity& identity = {});
 
 }  // namespace hy_wristlog::platform

@@ -48,7 +48,7 @@ RemoteSerialPort::RemoteSerialPort(std::unique_ptr<RemoteChannel> channel, std::
 }
 
 RemoteSerialPort::~RemoteSerialPort() {
-  if (!gone_.empty()) return;
+  if (!begun_ || !gone_.empty()) return;
   try {
     sendMessages();
     const Time deadline = SteadyClock::now() + LongestFarewell;
