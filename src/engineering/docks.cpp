@@ -1,9 +1,11 @@
 #include "engineering/docks.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "hy_wristlog/failure.h"
 #include "platform/listed_docks.h"
+#include "platform/one_dock_world.h"
 #include "platform/platform.h"
 #include "start_up/start_up.h"
 #include "varden/VardenLogger.h"
@@ -88,6 +90,16 @@ std::string declaredDocksFile() {
 }
 
 std::vector<std::string> declarationTroubles() { return platform::current().deviceTree().troubles(); }
+
+bool isOnOtherMachine(std::int32_t port) try {
+  const auto isAddress = [](const std::string& name) { return name.find("://") != std::string::npos; };
+  for (const char* const classGuid : platform::DockClasses)
+    for (const auto& dock : platform::devicesOf(platform::current().deviceTree(), classGuid))
+      if (dock.Port == port && std::any_of(dock.Names.begin(), dock.Names.end(), isAddress)) return true;
+  return false;
+} catch (const platform::SystemError&) {
+  return false;
+}
 
 std::string portTrouble(std::int32_t port) { return portView(port).Trouble; }
 

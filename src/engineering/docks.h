@@ -46,6 +46,9 @@ PortView portView(std::int32_t port);
 /// "free", "in use", "no permission", "missing", "unusable", "no port".
 std::string portWords(PortState state);
 
+/// Whether COM port `port` is seen to be one of another machine.
+bool isOnOtherMachine(std::int32_t port);
+
 /// Why COM port `port` cannot be opened, and what to do about it; empty when it can be opened.
 std::string portTrouble(std::int32_t port);
 

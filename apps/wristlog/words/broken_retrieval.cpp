@@ -1,7 +1,5 @@
 #include "words/broken_retrieval.h"
 
-#include <algorithm>
-
 #include "base/numbers.h"
 #include "engineering/docks.h"
 #include "hy_wristlog/failure.h"
@@ -21,14 +19,18 @@ std::string amount(std::int64_t came, std::int64_t all) {
   return std::to_string(came / Kilobyte) + " of " + std::to_string((all + Kilobyte / 2) / Kilobyte) + " KB";
 }
 
-bool isDockThere(hw::enmLoggerPointer model) {
+/// What may have happened to the dock, with a comma where the sentence needs one.
+std::string lossOfDock(hw::enmLoggerPointer model) {
   try {
-    const auto docks = hw::engineering::docks();
-    return std::any_of(docks.begin(), docks.end(),
-                       [&](const auto& dock) { return dock.Model == model && dock.Connected > 0; });
+    for (const auto& dock : hw::engineering::docks())
+      if (dock.Model == model && dock.Connected > 0)
+        return hw::engineering::isOnOtherMachine(dock.Port)
+                   ? "The network to the dock failed, or the dock was disconnected there,"
+                   : "The dock was disconnected, or its port locked up,";
   } catch (const hw::Failure&) {
-    return false;
+    // The search for docks fails where the dock is gone.
   }
+  return "The dock was disconnected";
 }
 
 /// When it broke off, after a verb: " during the download, after 12 of 30 KB."
@@ -44,9 +46,11 @@ std::string lossOf(const BrokenRetrieval& broken) {
       !hw::isOneOf(broken.Code, {ReturnCode::NotFound, PortStateFailure, ClosedWhileInUse, InvalidPort,
                                  PortNotAvailable, DockPortFailure}))
     return {};
-  if (!isDockThere(broken.Model)) return "The dock was disconnected";
-  return broken.Code == ReturnCode::NotFound ? "The logger was taken out of its dock, or lost contact,"
-                                             : "The dock was disconnected, or its port locked up,";
+  const std::string loss = lossOfDock(broken.Model);
+  const bool isThere = loss.ends_with(',');
+  return isThere && broken.Code == ReturnCode::NotFound
+             ? "The logger was taken out of its dock, or lost contact,"
+             : loss;
 }
 
 std::string cause(const BrokenRetrieval& broken) {
