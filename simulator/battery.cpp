@@ -28,6 +28,12 @@ void Battery::setDocked(bool docked) {
   docked_ = docked;
 }
 
+void Battery::persist(SavedState& state) {
+  state.moment("battery.since", since_);
+  state.real("battery.charge", chargeThen_, 0, 1);
+  state.flag("battery.docked", docked_);
+}
+
 double Battery::voltage() const {
   if (fixed_) return fixed_->Resting;
   const double used = 1.0 - charge();

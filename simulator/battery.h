@@ -3,6 +3,7 @@
 #include <chrono>
 #include <optional>
 
+#include "simulator/saved_state.h"
 #include "simulator/timeline.h"
 
 namespace hy_wristlog::simulator {
@@ -21,6 +22,8 @@ class Battery {
   void setDocked(bool docked);
   /// Fixed voltages in place of those that follow from the charge.
   void setVoltages(double voltage, double loaded) { fixed_ = Voltages{voltage, loaded}; }
+
+  void persist(SavedState& state);
 
   double voltage() const;
   double voltageUnderLoad() const;

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <array>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <variant>
 
 #include "simulator/simulated_world.h"
 
@@ -39,6 +42,39 @@ struct Bench : DockBench {
 struct PendrelBench : DockBench {
   SimulatedPendrel* Logger = nullptr;
 };
+
+/// What the models are called.
+inline constexpr std::array<std::string_view, 5> ModelNames{"vivid", "kestrin2", "pendrel13", "pendrel14",
+                                                            "pendrel27"};
+
+/// How the model of that name leaves the factory, and the dock that it needs. Throws std::invalid_argument
+/// for another name.
+struct ModelOptions {
+  DockOptions Dock;
+  std::variant<LoggerOptions, PendrelOptions> Logger;
+};
+ModelOptions modelOptions(std::string_view model);
+/// A bench with a logger of either family.
+struct ModelBench : DockBench {
+  ModelOptions Options;  ///< of which it was made
+  SimulatedLogger* Logger = nullptr;
+  SimulatedPendrel* Pendrel = nullptr;
+
+  Dockable& dockable() const {
+    return Logger != nullptr ? static_cast<Dockable&>(*Logger) : static_cast<Dockable&>(*Pendrel);
+  }
+  void wear(nanoseconds duration, const WearOptions& options = {}) const {
+    Logger != nullptr ? Logger->wear(duration, options) : Pendrel->wear(duration, options);
+  }
+  void persist(SavedState& state) const {
+    Logger != nullptr ? Logger->persist(state) : Pendrel->persist(state);
+  }
+};
+
+ModelBench makeBench(const ModelOptions& options, const WorldOptions& world, bool loggerInDock = true);
+/// Sets a logger up for both activity and light, or activity and steps, as far as it has them, as
+/// `ordinarySetup` does.
+void setUpForWearing(const ModelBench& bench, std::int32_t epochLength);
 
 BenchOptions vividBenchOptions();
 BenchOptions kestrin2BenchOptions();

@@ -14,6 +14,7 @@
 #include "hy_wristlog/failure.h"
 #include "platform/work_under_way.h"
 #include "simulator/bench.h"
+#include "simulator/named_faults.h"
 
 namespace hy_wristlog::simulator {
 namespace {
@@ -33,16 +34,9 @@ void require(bool good, const char* why) {
   if (!good) refuse(HY_SIMULATOR_ARGUMENT, why);
 }
 
-/// A bench with its logger, which is of one of the two families.
-struct OpenBench {
+/// A bench with its number.
+struct OpenBench : ModelBench {
   std::int32_t Number = 0;
-  DockBench Bench;
-  SimulatedLogger* Logger = nullptr;
-  SimulatedPendrel* Pendrel = nullptr;
-
-  Dockable& dockable() const {
-    return Logger != nullptr ? static_cast<Dockable&>(*Logger) : static_cast<Dockable&>(*Pendrel);
-  }
 };
 
 /// The benches of one thread, the one in use last.
@@ -115,29 +109,6 @@ WorldOptions worldOptions(const char* zone, std::int64_t begins) {
   return options;
 }
 
-OpenBench makeVarden(BenchOptions options, WorldOptions world) {
-  options.World = std::move(world);
-  const Bench bench = makeBench(options);
-  return {0, bench, bench.Logger, nullptr};
-}
-
-OpenBench makePendrel(PendrelModel model, WorldOptions world) {
-  PendrelBenchOptions options;
-  options.World = std::move(world);
-  options.Logger.Model = model;
-  const PendrelBench bench = makePendrelBench(options);
-  return {0, bench, nullptr, bench.Logger};
-}
-
-OpenBench make(std::string_view model, WorldOptions world) {
-  if (model == "vivid") return makeVarden(vividBenchOptions(), std::move(world));
-  if (model == "kestrin2") return makeVarden(kestrin2BenchOptions(), std::move(world));
-  if (model == "pendrel13") return makePendrel(PendrelModel::Plain, std::move(world));
-  if (model == "pendrel14") return makePendrel(PendrelModel::Checksums, std::move(world));
-  if (model == "pendrel27") return makePendrel(PendrelModel::Steps, std::move(world));
-  refuse(HY_SIMULATOR_ARGUMENT, "the models are vivid, kestrin2, pendrel13, pendrel14 and pendrel27");
-}
-
 Mode modeOf(std::int32_t mode) {
   for (const Mode known :
        {Mode::Off, Mode::Activity, Mode::StandardLight, Mode::ActivityAndStandardLight, Mode::SpecialLight,
@@ -147,7 +118,7 @@ Mode modeOf(std::int32_t mode) {
 }
 
 void setUp(OpenBench& open, std::int32_t mode, std::int32_t epoch) {
-  const SimulatedWorld& world = *open.Bench.World;
+  const SimulatedWorld& world = *open.World;
   if (open.Pendrel != nullptr) {
     open.Pendrel->setUp(ordinaryPendrelSetup(world, epoch, mode != 1));
     return;
@@ -159,7 +130,7 @@ void setUp(OpenBench& open, std::int32_t mode, std::int32_t epoch) {
 }
 
 void act(OpenBench& open, std::string_view deed) {
-  SimulatedDock& dock = *open.Bench.Dock;
+  SimulatedDock& dock = *open.Dock;
   if (deed == "pull out")
     dock.pullOut();
   else if (deed == "insert")
@@ -175,44 +146,9 @@ void act(OpenBench& open, std::string_view deed) {
   else if (deed == "lock up")
     dock.Faults.LockedUp = true;
   else if (deed == "reconnect")
-    open.Bench.line().reconnect();
+    open.line().reconnect();
   else
     refuse(HY_SIMULATOR_ARGUMENT, "nothing is known by the name of \"" + std::string(deed) + "\"");
-}
-
-template <class Faults>
-Fault* echoFault(Faults& faults, std::string_view name) {
-  if (name == "lose echo") return &faults.LoseEcho;
-  if (name == "alter echo") return &faults.AlterEcho;
-  if (name == "delay echo") return &faults.DelayEcho;
-  return nullptr;
-}
-
-Fault* lineFault(LineFaults& faults, std::string_view name) {
-  if (name == "lose to pc") return &faults.LoseToPc;
-  if (name == "lose to logger") return &faults.LoseToLogger;
-  if (name == "alter to pc") return &faults.AlterToPc;
-  if (name == "alter to logger") return &faults.AlterToLogger;
-  return nullptr;
-}
-
-Fault* loggerFault(LoggerFaults& faults, std::string_view name) {
-  if (name == "bad line checksum") return &faults.BadLineChecksum;
-  if (name == "ignore command") return &faults.IgnoreCommand;
-  if (name == "refuse clock") return &faults.RefuseClock;
-  if (name == "misstore config") return &faults.MisstoreConfig;
-  if (name == "bad config checksum") return &faults.BadConfigChecksum;
-  return echoFault(faults, name);
-}
-
-Fault& faultOf(OpenBench& open, std::string_view name) {
-  Fault* found = lineFault(open.Bench.line().Faults, name);
-  if (found == nullptr)
-    found = open.Logger != nullptr ? loggerFault(open.Logger->Faults, name)
-                                   : echoFault(open.Pendrel->Faults, name);
-  if (found == nullptr)
-    refuse(HY_SIMULATOR_ARGUMENT, "the logger has no fault \"" + std::string(name) + "\"");
-  return *found;
 }
 
 /// Worlds are not changed inside a workflow: its waiting calls would go on in another world.
@@ -223,15 +159,15 @@ void requireIdle(platform::Platform& world) {
 
 void close(const OpenBench& bench) {
   requireIdle(platform::current());
-  if (bench.Bench.Dock->isOpen()) refuse(HY_SIMULATOR_REFUSED, "a workflow is using the dock");
+  if (bench.Dock->isOpen()) refuse(HY_SIMULATOR_REFUSED, "a workflow is using the dock");
   Desk& own = desk();
   const bool inUse = bench.Number == own.Open.back().Number;
-  const auto world = bench.Bench.World;  // keeps the world alive until the thread is back in the former one
+  const auto world = bench.World;  // keeps the world alive until the thread is back in the former one
   std::erase_if(own.Open, [number = bench.Number](const OpenBench& open) { return open.Number == number; });
   if (own.Open.empty())
     platform::use(std::exchange(own.Former, nullptr));
   else if (inUse)
-    platform::use(own.Open.back().Bench.World);
+    platform::use(own.Open.back().World);
 }
 
 }  // namespace
@@ -248,10 +184,9 @@ HySimulatorResult hySimulatorOpen(const char* model, const char* zone, int64_t b
     *bench = 0;
     requireIdle(platform::current());
     Desk& own = desk();
-    OpenBench made = make(textOf(model), worldOptions(zone, begins));
-    made.Number = own.LastNumber + 1;
+    OpenBench made{makeBench(modelOptions(textOf(model)), worldOptions(zone, begins)), own.LastNumber + 1};
     own.Open.push_back(made);
-    auto former = platform::use(made.Bench.World);
+    auto former = platform::use(made.World);
     if (own.Open.size() == 1) own.Former = std::move(former);
     *bench = own.LastNumber = made.Number;
   });
@@ -270,25 +205,25 @@ HySimulatorResult hySimulatorWear(int32_t bench, double seconds, uint32_t seed) 
     const nanoseconds duration = durationOf(seconds);
     WearOptions options;
     options.Seed = seed;
-    open.Logger != nullptr ? open.Logger->wear(duration, options) : open.Pendrel->wear(duration, options);
+    open.wear(duration, options);
   });
 }
 
 HySimulatorResult hySimulatorAdvance(int32_t bench, double seconds) {
-  return withBench(bench, [&](const OpenBench& open) { open.Bench.World->advance(durationOf(seconds)); });
+  return withBench(bench, [&](const OpenBench& open) { open.World->advance(durationOf(seconds)); });
 }
 
 HySimulatorResult hySimulatorElapsed(int32_t bench, double* seconds) {
   return withBench(bench, [&](const OpenBench& open) {
     require(seconds != nullptr, "there is no room for the seconds");
-    *seconds = open.Bench.World->elapsed();
+    *seconds = open.World->elapsed();
   });
 }
 
 HySimulatorResult hySimulatorNow(int32_t bench, int64_t* seconds) {
   return withBench(bench, [&](const OpenBench& open) {
     require(seconds != nullptr, "there is no room for the seconds");
-    *seconds = open.Bench.World->now();
+    *seconds = open.World->now();
   });
 }
 
@@ -301,26 +236,15 @@ HySimulatorResult hySimulatorSetFault(int32_t bench, const char* fault, int32_t 
     const std::string_view name = textOf(fault);
     require(skip >= 0 && times >= Fault::Always,
             "a fault skips 0 or more, and strikes 0 or more times or -1");
-    if (name == "silent")
-      (open.Logger != nullptr ? open.Logger->Faults.Silent : open.Pendrel->Faults.Silent) = times != 0;
-    else
-      faultOf(open, name) = {skip, times};
+    setNamedFault(open, name, {skip, times});
   });
 }
 
 HySimulatorResult hySimulatorAfterBytes(int32_t bench, uint64_t bytes, const char* deed) {
   return withBench(bench, [&](const OpenBench& open) {
     const std::string_view name = textOf(deed);
-    SimulatedLine& line = open.Bench.line();
-    constexpr std::uint64_t MostBytes = 1ULL << 40;
-    require(bytes <= MostBytes, "no line carries so many bytes");
-    if (name == "cut")
-      line.Faults.CutAfterTotal = line.traffic().total() + bytes;
-    else if (name == "pull out")
-      open.Bench.Dock->pullOutAfterBytes(bytes);
-    else if (name == "unplug")
-      open.Bench.Dock->unplugAfterBytes(bytes);
-    else
+    if (name != "cut" && name != "pull out" && name != "unplug")
       refuse(HY_SIMULATOR_ARGUMENT, "after so many bytes: cut, pull out or unplug");
+    setNamedFault(open, std::string(name) + " after", always(), std::to_string(bytes));
   });
 }

@@ -69,6 +69,13 @@ void ConfigBlock::write(std::span<const std::uint8_t> bytes) {
   damaged_ = false;
 }
 
+void ConfigBlock::persist(SavedState& state) {
+  std::vector<std::uint8_t> bytes(bytes_.begin(), bytes_.end());
+  state.bytes("config", bytes, 0);
+  std::copy(bytes.begin(), bytes.end(), bytes_.begin());
+  state.flag("config.damaged", damaged_);
+}
+
 std::array<std::uint8_t, ConfigBlock::Size> ConfigBlock::image() const {
   auto image = bytes_;
   std::uint16_t crc = checksum(std::span{image}.subspan(2));

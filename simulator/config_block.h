@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "simulator/saved_state.h"
+
 namespace hy_wristlog::simulator {
 
 /// A field of the config block; numbers are little-endian.
@@ -58,6 +60,8 @@ class ConfigBlock {
   void setText(BlockField field, std::string_view text);
   /// Stores what a PC sent, from `WritableFrom` on.
   void write(std::span<const std::uint8_t> bytes);
+
+  void persist(SavedState& state);
 
   /// Makes the checksum wrong until something is stored again.
   void damageChecksum() { damaged_ = true; }

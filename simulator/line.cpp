@@ -39,6 +39,10 @@ void SimulatedLine::portOpened() {
 void SimulatedLine::portClosed() {
   open_ = false;
   discardInput();
+  discardOutput();
+}
+
+void SimulatedLine::discardOutput() {
   toLogger_.Queue.clear();
   toLogger_.Arrival.cancel();
 }

@@ -69,6 +69,8 @@ class SimulatedLine {
   std::size_t read(std::span<std::uint8_t> into);
   bool hasInput() const { return !received_.empty(); }
   void discardInput();
+  /// Drops what the PC has written but what has not left yet.
+  void discardOutput();
   platform::LineErrors takeErrors();
 
   // The logger's side.
@@ -80,6 +82,8 @@ class SimulatedLine {
   void send(std::span<const std::uint8_t> bytes, nanoseconds delay = nanoseconds{0});
   /// True when all that the logger sent has left.
   bool idle() const { return toPc_.Queue.empty(); }
+  /// True when nothing is on its way in either direction.
+  bool atRest() const { return idle() && toLogger_.Queue.empty() && heldBack_.empty(); }
   /// Drops what the logger has queued but not yet sent.
   void dropUnsent();
 

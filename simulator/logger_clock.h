@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 
+#include "simulator/saved_state.h"
 #include "simulator/timeline.h"
 
 namespace hy_wristlog::simulator {
@@ -26,6 +27,12 @@ class LoggerClock {
     shown_ = std::chrono::seconds{seconds};
   }
 
+  void persist(SavedState& state) {
+    state.moment("clock.set_at", setAt_);
+    state.moment("clock.shown", shown_);
+    state.number("clock.drift", partsPerBillion_, -MostDrift, MostDrift);
+  }
+
   Moment reading() const { return readingAt(timeline_.now()); }
   std::int64_t seconds() const { return std::chrono::floor<std::chrono::seconds>(reading()).count(); }
 
@@ -46,7 +53,7 @@ class LoggerClock {
     return shown_ + nanoseconds{gone + drift};
   }
 
-  static constexpr std::int64_t Billion = 1000000000;
+  static constexpr std::int64_t Billion = 1000000000, MostDrift = Billion / 10;
 
   const Timeline& timeline_;
   Moment setAt_, shown_;

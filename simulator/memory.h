@@ -6,6 +6,8 @@
 #include <span>
 #include <vector>
 
+#include "simulator/saved_state.h"
+
 namespace hy_wristlog::simulator {
 
 /// A logger's recording memory, plain bytes. The config block tells how many of them are used.
@@ -28,6 +30,7 @@ class RecordingMemory {
   std::span<const std::uint8_t> first(std::size_t count) const {
     return std::span{bytes_}.first(std::min(count, size()));
   }
+  void persist(SavedState& state) { state.bytes("memory", bytes_, Blank); }
   void erase() { std::ranges::fill(bytes_, Blank); }
 
  private:

@@ -51,13 +51,30 @@ PendrelParts makeParts(const Timeline& timeline, const PendrelOptions& options) 
 
 }  // namespace
 
+void persist(SavedState& state, PendrelOptions& options) {
+  constexpr std::size_t SerialLength = 4;
+  constexpr std::int64_t MostZoneMinutes = 24 * 60;
+  std::uint8_t firmware = firmwareOf(options);
+  std::int64_t zone = options.Zone.value_or(std::chrono::minutes{0}).count();
+  state.number("model", options.Model, static_cast<std::int64_t>(PendrelModel::Plain),
+               static_cast<std::int64_t>(PendrelModel::Steps));
+  state.number("firmware", firmware);
+  state.number("memory_kilobytes", options.MemoryKilobytes, 8, 64);
+  state.text("serial_digits", options.SerialDigits, SerialLength);
+  state.number("activity_calibration", options.ActivityCalibration);
+  state.number("zone_minutes", zone, -MostZoneMinutes, MostZoneMinutes);
+  options.Firmware = firmware;
+  options.Zone = std::chrono::minutes{zone};
+}
+
 SimulatedPendrel::SimulatedPendrel(Timeline& timeline, const PendrelOptions& options)
     : timeline_(timeline),
       parts_(makeParts(timeline, options)),
       recorder_(timeline, parts_),
       shell_(timeline, parts_, recorder_, Faults,
              {[this](std::span<const std::uint8_t> bytes, nanoseconds delay) { say(bytes, delay); },
-              [this](std::int32_t baud) { setBaud(baud); }}),
+              [this](std::int32_t baud) { setBaud(baud); }},
+             [this](Notice notice) { tell(notice); }),
       zone_(options.Zone.value_or(std::chrono::minutes{0})) {
   recorder_.setDrift(options.ClockDrift);
 }
@@ -88,8 +105,33 @@ void SimulatedPendrel::wear(nanoseconds duration, const WearOptions& options) {
       if (happening.After <= duration)
         timeline_.after(happening.After, [this, happening] { befall(happening); });
     timeline_.advance(duration);
-    recorder_.setSource(nullptr);
+    recorder_.setSource(wearer_ ? &*wearer_ : nullptr);
   });
+}
+
+void SimulatedPendrel::putOn(const WearOptions& options) {
+  wears_ = options;
+  wearer_.emplace(options, zone_);
+  recorder_.setSource(&*wearer_);
+}
+
+void SimulatedPendrel::persist(SavedState& state) {
+  constexpr std::size_t SubjectLength = 64, DayLength = 6, TimeLength = 4;
+  state.number("status_byte", parts_.StatusByte);
+  state.number("resets", parts_.Resets);
+  state.number("epoch_code", parts_.EpochCode);
+  state.text("subject", parts_.Texts.Subject, SubjectLength);
+  state.text("start_date", parts_.Texts.StartDate, DayLength);
+  state.text("start_time", parts_.Texts.StartTime, TimeLength);
+  state.text("battery_date", parts_.Texts.BatteryDate, DayLength);
+  parts_.Memory.persist(state);
+  recorder_.persist(state);
+  shell_.persist(state);
+  simulator::persist(state, wears_);
+  if (!state.loading()) return;
+  putOn(wears_);
+  recorder_.dockChanged(false);
+  recorder_.released();
 }
 
 /// The logger does not measure its battery: a low one changes nothing, an empty one ends the recording.

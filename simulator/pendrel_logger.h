@@ -27,6 +27,9 @@ struct PendrelOptions {
   std::optional<std::chrono::minutes> Zone;
 };
 
+/// Those of the options that a logger does not keep among its parts.
+void persist(SavedState& state, PendrelOptions& options);
+
 /// What a PC writes into a Pendrel logger before a recording.
 struct PendrelSetup {
   std::string Subject = std::string(64, ' ');
@@ -66,6 +69,11 @@ class SimulatedPendrel : public Dockable {
   /// Restarts the processor: recording or waiting ends, and one more reset is counted.
   void powerReset();
 
+  /// Saves or loads all but the faults. Loading takes a logger that is in no dock and was made with the
+  /// options that were saved. Raises WrongState.
+  void persist(SavedState& state);
+  void putOn(const WearOptions& options) override;
+  bool busyWithItself() const override { return shell_.clearsOrRestarts(); }
   bool fits(DockKind kind) const override { return kind == DockKind::Pendreader; }
 
  private:
@@ -80,6 +88,8 @@ class SimulatedPendrel : public Dockable {
   PendrelRecorder recorder_;
   PendrelShell shell_;
   std::chrono::minutes zone_;
+  WearOptions wears_;
+  std::optional<Wearer> wearer_;
 };
 
 }  // namespace hy_wristlog::simulator

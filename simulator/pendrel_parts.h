@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "simulator/saved_state.h"
+
 namespace hy_wristlog::simulator {
 
 /// The model without checksums, the one with them, and the one that also counts steps.
@@ -76,6 +78,10 @@ class PendrelMemory {
     std::ranges::copy(bytes, bytes_.begin() + static_cast<std::ptrdiff_t>(HeaderSize + used()));
     pointer_ = static_cast<std::int32_t>(used() + bytes.size());
     return true;
+  }
+  void persist(SavedState& state) {
+    state.bytes("memory", bytes_, Blank);
+    state.number("memory.pointer", pointer_, Empty, static_cast<std::int64_t>(capacity()));
   }
   /// Blanks the recording; the header stays.
   void clear() {

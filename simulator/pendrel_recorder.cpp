@@ -43,6 +43,27 @@ void PendrelRecorder::stop() {
   alarm_.cancel();
 }
 
+void PendrelRecorder::persist(SavedState& state) {
+  constexpr std::int32_t MostEpochs = 32896, LongestEpoch = 945;
+  constexpr std::int64_t Slowest = 1100000000, Fastest = 900000000;
+  state.number("recorder.state", state_, 0, static_cast<std::int64_t>(State::Recording));
+  state.number("recorder.delay_epochs", delay_.Epochs, 0, MostEpochs);
+  state.number("recorder.delay_seconds", delay_.Seconds, 0, LongestEpoch);
+  state.number("recorder.epoch_length", epochLength_, 0, LongestEpoch);
+  state.number("recorder.epochs", epochs_, 0, UINT16_MAX);
+  state.moment("recorder.begins", begins_);
+  state.number("recorder.second", nanosecondsPerSecond_, Fastest, Slowest);
+  state.flag("recorder.docked", docked_);
+  if (!state.loading()) return;
+  alarm_.cancel();
+  if (state_ == State::Idle) return;
+  state.require(epochLength_ >= 1, "the recording's epoch");
+  if (state_ == State::Waiting) alarm_.set(begins_);
+  if (!recording()) return;
+  scale_ = PendrelScale{epochLength_, parts_.ActivityCalibration};
+  alarm_.set(begins_ + lasting((epochs_ + 1) * epochLength_));
+}
+
 void PendrelRecorder::arm(const PendrelDelay& delay) {
   stop();
   delay_ = delay;

@@ -50,6 +50,8 @@ class PendrelRecorder {
   /// Begins the recording at a moment of the world's time, at once when that has passed.
   void startAt(Moment moment);
   void stop();
+  /// Loading goes on where the recorder was saved. Raises WrongState.
+  void persist(SavedState& state);
   void dockChanged(bool docked) { docked_ = docked; }
   /// The pointer as the setup reports it. While the logger waits it counts the last 128 epochs before the
   /// recording.

@@ -134,12 +134,13 @@ std::optional<PendrelDelay> delayOf(std::string_view epochWord, std::string_view
 }  // namespace
 
 PendrelShell::PendrelShell(Timeline& timeline, PendrelParts& parts, PendrelRecorder& recorder,
-                           PendrelFaults& faults, Line line)
+                           PendrelFaults& faults, Line line, Tell tell)
     : timeline_(timeline),
       parts_(parts),
       recorder_(recorder),
       faults_(faults),
       line_(std::move(line)),
+      tell_(std::move(tell)),
       alarm_(timeline, [this] { due(); }) {}
 
 void PendrelShell::restart() {
@@ -240,9 +241,11 @@ void PendrelShell::obey(char letter, std::string_view arguments) {
     case 'X':
       recorder_.stop();
       parts_.Memory.clear();
+      tell_(Notice::Erased);
       break;
     case 'G':
       recorder_.stop();
+      tell_(Notice::Stopped);
       epochWord_.clear();
       begin(Task::Restart, RestartTime);
       break;
@@ -263,12 +266,14 @@ void PendrelShell::obey(char letter, std::string_view arguments) {
       break;
     case 'W':
       recorder_.arm(*delayOf(arguments.substr(0, 4), arguments.substr(4), parts_.epochLength()));
+      tell_(Notice::Configured);
       break;
     case 'H':
       epochWord_ = arguments;
       break;
     case 'F':
       recorder_.arm(*delayOf(std::exchange(epochWord_, {}), arguments, parts_.epochLength()));
+      tell_(Notice::Configured);
       break;
     default:
       break;
@@ -363,6 +368,7 @@ void PendrelShell::due() {
       break;
     case Task::EndBlock:
       line_.SetBaud(CommandBaud);
+      if (!holdsMoreBlocks()) tell_(Notice::Downloaded);
       break;
     case Task::Clear:
       say("\r>");
@@ -370,6 +376,19 @@ void PendrelShell::due() {
     default:
       break;
   }
+}
+
+/// Whether the recording goes on behind the block that was sent last.
+bool PendrelShell::holdsMoreBlocks() const {
+  return (block_ + 1) * PendrelMemory::BlockSize < PendrelMemory::HeaderSize + parts_.Memory.used();
+}
+
+void PendrelShell::persist(SavedState& state) {
+  constexpr std::size_t EpochWordLength = 4;
+  state.text("shell.epoch_word", epochWord_, EpochWordLength);
+  bool clears = task_ == Task::Clear;
+  state.flag("shell.clears", clears);
+  if (state.loading() && clears) begin(Task::Clear, nanoseconds{0});
 }
 
 void PendrelShell::sendBlock() {

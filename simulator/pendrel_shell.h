@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "simulator/dockable.h"
 #include "simulator/fault.h"
 #include "simulator/pendrel_parts.h"
 #include "simulator/pendrel_recorder.h"
@@ -48,8 +49,10 @@ class PendrelShell {
     std::function<void(std::int32_t)> SetBaud;
   };
 
+  using Tell = std::function<void(Notice)>;
+
   PendrelShell(Timeline& timeline, PendrelParts& parts, PendrelRecorder& recorder, PendrelFaults& faults,
-               Line line);
+               Line line, Tell tell);
 
   void receive(std::uint8_t byte);
   /// Drops the typed command and a block on its way, without an answer; a running clear goes on.
@@ -61,6 +64,8 @@ class PendrelShell {
   void forgetCommands() { commands_.clear(); }
   /// True while the logger does not listen: it clears its memory, restarts or sends a block.
   bool busy() const { return task_ != Task::None; }
+  bool clearsOrRestarts() const { return task_ == Task::Clear || task_ == Task::Restart; }
+  void persist(SavedState& state);
   /// The lines of the setup, without their ends.
   std::vector<std::string> setupLines() const;
 
@@ -81,12 +86,14 @@ class PendrelShell {
   void begin(Task task, nanoseconds duration);
   void due();
   void sendBlock();
+  bool holdsMoreBlocks() const;
 
   Timeline& timeline_;
   PendrelParts& parts_;
   PendrelRecorder& recorder_;
   PendrelFaults& faults_;
   Line line_;
+  Tell tell_;
   Alarm alarm_;
   Task task_ = Task::None;
   std::string typed_;

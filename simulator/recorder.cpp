@@ -240,6 +240,25 @@ void Recorder::dockChanged(bool docked) {
   writeEvent(bits, static_cast<std::uint32_t>(parts_.Clock.seconds()));
 }
 
+void Recorder::persist(SavedState& state) {
+  state.number("recorder.state", state_, 0, static_cast<std::int64_t>(State::Recording));
+  state.flag("recorder.stopped", stopped_);
+  state.flag("recorder.docked", docked_);
+  state.flag("recorder.left_dock", leftDock_);
+  state.flag("recorder.off_wrist", offWrist_);
+  state.flag("recorder.low_battery_told", lowBatteryTold_);
+  state.number("recorder.epoch_begins", epochBegins_, INT32_MIN, UINT32_MAX);
+  if (!state.loading()) return;
+  alarm_.cancel();
+  if (state_ == State::Idle) return;
+  state.require(epochLength() >= 1 && recordLength(parts_.Model, mode()) > 0,
+                "the recording's mode and epoch");
+  if (recording())
+    scheduleTick();
+  else
+    alarm_.set(parts_.Clock.whenShows(parts_.Block.signedNumber(block::StartTime)));
+}
+
 void Recorder::powerReset(std::uint32_t selfTest) {
   const std::uint32_t counters = parts_.Block.number(block::Counters);
   parts_.Block.set(block::Counters, counters / 16 * 16 + std::min(counters % 16 + 1, 15U));

@@ -64,6 +64,7 @@ class Recorder {
   void setSource(EpochSource* source);
   bool recording() const { return state_ == State::Recording; }
   bool waiting() const { return state_ == State::Waiting; }
+  bool docked() const { return docked_; }
 
   /// Called when a new set-up was stored; the times in the block count again.
   void arm();
@@ -73,6 +74,8 @@ class Recorder {
   void reconsider();
   void clockChanged();
   void dockChanged(bool docked);
+  /// Loading goes on where the recorder was saved. Raises WrongState.
+  void persist(SavedState& state);
   /// A power reset. The self test's answer is all zero when it passed.
   void powerReset(std::uint32_t selfTest);
 

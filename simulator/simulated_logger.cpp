@@ -57,14 +57,24 @@ LoggerOptions kestrin2Options() {
   return options;
 }
 
+void persist(SavedState& state, LoggerOptions& options) {
+  constexpr std::size_t LongestText = 16;
+  state.number("model", options.Model, 1, 2);
+  state.text("firmware", options.Firmware, LongestText);
+  state.text("display_firmware", options.DisplayFirmware, LongestText);
+  state.number("memory_units", options.MemoryUnits, 1, UINT8_MAX);
+}
+
 SimulatedLogger::SimulatedLogger(Timeline& timeline, const LoggerOptions& options)
     : timeline_(timeline),
       parts_(makeParts(timeline, options)),
       recorder_(timeline, parts_),
-      shell_(timeline, parts_, recorder_, Faults, options.DisplayFirmware,
-             [this](std::span<const std::uint8_t> bytes, nanoseconds delay) {
-               if (!Faults.Silent) say(bytes, delay);
-             }) {
+      shell_(
+          timeline, parts_, recorder_, Faults, options.DisplayFirmware,
+          [this](std::span<const std::uint8_t> bytes, nanoseconds delay) {
+            if (!Faults.Silent) say(bytes, delay);
+          },
+          [this](Notice notice) { tell(notice); }) {
   fillFactoryBlock(parts_.Block, options, parts_.Firmware, timeline.now());
   parts_.Clock.set(parts_.Clock.seconds() + options.ClockError);
   parts_.Clock.setDrift(options.ClockDrift);
@@ -88,9 +98,39 @@ void SimulatedLogger::wear(nanoseconds duration, const WearOptions& options) {
   away(options.Redock, [&] { live(duration, options); });
 }
 
+std::chrono::minutes SimulatedLogger::zone() const {
+  return std::chrono::minutes{-parts_.Block.signedNumber(block::ZoneBias)};
+}
+
+void SimulatedLogger::putOn(const WearOptions& options) {
+  wears_ = options;
+  wearer_.emplace(options, zone());
+  recorder_.setSource(&*wearer_);
+}
+
+/// Who wears it lives in the zone that it was set up for last.
+void SimulatedLogger::dockChanged(bool docked) {
+  recorder_.dockChanged(docked);
+  if (!docked && wears_) putOn(*wears_);
+}
+
+void SimulatedLogger::persist(SavedState& state) {
+  parts_.Block.persist(state);
+  parts_.Memory.persist(state);
+  parts_.Clock.persist(state);
+  parts_.Battery.persist(state);
+  state.flag("in_storage", parts_.InStorage);
+  recorder_.persist(state);
+  shell_.persist(state);
+  WearOptions options = wears_.value_or(WearOptions{});
+  simulator::persist(state, options);
+  if (!state.loading()) return;
+  putOn(options);
+  if (recorder_.docked()) dockChanged(false);
+}
+
 void SimulatedLogger::live(nanoseconds duration, const WearOptions& options) {
-  const auto zone = std::chrono::minutes{-parts_.Block.signedNumber(block::ZoneBias)};
-  Wearer wearer{options, zone};
+  Wearer wearer{options, zone()};
   recorder_.setSource(&wearer);
   for (const Happening& happening : options.Happenings) {
     if (happening.After > duration) continue;
@@ -115,7 +155,7 @@ void SimulatedLogger::live(nanoseconds duration, const WearOptions& options) {
     });
   }
   timeline_.advance(duration);
-  recorder_.setSource(nullptr);
+  recorder_.setSource(wearer_ ? &*wearer_ : nullptr);
 }
 
 void SimulatedLogger::powerReset(std::uint32_t selfTest) {

@@ -28,6 +28,8 @@ struct LoggerOptions {
   std::int64_t ClockError = 0;  ///< seconds by which its clock is ahead
 };
 
+/// Those of the options that a logger does not keep in its config block.
+void persist(SavedState& state, LoggerOptions& options);
 /// How a Kestrin 2 leaves the factory.
 LoggerOptions kestrin2Options();
 
@@ -64,6 +66,11 @@ class SimulatedLogger : public Dockable {
   /// A power reset now; `selfTest` 0 means that the self test passed.
   void powerReset(std::uint32_t selfTest = 0);
 
+  /// Saves or loads all but the faults. Loading takes a logger that is in no dock and was made with the
+  /// options that were saved. Raises WrongState.
+  void persist(SavedState& state);
+  void putOn(const WearOptions& options) override;
+  bool busyWithItself() const override { return shell_.erasing(); }
   bool fits(DockKind kind) const override {
     return kind != DockKind::Pendreader && (model() == LoggerModel::Vivid) == (kind == DockKind::Quillander);
   }
@@ -71,13 +78,16 @@ class SimulatedLogger : public Dockable {
  private:
   void hear(std::uint8_t byte) override { shell_.receive(byte); }
   void attentionChanged() override { shell_.restart(); }
-  void dockChanged(bool docked) override { recorder_.dockChanged(docked); }
+  void dockChanged(bool docked) override;
+  std::chrono::minutes zone() const;
   void live(nanoseconds duration, const WearOptions& options);
 
   Timeline& timeline_;
   LoggerParts parts_;
   Recorder recorder_;
   VardenShell shell_;
+  std::optional<WearOptions> wears_;
+  std::optional<Wearer> wearer_;
 };
 
 }  // namespace hy_wristlog::simulator

@@ -28,6 +28,7 @@ struct SimulatedWorld::Services {
   Services(const WorldOptions& options, WorldFaults& faults)
       : Inner(options.Inner ? options.Inner : platform::makeLinuxPlatform()),
         Rule(readRule(*Inner, options.Zone)),
+        ZoneAbbreviation(options.ZoneAbbreviation),
         Time(std::chrono::duration_cast<Moment>(options.Begins.time_since_epoch())),
         Root(options.RootFolder),
         Clock(Time, Rule, faults),
@@ -48,6 +49,7 @@ struct SimulatedWorld::Services {
 
   std::shared_ptr<platform::Platform> Inner;
   platform::ZoneRule Rule;
+  std::string ZoneAbbreviation;
   Timeline Time;
   RootFolder Root;
   std::vector<std::unique_ptr<Dockable>> Loggers;
@@ -80,6 +82,7 @@ std::int64_t SimulatedWorld::now() const {
   return std::chrono::floor<std::chrono::seconds>(services_->Time.now()).count();
 }
 const platform::ZoneRule& SimulatedWorld::zoneRule() const { return services_->Rule; }
+const std::string& SimulatedWorld::zoneAbbreviation() const { return services_->ZoneAbbreviation; }
 const std::string& SimulatedWorld::rootFolder() { return services_->Root.path(); }
 MemorySettings& SimulatedWorld::memorySettings() { return services_->Settings; }
 

@@ -23,6 +23,7 @@ struct WorldOptions {
   std::chrono::sys_time<std::chrono::milliseconds> Begins =
       std::chrono::sys_days{std::chrono::year{2026} / 3 / 2} + std::chrono::hours{14};
   std::string Zone = "Eastern Standard Time";  ///< the machine's zone, by its catalogue key
+  std::string ZoneAbbreviation = "EST";        ///< of that zone, as loggers that are set up in it keep it
   /// The folder that holds the world's folders; empty for a private temporary one that is removed with the
   /// world.
   std::string RootFolder;
@@ -77,6 +78,7 @@ class SimulatedWorld : public platform::Platform {
   std::int64_t now() const;
   /// The rule of the machine's zone.
   const platform::ZoneRule& zoneRule() const;
+  const std::string& zoneAbbreviation() const;
   const std::string& rootFolder();
   MemorySettings& memorySettings();
 

@@ -41,6 +41,15 @@ bool Timeline::fireNext(Moment limit) {
   return true;
 }
 
+std::optional<Moment> Timeline::nextDue() const {
+  std::optional<Moment> next;
+  const auto consider = [&next](Moment at) { next = std::min(at, next.value_or(at)); };
+  for (const Alarm* alarm : alarms_)
+    if (alarm->pending_) consider(alarm->at_);
+  if (!once_.empty()) consider(once_.begin()->first.first);
+  return next;
+}
+
 void Timeline::after(nanoseconds delay, std::function<void()> action) {
   once_.emplace(std::pair{now_ + std::max(delay, nanoseconds{0}), order_++}, std::move(action));
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <vector>
 
 namespace hy_wristlog::simulator {
@@ -32,6 +33,9 @@ class Timeline {
   /// Stops at the moment at which `reached` becomes true, and at the latest at `target`.
   void advanceTo(Moment target, const std::function<bool()>& reached);
 
+  /// When the next thing is due; none when nothing is.
+  std::optional<Moment> nextDue() const;
+
   /// Does something once, at a later moment.
   void after(nanoseconds delay, std::function<void()> action);
 
@@ -59,6 +63,8 @@ class Alarm {
   void setAfter(nanoseconds delay) { set(timeline_.now() + delay); }
   void cancel() { pending_ = false; }
   bool pending() const { return pending_; }
+  /// When it is due, if it is pending.
+  Moment at() const { return at_; }
 
  private:
   friend class Timeline;

@@ -41,17 +41,19 @@ nanoseconds eraseTime(const RecordingMemory& memory) {
 }  // namespace
 
 VardenShell::VardenShell(Timeline& timeline, LoggerParts& parts, Recorder& recorder, LoggerFaults& faults,
-                         std::string displayFirmware, Output output)
+                         std::string displayFirmware, Output output, Tell tell)
     : timeline_(timeline),
       parts_(parts),
       recorder_(recorder),
       faults_(faults),
       displayFirmware_(std::move(displayFirmware)),
       output_(std::move(output)),
+      tell_(std::move(tell)),
       sender_(
           timeline, faults.Transfer, [this](auto bytes) { output_(bytes, 0ns); },
           [this](bool complete) {
             state_ = State::Prompt;
+            if (complete && sendsRecording_) tell_(Notice::Downloaded);
             if (complete) prompt();
           }),
       receiver_(
@@ -174,6 +176,7 @@ bool VardenShell::setClock(std::int64_t seconds) {
 bool VardenShell::setStop(std::int64_t seconds) {
   if (seconds == 0) {
     recorder_.stop();
+    tell_(Notice::Stopped);
   } else {
     parts_.Block.set(block::StopTime, seconds);
     recorder_.reconsider();
@@ -236,6 +239,7 @@ bool VardenShell::transfer(std::string_view line) {
   } else if (line == "show data") {
     const auto bytes = parts_.Memory.first(parts_.Block.number(block::NextAddress));
     state_ = State::Sending;
+    sendsRecording_ = true;
     sender_.start({bytes.begin(), bytes.end()}, true);
   } else if (line == "config") {
     state_ = State::Receiving;
@@ -250,6 +254,7 @@ void VardenShell::sendConfig() {
   auto image = parts_.Block.image();
   if (faults_.BadConfigChecksum.strikes()) image[0] ^= 0x10;
   state_ = State::Sending;
+  sendsRecording_ = false;
   sender_.start({image.begin(), image.end()}, false);
 }
 
@@ -263,6 +268,7 @@ void VardenShell::storeConfig(bool complete, std::span<const std::uint8_t> data)
       stored.at(faults_.MisstoredOffset - ConfigBlock::WritableFrom) ^= 1;
     parts_.Block.write(stored);
     recorder_.arm();
+    tell_(Notice::Configured);
   }
   say("\x06>");
 }
@@ -278,7 +284,13 @@ void VardenShell::erased() {
   parts_.Memory.erase();
   parts_.Block.set(block::DataAvailable, FlagNo);
   setPointer(0);
+  tell_(Notice::Erased);
   prompt();
+}
+
+void VardenShell::persist(SavedState& state) {
+  state.alarm("shell.erase_done", eraseDone_);
+  if (state.loading() && eraseDone_.pending()) state_ = State::Erasing;
 }
 
 }  // namespace hy_wristlog::simulator

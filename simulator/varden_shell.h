@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "simulator/dockable.h"
 #include "simulator/fault.h"
 #include "simulator/recorder.h"
 #include "simulator/xmodem.h"
@@ -38,8 +39,10 @@ class VardenShell {
  public:
   using Output = std::function<void(std::span<const std::uint8_t>, nanoseconds)>;
 
+  using Tell = std::function<void(Notice)>;
+
   VardenShell(Timeline& timeline, LoggerParts& parts, Recorder& recorder, LoggerFaults& faults,
-              std::string displayFirmware, Output output);
+              std::string displayFirmware, Output output, Tell tell);
 
   void receive(std::uint8_t byte);
   /// Drops the typed line and any transfer, without an answer.
@@ -50,6 +53,8 @@ class VardenShell {
   void forgetCommands() { commands_.clear(); }
   std::uint64_t packetsSent() const { return sender_.packetsSent(); }
   bool busy() const { return state_ != State::Prompt; }
+  bool erasing() const { return state_ == State::Erasing; }
+  void persist(SavedState& state);
 
  private:
   enum class State { Prompt, Sending, Receiving, Erasing };
@@ -81,6 +86,8 @@ class VardenShell {
   LoggerFaults& faults_;
   std::string displayFirmware_;
   Output output_;
+  Tell tell_;
+  bool sendsRecording_ = false;
   XmodemSender sender_;
   XmodemReceiver receiver_;
   Alarm eraseDone_;

@@ -28,6 +28,13 @@ bool between(std::int32_t value, std::int32_t from, std::int32_t to) { return va
 
 }  // namespace
 
+void persist(SavedState& state, WearOptions& options) {
+  constexpr double MostMarkers = 1000;
+  state.number("wearer.seed", options.Seed);
+  state.real("wearer.markers_per_day", options.MarkersPerDay, 0, MostMarkers);
+  state.flag("wearer.takes_it_off", options.TakesItOff);
+}
+
 Wearer::Wearer(const WearOptions& options, std::chrono::minutes zone)
     : options_(options), zoneSeconds_(zone.count() * 60) {}
 

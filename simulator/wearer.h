@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "simulator/recorder.h"
+#include "simulator/saved_state.h"
 #include "simulator/timeline.h"
 
 namespace hy_wristlog::simulator {
@@ -25,6 +26,8 @@ struct WearOptions {
   bool Redock = true;
   std::vector<Happening> Happenings;
 };
+
+void persist(SavedState& state, WearOptions& options);
 
 /// A person's days: sleep, mornings, work, evenings, the light of each, and the times when the logger lies on
 /// a shelf. Every reading depends on the seed and the moment alone.

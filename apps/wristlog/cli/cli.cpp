@@ -180,7 +180,8 @@ void CommandLine::addRecord(CLI::App* sub, CLI::Option* when) {
 
 void CommandLine::addLink(CLI::App* sub, const std::vector<std::string>& simulated, CLI::Option* when) {
   addRecord(sub, when);
-  sub->add_option("--simulate", Common.Simulate, "A simulated dock with a worn logger, in simulated time")
+  sub->add_option("--simulate", Common.Simulate,
+                  "A simulated dock with a worn logger, in simulated time; the next command has another one")
       ->check(CLI::IsMember(simulated));
   addDock(sub);
   sub->add_flag("--console", Common.Console, "Show what passes on the link on standard error");
@@ -244,6 +245,7 @@ void addCommands(CommandLine& cli) {
   addStudyCommand(cli);
   addConsoleCommand(cli);
   addPendrelCommands(cli);
+  addSimulateCommand(cli);
   addReplayCommand(cli);
   addHelpCommand(cli);
   addCompletionCommand(cli);

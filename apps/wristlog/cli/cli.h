@@ -103,6 +103,7 @@ void addPlotCommand(CommandLine& cli);
 void addStudyCommand(CommandLine& cli);
 void addConsoleCommand(CommandLine& cli);
 void addPendrelCommands(CommandLine& cli);
+void addSimulateCommand(CommandLine& cli);
 void addReplayCommand(CommandLine& cli);
 void addHelpCommand(CommandLine& cli);
 void addCompletionCommand(CommandLine& cli);

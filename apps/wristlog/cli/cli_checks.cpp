@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 #include <optional>
+#include <stdexcept>
 #include <system_error>
 
 #include "engineering/dates.h"
@@ -91,6 +92,28 @@ std::string validGender(const std::string& text) {
 std::string validPendrelSize(const std::string& text) { return validTenths(text, 6553.5, "6553.5"); }
 std::string validSize(const std::string& text) { return validTenths(text, 9999.9, "9999.9"); }
 std::string validSpeed(const std::string& text) { return validNumber(text, 1000, "1000"); }
+
+std::string validServingSpeed(const std::string& text) {
+  constexpr double Fastest = 3600;
+  const auto value = numberOf(text);
+  return value && *value >= 1 && *value <= Fastest ? "" : "\"" + text + "\" is no number from 1 to 3600";
+}
+
+std::chrono::minutes wornFor(const std::string& text) {
+  constexpr std::chrono::days Longest{400};
+  std::int32_t count = 0;
+  const char* const last = text.data() + text.size();
+  const auto [end, error] = std::from_chars(text.data(), last, count);
+  const std::string unit(error == std::errc{} ? end : last, last);
+  const std::chrono::minutes of = unit == "d"                   ? std::chrono::days(1)
+                                  : unit == "h"                 ? std::chrono::hours(1)
+                                  : unit == "m"                 ? std::chrono::minutes(1)
+                                  : unit.empty() && text == "0" ? std::chrono::minutes(1)
+                                                                : std::chrono::minutes(0);
+  if (of == std::chrono::minutes(0) || count < 0 || count > Longest / of)
+    throw std::invalid_argument("\"" + text + "\" is no time such as 7d, 36h or 90m, up to 400d");
+  return count * of;
+}
 
 std::string validFile(const std::string& text) {
   return text.empty() || text.back() == '/' || text == "-" ? "\"" + text + "\" names no file" : "";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -25,6 +26,11 @@ std::string validPendrelSize(const std::string& text);
 std::string validSize(const std::string& text);
 /// A factor of the speed of time, 0 to 1000.
 std::string validSpeed(const std::string& text);
+/// How many times faster a served logger's time goes, 1 to 3600.
+std::string validServingSpeed(const std::string& text);
+/// A time of days, hours or minutes ("7d", "36h", "90m"), or 0. Throws std::invalid_argument for other texts,
+/// and for more than 400 days.
+std::chrono::minutes wornFor(const std::string& text);
 /// A day that a Pendrel logger can keep, whose years have two digits: 1930 to 2029.
 std::string validPendrelDay(const std::string& text);
 std::string validFile(const std::string& text);

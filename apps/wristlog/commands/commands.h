@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -85,6 +86,19 @@ struct ReplayOptions {
   std::string File, Folder;
 };
 
+struct SimulateOptions {
+  std::string Model;
+  bool Terminal = false;  ///< asked for by name; without `Listen` it is one anyway
+  std::string Listen;     ///< the address of a server of RFC 2217, or empty
+  std::chrono::minutes Worn{};
+  std::string SerialNumber;  ///< empty: the model's usual one
+  std::uint32_t Seed = 1;
+  double Speed = 1;
+  std::string StateFile, DocksFile;  ///< may be empty
+  std::int32_t ComPort = 0;
+  std::vector<std::string> Faults;
+};
+
 /// Runs a command of the program with these arguments, "wristlog" before them; gives its exit status.
 using CommandRunner = std::function<int(const std::vector<std::string>&)>;
 
@@ -99,6 +113,7 @@ int runDecode(const CommonOptions& common, const DecodeOptions& options);
 int runPlot(const CommonOptions& common, const PlotOptions& options);
 int runConsole(const CommonOptions& common, const ConsoleOptions& options);
 int runReplay(const CommonOptions& common, const ReplayOptions& options, const CommandRunner& run);
+int runSimulate(const CommonOptions& common, const SimulateOptions& options);
 int runZones(const CommonOptions& common);
 
 }  // namespace wristlog

@@ -22,25 +22,6 @@ namespace {
 constexpr std::chrono::hours WornBefore{72};
 constexpr std::int32_t SimulatedEpoch = 60;
 
-sim::DockBench makeWornVardenBench(const std::string& model) {
-  sim::Bench bench = model == "vivid" ? sim::makeVividBench() : sim::makeKestrin2Bench();
-  const sim::Mode mode =
-      model == "vivid" ? sim::Mode::ActivityAndSpecialLight : sim::Mode::ActivityAndStandardLight;
-  bench.Logger->setUp(sim::ordinarySetup(*bench.World, mode, SimulatedEpoch));
-  bench.Logger->wear(WornBefore);
-  return bench;
-}
-
-sim::DockBench makeWornPendrelBench(sim::PendrelModel model) {
-  sim::PendrelBenchOptions options;
-  options.Logger.Model = model;
-  sim::PendrelBench bench = sim::makePendrelBench(options);
-  bench.Logger->setUp(
-      sim::ordinaryPendrelSetup(*bench.World, SimulatedEpoch, model == sim::PendrelModel::Steps));
-  bench.Logger->wear(WornBefore);
-  return bench;
-}
-
 hy_wristlog::enmLoggerPointer onlyDockedModel() {
   std::vector<hy_wristlog::enmLoggerPointer> models;
   for (const auto& dock : hy_wristlog::engineering::docks())
@@ -56,10 +37,10 @@ hy_wristlog::enmLoggerPointer onlyDockedModel() {
 }  // namespace
 
 sim::DockBench makeWornBench(const std::string& model) {
-  if (model == "pendrel13") return makeWornPendrelBench(sim::PendrelModel::Plain);
-  if (model == "pendrel14") return makeWornPendrelBench(sim::PendrelModel::Checksums);
-  if (model == "pendrel27") return makeWornPendrelBench(sim::PendrelModel::Steps);
-  return makeWornVardenBench(model);
+  const sim::ModelBench bench = sim::makeBench(sim::modelOptions(model), {});
+  sim::setUpForWearing(bench, SimulatedEpoch);
+  bench.wear(WornBefore);
+  return bench;
 }
 
 Session::Session(const CommonOptions& options, bool keepRecord) : options_(options) {

@@ -1,5 +1,6 @@
 #include "platform/linux/line_control.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <optional>
 
@@ -87,6 +88,15 @@ LineResult configureLine(int fd, const LineSettings& settings, bool simulatesLin
   if (!isNearRate(kept.c_ospeed, settings.Baud)) return LineResult::Refused;
   if (!simulatesLine && (kept.c_cflag & FormatBits) != *format) return LineResult::Refused;
   return LineResult::Done;
+}
+
+LineSettings settingsOfLine(int fd) {
+  LineSettings settings;
+  termios2 line{};
+  if (::ioctl(fd, TCGETS2, &line) != 0 || line.c_ospeed == 0) return settings;
+  settings.Baud = static_cast<std::int32_t>(std::min<speed_t>(line.c_ospeed, FastestBaud));
+  if ((line.c_cflag & CSTOPB) != 0) settings.StopBits = LineStopBits::Two;
+  return settings;
 }
 
 bool isTerminal(int fd) {

@@ -14,6 +14,10 @@ enum class LineResult : std::uint8_t { Done, Refused, Gone };
 /// need not keep them.
 LineResult configureLine(int fd, const LineSettings& settings, bool simulatesLine);
 
+/// The speed and the stop bits of a line. Neither parity nor data bits: a pseudo-terminal, whose master end
+/// may ask too, does not keep them.
+LineSettings settingsOfLine(int fd);
+
 /// False when the device is no terminal.
 bool isTerminal(int fd);
 

@@ -126,13 +126,17 @@ void LinuxSerialPort::setLine(int line, bool on) {
   if (::ioctl(device_.get(), on ? TIOCMBIS : TIOCMBIC, &line) != 0) raiseGone();
 }
 
-void LinuxSerialPort::setDtr(bool on) { setLine(TIOCM_DTR, on); }
+void LinuxSerialPort::setDtr(bool on) {
+  setLine(TIOCM_DTR, on);
+  dtr_ = on;
+}
 
 void LinuxSerialPort::setRts(bool on) { setLine(TIOCM_RTS, on); }
 
 ModemLines LinuxSerialPort::modemLines() {
   checkPresent();
-  if (!hasModemLines_) return {};
+  // Nothing tells whether a logger sits at the other end, so it is taken to: its prompt decides.
+  if (!hasModemLines_) return {.Cts = false, .Dsr = dtr_, .Cd = false, .Ring = false};
   int lines = 0;
   if (::ioctl(device_.get(), TIOCMGET, &lines) != 0) raiseGone();
   return {(lines & TIOCM_CTS) != 0, (lines & TIOCM_DSR) != 0, (lines & TIOCM_CAR) != 0,

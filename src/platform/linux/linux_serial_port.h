@@ -9,8 +9,9 @@
 
 namespace hy_wristlog::platform {
 
-/// An open terminal device. A device without modem lines (a pseudo-terminal) takes them and reads them as
-/// false. A hang-up is seen by every member at once and raises Failure PortStateFailure.
+/// An open terminal device. A device without modem lines (a pseudo-terminal) takes them; of those that it
+/// reads DSR follows DTR, as if a logger were always there, and the others are false. A hang-up is seen by
+/// every member at once and raises Failure PortStateFailure.
 class LinuxSerialPort final : public SerialPort {
  public:
   /// Takes over an open, non-blocking terminal that this program alone holds; both output lines go low, the
@@ -40,6 +41,7 @@ class LinuxSerialPort final : public SerialPort {
   Descriptor device_;
   std::string name_;
   bool hasModemLines_ = false;
+  bool dtr_ = false;
   bool countsErrors_ = false;
   serial_icounter_struct counted_{};
 };
