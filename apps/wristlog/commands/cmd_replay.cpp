@@ -139,7 +139,8 @@ int runReplay(const CommonOptions& common, const ReplayOptions& options, const C
     status = run(arguments);
     difference = world.difference();
   }
-  if (!options.Folder.empty())
+  std::error_code missing;
+  if (!options.Folder.empty() && fs::exists(options.Folder, missing))
     complain() << "This was replayed: what the command wrote is in " << options.Folder << ".\n";
   if (!record.ExitStatus) {
     complain() << "The record is cut: it ends before its session did.\n";
