@@ -54,7 +54,8 @@ HY_SIMULATOR_API HySimulatorResult hySimulatorDo(int32_t bench, const char* deed
 /// Lets `skip` occurrences pass and spoils `times` of them, all that follow with -1: "lose echo", "alter
 /// echo", "delay echo"; bytes on the line: "lose to pc", "lose to logger", "alter to pc", "alter to logger";
 /// and, for Vivid and Kestrin 2, "bad line checksum", "ignore command", "refuse clock", "misstore config",
-/// "bad config checksum". "silent" stays until `times` is 0.
+/// "bad config checksum". `wristlog simulate --help` lists the others, with hyphens in the place of blanks;
+/// those that need an argument are refused here. "silent" stays until `times` is 0.
 HY_SIMULATOR_API HySimulatorResult hySimulatorSetFault(int32_t bench, const char* fault, int32_t skip,
                                                        int32_t times);
 /// Does something after so many more bytes have passed, both directions together: "cut", "pull out",

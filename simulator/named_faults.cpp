@@ -91,8 +91,8 @@ void setSetupLine(const ModelBench& bench, const Fault&, std::string_view argume
 constexpr std::string_view BytesOut = "bytes to the logger", BytesIn = "bytes to the PC",
                            Echoes = "echoed characters", Openings = "openings of the port",
                            ValueLines = "value lines", Sent = "packets that the logger sends",
-                           Received = "packets that the logger receives", Commands = "commands of that letter",
-                           Blocks = "blocks";
+                           Received = "packets that the logger receives",
+                           Commands = "commands of that letter", Blocks = "blocks";
 
 constexpr NamedFault Faults[] = {
     // The line.
@@ -124,7 +124,8 @@ constexpr NamedFault Faults[] = {
      cutAfter<&LineFaults::CutAfterToLogger>},
     {"cut to pc after", "", "BYTES", "The line is dead once so many bytes came to the PC", true, true,
      cutAfter<&LineFaults::CutAfterToPc>},
-    {"cut after", "", "BYTES", "The line is dead once so many more bytes passed in both directions", true, true,
+    {"cut after", "", "BYTES", "The line is dead once so many more bytes passed in both directions", true,
+     true,
      [](const ModelBench& bench, const Fault&, std::string_view argument) {
        bench.line().Faults.CutAfterTotal = bench.line().traffic().total() + bytesIn(argument);
      }},
@@ -134,7 +135,8 @@ constexpr NamedFault Faults[] = {
      }},
     // The dock.
     {"refuse open", Openings, "", "fail", true, true, onPort<&DockFaults::Open>},
-    {"refuse settings", "settings of the port", "", "are refused", true, true, onPort<&DockFaults::Configure>},
+    {"refuse settings", "settings of the port", "", "are refused", true, true,
+     onPort<&DockFaults::Configure>},
     {"locked up", "", "", "The dock refuses all settings until it is plugged in again", true, true,
      [](const ModelBench& bench, const Fault& when, std::string_view) {
        bench.Dock->Faults.LockedUp = when.Times != 0;

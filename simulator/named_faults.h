@@ -10,8 +10,9 @@ namespace hy_wristlog::simulator {
 
 /// A fault that can be given by name.
 struct NamedFault {
-  std::string_view Name;      ///< words with blanks between them: "lose echo"
-  std::string_view Counts;    ///< what it strikes some of: "echoed characters"; empty for what holds all the time
+  std::string_view Name;  ///< words with blanks between them: "lose echo"
+  std::string_view
+      Counts;  ///< what it strikes some of: "echoed characters"; empty for what holds all the time
   std::string_view Argument;  ///< what it needs to be told: "BYTES"; empty for nothing
   std::string_view Words;     ///< what happens
   bool ForVarden, ForPendrel;

@@ -9,7 +9,8 @@
 namespace hy_wristlog::simulator {
 namespace {
 
-constexpr std::string_view Title = "HY_Wristlog simulated logger, version ", Version = "1", SumName = "checksum=";
+constexpr std::string_view Title = "HY_Wristlog simulated logger, version ", Version = "1",
+                           SumName = "checksum=";
 constexpr int SumDigits = 16;
 
 std::string hexOf(std::string_view bytes) {
@@ -102,7 +103,8 @@ void SavedState::real(const char* name, double& value, double least, double most
   }
   const std::string& digits = found(name);
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-  require(error == std::errc{} && end == digits.data() + digits.size() && value >= least && value <= most, name);
+  require(error == std::errc{} && end == digits.data() + digits.size() && value >= least && value <= most,
+          name);
 }
 
 void SavedState::moment(const char* name, Moment& value) {

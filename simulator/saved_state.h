@@ -18,9 +18,9 @@ struct WrongState : std::runtime_error {
   using runtime_error::runtime_error;
 };
 
-/// The state of a simulated logger as text, to be kept in a file: a first line with the version of the format,
-/// a line a value, and a checksum. Each part goes through its values once, with the same calls for saving and
-/// for loading. Loading raises WrongState for a value that is missing or out of its range.
+/// The state of a simulated logger as text, to be kept in a file: a first line with the version of the
+/// format, a line a value, and a checksum. Each part goes through its values once, with the same calls for
+/// saving and for loading. Loading raises WrongState for a value that is missing or out of its range.
 class SavedState {
  public:
   static constexpr Moment MostMoment{4'600'000'000'000'000'000};  ///< in the year 2115
@@ -34,7 +34,7 @@ class SavedState {
   std::string text() const;
 
   template <class Number>
-    requires std::integral<Number> || std::is_enum_v<Number>
+  requires std::integral<Number> || std::is_enum_v<Number>
   void number(const char* name, Number& value, std::int64_t least, std::int64_t most) {
     auto wide = static_cast<std::int64_t>(value);
     pass(name, wide, least, most);

@@ -1,8 +1,11 @@
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <sstream>
+#include <thread>
 
 #include "apps/desk.h"
+#include "apps/served.h"
 #include "support/surroundings.h"
 
 namespace {
@@ -13,7 +16,8 @@ using namespace std::chrono_literals;
 
 struct Example {
   std::string File, Command;
-  std::string Number;  ///< of the failure or return code that the document shows, or empty
+  std::string Number;   ///< of the failure or return code that the document shows, or empty
+  std::string Section;  ///< the heading above it, and the document
 };
 
 constexpr std::string_view Indent = "    ";
@@ -47,10 +51,12 @@ std::vector<Example> examplesIn(const fs::path& file) {
   std::vector<Example> examples;
   std::istringstream lines(hy_wristlog::contentOf(file));
   bool shows = false, isExample = !isManual;
+  std::string section;
   for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with(isManual ? ".SH" : "#")) section = file.string() + line;
     if (isManual && line.starts_with(".")) isExample = line == ".nf";
     const std::string command = isExample ? commandIn(line, isManual) : "";
-    if (!command.empty()) examples.push_back({file.filename(), command, ""});
+    if (!command.empty()) examples.push_back({file.filename(), command, "", section});
     if (!command.empty() || !line.starts_with(Indent))
       shows = !command.empty();
     else if (const std::string number = numberIn(line); shows && !number.empty())
@@ -72,9 +78,35 @@ std::vector<Example> allExamples() {
   return examples;
 }
 
+/// A logger that a line of a document serves to the following ones of its section.
+struct ServedDesk {
+  ServedDesk(const fs::path& folder, const std::string& command, const std::string& section)
+      : Section(section),
+        sys_("HY_WRISTLOG_SYS", folder / "no-docks"),
+        config_("XDG_CONFIG_HOME", folder / "config"),
+        zone_("TZ", "America/New_York"),
+        docks_("HY_WRISTLOG_DOCKS", folder / "docks.ini"),
+        logger_(WRISTLOG_PROGRAM " simulate --json " + command.substr(command.find("simulate") + 8)) {
+    EXPECT_FALSE(logger_.Ready.is_null());
+  }
+  /// Who configures it leaves it alone until it has recorded something.
+  void rest() {
+    EXPECT_FALSE(logger_.await("recording").is_null());
+    std::this_thread::sleep_for(500ms);
+  }
+
+  std::string Section;
+
+ private:
+  hy_wristlog::Variable sys_, config_, zone_, docks_;
+  Served logger_;
+  hy_wristlog::platform::WorldScope machine_{nullptr};
+};
+
 /// A machine with a new Kestrin Vivid in its dock and a new Pendrel in its reader. Who configures one wears
 /// it for some hours and docks it again. Each document has a folder, in which the recordings that it names
-/// are already there unless it makes them.
+/// are already there unless it makes them. After a line that serves a logger, the others of its section run
+/// on the machine itself.
 class DocumentedDesk {
  public:
   DocumentedDesk() : former_(fs::current_path()) {
@@ -90,9 +122,18 @@ class DocumentedDesk {
     fs::current_path(here);
     std::vector<std::string> words = shellWords(example.Command);
     words.erase(words.begin());
+    if (served_ && (served_->Section != example.Section || words[0] == "simulate")) served_.reset();
+    if (words[0] == "simulate" && words.back() != "--help") {
+      served_.emplace(here, example.Command, example.Section);
+      return {0, "", ""};
+    }
     for (std::size_t i = 1; i < words.size(); ++i)
       if (words[i - 1] != "--out") provide(words[i]);
     Told told = runHere(words);
+    if (served_) {
+      if (words[0] == "configure") served_->rest();
+      return told;
+    }
     const bool done = told.Status == 0 && example.Command.find("--simulate") == std::string::npos;
     const bool configured =
         words[0] == "configure" || example.Command.find("--configure") != std::string::npos;
@@ -125,6 +166,7 @@ class DocumentedDesk {
   fs::path former_;
   Desk<sim::Bench> desk_{sim::makeVividBench()};
   sim::SimulatedPendrel& pendrel_ = desk_.bench.World->addPendrel({});
+  std::optional<ServedDesk> served_;
 };
 
 TEST(Documents, EveryCommandInThemDoesWhatTheyShow) {

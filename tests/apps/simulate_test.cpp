@@ -31,8 +31,7 @@ TEST(Simulate, KeepsWhatItWasToldBetweenCommandsAndRuns) {
     EXPECT_NE(box.content("Docks.INI").find(served.Ready.value("docks_section", "?")), std::string::npos);
     const Json docks = jsonOf(box.run("docks --json"));
     EXPECT_NE(docks.dump().find("\"com_port\":60,"), std::string::npos) << docks;
-    const Json configured =
-        jsonOf(box.run("configure --mode 5 --epoch 15 --identity Ada --gender F --json"));
+    const Json configured = jsonOf(box.run("configure --mode 5 --epoch 15 --identity Ada --gender F --json"));
     EXPECT_EQ(configured.value("return_code", -1), 0) << configured;
     EXPECT_FALSE(served.await("configured").is_null());
     EXPECT_FALSE(served.await("recording").is_null());
@@ -86,10 +85,10 @@ TEST(Simulate, RefusesAStateThatIsNotItsOwn) {
 
 TEST(Simulate, RefusesWrongArguments) {
   const Sandbox box;
-  for (const char* wrong :
-       {"", "vivid2", "vivid --worn 7", "vivid --worn 401d", "vivid --speed 0.5", "vivid --speed nan",
-        "vivid --listen host", "vivid --listen 1.2.3.4:70000", "vivid --pty --listen 7000", "vivid --fault loose",
-        "vivid --fault unheeded=C", "vivid --fault lose-echo@x", "vivid --fault silent@1", "vivid --port 65"})
+  for (const char* wrong : {"", "vivid2", "vivid --worn 7", "vivid --worn 401d", "vivid --speed 0.5",
+                            "vivid --speed nan", "vivid --listen host", "vivid --listen 1.2.3.4:70000",
+                            "vivid --pty --listen 7000", "vivid --fault loose", "vivid --fault unheeded=C",
+                            "vivid --fault lose-echo@x", "vivid --fault silent@1", "vivid --port 65"})
     EXPECT_EQ(box.run("simulate " + std::string(wrong)).Status, 2) << wrong;
   EXPECT_EQ(box.run("simulate pendrel27 --serial-number V1").Status, 1);
   EXPECT_EQ(box.run("simulate vivid --listen 192.0.2.1:7000").Status, 1);
@@ -97,7 +96,8 @@ TEST(Simulate, RefusesWrongArguments) {
 
 TEST(Simulate, SpoilsWhatAFaultNames) {
   const Sandbox box;
-  const Served served(box, "vivid --worn 1h --fault bad-config-checksum@0xalways" + std::string(DocksArguments));
+  const Served served(box,
+                      "vivid --worn 1h --fault bad-config-checksum@0xalways" + std::string(DocksArguments));
   EXPECT_EQ(box.run("status").Status, 1);
 }
 
@@ -223,6 +223,33 @@ TEST(Simulate, ServesOneClientAtATimeAndSurvivesAll) {
   EXPECT_LT(std::chrono::steady_clock::now() - asked, 5s);
 }
 
+TEST(Simulate, ServesByTlsOnlyWhoKnowsItsAuthorityAndIsKnown) {
+  const Sandbox box;
+  const auto shell = [&](const std::string& command) {
+    return std::system(("cd " + box.Folder.string() + " && " + command + " >told 2>err").c_str());
+  };
+  for (const std::string name : {"server", "client"})
+    ASSERT_EQ(
+        shell("openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 -keyout " +
+              name + ".key -out " + name + ".pem -subj /CN=" + name),
+        0);
+  EXPECT_EQ(box.run("simulate vivid --listen 0 --certificate server.key").Status, 1);
+  Served served(box, "vivid --listen 0 --certificate server.pem --key server.key --client-ca client.pem");
+  EXPECT_TRUE(served.device().starts_with("rfc2217s://")) << served.device();
+  const std::string asks =
+      "(printf '\\377\\373\\054'; sleep 1) | timeout 4 openssl s_client -quiet -verify_return_error "
+      "-connect " +
+      served.device().substr(served.device().rfind('/') + 1) + " -CAfile ";
+  const auto isAnswered = [&] { return box.content("told").find("\xFF\xFD\x2C") != std::string::npos; };
+  shell(asks + "server.pem -cert client.pem -key client.key");
+  EXPECT_TRUE(isAnswered()) << box.content("err");
+  for (const char* stranger : {"server.pem", "client.pem -cert client.pem -key client.key"}) {
+    EXPECT_FALSE(served.await("closed").is_null());
+    shell(asks + stranger);
+    EXPECT_FALSE(isAnswered()) << stranger;
+  }
+}
+
 TEST(Simulate, WorksWithAnotherProgramsClient) {
   const std::string python = "/usr/bin/python3";
   if (std::system((python + " -c 'import serial' >/dev/null 2>&1").c_str()) != 0)
@@ -244,8 +271,8 @@ port.write(b"show ver\r")
 print(port.read_until(b">"))
 port.close()
 )");
-  const std::string command = "cd " + box.Folder.string() + " && timeout 60 " + python + " -W ignore client.py " +
-                              served.device() + " >told 2>&1";
+  const std::string command = "cd " + box.Folder.string() + " && timeout 60 " + python +
+                              " -W ignore client.py " + served.device() + " >told 2>&1";
   EXPECT_EQ(std::system(command.c_str()), 0) << box.content("told");
   EXPECT_NE(box.content("told").find("show ver\\r01.00.0012#"), std::string::npos) << box.content("told");
 }

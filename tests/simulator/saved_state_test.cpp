@@ -19,7 +19,8 @@ std::string saved(const ModelBench& bench) {
 
 ModelBench loaded(const ModelBench& original, const std::string& text) {
   WorldOptions world;
-  world.Begins = std::chrono::sys_time(std::chrono::ceil<std::chrono::milliseconds>(original.World->timeline().now()));
+  world.Begins =
+      std::chrono::sys_time(std::chrono::ceil<std::chrono::milliseconds>(original.World->timeline().now()));
   const ModelBench bench = makeBench(original.Options, world, false);
   SavedState state(text);
   bench.persist(state);
@@ -84,13 +85,15 @@ TEST(SavedState, IsRefusedWhenItIsDamagedOrHoldsWhatNoLoggerHas) {
 }
 
 TEST(NamedFaults, EachCanBeSetOnTheLoggersThatHaveItAndOnNoOther) {
-  const ModelBench vivid = makeBench(modelOptions("vivid"), {}), pendrel = makeBench(modelOptions("pendrel27"), {});
+  const ModelBench vivid = makeBench(modelOptions("vivid"), {}),
+                   pendrel = makeBench(modelOptions("pendrel27"), {});
   for (const NamedFault& fault : namedFaults()) {
     const std::string_view argument = fault.Argument == "COMMAND"     ? "N"
                                       : fault.Argument == "LINE:TEXT" ? "3:00"
                                       : fault.Argument.empty()        ? ""
                                                                       : "64";
-    for (const auto& [bench, has] : {std::pair{vivid, fault.ForVarden}, std::pair{pendrel, fault.ForPendrel}}) {
+    for (const auto& [bench, has] :
+         {std::pair{vivid, fault.ForVarden}, std::pair{pendrel, fault.ForPendrel}}) {
       SCOPED_TRACE(std::string(fault.Name));
       const auto set = [&](std::string_view given) { setNamedFault(bench, fault.Name, once(), given); };
       if (has)

@@ -38,10 +38,23 @@ void checkFaults(const SimulateOptions& options) {
 
 void addServing(CLI::App* sub, SimulateOptions& options) {
   CLI::Option* listen =
-      sub->add_option("--listen", options.Listen,
-                      "Serve it by RFC 2217 at ADDRESS:PORT, one client at a time; a PORT alone: the loopback's")
+      sub->add_option(
+             "--listen", options.Listen,
+             "Serve it by RFC 2217 at ADDRESS:PORT, one client at a time; a PORT alone: the loopback's")
           ->check(validAddress);
-  sub->add_flag("--pty", options.Terminal, "Serve it on a pseudo-terminal, which it does anyway without --listen")
+  CLI::Option* certificate =
+      sub->add_option("--certificate", options.Certificate, "Serve it by TLS, with this certificate (PEM)")
+          ->needs(listen)
+          ->check(validFile);
+  sub->add_option("--key", options.Key, "The certificate's key (PEM); else it is in the same file")
+      ->needs(certificate)
+      ->check(validFile);
+  sub->add_option("--client-ca", options.ClientCa,
+                  "Serve only clients with a certificate of this authority (PEM)")
+      ->needs(certificate)
+      ->check(validFile);
+  sub->add_flag("--pty", options.Terminal,
+                "Serve it on a pseudo-terminal, which it does anyway without --listen")
       ->excludes(listen);
   sub->add_option("--port", options.ComPort, "The dock's COM port in Docks.INI")
       ->check(CLI::Range(1, 64))
@@ -62,8 +75,9 @@ void addLogger(CLI::App* sub, SimulateOptions& options, std::string& worn) {
   sub->add_option("--speed", options.Speed,
                   "How many times faster its time goes, 1 to 3600; but it waits for a client as long as ever")
       ->check(validServingSpeed);
-  sub->add_option("--state", options.StateFile,
-                  "Keep the logger in this file. The next run goes on with it, and the time between has passed")
+  sub->add_option(
+         "--state", options.StateFile,
+         "Keep the logger in this file. The next run goes on with it, and the time between has passed")
       ->check(validFile);
   sub->add_option("--fault", options.Faults, "A fault, see below; may be given again")
       ->allow_extra_args(false);

@@ -17,6 +17,7 @@
 #include "simulate/served_logger.h"
 #include "simulate/state_file.h"
 #include "simulate/terminal_end.h"
+#include "simulate/tls_connection.h"
 #include "words/say.h"
 
 namespace wristlog {
@@ -51,7 +52,7 @@ class Server {
     if (options.Listen.empty())
       end_ = std::make_unique<TerminalEnd>(*logger_);
     else
-      end_ = std::make_unique<NetworkEnd>(*logger_, listenAddress(options.Listen), std::make_unique<Connections>());
+      end_ = std::make_unique<NetworkEnd>(*logger_, listenAddress(options.Listen), connections());
   }
 
   int run() {
@@ -72,6 +73,11 @@ class Server {
   }
 
  private:
+  std::unique_ptr<Connections> connections() const {
+    if (options_.Certificate.empty()) return std::make_unique<Connections>();
+    return std::make_unique<TlsConnections>(TlsFiles{options_.Certificate, options_.Key, options_.ClientCa});
+  }
+
   sim::ModelBench makeBench() {
     const auto saved = state_ ? state_->read() : std::nullopt;
     if (!saved) return makeNewBench({options_.Model, options_.Worn, options_.SerialNumber, options_.Seed});
@@ -111,8 +117,8 @@ class Server {
   }
 
   void explain() const {
-    say() << "A simulated " << std::string(modelWords(options_.Model)) << " (" << serialNumber(bench_) << ") is served on "
-          << section_.Device << ". Ctrl-C ends it.\n";
+    say() << "A simulated " << std::string(modelWords(options_.Model)) << " (" << serialNumber(bench_)
+          << ") is served on " << section_.Device << ". Ctrl-C ends it.\n";
     if (goesOn_) say() << "It goes on as " << options_.StateFile << " tells.\n";
     if (!options_.DocksFile.empty()) {
       say() << "Another terminal finds its dock after this:\n\n    export HY_WRISTLOG_DOCKS=\""
@@ -121,6 +127,7 @@ class Server {
       say() << "It is a dock for who has this section in " << hw::engineering::declaredDocksFile()
             << ",\nor in the file that HY_WRISTLOG_DOCKS names:\n\n";
       say().lines(section_.text(), "");
+      say() << "\n";
     }
     say().flush();
   }

@@ -88,8 +88,9 @@ struct ReplayOptions {
 
 struct SimulateOptions {
   std::string Model;
-  bool Terminal = false;  ///< asked for by name; without `Listen` it is one anyway
-  std::string Listen;     ///< the address of a server of RFC 2217, or empty
+  bool Terminal = false;                   ///< asked for by name; without `Listen` it is one anyway
+  std::string Listen;                      ///< the address of a server of RFC 2217, or empty
+  std::string Certificate, Key, ClientCa;  ///< of a server with TLS; empty: without it
   std::chrono::minutes Worn{};
   std::string SerialNumber;  ///< empty: the model's usual one
   std::uint32_t Seed = 1;

@@ -38,8 +38,8 @@ bool isPortNumber(const std::string& text) {
 std::string nameOf(const sockaddr_storage& address, socklen_t length) {
   std::array<char, NI_MAXHOST> host{};
   std::array<char, NI_MAXSERV> port{};
-  if (::getnameinfo(reinterpret_cast<const sockaddr*>(&address), length, host.data(), host.size(), port.data(),
-                    port.size(), NI_NUMERICHOST | NI_NUMERICSERV) != 0)
+  if (::getnameinfo(reinterpret_cast<const sockaddr*>(&address), length, host.data(), host.size(),
+                    port.data(), port.size(), NI_NUMERICHOST | NI_NUMERICSERV) != 0)
     return {};
   const std::string name = host.data();
   return (name.find(':') == std::string::npos ? name : "[" + name + "]") + ":" + port.data();
@@ -75,6 +75,10 @@ std::size_t Connection::write(std::span<const std::uint8_t> bytes) {
   return 0;
 }
 
+short Connection::waitsFor(bool hasOutput) const { return hasOutput ? POLLOUT : 0; }
+
+void Connection::endWriting() { ::shutdown(socket_.get(), SHUT_WR); }
+
 void Connection::checkBroken() {
   pollfd state{socket_.get(), 0, 0};
   if (::poll(&state, 1, 0) > 0 && (state.revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) end();
@@ -100,8 +104,7 @@ platform::Descriptor listenAt(const ListenAddress& address) {
   if (const int error = ::getaddrinfo(address.Host.c_str(), address.Port.c_str(), &hints, &found); error != 0)
     raise(address, ::gai_strerror(error));
   const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> list(found, ::freeaddrinfo);
-  platform::Descriptor listener{
-      ::socket(found->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)};
+  platform::Descriptor listener{::socket(found->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)};
   constexpr int Waiting = 8;
   if (listener) {
     set(listener.get(), SOL_SOCKET, SO_REUSEADDR, 1);

@@ -27,8 +27,10 @@ class Connection {
   /// True after its end: the client has closed it, or it broke.
   bool isOver() const { return over_; }
   int descriptor() const { return socket_.get(); }
-  /// What it waits for besides input: POLLOUT, or 0.
-  virtual short wantsToo() const { return 0; }
+  /// What it waits for besides input: POLLOUT, or 0. `hasOutput`: something is to be written.
+  virtual short waitsFor(bool hasOutput) const;
+  /// Tells the client that nothing more comes.
+  virtual void endWriting();
 
  protected:
   void end() { over_ = true; }
@@ -69,6 +71,7 @@ std::string nameOf(const hy_wristlog::platform::Descriptor& listener);
 /// Whether it can be reached from other machines.
 bool isOnLoopback(const hy_wristlog::platform::Descriptor& listener);
 /// The next client's socket and where it is; an empty descriptor when there is none.
-hy_wristlog::platform::Descriptor acceptFrom(const hy_wristlog::platform::Descriptor& listener, std::string& peer);
+hy_wristlog::platform::Descriptor acceptFrom(const hy_wristlog::platform::Descriptor& listener,
+                                             std::string& peer);
 
 }  // namespace wristlog

@@ -50,7 +50,8 @@ void setFault(const sim::ModelBench& bench, const std::string& text) {
   std::ranges::replace(name, '-', ' ');
   const sim::NamedFault* const known = find(name);
   if (at < equals && known != nullptr && known->Counts.empty())
-    throw std::invalid_argument("\"" + text + "\": this fault counts nothing, so leave out what begins with @");
+    throw std::invalid_argument("\"" + text +
+                                "\": this fault counts nothing, so leave out what begins with @");
   sim::setNamedFault(bench, name, occurrencesIn(std::string_view(text).substr(at, equals - at), text),
                      std::string_view(text).substr(std::min(equals + 1, text.size())));
 }
@@ -65,7 +66,10 @@ std::string faultList() {
     name.resize(std::max(Width, name.size() + 1), ' ');
     words += (words.empty() ? "" : " ") + std::string(fault.Words);
     words.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(words.front())));
-    list += "  " + name + words + (fault.ForVarden && fault.ForPendrel ? "\n" : fault.ForVarden ? " (not Pendrel)\n" : " (Pendrel)\n");
+    list += "  " + name + words +
+            (fault.ForVarden && fault.ForPendrel ? "\n"
+             : fault.ForVarden                   ? " (not Pendrel)\n"
+                                                 : " (Pendrel)\n");
   }
   return list;
 }

@@ -5,8 +5,6 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include <sys/socket.h>
-
 namespace wristlog {
 
 namespace platform = hy_wristlog::platform;
@@ -28,10 +26,11 @@ std::string NetworkEnd::device() const { return connections_->scheme() + "://" +
 void NetworkEnd::watch(std::vector<pollfd>& list) const {
   list.push_back({listener_.get(), POLLIN, 0});
   for (const SentAway& away : sentAway_)
-    list.push_back({away.Client->descriptor(), static_cast<short>(POLLIN | away.Client->wantsToo()), 0});
+    list.push_back({away.Client->descriptor(),
+                    static_cast<short>(POLLIN | away.Client->waitsFor(!away.Words.empty())), 0});
   if (!client_ || client_->isOver()) return;
-  const int input = server_->hasRoom() ? POLLIN : 0, output = server_->hasAnswer() ? POLLOUT : 0;
-  list.push_back({client_->descriptor(), static_cast<short>(input | output | client_->wantsToo()), 0});
+  const int input = server_->hasRoom() ? POLLIN : 0, output = client_->waitsFor(server_->hasAnswer());
+  list.push_back({client_->descriptor(), static_cast<short>(input | output), 0});
 }
 
 void NetworkEnd::serve() {
@@ -80,7 +79,7 @@ void NetworkEnd::serveSentAway() {
     if (away.Words.empty()) continue;
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(away.Words.data());
     away.Words.erase(0, away.Client->write({bytes, away.Words.size()}));
-    if (away.Words.empty()) ::shutdown(away.Client->descriptor(), SHUT_WR);
+    if (away.Words.empty()) away.Client->endWriting();
   }
   std::erase_if(sentAway_, [now](const SentAway& away) { return away.Client->isOver() || now > away.Until; });
 }

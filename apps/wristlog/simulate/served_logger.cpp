@@ -50,12 +50,11 @@ void setSerialNumber(sim::ModelOptions& options, const std::string& number) {
   const auto wrong = [](const char* words) {
     throw hy_wristlog::Failure(hy_wristlog::FailureNumber::InvalidCall, "wristlog", words);
   };
-  const bool plain = std::ranges::all_of(
-      number, [](char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z'); });
+  const bool plain =
+      std::ranges::all_of(number, [](char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z'); });
   if (auto* logger = std::get_if<sim::LoggerOptions>(&options.Logger)) {
     constexpr std::size_t Longest = 15;
-    if (!plain || number.size() > Longest)
-      wrong("A serial number has up to 15 capital letters and digits");
+    if (!plain || number.size() > Longest) wrong("A serial number has up to 15 capital letters and digits");
     logger->SerialNumber = number;
   } else {
     constexpr std::size_t Digits = 4;
@@ -85,7 +84,8 @@ sim::ModelBench makeNewBench(const NewLogger& options) {
   }
   bench.dockable().putOn(wears);
   // The wearing has taken a moment of the machine's time.
-  bench.World->advance(std::max(sim::nanoseconds{0}, machineNow().time_since_epoch() - bench.World->timeline().now()));
+  bench.World->advance(
+      std::max(sim::nanoseconds{0}, machineNow().time_since_epoch() - bench.World->timeline().now()));
   return bench;
 }
 
@@ -179,7 +179,8 @@ void ServedLogger::catchUp() {
     const bool fast = hurries();
     const double rate = fast ? speed_ : 1.0;
     const sim::Moment before = timeline_.now();
-    const auto most = std::chrono::duration_cast<sim::nanoseconds>(std::chrono::duration<double>(left * rate));
+    const auto most =
+        std::chrono::duration_cast<sim::nanoseconds>(std::chrono::duration<double>(left * rate));
     if (speed_ > 1)
       timeline_.advanceTo(before + most, [&] { return hurries() != fast; });
     else
@@ -217,7 +218,8 @@ std::chrono::nanoseconds ServedLogger::untilNext() const {
   const auto due = timeline_.nextDue();
   if (!due) return LongestWait;
   const double rate = hurries() ? speed_ : 1.0;
-  const auto wait = std::chrono::duration<double, std::nano>(static_cast<double>((*due - timeline_.now()).count()) / rate);
+  const auto wait =
+      std::chrono::duration<double, std::nano>(static_cast<double>((*due - timeline_.now()).count()) / rate);
   if (wait >= LongestWait) return LongestWait;
   return std::max(ShortestWait, std::chrono::duration_cast<std::chrono::nanoseconds>(wait));
 }
@@ -256,8 +258,8 @@ void ServedLogger::close() {
   const std::uint64_t toLogger = passed.BytesToLogger - passedBefore_.BytesToLogger,
                       toPc = passed.BytesToPc - passedBefore_.BytesToPc;
   tell("closed", {{"bytes_to_logger", toLogger}, {"bytes_to_pc", toPc}},
-       "The port was closed: " + std::to_string(toLogger) + " bytes went to the logger, " + std::to_string(toPc) +
-           " came from it.");
+       "The port was closed: " + std::to_string(toLogger) + " bytes went to the logger, " +
+           std::to_string(toPc) + " came from it.");
   changed_ = true;
 }
 

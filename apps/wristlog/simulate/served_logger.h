@@ -17,10 +17,10 @@ namespace wristlog {
 
 /// How a new logger is made.
 struct NewLogger {
-  std::string Model;                ///< one of simulator::ModelNames
-  std::chrono::minutes Worn{};      ///< how long it has been worn until now; 0: as it left the factory
-  std::string SerialNumber;         ///< empty: the model's usual one
-  std::uint32_t Seed = 1;           ///< of the days of who wears it
+  std::string Model;            ///< one of simulator::ModelNames
+  std::chrono::minutes Worn{};  ///< how long it has been worn until now; 0: as it left the factory
+  std::string SerialNumber;     ///< empty: the model's usual one
+  std::uint32_t Seed = 1;       ///< of the days of who wears it
 };
 
 /// The bench of a new logger, which is in no dock. Raises Failure InvalidCall for options that no logger has.
@@ -34,7 +34,8 @@ void saveBench(hy_wristlog::simulator::SavedState& state, const std::string& mod
                const hy_wristlog::simulator::ModelBench& bench);
 
 /// A simulated logger whose time goes with the machine's: its dock's port is open as long as a client of
-/// another process wants it to be. Somebody wears the logger while no one uses the port; who opens it docks it.
+/// another process wants it to be. Somebody wears the logger while no one uses the port; who opens it docks
+/// it.
 class ServedLogger {
  public:
   /// `speed`, at least 1, is how much faster its time goes; but it waits for a client at the client's pace.
@@ -51,8 +52,8 @@ class ServedLogger {
 
   /// Docks the logger and opens the port. When the dock refuses, its words are returned and told.
   std::optional<std::string> open();
-  /// Closes the port once what was written has left, or cannot for a while. `allWritten`: nothing else is to be
-  /// written. Returns whether it is closed.
+  /// Closes the port once what was written has left, or cannot for a while. `allWritten`: nothing else is to
+  /// be written. Returns whether it is closed.
   bool letGo(bool allWritten);
   void close();
   /// The open port, or null.

@@ -49,7 +49,8 @@ class StateFile::Lock {
  private:
   /// Whether the former holder has not removed it between opening and locking.
   bool isInPlace() const {
-    struct stat held {}, there {};
+    struct stat held {
+    }, there{};
     return ::fstat(file_.get(), &held) == 0 && ::stat(path_.c_str(), &there) == 0 &&
            held.st_ino == there.st_ino && held.st_dev == there.st_dev;
   }

@@ -45,19 +45,19 @@ void TerminalEnd::make() {
       ::ptsname_r(master_.get(), name.data(), name.size()) != 0)
     platform::raiseSystemError();
   device_ = name.data();
-  rest();
+  const platform::Descriptor slave = openSlave();
+  // Raw, so that nothing echoes before a client has set the line.
+  constexpr bool SimulatesLine = true;
+  platform::configureLine(slave.get(), {}, SimulatesLine);
   // Without a watch an opening is noticed when the server looks the next time by itself.
   openings_ = platform::Descriptor{::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)};
   if (openings_) ::inotify_add_watch(openings_.get(), device_.c_str(), IN_OPEN);
 }
 
-/// Leaves the terminal as its next client shall find it: empty and raw, so that nothing echoes.
-void TerminalEnd::rest() const {
-  const platform::Descriptor slave{::open(device_.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)};
+platform::Descriptor TerminalEnd::openSlave() const {
+  platform::Descriptor slave{::open(device_.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)};
   if (!slave) platform::raiseSystemError();
-  constexpr bool SimulatesLine = true;
-  platform::configureLine(slave.get(), {}, SimulatesLine);
-  platform::discardReceived(slave.get());
+  return slave;
 }
 
 bool TerminalEnd::isOpenElsewhere() const {
@@ -79,6 +79,8 @@ void TerminalEnd::serve() {
   }
   if (!logger_.plugged()) {
     logger_.close();
+    toLogger_.clear();
+    toClient_.clear();
     master_.close();
     return;
   }
@@ -93,7 +95,8 @@ void TerminalEnd::serve() {
   if (isOpen || !logger_.letGo(toLogger_.empty())) return;
   toLogger_.clear();
   toClient_.clear();
-  rest();
+  // What the client has not read is not the next one's. The settings are: it may have made them already.
+  platform::discardReceived(openSlave().get());
 }
 
 void TerminalEnd::open() {

@@ -25,7 +25,7 @@ class TerminalEnd : public FarEnd {
 
  private:
   void make();
-  void rest() const;
+  hy_wristlog::platform::Descriptor openSlave() const;
   bool isOpenElsewhere() const;
   void open();
   bool listens() const;

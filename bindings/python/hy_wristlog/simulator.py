@@ -135,7 +135,7 @@ class Bench(FixedAttributes):
         """Lets `skip` occurrences pass and spoils `times` of them; -1: all that follow. Any model: "lose echo",
         "alter echo", "delay echo", "lose to pc", "lose to logger", "alter to pc", "alter to logger", "silent";
         Vivid and Kestrin 2: "bad line checksum", "ignore command", "refuse clock", "misstore config",
-        "bad config checksum"."""
+        "bad config checksum". `wristlog simulate --help` lists the others, with hyphens in the place of blanks."""
         skipped, struck = _whole(ctypes.c_int32, skip, "skip"), _whole(ctypes.c_int32, times, "times")
         self._call("hySimulatorSetFault", _text(name), skipped, struck)
 
