@@ -86,7 +86,7 @@ struct ServedDesk {
         config_("XDG_CONFIG_HOME", folder / "config"),
         zone_("TZ", "America/New_York"),
         docks_("HY_WRISTLOG_DOCKS", folder / "docks.ini"),
-        logger_(WRISTLOG_PROGRAM " simulate --json " + command.substr(command.find("simulate") + 8)) {
+        logger_("exec " WRISTLOG_PROGRAM " simulate --json " + command.substr(command.find("simulate") + 8)) {
     EXPECT_FALSE(logger_.Ready.is_null());
   }
   /// Who configures it leaves it alone until it has recorded something.

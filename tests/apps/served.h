@@ -21,6 +21,7 @@ class Served {
   /// Starts it and waits until it is ready; `Ready` is what it tells then. `arguments` as a shell takes them.
   Served(const Sandbox& box, const std::string& arguments)
       : Served(box.inSurroundings("TZ=America/New_York LC_ALL=C.UTF-8 ") + "simulate --json " + arguments) {}
+  /// `command` begins with exec, so that no shell stands between.
   explicit Served(const std::string& command) {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) std::abort();
@@ -47,7 +48,7 @@ class Served {
   std::string device() const { return Ready.value("device", ""); }
   /// The next event of that name; null when none comes.
   Json await(const std::string& name) {
-    for (Json event = next(); !event.is_null(); event = next())
+    for (Json event = next(); event.is_object(); event = next())
       if (event.value("event", "") == name) return event;
     return {};
   }
@@ -70,7 +71,7 @@ class Served {
       if (line = unread_.find('\n'); line != std::string::npos) {
         const std::string text = unread_.substr(0, line);
         unread_.erase(0, line + 1);
-        return Json::parse(text);
+        return Json::parse(text, nullptr, false);
       }
       char bytes[4096];
       pollfd ready{told_, POLLIN, 0};
