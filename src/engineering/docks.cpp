@@ -7,6 +7,7 @@
 #include "platform/listed_docks.h"
 #include "platform/one_dock_world.h"
 #include "platform/platform.h"
+#include "platform/remote_address.h"
 #include "start_up/start_up.h"
 #include "varden/VardenLogger.h"
 #include "workflows/docked_model.h"
@@ -92,10 +93,10 @@ std::string declaredDocksFile() {
 std::vector<std::string> declarationTroubles() { return platform::current().deviceTree().troubles(); }
 
 bool isOnOtherMachine(std::int32_t port) try {
-  const auto isAddress = [](const std::string& name) { return name.find("://") != std::string::npos; };
   for (const char* const classGuid : platform::DockClasses)
     for (const auto& dock : platform::devicesOf(platform::current().deviceTree(), classGuid))
-      if (dock.Port == port && std::any_of(dock.Names.begin(), dock.Names.end(), isAddress)) return true;
+      if (dock.Port == port && std::any_of(dock.Names.begin(), dock.Names.end(), platform::isRemoteAddress))
+        return true;
   return false;
 } catch (const platform::SystemError&) {
   return false;

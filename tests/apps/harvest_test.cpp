@@ -2,9 +2,12 @@
 #include <filesystem>
 
 #include "apps/desk.h"
+#include "apps/sandbox.h"
+#include "apps/served.h"
 #include "cli/participants.h"
 #include "commands/harvest.h"
 #include "session/process.h"
+#include "support/certificates.h"
 #include "support/surroundings.h"
 
 namespace wristlog {
@@ -14,6 +17,7 @@ namespace fs = std::filesystem;
 namespace hw = hy_wristlog;
 namespace sim = hy_wristlog::simulator;
 using namespace std::chrono_literals;
+using namespace std::string_literals;
 
 /// Docks at one table, each in a world of its own for the thread that works with it. Files are shared.
 class Table {
@@ -210,6 +214,34 @@ TEST(Harvest, TheProgramTellsAndUsesDocksByTheirNames) {
                       "Dock 2   C941234   no data    -\n", "usb-1-1: The recording is sound."});
   const Told again = runHere("harvest --json --out " + out);
   expectIn(again.Out, {R"({"event":"end","good":true,"docks":[{"dock":"usb-1-1")", R"("retrieved before")"});
+}
+
+/// These are served by other processes, so it takes real time.
+TEST(Harvest, EightServedDocksOfThreeKindsGiveTheirRecordingsOnce) {
+  const Sandbox box;
+  const hw::Certificates made;
+  const std::string network = " --listen 0", encrypted = network + " --certificate " + (made / "good.pem");
+  std::vector<std::unique_ptr<Served>> served;
+  for (const std::string& logger :
+       {"vivid --serial-number V1"s, "kestrin2 --serial-number K1"s, "pendrel27"s,
+        "vivid --serial-number V2" + network, "kestrin2 --serial-number K2" + network, "pendrel14" + network,
+        "vivid --serial-number V3" + encrypted, "kestrin2 --serial-number K3" + encrypted})
+    served.push_back(std::make_unique<Served>(
+        box,
+        logger + " --worn 5h --speed 600 --docks Docks.INI --port " + std::to_string(50 + served.size())));
+  const auto ends = [&](const std::string& expected) {
+    const Outcome told = box.run("harvest --out study --json");
+    EXPECT_EQ(told.Status, 0) << told.Out << told.Err;
+    const Json end = Json::parse(told.Out.substr(told.Out.rfind('\n', told.Out.size() - 2) + 1));
+    EXPECT_EQ(end["docks"].size(), served.size());
+    for (const Json& dock : end["docks"]) {
+      EXPECT_EQ(dock.value("outcome", ""), expected) << dock;
+      EXPECT_TRUE(fs::exists(box.Folder / dock.value("folder", "") / "series.csv")) << dock;
+    }
+  };
+  ends("retrieved");
+  ends("retrieved before");
+  EXPECT_EQ(std::distance(fs::directory_iterator(box.Folder / "study"), {}), 8);
 }
 
 }  // namespace

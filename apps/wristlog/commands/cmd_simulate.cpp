@@ -101,7 +101,7 @@ class Server {
 
   /// Tells where the logger is served, and how a program gets there.
   void announce() {
-    section_ = {bench_.Dock->kind(), options_.ComPort, end_->device()};
+    section_ = {bench_.Dock->kind(), options_.ComPort, end_->device(), end_->fingerprint()};
     if (!options_.DocksFile.empty()) putIntoDocksFile(options_.DocksFile, section_);
     if (events_.asJson())
       events_.tell(bench_.World->timeline().now(), "ready",
@@ -135,7 +135,7 @@ class Server {
   int finish() {
     logger_->end();
     save();
-    const DockSection none{section_.Kind, section_.ComPort, ""};
+    const DockSection none{section_.Kind, section_.ComPort, "", ""};
     if (!options_.DocksFile.empty()) putIntoDocksFile(options_.DocksFile, none);
     logger_->tell("ended", {{"saved", state_.has_value()}},
                   state_ ? "Ended; the logger is kept in " + state_->path() + "."

@@ -6,11 +6,13 @@
 #include "engineering/docks.h"
 #include "hy_wristlog/docks.h"
 #include "hy_wristlog/failure.h"
+#include "platform/remote_address.h"
 #include "replay/session_record.h"
 #include "replay/session_recorder.h"
 #include "session/process.h"
 #include "session/terminal_host.h"
 #include "words/meanings.h"
+#include "words/say.h"
 
 namespace wristlog {
 
@@ -32,6 +34,18 @@ hy_wristlog::enmLoggerPointer onlyDockedModel() {
   if (models.empty())
     throw hy_wristlog::Failure(hy_wristlog::ReturnCode::NotFound, "wristlog", wordsForNoDock());
   return models.front();
+}
+
+/// Tells of docks in the world, of that model or of any, whose logger's data travel readable.
+void warnOfReadableDocks(hy_wristlog::enmLoggerPointer model) try {
+  for (const hy_wristlog::Dock& dock : hy_wristlog::docks())
+    for (const std::string& name : dock.OtherNames)
+      if (const auto address = platform::parseRemoteAddress(name);
+          address && !address->warning().empty() &&
+          (model == hy_wristlog::LggrPntr_None || model == dock.Model))
+        complain() << dock.Name << ' ' << address->warning() << '\n';
+} catch (const hy_wristlog::Failure&) {
+  // The workflow that searches next says what is wrong.
 }
 
 }  // namespace
@@ -114,8 +128,10 @@ std::shared_ptr<platform::Platform> worldFor(const CommonOptions& options,
   const platform::WorldScope scope(world);
   const std::string name =
       !options.Dock.empty() ? options.Dock : world->environment().variable("HY_WRISTLOG_DOCK").value_or("");
+  if (!name.empty()) hy_wristlog::useDock(name, options.Model);
+  // Work with many docks at once tells of them when it ends.
+  if (!options.Progress) warnOfReadableDocks(options.Model);
   if (name.empty()) return world;
-  hy_wristlog::useDock(name, options.Model);
   const bool isVarden = options.Model != hy_wristlog::LggrPntr_Pendreader;
   if (isVarden && hy_wristlog::engineering::readerPort() > 0)
     throw hy_wristlog::Failure(

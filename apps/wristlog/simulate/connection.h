@@ -50,6 +50,8 @@ class Connections {
 
   /// "rfc2217", or "rfc2217s".
   virtual std::string scheme() const { return "rfc2217"; }
+  /// SHA-256 of the server's certificate in hexadecimal digits; empty without TLS.
+  virtual std::string fingerprint() const { return {}; }
   virtual std::unique_ptr<Connection> make(hy_wristlog::platform::Descriptor socket) const {
     return std::make_unique<Connection>(std::move(socket));
   }

@@ -44,7 +44,8 @@ std::string DockSection::text() const {
   if (Kind == sim::DockKind::Quillander) text += "VendorID=5245\nProductID=4000\n";
   if (Kind == sim::DockKind::TolkaFirst) text += "VendorID=5245\nProductID=4001\n";
   if (Kind == sim::DockKind::TolkaSecond) text += "VendorID=5245\nProductID=4002\n";
-  return text + "COMport=" + std::to_string(ComPort) + "\nDevice=" + Device + "\n";
+  text += "COMport=" + std::to_string(ComPort) + "\nDevice=" + Device + "\n";
+  return Fingerprint.empty() ? text : text + "Fingerprint=" + Fingerprint + "\n";
 }
 
 void putIntoDocksFile(const std::string& file, const DockSection& section) {

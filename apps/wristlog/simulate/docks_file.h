@@ -12,6 +12,7 @@ struct DockSection {
   hy_wristlog::simulator::DockKind Kind{};
   std::int32_t ComPort = 0;
   std::string Device;
+  std::string Fingerprint;  ///< of the certificate of a device with TLS, else empty
 
   std::string name() const { return "Dock " + std::to_string(ComPort); }
   std::string text() const;

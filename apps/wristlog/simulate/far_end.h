@@ -17,6 +17,8 @@ class FarEnd {
 
   /// What a client names as its device: "/dev/pts/4", "rfc2217://127.0.0.1:7000".
   virtual std::string device() const = 0;
+  /// SHA-256 of the certificate that the client gets; empty without TLS.
+  virtual std::string fingerprint() const { return {}; }
   /// Passes on what clients and the logger have said. Never waits.
   virtual void serve() = 0;
   /// Adds what wakes it.

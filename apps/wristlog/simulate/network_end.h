@@ -19,6 +19,7 @@ class NetworkEnd : public FarEnd {
   NetworkEnd(ServedLogger& logger, const ListenAddress& address, std::unique_ptr<Connections> connections);
 
   std::string device() const override;
+  std::string fingerprint() const override { return connections_->fingerprint(); }
   bool isOnLoopback() const { return wristlog::isOnLoopback(listener_); }
   void serve() override;
   void watch(std::vector<pollfd>& list) const override;

@@ -114,6 +114,10 @@ TlsConnections::TlsConnections(const TlsFiles& files) : context_(std::make_uniqu
 
 TlsConnections::~TlsConnections() = default;
 
+std::string TlsConnections::fingerprint() const {
+  return platform::fingerprintOf(::SSL_CTX_get0_certificate(context_->Made.get()));
+}
+
 std::unique_ptr<Connection> TlsConnections::make(platform::Descriptor socket) const {
   return std::make_unique<TlsConnection>(std::move(socket), context_->Made.get());
 }

@@ -23,6 +23,7 @@ class TlsConnections : public Connections {
   ~TlsConnections() override;
 
   std::string scheme() const override { return "rfc2217s"; }
+  std::string fingerprint() const override;
   std::unique_ptr<Connection> make(hy_wristlog::platform::Descriptor socket) const override;
 
  private:

@@ -189,8 +189,7 @@ class DeclarationReader {
     if (dock.Device.empty()) trouble("names no device.");
     const TlsIdentity& identity = dock.Identity;
     const auto address = parseRemoteAddress(dock.Device);
-    if (address && !address->Encrypted && !address->isLoopback())
-      trouble("is reached without TLS: names and data travel readable to " + address->Host + ".");
+    if (const std::string warning = address ? address->warning() : ""; !warning.empty()) trouble(warning);
     if (!identity.isEmpty() && !(address && address->Encrypted))
       trouble(
           "has entries for TLS, which its Device does not use. Its address would begin with rfc2217s://.");

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/remote/remote_address.h"
+#include "platform/remote_address.h"
 
 namespace hy_wristlog::platform {
 

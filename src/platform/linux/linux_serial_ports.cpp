@@ -117,7 +117,11 @@ std::unique_ptr<SerialPort> LinuxSerialPorts::open(std::int32_t number) {
 }
 
 std::unique_ptr<SerialPort> LinuxSerialPorts::openDevice(const std::string& device) {
-  return openSerialDevice(device, printable(device));
+  TlsIdentity identity;
+  if (const auto address = parseRemoteAddress(device))
+    for (const DeclaredDock& dock : readDeclaredDocks(userDataFolder(environment_)).Docks)
+      if (dock.Device == address->text()) identity = dock.Identity;
+  return openSerialDevice(device, printable(device), identity);
 }
 
 }  // namespace hy_wristlog::platform

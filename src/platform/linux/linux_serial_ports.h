@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/linux/remote/remote_address.h"
 #include "platform/platform.h"
+#include "platform/remote_address.h"
 
 namespace hy_wristlog::platform {
 

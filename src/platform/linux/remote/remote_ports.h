@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "platform/linux/remote/remote_address.h"
 #include "platform/platform.h"
+#include "platform/remote_address.h"
 
 namespace hy_wristlog::platform {
 

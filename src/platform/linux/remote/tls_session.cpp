@@ -155,15 +155,7 @@ void TlsSession::checkFingerprint() const {
   if (fingerprint_.empty()) return;
   const std::unique_ptr<X509, OpensslDeleter<X509_free>> certificate(
       ::SSL_get1_peer_certificate(session_.get()));
-  std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-  unsigned int size = 0;
-  if (!certificate || ::X509_digest(certificate.get(), ::EVP_sha256(), digest.data(), &size) != 1) size = 0;
-  constexpr std::string_view Digits = "0123456789ABCDEF";
-  std::string digits;
-  for (unsigned int i = 0; i < size; ++i) {
-    digits += Digits[digest[i] >> 4];
-    digits += Digits[digest[i] & 15];
-  }
+  const std::string digits = fingerprintOf(certificate.get());
   if (digits != fingerprint_)
     raise("has another certificate than the one of the Fingerprint in Docks.INI. Its own is " + digits);
 }

@@ -9,7 +9,7 @@
 #include <openssl/ssl.h>
 
 #include "platform/linux/openssl_support.h"
-#include "platform/linux/remote/remote_address.h"
+#include "platform/remote_address.h"
 #include "platform/telnet.h"
 
 namespace hy_wristlog::platform {

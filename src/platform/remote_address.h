@@ -16,6 +16,8 @@ struct RemoteAddress {
   std::string text() const;
   /// Whether what is sent there stays on this machine.
   bool isLoopback() const;
+  /// What who sends there should know; empty for TLS and for this machine.
+  std::string warning() const;
 };
 
 /// How the two ends of a connection with TLS know each other. Empty texts are not given.

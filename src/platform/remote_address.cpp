@@ -1,4 +1,4 @@
-#include "platform/linux/remote/remote_address.h"
+#include "platform/remote_address.h"
 
 #include <algorithm>
 #include <charconv>
@@ -48,6 +48,11 @@ bool RemoteAddress::isLoopback() const {
   return equalsIgnoringCase(Host, "localhost") || Host == "::1" ||
          (Host.starts_with("127.") && std::count(Host.begin(), Host.end(), '.') == 3 &&
           std::all_of(Host.begin(), Host.end(), [](char c) { return isDigit(c) || c == '.'; }));
+}
+
+std::string RemoteAddress::warning() const {
+  if (Encrypted || isLoopback()) return {};
+  return "is reached without TLS: names and data travel readable to " + Host + ".";
 }
 
 bool isRemoteAddress(std::string_view device) {
