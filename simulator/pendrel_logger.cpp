@@ -53,7 +53,7 @@ PendrelParts makeParts(const Timeline& timeline, const PendrelOptions& options) 
 
 void persist(SavedState& state, PendrelOptions& options) {
   constexpr std::size_t SerialLength = 4;
-  constexpr std::int64_t MostZoneMinutes = 24 * 60;
+  constexpr std::int64_t MostZoneMinutes = std::int64_t{24} * 60;
   std::uint8_t firmware = firmwareOf(options);
   std::int64_t zone = options.Zone.value_or(std::chrono::minutes{0}).count();
   state.number("model", options.Model, static_cast<std::int64_t>(PendrelModel::Plain),

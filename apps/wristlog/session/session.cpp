@@ -51,7 +51,7 @@ void warnOfReadableDocks(hy_wristlog::enmLoggerPointer model) try {
 }  // namespace
 
 sim::DockBench makeWornBench(const std::string& model) {
-  const sim::ModelBench bench = sim::makeBench(sim::modelOptions(model), {});
+  sim::ModelBench bench = sim::makeBench(sim::modelOptions(model), {});
   sim::setUpForWearing(bench, SimulatedEpoch);
   bench.wear(WornBefore);
   return bench;
