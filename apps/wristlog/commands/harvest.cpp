@@ -25,22 +25,32 @@ namespace {
 
 constexpr bool KeepRecord = true;
 
-/// The folders of one harvest. Two loggers that tell the same serial number get a folder each.
+/// The folders of one harvest. No two docks of it get the same one.
 class HarvestFolders {
  public:
-  explicit HarvestFolders(std::string folder) : folder_(std::move(folder)) {}
+  explicit HarvestFolders(const std::string& folder)
+      : folder_(folder.substr(0, folder.find_last_not_of('/') + 1)) {}
 
   /// Files in the folder of a recording, which may have been begun by an earlier harvest. Raises
   /// PathFileAccess when it cannot be written to.
   RecordingFiles filesFor(const HeldRecording& held) {
-    RecordingFiles files(folder_ + "/" + take(nameOf(held)), false);
+    const std::lock_guard lock(mutex_);
+    const std::string name = folder_ + "/" + nameOf(held);
+    std::string free = name;
+    for (int number = 2; taken_.contains(free); ++number) free = name + "-" + std::to_string(number);
+    taken_.insert(free);
+    RecordingFiles files(free, false);
     files.replacePart();
     try {
       files.prepare();
     } catch (const hw::Failure& failure) {
-      // It will be written beside what is there.
       if (failure.Number != hw::FailureNumber::FileExists) throw;
-      files.beside().prepare();
+    }
+    if (files.holdAny()) {
+      // What is no more of the same will be written beside it.
+      const RecordingFiles beside = files.beside();
+      beside.prepare();
+      taken_.insert(beside.folder());
     }
     return files;
   }
@@ -58,13 +68,6 @@ class HarvestFolders {
       if (!isPlain) c = '_';
     }
     return name;
-  }
-
-  std::string take(const std::string& name) {
-    const std::lock_guard lock(mutex_);
-    std::string free = name;
-    for (int number = 2; !taken_.insert(free).second; ++number) free = name + "-" + std::to_string(number);
-    return free;
   }
 
   std::string folder_;
