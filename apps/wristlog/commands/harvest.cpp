@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "base/ascii.h"
+#include "commands/allotment.h"
 #include "commands/configuration.h"
 #include "commands/docked_retrieval.h"
 #include "commands/held_recording.h"
@@ -75,43 +76,6 @@ class HarvestFolders {
   std::set<std::string> taken_;
 };
 
-/// Who gets which logger.
-class Participants {
- public:
-  Participants(const std::vector<Participant>& all, const std::vector<hw::Dock>& docks) : all_(all) {
-    std::vector<const Participant*> anywhere;
-    for (const Participant& one : all)
-      if (one.SerialNumber.empty() && one.Dock.empty()) anywhere.push_back(&one);
-    auto next = anywhere.begin();
-    for (const hw::Dock& dock : docks) {
-      const Participant* found = nullptr;
-      for (const Participant& one : all)
-        if (one.SerialNumber.empty() && isCalled(dock, one.Dock)) found = &one;
-      if (found == nullptr && next != anywhere.end() && dock.Model != hw::LggrPntr_Pendreader)
-        found = *next++;
-      ofDocks_.push_back(found);
-    }
-  }
-
-  /// Null for nobody.
-  const Participant* find(std::size_t place, const std::string& serialNumber) const {
-    for (const Participant& one : all_)
-      if (!one.SerialNumber.empty() && hw::equalsIgnoringCase(one.SerialNumber, serialNumber)) return &one;
-    return ofDocks_[place];
-  }
-
- private:
-  static bool isCalled(const hw::Dock& dock, const std::string& name) {
-    if (hw::equalsIgnoringCase(dock.Name, name)) return true;
-    for (const std::string& other : dock.OtherNames)
-      if (hw::equalsIgnoringCase(other, name)) return true;
-    return false;
-  }
-
-  const std::vector<Participant>& all_;
-  std::vector<const Participant*> ofDocks_;
-};
-
 /// The work with one dock, on its own thread.
 class DockHarvest {
  public:
@@ -129,9 +93,15 @@ class DockHarvest {
   }
 
   void configure(const Participant& participant, HarvestOutcome& outcome) const {
+    outcome.Given = &participant;
+    if (isPendrel())
+      outcome.ConfigureWords =
+          "A Pendrel logger is not configured from a list: 'wristlog legacy configure' configures it.";
+    else if (interruptRequested())
+      outcome.ConfigureWords = "Stopped before it was configured.";
+    if (!outcome.ConfigureWords.empty()) return;
     std::ostringstream told;
     const SpeechCaught caught(told);
-    outcome.Given = &participant;
     std::string meaning;
     const std::string trouble = troubleOf([&] {
       Session session(common_);
@@ -280,9 +250,9 @@ std::string wordsFor(HarvestEnd end) {
 std::vector<HarvestOutcome> harvest(const CommonOptions& common, const HarvestOptions& options,
                                     const std::vector<hw::Dock>& docks, HarvestWatch& watch,
                                     const WorldOfDock& world) {
+  Allotment allotment(options, docks);
   std::vector<HarvestOutcome> outcomes(docks.size());
   HarvestFolders folders(options.Folder);
-  const Participants participants(options.Participants, docks);
   forEachDock(
       docks,
       [&](std::size_t place) {
@@ -292,8 +262,8 @@ std::vector<HarvestOutcome> harvest(const CommonOptions& common, const HarvestOp
         DockHarvest work(forDock(own, docks[place]), options, docks[place], folders);
         watch.progress(place, "Asking who sits in it");
         outcome = work.retrieve();
-        const Participant* const participant = participants.find(place, outcome.SerialNumber);
-        if (participant != nullptr && mayConfigure(outcome, *participant) && !interruptRequested()) {
+        const Participant* const participant = allotment.find(place, outcome.SerialNumber);
+        if (participant != nullptr && mayConfigure(outcome, *participant) && allotment.take(*participant)) {
           watch.progress(place, "Configuring it");
           work.configure(*participant, outcome);
         }

@@ -49,7 +49,7 @@ class HarvestWatch {
 
 /// Retrieves from all docks at the same time what was not retrieved before, each recording into a folder of
 /// its own in `options.Folder`, and then configures those loggers that somebody gets. What fails with one
-/// dock changes nothing for the others. Raises nothing.
+/// dock changes nothing for the others. Raises what `Allotment` raises, before any logger is asked.
 std::vector<HarvestOutcome> harvest(const CommonOptions& common, const HarvestOptions& options,
                                     const std::vector<hy_wristlog::Dock>& docks, HarvestWatch& watch,
                                     const WorldOfDock& world = {});
