@@ -166,6 +166,8 @@ TEST(HarvestThreads, ParticipantsGetTheLoggersThatAreEmptyOrRetrieved) {
   EXPECT_EQ(outcomes[3].Given, nullptr) << "its recording is still in it";
   table.Options.Participants = {table.Options.Participants.back()};
   EXPECT_EQ(table.harvest()[2].Given, nullptr) << "it waits for its start, and the row names no logger";
+  table.Options.Participants.front().Dock = "COM33";
+  EXPECT_THROW(table.harvest(), hw::Failure) << "several docks have this name";
 
   for (const auto& [list, words] : std::initializer_list<std::pair<const char*, const char*>>{
            {"identity,mode\n", "no participant"},
@@ -173,7 +175,10 @@ TEST(HarvestThreads, ParticipantsGetTheLoggersThatAreEmptyOrRetrieved) {
            {"identity,mode,epoch\nA,1,60\nB,1,61\n", "line 3: --epoch"},
            {"identity,mode\nA,1\n", "line 2: --epoch is required"},
            {"mode,epoch,dock\n1,60,a\n1,60,A\n", "line 3: The logger or dock A is given to two"},
-           {"mode,epoch\n1,60,7\n", "line 2: It has more cells"}}) {
+           {"mode,epoch,identity\n1,60,\"A\n1,60,B\n", "line 2: A quotation mark"},
+           {"mode,epoch,identity\n1,60,Andr\xE9\n", "not in UTF-8"},
+           {"mode,epoch,help\n1,60,yes\n", "\"help\" is no column"},
+           {"mode,epoch\n,\n1,60,7\n", "line 3: It has more cells"}}) {
     hw::putFile(folder / "list.csv", list);
     const Told told = runHere("harvest --out " + table.out() + " --configure " + (folder / "list.csv"));
     EXPECT_EQ(told.Status, WrongUsage) << list;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/ascii.h"
+#include "base/code_page.h"
 #include "cli/cli.h"
 #include "hy_wristlog/failure.h"
 #include "platform/platform.h"
@@ -38,11 +39,14 @@ class CsvReader {
 
  private:
   void readRow() {
-    CsvRow row{line_, {}};
+    CsvRow row;
+    row.Line = line_;
     do row.Cells.push_back(readCell());
     while (ended_ == separator_);
-    const bool isEmpty = row.Cells.size() == 1 && row.Cells.front().empty();
-    if (!isEmpty) rows_.push_back(std::move(row));
+    const bool isEmpty =
+        std::all_of(row.Cells.begin(), row.Cells.end(), [](const std::string& cell) { return cell.empty(); });
+    row.IsClosed = !cutOff_;
+    if (!isEmpty || cutOff_) rows_.push_back(std::move(row));
   }
 
   std::string readCell() {
@@ -63,6 +67,7 @@ class CsvReader {
       }
     }
     ended_ = '\n';
+    cutOff_ = quoted;
     return trimmed(std::move(cell));
   }
 
@@ -75,6 +80,7 @@ class CsvReader {
   std::vector<CsvRow> rows_;
   std::size_t at_ = 0, line_ = 1;
   char separator_ = ',', ended_ = '\n';
+  bool cutOff_ = false;
 };
 
 /// "Serial number" and "serial_number" are "serial-number".
@@ -88,6 +94,8 @@ class ListReader {
   ListReader(std::string file, std::int16_t attempts) : file_(std::move(file)), attempts_(attempts) {}
 
   std::vector<Participant> read(const std::vector<CsvRow>& rows) {
+    if (!rows.empty() && !rows.back().IsClosed)
+      refuse(file_, rows.back().Line, "A quotation mark of this row is not closed");
     if (rows.size() < 2) refuse(file_, 1, "It names no participant below a row of headings");
     for (const std::string& heading : rows.front().Cells) columns_.push_back(columnName(heading));
     checkColumns(rows.front().Line);
@@ -97,10 +105,16 @@ class ListReader {
   }
 
  private:
+  /// The options that are columns: all but those that the parser adds itself.
+  static void addColumns(CLI::App& app, ConfigureOptions& options) {
+    app.set_help_flag();
+    addConfigureOptions(&app, options);
+  }
+
   void checkColumns(std::size_t line) const {
     CLI::App app;
     ConfigureOptions options;
-    addConfigureOptions(&app, options);
+    addColumns(app, options);
     std::set<std::string> seen;
     for (const std::string& column : columns_) {
       const bool isOwn = column == SerialColumn || column == DockColumn;
@@ -120,7 +134,7 @@ class ListReader {
     Participant one;
     one.Line = row.Line;
     CLI::App app;
-    addConfigureOptions(&app, one.Options);
+    addColumns(app, one.Options);
     std::vector<std::string> arguments;
     for (std::size_t column = 0; column < row.Cells.size(); ++column) {
       const std::string& cell = row.Cells[column];
@@ -164,6 +178,7 @@ std::vector<CsvRow> csvRows(std::string_view text) {
 std::vector<Participant> participantsIn(const std::string& file, std::int16_t attempts) {
   try {
     const std::string text = platform::current().files().readUpTo(platform::Files::LongestText, file);
+    if (!hw::utf16FromUtf8(text)) refuse(file, 1, "The list is not in UTF-8: save it as UTF-8");
     return ListReader(file, attempts).read(csvRows(text));
   } catch (const platform::SystemError& error) {
     throw hw::Failure(hw::FailureNumber::PathFileAccess, "wristlog",

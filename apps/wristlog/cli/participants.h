@@ -10,10 +10,11 @@
 namespace wristlog {
 
 /// The cells of a CSV, a row a line of it; cells may stand in quotes. The separator is a comma, or a
-/// semicolon where the first row has no comma. Empty lines are left out. `Line` counts from 1.
+/// semicolon where the first row has no comma. Rows whose cells are all empty are left out.
 struct CsvRow {
-  std::size_t Line = 0;
-  std::vector<std::string> Cells;
+  std::size_t Line = 0;            ///< of its beginning, from 1
+  std::vector<std::string> Cells;  ///< without blanks at their ends
+  bool IsClosed = true;            ///< false where a quotation mark reaches to the end of the text
 };
 std::vector<CsvRow> csvRows(std::string_view text);
 
