@@ -135,8 +135,8 @@ void useDock(const std::string& name, enmLoggerPointer model) {
   if (found.size() > 1)
     throw Failure(ReturnCode::TooManyDocks, Source,
                   "Several docks are called \"" + name + "\": choose by the first name. " + listOf(found));
-  if (found.empty() && isDevice(name) && wordsOf(model) != wordsOf(LggrPntr_None))
-    return look(viewOfDevice(world, name, model));
+  const bool namesModel = dockedModel(model) != nullptr || model == LggrPntr_Pendreader;
+  if (found.empty() && isDevice(name) && namesModel) return look(viewOfDevice(world, name, model));
   if (found.empty())
     throw Failure(ReturnCode::NotFound, Source,
                   isDevice(name)

@@ -121,6 +121,19 @@ class RemoteDock : public testing::Test {
   Sandbox box_;
 };
 
+TEST(RemoteDocks, TheOneThatIsUsedIsWarnedOf) {
+  const Sandbox box;
+  box.write("Docks.INI",
+            "[Dock 1]\nVendorID=5245\nProductID=4000\nDevice=rfc2217://[::1]:1\n"
+            "[Dock 2]\nVendorID=5245\nProductID=4000\nDevice=rfc2217://far.invalid:1\n");
+  for (const auto& [dock, isFar] : {std::pair{"'Dock 1'", false}, std::pair{"'Dock 2'", true},
+                                    std::pair{"rfc2217://other.invalid:1 --model vivid", true}}) {
+    const Outcome told = box.run(std::string("status --dock ") + dock);
+    EXPECT_EQ(told.Err.find("names and data travel readable") != std::string::npos, isFar)
+        << dock << told.Err;
+  }
+}
+
 TEST_F(RemoteDock, AVividWorksAsOnTheMachineItself) {
   useLogger("vivid", "4000", simulator::vividBenchOptions());
 }

@@ -73,6 +73,8 @@ TEST(Docks, AreKnownByTheirNamesAndRefusedByOthers) {
   EXPECT_EQ(refusal("/dev/ttyS7", LggrPntr_None, "model"), ReturnCode::NotFound);
   EXPECT_EQ(refusal("COM33", LggrPntr_KRII, "of a Kestrin Vivid"), ReturnCode::WrongLogger);
   EXPECT_EQ(dockInUse(), "usb-1-1.4") << "a refused name changes nothing";
+  useDock("rfc2217://far:4001", LggrPntr_Pendreader);
+  EXPECT_EQ(dockInUse(), "rfc2217://far:4001");
   useAllDocks();
   EXPECT_EQ(dockInUse(), "");
 }

@@ -36,14 +36,18 @@ hy_wristlog::enmLoggerPointer onlyDockedModel() {
   return models.front();
 }
 
-/// Tells of docks in the world, of that model or of any, whose logger's data travel readable.
+void warnOfReadable(const std::string& dock, const std::string& device) {
+  const auto address = platform::parseRemoteAddress(device);
+  if (address && !address->warning().empty()) complain() << dock << ' ' << address->warning() << '\n';
+}
+
+/// Tells of docks whose logger's data travel readable: the chosen one, else those of that model or of any.
 void warnOfReadableDocks(hy_wristlog::enmLoggerPointer model) try {
+  const std::string chosen = hy_wristlog::dockInUse();
+  warnOfReadable(chosen, chosen);
   for (const hy_wristlog::Dock& dock : hy_wristlog::docks())
-    for (const std::string& name : dock.OtherNames)
-      if (const auto address = platform::parseRemoteAddress(name);
-          address && !address->warning().empty() &&
-          (model == hy_wristlog::LggrPntr_None || model == dock.Model))
-        complain() << dock.Name << ' ' << address->warning() << '\n';
+    if (chosen.empty() ? model == hy_wristlog::LggrPntr_None || model == dock.Model : dock.Name == chosen)
+      for (const std::string& name : dock.OtherNames) warnOfReadable(dock.Name, name);
 } catch (const hy_wristlog::Failure&) {
   // The workflow that searches next says what is wrong.
 }
