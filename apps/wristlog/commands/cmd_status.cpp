@@ -46,8 +46,11 @@ int runStatus(const CommonOptions& common, const std::string& model) {
   }
   const Speech out = exitStatus == Good ? say() : complain();
   out << status.Simple << '\n';
-  if (status.Long != status.Simple) out << status.Long << '\n';
-  const std::string trouble = status.wasRead() ? std::string() : dockTroubleOf(docked);
+  std::string trouble = status.wasRead() ? std::string() : farTroubleOf(docked);
+  if (trouble.empty()) {
+    if (status.Long != status.Simple) out << status.Long << '\n';
+    if (!status.wasRead()) trouble = dockTroubleOf(docked);
+  }
   if (!trouble.empty()) out << trouble << '\n';
   if (status.wasRead()) {
     out << "Logger " << status.Logger->Get_SerialNumber() << ", firmware "

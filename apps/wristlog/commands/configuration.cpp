@@ -47,7 +47,10 @@ std::int32_t checkHeld(Session& session, const engineering::RecordingPlan& plan,
   if (status.Simple == "Error: Too Many Docks") return hw::ReturnCode::TooManyDocks;
   if (!status.wasRead() && !status.Simple.starts_with("Error:")) return hw::ReturnCode::NotFound;
   if (options.Erase) return hw::ReturnCode::Success;
-  if (!status.tellsRecording()) refuseUnknown(status.Long);
+  if (!status.tellsRecording()) {
+    const std::string trouble = status.wasRead() ? std::string() : farTroubleOf(plan.Model);
+    refuseUnknown(trouble.empty() ? status.Long : trouble);
+  }
   const std::string dock = hw::dockInUse();
   const std::string which = !dock.empty()           ? " --dock '" + dock + "'"
                             : options.Model.empty() ? ""

@@ -77,6 +77,19 @@ std::string zoneTroubleAfter(std::int32_t code) {
   return trouble.empty() ? trouble : " The machine's own zone is not known. " + trouble;
 }
 
+constexpr std::array SilenceOfLogger{NoCharacters,    NoFinalCharacter, WrongCharacters, TooFewBytes,
+                                     RetriesExceeded, NoPacket,         PortStateFailure};
+
+/// What the network has to do with a logger's silence; empty for docks of this machine.
+std::string networkTrouble(std::int32_t code, std::int32_t port) {
+  const bool isSilence =
+      std::find(SilenceOfLogger.begin(), SilenceOfLogger.end(), code) != SilenceOfLogger.end();
+  if (!isSilence || !hy_wristlog::engineering::isOnOtherMachine(port)) return {};
+  std::string trouble = hy_wristlog::engineering::portTrouble(port);
+  if (!trouble.empty() || code != PortStateFailure) return trouble;
+  return "The network to the dock failed, or the dock was disconnected there. Try again.";
+}
+
 const Hint* hintFor(std::int32_t code, std::span<const Hint> hints) {
   for (const Hint& hint : hints)
     if (hint.Code == code) return &hint;
@@ -97,11 +110,13 @@ std::string meaningOf(std::int32_t returnCode) {
 std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer model) {
   constexpr std::array AboutTheDock{InvalidPort, PortNotAvailable, PortStateFailure, ReturnCode::NotFound,
                                     DockPortFailure};
-  if (std::find(AboutTheDock.begin(), AboutTheDock.end(), returnCode) == AboutTheDock.end())
-    return meaningOf(returnCode);
+  const bool isAboutTheDock =
+      std::find(AboutTheDock.begin(), AboutTheDock.end(), returnCode) != AboutTheDock.end();
   try {
     for (const auto& dock : hy_wristlog::engineering::docks()) {
       if (dock.Model != model || dock.Connected > 1) continue;
+      if (std::string trouble = networkTrouble(returnCode, dock.Port); !trouble.empty()) return trouble;
+      if (!isAboutTheDock) break;
       const std::string name = dock.Words + " dock";
       if (dock.Connected == 0) return wordsForNoDock(name);
       if (dock.Port == 0)
@@ -123,6 +138,7 @@ std::string pendrelExplanationOf(std::int32_t returnCode, std::int16_t port) {
     std::string trouble = hy_wristlog::engineering::portTrouble(port);
     if (!trouble.empty()) return trouble;
   }
+  if (std::string trouble = networkTrouble(returnCode, port); !trouble.empty()) return trouble;
   const std::string meaning = Class_Main::CodeMeaning(returnCode, hy_wristlog::LggrPntr_Pendreader);
   if (returnCode == ReturnCode::NotFound) return meaning + portsOutOfReach();
   if (const Hint* hint = hintFor(returnCode, PendrelHints))
@@ -143,6 +159,13 @@ std::string dockTroubleOf(hy_wristlog::enmLoggerPointer model) {
     if (dock.Port > 0) return hy_wristlog::engineering::portTrouble(dock.Port);
     if (dock.Connected == 0) return declarationTroubles();
   }
+  return {};
+}
+
+std::string farTroubleOf(hy_wristlog::enmLoggerPointer model) {
+  for (const auto& dock : hy_wristlog::engineering::docks())
+    if (dock.Model == model && hy_wristlog::engineering::isOnOtherMachine(dock.Port))
+      return hy_wristlog::engineering::portTrouble(dock.Port);
   return {};
 }
 

@@ -25,6 +25,10 @@ std::string pendrelExplanationOf(std::int32_t returnCode, std::int16_t port);
 /// being found; empty when nothing is wrong.
 std::string dockTroubleOf(hy_wristlog::enmLoggerPointer model);
 
+/// Why the model's dock, which is on another machine, cannot be reached; empty for a dock of this machine and
+/// when nothing is wrong.
+std::string farTroubleOf(hy_wristlog::enmLoggerPointer model);
+
 /// The failure that ended a command, in one line.
 std::string wordsFor(const hy_wristlog::Failure& failure);
 
