@@ -92,6 +92,10 @@ TEST(Simulate, RefusesWrongArguments) {
     EXPECT_EQ(box.run("simulate " + std::string(wrong)).Status, 2) << wrong;
   EXPECT_EQ(box.run("simulate pendrel27 --serial-number V1").Status, 1);
   EXPECT_EQ(box.run("simulate vivid --listen 192.0.2.1:7000").Status, 1);
+  const std::string written = "[dock 60]\nDevice=/dev/ttyUSB0\n";
+  box.write("own.ini", written);
+  EXPECT_EQ(box.run("simulate vivid --docks own.ini").Status, 1);
+  EXPECT_EQ(box.content("own.ini"), written);
 }
 
 TEST(Simulate, SpoilsWhatAFaultNames) {

@@ -46,6 +46,7 @@ class Server {
   Server(const CommonOptions& common, const SimulateOptions& options)
       : options_(options), events_(common.AsJson) {
     if (!options.StateFile.empty()) state_.emplace(options.StateFile);
+    if (!options.DocksFile.empty()) docks_.emplace(options.DocksFile);
     bench_ = makeBench();
     for (const std::string& fault : options.Faults) setFault(bench_, fault);
     logger_.emplace(bench_, options.Speed, events_);
@@ -102,7 +103,7 @@ class Server {
   /// Tells where the logger is served, and how a program gets there.
   void announce() {
     section_ = {bench_.Dock->kind(), options_.ComPort, end_->device(), end_->fingerprint()};
-    if (!options_.DocksFile.empty()) putIntoDocksFile(options_.DocksFile, section_);
+    if (docks_) docks_->put(section_);
     if (events_.asJson())
       events_.tell(bench_.World->timeline().now(), "ready",
                    {{"model", options_.Model},
@@ -120,9 +121,9 @@ class Server {
     say() << "A simulated " << std::string(modelWords(options_.Model)) << " (" << serialNumber(bench_)
           << ") is served on " << section_.Device << ". Ctrl-C ends it.\n";
     if (goesOn_) say() << "It goes on as " << options_.StateFile << " tells.\n";
-    if (!options_.DocksFile.empty()) {
+    if (docks_) {
       say() << "Another terminal finds its dock after this:\n\n    export HY_WRISTLOG_DOCKS=\""
-            << std::filesystem::absolute(options_.DocksFile).string() << "\"\n\n";
+            << std::filesystem::absolute(docks_->file()).string() << "\"\n\n";
     } else {
       say() << "It is a dock for who has this section in " << hw::engineering::declaredDocksFile()
             << ",\nor in the file that HY_WRISTLOG_DOCKS names:\n\n";
@@ -135,8 +136,7 @@ class Server {
   int finish() {
     logger_->end();
     save();
-    const DockSection none{section_.Kind, section_.ComPort, "", ""};
-    if (!options_.DocksFile.empty()) putIntoDocksFile(options_.DocksFile, none);
+    docks_.reset();
     logger_->tell("ended", {{"saved", state_.has_value()}},
                   state_ ? "Ended; the logger is kept in " + state_->path() + "."
                          : "Ended; the logger is gone (--state FILE keeps it).");
@@ -146,6 +146,7 @@ class Server {
   const SimulateOptions& options_;
   ServedEvents events_;
   std::optional<StateFile> state_;
+  std::optional<KeptSection> docks_;
   bool goesOn_ = false;
   sim::ModelBench bench_;
   std::optional<ServedLogger> logger_;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "simulator/dockable.h"
 
@@ -18,9 +19,25 @@ struct DockSection {
   std::string text() const;
 };
 
-/// Puts the section into a file of docks in the place of one of the same name; the rest of the file stays. An
-/// empty device takes the section out, and the file when nothing else is in it. Raises Failure
-/// PathFileAccess.
-void putIntoDocksFile(const std::string& file, const DockSection& section);
+/// A section in a file of docks, as long as this lives. The rest of the file stays; a file that holds nothing
+/// else is removed with it.
+class KeptSection {
+ public:
+  explicit KeptSection(std::string file) : file_(std::move(file)) {}
+  ~KeptSection();
+  KeptSection(const KeptSection&) = delete;
+  KeptSection& operator=(const KeptSection&) = delete;
+
+  const std::string& file() const { return file_; }
+  /// Puts it there in place of the former one. Raises Failure PermissionDenied when the file has a section of
+  /// that name that somebody wrote or another server keeps, PathFileAccess when the file cannot be changed.
+  void put(const DockSection& section);
+
+ private:
+  void change() const;
+
+  std::string file_;
+  DockSection section_;
+};
 
 }  // namespace wristlog
