@@ -111,6 +111,7 @@ class Server {
                     {"device", section_.Device},
                     {"com_port", section_.ComPort},
                     {"docks_section", section_.text()},
+                    {"on_loopback", end_->isOnLoopback()},
                     {"goes_on", goesOn_}},
                    "");
     else
@@ -120,6 +121,8 @@ class Server {
   void explain() const {
     say() << "A simulated " << std::string(modelWords(options_.Model)) << " (" << serialNumber(bench_)
           << ") is served on " << section_.Device << ". Ctrl-C ends it.\n";
+    if (!end_->isOnLoopback())
+      say() << "Everybody on that network can reach it. Other machines use this one's name or address.\n";
     if (goesOn_) say() << "It goes on as " << options_.StateFile << " tells.\n";
     if (docks_) {
       say() << "Another terminal finds its dock after this:\n\n    export HY_WRISTLOG_DOCKS=\""

@@ -19,6 +19,8 @@ class FarEnd {
   virtual std::string device() const = 0;
   /// SHA-256 of the certificate that the client gets; empty without TLS.
   virtual std::string fingerprint() const { return {}; }
+  /// Whether only clients on this machine can reach it.
+  virtual bool isOnLoopback() const { return true; }
   /// Passes on what clients and the logger have said. Never waits.
   virtual void serve() = 0;
   /// Adds what wakes it.

@@ -20,7 +20,7 @@ class NetworkEnd : public FarEnd {
 
   std::string device() const override;
   std::string fingerprint() const override { return connections_->fingerprint(); }
-  bool isOnLoopback() const { return wristlog::isOnLoopback(listener_); }
+  bool isOnLoopback() const override { return wristlog::isOnLoopback(listener_); }
   void serve() override;
   void watch(std::vector<pollfd>& list) const override;
 
