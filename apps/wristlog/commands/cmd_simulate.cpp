@@ -57,7 +57,6 @@ class Server {
   }
 
   int run() {
-    catchInterrupts();
     save();
     announce();
     std::vector<pollfd> list;
@@ -65,7 +64,7 @@ class Server {
       logger_->catchUp();
       end_->serve();
       if (end_->device() != section_.Device) announce();
-      if (logger_->takeChanged()) save();
+      if (logger_->takeChanged()) saveIfPossible();
       list.clear();
       end_->watch(list);
       platform::awaitReady(list, logger_->untilNext());
@@ -98,6 +97,17 @@ class Server {
     sim::SavedState state;
     saveBench(state, options_.Model, bench_);
     state_->write(state.text());
+  }
+
+  /// A full disk must not cost the logger: whoever serves it can make room before the next change.
+  void saveIfPossible() {
+    try {
+      save();
+    } catch (const hw::Failure& failure) {
+      logger_->tell(
+          "not_saved", {{"reason", failure.Description}, {"number", failure.Number}},
+          "The logger could not be saved, which the next change tries again: " + failure.Description + ".");
+    }
   }
 
   /// Tells where the logger is served, and how a program gets there.
@@ -160,6 +170,7 @@ class Server {
 }  // namespace
 
 int runSimulate(const CommonOptions& common, const SimulateOptions& options) {
+  catchInterrupts();
   return Server(common, options).run();
 }
 
