@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
+#include <regex>
 #include <sstream>
 #include <thread>
 
@@ -78,6 +79,12 @@ std::vector<Example> allExamples() {
   return examples;
 }
 
+/// The options of a line that serves a logger, at a port that is free whichever one it names.
+std::string servingOptions(const std::string& command) {
+  static const std::regex port("(--listen [^ ]*:)[0-9]+");
+  return std::regex_replace(command.substr(command.find("simulate") + 8), port, "$010");
+}
+
 /// A logger that a line of a document serves to the following ones of its section.
 struct ServedDesk {
   ServedDesk(const fs::path& folder, const std::string& command, const std::string& section)
@@ -86,7 +93,7 @@ struct ServedDesk {
         config_("XDG_CONFIG_HOME", folder / "config"),
         zone_("TZ", "America/New_York"),
         docks_("HY_WRISTLOG_DOCKS", folder / "docks.ini"),
-        logger_("exec " WRISTLOG_PROGRAM " simulate --json " + command.substr(command.find("simulate") + 8)) {
+        logger_("exec " WRISTLOG_PROGRAM " simulate --json " + servingOptions(command)) {
     EXPECT_FALSE(logger_.Ready.is_null());
   }
   /// Who configures it leaves it alone until it has recorded something.
