@@ -237,7 +237,9 @@ TEST(Simulate, ServesByTlsOnlyWhoKnowsItsAuthorityAndIsKnown) {
         shell("openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 -keyout " +
               name + ".key -out " + name + ".pem -subj /CN=" + name),
         0);
-  EXPECT_EQ(box.run("simulate vivid --listen 0 --certificate server.key").Status, 1);
+  ASSERT_EQ(shell("openssl genrsa -out other.key 2048"), 0);
+  for (const char* wrong : {"server.key", "server.pem --key other.key"})
+    EXPECT_EQ(box.run("simulate vivid --listen 0 --certificate "s + wrong).Status, 1) << wrong;
   Served served(box, "vivid --listen 0 --certificate server.pem --key server.key --client-ca client.pem");
   EXPECT_TRUE(served.device().starts_with("rfc2217s://")) << served.device();
   const std::string asks =

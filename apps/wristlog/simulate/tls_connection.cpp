@@ -104,7 +104,9 @@ TlsConnections::TlsConnections(const TlsFiles& files) : context_(std::make_uniqu
   require(::SSL_CTX_use_certificate_chain_file(context, files.Certificate.c_str()) == 1,
           files.Certificate + " is not used as a certificate");
   const std::string& key = files.Key.empty() ? files.Certificate : files.Key;
-  require(::SSL_CTX_use_PrivateKey_file(context, key.c_str(), SSL_FILETYPE_PEM) == 1,
+  // A key of another kind than the certificate's is taken at first, but stands alone.
+  require(::SSL_CTX_use_PrivateKey_file(context, key.c_str(), SSL_FILETYPE_PEM) == 1 &&
+              ::SSL_CTX_check_private_key(context) == 1,
           key + " is not used as the certificate's key");
   if (files.ClientCa.empty()) return;
   require(::SSL_CTX_load_verify_file(context, files.ClientCa.c_str()) == 1,
