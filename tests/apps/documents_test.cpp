@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
-#include <regex>
 #include <sstream>
 #include <thread>
 
@@ -81,8 +80,11 @@ std::vector<Example> allExamples() {
 
 /// The options of a line that serves a logger, at a port that is free whichever one it names.
 std::string servingOptions(const std::string& command) {
-  static const std::regex port("(--listen [^ ]*:)[0-9]+");
-  return std::regex_replace(command.substr(command.find("simulate") + 8), port, "$010");
+  std::string options = command.substr(command.find("simulate") + 8);
+  const std::size_t listen = options.find("--listen ");
+  if (listen == std::string::npos) return options;
+  const std::size_t port = options.find(':', listen) + 1;
+  return options.replace(port, options.find_first_not_of("0123456789", port) - port, "0");
 }
 
 /// A logger that a line of a document serves to the following ones of its section.
