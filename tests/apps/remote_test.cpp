@@ -180,6 +180,8 @@ TEST_F(RemoteDock, ASlowNetworkBringsTheWholeRecordingOrIsRefused) {
     const Outcome told = retrieve();
     EXPECT_EQ(told.Status, 0) << faults.Delay.count() << told.Out << told.Err
                               << box_.content("data/session.log");
+    EXPECT_EQ(told.Out.find("The network made the retrieval up to ") != std::string::npos, faults.Delay > 0ms)
+        << told.Out;
     RecordProperty("retrieval_with_" + std::to_string(faults.Delay.count()) + "_ms",
                    static_cast<int>((std::chrono::steady_clock::now() - began) / 1ms));
   }

@@ -19,7 +19,8 @@ struct Retrieval {
   std::optional<hy_wristlog::enmDecodeResult> Verdict;  ///< none when nothing was decoded
   bool LowBattery = false;
   bool IgnoresWarnings = false;
-  bool IsDone = false;  ///< the logger was told that it was read
+  bool IsDone = false;      ///< the logger was told that it was read
+  double NetworkDelay = 0;  ///< how long an answer of the dock takes over a network, in seconds
 
   /// Whether all that the logger holds came and the logger was told so; what was warned of may be ignored.
   bool isGood() const;
