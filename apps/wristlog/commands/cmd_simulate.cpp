@@ -9,6 +9,7 @@
 #include "engineering/docks.h"
 #include "hy_wristlog/failure.h"
 #include "platform/linux/descriptor_wait.h"
+#include "recording/json_output.h"
 #include "session/process.h"
 #include "simulate/docks_file.h"
 #include "simulate/events.h"
@@ -171,7 +172,15 @@ class Server {
 
 int runSimulate(const CommonOptions& common, const SimulateOptions& options) {
   catchInterrupts();
-  return Server(common, options).run();
+  try {
+    return Server(common, options).run();
+  } catch (const hw::Failure& failure) {
+    if (!common.AsJson) throw;
+    Json document = failureJson(failure);
+    document["event"] = "failed";
+    printDocument(document.dump(-1, ' ', false, Json::error_handler_t::replace));
+    return Unsuccessful;
+  }
 }
 
 }  // namespace wristlog
