@@ -1,7 +1,6 @@
 #include "engineering/docks.h"
 
 #include <algorithm>
-#include <chrono>
 #include <optional>
 
 #include "hy_wristlog/failure.h"
@@ -101,16 +100,6 @@ bool isOnOtherMachine(std::int32_t port) try {
   return false;
 } catch (const platform::SystemError&) {
   return false;
-}
-
-double networkDelay(enmLoggerPointer model) try {
-  for (const DockView& dock : docks())
-    if (dock.Model == model && isOnOtherMachine(dock.Port))
-      return std::chrono::duration<double>(platform::current().serialPorts().open(dock.Port)->delay())
-          .count();
-  return 0;
-} catch (const Failure&) {
-  return 0;
 }
 
 std::string portTrouble(std::int32_t port) { return portView(port).Trouble; }

@@ -49,10 +49,6 @@ std::string portWords(PortState state);
 /// Whether COM port `port` is seen to be one of another machine.
 bool isOnOtherMachine(std::int32_t port);
 
-/// How long an answer of the model's only dock takes over the network, in seconds; opens its port for a
-/// moment. 0 for a dock of this machine, and when it is not known.
-double networkDelay(enmLoggerPointer model);
-
 /// Why COM port `port` cannot be opened, and what to do about it; empty when it can be opened.
 std::string portTrouble(std::int32_t port);
 

@@ -122,6 +122,7 @@ class RecordedPorts : public SerialPorts {
     WireEvent event{.Kind = WireKind::Open, .Link = record_->nextLink(), .Number = number};
     try {
       auto port = record_->world().serialPorts().open(number);
+      event.Delay = port->delay();
       record_->tell(event);
       return std::make_unique<RecordedPort>(record_, std::move(port), event.Link);
     } catch (const Failure& failure) {

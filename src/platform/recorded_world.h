@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -31,7 +32,7 @@ std::unique_ptr<DeviceList> deviceListOf(const ListedDevices& listed);
 
 /// What the program does at a port stands before `Received`; what comes to it, from there on.
 enum class WireKind : std::uint8_t {
-  Open,       ///< `Number`; a refusal in `Trouble`
+  Open,       ///< `Number`, `Delay`; a refusal in `Trouble`
   Configure,  ///< `Settings`
   Sent,       ///< `Bytes` that the port has accepted
   Dtr,        ///< `On`
@@ -55,6 +56,8 @@ struct WireEvent {
   double Empty = -1;      ///< of what was received: when the program had last found nothing there; -1: never
   std::int32_t Link = 0;  ///< which opening of a port it belongs to, counted from 1; 0 for none
   std::int32_t Number = 0;
+  std::chrono::microseconds
+      Delay{};  ///< by which answers are longer under way than at a port of this machine
   LineSettings Settings{};
   ModemLines Lines{};
   LineErrors Errors{};

@@ -12,6 +12,7 @@
 #include "platform/one_dock_world.h"
 #include "platform/work_under_way.h"
 #include "varden/commands/dock_products.h"
+#include "workflows/dock_names.h"
 #include "workflows/docked_model.h"
 
 namespace hy_wristlog {
@@ -50,12 +51,6 @@ std::vector<Dock> docksIn(platform::Platform& world) {
     throw Failure(error.Number, "docks", world.environment().errorText(error.Number));
   }
   return found;
-}
-
-bool answersTo(const Dock& dock, const std::string& name) {
-  return equalsIgnoringCase(dock.Name, name) ||
-         std::any_of(dock.OtherNames.begin(), dock.OtherNames.end(),
-                     [&](const std::string& other) { return equalsIgnoringCase(other, name); });
 }
 
 std::string wordsOf(enmLoggerPointer model) {

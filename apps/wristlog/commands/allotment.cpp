@@ -1,23 +1,12 @@
 #include "commands/allotment.h"
 
-#include <algorithm>
-
 #include "base/ascii.h"
 #include "hy_wristlog/failure.h"
+#include "workflows/dock_names.h"
 
 namespace wristlog {
 
 namespace hw = hy_wristlog;
-
-namespace {
-
-bool isCalled(const hw::Dock& dock, const std::string& name) {
-  return hw::equalsIgnoringCase(dock.Name, name) ||
-         std::any_of(dock.OtherNames.begin(), dock.OtherNames.end(),
-                     [&](const std::string& other) { return hw::equalsIgnoringCase(other, name); });
-}
-
-}  // namespace
 
 Allotment::Allotment(const HarvestOptions& options, const std::vector<hw::Dock>& docks)
     : options_(options), ofDocks_(docks.size(), nullptr) {
@@ -29,7 +18,7 @@ Allotment::Allotment(const HarvestOptions& options, const std::vector<hw::Dock>&
     if (one.Dock.empty()) continue;
     const hw::Dock* found = nullptr;
     for (std::size_t place = 0; place < docks.size(); ++place) {
-      if (!isCalled(docks[place], one.Dock)) continue;
+      if (!hw::answersTo(docks[place], one.Dock)) continue;
       if (found != nullptr)
         refuse(one, "The docks " + found->Name + " and " + docks[place].Name + " are both called " +
                         one.Dock + ": name one by its first name");

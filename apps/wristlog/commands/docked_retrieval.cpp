@@ -1,7 +1,6 @@
 #include "commands/docked_retrieval.h"
 
 #include "commands/held_recording.h"
-#include "engineering/docks.h"
 #include "session/process.h"
 
 namespace wristlog {
@@ -11,7 +10,7 @@ Retrieval retrieveFrom(Session& session, hy_wristlog::enmLoggerPointer model,
                        const RetrieveOptions& options) {
   session.main().Let_MaxCommunicationRetries(options.Attempts);
   Retrieval retrieval = retrieve(session.main(), model, options.IgnoreWarnings);
-  if (retrieval.isGood()) retrieval.NetworkDelay = hy_wristlog::engineering::networkDelay(model);
+  retrieval.NetworkDelay = session.networkDelay();
   session.endProgress();
   return retrieval;
 }

@@ -29,10 +29,14 @@ std::string cut(const std::string& text, std::size_t width) {
   return text;
 }
 
-std::size_t terminalWidth() {
-  constexpr std::size_t Usual = 80;
+struct TerminalSize {
+  std::size_t Rows = 24, Columns = 80;
+};
+
+TerminalSize terminalSize() {
   winsize size{};
-  return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col : Usual;
+  if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col < 2 || size.ws_row < 2) return {};
+  return {size.ws_row, size.ws_col};
 }
 
 class TerminalBoard final : public HarvestWatch {
@@ -53,16 +57,20 @@ class TerminalBoard final : public HarvestWatch {
     const std::lock_guard lock(mutex_);
     if (lines_[place] == text) return;
     lines_[place] = text;
-    if (std::exchange(shown_, true))
+    const TerminalSize size = terminalSize();
+    const auto tell = [&](std::size_t line) {
+      std::string words = names_[line];
+      words.append(longest_ - words.size() + 2, ' ');
+      out_ << "\r\033[K" << cut(words + lines_[line], size.Columns - 1) << "\n";
+    };
+    const bool fits = lines_.size() < size.Rows;
+    if (fits && std::exchange(shown_, true))
       for (std::size_t line = 0; line < lines_.size(); ++line) out_ << "\033[A";
     if (interruptRequested() && !std::exchange(announced_, true))
       out_ << "\r\033[KStopping, and leaving the loggers in order. Ctrl-C again ends at once.\n";
-    const std::size_t width = terminalWidth() - 1;
-    for (std::size_t line = 0; line < lines_.size(); ++line) {
-      std::string words = names_[line];
-      words.append(longest_ - words.size() + 2, ' ');
-      out_ << "\r\033[K" << cut(words + lines_[line], width) << "\n";
-    }
+    // A board that scrolls cannot be painted over.
+    for (std::size_t line = 0; line < lines_.size(); ++line)
+      if (fits || line == place) tell(line);
     out_.flush();
   }
 

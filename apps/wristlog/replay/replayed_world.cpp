@@ -326,7 +326,8 @@ class ReplayedClock : public platform::Clock {
 
 class ReplayedPort : public platform::SerialPort {
  public:
-  ReplayedPort(SharedLine line, std::int32_t link) : line_(std::move(line)), link_(link) {}
+  ReplayedPort(SharedLine line, std::int32_t link, std::chrono::microseconds delay)
+      : line_(std::move(line)), link_(link), delay_(delay) {}
   ~ReplayedPort() override { line_->hearClosing(link_); }
   ReplayedPort(const ReplayedPort&) = delete;
   ReplayedPort& operator=(const ReplayedPort&) = delete;
@@ -360,6 +361,7 @@ class ReplayedPort : public platform::SerialPort {
   void setDtr(bool on) override { line_->hear({.Kind = WireKind::Dtr, .Link = link_, .On = on}); }
   void setRts(bool on) override { line_->hear({.Kind = WireKind::Rts, .Link = link_, .On = on}); }
   platform::ModemLines modemLines() override { return line_->arrivedAt(link_).Lines; }
+  std::chrono::microseconds delay() override { return delay_; }
   platform::LineErrors takeErrors() override { return std::exchange(line_->arrivedAt(link_).Errors, {}); }
   void awaitInput(std::chrono::microseconds longest) override {
     for (const nanoseconds end = line_->now() + longest; line_->now() < end && !line_->hasNews(link_);)
@@ -369,6 +371,7 @@ class ReplayedPort : public platform::SerialPort {
  private:
   SharedLine line_;
   std::int32_t link_;
+  std::chrono::microseconds delay_;
   nanoseconds byteTime_{1}, goneBy_{};
 };
 
@@ -379,7 +382,8 @@ class ReplayedPorts : public platform::SerialPorts {
     const std::int32_t link = line_->nextLink();
     const WireEvent* const recorded = line_->hear({.Kind = WireKind::Open, .Link = link, .Number = number});
     if (recorded != nullptr && recorded->Trouble) throw hw::Failure(*recorded->Trouble);
-    return std::make_unique<ReplayedPort>(line_, link);
+    const auto delay = recorded != nullptr ? recorded->Delay : std::chrono::microseconds{};
+    return std::make_unique<ReplayedPort>(line_, link, delay);
   }
 
  private:

@@ -292,11 +292,18 @@ constexpr double UsualRound = 0.0011;
 
 double rounded(double seconds) { return std::round(seconds * 1e6) / 1e6; }
 
+std::chrono::microseconds delayOf(const Json& value) {
+  constexpr double Longest = 60;
+  return std::chrono::round<std::chrono::microseconds>(
+      std::chrono::duration<double>(secondsIn(value, Longest)));
+}
+
 WireEvent eventOf(const Json& line) {
   WireEvent event;
   event.Time = secondsIn(member(line, "t"));
   event.Empty = line.contains("empty") ? secondsIn(line.at("empty")) : std::max(event.Time - UsualRound, 0.0);
   if (line.contains("link")) event.Link = numberIn(line.at("link"));
+  if (line.contains("delay")) event.Delay = delayOf(line.at("delay"));
   if (line.contains("failure")) event.Trouble = failureOf(line.at("failure"));
   for (const auto& [kind, name] : KindNames)
     if (line.contains(name)) {
@@ -461,6 +468,7 @@ std::string eventLine(const WireEvent& event, std::int32_t& latest) {
                                         [&](const auto& entry) { return entry.first == event.Kind; });
   line[name->second] = detailsOf(event);
   if (event.Kind == WireKind::Devices) line.update(devicesJson(event.Devices));
+  if (event.Delay.count() > 0) line["delay"] = std::chrono::duration<double>(event.Delay).count();
   if (event.Trouble) line["failure"] = failureIn(*event.Trouble);
   return lineOf(line);
 }

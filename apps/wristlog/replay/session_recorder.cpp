@@ -73,6 +73,7 @@ std::shared_ptr<platform::Platform> SessionRecorder::begin(const std::shared_ptr
 }
 
 void SessionRecorder::take(const platform::WireEvent& event) noexcept {
+  delay_ = std::max(delay_, event.Delay);
   try {
     write(eventLine(event, latest_));
   } catch (const std::exception&) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,6 +35,9 @@ class SessionRecorder : public hy_wristlog::platform::WireSink,
   /// The user asks to stop.
   void stop();
 
+  /// The longest delay of the ports that were opened.
+  std::chrono::microseconds delay() const { return delay_; }
+
   /// Keeps the record in memory too, from its beginning on.
   void keep() { keeps_ = true; }
   /// The record until now, of one that is kept in memory, as that of a session which ends so; redacted when
@@ -56,6 +60,7 @@ class SessionRecorder : public hy_wristlog::platform::WireSink,
   std::string lines_;         ///< only when it is needed later
   std::shared_ptr<hy_wristlog::platform::Platform> world_;
   double began_ = 0;
+  std::chrono::microseconds delay_{};
   std::int32_t latest_ = 0;  ///< opening of a port
 };
 

@@ -117,6 +117,10 @@ std::optional<std::int16_t> Session::simulatedPort() const {
   return static_cast<std::int16_t>(bench_->Dock->comPort());
 }
 
+double Session::networkDelay() const {
+  return recorder_ ? std::chrono::duration<double>(recorder_->delay()).count() : 0;
+}
+
 void Session::showProgress(const std::string& text) { host_->showProgress(text); }
 
 void Session::endProgress() { host_->endProgress(); }
@@ -130,9 +134,15 @@ std::shared_ptr<platform::Platform> worldFor(const CommonOptions& options,
                                              const std::shared_ptr<platform::Platform>& world) {
   if (!options.UsesLink) return world;
   const platform::WorldScope scope(world);
+  const bool isNamed = !options.Dock.empty();
   const std::string name =
-      !options.Dock.empty() ? options.Dock : world->environment().variable("HY_WRISTLOG_DOCK").value_or("");
-  if (!name.empty()) hy_wristlog::useDock(name, options.Model);
+      isNamed ? options.Dock : world->environment().variable("HY_WRISTLOG_DOCK").value_or("");
+  try {
+    if (!name.empty()) hy_wristlog::useDock(name, options.Model);
+  } catch (hy_wristlog::Failure& failure) {
+    if (!isNamed) failure.Description += ". HY_WRISTLOG_DOCK names it";
+    throw;
+  }
   // Work with many docks at once tells of them when it ends.
   if (!options.Progress) warnOfReadableDocks(options.Model);
   if (name.empty()) return world;

@@ -38,6 +38,8 @@ class Session {
   void writeRecord(const RecordingFiles& files, std::int32_t code, const std::string& meaning);
   /// The port of the simulated dock; none on the machine itself.
   std::optional<std::int16_t> simulatedPort() const;
+  /// How much longer an answer was under way than at a port of this machine, in seconds; 0 without a record.
+  double networkDelay() const;
   void showProgress(const std::string& text);
   /// Ends the progress line, so that what follows starts a line of its own.
   void endProgress();

@@ -196,7 +196,8 @@ class Opening {
           "has ended the connection once TLS was made: it may refuse this client's certificate. Check "
           "Certificate and Key in Docks.INI, and the server's log");
     if (state == RemoteSerialPort::Opening::Ended)
-      refuse("has ended the connection at once" + saying + ". Check the server there");
+      refuse("has ended the connection at once" + saying + ". Check the server there" +
+             (said.empty() ? ", and whether it wants TLS: rfc2217s://" : ""));
     if (!port.hasAnswered()) refuse("is reached, but nothing comes from it. Check server and network");
     refuse("speaks no RFC 2217" + saying + ". Check address and server");
   }
