@@ -66,10 +66,9 @@ std::string faultList() {
     name.resize(std::max(Width, name.size() + 1), ' ');
     words += (words.empty() ? "" : " ") + std::string(fault.Words);
     words.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(words.front())));
-    list += "  " + name + words +
-            (fault.ForVarden && fault.ForPendrel ? "\n"
-             : fault.ForVarden                   ? " (not Pendrel)\n"
-                                                 : " (Pendrel)\n");
+    list.append("  ").append(name).append(words);
+    if (!fault.ForVarden || !fault.ForPendrel) list += fault.ForVarden ? " (not Pendrel)" : " (Pendrel)";
+    list += '\n';
   }
   return list;
 }
