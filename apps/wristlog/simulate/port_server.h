@@ -12,7 +12,7 @@ namespace wristlog {
 
 /// The server's part of telnet with serial ports (RFC 2217) for one client: takes what the client sent, does
 /// it to the port, and makes what the client gets.
-class PortServer : private hy_wristlog::platform::telnet::Listener {
+class PortServer final : private hy_wristlog::platform::telnet::Listener {
  public:
   /// The logger's port is open as long as this lives.
   explicit PortServer(ServedLogger& logger);

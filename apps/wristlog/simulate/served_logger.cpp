@@ -75,7 +75,7 @@ constexpr std::array<std::pair<const char*, const char*>, 4> NoticeWords{
 sim::ModelBench makeNewBench(const NewLogger& options) {
   sim::ModelOptions model = sim::modelOptions(options.Model);
   setSerialNumber(model, options.SerialNumber);
-  const sim::ModelBench bench = sim::makeBench(model, worldAt(machineNow() - options.Worn), false);
+  sim::ModelBench bench = sim::makeBench(model, worldAt(machineNow() - options.Worn), false);
   sim::WearOptions wears;
   wears.Seed = options.Seed;
   if (options.Worn > 0min) {
@@ -103,7 +103,7 @@ sim::ModelBench loadBench(sim::SavedState& state, const std::string& model) {
   try {
     std::visit([&](auto& logger) { persist(state, logger); }, options.Logger);
     const auto begins = std::chrono::ceil<std::chrono::milliseconds>(now);
-    sim::ModelBench bench = sim::makeBench(options, worldAt(std::chrono::sys_time(begins)), false);
+    sim::ModelBench bench = sim::makeBench(options, worldAt(std::chrono::sys_time<std::chrono::milliseconds>(begins)), false);
     bench.persist(state);
     const sim::Moment passed = machineNow().time_since_epoch() - savedAt;
     bench.World->advance(std::clamp(passed, sim::Moment{0}, sim::SavedState::MostMoment - now));
