@@ -103,7 +103,8 @@ sim::ModelBench loadBench(sim::SavedState& state, const std::string& model) {
   try {
     std::visit([&](auto& logger) { persist(state, logger); }, options.Logger);
     const auto begins = std::chrono::ceil<std::chrono::milliseconds>(now);
-    sim::ModelBench bench = sim::makeBench(options, worldAt(std::chrono::sys_time<std::chrono::milliseconds>(begins)), false);
+    sim::ModelBench bench =
+        sim::makeBench(options, worldAt(std::chrono::sys_time<std::chrono::milliseconds>(begins)), false);
     bench.persist(state);
     const sim::Moment passed = machineNow().time_since_epoch() - savedAt;
     bench.World->advance(std::clamp(passed, sim::Moment{0}, sim::SavedState::MostMoment - now));
