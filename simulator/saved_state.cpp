@@ -69,7 +69,7 @@ std::string SavedState::sumOf(std::string_view text) {
 
 std::string SavedState::text() const {
   std::string whole = std::string(Title) + std::string(Version) + "\n";
-  for (const auto& [name, value] : lines_) whole += name + "=" + value + "\n";
+  for (const auto& [name, value] : lines_) whole.append(name).append("=").append(value).append("\n");
   return whole + std::string(SumName) + sumOf(whole) + "\n";
 }
 
