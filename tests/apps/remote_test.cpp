@@ -121,7 +121,7 @@ class RemoteDock : public testing::Test {
   Sandbox box_;
 };
 
-TEST(RemoteDocks, TheOneThatIsUsedIsWarnedOf) {
+TEST(RemoteDocks, TheOneThatIsUsedIsWarnedOfAndAWrongOneNamed) {
   const Sandbox box;
   box.write("Docks.INI",
             "[Dock 1]\nVendorID=5245\nProductID=4000\nDevice=rfc2217://[::1]:1\n"
@@ -132,6 +132,9 @@ TEST(RemoteDocks, TheOneThatIsUsedIsWarnedOf) {
     EXPECT_EQ(told.Err.find("names and data travel readable") != std::string::npos, isFar)
         << dock << told.Err;
   }
+  box.write("Docks.INI", "[Dock 1]\nVendorID=5245\nProductID=4000\nDevice=rfc2217://no port\n");
+  const Outcome told = box.run("status --model vivid");
+  EXPECT_NE(told.Err.find("Line 4 is no whole address"), std::string::npos) << told.Out << told.Err;
 }
 
 TEST_F(RemoteDock, AVividWorksAsOnTheMachineItself) {

@@ -166,8 +166,7 @@ class DockHarvest {
       if (status.Code != 0) return fail(explanationOf(status.Code, dock_.Model));
       if (!status.wasRead() && status.Simple == "Logger Not Found") return end(HarvestEnd::NoLogger);
       if (!status.wasRead()) {
-        const std::string trouble = dock_.Port > 0 ? dockTroubleOf(dock_.Model)
-                                                   : explanationOf(hw::ReturnCode::NotFound, dock_.Model);
+        const std::string trouble = dockTroubleOf(dock_.Model);
         return fail(trouble.empty() ? status.Long : trouble);
       }
       held = heldBy(*status.Logger);

@@ -90,6 +90,12 @@ std::string networkTrouble(std::int32_t code, std::int32_t port) {
   return "The network to the dock failed, or the dock was disconnected there. Try again.";
 }
 
+std::string wordsForNoPort(const hy_wristlog::engineering::DockView& dock) {
+  const std::string troubles = declarationTroubles();
+  return "The " + dock.Words + " dock has no COM port. " +
+         (troubles.empty() ? "Disconnect it and connect it again, or correct Docks.INI." : troubles);
+}
+
 const Hint* hintFor(std::int32_t code, std::span<const Hint> hints) {
   for (const Hint& hint : hints)
     if (hint.Code == code) return &hint;
@@ -119,8 +125,7 @@ std::string explanationOf(std::int32_t returnCode, hy_wristlog::enmLoggerPointer
       if (!isAboutTheDock) break;
       const std::string name = dock.Words + " dock";
       if (dock.Connected == 0) return wordsForNoDock(name);
-      if (dock.Port == 0)
-        return "The " + name + " has no COM port. Disconnect it and connect it again, or correct Docks.INI.";
+      if (dock.Port == 0) return wordsForNoPort(dock);
       std::string trouble = hy_wristlog::engineering::portTrouble(dock.Port);
       if (!trouble.empty()) return trouble;
       if (returnCode == ReturnCode::NotFound)
@@ -158,6 +163,7 @@ std::string dockTroubleOf(hy_wristlog::enmLoggerPointer model) {
     if (dock.Model != model) continue;
     if (dock.Port > 0) return hy_wristlog::engineering::portTrouble(dock.Port);
     if (dock.Connected == 0) return declarationTroubles();
+    if (dock.Connected == 1) return wordsForNoPort(dock);
   }
   return {};
 }
