@@ -91,7 +91,12 @@ void leaveView() {
 
 /// Takes a view from the thread before its own machine ends, whose objects may ask for their world.
 struct ViewsEnd {
-  ViewsEnd() { platform::shareCurrent(); }
+  ViewsEnd() {
+    // Made before this, the thread's own machine ends after it, also where the thread has another world now.
+    const std::shared_ptr<platform::Platform> present = platform::use(nullptr);
+    platform::shareCurrent();
+    platform::use(present);
+  }
   ViewsEnd(const ViewsEnd&) = delete;
   ViewsEnd& operator=(const ViewsEnd&) = delete;
   ~ViewsEnd() {
