@@ -122,7 +122,7 @@ class RemoteDock : public testing::Test {
 };
 
 TEST(RemoteDocks, TheOneThatIsUsedIsWarnedOfAndAWrongOneNamed) {
-  const Sandbox box;
+  Sandbox box;
   box.write("Docks.INI",
             "[Dock 1]\nVendorID=5245\nProductID=4000\nDevice=rfc2217://[::1]:1\n"
             "[Dock 2]\nVendorID=5245\nProductID=4000\nDevice=rfc2217://far.invalid:1\n");
@@ -135,6 +135,8 @@ TEST(RemoteDocks, TheOneThatIsUsedIsWarnedOfAndAWrongOneNamed) {
   box.write("Docks.INI", "[Dock 1]\nVendorID=5245\nProductID=4000\nDevice=rfc2217://no port\n");
   const Outcome told = box.run("status --model vivid");
   EXPECT_NE(told.Err.find("Line 4 is no whole address"), std::string::npos) << told.Out << told.Err;
+  box.Environment = "HY_WRISTLOG_DOCK=nowhere ";
+  EXPECT_NE(box.run("status").Err.find("HY_WRISTLOG_DOCK names it"), std::string::npos);
 }
 
 TEST_F(RemoteDock, AVividWorksAsOnTheMachineItself) {

@@ -96,6 +96,21 @@ TEST(Simulate, RefusesWrongArguments) {
   box.write("own.ini", written);
   EXPECT_EQ(box.run("simulate vivid --docks own.ini").Status, 1);
   EXPECT_EQ(box.content("own.ini"), written);
+  const Outcome told = box.run("simulate vivid --docks own.ini --json");
+  EXPECT_EQ(Json::parse(told.Out, nullptr, false).value("event", ""), "failed") << told.Out;
+}
+
+TEST(Simulate, SaysWhoCanReachItAndServesOnWhenItCannotBeSaved) {
+  const Sandbox box;
+  std::filesystem::create_directory(box.Folder / "states");
+  Served served(box, "vivid --worn 1h --state states/s --listen 0.0.0.0:0");
+  EXPECT_TRUE(served.Ready.contains("on_loopback") && !served.Ready["on_loopback"]) << served.Ready;
+  std::filesystem::remove_all(box.Folder / "states");
+  const std::string device = "rfc2217://127.0.0.1" + served.device().substr(served.device().rfind(':'));
+  for (int times = 0; times < 2; ++times) {
+    EXPECT_EQ(box.run("status --model vivid --dock " + device).Status, 0);
+    EXPECT_FALSE(served.await("not_saved").is_null());
+  }
 }
 
 TEST(Simulate, SpoilsWhatAFaultNames) {

@@ -15,6 +15,7 @@
 #include "simulate/events.h"
 #include "simulate/fault_words.h"
 #include "simulate/network_end.h"
+#include "simulate/served_bench.h"
 #include "simulate/served_logger.h"
 #include "simulate/state_file.h"
 #include "simulate/terminal_end.h"
