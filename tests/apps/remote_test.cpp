@@ -181,12 +181,15 @@ TEST_F(RemoteDock, ASlowNetworkBringsTheWholeRecordingOrIsRefused) {
        {NetworkFaults{}, NetworkFaults{.SplitsBytes = true}, NetworkFaults{.Delay = 50ms}}) {
     const platform::NetworkProxy network(server.port(), faults);
     declare("4000", network.port());
+    std::filesystem::remove(box_.Folder / "record");
     const auto began = std::chrono::steady_clock::now();
-    const Outcome told = retrieve();
+    const Outcome told = box_.run("retrieve --model vivid --force --out data --record record");
     EXPECT_EQ(told.Status, 0) << faults.Delay.count() << told.Out << told.Err
                               << box_.content("data/session.log");
     EXPECT_EQ(told.Out.find("The network made the retrieval up to ") != std::string::npos, faults.Delay > 0ms)
         << told.Out;
+    const Outcome again = box_.run("replay record");
+    EXPECT_EQ(again.Out + again.Err, told.Out + told.Err);
     RecordProperty("retrieval_with_" + std::to_string(faults.Delay.count()) + "_ms",
                    static_cast<int>((std::chrono::steady_clock::now() - began) / 1ms));
   }
