@@ -214,6 +214,10 @@ TEST(RemotePort, WithTlsBothEndsMustBeTheRightOnes) {
              {made / "ca.pem", "", foreign / "good.pem", ""},
              true,
              "refuses this client's certificate"},
+        Case{"good",
+             {made / "ca.pem", "", made / "good.pem", made / "rsa.key"},
+             true,
+             "is not the certificate's private key"},
         Case{"good", {made / "missing", "", "", ""}, false, "the CA, cannot be read"},
         Case{"good", {made / "ca.key", "", "", ""}, false, "is not a certificate in PEM"}}) {
     const LocalServer server([&](int connection) {

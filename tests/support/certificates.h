@@ -8,13 +8,14 @@
 namespace hy_wristlog {
 
 /// Certificates in PEM, made by the `openssl` command: "ca.pem" is the authority of the others, which have
-/// their private key in the same file.
+/// their private key in the same file. "rsa.key" is a key of none of them, and of another kind.
 class Certificates {
  public:
   Certificates() {
     run("ecparam -name prime256v1 -out curve");
     run("req -x509 -newkey ec:curve -nodes -keyout ca.key -out ca.pem -subj /CN=authority");
     add("good", 2, "localhost");
+    run("genrsa -out rsa.key 2048");
   }
 
   void add(const std::string& name, int days, const std::string& host) const {

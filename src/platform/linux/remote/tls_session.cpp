@@ -123,8 +123,10 @@ void TlsSession::showOwnCertificate(const TlsIdentity& identity) {
   requireFile(key, "the Key");
   require(::SSL_CTX_use_certificate_chain_file(context, identity.Certificate.c_str()) == 1,
           identity.Certificate, "a certificate");
-  require(::SSL_CTX_use_PrivateKey_file(context, key.c_str(), SSL_FILETYPE_PEM) == 1, key,
-          "the certificate's private key without a password");
+  // A key of another kind than the certificate's is taken at first, but stands alone.
+  require(::SSL_CTX_use_PrivateKey_file(context, key.c_str(), SSL_FILETYPE_PEM) == 1 &&
+              ::SSL_CTX_check_private_key(context) == 1,
+          key, "the certificate's private key without a password");
 }
 
 void TlsSession::expectHost(const std::string& host) {
